@@ -1,0 +1,27 @@
+#pragma once
+
+#include <BaseSDK/AString.h>
+
+#include <cstddef>
+#include <vector>
+
+namespace BaseSDK {
+
+/// Splits a text at single characters, once, at construction.
+class AStringTokenizer {
+ public:
+  /// `delimiters`: each of its characters separates. `keepEmpty` other than 0 keeps empty tokens,
+  /// so that n delimiters give n + 1 tokens. `maxTokens` above 0 keeps the first so many tokens and
+  /// drops the rest of the text.
+  AStringTokenizer(const AString& text, const AString& delimiters, int keepEmpty = 0,
+                   int maxTokens = 0);
+
+  std::size_t Count() const { return m_Tokens.size(); }
+  /// Empty when there is no such token.
+  AString Token(std::size_t index) const;
+
+ private:
+  std::vector<AString> m_Tokens;
+};
+
+}  // namespace BaseSDK

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace BaseSDK {
+
+/// Where the kit keeps bytes that are not UTF-8: byte b as the lone surrogate EscapedByte + b.
+constexpr wchar_t EscapedByte = 0xDC00;
+
+/// Length in bytes of the well-formed character at `pos`; 0 when the bytes there form none.
+/// Overlong forms, surrogates and values past U+10FFFF are not well formed (RFC 3629).
+std::size_t Utf8Sequence(std::string_view bytes, std::size_t pos, wchar_t& character);
+
+/// The two directions of AString, whose header describes them.
+std::wstring Utf8ToWide(std::string_view bytes);
+std::string WideToUtf8(const std::wstring& text);
+
+}  // namespace BaseSDK
