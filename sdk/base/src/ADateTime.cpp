@@ -1,0 +1,140 @@
+#include <BaseSDK/ADateTime.h>
+#include <BaseSDK/ALong32.h>
+
+#include <ctime>
+#include <iomanip>
+#include <locale>
+#include <sstream>
+#include <string>
+#include <string_view>
+
+namespace BaseSDK {
+
+namespace {
+
+constexpr long Unreadable = 0;
+
+constexpr bool IsLeapYear(int year) {
+  return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
+}
+
+/// `month` counts from 0.
+constexpr int DaysInMonth(int year, int month) {
+  constexpr int days[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  return month == 1 && IsLeapYear(year) ? 29 : days[month];
+}
+
+/// A leap second, 60, is not one of these: no local time that mktime gives has it.
+bool InRange(const std::tm& local) {
+  return local.tm_mon >= 0 && local.tm_mon <= 11 && local.tm_mday >= 1 &&
+         local.tm_mday <= DaysInMonth(local.tm_year + 1900, local.tm_mon) && local.tm_hour >= 0 &&
+         local.tm_hour <= 23 && local.tm_min >= 0 && local.tm_min <= 59 && local.tm_sec >= 0 &&
+         local.tm_sec <= 59;
+}
+
+long ToMoment(std::tm local) {
+  if (!InRange(local)) {
+    return Unreadable;
+  }
+  local.tm_isdst = -1;
+  const long moment = MakeTime32(local);
+  return moment == -1 ? Unreadable : moment;
+}
+
+/// Takes exactly `count` digits off the front; false when they are not there.
+bool TakeDigits(std::wstring_view& text, std::size_t count, int& value) {
+  if (text.size() < count) {
+    return false;
+  }
+  value = 0;
+  for (const wchar_t c : text.substr(0, count)) {
+    if (c < L'0' || c > L'9') {
+      return false;
+    }
+    value = value * 10 + static_cast<int>(c - L'0');
+  }
+  text.remove_prefix(count);
+  return true;
+}
+
+bool TakeChar(std::wstring_view& text, wchar_t wanted) {
+  if (text.empty() || text.front() != wanted) {
+    return false;
+  }
+  text.remove_prefix(1);
+  return true;
+}
+
+/// date = year separator month separator day; both separators the same, "-" or "/"
+bool TakeDate(std::wstring_view& text, std::tm& local) {
+  if (!TakeDigits(text, 4, local.tm_year)) {
+    return false;
+  }
+  const wchar_t separator = !text.empty() && text.front() == L'/' ? L'/' : L'-';
+  const bool taken = TakeChar(text, separator) && TakeDigits(text, 2, local.tm_mon) &&
+                     TakeChar(text, separator) && TakeDigits(text, 2, local.tm_mday);
+  local.tm_year -= 1900;
+  local.tm_mon -= 1;
+  return taken;
+}
+
+/// time = hour ":" minute ":" second
+bool TakeTime(std::wstring_view& text, std::tm& local) {
+  return TakeDigits(text, 2, local.tm_hour) && TakeChar(text, L':') &&
+         TakeDigits(text, 2, local.tm_min) && TakeChar(text, L':') &&
+         TakeDigits(text, 2, local.tm_sec);
+}
+
+long ReadDefault(std::wstring_view text) {
+  std::tm local{};
+  if (!TakeDate(text, local)) {
+    return Unreadable;
+  }
+  if (text.empty()) {
+    return ToMoment(local);
+  }
+  const bool timed = (TakeChar(text, L' ') || TakeChar(text, L'T')) && TakeTime(text, local);
+  return timed && text.empty() ? ToMoment(local) : Unreadable;
+}
+
+bool IsBlank(const char* text) {
+  return std::string_view(text).find_first_not_of(" \t\n\v\f\r") == std::string_view::npos;
+}
+
+long ReadFormat(const AString& text, const AString& format) {
+  // A zero byte would end the text for strptime and hide what follows.
+  if (text.Str().find(L'\0') != std::wstring::npos) {
+    return Unreadable;
+  }
+  std::tm local{};
+  local.tm_year = 70;
+  local.tm_mday = 1;
+  const std::string bytes = text.ToUtf8();
+  const char* const rest = strptime(bytes.c_str(), format.ToUtf8().c_str(), &local);
+  return rest != nullptr && IsBlank(rest) ? ToMoment(local) : Unreadable;
+}
+
+}  // namespace
+
+ADateTime::ADateTime(const AString& text) : m_Time(ReadDefault(text.Str())) {}
+
+ADateTime::ADateTime(const AString& text, const AString& format, int mode)
+    : m_Time(mode == 0 ? ReadFormat(text, format) : Unreadable) {}
+
+ADateTime ADateTime::Now() {
+  return ADateTime(Clamp32(::time(nullptr)));
+}
+
+AString ADateTime::ToString(const AString& format) const {
+  const std::time_t moment = m_Time;
+  std::tm local{};
+  if (localtime_r(&moment, &local) == nullptr) {
+    return AString();
+  }
+  std::ostringstream text;
+  text.imbue(std::locale::classic());
+  text << std::put_time(&local, format.ToUtf8().c_str());
+  return AString::FromUtf8(text.str());
+}
+
+}  // namespace BaseSDK
