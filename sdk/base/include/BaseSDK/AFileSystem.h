@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace BaseSDK {
+
+/// The one back end of every file system call of the kit: AFile and Wrappers::Sys go through it.
+/// The default forwards to the system; tests put one in place that fails on demand or lives in
+/// memory, best by deriving from this class and overriding a single call.
+///
+/// Every call returns 0 or an errno and never retries: EINTR and short transfers reach the caller,
+/// who deals with them. Paths are bytes ended by a zero. Calls come from any thread.
+class AFileSystem {
+ public:
+  struct Info {
+    unsigned m_Mode = 0;  ///< type and permission bits, as in st_mode
+  };
+
+  virtual ~AFileSystem() = default;
+
+  /// The one in force, never null. Borrowed: whoever put it there owns it.
+  static AFileSystem& Current();
+  /// Puts `fileSystem` in force, the default when null, and returns the one before (null when that
+  /// was the default). The caller sees to it that no call is under way in the old one.
+  static AFileSystem* Replace(AFileSystem* fileSystem);
+
+  /// `flags` and `mode` as for open(2). `fd` is -1 after a failure.
+  virtual int Open(const char* path, int flags, unsigned mode, int& fd);
+  /// `got` is 0 at the end of the file.
+  virtual int Read(int fd, void* buffer, std::size_t size, std::size_t& got);
+  virtual int Write(int fd, const void* data, std::size_t size, std::size_t& written);
+  /// Flushes a file or, opened as one, a directory to the disk.
+  virtual int Sync(int fd);
+  /// The descriptor is gone also when this fails.
+  virtual int Close(int fd);
+  virtual int SetMode(int fd, unsigned mode);
+  /// Of the entry itself: symbolic links are not followed.
+  virtual int GetInfo(const char* path, Info& info);
+  /// With `replace` false an existing target is EEXIST, checked and renamed in one step.
+  virtual int Rename(const char* from, const char* to, bool replace);
+  virtual int Unlink(const char* path);
+
+  /// `handle` stands for the open directory; 0 after a failure.
+  virtual int OpenDirectory(const char* path, unsigned long& handle);
+  /// `name` is valid until the next call on the same handle, and null at the end.
+  virtual int ReadDirectory(unsigned long handle, const char*& name);
+  virtual int CloseDirectory(unsigned long handle);
+
+  /// What the tail of a new file's name is made of: unpredictable, and another one at each call.
+  /// Stands here so that a simulation can give its files the same names every time.
+  virtual std::uint64_t UniqueNumber();
+};
+
+}  // namespace BaseSDK

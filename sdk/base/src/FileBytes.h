@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace BaseSDK {
+
+/// The steps that AFile and Wrappers::Sys share. Each returns 0 or an errno, starts again after a
+/// signal, and goes through AFileSystem::Current().
+
+int OpenFile(const char* path, int flags, unsigned mode, int& fd);
+/// Goes on after short writes; `written` counts also after a failure.
+int WriteAll(int fd, const void* data, std::size_t size, std::size_t& written);
+/// EFBIG past `most` bytes.
+int ReadAll(int fd, std::size_t most, std::string& bytes);
+/// Flushes; what has no disk behind it, such as a pipe, counts as flushed.
+int FlushFile(int fd);
+/// Flushes the directory that holds `path`, so that a new, renamed or deleted name stays so.
+int FlushDirectoryOf(std::string_view path);
+
+/// `path` up to and with its last "/"; empty when it has none.
+std::string_view DirectoryPart(std::string_view path);
+
+}  // namespace BaseSDK
