@@ -1,0 +1,177 @@
+#include <BaseSDK/AXmlDoc.h>
+
+#include <algorithm>
+#include <iterator>
+#include <pugixml.hpp>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "XmlScanner.h"
+
+namespace BaseSDK {
+
+namespace {
+
+constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
+
+bool IsText(const pugi::xml_node& node) {
+  return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
+}
+
+/// The place of a byte, as people count: lines by line feeds, columns in characters.
+void Locate(std::string_view text, std::size_t offset, AXmlDoc::AXmlError& error) {
+  const std::string_view before = text.substr(0, offset);
+  const std::size_t lineBegin = before.rfind('\n') + 1;  // npos + 1 is 0
+  const auto isCharacter = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; };
+  error.m_Line = 1 + static_cast<unsigned>(std::count(before.begin(), before.end(), '\n'));
+  error.m_Column =
+      1 + static_cast<unsigned>(std::count_if(
+              before.begin() + static_cast<std::ptrdiff_t>(lineBegin), before.end(), isCharacter));
+}
+
+/// In document order. To XPath, text and CDATA sections side by side are one text node: only the
+/// first of them stays. Nothing for an expression that cannot be read or yields, say, a number.
+std::vector<pugi::xpath_node> SelectNodes(const pugi::xml_document& document,
+                                          const AString& xpath) {
+  std::vector<pugi::xpath_node> selected;
+  try {
+    pugi::xpath_node_set nodes = document.select_nodes(xpath.ToUtf8().c_str());
+    nodes.sort();
+    std::copy_if(nodes.begin(), nodes.end(), std::back_inserter(selected),
+                 [](const pugi::xpath_node& found) {
+                   return !IsText(found.node()) || !IsText(found.node().previous_sibling());
+                 });
+  } catch (const pugi::xpath_exception&) {
+    // The header promises an empty selection.
+  }
+  return selected;
+}
+
+}  // namespace
+
+struct AXmlDoc::Impl {
+  bool Parse(const AString& text);
+  bool Fail(const std::string& message);
+  std::vector<pugi::xpath_node> Select(const AString& xpath) const {
+    return m_Parsed ? SelectNodes(m_Document, xpath) : std::vector<pugi::xpath_node>();
+  }
+  AString Value(const pugi::xpath_node& selected) const;
+  AString Markup(const pugi::xml_node& element) const;
+
+  std::string m_Text;  ///< UTF-8, without a byte order mark
+  pugi::xml_document m_Document;
+  std::vector<XmlScanner::Element> m_Elements;
+  bool m_Parsed = false;
+  AXmlError m_Error;
+  std::vector<pugi::xpath_node> m_Found;
+  std::size_t m_Next = 0;  ///< in m_Found; the current node is the one before
+};
+
+bool AXmlDoc::Impl::Fail(const std::string& message) {
+  m_Error.m_Message = AString::FromUtf8(message);
+  m_Text.clear();
+  return false;
+}
+
+bool AXmlDoc::Impl::Parse(const AString& text) {
+  m_Text = text.ToUtf8();
+  if (m_Text.size() > MaxBytes) {
+    return Fail("the document is too large");
+  }
+  if (m_Text.starts_with(ByteOrderMark)) {
+    m_Text.erase(0, ByteOrderMark.size());
+  }
+  XmlScanner scanner(m_Text, MaxDepth);
+  if (!scanner.Scan()) {
+    Locate(m_Text, scanner.ErrorOffset(), m_Error);
+    return Fail(scanner.Message());
+  }
+  // Everything becomes a node, so that texts apart stay apart and white space counts.
+  const auto result = m_Document.load_buffer(
+      m_Text.data(), m_Text.size(), pugi::parse_full | pugi::parse_ws_pcdata, pugi::encoding_utf8);
+  if (!result) {
+    Locate(m_Text, static_cast<std::size_t>(result.offset), m_Error);
+    return Fail(result.description());
+  }
+  m_Elements = scanner.Elements();
+  m_Parsed = true;
+  return true;
+}
+
+AString AXmlDoc::Impl::Markup(const pugi::xml_node& element) const {
+  // The offset is that of the name, after "<".
+  const auto begin = static_cast<std::size_t>(element.offset_debug()) - 1;
+  const auto found = std::lower_bound(
+      m_Elements.begin(), m_Elements.end(), begin,
+      [](const XmlScanner::Element& left, std::size_t right) { return left.m_Begin < right; });
+  if (found == m_Elements.end() || found->m_Begin != begin) {
+    return AString();
+  }
+  return AString::FromUtf8(std::string_view(m_Text).substr(begin, found->m_End - begin));
+}
+
+AString AXmlDoc::Impl::Value(const pugi::xpath_node& selected) const {
+  if (selected.attribute()) {
+    return AString(selected.attribute().value());
+  }
+  const pugi::xml_node node = selected.node();
+  if (node.type() == pugi::node_element) {
+    return Markup(node);
+  }
+  std::string value = node.value();
+  for (auto next = node.next_sibling(); IsText(node) && IsText(next); next = next.next_sibling()) {
+    value += next.value();
+  }
+  return AString::FromUtf8(value);
+}
+
+AXmlDoc::AXmlDoc() : m_Impl(std::make_unique<Impl>()) {}
+
+AXmlDoc::AXmlDoc(const AString& text) : AXmlDoc() {
+  (void)Parse(text);
+}
+
+AXmlDoc::AXmlDoc(AXmlDoc&&) noexcept = default;
+AXmlDoc& AXmlDoc::operator=(AXmlDoc&&) noexcept = default;
+AXmlDoc::~AXmlDoc() = default;
+
+bool AXmlDoc::Parse(const AString& text) {
+  m_Impl = std::make_unique<Impl>();
+  return m_Impl->Parse(text);
+}
+
+bool AXmlDoc::IsParsed() const {
+  return m_Impl->m_Parsed;
+}
+
+const AXmlDoc::AXmlError& AXmlDoc::Error() const {
+  return m_Impl->m_Error;
+}
+
+AString AXmlDoc::SelectSingleNode(const AString& xpath) const {
+  const auto nodes = m_Impl->Select(xpath);
+  return nodes.empty() ? AString() : m_Impl->Value(nodes[0]);
+}
+
+bool AXmlDoc::Find(const AString& xpath) {
+  m_Impl->m_Found = m_Impl->Select(xpath);
+  m_Impl->m_Next = 0;
+  return !m_Impl->m_Found.empty();
+}
+
+bool AXmlDoc::Read() {
+  if (m_Impl->m_Next > m_Impl->m_Found.size()) {
+    return false;
+  }
+  ++m_Impl->m_Next;
+  return m_Impl->m_Next <= m_Impl->m_Found.size();
+}
+
+AString AXmlDoc::GetValue() const {
+  const std::size_t next = m_Impl->m_Next;
+  return next == 0 || next > m_Impl->m_Found.size() ? AString()
+                                                    : m_Impl->Value(m_Impl->m_Found[next - 1]);
+}
+
+}  // namespace BaseSDK

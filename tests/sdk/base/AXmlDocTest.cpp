@@ -1,0 +1,345 @@
+#include <BaseSDK/AXmlDoc.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace BaseSDK {
+namespace {
+
+constexpr char Task[] =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+    "<!-- sample -->\n"
+    "<Task Enabled=\"1\">\n"
+    "\t<HandlerCLSID>{7C0A1D52}</HandlerCLSID>\n"
+    "\t<Schedule>\n"
+    "\t\t<Trigger  Type='1'\tDescription=\"a &lt;b&gt; &amp; &#x20AC;\"  >\r\n"
+    "\t\t\t<BeginDate>2005/03/01 08:00:00</BeginDate><!-- </Trigger> --></Trigger >\n"
+    "\t\t<Trigger Type=\"2\" />\n"
+    "\t</Schedule>\n"
+    "</Task>\n";
+
+std::vector<std::string> All(AXmlDoc& document, const AString& xpath) {
+  std::vector<std::string> values;
+  (void)document.Find(xpath);
+  while (document.Read()) {
+    values.push_back(document.GetValue().ToUtf8());
+  }
+  return values;
+}
+
+struct SelectRow {
+  const char* m_XPath;
+  const char* m_Value;
+};
+
+TEST(AXmlDoc, SelectsValuesAndMarkup) {
+  const AXmlDoc document{AString(Task)};
+  ASSERT_TRUE(document.IsParsed()) << document.Error().m_Message.ToUtf8();
+  const SelectRow rows[] = {
+      {"/Task/@Enabled", "1"},
+      {"//HandlerCLSID/text()", "{7C0A1D52}"},
+      {"//HandlerCLSID", "<HandlerCLSID>{7C0A1D52}</HandlerCLSID>"},
+      {"//Trigger/@Description", "a <b> & \xE2\x82\xAC"},
+      {"//Trigger[2]", "<Trigger Type=\"2\" />"},
+      {"//Trigger",
+       "<Trigger  Type='1'\tDescription=\"a &lt;b&gt; &amp; &#x20AC;\"  >\r\n"
+       "\t\t\t<BeginDate>2005/03/01 08:00:00</BeginDate><!-- </Trigger> --></Trigger >"},
+      {"//comment()", " sample "},
+      {"//Nothing", ""},
+      {"//Nothing/@x", ""},
+      {"//Trigger[2]/text()", ""},
+      // Not an expression, or one that yields no nodes.
+      {"", ""},
+      {"///", ""},
+      {"//Trigger[", ""},
+      {"count(//Trigger)", ""},
+      {"$unknown", ""},
+      {"nofunction()", ""},
+  };
+  for (const SelectRow& row : rows) {
+    EXPECT_EQ(document.SelectSingleNode(row.m_XPath).ToUtf8(), row.m_Value) << row.m_XPath;
+  }
+}
+
+TEST(AXmlDoc, WalksASelectionInDocumentOrder) {
+  AXmlDoc document{AString("<a><b n='1'/><c><b n='2'/></c><b n='3'/></a>")};
+  EXPECT_EQ(All(document, "//b"),
+            (std::vector<std::string>{"<b n='1'/>", "<b n='2'/>", "<b n='3'/>"}));
+  EXPECT_EQ(All(document, "//b/@n"), (std::vector<std::string>{"1", "2", "3"}));
+  EXPECT_EQ(All(document, "//c | /a/b[1]"),
+            (std::vector<std::string>{"<b n='1'/>", "<c><b n='2'/></c>"}));
+  EXPECT_TRUE(All(document, "//none").empty());
+}
+
+TEST(AXmlDoc, HasNoCurrentNodeBeforeAndAfterTheSelection) {
+  AXmlDoc document{AString("<a>x</a>")};
+  EXPECT_FALSE(document.Read());
+  EXPECT_TRUE(document.GetValue().IsEmpty());
+  EXPECT_TRUE(document.Find("/a/text()"));
+  EXPECT_TRUE(document.GetValue().IsEmpty());
+  EXPECT_TRUE(document.Read());
+  EXPECT_EQ(document.GetValue(), AString("x"));
+  EXPECT_FALSE(document.Read());
+  EXPECT_FALSE(document.Read());
+  EXPECT_TRUE(document.GetValue().IsEmpty());
+  EXPECT_FALSE(document.Find("/b"));
+  EXPECT_FALSE(document.Read());
+}
+
+TEST(AXmlDoc, TextAndCDataSideBySideAreOneTextNode) {
+  AXmlDoc document{AString("<a>x<![CDATA[<y>]]>&amp;<!-- c -->z</a>")};
+  EXPECT_EQ(document.SelectSingleNode("/a/text()"), AString("x<y>&"));
+  EXPECT_EQ(All(document, "/a/text()"), (std::vector<std::string>{"x<y>&", "z"}));
+}
+
+TEST(AXmlDoc, WhiteSpaceCountsAsText) {
+  const AXmlDoc document{AString("<a> \n<b> x </b></a>")};
+  EXPECT_EQ(document.SelectSingleNode("/a/text()"), AString(" \n"));
+  EXPECT_EQ(document.SelectSingleNode("/a/b/text()"), AString(" x "));
+}
+
+TEST(AXmlDoc, MarkupSurvivesWhateverLooksLikeItsEnd) {
+  const char* const elements[] = {
+      "<b/>",
+      "<b></b>",
+      "<b x='/>'/>",
+      "<b x=\"&lt;/b>/>\">&gt;</b>",
+      "<b><!-- </b> --></b>",
+      "<b><![CDATA[</b>]]></b>",
+      "<b><?pi </b> ?></b>",
+      "<b><b><b/></b><b/></b>",
+      "<b\n  z='1'\n  a='2'\n>]]</b\n>",
+      "<b:c.d-e_f xmlns:b='u'/>",
+      "<\xC3\xA4 \xC3\xB6='\xE2\x82\xAC'>\xF0\x9F\x98\x80</\xC3\xA4>",
+  };
+  for (const char* element : elements) {
+    const AString text = AString("<r>\xC3\xA4 ") + element + "</r>";
+    const AXmlDoc document(text);
+    ASSERT_TRUE(document.IsParsed()) << element << document.Error().m_Message.ToUtf8();
+    EXPECT_EQ(document.SelectSingleNode("/r/*"), AString(element));
+    EXPECT_EQ(document.SelectSingleNode("/r"), text);
+    EXPECT_EQ(AXmlDoc(AString(element)).SelectSingleNode("/*"), AString(element));
+  }
+}
+
+TEST(AXmlDoc, SkipsAByteOrderMark) {
+  const AXmlDoc document{AString("\xEF\xBB\xBF<?xml version='1.0'?><a>x</a>")};
+  ASSERT_TRUE(document.IsParsed());
+  EXPECT_EQ(document.SelectSingleNode("/a"), AString("<a>x</a>"));
+}
+
+TEST(AXmlDoc, TakesWellFormedDocuments) {
+  const char* const texts[] = {
+      "<a/>",
+      " \r\n\t<a/>\n",
+      "<?xml version='1.0' encoding='ISO-8859-1' standalone='yes'?><a/>",
+      "<!-- c --><?pi?><a/><!-- c --><?pi x?>",
+      "<!DOCTYPE a><a/>",
+      "<!DOCTYPE a SYSTEM \"a>b.dtd\"><a/>",
+      "<a x='\"' y=\"'\"/>",
+      "<a x = '1'/>",
+      "<a>&lt;&gt;&amp;&apos;&quot;&#9;&#x10FFFF;&#xfffd;</a>",
+      "<a>]] ></a>",
+      "<a>></a>",
+      "<a x='>'/>",
+      "<a xml:lang='en'/>",
+      "<a><?xml-stylesheet x?></a>",
+  };
+  for (const char* text : texts) {
+    const AXmlDoc document{AString(text)};
+    EXPECT_TRUE(document.IsParsed()) << text << ' ' << document.Error().m_Message.ToUtf8();
+    EXPECT_TRUE(document.Error().m_Message.IsEmpty());
+    EXPECT_EQ(document.Error().m_Line, 0u);
+  }
+}
+
+struct ErrorRow {
+  const char* m_Text;
+  unsigned m_Line;
+  unsigned m_Column;
+  const char* m_Message;
+};
+
+const ErrorRow Errors[] = {
+    {"", 1, 1, "there is no element"},
+    {" \n ", 2, 2, "there is no element"},
+    {"<!-- only -->", 1, 14, "there is no element"},
+    {"x<a/>", 1, 1, "text outside the root element"},
+    {"<a/>x", 1, 5, "text outside the root element"},
+    {"<a/>\n&amp;", 2, 1, "text outside the root element"},
+    {"<a/><![CDATA[x]]>", 1, 5, "text outside the root element"},
+    {"<a/><b/>", 1, 5, "there is more than one root element"},
+    {"<a/>\n\n<a/>", 3, 1, "there is more than one root element"},
+    {"<a>", 1, 4, "element \"a\" is not closed"},
+    {"<a><b></b>", 1, 11, "element \"a\" is not closed"},
+    {"<a", 1, 3, "a tag is not closed"},
+    {"<a x='1'", 1, 9, "a tag is not closed"},
+    {"<a /", 1, 4, "an attribute name is expected"},
+    {"<a / >", 1, 4, "an attribute name is expected"},
+    {"<", 1, 2, "a name is missing after \"<\""},
+    {"< a/>", 1, 2, "a name is missing after \"<\""},
+    {"<1/>", 1, 2, "a name is missing after \"<\""},
+    {"<a><!x></a>", 1, 5, "a name is missing after \"<\""},
+    {"<a></a", 1, 7, "\">\" is missing after \"</a\""},
+    {"<a></a x>", 1, 8, "\">\" is missing after \"</a\""},
+    {"<a></>", 1, 6, "a name is missing after \"</\""},
+    {"<a></ a>", 1, 6, "a name is missing after \"</\""},
+    {"</a>", 1, 1, "closing tag of \"a\" without an opening one"},
+    {"<a/></a>", 1, 5, "closing tag of \"a\" without an opening one"},
+    {"<a></A>", 1, 4, "closing tag of \"A\" where that of \"a\" is expected"},
+    {"<a>\n <b></a></b>", 2, 5, "closing tag of \"a\" where that of \"b\" is expected"},
+    {"<a x/>", 1, 5, "\"=\" is missing after attribute \"x\""},
+    {"<a x=1/>", 1, 6, "an attribute value needs quotes"},
+    {"<a x=", 1, 6, "an attribute value needs quotes"},
+    {"<a x='1>\n</a>", 2, 1, "\"<\" in an attribute value; write \"&lt;\""},
+    {"<a x='1", 1, 6, "an attribute value is not closed"},
+    {"<a x='1' x='2'/>", 1, 10, "attribute \"x\" is given twice"},
+    {"<a x='1'y='2'/>", 1, 9, "white space is missing before an attribute"},
+    {"<a ='1'/>", 1, 4, "an attribute name is expected"},
+    {"<a x='<'/>", 1, 7, "\"<\" in an attribute value; write \"&lt;\""},
+    {"<a x='a & b'/>", 1, 9, "\"&\" without an entity; write \"&amp;\""},
+    {"<a>a & b</a>", 1, 6, "\"&\" without an entity; write \"&amp;\""},
+    {"<a>&;</a>", 1, 4, "\"&\" without an entity; write \"&amp;\""},
+    {"<a>&amp</a>", 1, 4, "\"&\" without an entity; write \"&amp;\""},
+    {"<a>&", 1, 4, "\"&\" without an entity; write \"&amp;\""},
+    {"<a>&nbsp;</a>", 1, 4, "there is no entity \"&nbsp;\""},
+    {"<a>&AMP;</a>", 1, 4, "there is no entity \"&AMP;\""},
+    {"<a>&#;</a>", 1, 4, "there is no entity \"&#;\""},
+    {"<a>&#x;</a>", 1, 4, "there is no entity \"&#x;\""},
+    {"<a>&#0;</a>", 1, 4, "there is no entity \"&#0;\""},
+    {"<a>&#11;</a>", 1, 4, "there is no entity \"&#11;\""},
+    {"<a>&#1F;</a>", 1, 4, "there is no entity \"&#1F;\""},
+    {"<a>&#X41;</a>", 1, 4, "there is no entity \"&#X41;\""},
+    {"<a>&#xD800;</a>", 1, 4, "there is no entity \"&#xD800;\""},
+    {"<a>&#x110000;</a>", 1, 4, "there is no entity \"&#x110000;\""},
+    {"<a>&#4294967361;</a>", 1, 4, "there is no entity \"&#4294967361;\""},
+    {"<a>]]></a>", 1, 4, "\"]]>\" in text; write \"]]&gt;\""},
+    {"<a><!-- x -- y --></a>", 1, 11, "\"--\" in a comment"},
+    {"<a><!-- x ---></a>", 1, 11, "\"--\" in a comment"},
+    {"<a><!-- x</a>", 1, 8, "a comment is not closed"},
+    {"<a><![CDATA[x</a>", 1, 13, "a CDATA section is not closed"},
+    {"<a><?pi x</a>", 1, 9, "a processing instruction is not closed"},
+    {"<a><? pi?></a>", 1, 6, "a name is missing after \"<?\""},
+    {"<a><?pi+?></a>", 1, 8, "white space is missing after \"pi\""},
+    {" <?xml version='1.0'?><a/>", 1, 2, "an XML declaration may stand at the very beginning only"},
+    {"<a><?XML x?></a>", 1, 4, "an XML declaration may stand at the very beginning only"},
+    {"<!DOCTYPE a [<!ENTITY x 'y'>]><a>&x;</a>", 1, 13,
+     "declarations within the document are not accepted"},
+    {"<a/><!DOCTYPE a>", 1, 5, "a document type declaration out of place"},
+    {"<!DOCTYPE a><!DOCTYPE a><a/>", 1, 13, "a document type declaration out of place"},
+    {"<!DOCTYPE a SYSTEM 'x>", 1, 1, "a document type declaration is not closed"},
+    {"<a>\x01</a>", 1, 4, "a character that XML does not allow"},
+    {"<a x='\x7F\x1F'/>", 1, 8, "a character that XML does not allow"},
+    {"<a><!-- \xEF\xBF\xBF --></a>", 1, 9, "a character that XML does not allow"},
+    {"<a>\xC3\xA4\xE2\x82\xAC\xFF</a>", 1, 6, "a character that XML does not allow"},
+    {"<a\xC3/>", 1, 3, "a character that XML does not allow"},
+    {"<!DOCTYPE \x02 a><a/>", 1, 11, "a character that XML does not allow"},
+    {"<a>\n\xC3\xA4\xF0\x9F\x98\x80&</a>", 2, 3, "\"&\" without an entity; write \"&amp;\""},
+    {"<a>\r\n\r\n  <b></a>", 3, 6, "closing tag of \"a\" where that of \"b\" is expected"},
+};
+
+TEST(AXmlDoc, RefusesWhatIsNotWellFormedAndSaysWhere) {
+  for (const ErrorRow& row : Errors) {
+    AXmlDoc document{AString(row.m_Text)};
+    SCOPED_TRACE(testing::PrintToString(row.m_Text));
+    EXPECT_FALSE(document.IsParsed());
+    EXPECT_EQ(document.Error().m_Message.ToUtf8(), row.m_Message);
+    EXPECT_EQ(document.Error().m_Line, row.m_Line);
+    EXPECT_EQ(document.Error().m_Column, row.m_Column);
+    EXPECT_FALSE(document.Find("/"));
+    EXPECT_FALSE(document.Find("//*"));
+    EXPECT_TRUE(document.SelectSingleNode("//*").IsEmpty());
+  }
+}
+
+TEST(AXmlDoc, EveryCutOfADocumentIsRefused) {
+  const std::string whole = Task;
+  const std::size_t end = whole.rfind("</Task>") + 7;
+  for (std::size_t length = 0; length < end; ++length) {
+    EXPECT_FALSE(AXmlDoc(AString::FromUtf8(whole.substr(0, length))).IsParsed()) << length;
+  }
+}
+
+TEST(AXmlDoc, ZeroCharacterIsRefused) {
+  EXPECT_FALSE(AXmlDoc(AString(L"<a/>\0", 5)).IsParsed());
+  EXPECT_FALSE(AXmlDoc(AString(L"<a\0/>", 5)).IsParsed());
+}
+
+AString Nested(std::size_t depth) {
+  AString text;
+  for (std::size_t i = 0; i < depth; ++i) {
+    text += "<a>";
+  }
+  for (std::size_t i = 0; i < depth; ++i) {
+    text += "</a>";
+  }
+  return text;
+}
+
+TEST(AXmlDoc, NestingIsBounded) {
+  EXPECT_TRUE(AXmlDoc(Nested(AXmlDoc::MaxDepth)).IsParsed());
+  const AXmlDoc deeper(Nested(AXmlDoc::MaxDepth + 1));
+  EXPECT_FALSE(deeper.IsParsed());
+  EXPECT_EQ(deeper.Error().m_Message, AString("elements are nested too deeply"));
+  EXPECT_EQ(deeper.Error().m_Column, 3 * AXmlDoc::MaxDepth + 1);
+  EXPECT_FALSE(AXmlDoc(Nested(1000000)).IsParsed());
+}
+
+TEST(AXmlDoc, SizeIsBounded) {
+  const std::wstring filler(AXmlDoc::MaxBytes - 7, L'x');
+  EXPECT_TRUE(AXmlDoc(AString(L"<a>" + filler + L"</a>")).IsParsed());
+  const AXmlDoc larger(AString(L"<a>x" + filler + L"</a>"));
+  EXPECT_FALSE(larger.IsParsed());
+  EXPECT_EQ(larger.Error().m_Message, AString("the document is too large"));
+  EXPECT_EQ(larger.Error().m_Line, 0u);
+  EXPECT_EQ(larger.Error().m_Column, 0u);
+}
+
+TEST(AXmlDoc, ManyAttributesAndElementsAreNoBurden) {
+  std::wstring attributes;
+  std::wstring elements;
+  for (int i = 0; i < 100000; ++i) {
+    attributes += L" a" + std::to_wstring(i) + L"='1'";
+    elements += L"<b/>";
+  }
+  AXmlDoc document(AString(L"<a" + attributes + L">" + elements + L"</a>"));
+  ASSERT_TRUE(document.IsParsed());
+  EXPECT_EQ(All(document, "//b").size(), 100000u);
+  EXPECT_EQ(All(document, "//@*").size(), 100000u);
+}
+
+TEST(AXmlDoc, ParseReplacesTheDocumentEvenWhenItFails) {
+  AXmlDoc document{AString("<a>x</a>")};
+  EXPECT_TRUE(document.Find("/a"));
+  EXPECT_FALSE(document.Parse("<b>"));
+  EXPECT_FALSE(document.Read());
+  EXPECT_TRUE(document.SelectSingleNode("/a").IsEmpty());
+  EXPECT_TRUE(document.Parse("<b>y</b>"));
+  EXPECT_TRUE(document.Error().m_Message.IsEmpty());
+  EXPECT_EQ(document.SelectSingleNode("/b/text()"), AString("y"));
+}
+
+TEST(AXmlDoc, StartsWithoutADocument) {
+  AXmlDoc document;
+  EXPECT_FALSE(document.IsParsed());
+  EXPECT_TRUE(document.Error().m_Message.IsEmpty());
+  EXPECT_FALSE(document.Find("/"));
+  EXPECT_TRUE(document.SelectSingleNode("/").IsEmpty());
+}
+
+TEST(AXmlDoc, MovesWithItsSelection) {
+  AXmlDoc first{AString("<a><b/><b x='2'/></a>")};
+  ASSERT_TRUE(first.Find("//b"));
+  ASSERT_TRUE(first.Read());
+  AXmlDoc second = std::move(first);
+  EXPECT_TRUE(second.Read());
+  EXPECT_EQ(second.GetValue(), AString("<b x='2'/>"));
+  EXPECT_TRUE(first.Parse("<c/>"));
+  second = std::move(first);
+  EXPECT_EQ(second.SelectSingleNode("/*"), AString("<c/>"));
+}
+
+}  // namespace
+}  // namespace BaseSDK
