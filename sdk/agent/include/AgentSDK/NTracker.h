@@ -1,0 +1,20 @@
+#pragma once
+
+#include <BaseSDK/AString.h>
+
+namespace AgentSDK {
+
+/// The agent's notifications. [any thread]
+struct NTracker {
+  NTracker() = delete;
+
+  /// Has the `count` notifications `codes` delivered to the plug-in that calls itself `subscriber`,
+  /// as INoxObject's NotifyObject of kind 10. At least 1 when subscribed; negative without a host.
+  static long Subscribe(const BaseSDK::AString& subscriber, const long* codes, unsigned count);
+
+  /// Posts a notification to its subscribers. At least 1 when the host took it; negative without a
+  /// host. It is never delivered on the calling thread, so locks may be held.
+  static long PostNotification(long code, const BaseSDK::AString& text);
+};
+
+}  // namespace AgentSDK
