@@ -1,0 +1,20 @@
+#include <BaseSDK/ThreadHooks.h>
+
+#include "Timeline.h"
+
+// Found before those of the base library, because they are the executable's own.
+namespace BaseSDK::Platform {
+
+void OnThreadStart() {
+  VirtualTime::Timeline::Instance().AddThread();
+}
+
+void OnThreadEnter() {
+  VirtualTime::Timeline::NoteOwnThread();
+}
+
+void OnThreadEnd() {
+  VirtualTime::Timeline::Instance().RemoveThread();
+}
+
+}  // namespace BaseSDK::Platform
