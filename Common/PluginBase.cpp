@@ -1,0 +1,72 @@
+#include "Common/PluginBase.h"
+
+#include <BaseSDK/ALogger.h>
+#include <BaseSDK/ASingleton.h>
+
+using BaseSDK::ALogger;
+
+namespace {
+
+constexpr char SourceName[] = "Common/PluginBase";
+
+struct FileLogger {
+  ALogger& m_Logger = ALogger::GetLogger("Corvane::Agent::Common::PluginBase");
+};
+
+ALogger& Log() {
+  return BaseSDK::ASingleton<FileLogger>::Instance().m_Logger;
+}
+
+/// Owned here, from PluginInitialize to an agreed PluginUninitialize. A plain pointer, because a
+/// process that ends without unloading must not destroy an object whose threads still run.
+APluginBase* serverObject = nullptr;
+
+void LogRefusal(bool forced) {
+  if (forced) {
+    ALOG(Log(), ALogger::Warning, SourceName,
+         L"PluginUninitialize(): Plugin failed forced unload!\n");
+  } else {
+    ALOG(Log(), ALogger::Trace, SourceName, L"PluginUninitialize(): Plugin refused to unload.\n");
+  }
+}
+
+int UninitializeObject(bool forced) {
+  const int result = serverObject->Uninitialize(forced ? 1 : 0);
+  if (result < 1) {
+    LogRefusal(forced);
+    return result;
+  }
+  ALOG(Log(), ALogger::Trace, SourceName,
+       L"PluginUninitialize(): Plugin agreed to unload - destroying server class.");
+  delete serverObject;
+  serverObject = nullptr;
+  return result;
+}
+
+}  // namespace
+
+APluginBase::~APluginBase() = default;
+
+int PluginInitialize(int queue) {
+  if (serverObject != nullptr) return 1;
+  serverObject = PluginMain();
+  if (serverObject == nullptr) {
+    ALOG(Log(), ALogger::Error, SourceName, L"PluginInitialize(): Failed to create server class\n");
+    return -1;
+  }
+  // Kept on purpose: an object without a queue stays, uninitialised, and a second call answers 1.
+  const int opened = serverObject->AMsgQueueServer::Open(queue);
+  if (opened < 0) return opened;
+  return serverObject->Initialize();
+}
+
+int PluginUninitialize(bool forced) {
+  ALOG(Log(), ALogger::Trace, SourceName, L"PluginUninitialize(): enter.");
+  const int result = serverObject == nullptr ? 1 : UninitializeObject(forced);
+  ALOG(Log(), ALogger::Trace, SourceName, L"PluginUninitialize(): leave.");
+  return result;
+}
+
+int PluginGetAttributeV3(const char* name, BaseSDK::AString& value) {
+  return serverObject == nullptr ? -1 : serverObject->GetAttribute(name, value);
+}
