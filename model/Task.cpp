@@ -1,0 +1,143 @@
+#include "model/Task.h"
+
+#include "model/TaskDocument.h"
+#include "scheduler/TaskSchedulerObject.h"
+#include "storage/TaskStorage.h"
+
+#include <AgentSDK/NTracker.h>
+#include <BaseSDK/ADateTime.h>
+#include <BaseSDK/ALogger.h>
+
+#include <memory>
+
+using BaseSDK::ADateTime;
+using BaseSDK::ALogger;
+using BaseSDK::AString;
+
+namespace {
+
+constexpr const char* sourceName = "Task";
+constexpr long taskChanged = 100;  // the notification: document replaced or next run moved
+
+ALogger& Logger() {
+  static ALogger& logger = ALogger::GetLogger("Corvane::Agent::TaskScheduler");
+  return logger;
+}
+
+void PostTaskChanged(const AString& taskID) {
+  (void)AgentSDK::NTracker::PostNotification(taskChanged, taskID);  // nobody need listen
+}
+
+}  // namespace
+
+CTask::CTask(TaskSchedulerObject_i* scheduler, const AString& taskID, const AString& taskXML)
+    : m_pScheduler(scheduler), m_TaskID(taskID), m_TaskXML(taskXML) {
+  CTaskDocument document(taskXML);
+  m_HandlerCLSID = document.HandlerClassId();
+  m_Enabled = document.IsEnabled();
+  const CTaskDocument::Run run = document.LastRun();
+  ReadLastRun(run.m_Date, run.m_Time, run.m_State);
+  for (const AString& element : document.Triggers()) AddTrigger(element);
+  UpdateClosestRun();
+}
+
+CTask::~CTask() {
+  for (const CTaskTrigger* trigger : m_Triggers) delete trigger;
+}
+
+/// A run that did not finish counts as none, so that the task is due for it again.
+void CTask::ReadLastRun(const AString& date, const AString& time, const AString& state) {
+  if (!state.IsEmpty() && state != L"Ok") {
+    ALOG(Logger(), ALogger::Warning, sourceName,
+         AString(L"Task '%1' did not finish last time, the last known state is '%2'")
+             .Arg(m_TaskID, state));
+    return;
+  }
+  const long startTime = ADateTime(date + L" " + time).GetTime();
+  m_LastRun = startTime == 0 ? CTaskTrigger::NoTime : startTime;
+}
+
+void CTask::AddTrigger(const AString& element) {
+  auto trigger = std::make_unique<CTaskTrigger>(element, &m_LastRun);
+  m_Triggers.push_back(trigger.get());
+  (void)trigger.release();  // owned by m_Triggers from here on
+}
+
+bool CTask::IsDue(bool firstEvent, bool secondEvent, long& sleepSeconds, bool& late, bool& neverRun,
+                  bool& allExpired, bool& deleteTask, bool& killAtEnd) {
+  if (!m_Enabled) {
+    m_Late = false;
+    return false;
+  }
+  allExpired = true;
+  late = false;
+  deleteTask = true;
+  killAtEnd = false;
+  neverRun = m_LastRun == CTaskTrigger::NoTime;
+  bool due = false;
+  bool asapDue = false;
+  bool anyChange = false;
+  for (CTaskTrigger* trigger : m_Triggers) {
+    const bool asap = trigger->m_Type == CTaskTrigger::AsSoonAsPossible;
+    bool triggerLate = false;
+    bool expired = false;
+    bool nextRunChanged = false;
+    if (trigger->IsDue(firstEvent, secondEvent, sleepSeconds, triggerLate, expired,
+                       nextRunChanged)) {
+      due = true;
+      asapDue = asapDue || asap;
+      late = !asapDue && (late || triggerLate);
+      killAtEnd = killAtEnd || trigger->m_KillAtEnd;
+    }
+    allExpired = allExpired && expired;
+    deleteTask = deleteTask && allExpired && !asap;
+    anyChange = anyChange || nextRunChanged;
+  }
+  m_Late = late;
+  if (anyChange) PostTaskChanged(m_TaskID);
+  return due;
+}
+
+void CTask::UpdateClosestRun() {
+  for (CTaskTrigger* trigger : m_Triggers) trigger->UpdateClosestRun(m_Enabled);
+}
+
+long CTask::Enable(bool enable) {
+  if (m_Enabled == enable) {
+    ALOG(Logger(), ALogger::Trace, sourceName,
+         AString(L"Task '%1' enable state is not changed").Arg(m_TaskID));
+    return -1;
+  }
+  m_Enabled = enable;
+  const CTaskDocument document(m_TaskXML);
+  return m_pScheduler->Storage()->SetTaskXML(m_TaskID,
+                                             document.Rewritten(enable, document.History()));
+}
+
+void CTask::RegisterRun() {
+  const ADateTime now = ADateTime::Now();
+  const AString startTime = now.ToString(L"%Y-%m-%d %H:%M:%S");
+  WriteHistory(CTaskDocument::HistoryOf(startTime, L"Started"));
+  m_LastRun = now.GetTime();
+  ALOG(Logger(), ALogger::Information, sourceName,
+       AString(L"Task ID = %1 was RUN on %2").Arg(m_TaskID, startTime));
+}
+
+void CTask::SetRunState(const AString& state) {
+  ALOG(Logger(), ALogger::Trace, sourceName,
+       AString(L"Set run state to '%1' for task ID = %2").Arg(state, m_TaskID));
+  if (m_Late) {
+    m_Late = false;
+    PostTaskChanged(m_TaskID);
+  }
+  const CTaskDocument::Run run = CTaskDocument(m_TaskXML).LastRun();
+  if (run.m_Date.IsEmpty()) return;  // never ran
+  WriteHistory(CTaskDocument::HistoryOf(run.m_Date + L" " + run.m_Time, state));
+}
+
+/// Kept on purpose: the result of the write is not looked at. The run goes on whatever the disk
+/// does, and memory remembers it until the next load.
+void CTask::WriteHistory(const AString& history) {
+  TaskSchedulerObject_i::UpdateTaskHistoryNode(m_TaskXML, history);
+  (void)m_pScheduler->Storage()->SetTaskXML(m_TaskID, m_TaskXML);
+}

@@ -1,0 +1,53 @@
+#include "model/TaskDocument.h"
+
+#include <BaseSDK/AStringTokenizer.h>
+
+using BaseSDK::AString;
+
+namespace {
+
+// What AStringTokenizer calls it: empty tokens count, and what follows the third is dropped.
+constexpr int keepEmpty = 1;
+constexpr int runFields = 3;
+
+}  // namespace
+
+bool CTaskDocument::IsEnabled() const {
+  const AString value = m_Doc.SelectSingleNode(L"/Task/@Enabled");
+  return value.IsEmpty() || value.ToLong() != 0;
+}
+
+AString CTaskDocument::HandlerClassId() const {
+  return m_Doc.SelectSingleNode(L"//HandlerCLSID/text()");
+}
+
+CTaskDocument::Run CTaskDocument::LastRun() const {
+  const AString entry = m_Doc.SelectSingleNode(L"//RunTime/text()");
+  const BaseSDK::AStringTokenizer fields(entry, L" ", keepEmpty, runFields);
+  return {fields.Token(0), fields.Token(1), fields.Token(2)};
+}
+
+AString CTaskDocument::History() const {
+  return m_Doc.SelectSingleNode(L"//TaskHistory");
+}
+
+std::vector<AString> CTaskDocument::Triggers() {
+  std::vector<AString> triggers;
+  if (!m_Doc.Find(L"//Trigger")) return triggers;
+  while (m_Doc.Read()) triggers.push_back(m_Doc.GetValue());
+  return triggers;
+}
+
+AString CTaskDocument::Rewritten(bool enabled, const AString& history) const {
+  const AString separator(L"\n\t");
+  AString text = AString(L"<Task Enabled=\"%1\">").Arg(AString().SetNum(enabled ? 1 : 0, 'd'));
+  text += separator + m_Doc.SelectSingleNode(L"//HandlerCLSID");
+  text += separator + m_Doc.SelectSingleNode(L"//Schedule");
+  text += separator + history;
+  return text += L"\n</Task>";
+}
+
+AString CTaskDocument::HistoryOf(const AString& startTime, const AString& state) {
+  const AString entry = AString(L"<RunTime>") + startTime + L" " + state + AString(L"</RunTime>");
+  return AString(L"<TaskHistory>\n\t\t") + entry + L"\n\t</TaskHistory>";
+}

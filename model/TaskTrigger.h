@@ -1,0 +1,119 @@
+#pragma once
+
+#include <BaseSDK/ALong32.h>
+#include <BaseSDK/AString.h>
+
+#include <cstdint>
+#include <optional>
+
+namespace BaseSDK {
+class AXmlDoc;
+}
+
+/// One schedule rule of a task: one `Trigger` element, and the arithmetic that says when it starts.
+///
+/// Times are whole seconds since the epoch in the signed 32-bit range at both word sizes; NoTime
+/// (-1) means that there is no such time. All arithmetic on them stops at the ends of that range.
+///
+/// A trigger that is neither of type AsSoonAsPossible nor an event starts at the time of day of its
+/// begin date on every local day that its rule selects, and repeats every m_Interval seconds for
+/// m_Duration seconds after each start. Local time is that of TZ; where the clock changes:
+///
+/// - Spring, New York, 2024-03-10: 02:00 to 03:00 is never shown. A start at 02:30 is at 03:30
+///   daylight time that day (1710055800) and at 02:30 again the day after.
+/// - Autumn, New York, 2024-11-03: 01:00 to 02:00 is shown twice. A start at 01:30 is the first of
+///   the two (1730611800), once.
+///
+/// A trigger has no lock: its task's caller holds the scheduler's state lock.
+class CTaskTrigger {
+ public:
+  static constexpr long NoTime = -1;
+
+  enum Type : long {
+    AsSoonAsPossible = -1,
+    Once = 0,
+    Daily = 1,
+    Weekly = 2,
+    MonthlyByDate = 3,
+    MonthlyByWeekday = 4,
+    FirstEvent = 6,   ///< due while notification 302 is flagged; no document makes such a trigger
+    SecondEvent = 7,  ///< due while notification 300 is flagged; no document makes such a trigger
+  };
+
+  /// Never fails: whatever is wrong with the element makes a disabled trigger. `lastRun` is the
+  /// task's last-run time; borrowed, it must outlive the trigger.
+  CTaskTrigger(const BaseSDK::AString& element, long* lastRun);
+  ~CTaskTrigger() = default;
+
+  /// The start on the local day of `t`, or NoTime when there is none that day. For AsSoonAsPossible
+  /// `t` itself. Where the clock jumps over the time of day the start lies behind the jump, at the
+  /// end of a day possibly on the next one.
+  long GetTriggerStartTime(const long& t) const;
+
+  /// Whether the trigger is due now; updates m_NextRun. `sleepSeconds` is lowered to the next start
+  /// or repetition, never raised. `late` is assigned only for a dated trigger that is due and
+  /// `expired` only set to true, so clear both before; `nextRunChanged` is always assigned.
+  bool IsDue(bool firstEvent, bool secondEvent, long& sleepSeconds, bool& late, bool& expired,
+             bool& nextRunChanged);
+
+  /// Sets m_NextRun to the first start at or after `from` that the search meets, or to NoTime. The
+  /// search goes to the end date, or twenty years ahead when there is none.
+  void CalculateNextRunTime(long from, bool expired);
+
+  /// Refreshes m_NextRun and m_ClosestRun; both are NoTime when the task is disabled.
+  void UpdateClosestRun(bool taskEnabled);
+
+  // The definition; constant after construction. A disabled trigger keeps the initial values of
+  // whatever comes after the field that disabled it.
+  long m_Type = Once;
+  long m_Interval = 0;  ///< seconds between repetitions; 0: none
+  long m_Duration = 0;  ///< seconds of the active period after a start; may be negative
+  bool m_Disabled = false;
+  BaseSDK::AString m_Description;
+  bool m_KillAtEnd = false;
+  long m_BeginDate = 0;
+  long m_EndDate = 0;  ///< NoTime: no end
+  long m_DaysInterval = 0;
+  long m_WeeksInterval = 0;
+  std::uint32_t m_DaysOfWeek = 0;    ///< bit 0 is Sunday
+  std::uint32_t m_DaysOfMonth = 0;   ///< bit 0 is the 1st
+  std::uint32_t m_MonthsOfYear = 0;  ///< bit 0 is January
+  long m_Week = 0;                   ///< 1 to 5
+  long* m_pLastRun;                  ///< the task's; borrowed
+
+  // The state.
+  long m_NextRun = NoTime;
+  long m_ClosestRun = NoTime;  ///< now when due at the last UpdateClosestRun, else m_NextRun
+
+ private:
+  /// What a due test finds out before anything is changed.
+  struct Finding {
+    bool m_Due = false;
+    std::optional<bool> m_Late;
+    bool m_Expired = false;
+    /// The next start or repetition; at or before now when there is none to sleep for.
+    long m_NextStart = BaseSDK::Long32Min;
+  };
+
+  // Reading the element. The two answers are whether the trigger can fire at all.
+  bool ReadKind(const BaseSDK::AXmlDoc& doc);
+  void ReadRepetition(const BaseSDK::AXmlDoc& doc);
+  bool ReadDates(const BaseSDK::AXmlDoc& doc);
+  void ReadRecurrence(const BaseSDK::AXmlDoc& doc);
+
+  // The rule of a day.
+  bool MasksSelect(const std::tm& day) const;
+  bool CountSelects(long days, const std::tm& day, const std::tm& begin) const;
+
+  // The due test.
+  bool IsDueAt(long now, bool firstEvent, bool secondEvent, long& sleepSeconds, bool& late,
+               bool& expired, bool& nextRunChanged);
+  Finding Examine(long now, bool firstEvent, bool secondEvent) const;
+  Finding ExamineDated(long now) const;
+  long WalkOrigin(long now) const;
+  long LatestStartNotYetRun(long now) const;
+  bool StillToRun(long start, long now) const;
+  long NextStartAfter(long now) const;
+  bool Repeats() const { return m_Duration != 0 && m_Interval != 0; }
+  long RepetitionFrom(long start, long now, long ahead) const;
+};

@@ -1,0 +1,255 @@
+#include "model/TaskTrigger.h"
+
+#include <algorithm>
+#include <ctime>
+
+using BaseSDK::Add32;
+using BaseSDK::Long32Min;
+using BaseSDK::Mul32;
+using BaseSDK::Sub32;
+
+namespace {
+
+/// A step of the walk over days. Local days may be longer or shorter; the time of day is taken from
+/// the begin date anew on each.
+constexpr long secondsPerDay = 86400;
+/// Later than this after its start a run counts as late.
+constexpr long punctualSeconds = 59;
+/// The last repetition, at the very end of the active period, may be found this much after it.
+constexpr long graceSeconds = 5;
+/// The search for the next run leaves out the minute that is under way.
+constexpr long searchAheadSeconds = 60;
+/// Twenty years of 365 days: without an end date the search for the next run gives up there.
+constexpr long searchSpanSeconds = 7300 * secondsPerDay;
+
+long CurrentTime() {
+  return BaseSDK::Clamp32(std::time(nullptr));
+}
+
+std::tm LocalFields(long moment) {
+  const std::time_t time = moment;
+  std::tm fields{};
+  (void)localtime_r(&time, &fields);  // fails only for years that an int cannot hold
+  return fields;
+}
+
+/// The moment on `day` at the time of day of `clock`; NoTime when there is none in range.
+long MomentOnDay(std::tm day, const std::tm& clock) {
+  day.tm_hour = clock.tm_hour;
+  day.tm_min = clock.tm_min;
+  day.tm_sec = clock.tm_sec;
+  day.tm_isdst = -1;
+  return BaseSDK::MakeTime32(day);
+}
+
+bool HasBit(std::uint32_t mask, int bit) {
+  return ((mask >> bit) & 1u) != 0;
+}
+
+/// Kept on purpose: the 7th already belongs to the second week, and the fifth starts on the 28th.
+long WeekOfMonth(const std::tm& day) {
+  return day.tm_mday / 7 + 1;
+}
+
+/// `divisor` is 0 only in a trigger that was disabled before its counts were read: as if it were 1.
+bool IsMultiple(long number, long divisor) {
+  return divisor == 0 || number % divisor == 0;
+}
+
+}  // namespace
+
+long CTaskTrigger::GetTriggerStartTime(const long& t) const {
+  if (m_Type == AsSoonAsPossible) return t;
+  const std::tm day = LocalFields(t);
+  // First, for it spares the costly conversion on most days of a monthly rule.
+  if (!MasksSelect(day)) return NoTime;
+  const std::tm begin = LocalFields(m_BeginDate);
+  const long start = MomentOnDay(day, begin);
+  if (start == NoTime) return NoTime;
+  const long days = Sub32(start, m_BeginDate) / secondsPerDay;
+  if (days < 0) return NoTime;
+  // Less than a day before the begin counts as no day: only the begin's own day may start then.
+  if (days == 0 && t < m_BeginDate && day.tm_mday != begin.tm_mday) return NoTime;
+  return CountSelects(days, day, begin) ? start : NoTime;
+}
+
+/// Whether the calendar alone lets the day pass.
+bool CTaskTrigger::MasksSelect(const std::tm& day) const {
+  switch (m_Type) {
+    case Weekly:
+      return HasBit(m_DaysOfWeek, day.tm_wday);
+    case MonthlyByDate:
+      return HasBit(m_MonthsOfYear, day.tm_mon) && HasBit(m_DaysOfMonth, day.tm_mday - 1);
+    case MonthlyByWeekday:
+      return HasBit(m_MonthsOfYear, day.tm_mon) && HasBit(m_DaysOfWeek, day.tm_wday) &&
+             WeekOfMonth(day) == m_Week;
+    default:
+      return true;
+  }
+}
+
+/// Whether the distance from the begin, in elapsed days, lets the day pass.
+bool CTaskTrigger::CountSelects(long days, const std::tm& day, const std::tm& begin) const {
+  switch (m_Type) {
+    case Once:
+      return days == 0 && day.tm_mday == begin.tm_mday;
+    case Daily:
+      return IsMultiple(days, m_DaysInterval);
+    case Weekly:
+      return IsMultiple((days + begin.tm_wday) / 7, m_WeeksInterval);
+    default:
+      return true;
+  }
+}
+
+bool CTaskTrigger::IsDue(bool firstEvent, bool secondEvent, long& sleepSeconds, bool& late,
+                         bool& expired, bool& nextRunChanged) {
+  return IsDueAt(CurrentTime(), firstEvent, secondEvent, sleepSeconds, late, expired,
+                 nextRunChanged);
+}
+
+bool CTaskTrigger::IsDueAt(long now, bool firstEvent, bool secondEvent, long& sleepSeconds,
+                           bool& late, bool& expired, bool& nextRunChanged) {
+  const Finding found = Examine(now, firstEvent, secondEvent);
+  late = found.m_Late.value_or(late);
+  expired = expired || found.m_Expired;
+  if (found.m_NextStart > now) {
+    sleepSeconds = std::min(sleepSeconds, Sub32(found.m_NextStart, now));
+  }
+
+  const long previous = m_NextRun;
+  if (found.m_NextStart < 1 || found.m_NextStart <= now) {
+    CalculateNextRunTime(Add32(now, searchAheadSeconds), expired);
+  } else {
+    m_NextRun = found.m_NextStart;
+  }
+  nextRunChanged = m_NextRun != previous;
+  return found.m_Due;
+}
+
+CTaskTrigger::Finding CTaskTrigger::Examine(long now, bool firstEvent, bool secondEvent) const {
+  if (m_Disabled) return {};
+  Finding found;
+  switch (m_Type) {
+    case SecondEvent:
+      found.m_Due = secondEvent;
+      return found;
+    case FirstEvent:
+      found.m_Due = firstEvent;
+      return found;
+    case AsSoonAsPossible:
+      found.m_Due = *m_pLastRun == NoTime;
+      found.m_Expired = true;
+      return found;
+    default:
+      return ExamineDated(now);
+  }
+}
+
+CTaskTrigger::Finding CTaskTrigger::ExamineDated(long now) const {
+  Finding found;
+  if (now < m_BeginDate) {
+    const long start = GetTriggerStartTime(now);
+    if (start != NoTime) found.m_NextStart = start;
+    return found;
+  }
+  if (m_EndDate != NoTime && now > m_EndDate) {
+    found.m_Expired = true;
+    return found;
+  }
+  const long start = LatestStartNotYetRun(now);
+  found.m_Due = StillToRun(start, now);
+  if (found.m_Due) found.m_Late = Sub32(now, start) > punctualSeconds;
+  found.m_NextStart = NextStartAfter(now);
+  return found;
+}
+
+/// Where the walk over days sets out: at the last run or, without one, at the begin.
+long CTaskTrigger::WalkOrigin(long now) const {
+  const long lastRun = *m_pLastRun;
+  const bool ranInFuture = GetTriggerStartTime(lastRun) > now;
+  const long origin = ranInFuture ? GetTriggerStartTime(Sub32(lastRun, m_Duration)) : lastRun;
+  return origin == NoTime ? m_BeginDate : origin;
+}
+
+/// Walks from start to start up to `now`: the first start after the last run, or else the
+/// repetition under way. When there is neither, a moment that StillToRun refuses.
+///
+/// The cursor goes on from each start, and from each start once only: after a day of 25 hours the
+/// step from a start in its first hour ends on the same day, before the same start, and going on
+/// from there again would never end. So every step but finitely many moves the cursor by a day,
+/// also where a step stops at the end of the 32-bit range.
+long CTaskTrigger::LatestStartNotYetRun(long now) const {
+  const long lastRun = *m_pLastRun;
+  long candidate = WalkOrigin(now);
+  long lastStart = Long32Min;
+  for (long cursor = candidate;; cursor = Add32(cursor, secondsPerDay)) {
+    const long start = GetTriggerStartTime(cursor);
+    if (start > now) return candidate;
+    if (start != NoTime) {
+      candidate = start;
+      if (lastRun == NoTime || lastRun < start) return candidate;
+      if (Repeats() && Sub32(now, start) <= Add32(m_Duration, graceSeconds)) {
+        return RepetitionFrom(start, now, 0);
+      }
+      if (start > lastStart) cursor = lastStart = start;
+    }
+    if (cursor >= now || (lastRun != NoTime && lastRun < candidate)) return candidate;
+  }
+}
+
+bool CTaskTrigger::StillToRun(long start, long now) const {
+  const long lastRun = *m_pLastRun;
+  if (start > now) return false;
+  if (lastRun == NoTime) return true;
+  if (lastRun >= start) return false;
+  return m_Type != Once || lastRun < Add32(m_BeginDate, m_Duration);
+}
+
+/// The start or repetition that comes next; at or before `now`, or NoTime, when it is not today.
+long CTaskTrigger::NextStartAfter(long now) const {
+  const long periodAgo = Sub32(now, m_Duration);
+  long next = GetTriggerStartTime(periodAgo);
+  if (next == NoTime || next < periodAgo) next = GetTriggerStartTime(now);
+  if (!Repeats() || next == NoTime || next > now) return next;
+  const long repetition = RepetitionFrom(next, now, 1);
+  return repetition <= Add32(next, m_Duration) ? repetition : next;
+}
+
+/// The repetition of `start` that is the latest at or before `now`, or `ahead` intervals after it.
+long CTaskTrigger::RepetitionFrom(long start, long now, long ahead) const {
+  const long count = Add32(Sub32(now, start) / m_Interval, ahead);
+  return Add32(start, Mul32(count, m_Interval));
+}
+
+void CTaskTrigger::CalculateNextRunTime(long from, bool expired) {
+  m_NextRun = NoTime;
+  if (m_Disabled || expired || m_Type == FirstEvent || m_Type == SecondEvent) return;
+  if (m_EndDate != NoTime && from >= m_EndDate) return;
+  if (from >= m_BeginDate && m_Type == Once) return;
+
+  const long first = std::max(from, m_BeginDate);
+  const long limit = m_EndDate != NoTime ? m_EndDate : Add32(first, searchSpanSeconds);
+  for (long cursor = first; cursor < limit; cursor = Add32(cursor, secondsPerDay)) {
+    const long start = GetTriggerStartTime(cursor);
+    if (start == from || (start != NoTime && start > from)) {
+      m_NextRun = start;
+      return;
+    }
+  }
+}
+
+void CTaskTrigger::UpdateClosestRun(bool taskEnabled) {
+  if (!taskEnabled) {
+    m_NextRun = NoTime;
+    m_ClosestRun = NoTime;
+    return;
+  }
+  const long now = CurrentTime();
+  long sleepSeconds = 0;
+  bool late = false;
+  bool expired = false;
+  bool nextRunChanged = false;
+  const bool due = IsDueAt(now, false, false, sleepSeconds, late, expired, nextRunChanged);
+  m_ClosestRun = due ? now : m_NextRun;
+}
