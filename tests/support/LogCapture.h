@@ -1,0 +1,51 @@
+#pragma once
+
+#include <BaseSDK/ALogger.h>
+#include <BaseSDK/AMutex.h>
+#include <BaseSDK/AString.h>
+#include <BaseSDK/ThreadAnnotations.h>
+
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace TestSupport {
+
+/// Records what the process logs while it lives, every level of it; the levels are the defaults
+/// again afterwards. May be asked from any thread.
+class LogCapture {
+ public:
+  struct Line {
+    BaseSDK::ALogger::Level m_Level;
+    std::string m_Channel;
+    BaseSDK::AString m_Message;
+    std::string m_Source;
+    int m_Number;
+  };
+
+  explicit LogCapture(BaseSDK::ALogger::Level level = BaseSDK::ALogger::Trace);
+  LogCapture(const LogCapture&) = delete;
+  LogCapture& operator=(const LogCapture&) = delete;
+  ~LogCapture();
+
+  std::vector<Line> Lines() const;
+  void Clear();
+
+  /// How many messages there are of exactly this text, on this level.
+  unsigned Count(BaseSDK::ALogger::Level level, const BaseSDK::AString& message) const;
+  /// The same on any level, for a part of the text.
+  unsigned CountContaining(const BaseSDK::AString& part) const;
+  bool Has(BaseSDK::ALogger::Level level, const BaseSDK::AString& message) const;
+  /// The lines of one level, in order: what a test compares when nothing else may be said.
+  std::vector<BaseSDK::AString> Messages(BaseSDK::ALogger::Level level) const;
+
+ private:
+  class Sink;
+  std::shared_ptr<Sink> m_Sink;
+};
+
+/// For messages of failing tests.
+std::ostream& operator<<(std::ostream& out, const LogCapture::Line& line);
+
+}  // namespace TestSupport
