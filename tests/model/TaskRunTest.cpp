@@ -1,0 +1,169 @@
+#include "model/Task.h"
+
+#include "tests/model/TaskFixture.h"
+
+using BaseSDK::ALogger;
+using BaseSDK::AString;
+using TestSupport::TaskXml;
+using TestSupport::TriggerXml;
+
+namespace {
+
+const TriggerXml daily = TriggerXml::Daily("2005/03/01 08:00:00");
+
+class TaskRun : public TaskFixture {
+ protected:
+  void SetClock(const char* localTime) { m_Scheduler.Clock().Start(m_Scheduler.Local(localTime)); }
+  std::string FileText() { return m_Scheduler.FileText("t"); }
+};
+
+TEST_F(TaskRun, IsWrittenAsStartedIntoTheRewrittenDocument) {
+  CTask& task = Make("<Task Extra=\"x\"><HandlerCLSID>{1}</HandlerCLSID><Schedule/></Task>");
+  task.RegisterRun();
+  const std::string wanted =
+      "<Task Enabled=\"1\">\n\t<HandlerCLSID>{1}</HandlerCLSID>\n\t<Schedule/>\n\t"
+      "<TaskHistory>\n\t\t<RunTime>2005-03-01 12:00:00 Started</RunTime>\n\t</TaskHistory>\n"
+      "</Task>";
+  EXPECT_EQ(FileText(), wanted);
+  EXPECT_EQ(task.m_TaskXML.ToUtf8(), wanted);
+  EXPECT_EQ(task.m_LastRun, Moment::At("2005-03-01 12:00:00 -0500"));
+  EXPECT_EQ(Changes(), 1u);
+}
+
+TEST_F(TaskRun, IsLogged) {
+  CTask& task = Make(TaskXml());
+  m_Scheduler.Log().Clear();
+  task.RegisterRun();
+  const auto lines = m_Scheduler.Log().Lines();
+  ASSERT_EQ(lines.size(), 1u);
+  EXPECT_EQ(lines[0].m_Level, ALogger::Information);
+  EXPECT_EQ(lines[0].m_Channel, "Corvane::Agent::TaskScheduler");
+  EXPECT_EQ(lines[0].m_Source, "Task");
+  EXPECT_EQ(lines[0].m_Message, AString(L"Task ID = t was RUN on 2005-03-01 12:00:00"));
+}
+
+TEST_F(TaskRun, ReplacesTheRunBefore) {
+  CTask& task = Make(TaskXml().With(daily).LastRun("2004-01-01 08:00:00 Ok"));
+  task.RegisterRun();
+  SetClock("2005-03-01 12:00:01");
+  task.RegisterRun();
+  EXPECT_EQ(FileText().find("2004"), std::string::npos);
+  EXPECT_EQ(FileText().find("12:00:00"), std::string::npos);
+  EXPECT_NE(FileText().find("<RunTime>2005-03-01 12:00:01 Started</RunTime>"), std::string::npos);
+}
+
+TEST_F(TaskRun, KeepsADisabledTaskDisabled) {
+  Make("<Task Enabled=\"0\"/>").RegisterRun();
+  EXPECT_EQ(FileText().substr(0, 18), "<Task Enabled=\"0\">");
+}
+
+TEST_F(TaskRun, IsSeenByTheDueTestAtOnce) {
+  CTask& task = Make(TaskXml().With(daily));
+  EXPECT_TRUE(IsDueAt("2005-03-01 08:00:00"));
+  task.RegisterRun();
+  EXPECT_FALSE(IsDueAt("2005-03-01 08:00:00"));
+}
+
+TEST_F(TaskRun, StateReplacesStartedAndKeepsTheTime) {
+  CTask& task = Make(TaskXml().With(daily));
+  task.RegisterRun();
+  SetClock("2005-03-01 13:00:00");
+  task.SetRunState("Ok");
+  EXPECT_NE(FileText().find("<TaskHistory>\n\t\t<RunTime>2005-03-01 12:00:00 Ok</RunTime>\n\t"
+                            "</TaskHistory>"),
+            std::string::npos);
+  EXPECT_EQ(task.m_TaskXML.ToUtf8(), FileText());
+  EXPECT_EQ(task.m_LastRun, m_Scheduler.Local(noon));
+}
+
+TEST_F(TaskRun, FinishedIsTheLastRunOfTheNextLoad) {
+  CTask& task = Make(TaskXml().With(daily));
+  task.RegisterRun();
+  task.SetRunState("Ok");
+  EXPECT_EQ(Make(FileText()).m_LastRun, m_Scheduler.Local(noon));
+}
+
+TEST_F(TaskRun, UnfinishedIsNoneInTheNextLoad) {
+  Make(TaskXml().With(daily)).RegisterRun();
+  EXPECT_EQ(Make(FileText()).m_LastRun, -1);
+  m_Task->SetRunState("Failed");
+  EXPECT_EQ(Make(FileText()).m_LastRun, -1);
+  EXPECT_TRUE(Logged(ALogger::Warning,
+                     "Task 't' did not finish last time, the last known state is 'Failed'"));
+}
+
+TEST_F(TaskRun, StateIsWrittenAsItIsGiven) {
+  CTask& task = Make(TaskXml().LastRun("2005-03-01 08:00:00 Started"));
+  task.SetRunState("Ok %1 then");
+  EXPECT_NE(FileText().find("<RunTime>2005-03-01 08:00:00 Ok %1 then</RunTime>"),
+            std::string::npos);
+  EXPECT_EQ(Make(FileText()).m_LastRun, Moment::At("2005-03-01 08:00:00 -0500"));
+}
+
+TEST_F(TaskRun, StateWithMarkupSpoilsTheDocumentOnPurpose) {
+  CTask& task = Make(TaskXml().With(daily).LastRun("2005-03-01 08:00:00 Started"));
+  task.SetRunState("<Ok");
+  EXPECT_NE(FileText().find("2005-03-01 08:00:00 <Ok</RunTime>"), std::string::npos);
+  EXPECT_TRUE(Make(FileText()).m_Triggers.empty());
+}
+
+TEST_F(TaskRun, EmptyStateLeavesARunWithoutOne) {
+  Make(TaskXml().LastRun("2005-03-01 08:00:00 Started")).SetRunState("");
+  EXPECT_NE(FileText().find("<RunTime>2005-03-01 08:00:00 </RunTime>"), std::string::npos);
+  EXPECT_EQ(Make(FileText()).m_LastRun, Moment::At("2005-03-01 08:00:00 -0500"));
+}
+
+TEST_F(TaskRun, StateOfATaskThatNeverRanIsLoggedAndNotWritten) {
+  CTask& task = Make(TaskXml().With(daily));
+  m_Scheduler.Log().Clear();
+  task.SetRunState("Ok");
+  const auto lines = m_Scheduler.Log().Lines();
+  ASSERT_EQ(lines.size(), 1u);
+  EXPECT_EQ(lines[0].m_Level, ALogger::Trace);
+  EXPECT_EQ(lines[0].m_Source, "Task");
+  EXPECT_EQ(lines[0].m_Message, AString(L"Set run state to 'Ok' for task ID = t"));
+  EXPECT_FALSE(m_Scheduler.HasFile("t"));
+  EXPECT_EQ(task.m_TaskXML, TaskXml().With(daily).Text());
+  EXPECT_EQ(Changes(), 0u);
+}
+
+TEST_F(TaskRun, StateOfARunWithoutADateIsNotWritten) {
+  CTask& task = Make(TaskXml().With(daily).LastRun(" 08:00:00 Started"));
+  task.SetRunState("Ok");
+  EXPECT_FALSE(m_Scheduler.HasFile("t"));
+  EXPECT_NE(task.m_TaskXML.Find(L"<RunTime> 08:00:00 Started</RunTime>"), AString::npos);
+}
+
+TEST_F(TaskRun, StateAfterALateTestTellsOnce) {
+  CTask& task = Make(TaskXml().With(daily));
+  EXPECT_TRUE(IsDueAt(noon));
+  ASSERT_TRUE(task.m_Late);
+  m_Scheduler.Host().ClearNotifications();
+  task.SetRunState("Ok");
+  EXPECT_FALSE(task.m_Late);
+  EXPECT_EQ(Changes(), 1u);
+  task.SetRunState("Ok");
+  EXPECT_EQ(Changes(), 1u);
+}
+
+TEST_F(TaskRun, StateAfterALateRunTellsOfTheLatenessAndOfTheDocument) {
+  CTask& task = Make(TaskXml().With(daily));
+  EXPECT_TRUE(IsDueAt(noon));
+  task.RegisterRun();
+  m_Scheduler.Host().ClearNotifications();
+  task.SetRunState("Ok");
+  EXPECT_EQ(Changes(), 2u);
+  task.SetRunState("Ok");
+  EXPECT_EQ(Changes(), 3u);
+}
+
+TEST_F(TaskRun, GoesOnInMemoryWhenTheFileCannotBeWritten) {
+  CTask& task = Make(TaskXml().With(daily).Utf8(), "no/such/directory");
+  task.RegisterRun();
+  task.SetRunState("Ok");
+  EXPECT_EQ(task.m_LastRun, m_Scheduler.Local(noon));
+  EXPECT_NE(task.m_TaskXML.Find(L"2005-03-01 12:00:00 Ok"), AString::npos);
+  EXPECT_TRUE(m_Scheduler.Directory().Names().empty());
+}
+
+}  // namespace
