@@ -1,0 +1,27 @@
+// Collects what the checks of one document find.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "agent/document/DocumentSource.h"
+#include "agent/document/TaskDocumentProblem.h"
+
+namespace NoxAgent {
+
+class ProblemList {
+ public:
+  // The texts are those of TaskDocumentProblem, in UTF-8.
+  void Add(TaskDocumentSeverity severity, TextPlace place, const std::string& message,
+           const std::string& effect, const std::string& mend);
+  void Warn(TextPlace place, const std::string& message, const std::string& effect,
+            const std::string& mend);
+
+  // In the order of their places; problems of one place stay in the order in which they were added.
+  std::vector<TaskDocumentProblem> Take();
+
+ private:
+  std::vector<TaskDocumentProblem> m_Problems;
+};
+
+}  // namespace NoxAgent

@@ -1,0 +1,42 @@
+// Everything of a task document around its triggers: its elements, what a rewrite drops, the
+// handler, the history; and what the triggers make of the task together.
+#pragma once
+
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include "agent/document/TriggerCheck.h"
+
+namespace NoxAgent {
+
+class TaskCheck {
+ public:
+  // All three arguments must outlive the object. The document's root is a Task.
+  TaskCheck(const DocumentSource& source, long now, ProblemList& problems);
+
+  void Run();
+
+ private:
+  void CheckAroundRoot();
+  void CheckTaskAttributes();
+  void CheckTaskChildren();
+  void CheckElements(const char* name, const char* parent, const std::string& effectElsewhere);
+  void CheckContent(const pugi::xml_node& parent, std::initializer_list<const char*> known,
+                    const std::string& effect);
+  void CheckPartAttributes(const pugi::xml_node& part);
+  void CheckHandler();
+  void CheckHistory();
+  void CheckRunTime(const pugi::xml_node& runTime);
+  void CheckTriggerPlace(const pugi::xml_node& trigger, const pugi::xml_node& schedule);
+  void CheckTriggers();
+  void ReportNoTrigger();
+  pugi::xml_node First(const char* name) const;
+
+  const DocumentSource& m_Source;
+  const pugi::xml_node m_Task;
+  const long m_Now;
+  ProblemList& m_Problems;
+};
+
+}  // namespace NoxAgent

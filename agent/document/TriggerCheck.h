@@ -1,0 +1,54 @@
+// What becomes of one trigger: whether it ever fires, and what its writer may not expect of it.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "agent/document/TriggerFields.h"
+
+namespace NoxAgent {
+
+class TriggerCheck {
+ public:
+  // Reads the trigger and tells `problems` all but the reasons why it never fires: how grave those
+  // are depends on the other triggers. `now` is in seconds since the epoch.
+  TriggerCheck(const DocumentSource& source, const pugi::xml_node& trigger, long now,
+               ProblemList& problems);
+
+  bool NeverFires() const { return !m_Reasons.empty(); }
+  // It never fires again because its time has passed: the scheduler deletes a task that has only
+  // such triggers.
+  bool IsEnded() const { return m_Ended && m_Reasons.size() == 1; }
+
+  // Tells `problems` why it never fires. A trigger that is switched off on purpose is worth telling
+  // only when no other one fires; `taskEffect` then says what becomes of the task.
+  void ReportReasons(bool anotherFires, const std::string& taskEffect, ProblemList& problems) const;
+
+ private:
+  struct Reason {
+    TextPlace m_Place;
+    std::string m_Message;
+    std::string m_Mend;
+    bool m_OnPurpose;
+  };
+
+  void FindReasons();
+  void FindReasonInDates();
+  void CheckType(ProblemList& problems) const;
+  void CheckEnd(ProblemList& problems) const;
+  void CheckRepetition(ProblemList& problems) const;
+  void CheckRepetitionLengths(ProblemList& problems) const;
+  void CheckUnused(ProblemList& problems) const;
+  void CheckMasks(ProblemList& problems) const;
+  void CheckDaysInMonths(ProblemList& problems) const;
+  void CheckSkippedStarts(ProblemList& problems) const;
+  bool FiresOnDays() const;
+  TextPlace PlaceOr(const std::optional<SourceValue>& value) const;
+
+  TriggerFields m_Fields;
+  long m_Now;
+  bool m_Ended = false;
+  std::vector<Reason> m_Reasons;
+};
+
+}  // namespace NoxAgent
