@@ -1,0 +1,26 @@
+// The plug-ins that come with the agent: what it loads, and how they are set up, when no
+// configuration says otherwise.
+#pragma once
+
+#include <BaseSDK/AString.h>
+
+#include <span>
+
+#include "agent/daemon/config/PluginConfig.h"
+
+namespace NoxAgent {
+
+struct BuiltInPlugin {
+  BaseSDK::AString m_Name;
+  BaseSDK::AString m_FileName;
+  BaseSDK::AString m_ClassId;
+  PluginConfig::Values m_Config;
+
+  // In the order of loading: the scheduler before handlers. They are then unloaded while it is
+  // still there to be told how their last runs ended.
+  static std::span<const BuiltInPlugin> All();
+  // Null when there is none of that name.
+  static const BuiltInPlugin* Find(const BaseSDK::AString& name);
+};
+
+}  // namespace NoxAgent

@@ -1,0 +1,82 @@
+#include "agent/daemon/config/PluginConfig.h"
+
+#include "agent/daemon/config/IniFile.h"
+
+using BaseSDK::AMutexGuard;
+using BaseSDK::AString;
+
+namespace NoxAgent {
+
+const AString& PluginConfig::SectionName() {
+  static const AString name("Configuration");
+  return name;
+}
+
+PluginConfig::PluginConfig(Values builtIn) {
+  for (auto& [key, text] : builtIn) {
+    m_Table[key] = {text, 0};
+    m_Asked.insert(key);  // a built-in default is nobody's typing error
+  }
+}
+
+PluginConfig::PluginConfig(const AString& fileName)
+    : m_FileName(fileName), m_Table(Read(fileName)) {}
+
+std::optional<AString> PluginConfig::Ask(const AString& section, const AString& key) {
+  if (section != SectionName()) {
+    return std::nullopt;
+  }
+  AMutexGuard guard(m_Lock);
+  m_Asked.insert(key);
+  const auto found = m_Table.find(key);
+  return found == m_Table.end() ? std::nullopt : std::optional(found->second.m_Text);
+}
+
+AString PluginConfig::Peek(const AString& key) const {
+  AMutexGuard guard(m_Lock);
+  const auto found = m_Table.find(key);
+  return found == m_Table.end() ? AString() : found->second.m_Text;
+}
+
+void PluginConfig::RefuseUnasked() const {
+  AMutexGuard guard(m_Lock);
+  RefuseUnasked(m_Table);
+}
+
+void PluginConfig::Reload() {
+  if (m_FileName.IsEmpty()) {
+    return;
+  }
+  Table table = Read(m_FileName);
+  AMutexGuard guard(m_Lock);
+  RefuseUnasked(table);
+  m_Table = std::move(table);
+}
+
+PluginConfig::Table PluginConfig::Read(const AString& fileName) {
+  const IniFile file = IniFile::Load(fileName);
+  Table table;
+  for (const IniFile::Section& section : file.Sections()) {
+    if (section.m_Name != SectionName()) {
+      throw file.ErrorAt(section.m_Line, AString("unknown section \"%1\"; a plug-in's file has the "
+                                                 "section \"%2\" alone")
+                                             .Arg(section.m_Name, SectionName()));
+    }
+    for (const IniFile::Entry& entry : section.m_Entries) {
+      table[entry.m_Key] = {entry.m_Value, entry.m_Line};
+    }
+  }
+  return table;
+}
+
+void PluginConfig::RefuseUnasked(const Table& table) const {
+  for (const auto& [key, value] : table) {
+    if (!m_Asked.contains(key)) {
+      throw AgentError(AgentError::Kind::Usage,
+                       AString("%1:%2: unknown key \"%3\": the plug-in reads no such setting")
+                           .Arg(m_FileName, AString().SetNum(value.m_Line, 'u'), key));
+    }
+  }
+}
+
+}  // namespace NoxAgent
