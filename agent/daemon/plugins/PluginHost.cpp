@@ -1,0 +1,97 @@
+#include "agent/daemon/plugins/PluginHost.h"
+
+#include <AgentInterfacesV3/InterfaceIds.h>
+#include <AgentInterfacesV3/MakeProxy.h>
+
+#include <vector>
+
+#include "agent/daemon/process/AgentLog.h"
+
+using BaseSDK::AGuid;
+using BaseSDK::ALogger;
+using BaseSDK::AMutexGuard;
+using BaseSDK::AString;
+using Corvane::AgentInterfacesV3::IID_INoxScheduledTaskHandler;
+
+namespace NoxAgent {
+namespace {
+
+constexpr const char* kSource = "PluginHost";
+constexpr long kDone = 1;
+constexpr long kRefused = -1;
+
+}  // namespace
+
+PluginHost::PluginHost(const Settings& settings, const Plugins& plugins,
+                       NotificationCenter& notifications, HandlerCalls& handlerCalls)
+    : m_Before(AgentSDK::AHost::Replace(this)),
+      m_Settings(settings),
+      m_Plugins(plugins),
+      m_Notifications(notifications),
+      m_HandlerCalls(handlerCalls) {}
+
+PluginHost::~PluginHost() {
+  (void)AgentSDK::AHost::Replace(m_Before);
+}
+
+void PluginHost::SetInitialising(std::shared_ptr<Plugin> plugin) {
+  AMutexGuard guard(m_Lock);
+  m_Initialising = std::move(plugin);
+}
+
+long PluginHost::Subscribe(const AString& subscriber, const long* codes, unsigned count) {
+  const std::shared_ptr<Plugin> plugin = Asking();
+  if (plugin == nullptr || codes == nullptr) {
+    ALOG(AgentLog(), ALogger::Warning, kSource,
+         AString("\"%1\" is not subscribed: a plug-in subscribes within its initialisation or "
+                 "while it answers a request")
+             .Arg(subscriber));
+    return kRefused;
+  }
+  m_Notifications.Subscribe(plugin, std::vector<long>(codes, codes + count));
+  ALOG(AgentLog(), ALogger::Debug, kSource,
+       AString("%1 of the plug-in %2 subscribed to notifications").Arg(subscriber, plugin->Name()));
+  return kDone;
+}
+
+long PluginHost::PostNotification(long code, const AString& text) {
+  return m_Notifications.Post(code, text) ? kDone : kRefused;
+}
+
+AString PluginHost::GetConfigString(const AString& section, const AString& key,
+                                    const AString& fallback) {
+  const std::shared_ptr<Plugin> plugin = Asking();
+  if (plugin == nullptr) {
+    ALOG(AgentLog(), ALogger::Warning, kSource,
+         AString("The setting \"%1\" is not given out: a plug-in reads its configuration within "
+                 "its initialisation or while it answers a request")
+             .Arg(key));
+    return fallback;
+  }
+  return m_Settings.Resolve(plugin->Config().Ask(section, key).value_or(fallback));
+}
+
+long PluginHost::OpenObject(const AString& classId, const AGuid& interfaceId, unsigned long flags,
+                            void*& object) {
+  object = nullptr;
+  const std::shared_ptr<Plugin> plugin = m_Plugins.FindClass(classId);
+  if (flags != 0 || plugin == nullptr || !plugin->Serves(interfaceId)) {
+    return kRefused;
+  }
+  const long result =
+      Corvane::AgentInterfacesV3::MakeProxy(plugin->QueueNumber(), interfaceId, object);
+  if (result > 0 && interfaceId == IID_INoxScheduledTaskHandler) {
+    object = m_HandlerCalls.Track(static_cast<HandlerCalls::Handler*>(object));
+  }
+  return result;
+}
+
+std::shared_ptr<Plugin> PluginHost::Asking() {
+  if (Plugin* const current = Plugin::Current(); current != nullptr) {
+    return current->shared_from_this();
+  }
+  AMutexGuard guard(m_Lock);
+  return m_Initialising;
+}
+
+}  // namespace NoxAgent

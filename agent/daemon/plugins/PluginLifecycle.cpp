@@ -1,0 +1,208 @@
+#include "agent/daemon/plugins/PluginLifecycle.h"
+
+#include <BaseSDK/AFile.h>
+#include <BaseSDK/AResult.h>
+#include <BaseSDK/AThreadRest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
+
+#include "agent/daemon/AgentError.h"
+#include "agent/daemon/process/AgentLog.h"
+#include "agent/daemon/process/Directories.h"
+
+using BaseSDK::AFile;
+using BaseSDK::ALogger;
+using BaseSDK::AString;
+using Corvane::AgentInterfacesV3::AMsgIn;
+using Corvane::AgentInterfacesV3::AMsgReply;
+
+namespace NoxAgent {
+namespace {
+
+constexpr const char* kSource = "PluginLifecycle";
+constexpr unsigned kDirectoryMode = 0750;
+
+AString Number(unsigned long value) {
+  return AString().SetNum(value, 'u');
+}
+
+}  // namespace
+
+PluginLifecycle::PluginLifecycle(Plugins& plugins, NotificationCenter& notifications,
+                                 PluginHost& host, HandlerCalls& handlerCalls,
+                                 EnumerationHandles& handles, unsigned long drainMilliseconds)
+    : m_Plugins(plugins),
+      m_Notifications(notifications),
+      m_Host(host),
+      m_HandlerCalls(handlerCalls),
+      m_Handles(handles),
+      m_DrainMilliseconds(drainMilliseconds) {}
+
+void PluginLifecycle::LoadAll(const Settings& settings) {
+  Plugins::List plugins;
+  for (const PluginSettings& plugin : settings.m_Plugins) {
+    plugins.push_back(Make(plugin, settings));
+  }
+  // A plug-in is told that one is there only when it has been told that the next is coming: a
+  // scheduler runs tasks whenever none is coming, and would find handlers missing in between.
+  const Plugin* arrived = nullptr;
+  for (const auto& plugin : plugins) {
+    m_Notifications.Tell(NotificationCenter::RegistrationStarted, plugin->Name());
+    if (arrived != nullptr) {
+      m_Notifications.Tell(NotificationCenter::RegistrationFinished, arrived->Name(), arrived);
+    }
+    Load(plugin);
+    arrived = plugin.get();
+  }
+  if (arrived != nullptr) {
+    m_Notifications.Tell(NotificationCenter::RegistrationFinished, arrived->Name(), arrived);
+  }
+  CallAll(plugins, "AgentStart");
+  m_Notifications.Tell(NotificationCenter::StartUpFinished, {});
+}
+
+std::shared_ptr<Plugin> PluginLifecycle::Make(const PluginSettings& settings, const Settings& all) {
+  auto plugin = std::make_shared<Plugin>(settings, ++m_LastQueue);
+  PrepareTaskDirectory(*plugin, all);
+  return plugin;
+}
+
+void PluginLifecycle::Load(const std::shared_ptr<Plugin>& plugin) {
+  m_Host.SetInitialising(plugin);
+  try {
+    plugin->Load(m_DrainMilliseconds);
+  } catch (const AgentError&) {
+    m_Host.SetInitialising(nullptr);
+    throw;
+  }
+  m_Host.SetInitialising(nullptr);
+  m_Plugins.Add(plugin);
+  ALOG(AgentLog(), ALogger::Information, kSource,
+       AString("Loaded the plug-in %1 from %2").Arg(plugin->Name(), plugin->Settings().m_Path));
+}
+
+// The scheduler takes its directory as given, and has no way to tell that it is not there.
+void PluginLifecycle::PrepareTaskDirectory(Plugin& plugin, const Settings& settings) {
+  const AString directory = settings.Resolve(plugin.Config().Peek("task_storage_path"));
+  if (directory.IsEmpty()) {
+    return;
+  }
+  Directories::Make(directory, kDirectoryMode);
+  unsigned removed = 0;
+  const unsigned long result = AFile::RemoveLeftovers(directory, removed);
+  if (result != 0) {
+    ALOG(AgentLog(), ALogger::Warning, kSource,
+         AString("Cannot clear %1 of what was left by a crash: %2")
+             .Arg(directory, std::strerror(BaseSDK::ErrnoFromResult(result))));
+  } else if (removed > 0) {
+    ALOG(AgentLog(), ALogger::Notice, kSource,
+         AString("Removed %1 temporary files from %2, left by a crash")
+             .Arg(Number(removed), directory));
+  }
+}
+
+void PluginLifecycle::Refresh(const std::function<void()>& readAgain) {
+  m_Notifications.Tell(NotificationCenter::RefreshStarted, {});
+  std::optional<AgentError> firstError;
+  const auto attempt = [&](const std::function<void()>& read) {
+    try {
+      read();
+    } catch (const AgentError& error) {
+      firstError = firstError.value_or(error);
+    }
+  };
+  const Plugins::List plugins = m_Plugins.All();
+  attempt(readAgain);
+  for (const auto& plugin : plugins) {
+    attempt([&] { plugin->Config().Reload(); });
+  }
+  CallAll(plugins, "AgentRefresh");
+  m_Notifications.Tell(NotificationCenter::RefreshFinished, {});
+  if (firstError.has_value()) {
+    throw AgentError(*firstError);
+  }
+}
+
+bool PluginLifecycle::UnloadAll() {
+  Plugins::List plugins = m_Plugins.All();
+  std::reverse(plugins.begin(), plugins.end());
+  // All are told of all, of their own going too, which never finishes for them: so a scheduler
+  // starts nothing any more, whichever plug-ins have gone before it.
+  for (const auto& plugin : plugins) {
+    m_Notifications.Tell(NotificationCenter::UnregistrationStarted, plugin->Name());
+  }
+  CallAll(plugins, "AgentStop");
+  m_Handles.CloseAll();
+  // Before the first one goes: a scheduler may have registered runs and be about to open the
+  // handlers that are to do them.
+  return WaitForHandlers() && WaitForThreads() &&
+         std::all_of(plugins.begin(), plugins.end(),
+                     [this](const auto& plugin) { return Unload(plugin); });
+}
+
+bool PluginLifecycle::WaitForHandlers() {
+  if (m_HandlerCalls.WaitUntilNone(m_DrainMilliseconds)) {
+    return true;
+  }
+  ALOG(AgentLog(), ALogger::Error, kSource,
+       AString("A task handler has not come back within %1 ms: ending without unloading the "
+               "plug-ins that are left")
+           .Arg(Number(m_DrainMilliseconds)));
+  return false;
+}
+
+// A scheduler gives its thread a few seconds to end and is then gone whatever the thread does, and
+// recording a batch of runs may take longer than that.
+bool PluginLifecycle::WaitForThreads() {
+  if (BaseSDK::AThreadRest::WaitForAll(m_DrainMilliseconds)) {
+    return true;
+  }
+  ALOG(AgentLog(), ALogger::Error, kSource,
+       AString("A thread of a plug-in has not come to rest within %1 ms: ending without unloading "
+               "the plug-ins that are left")
+           .Arg(Number(m_DrainMilliseconds)));
+  return false;
+}
+
+bool PluginLifecycle::Unload(const std::shared_ptr<Plugin>& plugin) {
+  // First nobody opens its object any more, then whoever had a handler open has released it, then
+  // the queue closes, then no thread is in the middle of anything: the hourly load may have come
+  // since all were at rest.
+  m_Plugins.Remove(*plugin);
+  if (!WaitForHandlers()) {
+    return false;
+  }
+  if (!plugin->CloseQueue(m_DrainMilliseconds)) {
+    ALOG(AgentLog(), ALogger::Error, kSource,
+         AString("A request to the plug-in %1 has not come back within %2 ms: ending without "
+                 "unloading it")
+             .Arg(plugin->Name(), Number(m_DrainMilliseconds)));
+    return false;
+  }
+  if (!WaitForThreads()) {
+    return false;
+  }
+  if (!plugin->Unload()) {
+    ALOG(AgentLog(), ALogger::Error, kSource,
+         AString("The plug-in %1 refuses to be unloaded: ending without unloading it")
+             .Arg(plugin->Name()));
+    return false;
+  }
+  m_Notifications.Tell(NotificationCenter::UnregistrationFinished, plugin->Name());
+  ALOG(AgentLog(), ALogger::Information, kSource,
+       AString("Unloaded the plug-in %1").Arg(plugin->Name()));
+  return true;
+}
+
+void PluginLifecycle::CallAll(const Plugins::List& plugins, const char* operation) {
+  for (const auto& plugin : plugins) {
+    if (plugin->Serves("INoxVeskClientAgent")) {
+      AMsgReply reply;
+      plugin->Send(AMsgIn("INoxVeskClientAgent", operation, reply));
+    }
+  }
+}
+
+}  // namespace NoxAgent
