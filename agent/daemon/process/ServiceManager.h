@@ -1,0 +1,37 @@
+// Tells the service manager that started the agent, if there is one, how the agent is: datagrams of
+// a few lines to the socket that NOTIFY_SOCKET names. Without one, nothing happens.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "agent/daemon/process/Environment.h"
+
+namespace NoxAgent {
+
+class ServiceManager {
+ public:
+  explicit ServiceManager(const Environment& environment);
+  ServiceManager(const ServiceManager&) = delete;
+  ServiceManager& operator=(const ServiceManager&) = delete;
+  ~ServiceManager();
+
+  void Ready() const;
+  // Followed by Ready when it is done.
+  void Reloading() const;
+  void Stopping() const;
+  void KeepAlive() const;
+
+  // How often KeepAlive is due, in milliseconds: half of what the service manager allows. Nothing
+  // when it does not ask.
+  std::optional<unsigned long> KeepAliveInterval() const { return m_KeepAliveInterval; }
+
+ private:
+  void Send(const std::string& message) const;
+
+  std::string m_Address;
+  int m_Fd = -1;
+  std::optional<unsigned long> m_KeepAliveInterval;
+};
+
+}  // namespace NoxAgent

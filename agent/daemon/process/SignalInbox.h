@@ -1,0 +1,25 @@
+// The signals that mean something to the agent, taken in one place. They are caught, not blocked:
+// what a handler starts gets every signal in its default state.
+#pragma once
+
+namespace NoxAgent {
+
+class SignalInbox {
+ public:
+  enum class Request { Stop, Refresh };
+
+  // SIGTERM and SIGINT ask to stop, SIGHUP to refresh, from now on. One object a process. Throws
+  // std::system_error.
+  SignalInbox();
+  SignalInbox(const SignalInbox&) = delete;
+  SignalInbox& operator=(const SignalInbox&) = delete;
+  ~SignalInbox();
+
+  // Waits for a request, for `milliseconds` at most; false when none came.
+  bool Wait(unsigned long milliseconds, Request& request);
+
+ private:
+  int m_Fds[2] = {-1, -1};
+};
+
+}  // namespace NoxAgent
