@@ -1,0 +1,182 @@
+#include "agent/daemon/control/Api.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <optional>
+
+#include "agent/daemon/AgentError.h"
+#include "agent/daemon/control/JsonMessage.h"
+#include "agent/daemon/process/AgentLog.h"
+
+using BaseSDK::AString;
+using nlohmann::json;
+
+namespace NoxAgent {
+namespace {
+
+RequestError UnknownPath(const std::string& path) {
+  return RequestError(HttpStatus::NotFound, "unknown-path",
+                      AString("there is nothing at %1; an operation is at "
+                              "/v1/PLUGIN/INTERFACE/OPERATION")
+                          .Arg(AString::FromUtf8(path).Left(200)));
+}
+
+ApiResponse WrongMethod(const char* allowed) {
+  ApiResponse response =
+      Api::ErrorResponse(RequestError(HttpStatus::MethodNotAllowed, "method-not-allowed",
+                                      AString("this path takes the method %1").Arg(allowed)));
+  response.m_Allow = allowed;
+  return response;
+}
+
+// The member `name` of a body as a whole number in the 32-bit range; `fallback` when it is missing
+// and there is one.
+long NumberIn(const json& body, const char* name, const long* fallback) {
+  const auto found = body.find(name);
+  if (found == body.end() && fallback != nullptr) {
+    return *fallback;
+  }
+  if (found == body.end()) {
+    throw RequestError(HttpStatus::BadRequest, "missing-argument",
+                       AString("\"%1\" is missing").Arg(name));
+  }
+  const std::optional<long> number = JsonMessage::WholeNumber(*found);
+  if (!number.has_value()) {
+    throw RequestError(
+        HttpStatus::BadRequest, "mistyped-argument",
+        AString("\"%1\" is to be a whole number in the signed 32-bit range").Arg(name));
+  }
+  return *number;
+}
+
+AString TextIn(const json& body, const char* name) {
+  const auto found = body.find(name);
+  if (found == body.end()) {
+    return {};
+  }
+  if (!found->is_string()) {
+    throw RequestError(HttpStatus::BadRequest, "mistyped-argument",
+                       AString("\"%1\" is to be a string").Arg(name));
+  }
+  return AString::FromUtf8(found->get<std::string>());
+}
+
+void AllowOnly(const json& body, std::initializer_list<const char*> names) {
+  for (const auto& [key, value] : body.items()) {
+    if (std::find(names.begin(), names.end(), key) == names.end()) {
+      throw RequestError(HttpStatus::BadRequest, "unexpected-argument",
+                         AString("there is no \"%1\" here").Arg(AString::FromUtf8(key)));
+    }
+  }
+}
+
+}  // namespace
+
+struct Api::Target {
+  explicit Target(const std::string& text)
+      : m_Path(text.substr(0, text.find('?'))),
+        m_Query(m_Path.size() < text.size() ? text.substr(m_Path.size() + 1) : std::string()) {}
+
+  std::string m_Path;
+  std::string m_Query;
+};
+
+Api::Api(OperationRoute& operations, NotificationCenter& notifications, Actions actions)
+    : m_Operations(operations), m_Notifications(notifications), m_Actions(std::move(actions)) {}
+
+ApiResponse Api::Handle(const ApiRequest& request) {
+  const ApiResponse response = Answer(request);
+  ALOG(AgentLog(), BaseSDK::ALogger::Debug, "Api",
+       AString("%1 %2: %3")
+           .Arg(AString::FromUtf8(request.m_Method), AString::FromUtf8(request.m_Target).Left(200),
+                AString().SetNum(response.m_Status, 'u')));
+  return response;
+}
+
+ApiResponse Api::Answer(const ApiRequest& request) {
+  try {
+    return Route(request);
+  } catch (const RequestError& error) {
+    return ErrorResponse(error);
+  } catch (const AgentError& error) {
+    return ErrorResponse(RequestError(HttpStatus::Unprocessable, "refused", error.what()));
+  } catch (const std::exception& error) {
+    ALOG(AgentLog(), BaseSDK::ALogger::Error, "Api",
+         AString("The request %1 failed: %2")
+             .Arg(AString::FromUtf8(request.m_Target).Left(200), error.what()));
+    return ErrorResponse(RequestError(HttpStatus::Internal, "failed", error.what()));
+  }
+}
+
+ApiResponse Api::ErrorResponse(const RequestError& error) {
+  json body = {{"code", error.Code()}, {"message", error.what()}};
+  if (error.Where().has_value()) {
+    body["line"] = error.Where()->m_Line;
+    body["column"] = error.Where()->m_Column;
+  }
+  return {error.Status(), JsonMessage::Dump({{"error", body}}), {}, false};
+}
+
+ApiResponse Api::Route(const ApiRequest& request) {
+  const Target target(request.m_Target);
+  if (!OperationRoute::IsPath(target.m_Path)) {
+    return Fixed(request, target);
+  }
+  if (request.m_Method != "POST") {
+    return WrongMethod("POST");
+  }
+  const json answer = m_Operations.Answer(target.m_Path, target.m_Query, request.m_Body);
+  return {HttpStatus::Ok, JsonMessage::Dump(answer), {}, false};
+}
+
+ApiResponse Api::Fixed(const ApiRequest& request, const Target& target) {
+  struct Entry {
+    const char* m_Path;
+    const char* m_Method;
+    std::function<ApiResponse()> m_Answer;
+  };
+  const Entry entries[] = {
+      {"/v1/status", "GET",
+       [&] {
+         return ApiResponse{HttpStatus::Ok, JsonMessage::Dump(m_Actions.m_Status()), {}, {}};
+       }},
+      {"/v1/notifications", "GET",
+       [] {
+         return ApiResponse{HttpStatus::Ok, {}, {}, true};
+       }},
+      {"/v1/refresh", "POST", [&] { return Refresh(); }},
+      {"/v1/notify", "POST", [&] { return Notify(request.m_Body); }},
+  };
+  for (const Entry& entry : entries) {
+    if (target.m_Path == entry.m_Path && target.m_Query.empty()) {
+      return request.m_Method == entry.m_Method ? entry.m_Answer() : WrongMethod(entry.m_Method);
+    }
+  }
+  throw UnknownPath(target.m_Path);
+}
+
+ApiResponse Api::Refresh() {
+  m_Actions.m_Refresh();
+  return {HttpStatus::Ok, JsonMessage::Dump({{"result", 1}}), {}, false};
+}
+
+ApiResponse Api::Notify(const std::string& body) {
+  const json arguments = JsonMessage::ParseObject(body);
+  AllowOnly(arguments, {"kind", "code", "text"});
+  const long noCode = 0;
+  const long kind = NumberIn(arguments, "kind", nullptr);
+  const bool isSubscribed = kind == NotificationCenter::Subscribed;
+  const long code = NumberIn(arguments, "code", isSubscribed ? nullptr : &noCode);
+  const AString text = TextIn(arguments, "text");
+  if (isSubscribed) {
+    if (!m_Notifications.Post(code, text)) {
+      throw RequestError(HttpStatus::Unavailable, "too-many-notifications",
+                         "too many notifications are waiting; try again later");
+    }
+  } else {
+    m_Notifications.Tell(static_cast<NotificationCenter::Kind>(kind), text);
+  }
+  return {HttpStatus::Ok, JsonMessage::Dump({{"result", 1}}), {}, false};
+}
+
+}  // namespace NoxAgent

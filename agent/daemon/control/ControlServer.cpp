@@ -1,0 +1,317 @@
+#include "agent/daemon/control/ControlServer.h"
+
+#include <BaseSDK/AEvent.h>
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <boost/asio/executor_work_guard.hpp>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/post.hpp>
+#include <boost/asio/thread_pool.hpp>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <nlohmann/json.hpp>
+#include <set>
+#include <system_error>
+#include <thread>
+
+#include "agent/daemon/control/ControlSession.h"
+#include "agent/daemon/control/JsonMessage.h"
+#include "agent/daemon/control/NotificationStream.h"
+#include "agent/daemon/process/AgentLog.h"
+
+using BaseSDK::AEvent;
+using BaseSDK::ALogger;
+using BaseSDK::AString;
+namespace asio = boost::asio;
+using Protocol = asio::local::stream_protocol;
+
+namespace NoxAgent {
+namespace {
+
+// Connections past the limit are told so; past this many they are just closed.
+constexpr std::size_t kMaxRefusals = 64;
+constexpr std::chrono::milliseconds kPauseWithoutDescriptors(100);
+
+// Codes whose text is a task ID: replaced or next run changed, deleted, added.
+bool IsAboutTask(long code) {
+  return code >= 100 && code <= 102;
+}
+
+std::string MakeLine(const NotificationCenter::Notification& notification) {
+  return JsonMessage::Dump(
+             {{"time", notification.m_Time},
+              {"code", notification.m_Code},
+              {IsAboutTask(notification.m_Code) ? "id" : "text", notification.m_Text.ToUtf8()}}) +
+         "\n";
+}
+
+int Duplicate(int fd) {
+  const int copy = ::fcntl(fd, F_DUPFD_CLOEXEC, 0);
+  if (copy < 0) {
+    throw std::system_error(errno, std::generic_category(), "cannot listen on the control socket");
+  }
+  return copy;
+}
+
+}  // namespace
+
+// A request on its way to a worker. Whoever claims it first, worker or timer, answers it.
+class ControlServer::Turn {
+ public:
+  explicit Turn(asio::io_context& io) : m_Timer(io) {}
+
+  // True for the first caller. [any thread]
+  bool Claim() { return !m_IsClaimed.exchange(true); }
+
+  asio::steady_timer m_Timer;  // on the thread of input and output alone
+
+ private:
+  std::atomic<bool> m_IsClaimed{false};
+};
+
+// All members are used on the thread of input and output alone, unless they say otherwise.
+struct ControlServer::Impl final : ControlSession::Server {
+  Impl(int fd, const PeerCheck& peers, Api& api, NotificationCenter& notifications);
+
+  void Answer(ApiRequest request, std::function<void(ApiResponse)> done) override;
+  bool BecomeStream(ControlSession::Socket& socket) override;
+  bool MayKeep() const override;
+  void CountError() override;
+  void Ended(const std::shared_ptr<ControlSession>& session) override;
+
+  void GiveUpLater(const std::shared_ptr<Turn>& turn, const std::function<void(ApiResponse)>& done);
+  void WaitForClient();
+  void AcceptAll();
+  void Admit(int fd);
+  void Broadcast(const NotificationStream::Line& line);
+  void StreamEnded(const std::shared_ptr<NotificationStream>& stream, bool dropped);
+  void BeginStop();
+  void CheckIdle();
+
+  const PeerCheck m_Peers;
+  Api& m_Api;                           // used by the workers
+  NotificationCenter& m_Notifications;  // constant
+  asio::io_context m_Io{1};
+  asio::executor_work_guard<asio::io_context::executor_type> m_Work{m_Io.get_executor()};
+  Protocol::acceptor m_Acceptor;
+  asio::steady_timer m_Pause;
+  std::set<std::shared_ptr<ControlSession>> m_Sessions;
+  std::set<std::shared_ptr<NotificationStream>> m_Streams;
+  unsigned m_UnderWay = 0;  // requests with the workers, or waiting for one
+  bool m_Stopping = false;
+  AEvent m_Idle{AEvent::ManualReset};  // set when stopping and nothing is under way
+
+  // Written here, read by anyone.
+  std::atomic<unsigned long> m_Requests{0};
+  std::atomic<unsigned long> m_Errors{0};
+  std::atomic<unsigned long> m_Dropped{0};
+  std::atomic<unsigned> m_SessionCount{0};
+  std::atomic<unsigned> m_StreamCount{0};
+
+  // Used by ControlServer.
+  unsigned m_Listener = 0;
+  asio::thread_pool m_Workers{Workers};
+  std::thread m_Thread;
+};
+
+ControlServer::Impl::Impl(int fd, const PeerCheck& peers, Api& api,
+                          NotificationCenter& notifications)
+    : m_Peers(peers),
+      m_Api(api),
+      m_Notifications(notifications),
+      m_Acceptor(m_Io, Protocol(), Duplicate(fd)),
+      m_Pause(m_Io) {
+  m_Acceptor.non_blocking(true);
+}
+
+void ControlServer::Impl::Answer(ApiRequest request, std::function<void(ApiResponse)> done) {
+  m_Requests.fetch_add(1, std::memory_order_relaxed);
+  const auto turn = std::make_shared<Turn>(m_Io);
+  if (++m_UnderWay > Workers) {
+    GiveUpLater(turn, done);
+  }
+  asio::post(m_Workers, [this, turn, request = std::move(request), done = std::move(done)] {
+    if (turn->Claim()) {
+      asio::post(m_Io, [this, turn, done, answer = m_Api.Handle(request)] {
+        (void)turn->m_Timer.cancel();
+        --m_UnderWay;
+        done(answer);
+      });
+    }
+  });
+}
+
+void ControlServer::Impl::GiveUpLater(const std::shared_ptr<Turn>& turn,
+                                      const std::function<void(ApiResponse)>& done) {
+  (void)turn->m_Timer.expires_after(std::chrono::seconds(SecondsToWait));
+  turn->m_Timer.async_wait([this, turn, done](const boost::system::error_code& error) {
+    if (!error && turn->Claim()) {
+      --m_UnderWay;
+      done(Api::ErrorResponse(RequestError(
+          HttpStatus::Unavailable, "busy",
+          "nothing was done: the requests before this one have not come back from their plug-ins; "
+          "try again later")));
+    }
+  });
+}
+
+bool ControlServer::Impl::BecomeStream(ControlSession::Socket& socket) {
+  if (m_Stopping || m_Streams.size() >= MaxStreams) {
+    return false;
+  }
+  const auto stream = std::make_shared<NotificationStream>(
+      std::move(socket), [this](const auto& ended, bool dropped) { StreamEnded(ended, dropped); });
+  m_Streams.insert(stream);
+  m_StreamCount = static_cast<unsigned>(m_Streams.size());
+  stream->Start();
+  return true;
+}
+
+bool ControlServer::Impl::MayKeep() const {
+  return !m_Stopping && m_Sessions.size() <= MaxKeptConnections;
+}
+
+void ControlServer::Impl::CountError() {
+  m_Errors.fetch_add(1, std::memory_order_relaxed);
+}
+
+void ControlServer::Impl::Ended(const std::shared_ptr<ControlSession>& session) {
+  m_Sessions.erase(session);
+  m_SessionCount = static_cast<unsigned>(m_Sessions.size());
+  CheckIdle();
+}
+
+void ControlServer::Impl::WaitForClient() {
+  m_Acceptor.async_wait(Protocol::acceptor::wait_read,
+                        [this](const boost::system::error_code& error) {
+                          if (!error && !m_Stopping) {
+                            AcceptAll();
+                          }
+                        });
+}
+
+void ControlServer::Impl::AcceptAll() {
+  for (;;) {
+    // Closed on exec from the start: a handler may be starting a command right now.
+    const int fd =
+        ::accept4(m_Acceptor.native_handle(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+    if (fd >= 0) {
+      Admit(fd);
+    } else if (errno == EMFILE || errno == ENFILE || errno == ENOMEM) {
+      ALOG(AgentLog(), ALogger::Warning, "ControlServer",
+           AString("A client has to wait: %1").Arg(std::strerror(errno)));
+      (void)m_Pause.expires_after(kPauseWithoutDescriptors);
+      m_Pause.async_wait([this](const boost::system::error_code& error) {
+        if (!error) {
+          WaitForClient();
+        }
+      });
+      return;
+    } else if (errno == EAGAIN) {
+      WaitForClient();
+      return;
+    }
+  }
+}
+
+void ControlServer::Impl::Admit(int fd) {
+  if (m_Sessions.size() >= MaxConnections + kMaxRefusals) {
+    (void)::close(fd);
+    return;
+  }
+  const bool admitted = m_Peers.Admits(fd);
+  const bool isFull = m_Sessions.size() >= MaxConnections;
+  const auto session =
+      std::make_shared<ControlSession>(ControlSession::Socket(m_Io, Protocol(), fd), *this);
+  m_Sessions.insert(session);
+  m_SessionCount = static_cast<unsigned>(m_Sessions.size());
+  if (!admitted) {
+    session->Refuse(RequestError(HttpStatus::Forbidden, "not-allowed",
+                                 "the control socket is for root, the agent's own user and the "
+                                 "group named by socket_group"));
+  } else if (isFull) {
+    session->Refuse(RequestError(HttpStatus::Unavailable, "too-many-connections",
+                                 "too many connections; try again in a moment"));
+  } else {
+    session->Start();
+  }
+}
+
+void ControlServer::Impl::Broadcast(const NotificationStream::Line& line) {
+  // A copy: a stream that is dropped leaves the set.
+  const auto streams = m_Streams;
+  for (const auto& stream : streams) {
+    stream->Send(line);
+  }
+}
+
+void ControlServer::Impl::StreamEnded(const std::shared_ptr<NotificationStream>& stream,
+                                      bool dropped) {
+  m_Streams.erase(stream);
+  m_StreamCount = static_cast<unsigned>(m_Streams.size());
+  m_Dropped.fetch_add(dropped ? 1 : 0, std::memory_order_relaxed);
+  CheckIdle();
+}
+
+void ControlServer::Impl::BeginStop() {
+  m_Stopping = true;
+  boost::system::error_code ignored;
+  (void)m_Acceptor.close(ignored);
+  (void)m_Pause.cancel();
+  const auto sessions = m_Sessions;
+  for (const auto& session : sessions) {
+    session->Cut();
+  }
+  const auto streams = m_Streams;
+  for (const auto& stream : streams) {
+    stream->Finish();
+  }
+  CheckIdle();
+}
+
+void ControlServer::Impl::CheckIdle() {
+  if (m_Stopping && m_Sessions.empty() && m_Streams.empty()) {
+    (void)m_Idle.Set();
+  }
+}
+
+ControlServer::ControlServer(int fd, const PeerCheck& peers, Api& api,
+                             NotificationCenter& notifications)
+    : m_Impl(std::make_unique<Impl>(fd, peers, api, notifications)) {
+  Impl* const impl = m_Impl.get();
+  impl->m_Listener =
+      notifications.AddListener([impl](const NotificationCenter::Notification& notification) {
+        if (impl->m_StreamCount > 0) {
+          const auto line = std::make_shared<const std::string>(MakeLine(notification));
+          asio::post(impl->m_Io, [impl, line] { impl->Broadcast(line); });
+        }
+      });
+  impl->m_Thread = std::thread([impl] { impl->m_Io.run(); });
+}
+
+ControlServer::~ControlServer() {
+  m_Impl->m_Notifications.RemoveListener(m_Impl->m_Listener);
+  m_Impl->m_Workers.join();
+  m_Impl->m_Io.stop();
+  m_Impl->m_Thread.join();
+}
+
+void ControlServer::Start() {
+  asio::post(m_Impl->m_Io, [impl = m_Impl.get()] { impl->WaitForClient(); });
+}
+
+bool ControlServer::Stop(unsigned long milliseconds) {
+  asio::post(m_Impl->m_Io, [impl = m_Impl.get()] { impl->BeginStop(); });
+  return m_Impl->m_Idle.Wait(milliseconds, BaseSDK::ClockSkewIgnore) == AEvent::WasSet;
+}
+
+ControlServer::Counters ControlServer::Count() const {
+  return {m_Impl->m_Requests, m_Impl->m_Errors, m_Impl->m_Dropped, m_Impl->m_SessionCount,
+          m_Impl->m_StreamCount};
+}
+
+}  // namespace NoxAgent

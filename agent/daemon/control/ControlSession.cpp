@@ -1,0 +1,251 @@
+#include "agent/daemon/control/ControlSession.h"
+
+#include <boost/asio/write.hpp>
+#include <boost/beast/http/error.hpp>
+#include <boost/beast/http/field.hpp>
+#include <boost/beast/http/read.hpp>
+#include <boost/beast/http/write.hpp>
+#include <chrono>
+
+#include "agent/daemon/control/ControlServer.h"
+
+using BaseSDK::AString;
+namespace http = boost::beast::http;
+namespace asio = boost::asio;
+
+namespace NoxAgent {
+namespace {
+
+constexpr std::size_t kBufferBytes = 2 * ControlServer::MaxHeaderBytes;
+constexpr unsigned kSecondsToLinger = 1;
+
+RequestError TooLarge() {
+  return RequestError(HttpStatus::BodyTooLarge, "body-too-large",
+                      "the body is larger than 1.5 MiB; a task document may have 1 MiB");
+}
+
+// The answer to a request that could not be read; null when there is nobody to answer.
+std::unique_ptr<RequestError> Explain(const boost::system::error_code& error) {
+  if (error == http::error::end_of_stream) {
+    return nullptr;
+  }
+  if (error == http::error::header_limit || error == http::error::buffer_overflow) {
+    return std::make_unique<RequestError>(HttpStatus::HeaderTooLarge, "header-too-large",
+                                          "the header is larger than 8 KiB");
+  }
+  if (error == http::error::body_limit) {
+    return std::make_unique<RequestError>(TooLarge());
+  }
+  if (error == http::error::partial_message) {
+    return std::make_unique<RequestError>(HttpStatus::BadRequest, "request-cut",
+                                          "the request ends in the middle");
+  }
+  if (error.category() == http::make_error_code(http::error::bad_method).category()) {
+    return std::make_unique<RequestError>(HttpStatus::BadRequest, "bad-http",
+                                          AString("not HTTP/1.1: ") + error.message().c_str());
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+ControlSession::ControlSession(Socket socket, Server& server)
+    : m_Socket(std::move(socket)),
+      m_Server(server),
+      m_Timer(m_Socket.get_executor()),
+      m_Buffer(kBufferBytes) {}
+
+void ControlSession::Start() {
+  m_Parser.emplace();
+  m_Parser->header_limit(ControlServer::MaxHeaderBytes);
+  m_Parser->body_limit(ControlServer::MaxBodyBytes);
+  StartTimer(ControlServer::SecondsToRead);
+  ReadHeader();
+}
+
+void ControlSession::Refuse(const RequestError& error) {
+  Write(Api::ErrorResponse(error), false);
+}
+
+void ControlSession::Cut() {
+  if (m_IsReading) {
+    End();
+  }
+}
+
+void ControlSession::ReadHeader() {
+  m_IsReading = true;
+  http::async_read_header(
+      m_Socket, m_Buffer, *m_Parser,
+      [self = shared_from_this()](Error error, std::size_t) { self->OnHeader(error); });
+}
+
+void ControlSession::OnHeader(Error error) {
+  if (error) {
+    OnReadError(error);
+  } else if (boost::beast::iequals(m_Parser->get()[http::field::expect], "100-continue")) {
+    Continue();
+  } else {
+    ReadBody();
+  }
+}
+
+void ControlSession::Continue() {
+  static constexpr char text[] = "HTTP/1.1 100 Continue\r\n\r\n";
+  asio::async_write(m_Socket, asio::buffer(text, sizeof(text) - 1),
+                    [self = shared_from_this()](Error error, std::size_t) {
+                      if (error) {
+                        self->OnReadError(error);
+                      } else {
+                        self->ReadBody();
+                      }
+                    });
+}
+
+void ControlSession::ReadBody() {
+  http::async_read(m_Socket, m_Buffer, *m_Parser,
+                   [self = shared_from_this()](Error error, std::size_t) { self->OnBody(error); });
+}
+
+void ControlSession::OnBody(Error error) {
+  if (error) {
+    OnReadError(error);
+    return;
+  }
+  m_IsReading = false;
+  StopTimer();
+  auto& message = m_Parser->get();
+  m_Server.Answer(
+      {std::string(message.method_string()), std::string(message.target()),
+       std::move(message.body())},
+      [self = shared_from_this()](const ApiResponse& answer) { self->OnAnswer(answer); });
+}
+
+void ControlSession::OnReadError(Error error) {
+  m_IsReading = false;
+  if (m_Ended) {
+    return;
+  }
+  if (m_TimedOut && m_Parser->got_some()) {
+    Refuse(RequestError(HttpStatus::Timeout, "request-too-slow",
+                        "the request did not arrive within 5 seconds"));
+    return;
+  }
+  const std::unique_ptr<RequestError> reason = Explain(error);
+  if (reason == nullptr) {
+    End();
+  } else {
+    Refuse(*reason);
+  }
+}
+
+void ControlSession::OnAnswer(const ApiResponse& answer) {
+  if (!answer.m_IsStream) {
+    Write(answer, KeepsConnection());
+  } else if (m_Server.BecomeStream(m_Socket)) {
+    End();
+  } else {
+    Refuse(RequestError(HttpStatus::Unavailable, "too-many-streams",
+                        "too many clients follow the notifications already"));
+  }
+}
+
+void ControlSession::Write(const ApiResponse& answer, bool keep) {
+  if (answer.m_Status >= 400) {
+    m_Server.CountError();
+  }
+  ++m_Answered;
+  m_Response = Response(http::int_to_status(answer.m_Status), 11, answer.m_Body + "\n");
+  m_Response.set(http::field::content_type, "application/json");
+  if (!answer.m_Allow.empty()) {
+    m_Response.set(http::field::allow, answer.m_Allow);
+  }
+  m_Response.keep_alive(keep);
+  m_Response.prepare_payload();
+  StartTimer(ControlServer::SecondsToWrite);
+  http::async_write(m_Socket, m_Response,
+                    [self = shared_from_this(), keep](Error error, std::size_t) {
+                      if (error) {
+                        self->End();
+                      } else if (keep) {
+                        self->WaitForNext();
+                      } else {
+                        self->Linger();
+                      }
+                    });
+}
+
+bool ControlSession::KeepsConnection() const {
+  return m_Parser->keep_alive() && m_Answered + 1 < ControlServer::MaxRequests &&
+         m_Server.MayKeep();
+}
+
+// The time to read the next request begins when it does; before that the client may think.
+void ControlSession::WaitForNext() {
+  if (!m_Server.MayKeep()) {
+    Linger();
+  } else if (m_Buffer.size() > 0) {
+    Start();
+  } else {
+    m_IsReading = true;
+    StartTimer(ControlServer::SecondsToThink);
+    m_Socket.async_wait(Socket::wait_read, [self = shared_from_this()](Error error) {
+      self->m_IsReading = false;
+      if (error) {
+        self->End();
+      } else {
+        self->Start();
+      }
+    });
+  }
+}
+
+void ControlSession::Linger() {
+  Error ignored;
+  (void)m_Socket.shutdown(Socket::shutdown_send, ignored);
+  StartTimer(kSecondsToLinger);
+  Discard();
+}
+
+void ControlSession::Discard() {
+  m_Buffer.clear();
+  m_Socket.async_read_some(m_Buffer.prepare(kBufferBytes),
+                           [self = shared_from_this()](Error error, std::size_t) {
+                             if (error) {
+                               self->End();
+                             } else {
+                               self->Discard();
+                             }
+                           });
+}
+
+void ControlSession::End() {
+  if (m_Ended) {
+    return;
+  }
+  m_Ended = true;
+  StopTimer();
+  Error ignored;
+  (void)m_Socket.close(ignored);
+  m_Server.Ended(shared_from_this());
+}
+
+void ControlSession::StartTimer(unsigned seconds) {
+  m_TimedOut = false;
+  (void)m_Timer.expires_after(std::chrono::seconds(seconds));
+  // One that is over already when it is set anew still comes; it is not for what follows.
+  m_Timer.async_wait([self = shared_from_this(), number = ++m_LastTimer](Error error) {
+    if (!error && !self->m_Ended && number == self->m_LastTimer) {
+      self->m_TimedOut = true;
+      Error ignored;
+      (void)self->m_Socket.cancel(ignored);
+    }
+  });
+}
+
+void ControlSession::StopTimer() {
+  ++m_LastTimer;
+  (void)m_Timer.cancel();
+}
+
+}  // namespace NoxAgent

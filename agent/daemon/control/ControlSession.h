@@ -1,0 +1,87 @@
+// One connection to the control socket: reads a request within its bounds, has it answered, writes
+// the answer, and waits for the next one for a while when the client wants that. Lives as long as
+// something of that is under way.
+#pragma once
+
+#include <boost/asio/local/stream_protocol.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/beast/core/flat_buffer.hpp>
+#include <boost/beast/http/message.hpp>
+#include <boost/beast/http/parser.hpp>
+#include <boost/beast/http/string_body.hpp>
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "agent/daemon/control/Api.h"
+
+namespace NoxAgent {
+
+// Everything here happens on the thread of input and output.
+class ControlSession : public std::enable_shared_from_this<ControlSession> {
+ public:
+  using Socket = boost::asio::local::stream_protocol::socket;
+
+  // What a session needs of its server.
+  struct Server {
+    virtual ~Server() = default;
+    // Has the request answered elsewhere; `done` is called here with the answer.
+    virtual void Answer(ApiRequest request, std::function<void(ApiResponse)> done) = 0;
+    // Goes on with the connection as a stream of notifications; nothing when there are too many,
+    // and `socket` is then as before.
+    virtual bool BecomeStream(Socket& socket) = 0;
+    // Whether a connection may wait for another request.
+    virtual bool MayKeep() const = 0;
+    // A request has been answered with an error.
+    virtual void CountError() = 0;
+    // The session has come to its end.
+    virtual void Ended(const std::shared_ptr<ControlSession>& session) = 0;
+  };
+
+  ControlSession(Socket socket, Server& server);
+
+  // Reads requests and answers them.
+  void Start();
+  // Answers with an error whatever the client sends.
+  void Refuse(const RequestError& error);
+  // Ends the session unless its request is being answered already. For the server's stop.
+  void Cut();
+
+ private:
+  using Parser = boost::beast::http::request_parser<boost::beast::http::string_body>;
+  using Response = boost::beast::http::response<boost::beast::http::string_body>;
+  using Error = boost::system::error_code;
+
+  void ReadHeader();
+  void OnHeader(Error error);
+  void Continue();
+  void ReadBody();
+  void OnBody(Error error);
+  void OnReadError(Error error);
+  void OnAnswer(const ApiResponse& answer);
+  // `keep`: another request may follow.
+  void Write(const ApiResponse& answer, bool keep);
+  bool KeepsConnection() const;
+  void WaitForNext();
+  // Lets the client finish sending, so that the answer is not lost to it: a connection that is
+  // closed with input unread counts as reset.
+  void Linger();
+  void Discard();
+  void End();
+  void StartTimer(unsigned seconds);
+  void StopTimer();
+
+  Socket m_Socket;
+  Server& m_Server;
+  boost::asio::steady_timer m_Timer;
+  boost::beast::flat_buffer m_Buffer;
+  std::optional<Parser> m_Parser;  // of the request that is read; never empty once started
+  Response m_Response;
+  unsigned m_Answered = 0;
+  unsigned m_LastTimer = 0;
+  bool m_IsReading = false;
+  bool m_TimedOut = false;
+  bool m_Ended = false;
+};
+
+}  // namespace NoxAgent

@@ -1,0 +1,82 @@
+// Stands between clients and the enumerations of plug-ins. A plug-in's handle is a number that it
+// trusts blindly; clients get a token instead, and only tokens that were given out reach the
+// plug-in. What a client leaves open is closed for it.
+#pragma once
+
+#include <BaseSDK/AMutex.h>
+
+#include <chrono>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "agent/daemon/plugins/Plugin.h"
+
+namespace NoxAgent {
+
+class EnumerationHandles {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  static constexpr std::size_t MaxOpen = 64;
+  static constexpr Clock::duration MaxIdle = std::chrono::seconds(60);
+
+  // A place for one more enumeration. Throws RequestError when there is none.
+  class Reservation {
+   public:
+    explicit Reservation(EnumerationHandles& handles);
+    Reservation(const Reservation&) = delete;
+    Reservation& operator=(const Reservation&) = delete;
+    ~Reservation();
+    // Fills the place with what the plug-in opened and gives the token for it.
+    std::string Fill(std::shared_ptr<Plugin> plugin, unsigned long handle, Clock::time_point now);
+
+   private:
+    EnumerationHandles& m_Handles;
+    bool m_Filled = false;
+  };
+
+  // One enumeration, kept from others while it is in use. Throws RequestError when the plug-in has
+  // none of this token, or when another request uses it.
+  class Use {
+   public:
+    Use(EnumerationHandles& handles, const Plugin& plugin, std::string token,
+        Clock::time_point now);
+    Use(const Use&) = delete;
+    Use& operator=(const Use&) = delete;
+    ~Use();
+    unsigned long Handle() const { return m_Handle; }
+    // The enumeration will be closed: its token is not to be used again.
+    void Forget() { m_Forget = true; }
+
+   private:
+    EnumerationHandles& m_Handles;
+    const std::string m_Token;
+    unsigned long m_Handle = 0;
+    bool m_Forget = false;
+  };
+
+  // Closes what has not been used for MaxIdle. [any thread]
+  void CloseIdle(Clock::time_point now) NOX_EXCLUDES(m_Lock);
+  // Closes all that are not in use right now. [any thread]
+  void CloseAll() NOX_EXCLUDES(m_Lock);
+  std::size_t Count() const NOX_EXCLUDES(m_Lock);
+
+ private:
+  struct Entry {
+    std::shared_ptr<Plugin> m_Plugin;
+    unsigned long m_Handle = 0;
+    Clock::time_point m_LastUse;
+    bool m_InUse = false;
+  };
+
+  void CloseThose(bool (*choose)(const Entry&, Clock::time_point), Clock::time_point now)
+      NOX_EXCLUDES(m_Lock);
+  static void Close(const Entry& entry);
+
+  mutable BaseSDK::AMutex m_Lock;
+  std::map<std::string, Entry> m_Entries NOX_GUARDED_BY(m_Lock);
+  std::size_t m_Reserved NOX_GUARDED_BY(m_Lock) = 0;
+};
+
+}  // namespace NoxAgent

@@ -1,0 +1,98 @@
+#include "agent/daemon/control/NotificationStream.h"
+
+#include <boost/asio/write.hpp>
+#include <chrono>
+#include <cstdio>
+
+#include "agent/daemon/control/ControlServer.h"
+
+namespace asio = boost::asio;
+
+namespace NoxAgent {
+namespace {
+
+constexpr const char* kHeader =
+    "HTTP/1.1 200 OK\r\n"
+    "Content-Type: application/x-ndjson\r\n"
+    "Transfer-Encoding: chunked\r\n"
+    "Connection: close\r\n\r\n";
+constexpr const char* kLastChunk = "0\r\n\r\n";
+
+std::string MakeChunk(const std::string& line) {
+  char size[24];
+  (void)std::snprintf(size, sizeof(size), "%zx\r\n", line.size());
+  return size + line + "\r\n";
+}
+
+}  // namespace
+
+NotificationStream::NotificationStream(Socket socket, OnEnd onEnd)
+    : m_Socket(std::move(socket)), m_OnEnd(std::move(onEnd)), m_Timer(m_Socket.get_executor()) {}
+
+void NotificationStream::Start() {
+  WatchClient();
+  Enqueue(kHeader);
+}
+
+void NotificationStream::Send(const Line& line) {
+  if (m_Waiting.size() >= ControlServer::MaxStreamBacklog) {
+    End(true);
+  } else {
+    Enqueue(MakeChunk(*line));
+  }
+}
+
+void NotificationStream::Finish() {
+  m_IsFinishing = true;
+  Enqueue(kLastChunk);
+}
+
+void NotificationStream::Enqueue(std::string bytes) {
+  if (m_Ended) {
+    return;
+  }
+  m_Waiting.push_back(std::move(bytes));
+  if (!m_IsWriting) {
+    WriteNext();
+  }
+}
+
+void NotificationStream::WriteNext() {
+  m_IsWriting = true;
+  (void)m_Timer.expires_after(std::chrono::seconds(ControlServer::SecondsToWrite));
+  m_Timer.async_wait([self = shared_from_this()](Error error) {
+    if (!error && self->m_IsWriting) {
+      self->End(true);
+    }
+  });
+  asio::async_write(m_Socket, asio::buffer(m_Waiting.front()),
+                    [self = shared_from_this()](Error error, std::size_t) {
+                      self->m_IsWriting = false;
+                      (void)self->m_Timer.cancel();
+                      self->m_Waiting.pop_front();
+                      if (error || (self->m_IsFinishing && self->m_Waiting.empty())) {
+                        self->End(false);
+                      } else if (!self->m_Waiting.empty()) {
+                        self->WriteNext();
+                      }
+                    });
+}
+
+// The client has nothing to say any more; what arrives is its end, or a reason to end.
+void NotificationStream::WatchClient() {
+  m_Socket.async_read_some(asio::buffer(m_Input),
+                           [self = shared_from_this()](Error, std::size_t) { self->End(false); });
+}
+
+void NotificationStream::End(bool dropped) {
+  if (m_Ended) {
+    return;
+  }
+  m_Ended = true;
+  (void)m_Timer.cancel();
+  Error ignored;
+  (void)m_Socket.close(ignored);
+  m_OnEnd(shared_from_this(), dropped);
+}
+
+}  // namespace NoxAgent

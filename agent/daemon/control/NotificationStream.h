@@ -1,0 +1,48 @@
+// A client that follows the notifications: an HTTP answer that goes on, a chunk for each line.
+#pragma once
+
+#include <array>
+#include <boost/asio/local/stream_protocol.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace NoxAgent {
+
+// Everything here happens on the thread of input and output.
+class NotificationStream : public std::enable_shared_from_this<NotificationStream> {
+ public:
+  using Socket = boost::asio::local::stream_protocol::socket;
+  using Line = std::shared_ptr<const std::string>;
+  // Told once, at the end; `dropped` when the client was too slow.
+  using OnEnd = std::function<void(const std::shared_ptr<NotificationStream>&, bool dropped)>;
+
+  NotificationStream(Socket socket, OnEnd onEnd);
+
+  void Start();
+  // Sends the line as soon as those before it are through. Ends the stream when too many wait.
+  void Send(const Line& line);
+  // Sends what waits and ends the stream then.
+  void Finish();
+
+ private:
+  using Error = boost::system::error_code;
+
+  void Enqueue(std::string bytes);
+  void WriteNext();
+  void WatchClient();
+  void End(bool dropped);
+
+  Socket m_Socket;
+  OnEnd m_OnEnd;
+  boost::asio::steady_timer m_Timer;
+  std::deque<std::string> m_Waiting;
+  std::array<char, 64> m_Input{};
+  bool m_IsWriting = false;
+  bool m_IsFinishing = false;
+  bool m_Ended = false;
+};
+
+}  // namespace NoxAgent

@@ -1,0 +1,185 @@
+#include "agent/daemon/control/OperationRoute.h"
+
+#include <AgentInterfacesV3/AMsgError.h>
+
+#include <array>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <vector>
+
+#include "agent/daemon/control/JsonMessage.h"
+
+using BaseSDK::AString;
+using Corvane::AgentInterfacesV3::AInterfaceTable;
+using Corvane::AgentInterfacesV3::AMsgError;
+using Corvane::AgentInterfacesV3::AMsgIn;
+using Corvane::AgentInterfacesV3::AMsgReply;
+using nlohmann::json;
+
+namespace NoxAgent {
+namespace {
+
+constexpr const char* kPrefix = "/v1/";
+constexpr std::size_t kPrefixLength = 4;
+
+// Names in messages are cut: they come from outside.
+AString Shown(const std::string& name) {
+  return AString::FromUtf8(name).Left(100);
+}
+
+unsigned StatusOf(AMsgError error) {
+  switch (error) {
+    case AMsgError::UnknownInterface:
+    case AMsgError::UnknownOperation:
+      return HttpStatus::NotFound;
+    case AMsgError::MissingArgument:
+    case AMsgError::MistypedArgument:
+    case AMsgError::UnexpectedArgument:
+      return HttpStatus::BadRequest;
+    case AMsgError::NoObject:
+    case AMsgError::QueueClosed:
+      return HttpStatus::Unavailable;
+    case AMsgError::OperationFailed:
+      break;
+  }
+  return HttpStatus::Internal;
+}
+
+// What stands between the slashes after the prefix; nothing when there are not just three parts.
+std::optional<std::array<std::string, 3>> Split(const std::string& path) {
+  const std::size_t first = path.find('/', kPrefixLength);
+  const std::size_t second = first == std::string::npos ? first : path.find('/', first + 1);
+  if (path.compare(0, kPrefixLength, kPrefix) != 0 || second == std::string::npos ||
+      path.find('/', second + 1) != std::string::npos) {
+    return std::nullopt;
+  }
+  return std::array{path.substr(kPrefixLength, first - kPrefixLength),
+                    path.substr(first + 1, second - first - 1), path.substr(second + 1)};
+}
+
+json Describe(const std::vector<TaskDocumentProblem>& problems) {
+  json list = json::array();
+  for (const TaskDocumentProblem& problem : problems) {
+    list.push_back({{"line", problem.m_Line},
+                    {"column", problem.m_Column},
+                    {"message", problem.m_Message.ToUtf8()},
+                    {"effect", problem.m_Effect.ToUtf8()},
+                    {"mend", problem.m_Mend.ToUtf8()}});
+  }
+  return list;
+}
+
+}  // namespace
+
+// One operation of a plug-in, from the path to the answer.
+struct OperationRoute::Call {
+  std::shared_ptr<Plugin> m_Plugin;
+  const AInterfaceTable& m_Table;
+  const AInterfaceTable::AOperation& m_Operation;
+  json m_Body{};
+  AMsgReply m_Reply{};
+  AMsgIn m_Request{m_Table.m_Name, m_Operation.m_Name, m_Reply};
+};
+
+OperationRoute::OperationRoute(const Plugins& plugins, NotificationCenter& notifications,
+                               EnumerationHandles& handles)
+    : m_Plugins(plugins), m_Notifications(notifications), m_Handles(handles), m_Border(plugins) {}
+
+bool OperationRoute::IsPath(const std::string& path) {
+  return Split(path).has_value();
+}
+
+json OperationRoute::Answer(const std::string& path, const std::string& query,
+                            const std::string& body) {
+  Call call = Find(path);
+  const bool force = query == "force=1" && call.m_Operation.m_Name == "AddTask";
+  if (!query.empty() && !force) {
+    throw RequestError(HttpStatus::BadRequest, "bad-query",
+                       "AddTask knows the query force=1; there are no others");
+  }
+  call.m_Body = JsonMessage::ParseObject(body);
+  JsonMessage::Decode(call.m_Body, call.m_Operation, call.m_Request);
+  const auto warnings = m_Border.Check(*call.m_Plugin, call.m_Request, force);
+  json answer = Perform(call);
+  if (!warnings.empty()) {
+    answer["warnings"] = Describe(warnings);
+  }
+  return answer;
+}
+
+OperationRoute::Call OperationRoute::Find(const std::string& path) const {
+  const auto [pluginName, interfaceName, operationName] = *Split(path);
+  std::shared_ptr<Plugin> plugin = m_Plugins.Find(AString::FromUtf8(pluginName));
+  if (plugin == nullptr) {
+    throw RequestError(
+        HttpStatus::NotFound, "unknown-plugin",
+        AString("no plug-in is called \"%1\"; GET /v1/status lists them").Arg(Shown(pluginName)));
+  }
+  const AInterfaceTable* const table = AInterfaceTable::Find(interfaceName);
+  if (table == nullptr || !plugin->Serves(table->m_Name)) {
+    throw RequestError(HttpStatus::NotFound, "unknown-interface",
+                       AString("the plug-in %1 has no interface \"%2\"")
+                           .Arg(plugin->Name(), Shown(interfaceName)));
+  }
+  const AInterfaceTable::AOperation* const operation = table->FindOperation(operationName);
+  if (operation == nullptr) {
+    throw RequestError(HttpStatus::NotFound, "unknown-operation",
+                       AString("the interface %1 has no operation \"%2\"")
+                           .Arg(Shown(interfaceName), Shown(operationName)));
+  }
+  return {std::move(plugin), *table, *operation};
+}
+
+json OperationRoute::Perform(Call& call) {
+  const AInterfaceTable::AArgument* const handle = call.m_Operation.Find("handle");
+  if (handle == nullptr || !JsonMessage::IsHandle(*handle)) {
+    return Send(call);
+  }
+  return handle->IsOut() ? OpenEnumeration(call) : UseEnumeration(call);
+}
+
+json OperationRoute::OpenEnumeration(Call& call) {
+  if (!JsonMessage::DecodeToken(call.m_Body, "handle").empty()) {
+    throw RequestError(HttpStatus::BadRequest, "handle-not-empty",
+                       "an enumeration begins without a handle: leave it out");
+  }
+  EnumerationHandles::Reservation reservation(m_Handles);
+  json answer = Send(call);
+  const auto found = call.m_Reply.Out().find("handle");
+  const unsigned long handle =
+      found == call.m_Reply.Out().end() ? 0 : std::get<unsigned long>(found->second);
+  if (handle == 0) {
+    answer["out"]["handle"] = 0;
+  } else {
+    answer["out"]["handle"] =
+        reservation.Fill(call.m_Plugin, handle, EnumerationHandles::Clock::now());
+  }
+  return answer;
+}
+
+json OperationRoute::UseEnumeration(Call& call) {
+  EnumerationHandles::Use use(m_Handles, *call.m_Plugin,
+                              JsonMessage::DecodeToken(call.m_Body, "handle"),
+                              EnumerationHandles::Clock::now());
+  call.m_Request.Set("handle", use.Handle());
+  if (call.m_Operation.m_Name == "FindClose") {
+    use.Forget();
+  }
+  return Send(call);
+}
+
+json OperationRoute::Send(Call& call) {
+  // The agent's notifications reach a plug-in on the agent thread only, whoever asks for them.
+  if (call.m_Operation.m_Name == "NotifyObject") {
+    m_Notifications.SendOnAgentThread(*call.m_Plugin, call.m_Request);
+  } else {
+    call.m_Plugin->Send(call.m_Request);
+  }
+  if (call.m_Reply.IsError()) {
+    const auto& info = Corvane::AgentInterfacesV3::InfoOf(call.m_Reply.ErrorCode());
+    throw RequestError(StatusOf(call.m_Reply.ErrorCode()), info.m_Name, call.m_Reply.ErrorText());
+  }
+  return JsonMessage::Encode(call.m_Operation, call.m_Reply);
+}
+
+}  // namespace NoxAgent

@@ -1,0 +1,44 @@
+// The route /v1/PLUGIN/INTERFACE/OPERATION: one for every operation of every interface that a
+// plug-in serves. From the path and the JSON body to the message, past the border, and back.
+#pragma once
+
+#include <nlohmann/json_fwd.hpp>
+#include <string>
+
+#include "agent/daemon/control/EnumerationHandles.h"
+#include "agent/daemon/control/RequestError.h"
+#include "agent/daemon/control/TaskBorder.h"
+#include "agent/daemon/plugins/NotificationCenter.h"
+#include "agent/daemon/plugins/Plugins.h"
+
+namespace NoxAgent {
+
+// Any number of threads may ask at once.
+class OperationRoute {
+ public:
+  OperationRoute(const Plugins& plugins, NotificationCenter& notifications,
+                 EnumerationHandles& handles);
+
+  // Whether the path has the form above; what it names need not exist.
+  static bool IsPath(const std::string& path);
+
+  // {"result": n, "out": {...}}, with "warnings" when the border has any. Throws RequestError.
+  // REQUIRES: IsPath(path).
+  nlohmann::json Answer(const std::string& path, const std::string& query, const std::string& body);
+
+ private:
+  struct Call;
+
+  Call Find(const std::string& path) const;
+  nlohmann::json Perform(Call& call);
+  nlohmann::json OpenEnumeration(Call& call);
+  nlohmann::json UseEnumeration(Call& call);
+  nlohmann::json Send(Call& call);
+
+  const Plugins& m_Plugins;
+  NotificationCenter& m_Notifications;
+  EnumerationHandles& m_Handles;
+  const TaskBorder m_Border;
+};
+
+}  // namespace NoxAgent

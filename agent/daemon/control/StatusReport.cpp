@@ -1,0 +1,70 @@
+#include "agent/daemon/control/StatusReport.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <ctime>
+#include <nlohmann/json.hpp>
+
+#include "agent/daemon/BuildInfo.h"
+
+using BaseSDK::AString;
+using Corvane::AgentInterfacesV3::AMsgIn;
+using Corvane::AgentInterfacesV3::AMsgReply;
+using nlohmann::json;
+
+namespace NoxAgent {
+namespace {
+
+std::string ReportOf(Plugin& plugin) {
+  AMsgReply reply;
+  plugin.Send(AMsgIn("INoxObject", "ObjectDebugInfo", reply));
+  const auto report = reply.Out().find("report");
+  return report == reply.Out().end() ? std::string() : std::get<AString>(report->second).ToUtf8();
+}
+
+json Describe(Plugin& plugin) {
+  json interfaces = json::array();
+  for (const auto* const table : plugin.Interfaces()) {
+    interfaces.push_back(table->m_Name);
+  }
+  const PluginSettings& settings = plugin.Settings();
+  return {{"name", settings.m_Name.ToUtf8()},
+          {"path", settings.m_Path.ToUtf8()},
+          {"config", settings.m_ConfigFile.ToUtf8()},
+          {"classId", settings.m_ClassId.ToUtf8()},
+          {"interfaces", interfaces},
+          {"requests", plugin.Requests()},
+          {"errors", plugin.Errors()},
+          {"notifications", plugin.Notifications()},
+          {"report", ReportOf(plugin)}};
+}
+
+}  // namespace
+
+json StatusReport::Make(const ControlServer::Counters& counters) const {
+  json plugins = json::array();
+  for (const auto& plugin : m_Plugins.All()) {
+    plugins.push_back(Describe(*plugin));
+  }
+  // The wall clock may have been set back since.
+  const long uptime = std::max(0L, static_cast<long>(std::time(nullptr)) - m_StartTime);
+  return {{"version", kVersion},
+          {"pid", ::getpid()},
+          {"startTime", m_StartTime},
+          {"uptime", uptime},
+          {"config", m_Settings.m_ConfigFile.ToUtf8()},
+          {"stateDir", m_Settings.m_StateDir.ToUtf8()},
+          {"runtimeDir", m_Settings.m_RuntimeDir.ToUtf8()},
+          {"socket", m_Settings.SocketPath().ToUtf8()},
+          {"requests", counters.m_Requests},
+          {"errors", counters.m_Errors},
+          {"connections", counters.m_Connections},
+          {"streams", counters.m_Streams},
+          {"droppedStreams", counters.m_Dropped},
+          {"enumerations", m_Handles.Count()},
+          {"notifications", m_Notifications.Posted()},
+          {"plugins", plugins}};
+}
+
+}  // namespace NoxAgent

@@ -1,0 +1,25 @@
+// What GET /v1/status tells.
+#pragma once
+
+#include <nlohmann/json_fwd.hpp>
+
+#include "agent/daemon/config/Settings.h"
+#include "agent/daemon/control/ControlServer.h"
+#include "agent/daemon/control/EnumerationHandles.h"
+#include "agent/daemon/plugins/NotificationCenter.h"
+#include "agent/daemon/plugins/Plugins.h"
+
+namespace NoxAgent {
+
+struct StatusReport {
+  const Settings& m_Settings;
+  const Plugins& m_Plugins;
+  const NotificationCenter& m_Notifications;
+  const EnumerationHandles& m_Handles;
+  long m_StartTime;  // seconds since the epoch
+
+  // [any thread] Asks every plug-in for its report.
+  nlohmann::json Make(const ControlServer::Counters& counters) const;
+};
+
+}  // namespace NoxAgent

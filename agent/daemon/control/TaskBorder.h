@@ -1,0 +1,39 @@
+// Checks and explains, before the scheduler is asked: the scheduler takes nearly everything, and
+// what it cannot use it drops, cuts or never runs, without a word.
+#pragma once
+
+#include <AgentInterfacesV3/AMsgIn.h>
+#include <BaseSDK/AString.h>
+
+#include <string_view>
+#include <vector>
+
+#include "agent/daemon/plugins/Plugins.h"
+#include "agent/document/TaskDocumentProblem.h"
+
+namespace NoxAgent {
+
+class TaskBorder {
+ public:
+  static constexpr std::size_t MaxTaskIdLength = 200;
+
+  // `plugins` are where tasks may find their handler.
+  explicit TaskBorder(const Plugins& plugins);
+
+  // Checks a request for INoxTaskScheduler of `scheduler`; one for any other interface passes.
+  // Throws RequestError. With `force` a document passes also when its task would never run. The
+  // document of the request becomes ASCII. Gives what is odd about the document but no reason to
+  // refuse it. [any thread]
+  std::vector<TaskDocumentProblem> Check(Plugin& scheduler,
+                                         Corvane::AgentInterfacesV3::AMsgIn& request,
+                                         bool force) const;
+
+ private:
+  std::vector<TaskDocumentProblem> CheckDocument(Corvane::AgentInterfacesV3::AMsgIn& request,
+                                                 bool force) const;
+  void CheckHandler(const BaseSDK::AString& document) const;
+
+  const Plugins& m_Plugins;
+};
+
+}  // namespace NoxAgent
