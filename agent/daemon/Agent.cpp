@@ -1,0 +1,146 @@
+#include "agent/daemon/Agent.h"
+
+#include <algorithm>
+#include <ctime>
+#include <nlohmann/json.hpp>
+
+#include "agent/daemon/AgentError.h"
+#include "agent/daemon/BuildInfo.h"
+#include "agent/daemon/control/StatusReport.h"
+#include "agent/daemon/process/AgentLog.h"
+#include "agent/daemon/process/Directories.h"
+#include "agent/daemon/process/LogSetup.h"
+
+using BaseSDK::ALogger;
+using BaseSDK::AMutexGuard;
+using BaseSDK::AString;
+
+namespace NoxAgent {
+namespace {
+
+constexpr const char* kSource = "Agent";
+constexpr unsigned kStateMode = 0750;
+constexpr unsigned kRuntimeMode = 0755;  // the socket has its own mode
+constexpr unsigned long kHousekeepingMilliseconds = 5000;
+
+}  // namespace
+
+Agent::Locks::Locks(const Settings& settings) {
+  Directories::Make(settings.m_StateDir, kStateMode);
+  m_State.emplace(settings.m_StateDir);
+  Directories::Make(settings.m_RuntimeDir, kRuntimeMode);
+  if (settings.m_RuntimeDir != settings.m_StateDir) {
+    m_Runtime.emplace(settings.m_RuntimeDir);
+  }
+}
+
+Agent::Agent(const Options& options, Environment environment, Settings settings)
+    : m_Options(options),
+      m_Environment(std::move(environment)),
+      m_Settings(std::move(settings)),
+      m_StartTime(static_cast<long>(std::time(nullptr))),
+      m_ServiceManager(m_Environment),
+      m_Locks(m_Settings),
+      m_Socket(m_Settings.SocketPath(), m_Settings.m_SocketGroup),
+      m_Notifications(m_Thread, m_Plugins),
+      m_Host(m_Settings, m_Plugins, m_Notifications, m_HandlerCalls),
+      m_Lifecycle(m_Plugins, m_Notifications, m_Host, m_HandlerCalls, m_Handles),
+      m_Operations(m_Plugins, m_Notifications, m_Handles),
+      m_Api(m_Operations, m_Notifications, {[this] { return Status(); }, [this] { Refresh(); }}) {}
+
+bool Agent::Run() {
+  try {
+    Start();
+  } catch (const std::exception& error) {
+    if (m_Lifecycle.UnloadAll()) {
+      throw;
+    }
+    ALOG(AgentLog(), ALogger::Error, kSource, AString("Cannot start: ") + error.what());
+    return false;
+  }
+  Serve();
+  return Stop();
+}
+
+void Agent::Start() {
+  ALOG(AgentLog(), ALogger::Information, kSource,
+       AString("noxagentd %1 starts; state in %2").Arg(kVersion, m_Settings.m_StateDir));
+  m_Lifecycle.LoadAll(m_Settings);
+  m_Server = std::make_unique<ControlServer>(m_Socket.Fd(), PeerCheck(m_Socket.Group()), m_Api,
+                                             m_Notifications);
+  m_Server->Start();  // not before m_Server is there for what is asked
+  ALOG(AgentLog(), ALogger::Information, kSource,
+       AString("Serving requests on %1").Arg(m_Settings.SocketPath()));
+  m_ServiceManager.Ready();
+}
+
+void Agent::Serve() {
+  const unsigned long pause =
+      std::min(kHousekeepingMilliseconds,
+               m_ServiceManager.KeepAliveInterval().value_or(kHousekeepingMilliseconds));
+  SignalInbox::Request request{};
+  for (;;) {
+    if (m_Signals.Wait(pause, request)) {
+      if (request == SignalInbox::Request::Stop) {
+        return;
+      }
+      try {
+        Refresh();
+      } catch (const AgentError&) {
+        // Logged already; the agent goes on as it is.
+      }
+    }
+    m_Handles.CloseIdle(EnumerationHandles::Clock::now());
+    // By way of the agent thread: one that a plug-in keeps busy for good is a case for the
+    // watchdog.
+    (void)m_Thread.Post([this] { m_ServiceManager.KeepAlive(); });
+  }
+}
+
+bool Agent::Stop() {
+  ALOG(AgentLog(), ALogger::Information, kSource, "Stopping");
+  m_ServiceManager.Stopping();
+  if (!m_Server->Stop(PluginLifecycle::DrainMilliseconds)) {
+    ALOG(AgentLog(), ALogger::Error, kSource,
+         "A request has not come back in time: ending without unloading the plug-ins");
+    return false;
+  }
+  m_Server.reset();
+  return m_Lifecycle.UnloadAll();
+}
+
+void Agent::Refresh() {
+  AMutexGuard guard(m_RefreshLock);
+  ALOG(AgentLog(), ALogger::Information, kSource, "Refreshing");
+  m_ServiceManager.Reloading();
+  try {
+    m_Lifecycle.Refresh([this] { ReadConfigurationAgain(); });
+  } catch (const AgentError& error) {
+    m_ServiceManager.Ready();
+    ALOG(AgentLog(), ALogger::Error, kSource,
+         AString("The configuration stays as it was: %1").Arg(error.what()));
+    throw;
+  }
+  m_ServiceManager.Ready();
+}
+
+void Agent::ReadConfigurationAgain() {
+  const Settings settings = Settings::Load(m_Options, m_Environment);
+  LogSetup::SetLevels(settings.m_Log);
+  const bool differs = settings.m_Plugins != m_Settings.m_Plugins ||
+                       settings.m_StateDir != m_Settings.m_StateDir ||
+                       settings.m_RuntimeDir != m_Settings.m_RuntimeDir ||
+                       settings.m_SocketGroup != m_Settings.m_SocketGroup ||
+                       settings.m_Log.m_File != m_Settings.m_Log.m_File;
+  if (differs) {
+    ALOG(AgentLog(), ALogger::Warning, kSource,
+         "Changed plug-ins, directories, group or log file take effect at the next start");
+  }
+}
+
+nlohmann::json Agent::Status() const {
+  const StatusReport report{m_Settings, m_Plugins, m_Notifications, m_Handles, m_StartTime};
+  return report.Make(m_Server->Count());
+}
+
+}  // namespace NoxAgent

@@ -1,0 +1,78 @@
+// The agent: everything put together, from start to stop.
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include "agent/daemon/AgentThread.h"
+#include "agent/daemon/config/Settings.h"
+#include "agent/daemon/control/Api.h"
+#include "agent/daemon/control/ControlServer.h"
+#include "agent/daemon/control/ControlSocket.h"
+#include "agent/daemon/control/EnumerationHandles.h"
+#include "agent/daemon/control/OperationRoute.h"
+#include "agent/daemon/plugins/HandlerCalls.h"
+#include "agent/daemon/plugins/NotificationCenter.h"
+#include "agent/daemon/plugins/PluginHost.h"
+#include "agent/daemon/plugins/PluginLifecycle.h"
+#include "agent/daemon/plugins/Plugins.h"
+#include "agent/daemon/process/LockFile.h"
+#include "agent/daemon/process/ServiceManager.h"
+#include "agent/daemon/process/SignalInbox.h"
+
+namespace NoxAgent {
+
+class Agent {
+ public:
+  // Makes the directories, locks them and listens on the control socket; loads nothing. Throws
+  // AgentError. The log is set up already.
+  Agent(const Options& options, Environment environment, Settings settings);
+  Agent(const Agent&) = delete;
+  Agent& operator=(const Agent&) = delete;
+
+  // Loads the plug-ins, serves until a signal asks to stop, unloads the plug-ins. True when all
+  // went well; false when a plug-in could not be unloaded: the process is then to end at once,
+  // without destroying anything. Throws AgentError when the start fails; all is down again then.
+  // [main thread, once]
+  bool Run();
+
+ private:
+  // The state directory and the one of the socket are each used by one agent at a time.
+  struct Locks {
+    explicit Locks(const Settings& settings);
+
+    std::optional<LockFile> m_State;
+    std::optional<LockFile> m_Runtime;
+  };
+
+  void Start();
+  void Serve();
+  bool Stop();
+  void Refresh() NOX_EXCLUDES(m_RefreshLock);
+  void ReadConfigurationAgain();
+  nlohmann::json Status() const;
+
+  const Options m_Options;
+  const Environment m_Environment;
+  const Settings m_Settings;
+  const long m_StartTime;
+  SignalInbox m_Signals;
+  const ServiceManager m_ServiceManager;
+  const Locks m_Locks;
+  const ControlSocket m_Socket;
+
+  Plugins m_Plugins;
+  HandlerCalls m_HandlerCalls;
+  EnumerationHandles m_Handles;
+  AgentThread m_Thread;
+  NotificationCenter m_Notifications;
+  PluginHost m_Host;
+  PluginLifecycle m_Lifecycle;
+  OperationRoute m_Operations;
+  Api m_Api;
+  std::unique_ptr<ControlServer> m_Server;
+
+  BaseSDK::AMutex m_RefreshLock;  // one refresh at a time
+};
+
+}  // namespace NoxAgent

@@ -1,0 +1,45 @@
+// noxagentd: reads the command line, runs the agent, tells how it went.
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+
+#include "agent/daemon/Agent.h"
+#include "agent/daemon/AgentError.h"
+#include "agent/daemon/process/LogSetup.h"
+
+namespace {
+
+using NoxAgent::AgentError;
+
+int Fail(const std::exception& error, int status) {
+  (void)std::fprintf(stderr, "noxagentd: %s\n", error.what());
+  return status;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    const NoxAgent::Options options = NoxAgent::Options::Parse(argc, argv);
+    if (options.m_Answered) {
+      return 0;
+    }
+    // Without TZ the C library looks at the zone file on every conversion of a local time.
+    (void)::setenv("TZ", ":/etc/localtime", 0);
+    NoxAgent::Environment environment = NoxAgent::Environment::OfProcess();
+    NoxAgent::Settings settings = NoxAgent::Settings::Load(options, environment);
+    NoxAgent::LogSetup::Open(settings);
+    const auto agent =
+        std::make_unique<NoxAgent::Agent>(options, std::move(environment), std::move(settings));
+    if (!agent->Run()) {
+      ::_exit(static_cast<int>(AgentError::Kind::Failure));  // a plug-in is still at work
+    }
+    return 0;
+  } catch (const AgentError& error) {
+    return Fail(error, error.ExitStatus());
+  } catch (const std::exception& error) {
+    return Fail(error, static_cast<int>(AgentError::Kind::Failure));
+  }
+}

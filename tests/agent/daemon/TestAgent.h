@@ -1,0 +1,74 @@
+// The agent inside a test's process, put together as noxagentd does it, with plug-ins that record
+// what they are told (tests/plugins/recording).
+#pragma once
+
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <thread>
+
+#include "agent/daemon/control/Api.h"
+#include "agent/daemon/control/ControlServer.h"
+#include "agent/daemon/control/ControlSocket.h"
+#include "agent/daemon/plugins/PluginLifecycle.h"
+#include "tests/support/TempDir.h"
+
+namespace NoxAgent {
+
+class TestAgent {
+ public:
+  static constexpr const char* kClassId = "{AAAAAAAA-0000-0000-0000-000000000001}";
+
+  // The built shared object `name`.so.
+  static std::string PluginPath(const std::string& name);
+
+  TestAgent();
+  ~TestAgent();
+
+  // A plug-in to load; `config` holds the lines of its section "Configuration". The first one has
+  // the class identifier kClassId, the next 2 and so on.
+  TestAgent& Add(const std::string& name, const std::string& config = {},
+                 const std::string& library = "RecordingPlugin");
+  // Loads what was added. Throws as PluginLifecycle does.
+  TestAgent& Load();
+  // Load, then serve the control socket.
+  TestAgent& Serve();
+
+  std::string SocketPath() const { return m_Settings.SocketPath().ToUtf8(); }
+  std::string ConfigPath(const std::string& plugin) const;
+
+  // The answer of the API, without a socket; the body of the answer as JSON.
+  ApiResponse Ask(const std::string& method, const std::string& target,
+                  const std::string& body = {});
+  nlohmann::json Call(const std::string& operation, const nlohmann::json& arguments,
+                      const std::string& plugin = "one");
+  // The code of the error that the call is answered with; empty when it is answered with none.
+  std::string CallError(const std::string& operation, const nlohmann::json& arguments);
+  // What the plug-in was told so far.
+  std::string Report(const std::string& plugin = "one");
+  // Starts a request that does not come back before Release. REQUIRES: the plug-in "one".
+  void Hold();
+  void Release();
+  // What is on its way on the agent thread has arrived.
+  void Settle();
+
+  TestSupport::TempDir m_Dir;
+  std::thread m_Held;
+  Settings m_Settings;
+  AgentThread m_Thread;
+  Plugins m_Plugins;
+  HandlerCalls m_HandlerCalls;
+  EnumerationHandles m_Handles;
+  NotificationCenter m_Notifications{m_Thread, m_Plugins};
+  PluginHost m_Host{m_Settings, m_Plugins, m_Notifications, m_HandlerCalls};
+  PluginLifecycle m_Lifecycle{m_Plugins, m_Notifications, m_Host, m_HandlerCalls, m_Handles, 100};
+  OperationRoute m_Operations{m_Plugins, m_Notifications, m_Handles};
+  Api m_Api;
+  std::unique_ptr<ControlSocket> m_Socket;
+  std::unique_ptr<ControlServer> m_Server;
+
+ private:
+  std::string CopyOf(const std::string& library, const std::string& name) const;
+};
+
+}  // namespace NoxAgent

@@ -1,0 +1,395 @@
+#include "agent/daemon/control/ControlServer.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <thread>
+#include <vector>
+
+#include "tests/agent/daemon/TestAgent.h"
+#include "tests/agent/daemon/control/RawClient.h"
+
+using nlohmann::json;
+
+namespace NoxAgent {
+namespace {
+
+class ControlServerTest : public testing::Test {
+ protected:
+  ControlServerTest() { m_Agent.Add("one").Serve(); }
+
+  std::string Ask(const std::string& method, const std::string& target,
+                  const std::string& body = {}) {
+    return RawClient::Ask(m_Agent.SocketPath(), method, target, body);
+  }
+  std::string Raw(const std::string& bytes) {
+    return RawClient(m_Agent.SocketPath()).Send(bytes).Shut().ReadAll();
+  }
+  static std::string CodeOf(const std::string& answer) {
+    return json::parse(BodyOf(answer))["error"]["code"];
+  }
+  void ExpectAlive() { EXPECT_EQ(StatusOf(Ask("GET", "/v1/status")), 200U); }
+
+  TestAgent m_Agent;
+};
+
+TEST_F(ControlServerTest, ServesAtASocketOfMode0660) {
+  struct stat info {};
+  ASSERT_EQ(::stat(m_Agent.SocketPath().c_str(), &info), 0);
+  EXPECT_TRUE(S_ISSOCK(info.st_mode));
+  EXPECT_EQ(info.st_mode & 07777U, 0660U);
+  const std::string answer = Ask("GET", "/v1/status");
+  EXPECT_EQ(StatusOf(answer), 200U);
+  EXPECT_EQ(json::parse(BodyOf(answer))["version"], "test");
+  EXPECT_NE(answer.find("Content-Type: application/json\r\n"), std::string::npos);
+  EXPECT_NE(answer.find("Connection: close\r\n"), std::string::npos);
+}
+
+TEST_F(ControlServerTest, AnswersOversizedRequestsWithTheirError) {
+  std::string answer = Ask("POST", "/v1/notify", std::string(ControlServer::MaxBodyBytes + 1, 'x'));
+  EXPECT_EQ(StatusOf(answer), 413U);
+  EXPECT_EQ(CodeOf(answer), "body-too-large");
+  answer = Raw("POST /v1/notify HTTP/1.1\r\nContent-Length: 99999999999999\r\n\r\n");
+  EXPECT_EQ(StatusOf(answer), 413U);
+  answer = Raw("GET /v1/status HTTP/1.1\r\nX: " + std::string(ControlServer::MaxHeaderBytes, 'x') +
+               "\r\n\r\n");
+  EXPECT_EQ(StatusOf(answer), 431U);
+  EXPECT_EQ(CodeOf(answer), "header-too-large");
+  answer = Raw("GET /" + std::string(100000, 'x'));
+  EXPECT_EQ(StatusOf(answer), 431U);
+  std::string chunked = "POST /v1/notify HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n";
+  for (int chunk = 0; chunk < 30; ++chunk) {
+    chunked += "10000\r\n" + std::string(65536, ' ') + "\r\n";
+  }
+  answer = Raw(chunked + "0\r\n\r\n");
+  EXPECT_EQ(StatusOf(answer), 413U);
+  ExpectAlive();
+}
+
+TEST_F(ControlServerTest, TakesWhatJustFits) {
+  const std::string body(ControlServer::MaxBodyBytes, ' ');
+  const std::string answer = Ask("POST", "/v1/notify", body);
+  EXPECT_EQ(StatusOf(answer), 400U);
+  EXPECT_EQ(CodeOf(answer), "bad-json");
+}
+
+TEST_F(ControlServerTest, AnswersCutRequestsWithTheirError) {
+  const std::string whole = RawClient::Request("POST", "/v1/notify", "{\"kind\":3}");
+  for (std::size_t length = 1; length < whole.size(); ++length) {
+    const std::string answer = Raw(whole.substr(0, length));
+    EXPECT_EQ(StatusOf(answer), 400U) << length;
+    EXPECT_EQ(CodeOf(answer), "request-cut") << length;
+  }
+  EXPECT_EQ(StatusOf(Raw(whole)), 200U);
+  EXPECT_EQ(Raw(""), "");
+}
+
+TEST_F(ControlServerTest, AnswersBinaryWithItsError) {
+  std::string binary;
+  for (int byte = 0; byte < 256; ++byte) {
+    binary += static_cast<char>(byte);
+  }
+  for (const std::string& bytes :
+       {binary, std::string(1000, '\0'), std::string("\x16\x03\x01\x02\x00\x01\r\n\r\n"),
+        std::string("GET /v1/status\r\n\r\n"), std::string("GET /v1/status HTTP/9.9\r\n\r\n"),
+        std::string("POST /v1/notify HTTP/1.1\r\nContent-Length: -1\r\n\r\n"),
+        std::string(
+            "POST /v1/notify HTTP/1.1\r\nContent-Length: 1\r\nContent-Length: 2\r\n\r\n")}) {
+    const std::string answer = Raw(bytes);
+    EXPECT_EQ(StatusOf(answer), 400U) << answer;
+    EXPECT_EQ(CodeOf(answer), "bad-http") << answer;
+  }
+  EXPECT_EQ(CodeOf(Ask("POST", "/v1/notify", binary)), "bad-json");
+  ExpectAlive();
+}
+
+TEST_F(ControlServerTest, TellsAClientToGoOnWhenItAsks) {
+  RawClient client(m_Agent.SocketPath());
+  client.Send(
+      "POST /v1/notify HTTP/1.1\r\nConnection: close\r\nExpect: 100-continue\r\n"
+      "Content-Length: 10\r\n\r\n");
+  EXPECT_EQ(client.ReadUntil("\r\n\r\n"), "HTTP/1.1 100 Continue\r\n\r\n");
+  EXPECT_EQ(StatusOf(client.Send("{\"kind\":3}").ReadAll()), 200U);
+}
+
+TEST_F(ControlServerTest, AnswersRequestsOnOneConnectionInTheirOrder) {
+  RawClient client(m_Agent.SocketPath());
+  for (const char* const method : {"GET", "PUT", "GET"}) {
+    client.Send(std::string(method) + " /v1/status HTTP/1.1\r\n\r\n");
+    const std::string header = client.ReadUntil("\r\n\r\n");
+    EXPECT_EQ(StatusOf(header), method == std::string("PUT") ? 405U : 200U);
+    EXPECT_EQ(header.find("Connection: close"), std::string::npos) << header;
+    (void)client.ReadUntil("}\n");
+  }
+  // Also when they come all at once.
+  const std::string answers = client
+                                  .Send(
+                                      "GET /v1/status HTTP/1.1\r\n\r\n"
+                                      "PUT /v1/status HTTP/1.1\r\nContent-Length: 2\r\n\r\n{}"
+                                      "GET /v1/nothing HTTP/1.1\r\nConnection: close\r\n\r\n"
+                                      "GET /v1/status HTTP/1.1\r\n\r\n")
+                                  .ReadAll();
+  const std::size_t second = answers.find("HTTP/1.1 405");
+  EXPECT_EQ(StatusOf(answers), 200U);
+  EXPECT_NE(second, std::string::npos) << answers;
+  EXPECT_GT(answers.find("HTTP/1.1 404"), second) << answers;
+  EXPECT_EQ(answers.rfind("HTTP/1.1"), answers.find("HTTP/1.1 404")) << "and no more: " << answers;
+  EXPECT_EQ(m_Agent.m_Server->Count().m_Requests, 6U);
+  EXPECT_EQ(m_Agent.m_Server->Count().m_Errors, 3U);
+}
+
+TEST_F(ControlServerTest, ClosesTheConnectionWhenTheClientSpeaksAnOlderHttp) {
+  RawClient client(m_Agent.SocketPath());
+  const std::string answer = client.Send("GET /v1/status HTTP/1.0\r\n\r\n").ReadAll();
+  EXPECT_EQ(StatusOf(answer), 200U);
+  EXPECT_NE(answer.find("Connection: close\r\n"), std::string::npos) << answer;
+}
+
+TEST_F(ControlServerTest, ClosesAConnectionOnWhichNothingFollows) {
+  RawClient client(m_Agent.SocketPath());
+  client.Send("GET /v1/status HTTP/1.1\r\n\r\n");
+  (void)client.ReadUntil("}\n");
+  EXPECT_EQ(client.ReadAll(), "") << "nobody asked, so nobody is answered";
+}
+
+TEST_F(ControlServerTest, BoundsTheRequestsOnAConnection) {
+  RawClient client(m_Agent.SocketPath());
+  for (unsigned number = 1; number < ControlServer::MaxRequests; ++number) {
+    client.Send("GET /v1/status HTTP/1.1\r\n\r\n");
+    ASSERT_EQ(client.ReadUntil("\r\n\r\n").find("Connection: close"), std::string::npos) << number;
+    (void)client.ReadUntil("}\n");
+  }
+  const std::string last = client.Send("GET /v1/status HTTP/1.1\r\n\r\n").ReadAll();
+  EXPECT_NE(last.find("Connection: close\r\n"), std::string::npos) << last;
+}
+
+// Whoever keeps a connection to think about the next request keeps nobody else out.
+TEST_F(ControlServerTest, KeepsNoConnectionsWhenThereAreMany) {
+  std::vector<std::unique_ptr<RawClient>> clients;
+  unsigned kept = 0;
+  for (unsigned number = 0; number < 2 * ControlServer::MaxConnections; ++number) {
+    clients.push_back(std::make_unique<RawClient>(m_Agent.SocketPath()));
+    clients.back()->Send("GET /v1/status HTTP/1.1\r\n\r\n");
+    const std::string header = clients.back()->ReadUntil("\r\n\r\n");
+    ASSERT_EQ(StatusOf(header), 200U) << number;
+    if (header.find("Connection: close") == std::string::npos) {
+      ++kept;
+    } else {
+      clients.pop_back();
+    }
+  }
+  EXPECT_EQ(kept, ControlServer::MaxKeptConnections);
+}
+
+TEST_F(ControlServerTest, SlowClientsAreAnsweredWithTheirErrorAndHurtNobody) {
+  std::vector<std::unique_ptr<RawClient>> slow;
+  for (int number = 0; number < 20; ++number) {
+    slow.push_back(std::make_unique<RawClient>(m_Agent.SocketPath()));
+    slow.back()->Send("POST /v1/notify HTTP/1.1\r\nContent-Length: 5\r\n\r\n{");
+  }
+  // Far less than the time that a slow client is given: nobody waits for it.
+  for (int number = 0; number < 100; ++number) {
+    ExpectAlive();
+  }
+  EXPECT_GE(m_Agent.m_Server->Count().m_Connections, 20U) << "the slow ones are still there";
+  for (const auto& client : slow) {
+    const std::string answer = client->ReadAll();
+    EXPECT_EQ(StatusOf(answer), 408U) << answer;
+  }
+}
+
+TEST_F(ControlServerTest, ManyClientsAtOnceAreEachAnswered) {
+  std::vector<std::thread> threads;
+  std::atomic<int> answered{0};
+  for (int number = 0; number < 16; ++number) {
+    threads.emplace_back([&] {
+      for (int round = 0; round < 50; ++round) {
+        const std::string answer =
+            Ask("POST", "/v1/one/INoxTaskScheduler/GetTaskAttributes", R"({"taskId":"a"})");
+        answered += StatusOf(answer) == 200 ? 1 : 0;
+      }
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(answered, 16 * 50);
+  EXPECT_EQ(m_Agent.m_Server->Count().m_Requests, 16U * 50U);
+}
+
+TEST_F(ControlServerTest, TellsClientsPastTheLimitToComeAgain) {
+  std::vector<std::unique_ptr<RawClient>> clients;
+  for (unsigned number = 0; number < ControlServer::MaxConnections; ++number) {
+    clients.push_back(std::make_unique<RawClient>(m_Agent.SocketPath()));
+    clients.back()->Send("GET ");
+  }
+  while (m_Agent.m_Server->Count().m_Connections < ControlServer::MaxConnections) {
+    std::this_thread::yield();
+  }
+  const std::string answer = Ask("GET", "/v1/status");
+  EXPECT_EQ(StatusOf(answer), 503U);
+  EXPECT_EQ(CodeOf(answer), "too-many-connections");
+  clients.clear();
+  while (m_Agent.m_Server->Count().m_Connections > 0) {
+    std::this_thread::yield();
+  }
+  ExpectAlive();
+}
+
+// Past both limits connections are closed without a word; the agent takes no harm.
+TEST_F(ControlServerTest, SurvivesAFloodOfConnections) {
+  std::vector<std::unique_ptr<RawClient>> clients;
+  for (unsigned number = 0; number < 300; ++number) {
+    clients.push_back(std::make_unique<RawClient>(m_Agent.SocketPath()));
+  }
+  clients.clear();
+  while (m_Agent.m_Server->Count().m_Connections > 0) {
+    std::this_thread::yield();
+  }
+  ExpectAlive();
+}
+
+TEST_F(ControlServerTest, StreamsNotificationsAsLines) {
+  RawClient client(m_Agent.SocketPath());
+  client.Send("GET /v1/notifications HTTP/1.1\r\n\r\n");
+  const std::string header = client.ReadUntil("\r\n\r\n");
+  EXPECT_EQ(StatusOf(header), 200U);
+  EXPECT_NE(header.find("Content-Type: application/x-ndjson\r\n"), std::string::npos);
+  (void)Ask("POST", "/v1/one/INoxTaskScheduler/DeleteTask", R"({"taskId":"gone"})");
+  (void)Ask("POST", "/v1/notify", R"({"kind":10,"code":300,"text":"a\nb"})");
+  const auto next = [&client] {
+    (void)client.ReadUntil("\r\n");
+    const std::string line = client.ReadUntil("\r\n");
+    EXPECT_EQ(line[line.size() - 3], '\n') << line;
+    return json::parse(line);
+  };
+  const json first = next();
+  EXPECT_EQ(first["code"], 101);
+  EXPECT_EQ(first["id"], "gone");
+  EXPECT_TRUE(first["time"].is_number_integer());
+  const json second = next();
+  EXPECT_EQ(second["code"], 300);
+  EXPECT_EQ(second["text"], "a\nb");
+  EXPECT_FALSE(second.contains("id"));
+}
+
+TEST_F(ControlServerTest, DropsStreamsWhoseClientsDoNotRead) {
+  RawClient slow(m_Agent.SocketPath());
+  slow.Send("GET /v1/notifications HTTP/1.1\r\n\r\n");
+  (void)slow.ReadUntil("\r\n\r\n");
+  const BaseSDK::AString text(std::wstring(1000, L'x'));
+  while (m_Agent.m_Server->Count().m_Streams > 0) {
+    (void)m_Agent.m_Notifications.Post(300, text);
+    m_Agent.Settle();
+  }
+  EXPECT_EQ(m_Agent.m_Server->Count().m_Dropped, 1U);
+  ExpectAlive();
+}
+
+TEST_F(ControlServerTest, BoundsTheStreamsAndNoticesWhenClientsLeave) {
+  std::vector<std::unique_ptr<RawClient>> clients;
+  for (unsigned number = 0; number < ControlServer::MaxStreams; ++number) {
+    clients.push_back(std::make_unique<RawClient>(m_Agent.SocketPath()));
+    clients.back()->Send("GET /v1/notifications HTTP/1.1\r\n\r\n");
+    (void)clients.back()->ReadUntil("\r\n\r\n");
+  }
+  const std::string answer = Ask("GET", "/v1/notifications");
+  EXPECT_EQ(StatusOf(answer), 503U);
+  EXPECT_EQ(CodeOf(answer), "too-many-streams");
+  clients.clear();
+  while (m_Agent.m_Server->Count().m_Streams > 0) {
+    std::this_thread::yield();
+  }
+  ExpectAlive();
+}
+
+TEST_F(ControlServerTest, StopAnswersWhatIsUnderWayAndEndsTheRest) {
+  RawClient stream(m_Agent.SocketPath());
+  stream.Send("GET /v1/notifications HTTP/1.1\r\n\r\n");
+  (void)stream.ReadUntil("\r\n\r\n");
+  RawClient idle(m_Agent.SocketPath());
+  idle.Send("GET ");
+  RawClient held(m_Agent.SocketPath());
+  held.Send(
+      RawClient::Request("POST", "/v1/one/INoxTaskScheduler/GetTaskXML", R"({"taskId":"hold"})"));
+  while (m_Agent.Report().find("holding") == std::string::npos) {
+    std::this_thread::yield();
+  }
+  EXPECT_FALSE(m_Agent.m_Server->Stop(10)) << "a request is under way";
+  EXPECT_EQ(idle.ReadAll(), "");
+  EXPECT_EQ(stream.ReadAll(), "0\r\n\r\n");
+  m_Agent.Release();
+  EXPECT_EQ(StatusOf(held.ReadAll()), 200U);
+  EXPECT_TRUE(m_Agent.m_Server->Stop(30000));
+}
+
+// A plug-in that does not come back holds the threads that answer. Whoever waits for one hears of
+// it, and what was not begun by then is never done.
+TEST_F(ControlServerTest, TellsWhoWaitsThatRequestsDoNotComeBack) {
+  const std::string operation = "/v1/one/INoxTaskScheduler/";
+  std::vector<std::unique_ptr<RawClient>> held;
+  for (unsigned number = 0; number < ControlServer::Workers; ++number) {
+    held.push_back(std::make_unique<RawClient>(m_Agent.SocketPath()));
+    held.back()->Send(RawClient::Request("POST", operation + "GetTaskXML", R"({"taskId":"hold"})"));
+  }
+  const auto isHeld = [this] {
+    unsigned count = 0;
+    const std::string report = m_Agent.Report();
+    for (std::size_t at = 0; (at = report.find("holding", at)) != std::string::npos; ++at) {
+      ++count;
+    }
+    return count == ControlServer::Workers;
+  };
+  while (!isHeld()) {
+    std::this_thread::yield();
+  }
+  RawClient waiting(m_Agent.SocketPath());
+  waiting.Send(RawClient::Request("POST", operation + "SetRunState",
+                                  R"({"taskId":"task_file_extension","runState":"Ok"})"));
+  const std::string answer = Ask("GET", "/v1/status");
+  EXPECT_EQ(StatusOf(answer), 503U);
+  EXPECT_EQ(CodeOf(answer), "busy");
+  EXPECT_EQ(CodeOf(waiting.ReadAll()), "busy");
+  // Open for writing until the last of them has come there to read.
+  const int pipe = ::open((m_Agent.m_Dir / "hold").c_str(), O_RDWR | O_CLOEXEC);
+  for (const auto& client : held) {
+    EXPECT_EQ(StatusOf(client->ReadAll()), 200U);
+  }
+  (void)::close(pipe);
+  ExpectAlive();
+  EXPECT_EQ(m_Agent.Report().find("setting:"), std::string::npos) << m_Agent.Report();
+}
+
+long ResidentKilobytes() {
+  std::ifstream status("/proc/self/statm");
+  long total = 0;
+  long resident = 0;
+  status >> total >> resident;
+  return resident * 4;
+}
+
+TEST_F(ControlServerTest, MemoryStaysLevelUnderHostileRequests) {
+  const auto round = [this] {
+    (void)Ask("POST", "/v1/notify", std::string(ControlServer::MaxBodyBytes + 1, 'x'));
+    (void)Ask("POST", "/v1/notify", std::string(1000000, '['));
+    (void)Raw("POST /v1/notify HTTP/1.1\r\nContent-Length: 1000000\r\n\r\n" +
+              std::string(500000, 'x'));
+    (void)Ask("POST", "/v1/one/INoxTaskScheduler/AddTask",
+              json{{"taskId", "a"}, {"taskXml", std::string(1000000, '<')}}.dump());
+  };
+  for (int number = 0; number < 10; ++number) {
+    round();
+  }
+  const long before = ResidentKilobytes();
+  for (int number = 0; number < 40; ++number) {
+    round();
+  }
+  // A leak of the bodies of a round would be more than 100 MiB.
+  EXPECT_LT(ResidentKilobytes() - before, 20 * 1024);
+}
+
+}  // namespace
+}  // namespace NoxAgent

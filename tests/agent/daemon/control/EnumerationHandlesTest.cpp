@@ -1,0 +1,111 @@
+#include "agent/daemon/control/EnumerationHandles.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <thread>
+
+#include "tests/agent/daemon/TestAgent.h"
+
+using nlohmann::json;
+
+namespace NoxAgent {
+namespace {
+
+class EnumerationHandlesTest : public testing::Test {
+ protected:
+  EnumerationHandlesTest() { m_Agent.Add("one").Add("two").Load(); }
+
+  std::string Open(const std::string& plugin = "one") {
+    return m_Agent.Call("FindFirstTask", json::object(), plugin)["out"]["handle"];
+  }
+  std::string ErrorOf(const std::string& operation, const json& handle,
+                      const std::string& plugin = "one") {
+    const json answer = m_Agent.Call(operation, {{"handle", handle}}, plugin);
+    return answer.value("/error/code"_json_pointer, "");
+  }
+
+  TestAgent m_Agent;
+};
+
+TEST_F(EnumerationHandlesTest, ClientsGetTokensAndNeverTheHandle) {
+  const json first = m_Agent.Call("FindFirstTask", json::object());
+  EXPECT_EQ(first["out"]["taskId"], "first");
+  const std::string token = first["out"]["handle"];
+  EXPECT_EQ(token.size(), 32U);
+  const json next = m_Agent.Call("FindNextTask", {{"handle", token}});
+  EXPECT_EQ(next, (json{{"result", 1}, {"out", {{"taskId", "next"}}}}));
+  EXPECT_EQ(m_Agent.Call("FindClose", {{"handle", token}})["result"], 0);
+  EXPECT_EQ(m_Agent.m_Handles.Count(), 0U);
+}
+
+// The plug-in of these tests ends the process when it gets a handle that it has not given out.
+TEST_F(EnumerationHandlesTest, UnknownTokensNeverReachThePlugin) {
+  const std::string token = Open();
+  for (const json& bad : {json("1"), json(""), json(0), json(std::string(32, '0')),
+                          json(token.substr(1)), json(token + "0")}) {
+    EXPECT_EQ(ErrorOf("FindNextTask", bad), "unknown-handle") << bad;
+    EXPECT_EQ(ErrorOf("FindClose", bad), "unknown-handle") << bad;
+  }
+  for (const json& bad : {json(1), json(true), json(nullptr), json::array(), json(135678912)}) {
+    EXPECT_EQ(ErrorOf("FindNextTask", bad), "mistyped-argument") << bad;
+  }
+  EXPECT_EQ(ErrorOf("FindNextTask", token, "two"), "unknown-handle") << "another plug-in's";
+  EXPECT_EQ(ErrorOf("FindClose", token), "");
+  EXPECT_EQ(ErrorOf("FindClose", token), "unknown-handle") << "closed twice";
+  EXPECT_EQ(ErrorOf("FindNextTask", token), "unknown-handle");
+}
+
+TEST_F(EnumerationHandlesTest, AnEnumerationBeginsWithoutAHandle) {
+  EXPECT_EQ(ErrorOf("FindFirstTask", "abc"), "handle-not-empty");
+  EXPECT_EQ(ErrorOf("FindFirstTask", 0), "");
+  EXPECT_EQ(ErrorOf("FindFirstTask", ""), "");
+}
+
+TEST_F(EnumerationHandlesTest, BoundsHowManyAreOpen) {
+  std::set<std::string> tokens;
+  for (std::size_t count = 0; count < EnumerationHandles::MaxOpen; ++count) {
+    tokens.insert(Open());
+  }
+  EXPECT_EQ(tokens.size(), EnumerationHandles::MaxOpen);
+  EXPECT_EQ(ErrorOf("FindFirstTask", ""), "too-many-enumerations");
+  EXPECT_EQ(ErrorOf("FindClose", *tokens.begin()), "");
+  EXPECT_EQ(ErrorOf("FindFirstTask", ""), "");
+}
+
+TEST_F(EnumerationHandlesTest, ClosesWhatClientsLeaveOpen) {
+  const std::string abandoned = Open();
+  const auto now = EnumerationHandles::Clock::now();
+  m_Agent.m_Handles.CloseIdle(now);
+  EXPECT_EQ(m_Agent.m_Handles.Count(), 1U);
+  m_Agent.m_Handles.CloseIdle(now + EnumerationHandles::MaxIdle);
+  EXPECT_EQ(m_Agent.m_Handles.Count(), 0U);
+  EXPECT_NE(m_Agent.Report().find("closed; 0 open\n"), std::string::npos) << m_Agent.Report();
+  EXPECT_EQ(ErrorOf("FindNextTask", abandoned), "unknown-handle");
+}
+
+TEST_F(EnumerationHandlesTest, ClosesAllWithTheAgent) {
+  (void)Open();
+  (void)Open("two");
+  m_Agent.m_Handles.CloseAll();
+  EXPECT_EQ(m_Agent.m_Handles.Count(), 0U);
+  EXPECT_NE(m_Agent.Report("two").find("closed; 0 open\n"), std::string::npos);
+}
+
+TEST_F(EnumerationHandlesTest, OneRequestAtATimeUsesAnEnumeration) {
+  const std::string token = Open();
+  const auto plugin = m_Agent.m_Plugins.Find("one");
+  const auto now = EnumerationHandles::Clock::now();
+  {
+    const EnumerationHandles::Use use(m_Agent.m_Handles, *plugin, token, now);
+    EXPECT_EQ(ErrorOf("FindNextTask", token), "handle-in-use");
+    EXPECT_EQ(ErrorOf("FindClose", token), "handle-in-use");
+    m_Agent.m_Handles.CloseIdle(now + EnumerationHandles::MaxIdle);
+    m_Agent.m_Handles.CloseAll();
+    EXPECT_EQ(m_Agent.m_Handles.Count(), 1U) << "in use is not idle";
+  }
+  EXPECT_EQ(ErrorOf("FindClose", token), "");
+}
+
+}  // namespace
+}  // namespace NoxAgent

@@ -1,0 +1,38 @@
+#include "agent/daemon/control/PeerCheck.h"
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace NoxAgent {
+namespace {
+
+constexpr uid_t kStranger = 54321;
+
+TEST(PeerCheck, AdmitsRootAndTheAgentsOwnUser) {
+  const PeerCheck check(std::nullopt);
+  const gid_t groups[] = {54321};
+  EXPECT_TRUE(check.Admits(0, groups, 1));
+  EXPECT_TRUE(check.Admits(::geteuid(), groups, 1));
+  EXPECT_FALSE(check.Admits(kStranger, groups, 1));
+}
+
+TEST(PeerCheck, AdmitsTheMembersOfTheGroup) {
+  const PeerCheck check(gid_t{77});
+  const gid_t groups[] = {5, 77, 9};
+  EXPECT_TRUE(check.Admits(kStranger, groups, 3));
+  EXPECT_FALSE(check.Admits(kStranger, groups, 1));
+  EXPECT_FALSE(check.Admits(kStranger, groups, 0));
+}
+
+TEST(PeerCheck, AsksTheKernelWhoConnected) {
+  int fds[2];
+  ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, fds), 0);
+  EXPECT_TRUE(PeerCheck(std::nullopt).Admits(fds[0]));
+  (void)::close(fds[1]);
+  (void)::close(fds[0]);
+  EXPECT_FALSE(PeerCheck(std::nullopt).Admits(-1));
+}
+
+}  // namespace
+}  // namespace NoxAgent
