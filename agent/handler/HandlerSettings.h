@@ -1,0 +1,19 @@
+#pragma once
+
+#include <BaseSDK/AString.h>
+
+#include <chrono>
+#include <cstddef>
+
+/// What the plug-in's configuration says. Directories are absolute and exist.
+struct CHandlerSettings {
+  BaseSDK::AString m_JobPath;     ///< job files, "<task ID>.job"
+  BaseSDK::AString m_OutputPath;  ///< outputs, "<task ID>.log"
+  BaseSDK::AString m_RecordPath;  ///< records of runs under way
+  BaseSDK::AString m_SchedulerClassId;
+  std::chrono::milliseconds m_KillGrace{5000};  ///< from TERM to KILL
+  /// How long killed processes may take to be gone.
+  static constexpr std::chrono::seconds AfterKill{2};
+  /// How many runs go on at the same time; each takes three descriptors of the usual 1024.
+  std::size_t m_MaxRuns = 200;
+};

@@ -1,0 +1,81 @@
+#include "agent/handler/SettingsReader.h"
+
+#include <AgentSDK/APluginMgr.h>
+#include <BaseSDK/AGuid.h>
+
+#include <filesystem>
+#include <stdexcept>
+#include <system_error>
+
+using BaseSDK::AString;
+
+namespace {
+
+constexpr const char* kSchedulerClassId = "{5E0C8B0E-8A57-4D0B-9A7B-0B6E6F1D2A31}";
+constexpr long kGraceSeconds = 5;
+constexpr long kMaxGraceSeconds = 3600;
+constexpr long kMaxRuns = 200;
+constexpr long kMaxMaxRuns = 100000;
+
+[[noreturn]] void Refuse(const AString& key, const AString& reason) {
+  throw std::runtime_error(AString("%1: %2").Arg(key, reason).ToUtf8());
+}
+
+AString Value(const char* key, const AString& fallback = AString()) {
+  return AgentSDK::APluginMgr().GetConfigString("Configuration", key, fallback);
+}
+
+AString ReadDirectory(const char* key, const AString& path) {
+  if (path.IsEmpty()) {
+    Refuse(key, "the configuration does not say which directory");
+  }
+  if (path[0] != L'/') {
+    Refuse(key, AString("\"%1\" is not an absolute path").Arg(path));
+  }
+  std::error_code error;
+  (void)std::filesystem::create_directories(path.ToUtf8(), error);
+  if (error) {
+    Refuse(key, AString("cannot make the directory %1: %2").Arg(path, error.message().c_str()));
+  }
+  return path;
+}
+
+long Number(const char* key, long fallback, long least, long most) {
+  const AString text = Value(key, AString().SetNum(fallback, 'd'));
+  const long number = text.ToLong();
+  if (number < least || number > most || AString().SetNum(number, 'd') != text) {
+    Refuse(key, AString("\"%1\" is not a number from %2 to %3")
+                    .Arg(text, AString().SetNum(least, 'd'), AString().SetNum(most, 'd')));
+  }
+  return number;
+}
+
+AString SchedulerClassId() {
+  const char* const key = "scheduler_class_id";
+  const AString text = Value(key, kSchedulerClassId);
+  if (!BaseSDK::AGuid(text).IsValid()) {
+    Refuse(key,
+           AString("\"%1\" is not a class identifier, such as %2").Arg(text, kSchedulerClassId));
+  }
+  return text;
+}
+
+}  // namespace
+
+CHandlerSettings ReadHandlerSettings() {
+  // All keys are read before any is judged: the agent takes one that was not asked for as unknown.
+  const AString jobPath = Value("job_path");
+  const AString outputPath = Value("output_path");
+  const AString recordPath = Value("record_path");
+  const long grace = Number("kill_grace_seconds", kGraceSeconds, 0, kMaxGraceSeconds);
+  const long maxRuns = Number("max_runs", kMaxRuns, 1, kMaxMaxRuns);
+  CHandlerSettings settings;
+  settings.m_SchedulerClassId = SchedulerClassId();
+  settings.m_KillGrace = std::chrono::seconds(grace);
+  settings.m_MaxRuns = static_cast<std::size_t>(maxRuns);
+  settings.m_JobPath = ReadDirectory("job_path", jobPath);
+  settings.m_OutputPath = ReadDirectory("output_path", outputPath);
+  settings.m_RecordPath = ReadDirectory(
+      "record_path", recordPath.IsEmpty() ? settings.m_OutputPath + "/.running" : recordPath);
+  return settings;
+}

@@ -1,0 +1,207 @@
+#include "agent/handler/job/Job.h"
+
+#include <BaseSDK/AIniText.h>
+#include <BaseSDK/AUtf8Encoding.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <optional>
+
+#include "agent/handler/job/Words.h"
+#include "agent/handler/system/FileDescriptor.h"
+
+using BaseSDK::AIniText;
+using BaseSDK::AString;
+
+namespace {
+
+constexpr std::size_t kMaxFileBytes = 64 * 1024;
+constexpr long kMaxTimeoutSeconds = 10L * 365 * 86400;
+
+// "90" and "90s" are seconds, "5m" minutes, "2h" hours.
+std::optional<long> ParseSeconds(const AString& text) {
+  long factor = 1;
+  AString digits = text;
+  if (const wchar_t unit = text.IsEmpty() ? L'\0' : text[text.Length() - 1];
+      unit == L's' || unit == L'm' || unit == L'h') {
+    factor = unit == L'h' ? 3600 : unit == L'm' ? 60 : 1;
+    digits = text.Left(text.Length() - 1);
+  }
+  const bool isNumber =
+      !digits.IsEmpty() && digits.Str().find_first_not_of(L"0123456789") == std::wstring::npos;
+  const long number = digits.ToLong();
+  if (!isNumber || number > kMaxTimeoutSeconds / factor) {
+    return std::nullopt;
+  }
+  return number * factor;
+}
+
+bool IsVariableName(const AString& name) {
+  constexpr const wchar_t* kLetters = L"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_";
+  const std::wstring rest = std::wstring(kLetters) + L"0123456789";
+  return !name.IsEmpty() && std::wstring(kLetters).find(name[0]) != std::wstring::npos &&
+         name.Str().find_first_not_of(rest) == std::wstring::npos;
+}
+
+// One key at a time into the job; the reason when the value will not do, else empty.
+class JobReader {
+ public:
+  AString Take(const AString& section, const AIniText::Entry& entry) {
+    if (section == AString("Environment")) {
+      return TakeVariable(entry);
+    }
+    if (section != AString("Job")) {
+      return AString("unknown section \"%1\" (known: Job, Environment)").Arg(section);
+    }
+    for (const auto& [name, take] : kKeys) {
+      if (entry.m_Key == AString(name)) {
+        const AString reason = (this->*take)(entry.m_Value);
+        return reason.IsEmpty() ? reason : AString("%1: %2").Arg(entry.m_Key, reason);
+      }
+    }
+    return AString(
+               "unknown key \"%1\" (known: command, arguments, user, directory, timeout, "
+               "overlap)")
+        .Arg(entry.m_Key);
+  }
+
+  CJob m_Job;
+
+ private:
+  using TakeValue = AString (JobReader::*)(const AString&);
+  struct Key {
+    const char* m_Name;
+    TakeValue m_Take;
+  };
+  static const std::array<Key, 6> kKeys;
+
+  AString TakeCommand(const AString& value) {
+    m_Job.m_Command = value.ToUtf8();
+    const bool isPath = m_Job.m_Command.find('/') != std::string::npos;
+    if (value.IsEmpty() || (isPath && value[0] != L'/')) {
+      return "is to be an absolute path or the bare name of a program";
+    }
+    return AString();
+  }
+
+  AString TakeArguments(const AString& value) {
+    auto words = SplitWords(value.ToUtf8());
+    if (!words) {
+      return "a quote is not closed, or the text ends with a backslash";
+    }
+    m_Job.m_Arguments = std::move(*words);
+    return AString();
+  }
+
+  AString TakeUser(const AString& value) {
+    m_Job.m_User = value.ToUtf8();
+    return value.IsEmpty() ? AString("a user's name is missing") : AString();
+  }
+
+  AString TakeDirectory(const AString& value) {
+    m_Job.m_Directory = value.ToUtf8();
+    return value[0] == L'/' ? AString() : AString("is to be an absolute path");
+  }
+
+  AString TakeTimeout(const AString& value) {
+    const auto seconds = ParseSeconds(value);
+    m_Job.m_TimeoutSeconds = seconds.value_or(0);
+    return seconds ? AString()
+                   : AString("is to be a number of seconds, or a number with s, m or h after it");
+  }
+
+  AString TakeOverlap(const AString& value) {
+    const auto overlap = ParseOverlap(value);
+    m_Job.m_Overlap = overlap.value_or(EOverlap::Skip);
+    return overlap ? AString() : AString("is to be skip, queue or kill");
+  }
+
+  AString TakeVariable(const AIniText::Entry& entry) {
+    m_Job.m_Environment[entry.m_Key.ToUtf8()] = entry.m_Value.ToUtf8();
+    return IsVariableName(entry.m_Key)
+               ? AString()
+               : AString("\"%1\" is no name for a variable").Arg(entry.m_Key);
+  }
+};
+
+const std::array<JobReader::Key, 6> JobReader::kKeys{{{"command", &JobReader::TakeCommand},
+                                                      {"arguments", &JobReader::TakeArguments},
+                                                      {"user", &JobReader::TakeUser},
+                                                      {"directory", &JobReader::TakeDirectory},
+                                                      {"timeout", &JobReader::TakeTimeout},
+                                                      {"overlap", &JobReader::TakeOverlap}}};
+
+CJob ReadJob(const AIniText& ini) {
+  JobReader reader;
+  for (const AIniText::Section& section : ini.Sections()) {
+    for (const AIniText::Entry& entry : section.m_Entries) {
+      if (const AString reason = reader.Take(section.m_Name, entry); !reason.IsEmpty()) {
+        throw ini.ErrorAt(entry.m_Line, reason);
+      }
+    }
+  }
+  return reader.m_Job;
+}
+
+CJobError SystemError(const AString& what, const AString& fileName) {
+  return CJobError(AString("cannot %1 the job file %2: %3").Arg(what, fileName, strerror(errno)));
+}
+
+void RefuseUnsafe(const AString& fileName, const struct stat& info) {
+  if (!S_ISREG(info.st_mode)) {
+    throw CJobError(AString("the job file %1 is not a regular file").Arg(fileName));
+  }
+  const bool othersWrite = (info.st_mode & (S_IWGRP | S_IWOTH)) != 0;
+  if (geteuid() == 0 && (info.st_uid != 0 || othersWrite)) {
+    throw CJobError(AString("the job file %1 is to belong to root and to be writable by root alone "
+                            "(chown root, chmod go-w), for it runs with root's rights")
+                        .Arg(fileName));
+  }
+}
+
+std::string ReadBytes(int fd, const AString& fileName) {
+  std::string bytes(kMaxFileBytes + 1, '\0');
+  std::size_t size = 0;
+  while (size < bytes.size()) {
+    const ssize_t got = read(fd, bytes.data() + size, bytes.size() - size);
+    if (got == 0) {
+      bytes.resize(size);
+      return bytes;
+    }
+    if (got < 0 && errno != EINTR) {
+      throw SystemError("read", fileName);
+    }
+    size += got > 0 ? static_cast<std::size_t>(got) : 0;
+  }
+  throw CJobError(AString("the job file %1 is larger than 64 KiB").Arg(fileName));
+}
+
+}  // namespace
+
+CJob CJob::Parse(const AString& fileName, const AString& text) {
+  try {
+    const CJob job = ReadJob(AIniText(fileName, text));
+    if (job.m_Command.empty()) {
+      throw CJobError(AString("%1: the section \"Job\" has no \"command\"").Arg(fileName));
+    }
+    return job;
+  } catch (const BaseSDK::AIniError& error) {
+    throw CJobError(error.what());
+  }
+}
+
+CJob CJob::Load(const AString& fileName) {
+  const CFileDescriptor file(
+      open(fileName.ToUtf8().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  struct stat info {};
+  if (!file || fstat(file.Get(), &info) != 0) {
+    throw SystemError("open", fileName);
+  }
+  RefuseUnsafe(fileName, info);
+  const std::string bytes = ReadBytes(file.Get(), fileName);
+  return Parse(fileName, BaseSDK::AUtf8Encoding().Decode(bytes));
+}

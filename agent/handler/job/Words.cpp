@@ -1,0 +1,70 @@
+#include "agent/handler/job/Words.h"
+
+namespace {
+
+// Reads the text character by character; a word is there once it has a character or a quote.
+class WordReader {
+ public:
+  std::optional<std::vector<std::string>> Read(std::string_view text) {
+    for (const char character : text) {
+      Take(character);
+    }
+    if (m_Escaped || m_Quote != '\0') {
+      return std::nullopt;
+    }
+    EndWord();
+    return std::move(m_Words);
+  }
+
+ private:
+  void Take(char character) {
+    if (m_Escaped) {
+      m_Escaped = false;
+      Add(character);
+    } else if (character == '\\' && m_Quote != '\'') {
+      m_Escaped = true;
+    } else if (m_Quote != '\0') {
+      TakeQuoted(character);
+    } else if (character == '\'' || character == '"') {
+      m_Quote = character;
+      m_InWord = true;
+    } else if (character == ' ' || character == '\t') {
+      EndWord();
+    } else {
+      Add(character);
+    }
+  }
+
+  void TakeQuoted(char character) {
+    if (character == m_Quote) {
+      m_Quote = '\0';
+    } else {
+      Add(character);
+    }
+  }
+
+  void Add(char character) {
+    m_Word += character;
+    m_InWord = true;
+  }
+
+  void EndWord() {
+    if (m_InWord) {
+      m_Words.push_back(std::move(m_Word));
+    }
+    m_Word.clear();
+    m_InWord = false;
+  }
+
+  std::vector<std::string> m_Words;
+  std::string m_Word;
+  char m_Quote = '\0';
+  bool m_InWord = false;
+  bool m_Escaped = false;
+};
+
+}  // namespace
+
+std::optional<std::vector<std::string>> SplitWords(std::string_view text) {
+  return WordReader().Read(text);
+}
