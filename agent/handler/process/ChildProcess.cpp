@@ -1,0 +1,147 @@
+#include "agent/handler/process/ChildProcess.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+
+#include "agent/handler/process/ChildStart.h"
+#include "agent/handler/system/ProcessHandle.h"
+
+using BaseSDK::AString;
+
+namespace {
+
+CJobError SystemError(const char* action) {
+  return CJobError(AString("cannot %1: %2").Arg(action, strerror(errno)));
+}
+
+CFileDescriptor OutOfTheWay(CFileDescriptor fd) {
+  if (!fd || fd.Get() >= CChildStart::FirstFree) {
+    return fd;
+  }
+  return CFileDescriptor(fcntl(fd.Get(), F_DUPFD_CLOEXEC, CChildStart::FirstFree));
+}
+
+struct Pipe {
+  CFileDescriptor m_Read;
+  CFileDescriptor m_Write;
+};
+
+Pipe MakePipe() {
+  int fds[2] = {-1, -1};
+  if (pipe2(fds, O_CLOEXEC) != 0) {
+    throw SystemError("make a pipe");
+  }
+  Pipe pipe{OutOfTheWay(CFileDescriptor(fds[0])), OutOfTheWay(CFileDescriptor(fds[1]))};
+  if (!pipe.m_Read || !pipe.m_Write) {
+    throw SystemError("make a pipe");
+  }
+  return pipe;
+}
+
+void SetNonBlocking(const CFileDescriptor& fd) {
+  if (fcntl(fd.Get(), F_SETFL, O_NONBLOCK) != 0) {
+    throw SystemError("set up a pipe");
+  }
+}
+
+// No handler of the agent may run in the new process, so none gets the chance: signals stay blocked
+// there until they are reset.
+pid_t ForkWithSignalsBlocked(const CChildStart& start) {
+  sigset_t all;
+  sigset_t before;
+  (void)sigfillset(&all);
+  (void)pthread_sigmask(SIG_SETMASK, &all, &before);
+  const pid_t pid = fork();
+  if (pid == 0) {
+    start.Run();
+  }
+  const int error = errno;
+  (void)pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  errno = error;
+  return pid;
+}
+
+AString DescribeFailure(const CChildStart::CFailure& failure) {
+  const AString reason = strerror(failure.m_Errno);
+  switch (failure.m_Stage) {
+    case CChildStart::User:
+      return AString("cannot become the job's user: %1").Arg(reason);
+    case CChildStart::Directory:
+      return AString("cannot enter the job's directory: %1").Arg(reason);
+    case CChildStart::Program:
+      return AString("cannot run the job's command: %1").Arg(reason);
+    case CChildStart::Streams:
+      break;
+  }
+  return AString("cannot set up the command's input and output: %1").Arg(reason);
+}
+
+}  // namespace
+
+CChildProcess::CChildProcess(const CLaunch& launch) {
+  Pipe go = MakePipe();
+  Pipe output = MakePipe();
+  Pipe failure = MakePipe();
+  const CFileDescriptor null = OutOfTheWay(CFileDescriptor(open("/dev/null", O_RDWR | O_CLOEXEC)));
+  if (!null) {
+    throw SystemError("open /dev/null");
+  }
+  SetNonBlocking(output.m_Read);
+  SetNonBlocking(failure.m_Read);
+  const CChildStart start(
+      launch, {go.m_Read.Get(), null.Get(), output.m_Write.Get(), failure.m_Write.Get()});
+  m_Pid = ForkWithSignalsBlocked(start);
+  if (m_Pid < 0) {
+    throw SystemError("make a process");
+  }
+  m_Output = std::move(output.m_Read);
+  m_Failure = std::move(failure.m_Read);
+  m_PidFd = CProcessHandle::Open(m_Pid);
+  if (!m_PidFd) {
+    const CJobError error = SystemError("watch the new process");
+    go.m_Write.Close();
+    (void)waitpid(m_Pid, nullptr, 0);  // it ends at once, for it never got to go
+    throw error;
+  }
+  m_Go = std::move(go.m_Write);
+}
+
+CChildProcess::~CChildProcess() {
+  const bool mayRun = !m_Go;  // else it ends at once, for it never got to go
+  m_Go.Close();
+  if (m_Pid > 0) {
+    (void)waitpid(m_Pid, nullptr, mayRun ? WNOHANG : 0);
+  }
+}
+
+void CChildProcess::Go() {
+  (void)!write(m_Go.Get(), "g", 1);  // it can only fail when the process was killed meanwhile
+  m_Go.Close();
+}
+
+std::optional<CChildProcess::CEnd> CChildProcess::End() const {
+  siginfo_t info{};
+  if (waitid(P_PID, static_cast<id_t>(m_Pid), &info, WEXITED | WNOHANG | WNOWAIT) != 0 ||
+      info.si_pid == 0) {
+    return std::nullopt;
+  }
+  return CEnd{info.si_code == CLD_EXITED, info.si_status};
+}
+
+AString CChildProcess::StartFailure() const {
+  CChildStart::CFailure failure{};
+  if (read(m_Failure.Get(), &failure, sizeof failure) != sizeof failure) {
+    return AString();
+  }
+  return DescribeFailure(failure);
+}
+
+void CChildProcess::Reap() {
+  (void)waitpid(m_Pid, nullptr, 0);
+  m_Pid = -1;
+}

@@ -1,0 +1,138 @@
+#include "agent/handler/process/ChildStart.h"
+
+#include <fcntl.h>
+#include <grp.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "agent/handler/process/Launch.h"
+
+namespace {
+
+// Where the new process has its own descriptors: right after the streams.
+constexpr int kFailureFd = 3;
+constexpr int kGoFd = 4;
+static_assert(CChildStart::FirstFree == kGoFd + 1);
+constexpr mode_t kUmask = 022;
+constexpr int kCannotStart = 127;  // the shell's exit status for the same case
+
+// What the kernel takes for a signal's action, at both word sizes; all zero is the default.
+struct KernelSigaction {
+  unsigned long m_Handler = 0;
+  unsigned long m_Flags = 0;
+  unsigned long m_Restorer = 0;
+  std::uint64_t m_Mask = 0;
+};
+constexpr unsigned long kKernelSignalSetBytes = 8;
+
+std::vector<char*> Pointers(const std::vector<std::string>& texts) {
+  std::vector<char*> pointers;
+  for (const std::string& text : texts) {
+    pointers.push_back(const_cast<char*>(text.c_str()));  // exec does not write there
+  }
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+}  // namespace
+
+CChildStart::CChildStart(const CLaunch& launch, const CDescriptors& descriptors)
+    : m_Launch(launch),
+      m_Descriptors(descriptors),
+      m_Arguments(Pointers(launch.m_Arguments)),
+      m_Environment(Pointers(launch.m_Environment)) {}
+
+void CChildStart::Run() const {
+  ConnectStreams();  // at once: copies of the agent's locks go with the other descriptors
+  (void)setsid();    // cannot fail: a new process leads no group
+  ResetSignals();
+  AwaitGo();
+  BecomeUser();
+  EnterDirectory();
+  Execute();
+  _exit(kCannotStart);
+}
+
+// By the system call itself: the C library guards the two signals that it keeps for itself, and
+// where the agent was spawned by a program that uses the same library, they are ignored.
+void CChildStart::ResetSignals() const {
+  const KernelSigaction defaultAction{};
+  for (int number = 1; number < NSIG; ++number) {
+    // Those that cannot be changed are as they should be.
+    (void)syscall(SYS_rt_sigaction, number, &defaultAction, nullptr, kKernelSignalSetBytes);
+  }
+  sigset_t none;
+  (void)sigemptyset(&none);
+  (void)sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+void CChildStart::AwaitGo() const {
+  char go = 0;
+  ssize_t got = 0;
+  do {
+    got = read(kGoFd, &go, 1);
+  } while (got < 0 && errno == EINTR);
+  if (got != 1) {
+    _exit(kCannotStart);  // the agent is gone, and with it who would watch the command
+  }
+}
+
+void CChildStart::ConnectStreams() const {
+  const bool connected = dup2(m_Descriptors.m_Null, STDIN_FILENO) >= 0 &&
+                         dup2(m_Descriptors.m_Output, STDOUT_FILENO) >= 0 &&
+                         dup2(m_Descriptors.m_Output, STDERR_FILENO) >= 0;
+  if (!connected) {
+    Fail(Streams, errno);
+  }
+  if (dup3(m_Descriptors.m_Failure, kFailureFd, O_CLOEXEC) < 0 ||
+      dup3(m_Descriptors.m_Go, kGoFd, O_CLOEXEC) < 0 || close_range(FirstFree, ~0U, 0) != 0) {
+    Fail(Streams, errno);
+  }
+}
+
+void CChildStart::BecomeUser() const {
+  (void)umask(kUmask);
+  const CAccount& account = m_Launch.m_Account;
+  if (!account.m_Switch) {
+    return;
+  }
+  if (setgroups(account.m_Groups.size(), account.m_Groups.data()) != 0 ||
+      setresgid(account.m_Gid, account.m_Gid, account.m_Gid) != 0 ||
+      setresuid(account.m_Uid, account.m_Uid, account.m_Uid) != 0) {
+    Fail(User, errno);
+  }
+}
+
+void CChildStart::EnterDirectory() const {
+  if (chdir(m_Launch.m_Directory.c_str()) == 0) {
+    return;
+  }
+  if (m_Launch.m_MustEnterDirectory || chdir("/") != 0) {
+    Fail(Directory, errno);
+  }
+}
+
+void CChildStart::Execute() const {
+  int error = ENOENT;
+  for (const std::string& candidate : m_Launch.m_Candidates) {
+    (void)execve(candidate.c_str(), m_Arguments.data(), m_Environment.data());
+    if (errno != ENOENT && errno != ENOTDIR) {
+      error = errno;
+    }
+  }
+  Fail(Program, error);
+}
+
+void CChildStart::Fail(Stage stage, int error) const {
+  const CFailure failure{stage, error};
+  const int fd = stage == Streams ? m_Descriptors.m_Failure : kFailureFd;
+  (void)!write(fd, &failure, sizeof failure);  // exit status 127 says it too
+  _exit(kCannotStart);
+}

@@ -1,0 +1,66 @@
+#include "agent/handler/process/Launch.h"
+
+#include <cstdlib>
+#include <map>
+
+namespace {
+
+constexpr const char* kDefaultPath = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
+
+using Variables = std::map<std::string, std::string>;
+
+Variables BaseEnvironment(const CAccount& account) {
+  Variables variables{{"PATH", kDefaultPath}};
+  for (const char* name : {"PATH", "LANG", "TZ"}) {
+    if (const char* value = std::getenv(name); value != nullptr && *value != '\0') {
+      variables[name] = value;
+    }
+  }
+  variables["HOME"] = account.m_Home.empty() ? "/" : account.m_Home;
+  variables["SHELL"] = account.m_Shell.empty() ? "/bin/sh" : account.m_Shell;
+  if (!account.m_Name.empty()) {
+    variables["USER"] = variables["LOGNAME"] = account.m_Name;
+  }
+  return variables;
+}
+
+std::vector<std::string> CandidatesFor(const std::string& command, const std::string& path) {
+  if (command.find('/') != std::string::npos) {
+    return {command};
+  }
+  std::vector<std::string> candidates;
+  std::size_t begin = 0;
+  while (begin <= path.size()) {
+    const std::size_t end = std::min(path.find(':', begin), path.size());
+    // An empty entry would stand for the working directory: not for a service.
+    if (end > begin) {
+      candidates.push_back(path.substr(begin, end - begin) + "/" + command);
+    }
+    begin = end + 1;
+  }
+  return candidates;
+}
+
+}  // namespace
+
+CLaunch::CLaunch(const CJob& job, const CTaskBatch::CEntry& entry, const std::string& token)
+    : m_Account(CAccount::Find(job.m_User)),
+      m_Arguments{job.m_Command},
+      m_Directory(job.m_Directory),
+      m_MustEnterDirectory(!job.m_Directory.empty()) {
+  m_Arguments.insert(m_Arguments.end(), job.m_Arguments.begin(), job.m_Arguments.end());
+  Variables variables = BaseEnvironment(m_Account);
+  for (const auto& [name, value] : job.m_Environment) {
+    variables[name] = value;
+  }
+  variables["NOX_TASK_ID"] = entry.m_TaskId.ToUtf8();
+  variables["NOX_LATE"] = entry.m_Late ? "1" : "0";
+  variables["NOX_RUN_ID"] = token;
+  for (const auto& [name, value] : variables) {
+    m_Environment.push_back(name + "=" + value);
+  }
+  m_Candidates = CandidatesFor(job.m_Command, variables["PATH"]);
+  if (m_Directory.empty()) {
+    m_Directory = variables["HOME"];
+  }
+}

@@ -1,0 +1,93 @@
+#include "agent/handler/system/ProcessTable.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <memory>
+#include <sstream>
+
+#include "agent/handler/system/FileDescriptor.h"
+
+namespace {
+
+// Files of /proc have no size to ask for; an empty text stands for a process that is gone.
+std::string ReadAll(const std::string& path) {
+  const CFileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  std::string text;
+  std::array<char, 4096> buffer;
+  while (file) {
+    const ssize_t got = read(file.Get(), buffer.data(), buffer.size());
+    if (got == 0 || (got < 0 && errno != EINTR)) {
+      break;
+    }
+    text.append(buffer.data(), got > 0 ? static_cast<std::size_t>(got) : 0);
+  }
+  return text;
+}
+
+std::string ProcPath(pid_t pid, const char* name) {
+  return "/proc/" + std::to_string(pid) + "/" + name;
+}
+
+struct CloseDirectory {
+  void operator()(DIR* directory) const { (void)closedir(directory); }
+};
+
+}  // namespace
+
+std::optional<CProcessTable::CProcess> CProcessTable::Find(pid_t pid) {
+  const std::string stat = ReadAll(ProcPath(pid, "stat"));
+  // The name in parentheses may hold anything, so the fields are those after the last one.
+  const std::size_t nameEnd = stat.rfind(')');
+  if (nameEnd == std::string::npos) {
+    return std::nullopt;
+  }
+  std::istringstream fields(stat.substr(nameEnd + 1));
+  CProcess process;
+  process.m_Pid = pid;
+  pid_t parent = 0;
+  fields >> process.m_State >> parent >> process.m_Group >> process.m_Session;
+  std::string ignored;
+  constexpr int kFieldsBeforeStart = 15;
+  for (int i = 0; i < kFieldsBeforeStart; ++i) {
+    fields >> ignored;
+  }
+  fields >> process.m_StartTicks;
+  return fields ? std::optional(process) : std::nullopt;
+}
+
+std::vector<CProcessTable::CProcess> CProcessTable::OfSession(pid_t session) {
+  std::vector<CProcess> processes;
+  const std::unique_ptr<DIR, CloseDirectory> proc(opendir("/proc"));
+  while (const dirent* entry = proc ? readdir(proc.get()) : nullptr) {
+    const char* const end = entry->d_name + strlen(entry->d_name);
+    pid_t pid = 0;
+    if (std::from_chars(entry->d_name, end, pid).ptr != end) {
+      continue;
+    }
+    const auto process = Find(pid);
+    if (process && process->m_Session == session && process->m_State != 'Z' &&
+        process->m_State != 'X') {
+      processes.push_back(*process);
+    }
+  }
+  return processes;
+}
+
+bool CProcessTable::HasVariable(pid_t pid, const std::string& variable) {
+  const std::string environment = '\0' + ReadAll(ProcPath(pid, "environ"));
+  return environment.find('\0' + variable + '\0') != std::string::npos;
+}
+
+std::string CProcessTable::BootId() {
+  std::string id = ReadAll("/proc/sys/kernel/random/boot_id");
+  while (!id.empty() && id.back() == '\n') {
+    id.pop_back();
+  }
+  return id;
+}
