@@ -1,0 +1,114 @@
+#include "agent/handler/CommandHandlerObject.h"
+
+#include <AgentInterfacesV3/INoxObject_impl.h>
+#include <AgentInterfacesV3/INoxScheduledTaskHandler.h>
+#include <AgentInterfacesV3/InterfaceIds.h>
+
+#include <cstring>
+#include <exception>
+
+#include "agent/handler/Log.h"
+#include "agent/handler/SettingsReader.h"
+
+using BaseSDK::AGuid;
+using BaseSDK::ALogger;
+using BaseSDK::AString;
+using namespace Corvane::AgentInterfacesV3;
+
+namespace {
+
+constexpr int kSuccess = 1;
+constexpr int kFailure = -1;
+constexpr int kFrameVersion = 3;
+
+}  // namespace
+
+CommandHandlerObject_i::CommandHandlerObject_i() = default;
+
+CommandHandlerObject_i::~CommandHandlerObject_i() = default;
+
+int CommandHandlerObject_i::ObjectDebugInfo(AString& report) {
+  const auto running =
+      m_Supervisor ? m_Supervisor->Running() : std::vector<CSupervisor::CRunning>();
+  report =
+      AString("Command handler: %1 running\n").Arg(DecimalText(static_cast<long>(running.size())));
+  for (const CSupervisor::CRunning& run : running) {
+    report += AString("  task '%1', process %2\n").Arg(run.m_TaskId, DecimalText(run.m_Pid));
+  }
+  return kSuccess;
+}
+
+// Runs go on through policy refreshes and the comings and goings of other plug-ins.
+int CommandHandlerObject_i::NotifyObject(long, long, const AString&) {
+  return 0;
+}
+
+long CommandHandlerObject_i::RunTasks(const AString& batch) {
+  return RunTasksEx(batch);
+}
+
+long CommandHandlerObject_i::RunTasksEx(const AString& batch) {
+  const CTaskBatch tasks = CTaskBatch::Parse(batch);
+  for (const AString& entry : tasks.m_Invalid) {
+    ALOG(HandlerLog(), ALogger::Error, HandlerSource,
+         AString("Cannot read the entry \"%1\" of a batch; nothing is run for it").Arg(entry));
+  }
+  if (m_Supervisor) {
+    m_Supervisor->Post(tasks.m_Entries);
+  }
+  return TASK_HANDLER_DECLINED;
+}
+
+int CommandHandlerObject_i::QueryInterface(const UUID& interfaceId, void*& object) {
+  return QueryInterface(AGuid(interfaceId), object);
+}
+
+int CommandHandlerObject_i::QueryInterface(const AGuid& interfaceId, void*& object) {
+  object = nullptr;
+  if (interfaceId == IID_INoxScheduledTaskHandler) {
+    object = static_cast<INoxScheduledTaskHandler_impl*>(this);
+  } else if (interfaceId == IID_INoxObject) {
+    object = static_cast<INoxObject_impl*>(this);
+  }
+  return object != nullptr ? 0 : kFailure;
+}
+
+int CommandHandlerObject_i::GetVersion() {
+  return kFrameVersion;
+}
+
+int CommandHandlerObject_i::Initialize() {
+  try {
+    auto supervisor = std::make_unique<CSupervisor>(ReadHandlerSettings());
+    supervisor->Start();
+    m_Supervisor = std::move(supervisor);
+    return kSuccess;
+  } catch (const std::exception& error) {
+    ALOG(HandlerLog(), ALogger::Error, HandlerSource,
+         AString("The command handler cannot start: %1").Arg(AString(error.what())));
+    return kFailure;
+  }
+}
+
+int CommandHandlerObject_i::Uninitialize(unsigned int forced) {
+  if (!m_Supervisor) {
+    return kSuccess;
+  }
+  if (forced == 0 && m_Supervisor->IsBusy()) {
+    return kFailure;
+  }
+  if (!m_Supervisor->Stop()) {
+    return kFailure;
+  }
+  m_Supervisor.reset();
+  return kSuccess;
+}
+
+int CommandHandlerObject_i::GetAttribute(const char* name, AString& value) {
+  if (strcmp(name, "InterfaceFactory") != 0) {
+    return kFailure;
+  }
+  INoxInterfaceFactory* const factory = this;
+  value.SetNum(reinterpret_cast<unsigned long>(factory), 'x');
+  return kSuccess;
+}

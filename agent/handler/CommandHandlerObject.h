@@ -1,0 +1,46 @@
+#pragma once
+
+#include "Common/PluginBase.h"
+
+#include <AgentInterfacesV3/INoxScheduledTaskHandler_impl.h>
+#include <BaseSDK/AGuid.h>
+#include <BaseSDK/AString.h>
+
+#include <memory>
+
+#include "agent/handler/run/Supervisor.h"
+
+/// The plug-in's server object: the task handler that runs commands. Its class identifier, its
+/// configuration and its job files are described in docs/command-handler.md.
+///
+/// It declines every batch, and means by it that it keeps the run states itself: accepting would
+/// have the scheduler record "Ok" while the commands still run. The scheduler has recorded
+/// "Started" by then; "Ok" or "Failed" follows when a command has ended.
+class CommandHandlerObject_i
+    : public virtual Corvane::AgentInterfacesV3::INoxScheduledTaskHandler_impl,
+      public APluginBase {
+ public:
+  CommandHandlerObject_i();
+  ~CommandHandlerObject_i() override;
+
+  // INoxObject
+  int ObjectDebugInfo(BaseSDK::AString& report) override;
+  int NotifyObject(long kind, long code, const BaseSDK::AString& text) override;
+
+  // INoxScheduledTaskHandler: both start the batch's runs, return without waiting for them and
+  // decline. Entries that cannot be read are logged and left out. [any thread]
+  long RunTasks(const BaseSDK::AString& batch) override;
+  long RunTasksEx(const BaseSDK::AString& batch) override;
+
+  // APluginBase
+  int QueryInterface(const UUID& interfaceId, void*& object) override;
+  int QueryInterface(const BaseSDK::AGuid& interfaceId, void*& object) override;
+  int GetVersion() override;
+  int Initialize() override;
+  /// Consents to an unforced unload when nothing runs. A forced one ends all runs.
+  int Uninitialize(unsigned int forced) override;
+  int GetAttribute(const char* name, BaseSDK::AString& value) override;
+
+ private:
+  std::unique_ptr<CSupervisor> m_Supervisor;  // from a successful Initialize on; [agent thread]
+};

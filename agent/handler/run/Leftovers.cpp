@@ -1,0 +1,98 @@
+#include "agent/handler/run/Leftovers.h"
+
+#include <poll.h>
+
+#include <algorithm>
+#include <csignal>
+#include <map>
+#include <optional>
+
+#include "agent/handler/HandlerSettings.h"
+#include "agent/handler/Log.h"
+#include "agent/handler/process/Session.h"
+#include "agent/handler/run/RunRecords.h"
+
+using BaseSDK::ALogger;
+using BaseSDK::AString;
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+namespace {
+
+// Processes may be born between two looks.
+constexpr auto kLookAgain = 100ms;
+
+// The processes of a recorded run; nothing when its number cannot be theirs any more.
+std::optional<CSession> SessionOf(const CRunRecord& record) {
+  if (record.m_BootId != CProcessTable::BootId()) {
+    return std::nullopt;
+  }
+  if (const auto leader = CProcessTable::Find(record.m_Pid)) {
+    // A number is not given out again while a session bears it: either it is the same process, and
+    // the session is the run's, or the run is over.
+    return leader->m_StartTicks == record.m_StartTicks ? std::optional<CSession>(record.m_Pid)
+                                                       : std::nullopt;
+  }
+  return CSession(record.m_Pid, record.m_Token);
+}
+
+using Remaining = std::map<AString, CSession>;
+
+void DropEnded(Remaining& remaining, const CRunRecords& records) {
+  for (auto it = remaining.begin(); it != remaining.end();) {
+    if (it->second.Refresh()) {
+      ++it;
+    } else {
+      records.Remove(it->first);
+      it = remaining.erase(it);
+    }
+  }
+}
+
+void WaitForOneToEnd(const Remaining& remaining, Clock::duration limit) {
+  std::vector<pollfd> handles;
+  for (const auto& [taskId, session] : remaining) {
+    for (const CFileDescriptor& process : session.EndHandles()) {
+      handles.push_back({process.Get(), POLLIN, 0});
+    }
+  }
+  const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(limit).count();
+  (void)poll(handles.data(), handles.size(), static_cast<int>(milliseconds));
+}
+
+void WaitUntil(Clock::time_point deadline, Remaining& remaining, const CRunRecords& records,
+               bool kill) {
+  for (auto now = Clock::now(); !remaining.empty() && now < deadline; now = Clock::now()) {
+    for (const auto& [taskId, session] : remaining) {
+      if (kill) {
+        session.Signal(SIGKILL);
+      }
+    }
+    WaitForOneToEnd(remaining, std::min<Clock::duration>(deadline - now, kLookAgain));
+    DropEnded(remaining, records);
+  }
+}
+
+}  // namespace
+
+void CLeftovers::End(const CRunRecords& records, std::chrono::milliseconds grace) {
+  Remaining remaining;
+  for (const CRunRecords::CNamed& named : records.All()) {
+    auto session = SessionOf(named.m_Record);
+    if (session && session->Refresh()) {
+      ALOG(HandlerLog(), ALogger::Warning, HandlerSource,
+           AString("Ending the run of task '%1' that an earlier agent left behind (process %2)")
+               .Arg(named.m_TaskId, DecimalText(named.m_Record.m_Pid)));
+      session->Terminate();
+      remaining.emplace(named.m_TaskId, std::move(*session));
+    } else {
+      records.Remove(named.m_TaskId);
+    }
+  }
+  WaitUntil(Clock::now() + grace, remaining, records, false);
+  WaitUntil(Clock::now() + CHandlerSettings::AfterKill, remaining, records, true);
+  for (const auto& [taskId, session] : remaining) {
+    ALOG(HandlerLog(), ALogger::Error, HandlerSource,
+         AString("Cannot end the earlier run of task '%1': end its processes by hand").Arg(taskId));
+  }
+}

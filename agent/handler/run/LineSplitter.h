@@ -1,0 +1,24 @@
+#pragma once
+
+#include <BaseSDK/AString.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Turns a run's output, which comes in pieces of any size, into lines for the log: tab stops stay,
+/// other control characters become "?" so that no output can command a terminal, and bytes that are
+/// not UTF-8 become U+FFFD.
+class CLineSplitter {
+ public:
+  /// A line longer than this many bytes is cut into several.
+  static constexpr std::size_t MaxLineBytes = 4096;
+
+  /// The lines that `bytes` completes, without their ends.
+  std::vector<BaseSDK::AString> Add(std::string_view bytes);
+  /// At the end of the output: what is left without a line end; none when that is nothing.
+  std::vector<BaseSDK::AString> Finish();
+
+ private:
+  std::string m_Rest;
+};

@@ -1,0 +1,239 @@
+#include "agent/handler/run/Run.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <random>
+
+#include "agent/handler/Log.h"
+#include "agent/handler/process/Launch.h"
+
+using BaseSDK::ALogger;
+using BaseSDK::AString;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr std::size_t kReadBytes = 64 * 1024;
+// What is taken at most from a pipe that a process outside of the session keeps filling.
+constexpr int kLastReads = 16;
+// KILL cannot be refused, but processes may have been born meanwhile.
+constexpr auto kKillAgain = 200ms;
+
+std::string MakeToken() {
+  std::random_device random;
+  std::string token;
+  for (int i = 0; i < 4; ++i) {
+    const AString word = AString().SetNum(random(), 'x');
+    token += word.ToUtf8();
+  }
+  return token;
+}
+
+// Of the fine clock that also drives timers: time() may lag it by a tick.
+long WallSeconds() {
+  return static_cast<long>(std::chrono::system_clock::to_time_t(std::chrono::system_clock::now()));
+}
+
+AString SecondsText(CRun::Clock::duration duration) {
+  const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(duration).count();
+  const std::string fraction = std::to_string(1000 + milliseconds % 1000).substr(1);
+  return AString((std::to_string(milliseconds / 1000) + "." + fraction + " s").c_str());
+}
+
+AString CommandText(const CJob& job) {
+  std::string text = job.m_Command;
+  for (const std::string& argument : job.m_Arguments) {
+    text += " " + argument;
+  }
+  return AString(text.c_str());
+}
+
+}  // namespace
+
+CRun::CRun(const CTaskBatch::CEntry& entry, const CJob& job, std::optional<long> periodEnd,
+           const CHandlerSettings& settings, const CRunRecords& records)
+    : m_TaskId(entry.m_TaskId),
+      m_Token(MakeToken()),
+      m_Overlap(job.m_Overlap),
+      m_TimeoutSeconds(job.m_TimeoutSeconds),
+      m_PeriodEnd(periodEnd),
+      m_KillGrace(settings.m_KillGrace),
+      m_Records(records),
+      m_Child(CLaunch(job, entry, m_Token)),
+      m_FirstPid(m_Child.Pid()),
+      m_Session(m_FirstPid),
+      m_Output(AString("%1/%2.log").Arg(settings.m_OutputPath, m_TaskId)) {
+  const auto process = CProcessTable::Find(m_FirstPid);
+  const CRunRecord record{m_FirstPid, process ? process->m_StartTicks : 0, CProcessTable::BootId(),
+                          m_Token};
+  if (const int error = m_Records.Write(m_TaskId, record); error != 0) {
+    throw CJobError(AString("cannot note the run on disk: %1").Arg(strerror(error)));
+  }
+  NoteStart(job);
+  m_Child.Go();
+}
+
+void CRun::NoteStart(const CJob& job) const {
+  ALOG(HandlerLog(), ALogger::Information, HandlerSource,
+       AString("Task '%1' started: %2 (process %3)")
+           .Arg(m_TaskId, CommandText(job), DecimalText(m_FirstPid)));
+}
+
+void CRun::AddHandles(std::vector<pollfd>& handles) const {
+  if (m_Child.Output() >= 0) {
+    handles.push_back({m_Child.Output(), POLLIN, 0});
+  }
+  if (!m_End) {
+    handles.push_back({m_Child.EndHandle(), POLLIN, 0});
+    return;
+  }
+  for (const CFileDescriptor& process : m_Session.EndHandles()) {
+    handles.push_back({process.Get(), POLLIN, 0});
+  }
+}
+
+std::optional<CRun::Clock::time_point> CRun::Deadline() const {
+  if (m_KillAt || m_TimeoutSeconds == 0) {
+    return m_KillAt;
+  }
+  return m_Start + std::chrono::seconds(m_TimeoutSeconds);
+}
+
+std::optional<long> CRun::PeriodEnd() const {
+  return m_KillAt ? std::nullopt : m_PeriodEnd;
+}
+
+bool CRun::IsDue() const {
+  const auto deadline = Deadline();
+  const auto periodEnd = PeriodEnd();
+  return (deadline && *deadline <= Clock::now()) || (periodEnd && *periodEnd <= WallSeconds());
+}
+
+void CRun::Advance() {
+  (void)TakeOutput();
+  CheckEnd();
+  if (m_IsOver) {
+    return;
+  }
+  if (m_KillAt) {
+    KillWhenDue();
+  } else if (const auto deadline = Deadline(); deadline && *deadline <= Clock::now()) {
+    End(EReason::Timeout);
+  } else if (IsDue()) {
+    End(EReason::PeriodEnd);
+  }
+}
+
+void CRun::End(EReason reason) {
+  if (!m_KillAt && !m_IsOver) {
+    m_Reason = m_End ? EReason::None : reason;
+    Terminate();
+  }
+}
+
+bool CRun::Succeeded() const {
+  return m_Reason == EReason::None && m_End && m_End->m_Exited && m_End->m_Code == 0;
+}
+
+bool CRun::TakeOutput() {
+  if (m_Child.Output() < 0) {
+    return false;
+  }
+  std::array<char, kReadBytes> buffer;
+  const ssize_t got = read(m_Child.Output(), buffer.data(), buffer.size());
+  if (got < 0 && (errno == EAGAIN || errno == EINTR)) {
+    return false;
+  }
+  if (got <= 0) {
+    m_Child.CloseOutput();
+    return false;
+  }
+  const std::string_view bytes(buffer.data(), static_cast<std::size_t>(got));
+  m_Output.Append(bytes);
+  LogLines(m_Lines.Add(bytes));
+  return true;
+}
+
+void CRun::CheckEnd() {
+  if (!m_End) {
+    m_End = m_Child.End();
+  }
+  if (!m_End) {
+    return;
+  }
+  if (!m_Session.Refresh()) {
+    Finish();
+  } else if (!m_KillAt) {
+    Terminate();
+  }
+}
+
+void CRun::Terminate() {
+  (void)m_Session.Refresh();
+  m_Session.Terminate();
+  m_KillAt = Clock::now() + m_KillGrace;
+}
+
+void CRun::KillWhenDue() {
+  if (*m_KillAt > Clock::now()) {
+    return;
+  }
+  if (!m_Killed) {
+    ALOG(HandlerLog(), ALogger::Warning, HandlerSource,
+         AString("Task '%1' does not end when asked to: killing it").Arg(m_TaskId));
+  }
+  m_Killed = true;
+  (void)m_Session.Refresh();
+  m_Session.Signal(SIGKILL);
+  m_KillAt = Clock::now() + kKillAgain;
+}
+
+void CRun::Finish() {
+  for (int i = 0; i < kLastReads && TakeOutput(); ++i) {
+  }
+  m_Child.CloseOutput();
+  LogLines(m_Lines.Finish());
+  const AString outcome =
+      AString("%1 after %2").Arg(DescribeEnd(), SecondsText(Clock::now() - m_Start));
+  m_Output.AppendNote(outcome);
+  const bool succeeded = Succeeded();
+  ALOG(HandlerLog(), succeeded ? ALogger::Information : ALogger::Warning, HandlerSource,
+       AString(succeeded ? "Task '%1' succeeded: %2" : "Task '%1' failed: %2")
+           .Arg(m_TaskId, outcome));
+  m_Child.Reap();
+  m_Records.Remove(m_TaskId);
+  m_IsOver = true;
+}
+
+AString CRun::DescribeEnd() const {
+  switch (m_Reason) {
+    case EReason::Timeout:
+      return AString("ended because its timeout of %1 s was over")
+          .Arg(DecimalText(m_TimeoutSeconds));
+    case EReason::PeriodEnd:
+      return "ended because its active period was over";
+    case EReason::Replaced:
+      return "ended because the task came due again";
+    case EReason::Shutdown:
+      return "ended because the command handler stops";
+    case EReason::None:
+      break;
+  }
+  if (const AString failure = m_Child.StartFailure(); !failure.IsEmpty()) {
+    return failure;
+  }
+  return m_End->m_Exited
+             ? AString("exit status %1").Arg(DecimalText(m_End->m_Code))
+             : AString("signal %1 (%2)").Arg(DecimalText(m_End->m_Code), strsignal(m_End->m_Code));
+}
+
+void CRun::LogLines(const std::vector<AString>& lines) const {
+  for (const AString& line : lines) {
+    ALOG(HandlerLog(), ALogger::Information, HandlerSource,
+         AString("Task '%1': %2").Arg(m_TaskId, line));
+  }
+}

@@ -1,0 +1,297 @@
+#include "agent/handler/run/Supervisor.h"
+
+#include <algorithm>
+#include <csignal>
+#include <ctime>
+#include <exception>
+#include <limits>
+
+#include "agent/handler/Log.h"
+#include "agent/handler/run/Leftovers.h"
+#include "agent/handler/task/ActivePeriod.h"
+
+using BaseSDK::ALogger;
+using BaseSDK::AMutexGuard;
+using BaseSDK::AString;
+using Clock = CRun::Clock;
+using namespace std::chrono_literals;
+
+namespace {
+
+// Beyond the time that its runs may take to end: for whatever else the thread is in the middle of.
+constexpr auto kStopMargin = 10s;
+
+void LogSkip(const AString& taskId, const char* why) {
+  ALOG(HandlerLog(), ALogger::Information, HandlerSource,
+       AString("Task '%1' is due, but %2").Arg(taskId, why));
+}
+
+}  // namespace
+
+CSupervisor::CSupervisor(const CHandlerSettings& settings)
+    : m_Settings(settings),
+      m_Records(settings.m_RecordPath),
+      m_Reporter(settings.m_SchedulerClassId) {}
+
+CSupervisor::~CSupervisor() = default;
+
+void CSupervisor::Start() {
+  // The agent's signals are for the agent's own threads.
+  sigset_t all;
+  sigset_t before;
+  (void)sigfillset(&all);
+  (void)pthread_sigmask(SIG_SETMASK, &all, &before);
+  try {
+    m_Thread = std::thread([this] { Main(); });
+  } catch (...) {
+    (void)pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    throw;
+  }
+  (void)pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+void CSupervisor::Post(const std::vector<CTaskBatch::CEntry>& entries) {
+  {
+    AMutexGuard guard(m_Lock);
+    m_Posted.insert(m_Posted.end(), entries.begin(), entries.end());
+  }
+  m_Wake.Set();
+}
+
+bool CSupervisor::Stop() {
+  if (!m_Thread.joinable()) {
+    return true;
+  }
+  {
+    AMutexGuard guard(m_Lock);
+    m_Stop = true;
+  }
+  m_Wake.Set();
+  const auto limit = 2 * m_Settings.m_KillGrace + 2 * CHandlerSettings::AfterKill + kStopMargin;
+  if (!m_Done.Wait(static_cast<int>(std::chrono::milliseconds(limit).count()))) {
+    return false;
+  }
+  m_Thread.join();
+  return true;
+}
+
+std::vector<CSupervisor::CRunning> CSupervisor::Running() const {
+  AMutexGuard guard(m_Lock);
+  return m_Running;
+}
+
+bool CSupervisor::IsBusy() const {
+  AMutexGuard guard(m_Lock);
+  return !m_Running.empty() || !m_Posted.empty();
+}
+
+// Each turn: take what was posted, let the runs whose handles or clocks call for it go on, report,
+// wait for the next thing to happen.
+void CSupervisor::Main() {
+  CLeftovers::End(m_Records, m_Settings.m_KillGrace);
+  for (;;) {
+    std::vector<CTaskBatch::CEntry> entries;
+    if (TakePosted(entries)) {
+      BeginStop();
+    }
+    for (const CTaskBatch::CEntry& entry : entries) {
+      Dispatch(entry);
+    }
+    AdvanceRuns();
+    m_Reporter.Retry();
+    PublishRunning();
+    if (IsFinished()) {
+      break;
+    }
+    Wait();
+  }
+  GiveUp();
+  m_Done.Set();
+}
+
+// Whether the thread is to stop. What was posted is then dropped: those tasks say "Started" and
+// are run after the next start of the agent.
+bool CSupervisor::TakePosted(std::vector<CTaskBatch::CEntry>& entries) {
+  m_Wake.Clear();
+  AMutexGuard guard(m_Lock);
+  if (!m_Stop) {
+    entries.swap(m_Posted);
+  }
+  m_Posted.clear();
+  return m_Stop;
+}
+
+void CSupervisor::Dispatch(const CTaskBatch::CEntry& entry) {
+  if (const auto slot = m_Slots.find(entry.m_TaskId); slot != m_Slots.end()) {
+    DispatchToRunning(slot->second, entry);
+  } else if (IsWaiting(entry.m_TaskId)) {
+    LogSkip(entry.m_TaskId, "is waiting to start already");
+  } else if (entry.m_NeverRun && m_Reporter.HasKept(entry.m_TaskId)) {
+    LogSkip(entry.m_TaskId, "has just run; its state is yet to be recorded");
+  } else {
+    m_Reporter.Cancel(entry.m_TaskId);
+    StartOrWait(entry);
+  }
+}
+
+bool CSupervisor::IsWaiting(const AString& taskId) const {
+  return std::any_of(m_Waiting.begin(), m_Waiting.end(),
+                     [&](const CTaskBatch::CEntry& entry) { return entry.m_TaskId == taskId; });
+}
+
+void CSupervisor::StartOrWait(const CTaskBatch::CEntry& entry) {
+  if (m_Slots.size() < m_Settings.m_MaxRuns) {
+    StartRun(entry);
+  } else {
+    LogSkip(entry.m_TaskId, "as many runs go on as may: starts after one of them");
+    m_Waiting.push_back(entry);
+  }
+}
+
+void CSupervisor::StartWaiting() {
+  while (!m_Waiting.empty() && m_Slots.size() < m_Settings.m_MaxRuns) {
+    const CTaskBatch::CEntry entry = m_Waiting.front();
+    m_Waiting.pop_front();
+    StartRun(entry);
+  }
+}
+
+void CSupervisor::DispatchToRunning(CSlot& slot, const CTaskBatch::CEntry& entry) {
+  switch (DecideOverlap(slot.m_Run->Overlap(), entry.m_NeverRun)) {
+    case EOverlap::Skip:
+      LogSkip(entry.m_TaskId, "its previous run goes on: left out");
+      break;
+    case EOverlap::Queue:
+      LogSkip(entry.m_TaskId, "its previous run goes on: starts after it");
+      slot.m_Next = entry;
+      break;
+    case EOverlap::Kill:
+      LogSkip(entry.m_TaskId, "its previous run goes on: ending that one first");
+      slot.m_Next = entry;
+      slot.m_Run->End(CRun::EReason::Replaced);
+      break;
+  }
+}
+
+void CSupervisor::StartRun(const CTaskBatch::CEntry& entry) {
+  try {
+    m_Slots[entry.m_TaskId].m_Run = MakeRun(entry);
+  } catch (const std::exception& error) {
+    m_Slots.erase(entry.m_TaskId);
+    ALOG(HandlerLog(), ALogger::Error, HandlerSource,
+         AString("Task '%1' failed: %2").Arg(entry.m_TaskId, AString(error.what())));
+    m_Reporter.Report(entry.m_TaskId, "Failed");
+  }
+}
+
+std::unique_ptr<CRun> CSupervisor::MakeRun(const CTaskBatch::CEntry& entry) const {
+  const CJob job = CJob::Load(AString("%1/%2.job").Arg(m_Settings.m_JobPath, entry.m_TaskId));
+  std::optional<long> periodEnd;
+  if (entry.m_KillAtEnd) {
+    periodEnd = CActivePeriod::EndFor(m_Reporter.TaskXml(entry.m_TaskId), std::time(nullptr));
+  }
+  return std::make_unique<CRun>(entry, job, periodEnd, m_Settings, m_Records);
+}
+
+void CSupervisor::BeginStop() {
+  if (m_GiveUpAt) {
+    return;
+  }
+  m_GiveUpAt = Clock::now() + m_Settings.m_KillGrace + CHandlerSettings::AfterKill;
+  m_Waiting.clear();
+  for (auto& [taskId, slot] : m_Slots) {
+    slot.m_Next.reset();
+    slot.m_Run->End(CRun::EReason::Shutdown);
+  }
+}
+
+void CSupervisor::AdvanceRuns() {
+  std::vector<CTaskBatch::CEntry> next;
+  for (auto it = m_Slots.begin(); it != m_Slots.end();) {
+    auto& [taskId, slot] = *it;
+    if (NeedsAdvance(slot)) {
+      slot.m_Run->Advance();
+    }
+    if (!slot.m_Run->IsOver()) {
+      ++it;
+      continue;
+    }
+    if (slot.m_Next) {
+      next.push_back(*slot.m_Next);  // the state on record is already that of this run: "Started"
+    } else {
+      m_Reporter.Report(taskId, slot.m_Run->Succeeded() ? "Ok" : "Failed");
+    }
+    it = m_Slots.erase(it);
+  }
+  for (const CTaskBatch::CEntry& entry : next) {
+    StartRun(entry);
+  }
+  StartWaiting();
+}
+
+bool CSupervisor::NeedsAdvance(const CSlot& slot) const {
+  const auto begin = m_Handles.begin() + static_cast<std::ptrdiff_t>(slot.m_FirstHandle);
+  const auto end = begin + static_cast<std::ptrdiff_t>(slot.m_HandleCount);
+  return slot.m_Run->IsDue() ||
+         std::any_of(begin, end, [](const pollfd& handle) { return handle.revents != 0; });
+}
+
+void CSupervisor::PublishRunning() {
+  std::vector<CRunning> running;
+  for (const auto& [taskId, slot] : m_Slots) {
+    running.push_back({taskId, static_cast<long>(slot.m_Run->Pid())});
+  }
+  AMutexGuard guard(m_Lock);
+  m_Running.swap(running);
+}
+
+bool CSupervisor::IsFinished() const {
+  if (!m_GiveUpAt) {
+    return false;
+  }
+  return (m_Slots.empty() && !m_Reporter.NextTry()) || *m_GiveUpAt <= Clock::now();
+}
+
+void CSupervisor::GiveUp() {
+  for (const auto& [taskId, slot] : m_Slots) {
+    ALOG(HandlerLog(), ALogger::Error, HandlerSource,
+         AString("Cannot end the run of task '%1' (process %2): leaving it to the next start")
+             .Arg(taskId, DecimalText(slot.m_Run->Pid())));
+  }
+  m_Slots.clear();
+}
+
+void CSupervisor::Wait() {
+  m_Handles.clear();
+  m_Handles.push_back({m_Wake.Get(), POLLIN, 0});
+  m_Handles.push_back({m_PeriodTimer.Get(), POLLIN, 0});
+  std::optional<long> periodEnd;
+  for (auto& [taskId, slot] : m_Slots) {
+    slot.m_FirstHandle = m_Handles.size();
+    slot.m_Run->AddHandles(m_Handles);
+    slot.m_HandleCount = m_Handles.size() - slot.m_FirstHandle;
+    if (const auto end = slot.m_Run->PeriodEnd()) {
+      periodEnd = periodEnd ? std::min(*periodEnd, *end) : *end;
+    }
+  }
+  m_PeriodTimer.Set(periodEnd);
+  (void)poll(m_Handles.data(), m_Handles.size(), WaitMilliseconds());
+}
+
+int CSupervisor::WaitMilliseconds() const {
+  std::optional<Clock::time_point> next = m_GiveUpAt;
+  const auto consider = [&](std::optional<Clock::time_point> moment) {
+    if (moment) {
+      next = next ? std::min(*next, *moment) : *moment;
+    }
+  };
+  consider(m_Reporter.NextTry());
+  for (const auto& [taskId, slot] : m_Slots) {
+    consider(slot.m_Run->Deadline());
+  }
+  if (!next) {
+    return -1;
+  }
+  const auto rest = std::chrono::ceil<std::chrono::milliseconds>(*next - Clock::now());
+  return static_cast<int>(std::clamp<long long>(rest.count(), 0, std::numeric_limits<int>::max()));
+}

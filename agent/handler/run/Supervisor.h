@@ -1,0 +1,98 @@
+#pragma once
+
+#include <BaseSDK/AMutex.h>
+#include <BaseSDK/AString.h>
+#include <BaseSDK/ThreadAnnotations.h>
+
+#include <chrono>
+#include <deque>
+#include <map>
+#include <memory>
+#include <optional>
+#include <thread>
+#include <vector>
+
+#include "agent/handler/HandlerSettings.h"
+#include "agent/handler/run/Run.h"
+#include "agent/handler/run/RunRecords.h"
+#include "agent/handler/system/WakeHandle.h"
+#include "agent/handler/system/WallTimer.h"
+#include "agent/handler/task/StateReporter.h"
+#include "agent/handler/task/TaskBatch.h"
+
+/// Runs the jobs of due tasks, on one thread of its own: starts them, watches over them, ends those
+/// that have to end, and tells the scheduler how they went. Never more than one run of a task.
+class CSupervisor {
+ public:
+  struct CRunning {
+    BaseSDK::AString m_TaskId;
+    long m_Pid;
+  };
+
+  /// Throws std::system_error when the system has no descriptors left.
+  explicit CSupervisor(const CHandlerSettings& settings);
+  CSupervisor(const CSupervisor&) = delete;
+  CSupervisor& operator=(const CSupervisor&) = delete;
+  /// REQUIRES: never started, or Stop returned true.
+  ~CSupervisor();
+
+  /// First ends what an earlier agent left running; what is posted meanwhile waits for that. Throws
+  /// std::system_error when there is no thread to be had. [agent thread, once]
+  void Start();
+  /// Hands over due tasks, in order, and returns at once. [any thread]
+  void Post(const std::vector<CTaskBatch::CEntry>& entries) NOX_EXCLUDES(m_Lock);
+  /// Ends all runs (TERM, KILL after the grace), has their states recorded and ends the thread.
+  /// False when that takes too long; the thread still runs then, and Stop may be called again.
+  /// [agent thread]
+  bool Stop() NOX_EXCLUDES(m_Lock);
+
+  /// What runs now, by task ID. [any thread]
+  std::vector<CRunning> Running() const NOX_EXCLUDES(m_Lock);
+  /// Whether anything runs or was posted and not looked at yet. [any thread]
+  bool IsBusy() const NOX_EXCLUDES(m_Lock);
+
+ private:
+  struct CSlot {
+    std::unique_ptr<CRun> m_Run;               // never null between two steps of the loop
+    std::optional<CTaskBatch::CEntry> m_Next;  // what waits for the run's end
+    std::size_t m_FirstHandle = 0;             // its part of m_Handles
+    std::size_t m_HandleCount = 0;
+  };
+
+  void Main();
+  bool TakePosted(std::vector<CTaskBatch::CEntry>& entries) NOX_EXCLUDES(m_Lock);
+  void Dispatch(const CTaskBatch::CEntry& entry);
+  void DispatchToRunning(CSlot& slot, const CTaskBatch::CEntry& entry);
+  bool IsWaiting(const BaseSDK::AString& taskId) const;
+  void StartOrWait(const CTaskBatch::CEntry& entry);
+  void StartWaiting();
+  void StartRun(const CTaskBatch::CEntry& entry);
+  std::unique_ptr<CRun> MakeRun(const CTaskBatch::CEntry& entry) const;
+  void BeginStop();
+  void AdvanceRuns();
+  bool NeedsAdvance(const CSlot& slot) const;
+  void PublishRunning() NOX_EXCLUDES(m_Lock);
+  bool IsFinished() const;
+  void GiveUp();
+  void Wait();
+  int WaitMilliseconds() const;
+
+  const CHandlerSettings m_Settings;
+  const CRunRecords m_Records;
+  const CWakeHandle m_Wake;  // something was posted, or Stop was called
+  const CWakeHandle m_Done;  // the thread's work is over
+  std::thread m_Thread;
+
+  // The thread's own.
+  CStateReporter m_Reporter;
+  CWallTimer m_PeriodTimer;
+  std::map<BaseSDK::AString, CSlot> m_Slots;
+  std::deque<CTaskBatch::CEntry> m_Waiting;  // for one of the runs to end, when there are too many
+  std::vector<pollfd> m_Handles;
+  std::optional<CRun::Clock::time_point> m_GiveUpAt;  // once it is to stop
+
+  mutable BaseSDK::AMutex m_Lock;
+  std::vector<CTaskBatch::CEntry> m_Posted NOX_GUARDED_BY(m_Lock);
+  std::vector<CRunning> m_Running NOX_GUARDED_BY(m_Lock);
+  bool m_Stop NOX_GUARDED_BY(m_Lock) = false;
+};

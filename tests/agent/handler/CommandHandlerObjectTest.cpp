@@ -1,0 +1,215 @@
+// The plug-in as the agent meets it: through its shared object.
+#include "agent/handler/CommandHandlerObject.h"
+
+#include <AgentInterfacesV3/AMsgIn.h>
+#include <AgentInterfacesV3/AMsgQueue.h>
+#include <AgentInterfacesV3/AMsgReply.h>
+#include <AgentInterfacesV3/CIClient.h>
+#include <AgentInterfacesV3/INoxScheduledTaskHandler.h>
+#include <AgentInterfacesV3/InterfaceIds.h>
+#include <AgentInterfacesV3/MakeProxy.h>
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "tests/agent/handler/run/SupervisorFixture.h"
+
+using BaseSDK::AGuid;
+using BaseSDK::AString;
+using namespace Corvane::AgentInterfacesV3;
+
+namespace {
+
+constexpr int kQueue = 7;
+
+std::size_t CountEntries(const char* directory) {
+  const std::filesystem::directory_iterator entries(directory);
+  return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+}
+
+class CommandHandlerObject : public SupervisorFixture {
+ protected:
+  using InitializeFunction = int (*)(int);
+  using UninitializeFunction = int (*)(bool);
+  using AttributeFunction = int (*)(const char*, AString&);
+
+  CommandHandlerObject() {
+    m_Scheduler.SetConfig("job_path", (m_Directory / "jobs").string());
+    m_Scheduler.SetConfig("output_path", (m_Directory / "output").string());
+  }
+
+  ~CommandHandlerObject() override { Unload(); }
+
+  void Load() {
+    m_Library = dlopen(NOX_COMMAND_HANDLER, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(m_Library, nullptr) << dlerror();
+    m_Queue = std::make_unique<AMsgQueue>(kQueue);
+  }
+  int Initialize() { return Find<InitializeFunction>("PluginInitialize")(kQueue); }
+  int Uninitialize(bool forced) { return Find<UninitializeFunction>("PluginUninitialize")(forced); }
+  INoxInterfaceFactory* Factory() {
+    AString text;
+    EXPECT_EQ(Find<AttributeFunction>("PluginGetAttributeV3")("InterfaceFactory", text), 1);
+    return reinterpret_cast<INoxInterfaceFactory*>(std::stoul(text.ToUtf8(), nullptr, 16));
+  }
+  void Unload() {
+    if (m_Library != nullptr) {
+      m_Queue->Close();
+      EXPECT_EQ(Uninitialize(true), 1);
+      m_Queue.reset();
+      EXPECT_EQ(dlclose(m_Library), 0);
+      m_Library = nullptr;
+    }
+  }
+  long RunTasks(const char* operation, const char* batch) {
+    AMsgReply reply;
+    AMsgIn request("INoxScheduledTaskHandler", operation, reply);
+    request.Set("batch", AString(batch));
+    EXPECT_EQ(m_Queue->Send(request), 1);
+    return reply.Result();
+  }
+
+  template <class Function>
+  Function Find(const char* name) {
+    return reinterpret_cast<Function>(dlsym(m_Library, name));
+  }
+
+  void* m_Library = nullptr;
+  std::unique_ptr<AMsgQueue> m_Queue;
+};
+
+}  // namespace
+
+TEST_F(CommandHandlerObject, DeclinesABatchAndRunsIt) {
+  AddJob("a", "echo $NOX_LATE > $STARTED");
+  AddJob("b", "exit 1");
+  Load();
+  ASSERT_EQ(Initialize(), 1);
+  EXPECT_EQ(RunTasks("RunTasksEx", "a:1:0:0;"), TASK_HANDLER_DECLINED);
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), std::vector<std::string>{"a Ok"});
+  EXPECT_EQ(Started(), "1");
+  EXPECT_EQ(RunTasks("RunTasks", "b:0:1:0;"), TASK_HANDLER_DECLINED);
+  EXPECT_EQ(m_Scheduler.WaitForStates(2).back(), "b Failed");
+}
+
+TEST_F(CommandHandlerObject, LeavesOutWhatItCannotReadOfABatch) {
+  AddJob("a", "exit 0");
+  Load();
+  ASSERT_EQ(Initialize(), 1);
+  EXPECT_EQ(RunTasks("RunTasksEx", "..%2Fx:0:0:0;a:0:0:0;"), TASK_HANDLER_DECLINED);
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), std::vector<std::string>{"a Ok"});
+  EXPECT_EQ(LogCount("Cannot read the entry \"..%2Fx:0:0:0\" of a batch"), 1u);
+}
+
+TEST_F(CommandHandlerObject, ReportsWhatRuns) {
+  AddJob("a", "echo $$ > $STARTED; read line < $GATE");
+  Load();
+  ASSERT_EQ(Initialize(), 1);
+  void* object = nullptr;
+  ASSERT_EQ(MakeProxy(kQueue, INoxScheduledTaskHandler::GetIID(), object), 1);
+  const CIClient<INoxScheduledTaskHandler> handler(static_cast<INoxScheduledTaskHandler*>(object));
+  AString report;
+  EXPECT_EQ(handler->ObjectDebugInfo(report), 1);
+  EXPECT_EQ(report, AString("Command handler: 0 running\n"));
+  (void)handler->RunTasksEx("a:0:1:0;");
+  (void)Started();
+  EXPECT_EQ(handler->NotifyObject(0, 0, ""), 0);
+  OpenGate();
+  (void)m_Scheduler.WaitForStates(1);
+}
+
+TEST_F(CommandHandlerObject, ServesItsTwoInterfaces) {
+  Load();
+  ASSERT_EQ(Initialize(), 1);
+  INoxInterfaceFactory* const factory = Factory();
+  EXPECT_EQ(factory->GetVersion(), 3);
+  void* object = nullptr;
+  for (const AGuid& id : {IID_INoxScheduledTaskHandler, IID_INoxObject}) {
+    EXPECT_EQ(factory->QueryInterface(id, object), 0);
+    EXPECT_NE(object, nullptr);
+    EXPECT_EQ(factory->QueryInterface(id.Value(), object), 0);
+    EXPECT_NE(object, nullptr);
+  }
+  EXPECT_EQ(factory->QueryInterface(IID_INoxTaskScheduler, object), -1);
+  EXPECT_EQ(object, nullptr);
+  AString value("left");
+  EXPECT_EQ(Find<AttributeFunction>("PluginGetAttributeV3")("interfacefactory", value), -1);
+  EXPECT_EQ(value, AString("left"));
+}
+
+TEST_F(CommandHandlerObject, RefusesAnUnforcedUnloadWhileSomethingRuns) {
+  AddJob("a", "echo $$ > $STARTED; read line < $GATE");
+  Load();
+  ASSERT_EQ(Initialize(), 1);
+  (void)RunTasks("RunTasksEx", "a:0:1:0;");
+  const std::string pid = Started();
+  EXPECT_EQ(Uninitialize(false), -1);
+  EXPECT_TRUE(IsAlive(pid));
+  Unload();
+  EXPECT_FALSE(IsAlive(pid));
+  EXPECT_EQ(m_Scheduler.States(), std::vector<std::string>{"a Failed"});
+}
+
+TEST_F(CommandHandlerObject, ConsentsToAnUnforcedUnloadWhenNothingRuns) {
+  Load();
+  ASSERT_EQ(Initialize(), 1);
+  EXPECT_EQ(Uninitialize(false), 1);
+}
+
+TEST_F(CommandHandlerObject, LeavesNothingBehindAndCanBeLoadedAgain) {
+  AddJob("a", "exit 0");
+  const std::size_t threads = CountEntries("/proc/self/task");
+  const std::size_t descriptors = CountEntries("/proc/self/fd");
+  for (std::size_t round = 1; round <= 3; ++round) {
+    Load();
+    ASSERT_EQ(Initialize(), 1);
+    (void)RunTasks("RunTasksEx", "a:0:1:0;");
+    ASSERT_EQ(m_Scheduler.WaitForStates(round).size(), round);
+    Unload();
+    EXPECT_EQ(CountEntries("/proc/self/task"), threads);
+    EXPECT_EQ(CountEntries("/proc/self/fd"), descriptors);
+    EXPECT_EQ(dlopen(NOX_COMMAND_HANDLER, RTLD_NOW | RTLD_NOLOAD), nullptr);
+  }
+}
+
+TEST_F(CommandHandlerObject, MakesItsDirectories) {
+  m_Scheduler.SetConfig("job_path", (m_Directory / "var/jobs").string());
+  m_Scheduler.SetConfig("output_path", (m_Directory / "var/output").string());
+  Load();
+  ASSERT_EQ(Initialize(), 1);
+  EXPECT_TRUE(m_Directory.Has("var/jobs"));
+  EXPECT_TRUE(m_Directory.Has("var/output/.running"));
+}
+
+TEST_F(CommandHandlerObject, SaysWhatIsWrongWithItsConfiguration) {
+  const struct {
+    const char* m_Key;
+    const char* m_Value;
+    const char* m_Message;
+  } rows[] = {
+      {"job_path", "", "job_path: the configuration does not say which directory"},
+      {"output_path", "var/output", "output_path: \"var/output\" is not an absolute path"},
+      {"record_path", "/proc/x", "record_path: cannot make the directory /proc/x: "},
+      {"kill_grace_seconds", "5s", "kill_grace_seconds: \"5s\" is not a number from 0 to 3600"},
+      {"kill_grace_seconds", "-1", "kill_grace_seconds: \"-1\" is not a number from 0 to 3600"},
+      {"kill_grace_seconds", "3601", "kill_grace_seconds: \"3601\" is not a number from 0 to 3600"},
+      {"max_runs", "0", "max_runs: \"0\" is not a number from 1 to 100000"},
+      {"scheduler_class_id", "x", "scheduler_class_id: \"x\" is not a class identifier"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.m_Message);
+    const std::string before = m_Scheduler.GetConfigString("Configuration", row.m_Key, "").ToUtf8();
+    m_Scheduler.SetConfig(row.m_Key, row.m_Value);
+    Load();
+    EXPECT_EQ(Initialize(), -1);
+    EXPECT_EQ(LogCount(std::string("The command handler cannot start: ") + row.m_Message), 1u);
+    Unload();
+    if (before.empty()) {
+      m_Scheduler.ForgetConfig(row.m_Key);
+    } else {
+      m_Scheduler.SetConfig(row.m_Key, before);
+    }
+  }
+}

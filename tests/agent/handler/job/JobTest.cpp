@@ -1,0 +1,176 @@
+#include "agent/handler/job/Job.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "tests/support/TempDir.h"
+
+using BaseSDK::AString;
+using TestSupport::TempDir;
+
+namespace {
+
+std::string ErrorOf(const std::string& text) {
+  try {
+    (void)CJob::Parse("/jobs/a.job", AString(text.c_str()));
+  } catch (const CJobError& error) {
+    return error.what();
+  }
+  return "no error";
+}
+
+std::string LoadErrorOf(const std::filesystem::path& path) {
+  try {
+    (void)CJob::Load(AString(path.c_str()));
+  } catch (const CJobError& error) {
+    return error.what();
+  }
+  return "no error";
+}
+
+CJob Parsed(const std::string& text) {
+  return CJob::Parse("/jobs/a.job", AString(text.c_str()));
+}
+
+}  // namespace
+
+TEST(Job, ReadsEveryKey) {
+  const CJob job = Parsed(
+      "; what it is for\n"
+      "[Job]\r\n"
+      "command = /usr/bin/env\n"
+      "  arguments=-i \"a b\" 'c d' e\\ f \"\"\n"
+      "user = nobody\n"
+      "directory = /tmp\n"
+      "timeout = 5m\n"
+      "overlap = queue\n"
+      "# variables\n"
+      "[Environment]\n"
+      "A_1 = one = two\n"
+      "B =\n");
+  EXPECT_EQ(job.m_Command, "/usr/bin/env");
+  EXPECT_EQ(job.m_Arguments, (std::vector<std::string>{"-i", "a b", "c d", "e f", ""}));
+  EXPECT_EQ(job.m_User, "nobody");
+  EXPECT_EQ(job.m_Directory, "/tmp");
+  EXPECT_EQ(job.m_TimeoutSeconds, 300);
+  EXPECT_EQ(job.m_Overlap, EOverlap::Queue);
+  EXPECT_EQ(job.m_Environment,
+            (std::map<std::string, std::string>{{"A_1", "one = two"}, {"B", ""}}));
+}
+
+TEST(Job, NeedsNothingButACommand) {
+  const CJob job = Parsed("[Job]\ncommand=true");
+  EXPECT_EQ(job.m_Command, "true");
+  EXPECT_TRUE(job.m_Arguments.empty());
+  EXPECT_EQ(job.m_TimeoutSeconds, 0);
+  EXPECT_EQ(job.m_Overlap, EOverlap::Skip);
+}
+
+TEST(Job, MayBeginWithAByteOrderMark) {
+  EXPECT_EQ(Parsed("\xEF\xBB\xBF[Job]\ncommand=true").m_Command, "true");
+}
+
+TEST(Job, ReadsTimeoutsInSecondsMinutesAndHours) {
+  const struct {
+    const char* m_Text;
+    long m_Seconds;
+  } rows[] = {{"0", 0},
+              {"90", 90},
+              {"90s", 90},
+              {"5m", 300},
+              {"2h", 7200},
+              {"315360000", 315360000},
+              {"87600h", 315360000}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(Parsed(std::string("[Job]\ncommand=true\ntimeout=") + row.m_Text).m_TimeoutSeconds,
+              row.m_Seconds)
+        << row.m_Text;
+  }
+}
+
+TEST(Job, NamesFileLineAndKeyOfWhatIsWrong) {
+  const struct {
+    const char* m_Text;
+    const char* m_Error;
+  } rows[] = {
+      {"", "/jobs/a.job: the section \"Job\" has no \"command\""},
+      {"command = x", "/jobs/a.job:1: the key \"command\" stands before the first [Section]"},
+      {"[Job]\ncommand\n", "/jobs/a.job:2: neither [Section] nor key = value: \"command\""},
+      {"[Job\n", "/jobs/a.job:1: a section is written [Name]; the closing bracket is missing"},
+      {"[Job]\ncommand=x\ncommand=y", "/jobs/a.job:3: the key \"command\" is there twice"},
+      {"[Job]\n\nComand=x",
+       "/jobs/a.job:3: unknown key \"Comand\" (known: command, arguments, user, directory, "
+       "timeout, "
+       "overlap)"},
+      {"[Jobs]\ncommand=x", "/jobs/a.job:2: unknown section \"Jobs\" (known: Job, Environment)"},
+      {"[Job]\ncommand=",
+       "/jobs/a.job:2: command: is to be an absolute path or the bare name of a "
+       "program"},
+      {"[Job]\ncommand=bin/x",
+       "/jobs/a.job:2: command: is to be an absolute path or the bare name "
+       "of a program"},
+      {"[Job]\ncommand=x\narguments='a",
+       "/jobs/a.job:3: arguments: a quote is not closed, or the "
+       "text ends with a backslash"},
+      {"[Job]\ncommand=x\nuser=", "/jobs/a.job:3: user: a user's name is missing"},
+      {"[Job]\ncommand=x\ndirectory=tmp", "/jobs/a.job:3: directory: is to be an absolute path"},
+      {"[Job]\ncommand=x\ntimeout=5 m",
+       "/jobs/a.job:3: timeout: is to be a number of seconds, or a "
+       "number with s, m or h after it"},
+      {"[Job]\ncommand=x\ntimeout=-1",
+       "/jobs/a.job:3: timeout: is to be a number of seconds, or a "
+       "number with s, m or h after it"},
+      {"[Job]\ncommand=x\ntimeout=99999999h",
+       "/jobs/a.job:3: timeout: is to be a number of "
+       "seconds, or a number with s, m or h after it"},
+      {"[Job]\ncommand=x\noverlap=Skip", "/jobs/a.job:3: overlap: is to be skip, queue or kill"},
+      {"[Environment]\nA-B=1", "/jobs/a.job:2: \"A-B\" is no name for a variable"},
+      {"[Job]\ncommand=\xFF",
+       "/jobs/a.job:2: a character that is not text (the file is to be "
+       "UTF-8)"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(ErrorOf(row.m_Text), row.m_Error) << row.m_Text;
+  }
+}
+
+TEST(Job, SaysWhichFileCannotBeOpened) {
+  const TempDir directory;
+  EXPECT_EQ(
+      LoadErrorOf(directory / "a.job"),
+      "cannot open the job file " + (directory / "a.job").string() + ": No such file or directory");
+}
+
+TEST(Job, RefusesWhatIsNoRegularFile) {
+  const TempDir directory;
+  ASSERT_EQ(mkfifo((directory / "a.job").c_str(), 0600), 0);
+  EXPECT_EQ(LoadErrorOf(directory / "a.job"),
+            "the job file " + (directory / "a.job").string() + " is not a regular file");
+}
+
+TEST(Job, RefusesAFileLargerThan64KiB) {
+  const TempDir directory;
+  directory.Write("a.job", "[Job]\ncommand=true\n" + std::string(64 * 1024, '#'));
+  EXPECT_EQ(LoadErrorOf(directory / "a.job"),
+            "the job file " + (directory / "a.job").string() + " is larger than 64 KiB");
+}
+
+// Root alone can be tricked into lending its rights; for an ordinary user the same file is fine.
+TEST(Job, RefusesForRootAFileThatOthersMayHaveWritten) {
+  const TempDir directory;
+  directory.Write("a.job", "[Job]\ncommand=true\n");
+  ASSERT_EQ(chmod((directory / "a.job").c_str(), 0666), 0);
+  const bool isRoot = geteuid() == 0;
+  EXPECT_EQ(LoadErrorOf(directory / "a.job"),
+            isRoot ? "the job file " + (directory / "a.job").string() +
+                         " is to belong to root and to be writable by root alone (chown root, "
+                         "chmod go-w), for it runs with root's rights"
+                   : "no error");
+  if (isRoot) {
+    ASSERT_EQ(chmod((directory / "a.job").c_str(), 0644), 0);
+    EXPECT_EQ(LoadErrorOf(directory / "a.job"), "no error");
+    ASSERT_EQ(chown((directory / "a.job").c_str(), 65534, 0), 0);
+    EXPECT_NE(LoadErrorOf(directory / "a.job"), "no error");
+  }
+}

@@ -1,0 +1,215 @@
+// How commands are started and what becomes of them.
+#include <BaseSDK/ADateTime.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+
+#include "tests/agent/handler/run/SupervisorFixture.h"
+
+using BaseSDK::ALogger;
+
+namespace {
+
+class Run : public SupervisorFixture {};
+
+}  // namespace
+
+TEST_F(Run, IsOkAfterExitStatusZero) {
+  EXPECT_EQ(RunToEnd("exit 0"), "a Ok");
+  EXPECT_EQ(LogCount("Task 'a' succeeded: exit status 0 after 0."), 1u);
+}
+
+TEST_F(Run, IsFailedAfterAnyOtherExitStatus) {
+  EXPECT_EQ(RunToEnd("exit 3"), "a Failed");
+  EXPECT_EQ(LogCount("Task 'a' failed: exit status 3 after "), 1u);
+}
+
+TEST_F(Run, IsFailedAfterASignal) {
+  EXPECT_EQ(RunToEnd("kill -9 $$"), "a Failed");
+  EXPECT_EQ(LogCount("Task 'a' failed: signal 9 (Killed) after "), 1u);
+}
+
+TEST_F(Run, IsFailedWithoutAJobFile) {
+  m_Scheduler.AddStoredTask("a");
+  StartSupervisor();
+  Dispatch("a");
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), std::vector<std::string>{"a Failed"});
+  EXPECT_EQ(m_Log.Messages(ALogger::Error).size(), 1u);
+  EXPECT_EQ(LogCount("Task 'a' failed: cannot open the job file " +
+                     (m_Directory / "jobs/a.job").string() + ": No such file or directory"),
+            1u);
+}
+
+TEST_F(Run, IsFailedWithABadJobFile) {
+  EXPECT_EQ(RunToEnd("exit 0", "timeot = 5"), "a Failed");
+  EXPECT_EQ(LogCount("a.job:4: unknown key \"timeot\""), 1u);
+}
+
+TEST_F(Run, IsFailedWhenThereIsNoSuchCommand) {
+  for (const char* command : {"/nonexistent/command", "nonexistent-command"}) {
+    SCOPED_TRACE(command);
+    m_Directory.Write("jobs/a.job", std::string("[Job]\ncommand = ") + command + "\n");
+    m_Scheduler.AddStoredTask("a");
+    const std::size_t before = m_Scheduler.States().size();
+    if (!m_Supervisor) {
+      StartSupervisor();
+    }
+    Dispatch("a");
+    ASSERT_EQ(m_Scheduler.WaitForStates(before + 1).size(), before + 1);
+    EXPECT_EQ(m_Scheduler.States().back(), "a Failed");
+    EXPECT_EQ(LogCount("Task 'a' failed: cannot run the job's command: No such file or directory"),
+              before + 1);
+  }
+}
+
+TEST_F(Run, IsFailedWhenTheCommandMayNotBeExecuted) {
+  m_Directory.Write("file", "");
+  m_Directory.Write("jobs/a.job", "[Job]\ncommand = " + (m_Directory / "file").string() + "\n");
+  m_Scheduler.AddStoredTask("a");
+  StartSupervisor();
+  Dispatch("a");
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), std::vector<std::string>{"a Failed"});
+  EXPECT_EQ(LogCount("cannot run the job's command: Permission denied"), 1u);
+}
+
+TEST_F(Run, IsFailedWhenTheDirectoryIsMissing) {
+  EXPECT_EQ(RunToEnd("exit 0", "directory = /nonexistent"), "a Failed");
+  EXPECT_EQ(LogCount("cannot enter the job's directory: No such file or directory"), 1u);
+}
+
+TEST_F(Run, IsFailedWhenThereIsNoSuchUser) {
+  EXPECT_EQ(RunToEnd("exit 0", "user = nosuchuser"), "a Failed");
+  EXPECT_EQ(LogCount("user: there is no user \"nosuchuser\""), 1u);
+}
+
+// Root runs it as that user, everybody else is told that it cannot.
+TEST_F(Run, BecomesAnotherUserForRootAlone) {
+  const std::string state = RunToEnd(
+      "id -u; id -G; echo $HOME $USER; touch /root/nox && exit 1; exit 0", "user = nobody");
+  if (geteuid() == 0) {
+    EXPECT_EQ(state, "a Ok") << Output("a");
+    EXPECT_EQ(Output("a").find("65534\n65534\n/nonexistent nobody\n"), 0u) << Output("a");
+  } else {
+    EXPECT_EQ(state, "a Failed");
+    EXPECT_EQ(LogCount("user: only an agent that runs as root"), 1u);
+  }
+}
+
+TEST_F(Run, WorksInTheJobsDirectory) {
+  EXPECT_EQ(RunToEnd("pwd", "directory = /usr"), "a Ok");
+  EXPECT_EQ(Output("a").find("/usr\n"), 0u) << Output("a");
+}
+
+TEST_F(Run, HasAnEnvironmentOfItsOwn) {
+  ASSERT_EQ(setenv("NOX_TEST_LEAK", "leaked", 1), 0);
+  EXPECT_EQ(RunToEnd("env"), "a Ok");
+  (void)unsetenv("NOX_TEST_LEAK");
+  const std::string output = "\n" + Output("a");
+  EXPECT_EQ(output.find("NOX_TEST_LEAK"), std::string::npos);
+  for (const char* part : {"\nPATH=", "\nHOME=/", "\nSHELL=/", "\nNOX_TASK_ID=a\n",
+                           "\nNOX_LATE=0\n", "\nNOX_RUN_ID=", "\nGATE=/"}) {
+    EXPECT_NE(output.find(part), std::string::npos) << part << " is missing in " << output;
+  }
+}
+
+TEST_F(Run, StartsLikeAFreshProgram) {
+  const CFileDescriptor leak(dup(STDERR_FILENO));  // without close-on-exec
+  EXPECT_EQ(RunToEnd("ls -1 /proc/self/fd | wc -l; read line || echo at end\n"
+                     "grep -E 'Sig(Blk|Ign)' /proc/self/status\n"
+                     "ps -o sid=,pgid= -p $$ | awk -v me=$$ '{print ($1 == me && $2 == me)}'\n"
+                     "umask; ls -l /proc/$$/fd/0 | sed 's/.*-> //'"),
+            "a Ok");
+  // ls has the three streams and the directory it lists.
+  EXPECT_EQ(Output("a").find("4\nat end\nSigBlk:\t0000000000000000\nSigIgn:\t0000000000000000\n"
+                             "1\n0022\n/dev/null\n"),
+            0u)
+      << Output("a");
+}
+
+TEST_F(Run, PutsOutputAndErrorsIntoTheLogAndTheFile) {
+  EXPECT_EQ(RunToEnd("echo one; echo two >&2; printf three"), "a Ok");
+  EXPECT_EQ(Output("a").find("one\ntwo\nthree\n-- "), 0u) << Output("a");
+  for (const char* line : {"Task 'a': one", "Task 'a': two", "Task 'a': three"}) {
+    EXPECT_TRUE(m_Log.Has(ALogger::Information, line)) << line;
+  }
+}
+
+TEST_F(Run, LosesNoneOfItsOutput) {
+  EXPECT_EQ(RunToEnd("seq 1 20000"), "a Ok");
+  EXPECT_EQ(LogCount("Task 'a': 20000"), 1u);
+  EXPECT_EQ(m_Log.CountContaining("Task 'a': "), 20000u);
+  EXPECT_NE(Output("a").find("\n20000\n-- "), std::string::npos);
+  EXPECT_LE(Output("a").size(), COutputFile::KeepBytes);
+}
+
+TEST_F(Run, IsNotOverBeforeItsCommand) {
+  AddJob("a", "exec >&- 2>&-; echo $$ > $STARTED; read line < $GATE");
+  StartSupervisor();
+  Dispatch("a");
+  const std::string pid = Started();
+  EXPECT_TRUE(IsAlive(pid));
+  EXPECT_TRUE(m_Scheduler.States().empty());
+  OpenGate();
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), std::vector<std::string>{"a Ok"});
+  EXPECT_FALSE(IsAlive(pid));
+}
+
+TEST_F(Run, EndsWhatItsCommandLeavesBehind) {
+  AddJob("a",
+         "sh -c 'echo $$ > $STARTED; read line < /dev/null; while :; do sleep 1000; done' &\n"
+         "read line < $GATE; exit 0");
+  StartSupervisor();
+  Dispatch("a");
+  const std::string left = Started();
+  OpenGate();
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), std::vector<std::string>{"a Ok"});
+  EXPECT_FALSE(IsAlive(left));
+}
+
+TEST_F(Run, IsEndedByItsTimeout) {
+  EXPECT_EQ(RunToEnd("sleep 1000", "timeout = 1"), "a Failed");
+  EXPECT_EQ(LogCount("Task 'a' failed: ended because its timeout of 1 s was over after 1."), 1u);
+}
+
+TEST_F(Run, IsFailedByItsTimeoutEvenIfItThenExitsWithZero) {
+  EXPECT_EQ(RunToEnd("trap 'exit 0' TERM; sleep 1000 & wait", "timeout = 1"), "a Failed");
+}
+
+TEST_F(Run, IsKilledWithAllItsProcessesWhenItDoesNotEnd) {
+  AddJob("a",
+         "trap '' TERM\n"
+         "sh -c 'trap \"\" TERM; echo $$ > $STARTED; while :; do sleep 1; done' &\n"
+         "timeout 1000 sh -c 'trap \"\" TERM; echo $$ > $STARTED; while :; do sleep 1; done' &\n"
+         "wait; while :; do sleep 1; done",
+         "timeout = 1");
+  StartSupervisor(std::chrono::milliseconds(100));
+  Dispatch("a");
+  const std::string first = Started();
+  const std::string second = Started();  // in a process group of its own
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), std::vector<std::string>{"a Failed"});
+  EXPECT_FALSE(IsAlive(first));
+  EXPECT_FALSE(IsAlive(second));
+  EXPECT_EQ(LogCount("Task 'a' does not end when asked to: killing it"), 1u);
+}
+
+TEST_F(Run, EndsAlsoWhenItWasStopped) {
+  EXPECT_EQ(RunToEnd("kill -STOP $$", "timeout = 1"), "a Failed");
+  EXPECT_EQ(LogCount("killing it"), 0u);
+}
+
+TEST_F(Run, IsEndedAtTheEndOfItsActivePeriod) {
+  AddJob("a", "sleep 1000");
+  const long begin = BaseSDK::ADateTime::Now().GetTime() - 57;
+  m_Scheduler.AddStoredTask(
+      "a", "<Task><Schedule><Trigger Type='0' Duration='1' KillAtEnd='1'><BeginDate>" +
+               BaseSDK::ADateTime(begin).ToString("%Y/%m/%d %H:%M:%S").ToUtf8() +
+               "</BeginDate></Trigger></Schedule></Task>");
+  StartSupervisor();
+  Dispatch("a", true, true);
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), std::vector<std::string>{"a Failed"});
+  EXPECT_EQ(LogCount("ended because its active period was over"), 1u);
+  // Not time(): that may lag by a tick.
+  EXPECT_GE(std::chrono::system_clock::now().time_since_epoch(), std::chrono::seconds(begin + 60));
+}

@@ -1,0 +1,90 @@
+#include "tests/agent/handler/run/SupervisorFixture.h"
+
+#include <poll.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "agent/handler/system/ProcessHandle.h"
+#include "agent/handler/system/ProcessTable.h"
+
+using BaseSDK::AString;
+
+namespace {
+
+AString Text(const std::filesystem::path& path) {
+  return AString(path.c_str());
+}
+
+}  // namespace
+
+SupervisorFixture::SupervisorFixture()
+    : m_Started((m_Directory / "started").string()), m_Gate((m_Directory / "gate").string()) {
+  for (const char* name : {"jobs", "output", "records"}) {
+    std::filesystem::create_directory(m_Directory / name);
+  }
+  (void)chmod(m_Directory.Path().c_str(), 0755);  // jobs of another user reach their pipes
+}
+
+SupervisorFixture::~SupervisorFixture() {
+  if (m_Supervisor) {
+    EXPECT_TRUE(m_Supervisor->Stop());
+  }
+}
+
+void SupervisorFixture::AddJob(const std::string& name, const std::string& script,
+                               const std::string& keys) {
+  m_Directory.Write("jobs/" + name + ".sh", script + "\n");
+  m_Directory.Write(
+      "jobs/" + name + ".job",
+      "[Job]\ncommand = /bin/sh\narguments = " + (m_Directory / ("jobs/" + name + ".sh")).string() +
+          "\n" + keys + "\n[Environment]\nSTARTED = " + m_Started.Path() +
+          "\nGATE = " + m_Gate.Path() + "\n");
+  m_Scheduler.AddStoredTask(name);
+}
+
+void SupervisorFixture::Dispatch(const std::string& name, bool neverRun, bool killAtEnd) {
+  m_Supervisor->Post({{AString(name.c_str()), false, neverRun, killAtEnd}});
+}
+
+void SupervisorFixture::StartSupervisor(std::chrono::milliseconds killGrace, std::size_t maxRuns) {
+  CHandlerSettings settings;
+  settings.m_JobPath = Text(m_Directory / "jobs");
+  settings.m_OutputPath = Text(m_Directory / "output");
+  settings.m_RecordPath = Text(m_Directory / "records");
+  settings.m_SchedulerClassId = "{5E0C8B0E-8A57-4D0B-9A7B-0B6E6F1D2A31}";
+  settings.m_KillGrace = killGrace;
+  settings.m_MaxRuns = maxRuns;
+  m_Supervisor = std::make_unique<CSupervisor>(settings);
+  m_Supervisor->Start();
+}
+
+std::string SupervisorFixture::RunToEnd(const std::string& script, const std::string& keys) {
+  AddJob("a", script, keys);
+  StartSupervisor();
+  Dispatch("a");
+  const auto states = m_Scheduler.WaitForStates(1);
+  return states.size() == 1 ? states[0] : "not one state";
+}
+
+std::string SupervisorFixture::Output(const std::string& name) const {
+  return m_Directory.Has("output/" + name + ".log") ? m_Directory.Read("output/" + name + ".log")
+                                                    : std::string();
+}
+
+unsigned SupervisorFixture::LogCount(const std::string& part) const {
+  return m_Log.CountContaining(AString(part.c_str()));
+}
+
+bool SupervisorFixture::IsAlive(const std::string& pid) {
+  const auto process = CProcessTable::Find(std::stoi(pid));
+  return process && process->m_State != 'Z';
+}
+
+bool SupervisorFixture::WaitForEnd(const std::string& pid) {
+  const CFileDescriptor handle = CProcessHandle::Open(std::stoi(pid));
+  pollfd end{handle.Get(), POLLIN, 0};
+  constexpr int kPatienceMilliseconds = 120000;
+  return !handle || poll(&end, 1, kPatienceMilliseconds) == 1;
+}

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+
+#include "agent/handler/run/Supervisor.h"
+#include "tests/agent/handler/FakeScheduler.h"
+#include "tests/agent/handler/Fifo.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/TempDir.h"
+
+// A supervisor with its directories, and jobs that are shell scripts. In a script, $STARTED is the
+// pipe that Started() reads, and $GATE the one that OpenGate() writes.
+class SupervisorFixture : public testing::Test {
+ protected:
+  SupervisorFixture();
+  ~SupervisorFixture() override;
+
+  // The task "name", known to the scheduler, whose job runs the script; `keys` are further lines of
+  // the job's section.
+  void AddJob(const std::string& name, const std::string& script, const std::string& keys = "");
+  void Dispatch(const std::string& name, bool neverRun = true, bool killAtEnd = false);
+  void StartSupervisor(std::chrono::milliseconds killGrace = std::chrono::seconds(20),
+                       std::size_t maxRuns = 200);
+  // Runs one job to its end; the state it ended in.
+  std::string RunToEnd(const std::string& script, const std::string& keys = "");
+
+  // What the next started job says.
+  std::string Started() { return m_Started.ReadLine(); }
+  void OpenGate() { m_Gate.WriteLine(); }
+  std::string Output(const std::string& name) const;
+  unsigned LogCount(const std::string& part) const;
+  // Whether the process is alive (one that has ended and is not yet forgotten is not).
+  static bool IsAlive(const std::string& pid);
+  // Waits until it is not.
+  static bool WaitForEnd(const std::string& pid);
+
+  TestSupport::TempDir m_Directory;
+  TestSupport::LogCapture m_Log;
+  FakeScheduler m_Scheduler;
+  Fifo m_Started;
+  Fifo m_Gate;
+  std::unique_ptr<CSupervisor> m_Supervisor;
+};

@@ -1,0 +1,265 @@
+#include "agent/handler/run/Supervisor.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "tests/agent/handler/run/SupervisorFixture.h"
+
+using States = std::vector<std::string>;
+
+namespace {
+
+class Supervisor : public SupervisorFixture {
+ protected:
+  // A job that says its process number and goes on until the gate opens.
+  void AddGatedJob(const std::string& name, const std::string& keys = "") {
+    AddJob(name, "echo $$ > $STARTED; read line < $GATE", keys);
+  }
+  // Returns when the supervisor has looked at everything posted so far.
+  void Settle() {
+    AddJob("settle", "exit 0");
+    const std::size_t before = m_Scheduler.States().size();
+    Dispatch("settle");
+    (void)m_Scheduler.WaitForStates(before + 1);
+  }
+  static States Without(States states, const std::string& unwanted) {
+    std::erase(states, unwanted);
+    return states;
+  }
+};
+
+}  // namespace
+
+TEST_F(Supervisor, RunsManyTasksAtOnce) {
+  constexpr int kTasks = 40;
+  std::vector<CTaskBatch::CEntry> batch;
+  for (int i = 0; i < kTasks; ++i) {
+    const std::string name = "task" + std::to_string(i);
+    AddGatedJob(name);
+    batch.push_back({BaseSDK::AString(name.c_str()), false, true, false});
+  }
+  StartSupervisor();
+  m_Supervisor->Post(batch);
+  for (int i = 0; i < kTasks; ++i) {
+    ASSERT_NE(Started(), "");
+  }
+  for (int i = 0; i < kTasks; ++i) {
+    OpenGate();
+  }
+  States states = m_Scheduler.WaitForStates(kTasks);
+  EXPECT_EQ(std::count_if(states.begin(), states.end(),
+                          [](const std::string& state) { return state.ends_with(" Ok"); }),
+            kTasks);
+}
+
+TEST_F(Supervisor, LetsTasksWaitWhenAsManyRunAsMay) {
+  for (const char* name : {"a", "b", "c"}) {
+    AddJob(name, "echo $NOX_TASK_ID > $STARTED; read line < $GATE");
+  }
+  StartSupervisor(std::chrono::seconds(20), 1);
+  Dispatch("a");
+  EXPECT_EQ(Started(), "a");
+  Dispatch("c");
+  Dispatch("b");
+  Dispatch("c", false);
+  OpenGate();
+  EXPECT_EQ(Started(), "c");
+  EXPECT_EQ(m_Scheduler.States(), States{"a Ok"});
+  OpenGate();
+  EXPECT_EQ(Started(), "b");
+  OpenGate();
+  EXPECT_EQ(m_Scheduler.WaitForStates(3), (States{"a Ok", "c Ok", "b Ok"}));
+  EXPECT_EQ(LogCount("as many runs go on as may"), 2u);
+  EXPECT_EQ(LogCount("Task 'c' is due, but is waiting to start already"), 1u);
+}
+
+TEST_F(Supervisor, StartsNoneThatWaitWhenItStops) {
+  AddGatedJob("a");
+  AddGatedJob("b");
+  StartSupervisor(std::chrono::seconds(20), 1);
+  m_Supervisor->Post({{"a", false, true, false}, {"b", false, true, false}});
+  (void)Started();
+  ASSERT_TRUE(m_Supervisor->Stop());
+  EXPECT_EQ(m_Scheduler.States(), States{"a Failed"});
+}
+
+TEST_F(Supervisor, KnowsWhatRuns) {
+  AddGatedJob("a");
+  StartSupervisor();
+  Dispatch("a");
+  const std::string pid = Started();
+  Settle();
+  const auto running = m_Supervisor->Running();
+  const auto found = std::find_if(running.begin(), running.end(), [](const auto& run) {
+    return run.m_TaskId == BaseSDK::AString("a");
+  });
+  ASSERT_NE(found, running.end());
+  EXPECT_EQ(std::to_string(found->m_Pid), pid);
+  EXPECT_TRUE(m_Supervisor->IsBusy());
+  OpenGate();
+}
+
+TEST_F(Supervisor, StartsNoSecondCopyWhenTheReloadDispatchesARunningTaskAgain) {
+  for (const std::string overlap : {"skip", "queue", "kill"}) {
+    SCOPED_TRACE(overlap);
+    AddGatedJob(overlap, "overlap = " + overlap);
+    if (!m_Supervisor) {
+      StartSupervisor();
+    }
+    const std::size_t before = m_Scheduler.States().size();
+    Dispatch(overlap);
+    const std::string pid = Started();
+    Dispatch(overlap, true);
+    Settle();
+    EXPECT_TRUE(IsAlive(pid));
+    OpenGate();
+    const States states = m_Scheduler.WaitForStates(before + 2);
+    EXPECT_EQ(states.back(), overlap + " Ok");
+    Settle();
+    EXPECT_FALSE(m_Started.HasLine());
+  }
+}
+
+TEST_F(Supervisor, LeavesARepetitionOutWhenTheJobWantsThat) {
+  AddGatedJob("a", "overlap = skip");
+  StartSupervisor();
+  Dispatch("a");
+  (void)Started();
+  Dispatch("a", false);
+  Settle();
+  EXPECT_EQ(LogCount("Task 'a' is due, but its previous run goes on: left out"), 1u);
+  OpenGate();
+  EXPECT_EQ(m_Scheduler.WaitForStates(2).back(), "a Ok");
+  Settle();
+  EXPECT_FALSE(m_Started.HasLine());
+}
+
+TEST_F(Supervisor, StartsOneQueuedRepetitionAfterTheRun) {
+  AddGatedJob("a", "overlap = queue");
+  StartSupervisor();
+  Dispatch("a");
+  const std::string first = Started();
+  Dispatch("a", false);
+  Dispatch("a", false);
+  Settle();
+  EXPECT_FALSE(m_Started.HasLine());
+  OpenGate();
+  const std::string second = Started();
+  EXPECT_NE(first, second);
+  EXPECT_FALSE(IsAlive(first));
+  // The state on record is that of the second run, which goes on: still "Started".
+  EXPECT_EQ(m_Scheduler.States(), States{"settle Ok"});
+  OpenGate();
+  EXPECT_EQ(m_Scheduler.WaitForStates(2), (States{"settle Ok", "a Ok"}));
+  Settle();
+  EXPECT_FALSE(m_Started.HasLine());
+}
+
+TEST_F(Supervisor, EndsTheRunForARepetitionWhenTheJobWantsThat) {
+  AddGatedJob("a", "overlap = kill");
+  StartSupervisor();
+  Dispatch("a");
+  const std::string first = Started();
+  Dispatch("a", false);
+  const std::string second = Started();
+  EXPECT_FALSE(IsAlive(first));
+  EXPECT_TRUE(m_Scheduler.States().empty());
+  OpenGate();
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Ok"});
+  EXPECT_NE(first, second);
+  EXPECT_EQ(LogCount("ended because the task came due again"), 1u);
+}
+
+TEST_F(Supervisor, ReportsAStateAgainThatTheSchedulerCouldNotTake) {
+  m_Scheduler.HoldTasks(false);
+  AddJob("a", "exit 0");
+  StartSupervisor();
+  Dispatch("a");
+  ASSERT_TRUE(m_Scheduler.WaitForOffers(2));
+  EXPECT_TRUE(m_Scheduler.States().empty());
+  m_Scheduler.HoldTasks(true);
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Ok"});
+}
+
+TEST_F(Supervisor, ReportsAStateWhenTheSchedulerIsBack) {
+  m_Scheduler.BeThere(false);
+  AddJob("a", "exit 0");
+  StartSupervisor();
+  Dispatch("a");
+  ASSERT_TRUE(m_Scheduler.WaitForOffers(2));
+  m_Scheduler.BeThere(true);
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Ok"});
+}
+
+// Between the end of a run and the record of it the reload may have read "Started" once more.
+TEST_F(Supervisor, StartsNothingForAReloadThatMissedTheStateOfTheRun) {
+  m_Scheduler.HoldTasks(false);
+  AddJob("a", "echo run > $STARTED");
+  StartSupervisor();
+  Dispatch("a");
+  EXPECT_EQ(Started(), "run");
+  ASSERT_TRUE(m_Scheduler.WaitForOffers(2));
+  Dispatch("a", true);
+  ASSERT_TRUE(m_Scheduler.WaitForOffers(5));
+  m_Scheduler.HoldTasks(true);
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Ok"});
+  Settle();
+  EXPECT_FALSE(m_Started.HasLine());
+}
+
+TEST_F(Supervisor, DropsTheStateOfATaskThatIsGone) {
+  AddJob("a", "exit 0");
+  m_Scheduler.RemoveTask("a");
+  StartSupervisor();
+  Dispatch("a");
+  ASSERT_TRUE(m_Scheduler.WaitForOffers(1));
+  Settle();
+  EXPECT_EQ(m_Scheduler.States(), States{"settle Ok"});
+  EXPECT_EQ(LogCount("The scheduler did not take the state 'Ok' of task 'a'"), 1u);
+}
+
+TEST_F(Supervisor, EndsAllRunsWhenItStops) {
+  AddGatedJob("a", "overlap = queue");
+  StartSupervisor();
+  Dispatch("a");
+  const std::string pid = Started();
+  Dispatch("a", false);
+  ASSERT_TRUE(m_Supervisor->Stop());
+  EXPECT_FALSE(IsAlive(pid));
+  EXPECT_EQ(m_Scheduler.States(), States{"a Failed"});
+  EXPECT_EQ(LogCount("Task 'a' failed: ended because the command handler stops"), 1u);
+  EXPECT_FALSE(m_Supervisor->IsBusy());
+  EXPECT_FALSE(m_Started.HasLine());
+  EXPECT_TRUE(std::filesystem::is_empty(m_Directory / "records"));
+}
+
+TEST_F(Supervisor, StopsThoughARunIgnoresThat) {
+  AddJob("a", "trap '' TERM; echo $$ > $STARTED; while :; do sleep 1; done");
+  StartSupervisor(std::chrono::milliseconds(100));
+  Dispatch("a");
+  const std::string pid = Started();
+  ASSERT_TRUE(m_Supervisor->Stop());
+  EXPECT_FALSE(IsAlive(pid));
+}
+
+TEST_F(Supervisor, NotesARunForAsLongAsItGoesOn) {
+  AddGatedJob("a");
+  StartSupervisor();
+  Dispatch("a");
+  (void)Started();
+  EXPECT_TRUE(m_Directory.Has("records/a.run"));
+  OpenGate();
+  (void)m_Scheduler.WaitForStates(1);
+  EXPECT_FALSE(m_Directory.Has("records/a.run"));
+}
+
+TEST_F(Supervisor, RunsNothingThatItCannotNote) {
+  AddGatedJob("a");
+  std::filesystem::remove(m_Directory / "records");
+  StartSupervisor();
+  Dispatch("a");
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Failed"});
+  EXPECT_EQ(LogCount("cannot note the run on disk: No such file or directory"), 1u);
+  EXPECT_FALSE(m_Started.HasLine());
+}

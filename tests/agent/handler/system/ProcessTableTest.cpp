@@ -1,0 +1,98 @@
+#include "agent/handler/system/ProcessTable.h"
+
+#include <gtest/gtest.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <string>
+
+namespace {
+
+// A process in a session of its own that waits to be killed.
+class Waiter {
+ public:
+  explicit Waiter(const char* name = "waiter") {
+    int ready[2];
+    if (pipe(ready) != 0) {
+      std::abort();
+    }
+    m_Pid = fork();
+    if (m_Pid == 0) {
+      (void)setsid();
+      (void)prctl(PR_SET_NAME, name);
+      (void)!write(ready[1], "r", 1);
+      for (;;) {
+        (void)pause();
+      }
+    }
+    char byte = 0;
+    (void)!read(ready[0], &byte, 1);
+    (void)close(ready[0]);
+    (void)close(ready[1]);
+  }
+  ~Waiter() {
+    Kill();
+    (void)waitpid(m_Pid, nullptr, 0);
+  }
+  // Dead, but not forgotten: what a process is until its parent asks.
+  void Kill() const {
+    (void)kill(m_Pid, SIGKILL);
+    siginfo_t info{};
+    (void)waitid(P_PID, static_cast<id_t>(m_Pid), &info, WEXITED | WNOWAIT);
+  }
+  pid_t Pid() const { return m_Pid; }
+
+ private:
+  pid_t m_Pid;
+};
+
+}  // namespace
+
+TEST(ProcessTable, FindsTheTestItself) {
+  const auto self = CProcessTable::Find(getpid());
+  ASSERT_TRUE(self.has_value());
+  EXPECT_EQ(self->m_Pid, getpid());
+  EXPECT_EQ(self->m_Group, getpgrp());
+  EXPECT_EQ(self->m_Session, getsid(0));
+  EXPECT_EQ(self->m_State, 'R');
+  EXPECT_GT(self->m_StartTicks, 0u);
+  EXPECT_EQ(CProcessTable::Find(getpid())->m_StartTicks, self->m_StartTicks);
+}
+
+TEST(ProcessTable, ReadsPastAnyName) {
+  const Waiter waiter(") Z 1 2 (");
+  const auto process = CProcessTable::Find(waiter.Pid());
+  ASSERT_TRUE(process.has_value());
+  EXPECT_EQ(process->m_Session, waiter.Pid());
+  EXPECT_TRUE(process->m_State == 'S' || process->m_State == 'R') << process->m_State;
+}
+
+TEST(ProcessTable, KnowsWhoIsGone) {
+  pid_t pid = 0;
+  {
+    const Waiter waiter;
+    pid = waiter.Pid();
+  }
+  EXPECT_FALSE(CProcessTable::Find(pid).has_value());
+  EXPECT_FALSE(CProcessTable::HasVariable(pid, "PATH=/"));
+}
+
+TEST(ProcessTable, ListsASessionWithoutThoseThatHaveEnded) {
+  const Waiter waiter;
+  const auto session = CProcessTable::OfSession(waiter.Pid());
+  ASSERT_EQ(session.size(), 1u);
+  EXPECT_EQ(session[0].m_Pid, waiter.Pid());
+  waiter.Kill();
+  EXPECT_TRUE(CProcessTable::OfSession(waiter.Pid()).empty());
+  EXPECT_EQ(CProcessTable::Find(waiter.Pid())->m_State, 'Z');
+}
+
+TEST(ProcessTable, NamesTheBootInOneWord) {
+  const std::string id = CProcessTable::BootId();
+  EXPECT_EQ(id.size(), 36u);
+  EXPECT_EQ(id.find_first_of(" \n"), std::string::npos);
+  EXPECT_EQ(CProcessTable::BootId(), id);
+}
