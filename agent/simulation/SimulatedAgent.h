@@ -1,0 +1,69 @@
+// A whole agent in one process that owns its time: the real scheduler, loaded from its shared
+// object, with files in memory, a simulated host and a simulated handler around it.
+#pragma once
+
+#include <AgentInterfacesV3/AMsgQueue.h>
+#include <BaseSDK/AMemoryFileSystem.h>
+#include <BaseSDK/AString.h>
+
+#include <map>
+#include <optional>
+#include <string>
+
+#include "agent/daemon/plugins/PluginLibrary.h"
+#include "agent/simulation/SimulatedHandler.h"
+#include "agent/simulation/SimulatedHost.h"
+#include "agent/simulation/SimulationLog.h"
+#include "agent/simulation/SimulationRequest.h"
+
+namespace NoxAgent {
+
+// One at a time; it belongs to one thread, which controls the clock from then on.
+class SimulatedAgent {
+ public:
+  using Attributes = std::map<std::string, std::string>;
+
+  // Sets the clock to the beginning and starts the scheduler on copies of the documents, its gate
+  // closed. Throws AgentError when the scheduler cannot be loaded.
+  explicit SimulatedAgent(const SimulationRequest& request);
+  ~SimulatedAgent();
+  SimulatedAgent(const SimulatedAgent&) = delete;
+  SimulatedAgent& operator=(const SimulatedAgent&) = delete;
+
+  // The agent has started: the gate opens, which is not logged.
+  void FinishStart();
+  // As a policy refresh does it.
+  void OpenGate();
+  void CloseGate();
+
+  // The scheduler's report on a task; nothing when it holds no such task.
+  std::optional<Attributes> AttributesOf(const std::string& task);
+
+  SimulationLog& Log() { return m_Log; }
+
+ private:
+  // The files in memory are in force while this lives.
+  class FilesInForce {
+   public:
+    explicit FilesInForce(BaseSDK::AFileSystem& files);
+    ~FilesInForce();
+    FilesInForce(const FilesInForce&) = delete;
+    FilesInForce& operator=(const FilesInForce&) = delete;
+
+   private:
+    BaseSDK::AFileSystem* const m_Before;
+  };
+
+  void Notify(long kind);
+  void Report(const std::string& task, const std::string& state);
+
+  BaseSDK::AMemoryFileSystem m_Files;
+  FilesInForce m_InForce;
+  SimulationLog m_Log;
+  SimulatedHandler m_Handler;
+  SimulatedHost m_Host;
+  PluginLibrary m_Scheduler;
+  Corvane::AgentInterfacesV3::AMsgQueue m_Queue;
+};
+
+}  // namespace NoxAgent

@@ -1,0 +1,35 @@
+// What has happened so far in a simulation, in the order in which it happened.
+#pragma once
+
+#include <BaseSDK/AMutex.h>
+#include <BaseSDK/ThreadAnnotations.h>
+
+#include <vector>
+
+#include "agent/simulation/SimulationEvent.h"
+
+namespace NoxAgent {
+
+// [any thread]
+class SimulationLog {
+ public:
+  // Notes that it happens now, by the simulated clock; of a ClockSet, which is yet to be made, by
+  // the clock as it will then be. A notification that was posted in this second already is counted
+  // there.
+  void Add(SimulationEvent event);
+  // The same for an event that is no more than its kind.
+  void Add(SimulationEvent::Kind kind);
+
+  std::vector<SimulationEvent> Events() const;
+  // How many of them are runs.
+  unsigned Runs() const;
+
+ private:
+  bool CountAgain(const SimulationEvent& event) NOX_REQUIRES(m_Lock);
+
+  mutable BaseSDK::AMutex m_Lock;
+  std::vector<SimulationEvent> m_Events NOX_GUARDED_BY(m_Lock);
+  unsigned m_Runs NOX_GUARDED_BY(m_Lock) = 0;
+};
+
+}  // namespace NoxAgent

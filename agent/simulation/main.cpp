@@ -1,0 +1,54 @@
+// nox-simulate: reads a request from standard input, answers in lines of JSON on standard output.
+// noxctl runs it; it is a program of its own because virtual time owns the time of its process.
+#include <BaseSDK/ALogConfig.h>
+
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+
+#include "agent/simulation/Simulation.h"
+
+namespace {
+
+using nlohmann::json;
+using NoxAgent::SimulationEvent;
+using NoxAgent::SimulationRequest;
+
+void Print(const json& line) {
+  std::cout << line.dump(-1, ' ', false, json::error_handler_t::replace) << '\n';
+}
+
+void Print(const std::vector<SimulationEvent>& events) {
+  for (const SimulationEvent& event : events) Print(ToJson(event));
+}
+
+void Answer(const SimulationRequest& request) {
+  switch (request.m_Command) {
+    case SimulationRequest::Command::Simulate:
+      return Print(NoxAgent::Simulate(request));
+    case SimulationRequest::Command::Next: {
+      const NoxAgent::NextRuns answer = NoxAgent::FindNextRuns(request);
+      Print(answer.m_Runs);
+      return Print({{"searchedUntil", answer.m_SearchedUntil}});
+    }
+    case SimulationRequest::Command::Explain:
+      return Print(ToJson(NoxAgent::FindTaskFacts(request)));
+  }
+}
+
+}  // namespace
+
+int main() {
+  try {
+    // Without TZ the C library looks at the zone file on every conversion of a local time.
+    (void)::setenv("TZ", ":/etc/localtime", 0);
+    BaseSDK::ALogConfig::SetDefaultLevel(BaseSDK::ALogger::Error);
+    std::ios::sync_with_stdio(false);
+    Answer(NoxAgent::SimulationRequestFrom(json::parse(std::cin)));
+    std::cout.flush();
+    return std::cout ? EXIT_SUCCESS : EXIT_FAILURE;
+  } catch (const std::exception& error) {
+    std::cerr << error.what() << '\n';
+    return EXIT_FAILURE;
+  }
+}
