@@ -1,0 +1,25 @@
+// The time zone that a command was given with --zone.
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace NoxAgent {
+
+// In force as the process's zone (TZ) while it lives, for this process and those that it starts.
+// No other thread may work with local time while one begins or ends.
+class ChosenZone {
+ public:
+  // A name such as "Europe/Berlin" or a rule such as "CET-1CEST,M3.5.0,M10.5.0/3"; empty: the zone
+  // stays as it is. CommandError (Usage) for what is neither: the C library would take it for UTC.
+  explicit ChosenZone(const std::string& zone);
+  ~ChosenZone();
+  ChosenZone(const ChosenZone&) = delete;
+  ChosenZone& operator=(const ChosenZone&) = delete;
+
+ private:
+  const bool m_Changes;
+  std::optional<std::string> m_Before;
+};
+
+}  // namespace NoxAgent

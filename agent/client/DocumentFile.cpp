@@ -1,0 +1,39 @@
+#include "agent/client/DocumentFile.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+
+#include "agent/client/ExitCode.h"
+#include "agent/document/TaskDocumentCheck.h"
+
+namespace NoxAgent {
+
+namespace {
+
+[[noreturn]] void FailToRead(const std::string& name) {
+  const char* const reason = std::strerror(errno);
+  throw CommandError(ExitCode::Usage, "cannot read " + name + ": " + reason +
+                                          "; name a readable file, or - for standard input");
+}
+
+std::string ReadBounded(std::istream& in) {
+  std::string text(kMaxTaskDocumentBytes + 1, '\0');
+  in.read(text.data(), static_cast<std::streamsize>(text.size()));
+  text.resize(static_cast<std::size_t>(in.gcount()));
+  return text;
+}
+
+}  // namespace
+
+BaseSDK::AString ReadDocument(const std::string& name, std::istream& standardInput) {
+  if (name == "-") return BaseSDK::AString::FromUtf8(ReadBounded(standardInput));
+  errno = 0;
+  std::ifstream file(name, std::ios::binary);
+  if (!file) FailToRead(name);
+  const std::string text = ReadBounded(file);
+  if (file.bad()) FailToRead(name);
+  return BaseSDK::AString::FromUtf8(text);
+}
+
+}  // namespace NoxAgent

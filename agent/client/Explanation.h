@@ -1,0 +1,52 @@
+// Why a task runs or does not run at one moment, in sentences.
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "agent/client/RuleWords.h"
+#include "agent/client/TaskSummary.h"
+#include "agent/simulation/SimulationRequest.h"
+#include "agent/simulation/TaskFacts.h"
+
+namespace NoxAgent {
+
+class Explanation {
+ public:
+  enum class Gate { Open, Closed, Assumed };
+
+  // The words come from the document, what is due and what comes next from `facts`, which are of
+  // this document. Local time (TZ).
+  Explanation(const SimulationRequest::Document& task, const TaskFacts& facts, Gate gate);
+
+  // One sentence or two a line.
+  void Print(std::ostream& out) const;
+  nlohmann::json ToJson() const;
+
+  // The last line: whether the task runs at the moment, and why.
+  std::string Verdict() const;
+
+ private:
+  std::string GateLine() const;
+  std::string LastRunLine() const;
+  bool RanAtThisMoment() const;
+  std::vector<std::string> TriggerLines(std::size_t index) const;
+  std::string DayLine(const RuleWords& words) const;
+  std::string StartLine(const RuleWords& words, bool due) const;
+  std::string NextLine(std::size_t index) const;
+  std::string RunWords() const;
+  std::string WhyNot() const;
+  std::vector<std::string> Lines() const;
+  long NextRun() const;
+
+  const std::string m_Id;
+  const TaskFacts m_Facts;
+  const Gate m_Gate;
+  const std::optional<RunEntry> m_LastRun;
+  std::vector<RuleWords> m_Triggers;
+};
+
+}  // namespace NoxAgent

@@ -1,0 +1,46 @@
+// Turns the agent's notifications into the story of the runs: started, finished, how and how long.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+
+#include "agent/client/TaskSummary.h"
+
+namespace NoxAgent {
+
+struct RunEvent {
+  enum class Kind { Started, Finished, Added, Deleted };
+
+  Kind m_Kind;
+  std::string m_Task;
+  std::chrono::system_clock::time_point m_Time;     // when it was seen
+  RunEntry m_Run;                                   // of Started and Finished
+  std::optional<std::chrono::milliseconds> m_Took;  // of Finished, when the start can be read
+};
+
+class RunWatcher {
+ public:
+  using Clock = std::chrono::system_clock;
+
+  // Remembers a task's run from before, so that it is not told again.
+  void Know(const std::string& task, const std::string& taskXml);
+
+  // A task's document was changed or added: what happened to its run, if anything did. A run that
+  // was over before anyone looked is told as finished only.
+  std::optional<RunEvent> Changed(const std::string& task, const std::string& taskXml,
+                                  Clock::time_point now);
+  void Forget(const std::string& task) { m_Known.erase(task); }
+
+ private:
+  struct Known {
+    RunEntry m_Run;
+    std::optional<Clock::time_point> m_SeenToStart;
+  };
+
+  std::map<std::string, Known> m_Known;
+};
+
+}  // namespace NoxAgent

@@ -1,0 +1,51 @@
+#include "agent/client/TimeArgument.h"
+
+#include <BaseSDK/ADateTime.h>
+
+#include <regex>
+
+#include "agent/client/ExitCode.h"
+
+namespace NoxAgent {
+
+using BaseSDK::ADateTime;
+using BaseSDK::AString;
+
+namespace {
+
+[[noreturn]] void Refuse(const std::string& option, const std::string& text,
+                         const std::string& form) {
+  throw CommandError(ExitCode::Usage,
+                     option + " \"" + text + "\" cannot be read; write it like " + form);
+}
+
+}  // namespace
+
+long ReadTime(const std::string& option, const std::string& text) {
+  static const std::regex kWithoutSeconds(".*[T ][0-9]{2}:[0-9]{2}");
+  const std::string whole = std::regex_match(text, kWithoutSeconds) ? text + ":00" : text;
+  const long seconds = ADateTime(AString::FromUtf8(whole)).GetTime();
+  if (seconds <= 0)
+    Refuse(option, text,
+           "2030-12-31, \"2030-12-31 08:00\" or 2030-12-31T08:00:00, from 1970 to January 2038");
+  return seconds;
+}
+
+SimulationRequest::Span ReadSpan(const std::string& option, const std::string& text) {
+  const std::size_t dots = text.find("..");
+  if (dots == std::string::npos) Refuse(option, text, "2030-12-31T08:00..2030-12-31T09:00");
+  const long first = ReadTime(option, text.substr(0, dots));
+  const long last = ReadTime(option, text.substr(dots + 2));
+  if (last <= first)
+    throw CommandError(ExitCode::Usage, option + " " + text + " ends before it begins");
+  return {first, last};
+}
+
+SimulationRequest::ClockStep ReadClockStep(const std::string& option, const std::string& text) {
+  static const std::regex kStep("(.*)=([+-][0-9]{1,9})");
+  std::smatch parts;
+  if (!std::regex_match(text, parts, kStep)) Refuse(option, text, "2030-12-31T08:00=+3600");
+  return {ReadTime(option, parts[1]), std::stol(parts[2])};
+}
+
+}  // namespace NoxAgent

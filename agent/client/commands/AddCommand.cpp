@@ -1,0 +1,66 @@
+#include <ctime>
+#include <memory>
+
+#include "agent/client/DocumentFile.h"
+#include "agent/client/commands/Commands.h"
+#include "agent/document/AsciiDocument.h"
+#include "agent/document/TaskDocumentCheck.h"
+
+namespace NoxAgent {
+
+namespace {
+
+struct AddOptions {
+  std::string m_File;
+  std::string m_Id;
+  bool m_Force = false;
+};
+
+bool Prevents(const TaskDocumentProblem& problem, bool force) {
+  return problem.m_Severity == TaskDocumentSeverity::Error ||
+         (problem.m_Severity == TaskDocumentSeverity::NeverRuns && !force);
+}
+
+// The agent would say the same; asked here, the answer names the file and needs no agent.
+void Check(const AddOptions& options, const BaseSDK::AString& xml, const CommandContext& context) {
+  const auto problems = CheckTaskDocument(xml, std::time(nullptr));
+  for (const TaskDocumentProblem& problem : problems) {
+    if (!Prevents(problem, options.m_Force)) continue;
+    const bool canForce = problem.m_Severity == TaskDocumentSeverity::NeverRuns;
+    throw CommandError(ExitCode::Usage, options.m_File + ": " +
+                                            DescribeTaskDocumentProblem(problem).ToUtf8() +
+                                            (canForce ? " (--force adds it nevertheless)" : ""));
+  }
+  for (const TaskDocumentProblem& problem : problems)
+    context.m_Err << "noxctl: warning: " << options.m_File << ": "
+                  << DescribeTaskDocumentProblem(problem).ToUtf8() << '\n';
+}
+
+void Add(const AddOptions& options, const CommandContext& context) {
+  const BaseSDK::AString xml = ReadDocument(options.m_File, context.m_In);
+  Check(options, xml, context);
+  AgentApi agent = context.Agent();
+  const std::string id =
+      agent.AddTask(options.m_Id, AsciiDocument(xml).Text().ToUtf8(), options.m_Force);
+  if (context.m_Json)
+    context.PrintJson({{"id", id}});
+  else
+    context.m_Out << id << '\n';
+}
+
+}  // namespace
+
+void AddAddCommand(CLI::App& app, CommandContext& context) {
+  CLI::App* command = app.add_subcommand(
+      "add", "Add a task, or replace the document of an existing one; prints its ID");
+  const auto options = std::make_shared<AddOptions>();
+  command->add_option("FILE", options->m_File, "task document, - for standard input")
+      ->required()
+      ->type_name("");
+  command->add_option("--id", options->m_Id, "the task's ID (default: one is invented)")
+      ->type_name("ID");
+  command->add_flag("--force", options->m_Force, "add a task even if it never runs");
+  command->callback([options, &context] { Add(*options, context); });
+}
+
+}  // namespace NoxAgent

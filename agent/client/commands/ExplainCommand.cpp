@@ -1,0 +1,62 @@
+#include <ctime>
+#include <memory>
+
+#include "agent/client/ChosenZone.h"
+#include "agent/client/Explanation.h"
+#include "agent/client/Simulator.h"
+#include "agent/client/TaskSource.h"
+#include "agent/client/TimeArgument.h"
+#include "agent/client/commands/Commands.h"
+
+namespace NoxAgent {
+
+using nlohmann::json;
+
+namespace {
+
+struct ExplainOptions {
+  std::string m_Task, m_At, m_Zone;
+};
+
+// The scheduler's report on itself says it in its last line.
+Explanation::Gate GateOf(const json& status) {
+  for (const json& plugin : status.value("plugins", json::array())) {
+    const std::string report = plugin.value("report", "");
+    if (report.find("Task processing is enabled.") != std::string::npos)
+      return Explanation::Gate::Open;
+    if (report.find("Task processing is disabled.") != std::string::npos)
+      return Explanation::Gate::Closed;
+  }
+  return Explanation::Gate::Assumed;
+}
+
+void Explain(const ExplainOptions& options, const CommandContext& context) {
+  const ChosenZone zone(options.m_Zone);
+  const TaskSource source = FindTask(options.m_Task, context);
+  SimulationRequest request;
+  request.m_Command = SimulationRequest::Command::Explain;
+  request.m_Documents.push_back(source.m_Document);
+  request.m_From = options.m_At.empty() ? std::time(nullptr) : ReadTime("--at", options.m_At);
+  const Explanation::Gate gate =
+      source.m_FromAgent ? GateOf(context.Agent().Status()) : Explanation::Gate::Assumed;
+  const TaskFacts facts = TaskFactsFrom(AskSimulator(request).at(0));
+  const Explanation explanation(source.m_Document, facts, gate);
+  if (context.m_Json) return context.PrintJson(explanation.ToJson());
+  explanation.Print(context.m_Out);
+}
+
+}  // namespace
+
+void AddExplainCommand(CLI::App& app, CommandContext& context) {
+  CLI::App* command = app.add_subcommand(
+      "explain", "Tell why a task runs or does not run at a moment; a file needs no agent");
+  const auto options = std::make_shared<ExplainOptions>();
+  command->add_option("TASK", options->m_Task, "task document, - for standard input, or task ID")
+      ->required()
+      ->type_name("");
+  command->add_option("--at", options->m_At, "the moment (default: now)")->type_name("TIME");
+  command->add_option("--zone", options->m_Zone, "time zone: a name or a rule")->type_name("ZONE");
+  command->callback([options, &context] { Explain(*options, context); });
+}
+
+}  // namespace NoxAgent

@@ -1,0 +1,103 @@
+#include <algorithm>
+#include <ctime>
+
+#include "agent/client/LocalTime.h"
+#include "agent/client/TaskSummary.h"
+#include "agent/client/TextTable.h"
+#include "agent/client/commands/Commands.h"
+
+namespace NoxAgent {
+
+using nlohmann::json;
+
+namespace {
+
+// Documents can be large: only so many are held at a time.
+constexpr std::ptrdiff_t kDocumentsAtOnce = 100;
+
+void AddSummaries(AgentApi& agent, const std::vector<std::string>& ids,
+                  std::vector<TaskSummary>& tasks) {
+  const auto documents = agent.TaskXmls(ids);
+  const auto reports = agent.TaskAttributes(ids);
+  // A task may go between the two questions, and not every file in the directory is a task.
+  for (std::size_t i = 0; i < ids.size(); ++i)
+    if (documents[i]) tasks.push_back(Summarize(ids[i], *documents[i], reports[i]));
+}
+
+std::vector<TaskSummary> Tasks(AgentApi& agent) {
+  const std::vector<std::string> ids = agent.TaskIds();
+  std::vector<TaskSummary> tasks;
+  for (auto begin = ids.begin(); begin != ids.end();) {
+    const auto count = std::min(kDocumentsAtOnce, ids.end() - begin);
+    AddSummaries(agent, {begin, begin + count}, tasks);
+    begin += count;
+  }
+  return tasks;
+}
+
+std::string StateText(const TaskSummary& task) {
+  if (!task.m_LastRun) return "-";
+  return task.m_LastRun->m_State.empty() ? "?" : task.m_LastRun->m_State;
+}
+
+std::string LastRunText(const TaskSummary& task) {
+  if (!task.m_LastRun) return "never";
+  const long seconds = task.m_LastRun->m_Seconds;
+  return seconds == -1 ? task.m_LastRun->m_Start : LocalTimeText(seconds);
+}
+
+std::string NextRunText(const TaskSummary& task, long now) {
+  if (!task.m_Loaded) return "not loaded yet";
+  if (task.m_NextRun <= 0) return "-";
+  return task.m_NextRun <= now ? "due" : LocalTimeText(task.m_NextRun);
+}
+
+const char* YesOrNo(bool value) {
+  return value ? "yes" : "no";
+}
+
+json TimeOrNull(long seconds) {
+  return seconds > 0 ? json{{"seconds", seconds}, {"local", LocalTimeText(seconds)}} : json();
+}
+
+json ToJson(const TaskSummary& task) {
+  json state, lastRun;
+  if (task.m_LastRun) {
+    state = task.m_LastRun->m_State;
+    lastRun = TimeOrNull(task.m_LastRun->m_Seconds);
+  }
+  return {{"id", task.m_Id},
+          {"enabled", task.m_Enabled},
+          {"state", state},
+          {"lastRun", lastRun},
+          {"nextRun", TimeOrNull(task.m_NextRun)},
+          {"late", task.m_Late},
+          {"loaded", task.m_Loaded}};
+}
+
+void PrintTable(const std::vector<TaskSummary>& tasks, std::ostream& out) {
+  const long now = std::time(nullptr);
+  TextTable table({"ID", "ENABLED", "STATE", "LAST RUN", "NEXT RUN", "LATE"});
+  for (const TaskSummary& task : tasks)
+    table.AddRow({task.m_Id, YesOrNo(task.m_Enabled), StateText(task), LastRunText(task),
+                  NextRunText(task, now), YesOrNo(task.m_Late)});
+  table.Print(out);
+}
+
+void List(const CommandContext& context) {
+  AgentApi agent = context.Agent();
+  const std::vector<TaskSummary> tasks = Tasks(agent);
+  if (!context.m_Json) return PrintTable(tasks, context.m_Out);
+  json list = json::array();
+  for (const TaskSummary& task : tasks) list.push_back(ToJson(task));
+  context.PrintJson(list);
+}
+
+}  // namespace
+
+void AddListCommand(CLI::App& app, CommandContext& context) {
+  CLI::App* command = app.add_subcommand("list", "List the tasks, with their last and next runs");
+  command->callback([&context] { List(context); });
+}
+
+}  // namespace NoxAgent

@@ -1,0 +1,109 @@
+#include <chrono>
+#include <ctime>
+#include <memory>
+
+#include "agent/client/ChosenZone.h"
+#include "agent/client/LocalTime.h"
+#include "agent/client/Simulator.h"
+#include "agent/client/TaskSource.h"
+#include "agent/client/TextTable.h"
+#include "agent/client/TimeArgument.h"
+#include "agent/client/commands/Commands.h"
+#include "agent/simulation/SimulationEvent.h"
+
+namespace NoxAgent {
+
+using nlohmann::json;
+
+namespace {
+
+constexpr long kLastMoment = 2147483647;
+constexpr long kSearchSeconds = 630720000;  // as far as the scheduler itself looks ahead: 7300 days
+constexpr long kYearSeconds = 31556952;
+constexpr unsigned kUsualCount = 5;
+constexpr unsigned kMaxCount = 100000;
+
+struct NextOptions {
+  std::string m_Task, m_From, m_Zone;
+  unsigned m_Count = kUsualCount;
+};
+
+SimulationRequest RequestFor(const NextOptions& options, long now, const CommandContext& context) {
+  SimulationRequest request;
+  request.m_Command = SimulationRequest::Command::Next;
+  request.m_Documents.push_back(FindTask(options.m_Task, context).m_Document);
+  request.m_From = options.m_From.empty() ? now : ReadTime("--from", options.m_From);
+  request.m_To =
+      request.m_From > kLastMoment - kSearchSeconds ? kLastMoment : request.m_From + kSearchSeconds;
+  request.m_Count = options.m_Count;
+  return request;
+}
+
+std::string DistanceText(long seconds) {
+  if (seconds == 0) return "now";
+  const std::string length = DurationText(std::chrono::seconds(std::abs(seconds)));
+  return seconds > 0 ? "in " + length : length + " ago";
+}
+
+void PrintTable(const std::vector<SimulationEvent>& runs, long now, std::ostream& out) {
+  TextTable table({"NEXT RUN", "FROM NOW", "DETAILS"});
+  for (const SimulationEvent& run : runs)
+    table.AddRow({LocalTimeText(run.m_Time), DistanceText(run.m_Time - now), RunFlagsText(run)});
+  table.Print(out);
+}
+
+std::string NoneText(const SimulationRequest& request, bool hasRuns) {
+  const std::string none = hasRuns ? "none after that " : "none ";
+  const long years = (request.m_To - request.m_From + kYearSeconds / 2) / kYearSeconds;
+  if (years < 2) return none + "until " + LocalTimeText(request.m_To);
+  return none + "within " + std::to_string(years) + " years";
+}
+
+json ToJson(const std::vector<SimulationEvent>& runs, long now, long searchedUntil) {
+  json list = json::array();
+  for (const SimulationEvent& run : runs)
+    list.push_back({{"seconds", run.m_Time},
+                    {"time", LocalTimeText(run.m_Time)},
+                    {"fromNow", run.m_Time - now},
+                    {"late", run.m_Late},
+                    {"neverRun", run.m_NeverRun},
+                    {"killAtEnd", run.m_KillAtEnd}});
+  return {{"runs", list}, {"searchedUntil", searchedUntil}};
+}
+
+void Next(const NextOptions& options, const CommandContext& context) {
+  const ChosenZone zone(options.m_Zone);
+  const long now = std::time(nullptr);
+  const SimulationRequest request = RequestFor(options, now, context);
+  std::vector<SimulationEvent> runs;
+  long searchedUntil = 0;
+  for (const json& line : AskSimulator(request)) {
+    if (line.contains("searchedUntil"))
+      line["searchedUntil"].get_to(searchedUntil);
+    else
+      runs.push_back(SimulationEventFrom(line));
+  }
+  if (context.m_Json) return context.PrintJson(ToJson(runs, now, searchedUntil));
+  if (!runs.empty()) PrintTable(runs, now, context.m_Out);
+  if (runs.size() < request.m_Count)
+    context.m_Out << NoneText(request, !runs.empty()) << "; noxctl explain tells why\n";
+}
+
+}  // namespace
+
+void AddNextCommand(CLI::App& app, CommandContext& context) {
+  CLI::App* command = app.add_subcommand(
+      "next", "Tell the coming runs of a task, repetitions included; a file needs no agent");
+  const auto options = std::make_shared<NextOptions>();
+  command->add_option("TASK", options->m_Task, "task document, - for standard input, or task ID")
+      ->required()
+      ->type_name("");
+  command->add_option("-n,--count", options->m_Count, "how many runs (default: 5)")
+      ->type_name("N")
+      ->check(CLI::Range(1U, kMaxCount));
+  command->add_option("--from", options->m_From, "from when on (default: now)")->type_name("TIME");
+  command->add_option("--zone", options->m_Zone, "time zone: a name or a rule")->type_name("ZONE");
+  command->callback([options, &context] { Next(*options, context); });
+}
+
+}  // namespace NoxAgent

@@ -1,0 +1,179 @@
+// Commands that take the IDs of stored tasks.
+#include <BaseSDK/AString.h>
+
+#include <functional>
+#include <memory>
+
+#include "agent/client/LocalTime.h"
+#include "agent/client/TextTable.h"
+#include "agent/client/commands/Commands.h"
+
+namespace NoxAgent {
+
+using nlohmann::json;
+
+namespace {
+
+using Report = std::map<std::string, std::string>;
+
+[[noreturn]] void FailUnknown(const std::string& id) {
+  throw CommandError(ExitCode::Failed, "there is no task " + id + "; noxctl list shows the tasks");
+}
+
+[[noreturn]] void FailNotLoaded(const std::string& id) {
+  throw CommandError(ExitCode::Failed, "the scheduler does not hold a task " + id +
+                                           "; noxctl list shows the tasks, and one whose file was "
+                                           "put down by hand is read within the hour");
+}
+
+void Show(const std::string& id, const CommandContext& context) {
+  AgentApi agent = context.Agent();
+  const auto xml = agent.TaskXml(id);
+  if (!xml) FailUnknown(id);
+  if (!context.m_Json) {
+    context.m_Out << *xml << '\n';
+    return;
+  }
+  const auto report = agent.TaskAttributes(id);
+  context.PrintJson(
+      {{"id", id}, {"document", *xml}, {"attributes", report ? json(*report) : json()}});
+}
+
+std::string TimeText(const std::string& seconds) {
+  const long value = BaseSDK::AString::FromUtf8(seconds).ToLong(10);
+  return value > 0 ? LocalTimeText(value) : "never";
+}
+
+std::string FlagText(const std::string& flag) {
+  return flag == "1" ? "yes" : "no";
+}
+
+std::string PlainText(const std::string& text) {
+  return text;
+}
+
+std::string TriggerRunText(const std::string& run) {
+  if (run == "1" || run == "2") return "at an event";
+  return TimeText(run);
+}
+
+struct Meaning {
+  const char* m_Key;
+  const char* m_Name;
+  std::string (*m_Value)(const std::string&);
+};
+
+constexpr Meaning kMeanings[] = {{"t0", "task ID", PlainText},
+                                 {"t1", "handler", PlainText},
+                                 {"t2", "late", FlagText},
+                                 {"t3", "last run", TimeText},
+                                 {"t5", "enabled", FlagText},
+                                 {"t6", "next run", TimeText},
+                                 {"t7", "runs at event 300", FlagText},
+                                 {"t8", "runs at event 302", FlagText},
+                                 {"td", "trigger", PlainText},
+                                 {"tr", "next run of trigger", TriggerRunText}};
+
+// "td3" is the description of the fourth trigger.
+bool Matches(const std::string& key, const std::string& pattern) {
+  const bool numbered = key.size() > 2 && key.compare(0, 2, pattern) == 0;
+  return key == pattern || numbered;
+}
+
+std::vector<std::string> AttributeRow(const std::string& key, const std::string& value) {
+  for (const Meaning& meaning : kMeanings) {
+    if (!Matches(key, meaning.m_Key)) continue;
+    const std::string number = key.size() > 2 ? " " + key.substr(2) : "";
+    return {key, meaning.m_Name + number, meaning.m_Value(value)};
+  }
+  return {key, "", value};
+}
+
+void Attributes(const std::string& id, const CommandContext& context) {
+  const auto report = context.Agent().TaskAttributes(id);
+  if (!report) FailNotLoaded(id);
+  if (context.m_Json) return context.PrintJson(*report);
+  TextTable table({"KEY", "MEANING", "VALUE"});
+  for (const auto& [key, value] : *report) table.AddRow(AttributeRow(key, value));
+  table.Print(context.m_Out);
+}
+
+void PrintDone(const std::vector<std::string>& ids, const char* done,
+               const CommandContext& context) {
+  if (context.m_Json) return context.PrintJson({{done, ids}});
+  for (const std::string& id : ids) context.m_Out << done << ' ' << id << '\n';
+}
+
+void Delete(const std::vector<std::string>& ids, const CommandContext& context) {
+  AgentApi agent = context.Agent();
+  for (const std::string& id : ids)
+    if (!agent.DeleteTask(id)) FailUnknown(id);
+  PrintDone(ids, "deleted", context);
+}
+
+// The scheduler gives one answer to "no such task" and "is so already".
+void Enable(const std::vector<std::string>& ids, bool enable, const CommandContext& context) {
+  AgentApi agent = context.Agent();
+  for (const std::string& id : ids) {
+    if (agent.EnableTask(id, enable)) continue;
+    const auto report = agent.TaskAttributes(id);
+    if (!report) FailNotLoaded(id);
+    const auto enabled = report->find("t5");
+    if (enabled == report->end() || (enabled->second == "1") != enable)
+      throw CommandError(ExitCode::Failed, "the task " + id +
+                                               " could not be changed; see that its file can be "
+                                               "written");
+  }
+  PrintDone(ids, enable ? "enabled" : "disabled", context);
+}
+
+void SetState(const std::string& id, const std::string& state, const CommandContext& context) {
+  if (!context.Agent().SetRunState(id, state)) FailNotLoaded(id);
+  if (context.m_Json) return context.PrintJson({{"id", id}, {"state", state}});
+  context.m_Out << id << ' ' << state << '\n';
+}
+
+using Ids = std::vector<std::string>;
+
+void AddManyCommand(CLI::App& app, const char* name, const char* summary,
+                    std::function<void(const Ids&)> run) {
+  CLI::App* command = app.add_subcommand(name, summary);
+  const auto ids = std::make_shared<Ids>();
+  command->add_option("ID", *ids, "task IDs")->required()->type_name("");
+  command->callback([ids, run = std::move(run)] { run(*ids); });
+}
+
+void AddOneCommand(CLI::App& app, const char* name, const char* summary,
+                   std::function<void(const std::string&)> run) {
+  CLI::App* command = app.add_subcommand(name, summary);
+  const auto id = std::make_shared<std::string>();
+  command->add_option("ID", *id, "task ID")->required()->type_name("");
+  command->callback([id, run = std::move(run)] { run(*id); });
+}
+
+}  // namespace
+
+void AddTaskCommands(CLI::App& app, CommandContext& context) {
+  AddOneCommand(app, "show", "Print a task's document",
+                [&context](const std::string& id) { Show(id, context); });
+  AddManyCommand(app, "delete", "Delete tasks",
+                 [&context](const Ids& ids) { Delete(ids, context); });
+  AddManyCommand(app, "enable", "Enable tasks",
+                 [&context](const Ids& ids) { Enable(ids, true, context); });
+  AddManyCommand(app, "disable", "Disable tasks",
+                 [&context](const Ids& ids) { Enable(ids, false, context); });
+  AddOneCommand(app, "attributes", "Print what the scheduler reports on a task",
+                [&context](const std::string& id) { Attributes(id, context); });
+
+  CLI::App* setState =
+      app.add_subcommand("set-state", "Record how the last run of a task went, in one word");
+  const auto id = std::make_shared<std::string>();
+  const auto state = std::make_shared<std::string>();
+  setState->add_option("ID", *id, "task ID")->required()->type_name("");
+  setState->add_option("STATE", *state, "Ok for a finished run, or another word")
+      ->required()
+      ->type_name("");
+  setState->callback([id, state, &context] { SetState(*id, *state, context); });
+}
+
+}  // namespace NoxAgent

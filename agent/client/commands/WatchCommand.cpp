@@ -1,0 +1,142 @@
+#include <algorithm>
+#include <iomanip>
+#include <memory>
+
+#include "agent/client/LocalTime.h"
+#include "agent/client/RunWatcher.h"
+#include "agent/client/commands/Commands.h"
+
+namespace NoxAgent {
+
+using nlohmann::json;
+
+namespace {
+
+// What the scheduler posts about its tasks.
+constexpr long kTaskChanged = 100;
+constexpr long kTaskDeleted = 101;
+constexpr long kTaskAdded = 102;
+
+struct WatchOptions {
+  std::vector<std::string> m_Ids;  // empty: all tasks
+  unsigned m_Runs = 0;             // finished runs to wait for; 0: without end
+};
+
+long SecondsOf(const RunEvent& event) {
+  return static_cast<long>(RunWatcher::Clock::to_time_t(event.m_Time));
+}
+
+std::string WordFor(const RunEvent& event) {
+  switch (event.m_Kind) {
+    case RunEvent::Kind::Added:
+      return "added";
+    case RunEvent::Kind::Deleted:
+      return "deleted";
+    default:
+      return event.m_Run.m_State;
+  }
+}
+
+std::string DetailFor(const RunEvent& event) {
+  if (event.m_Kind != RunEvent::Kind::Finished) return {};
+  const std::string started = "  started " + event.m_Run.m_Start;
+  return event.m_Took ? started + ", took " + DurationText(*event.m_Took) : started;
+}
+
+void PrintLine(const RunEvent& event, std::ostream& out) {
+  constexpr int kUsualIdWidth = 20;
+  constexpr int kUsualStateWidth = 8;
+  out << LocalTimeText(SecondsOf(event)) << "  " << std::left << std::setw(kUsualIdWidth)
+      << event.m_Task << "  ";
+  const std::string detail = DetailFor(event);
+  out << std::setw(detail.empty() ? 0 : kUsualStateWidth) << WordFor(event) << detail << std::endl;
+}
+
+void PrintJsonLine(const RunEvent& event, std::ostream& out) {
+  static constexpr const char* kNames[] = {"started", "finished", "added", "deleted"};
+  json line = {{"time", LocalTimeText(SecondsOf(event))},
+               {"task", event.m_Task},
+               {"event", kNames[static_cast<int>(event.m_Kind)]}};
+  if (!event.m_Run.m_Start.empty()) {
+    line["start"] = event.m_Run.m_Start;
+    line["state"] = event.m_Run.m_State;
+  }
+  if (event.m_Took) line["milliseconds"] = event.m_Took->count();
+  out << line.dump(-1, ' ', false, json::error_handler_t::replace) << std::endl;
+}
+
+class Watch {
+ public:
+  Watch(const WatchOptions& options, const CommandContext& context)
+      : m_Options(options), m_Context(context) {}
+
+  // Returns when enough runs have finished.
+  void Run() {
+    m_Context.Agent().Follow([this] { KnowTasks(); }, [this](const json& n) { return Next(n); });
+    if (!IsEnough())
+      throw CommandError(ExitCode::Unreachable,
+                         "the agent has ended; start noxagentd to watch again");
+  }
+
+ private:
+  // After the stream is open, so that no run is missed between the two.
+  void KnowTasks() {
+    AgentApi agent = m_Context.Agent();
+    for (const std::string& id : agent.TaskIds())
+      if (const auto xml = agent.TaskXml(id)) m_Watcher.Know(id, *xml);
+  }
+
+  bool Next(const json& notification) {
+    const json code = notification.value("code", json());
+    const json id = notification.value("id", json());
+    if (code.is_number_integer() && id.is_string() && IsWatched(id.get<std::string>()))
+      Tell(code.get<long>(), id.get<std::string>());
+    return !IsEnough();
+  }
+
+  bool IsWatched(const std::string& id) const {
+    const auto& ids = m_Options.m_Ids;
+    return ids.empty() || std::find(ids.begin(), ids.end(), id) != ids.end();
+  }
+
+  bool IsEnough() const { return m_Options.m_Runs != 0 && m_Finished >= m_Options.m_Runs; }
+
+  void Tell(long code, const std::string& id) {
+    const auto now = RunWatcher::Clock::now();
+    if (code == kTaskAdded) Print({RunEvent::Kind::Added, id, now, {}, {}});
+    if (code == kTaskDeleted) {
+      m_Watcher.Forget(id);
+      Print({RunEvent::Kind::Deleted, id, now, {}, {}});
+    }
+    if (code != kTaskChanged) return;
+    const auto xml = m_Context.Agent().TaskXml(id);
+    if (!xml) return;
+    if (const auto event = m_Watcher.Changed(id, *xml, now)) Print(*event);
+  }
+
+  void Print(const RunEvent& event) {
+    if (event.m_Kind == RunEvent::Kind::Finished) ++m_Finished;
+    if (m_Context.m_Json)
+      PrintJsonLine(event, m_Context.m_Out);
+    else
+      PrintLine(event, m_Context.m_Out);
+  }
+
+  const WatchOptions& m_Options;
+  const CommandContext& m_Context;
+  RunWatcher m_Watcher;
+  unsigned m_Finished = 0;
+};
+
+}  // namespace
+
+void AddWatchCommand(CLI::App& app, CommandContext& context) {
+  CLI::App* command =
+      app.add_subcommand("watch", "Show each run as it happens, until Ctrl-C; --json: one a line");
+  const auto options = std::make_shared<WatchOptions>();
+  command->add_option("ID", options->m_Ids, "task IDs (default: all tasks)")->type_name("");
+  command->add_option("--runs", options->m_Runs, "end after so many finished runs")->type_name("N");
+  command->callback([options, &context] { Watch(*options, context).Run(); });
+}
+
+}  // namespace NoxAgent

@@ -1,0 +1,249 @@
+#include "tests/agent/client/FakeAgent.h"
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <stdexcept>
+#include <utility>
+
+namespace NoxAgentTest {
+
+using nlohmann::json;
+
+namespace {
+
+// The only enumeration that is open at a time.
+constexpr const char* kHandle = "a1b2c3";
+
+void SendAll(int connection, const std::string& bytes) {
+  std::size_t sent = 0;
+  while (sent < bytes.size()) {
+    const ssize_t n = send(connection, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
+    if (n <= 0) return;
+    sent += static_cast<std::size_t>(n);
+  }
+}
+
+bool ReceiveMore(int connection, std::string& buffer) {
+  char bytes[4096];
+  const ssize_t n = recv(connection, bytes, sizeof bytes, 0);
+  if (n <= 0) return false;
+  buffer.append(bytes, static_cast<std::size_t>(n));
+  return true;
+}
+
+std::size_t BodyLength(const std::string& head) {
+  constexpr const char* kField = "Content-Length: ";
+  const std::size_t at = head.find(kField);
+  return at == std::string::npos ? 0 : std::stoul(head.substr(at + std::strlen(kField)));
+}
+
+std::string Response(unsigned status, const std::string& body) {
+  return "HTTP/1.1 " + std::to_string(status) +
+         " Fake\r\nContent-Type: application/json\r\nContent-Length: " +
+         std::to_string(body.size()) + "\r\n\r\n" + body;
+}
+
+std::string Chunk(const std::string& data) {
+  char size[16];
+  (void)std::snprintf(size, sizeof size, "%zx", data.size());
+  return size + ("\r\n" + data) + "\r\n";
+}
+
+json Result(long result, json out = json::object()) {
+  return {{"result", result}, {"out", std::move(out)}};
+}
+
+}  // namespace
+
+FakeAgent::FakeAgent(const std::string& socketPath) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  if (socketPath.size() >= sizeof address.sun_path) throw std::runtime_error("path too long");
+  std::memcpy(address.sun_path, socketPath.c_str(), socketPath.size() + 1);
+  m_Listener = socket(AF_UNIX, SOCK_STREAM, 0);
+  if (bind(m_Listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+      listen(m_Listener, 8) != 0)
+    throw std::runtime_error("cannot listen on " + socketPath);
+  m_Acceptor = std::thread([this] { Accept(); });
+}
+
+FakeAgent::~FakeAgent() {
+  {
+    const std::lock_guard guard(m_Lock);
+    m_Ending = true;
+    for (const int connection : m_Connections) (void)shutdown(connection, SHUT_RDWR);
+  }
+  m_Read.notify_all();
+  (void)shutdown(m_Listener, SHUT_RDWR);
+  m_Acceptor.join();
+  for (std::thread& server : m_Servers) server.join();
+  for (const int connection : m_Connections) (void)close(connection);
+  (void)close(m_Listener);
+}
+
+void FakeAgent::SetTask(const std::string& id, FakeTask task) {
+  const std::lock_guard guard(m_Lock);
+  m_Tasks[id] = std::move(task);
+}
+
+void FakeAgent::RemoveTask(const std::string& id) {
+  const std::lock_guard guard(m_Lock);
+  m_Tasks.erase(id);
+}
+
+void FakeAgent::AnswerAlways(unsigned status, const std::string& body) {
+  m_FixedStatus = status;
+  m_FixedBody = body;
+}
+
+void FakeAgent::AnswerRaw(const std::string& bytes) {
+  m_Raw = bytes;
+}
+
+std::vector<FakeRequest> FakeAgent::Requests() const {
+  const std::lock_guard guard(m_Lock);
+  return m_Requests;
+}
+
+void FakeAgent::Accept() {
+  for (int connection; (connection = accept(m_Listener, nullptr, nullptr)) >= 0;) {
+    const std::lock_guard guard(m_Lock);
+    m_Connections.push_back(connection);
+    if (m_Ending) (void)shutdown(connection, SHUT_RDWR);
+    m_Servers.emplace_back([this, connection] { Serve(connection); });
+  }
+}
+
+std::size_t FakeAgent::Connections() const {
+  const std::lock_guard guard(m_Lock);
+  return m_Connections.size();
+}
+
+void FakeAgent::Serve(int connection) {
+  std::string input;
+  unsigned left = m_RequestsPerConnection;
+  while (left > 0 && ServeRequest(connection, --left == 0, input)) {
+  }
+  (void)shutdown(connection, SHUT_RDWR);
+}
+
+bool FakeAgent::ServeRequest(int connection, bool isLast, std::string& input) {
+  std::size_t headEnd;
+  while ((headEnd = input.find("\r\n\r\n")) == std::string::npos)
+    if (!ReceiveMore(connection, input)) return false;
+  const std::string head = input.substr(0, headEnd);
+  const std::size_t end = headEnd + 4 + BodyLength(head);
+  while (input.size() < end)
+    if (!ReceiveMore(connection, input)) return false;
+
+  FakeRequest request;
+  const std::size_t methodEnd = head.find(' ');
+  request.m_Method = head.substr(0, methodEnd);
+  request.m_Target = head.substr(methodEnd + 1, head.find(' ', methodEnd + 1) - methodEnd - 1);
+  request.m_Body = json::parse(input.substr(headEnd + 4, end - headEnd - 4), nullptr, false);
+  input.erase(0, end);
+  if (m_Raw) {
+    SendAll(connection, *m_Raw);
+    return false;
+  }
+  if (request.m_Target == "/v1/notifications" && m_FixedStatus == 0) {
+    Stream(connection);
+    return false;
+  }
+  std::string answer = Answer(request);
+  if (isLast) answer.insert(answer.find("\r\n") + 2, "Connection: close\r\n");
+  SendAll(connection, answer);
+  return true;
+}
+
+std::string FakeAgent::Answer(const FakeRequest& request) {
+  const std::lock_guard guard(m_Lock);
+  m_Requests.push_back(request);
+  if (m_FixedStatus != 0) return Response(m_FixedStatus, m_FixedBody);
+  if (request.m_Body.is_object() &&
+      request.m_Body.value("taskId", "").find(' ') != std::string::npos)
+    return Response(422, R"({"error":{"code":"bad-task-id","message":"a blank"}})");
+  constexpr const char* kOperations = "/v1/scheduler/INoxTaskScheduler/";
+  if (request.m_Target.rfind(kOperations, 0) == 0) {
+    const std::string name = request.m_Target.substr(std::strlen(kOperations));
+    return Response(200, Operation(name.substr(0, name.find('?')), request.m_Body).dump());
+  }
+  if (request.m_Target == "/v1/status") return Response(200, Status().dump());
+  return Response(200, "{}");
+}
+
+json FakeAgent::Status() const {
+  json scheduler = {{"name", "scheduler"}};
+  if (!m_Report.empty()) scheduler["report"] = m_Report;
+  return {{"version", "0.1.0"}, {"plugins", json::array({scheduler})}};
+}
+
+json FakeAgent::Operation(const std::string& name, const json& in) {
+  const std::string id = in.value("taskId", in.value("taskIds", ""));
+  const std::string handle = name == "FindFirstTask" ? "" : kHandle;
+  if (name.rfind("Find", 0) == 0 && in.value("handle", "") != handle) return Result(-1);
+  const auto task = m_Tasks.find(id);
+  const bool isKnown = task != m_Tasks.end();
+  if (name == "AddTask") {
+    const std::string newId = id.empty() ? "corvane_task_1" : id;
+    m_Tasks[newId].m_Xml = in.at("taskXml").get<std::string>();
+    return Result(1, {{"newTaskId", newId}});
+  }
+  if (name == "DeleteTask") return Result(m_Tasks.erase(id) != 0 ? 1 : -1);
+  if (name == "GetTaskXML") {
+    ++m_Reads;
+    m_Read.notify_all();
+    return isKnown ? Result(1, {{"taskXml", task->second.m_Xml}}) : Result(-1, {{"taskXml", ""}});
+  }
+  if (name == "GetTaskAttributes")
+    return isKnown && task->second.m_Loaded ? Result(1, {{"attributes", task->second.m_Attributes}})
+                                            : Result(-1, {{"attributes", json::object()}});
+  if (name == "SetRunState") return Result(isKnown ? 0 : 1);
+  if (name == "EnableTask") {
+    if (!isKnown || !task->second.m_Loaded) return Result(-1);
+    std::string& enabled = task->second.m_Attributes["t5"];
+    const std::string wanted = in.at("enable").get<bool>() ? "1" : "0";
+    return Result(std::exchange(enabled, wanted) == wanted ? -1 : 1);
+  }
+  if (name == "FindFirstTask") {
+    m_Enumeration = {"..", "."};
+    for (const auto& [known, value] : m_Tasks) m_Enumeration.insert(m_Enumeration.begin(), known);
+  }
+  if (name == "FindClose") return Result(0);
+  if (m_Enumeration.empty()) return Result(-1, {{"handle", kHandle}, {"taskId", ""}});
+  const std::string next = m_Enumeration.front();
+  m_Enumeration.erase(m_Enumeration.begin());
+  return Result(1, {{"handle", kHandle}, {"taskId", next}});
+}
+
+void FakeAgent::Stream(int connection) {
+  std::unique_lock guard(m_Lock);
+  // A watching client first reads every task, from the moment that it has the head on.
+  std::size_t readsWanted = m_Reads + m_Tasks.size();
+  guard.unlock();
+  SendAll(connection, "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n");
+  guard.lock();
+  for (const Step& step : m_Steps) {
+    m_Read.wait(guard, [&] { return m_Ending || m_Reads >= readsWanted; });
+    guard.unlock();
+    if (step.m_Before) step.m_Before(*this);
+    guard.lock();
+    readsWanted = m_Reads + step.m_Reads;  // likewise before the line that makes it read
+    guard.unlock();
+    // In two pieces, as a slow sender would.
+    const std::string line = step.m_Line + "\n";
+    SendAll(connection, Chunk(line.substr(0, line.size() / 2)));
+    SendAll(connection, Chunk(line.substr(line.size() / 2)));
+    guard.lock();
+  }
+  m_Read.wait(guard, [&] { return m_Ending || m_Reads >= readsWanted; });
+  guard.unlock();
+  SendAll(connection, "0\r\n\r\n");
+}
+
+}  // namespace NoxAgentTest

@@ -1,0 +1,92 @@
+// An agent of a few lines: answers HTTP on a Unix socket from tasks in memory and records what it
+// was asked.
+#pragma once
+
+#include <condition_variable>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace NoxAgentTest {
+
+struct FakeRequest {
+  std::string m_Method;
+  std::string m_Target;
+  nlohmann::json m_Body;
+};
+
+struct FakeTask {
+  std::string m_Xml;
+  bool m_Loaded = true;
+  std::map<std::string, std::string> m_Attributes;
+};
+
+class FakeAgent {
+ public:
+  // A step of the notification stream: first `m_Before` is done with the tasks, then the line is
+  // sent. The next step waits until the client has read documents `m_Reads` times since.
+  struct Step {
+    std::function<void(FakeAgent&)> m_Before;
+    std::string m_Line;
+    unsigned m_Reads = 0;
+  };
+
+  explicit FakeAgent(const std::string& socketPath);
+  ~FakeAgent();
+  FakeAgent(const FakeAgent&) = delete;
+  FakeAgent& operator=(const FakeAgent&) = delete;
+
+  // What follows is set before the client is started, or in a step.
+  void SetTask(const std::string& id, FakeTask task);
+  void RemoveTask(const std::string& id);
+  void SetSteps(std::vector<Step> steps) { m_Steps = std::move(steps); }
+  // What the scheduler says of itself in the status.
+  void SetReport(const std::string& report) { m_Report = report; }
+  // Every request is answered with this instead.
+  void AnswerAlways(unsigned status, const std::string& body);
+  // Sends these bytes for an answer and closes the connection.
+  void AnswerRaw(const std::string& bytes);
+
+  // After so many answers a connection is closed; 1000 unless set.
+  void SetRequestsPerConnection(unsigned count) { m_RequestsPerConnection = count; }
+
+  std::vector<FakeRequest> Requests() const;
+  // How often a client has connected.
+  std::size_t Connections() const;
+
+ private:
+  void Accept();
+  void Serve(int connection);
+  // False when no other request can follow. `input` is what was received and not looked at yet.
+  bool ServeRequest(int connection, bool isLast, std::string& input);
+  std::string Answer(const FakeRequest& request);
+  nlohmann::json Status() const;
+  nlohmann::json Operation(const std::string& name, const nlohmann::json& in);
+  void Stream(int connection);
+
+  int m_Listener = -1;
+  std::thread m_Acceptor;
+  std::vector<Step> m_Steps;
+  std::optional<std::string> m_Raw;
+  unsigned m_RequestsPerConnection = 1000;
+  std::string m_Report;
+
+  mutable std::mutex m_Lock;
+  std::condition_variable m_Read;
+  bool m_Ending = false;
+  unsigned m_Reads = 0;
+  std::map<std::string, FakeTask> m_Tasks;
+  std::vector<FakeRequest> m_Requests;
+  std::vector<std::string> m_Enumeration;
+  unsigned m_FixedStatus = 0;
+  std::string m_FixedBody;
+  std::vector<int> m_Connections;
+  std::vector<std::thread> m_Servers;
+};
+
+}  // namespace NoxAgentTest

@@ -1,0 +1,65 @@
+#include "agent/client/TaskSummary.h"
+
+#include <gtest/gtest.h>
+
+#include <VirtualTime/Zone.h>
+
+namespace NoxAgentTest {
+
+using NoxAgent::ReadRunEntry;
+using NoxAgent::Summarize;
+using NoxAgent::TaskReport;
+
+namespace {
+
+std::string Ran(const std::string& runTime) {
+  return "<Task Enabled='0'><TaskHistory><RunTime>" + runTime + "</RunTime></TaskHistory></Task>";
+}
+
+}  // namespace
+
+TEST(TaskSummary, ReadsTheRunEntryAsTheSchedulerDoes) {
+  const VirtualTime::Zone zone("UTC0");
+  const auto whole = ReadRunEntry(Ran("2026-06-15 08:00:00 Ok"));
+  ASSERT_TRUE(whole);
+  EXPECT_EQ(1781510400, whole->m_Seconds);
+  EXPECT_EQ("Ok", whole->m_State);
+  const auto stateless = ReadRunEntry(Ran("2026-06-15 08:00:00"));
+  ASSERT_TRUE(stateless);
+  EXPECT_EQ("", stateless->m_State);
+  const auto wordy = ReadRunEntry(Ran("2026-06-15 08:00:00 all well"));
+  ASSERT_TRUE(wordy);
+  EXPECT_EQ("all", wordy->m_State);
+  const auto unreadable = ReadRunEntry(Ran("some day Ok"));
+  ASSERT_TRUE(unreadable);
+  EXPECT_EQ(-1, unreadable->m_Seconds);
+}
+
+TEST(TaskSummary, TakesTheSchedulersNumberForTheLastRunOverTheDocumentsLocalTime) {
+  const VirtualTime::Zone zone("UTC0");
+  const TaskReport report{{{"t3", "1781503200"}, {"t2", "1"}, {"t6", "1781589600"}}};
+  const auto task = Summarize("T1", Ran("2026-06-15 08:00:00 Ok"), report);
+  EXPECT_FALSE(task.m_Enabled);
+  EXPECT_TRUE(task.m_Loaded);
+  EXPECT_TRUE(task.m_Late);
+  EXPECT_EQ(1781589600, task.m_NextRun);
+  ASSERT_TRUE(task.m_LastRun);
+  EXPECT_EQ(1781503200, task.m_LastRun->m_Seconds);
+}
+
+TEST(TaskSummary, KeepsTheDocumentsTimeOfAnUnfinishedRun) {
+  const VirtualTime::Zone zone("UTC0");
+  const auto task = Summarize("T1", Ran("2026-06-15 08:00:00 Started"), {{{"t3", "-1"}}});
+  ASSERT_TRUE(task.m_LastRun);
+  EXPECT_EQ(1781510400, task.m_LastRun->m_Seconds);
+}
+
+TEST(TaskSummary, KnowsNoNextRunOfATaskThatIsNotLoaded) {
+  const auto task = Summarize("T1", "<Task/>", std::nullopt);
+  EXPECT_TRUE(task.m_Enabled);
+  EXPECT_FALSE(task.m_Loaded);
+  EXPECT_FALSE(task.m_LastRun);
+  EXPECT_EQ(0, task.m_NextRun);
+}
+
+}  // namespace NoxAgentTest
