@@ -1,0 +1,180 @@
+// noxctl against the real agent.
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "tests/agent/e2e/AgentFixture.h"
+
+using nlohmann::json;
+
+namespace {
+
+class Client : public AgentFixture {
+ protected:
+  json CtlJson(std::vector<std::string> arguments) {
+    arguments.push_back("--json");
+    const auto result = Ctl(arguments);
+    EXPECT_EQ(result.m_Status, 0) << result.m_Error;
+    return json::parse(result.m_Output, nullptr, false);
+  }
+};
+
+}  // namespace
+
+TEST_F(Client, AddsATaskAndInventsItsId) {
+  StartAgent();
+  const auto result = Ctl({"add", "-"}, Document(Trigger(0, FromNow(3600))));
+  EXPECT_EQ(result.m_Status, 0) << result.m_Error;
+  EXPECT_EQ(result.m_Output.find("corvane_task_"), 0u) << result.m_Output;
+  const std::string id = result.m_Output.substr(0, result.m_Output.find('\n'));
+  EXPECT_FALSE(TaskFile(id).empty());
+}
+
+TEST_F(Client, AddsATaskFromAFile) {
+  StartAgent();
+  m_Directory.Write("task.xml", Document(Trigger(0, FromNow(3600))));
+  EXPECT_EQ(Ctl({"add", Path("task.xml"), "--id", "a"}).m_Status, 0);
+  EXPECT_EQ(TaskFile("a"), m_Directory.Read("task.xml"));
+}
+
+TEST_F(Client, RefusesADocumentThatWouldNeverRunUnlessForced) {
+  StartAgent();
+  const auto refused = Ctl({"add", "-", "--id", "a"}, Document(""));
+  EXPECT_EQ(refused.m_Status, 2);
+  EXPECT_FALSE(refused.m_Error.empty());
+  EXPECT_EQ(TaskFile("a"), "");
+  EXPECT_EQ(Ctl({"add", "-", "--id", "a", "--force"}, Document("")).m_Status, 0);
+}
+
+TEST_F(Client, NamesLineAndColumnOfADocumentThatIsNotWellFormed) {
+  StartAgent();
+  const auto result = Ctl({"add", "-", "--id", "a"}, "<Task>\n  <Schedule>\n</Task>");
+  EXPECT_EQ(result.m_Status, 2);
+  EXPECT_NE(result.m_Error.find("3"), std::string::npos) << result.m_Error;
+  EXPECT_EQ(TaskFile("a"), "");
+}
+
+TEST_F(Client, ListsTasksWithTheirRuns) {
+  StartAgent();
+  AddAsapTask("good", "exit 0");
+  AddAsapTask("bad", "exit 1");
+  AddTask("later", Trigger(0, FromNow(3600)));
+  ASSERT_TRUE(WaitForState("good", "Ok"));
+  ASSERT_TRUE(WaitForState("bad", "Failed"));
+  const json list = CtlJson({"list"});
+  ASSERT_EQ(list.size(), 3u) << list;
+  EXPECT_EQ(list[0]["id"], "bad");
+  EXPECT_EQ(list[0]["state"], "Failed");
+  EXPECT_EQ(list[1]["id"], "good");
+  EXPECT_EQ(list[1]["state"], "Ok");
+  EXPECT_EQ(list[2]["id"], "later");
+  EXPECT_EQ(list[2]["enabled"], true);
+}
+
+TEST_F(Client, ShowsADocumentAsItIsStored) {
+  StartAgent();
+  AddTask("a", Trigger(0, FromNow(3600)));
+  const auto result = Ctl({"show", "a"});
+  EXPECT_EQ(result.m_Status, 0);
+  EXPECT_EQ(result.m_Output.find(TaskFile("a")), 0u) << result.m_Output;
+  EXPECT_EQ(Ctl({"show", "b"}).m_Status, 1);
+}
+
+TEST_F(Client, DeletesTasks) {
+  StartAgent();
+  AddTask("a", Trigger(0, FromNow(3600)));
+  EXPECT_EQ(Ctl({"delete", "a"}).m_Status, 0);
+  EXPECT_EQ(TaskFile("a"), "");
+  EXPECT_EQ(Ctl({"delete", "a"}).m_Status, 1);
+  EXPECT_TRUE(CtlJson({"list"}).empty());
+}
+
+TEST_F(Client, DisablesAndEnablesTasks) {
+  StartAgent();
+  AddJob("a", "echo run >> runs");
+  AddTask("a", Trigger(0, FromNow(2)));
+  EXPECT_EQ(Ctl({"disable", "a"}).m_Status, 0);
+  EXPECT_EQ(CtlJson({"list"})[0]["enabled"], false);
+  EXPECT_NE(TaskFile("a").find("<Task Enabled=\"0\">"), std::string::npos);
+  // Another one that was due at the same time has run: this one would have.
+  AddJob("b", "exit 0");
+  AddTask("b", Trigger(0, FromNow(2)));
+  ASSERT_TRUE(WaitForState("b", "Ok"));
+  EXPECT_EQ(LastRun("a"), "");
+  EXPECT_EQ(Ctl({"enable", "a"}).m_Status, 0);
+  EXPECT_TRUE(WaitForState("a", "Ok"));
+  EXPECT_EQ(CountLines("runs"), 1u);
+}
+
+TEST_F(Client, KeepsTheHistoryOfATaskThatIsReplaced) {
+  StartAgent();
+  AddAsapTask("a", "exit 0");
+  ASSERT_TRUE(WaitForState("a", "Ok"));
+  const std::string run = LastRun("a");
+  AddTask("a", Trigger(0, FromNow(3600)));
+  EXPECT_EQ(LastRun("a"), run);
+  EXPECT_NE(TaskFile("a").find("BeginDate"), std::string::npos);
+}
+
+TEST_F(Client, RecordsAState) {
+  StartAgent();
+  AddAsapTask("a", "exit 0");
+  ASSERT_TRUE(WaitForState("a", "Ok"));
+  EXPECT_EQ(Ctl({"set-state", "a", "Checked"}).m_Status, 0);
+  EXPECT_EQ(State("a"), "Checked");
+  EXPECT_NE(Ctl({"set-state", "a", "two words"}).m_Status, 0);
+  EXPECT_EQ(State("a"), "Checked");
+}
+
+TEST_F(Client, TellsAttributes) {
+  StartAgent();
+  AddAsapTask("a", "exit 0");
+  ASSERT_TRUE(WaitForState("a", "Ok"));
+  const auto result = Ctl({"attributes", "a"});
+  EXPECT_EQ(result.m_Status, 0);
+  EXPECT_NE(result.m_Output.find("Run as soon as possible"), std::string::npos) << result.m_Output;
+}
+
+TEST_F(Client, RefreshesAndNotifies) {
+  StartAgent({"--log-level", "trace"});
+  EXPECT_EQ(Ctl({"refresh"}).m_Status, 0);
+  EXPECT_TRUE(m_Agent->WaitForOutput("Policy Refresh Started."));
+  EXPECT_TRUE(m_Agent->WaitForOutput("Policy Refresh finished."));
+  EXPECT_EQ(Ctl({"notify", "10", "302", "power"}).m_Status, 0);
+  EXPECT_TRUE(m_Agent->WaitForOutput("Received 302 subscribed notification: power"));
+  EXPECT_EQ(Ctl({"notify", "4", "0", "thing"}).m_Status, 0);
+  EXPECT_TRUE(m_Agent->WaitForOutput("Number of Install/Uninstall tasks: 1."));
+  EXPECT_EQ(Ctl({"notify", "5", "0", "thing"}).m_Status, 0);
+  EXPECT_TRUE(m_Agent->WaitForOutput("Finished plugin thing registration"));
+}
+
+TEST_F(Client, WatchesRunsAsTheyHappen) {
+  StartAgent();
+  const auto output = m_Directory / "watch.out";
+  Program watch(
+      {{NOX_CLIENT, "--runtime-dir", Path("state/run"), "watch", "--runs", "2", "--json"}}, output);
+  ASSERT_TRUE(WaitUntil([&] { return CtlJson({"status"})["streams"] == 1; }));
+  AddAsapTask("a", "exit 0");
+  ASSERT_TRUE(WaitForState("a", "Ok"));
+  AddAsapTask("b", "exit 1");
+  EXPECT_EQ(watch.WaitForEnd(), 0) << watch.Output();
+  std::istringstream lines(watch.Output());
+  std::vector<std::string> events;
+  for (std::string line; std::getline(lines, line);) {
+    const json event = json::parse(line);
+    events.push_back(event["task"].get<std::string>() + " " + event["event"].get<std::string>() +
+                     " " + event.value("state", ""));
+  }
+  EXPECT_EQ(events,
+            (std::vector<std::string>{"a added ", "a started Started", "a finished Ok", "b added ",
+                                      "b started Started", "b finished Failed"}));
+}
+
+TEST_F(Client, SaysInOneLineThatThereIsNoAgent) {
+  const auto result = Ctl({"list"});
+  EXPECT_EQ(result.m_Status, 3);
+  EXPECT_EQ(std::count(result.m_Error.begin(), result.m_Error.end(), '\n'), 1) << result.m_Error;
+  EXPECT_EQ(result.m_Output, "");
+}

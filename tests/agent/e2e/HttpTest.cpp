@@ -1,0 +1,108 @@
+// The control socket as any HTTP client meets it.
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "tests/agent/e2e/AgentFixture.h"
+
+using nlohmann::json;
+
+namespace {
+
+class Http : public AgentFixture {
+ protected:
+  json Post(const std::string& target, const json& body, int status = 200) const {
+    const auto response = AgentFixture::Http("POST", target, body.dump());
+    EXPECT_EQ(response.m_Status, status) << target << " " << body << ": " << response.m_Body;
+    return json::parse(response.m_Body, nullptr, false);
+  }
+  static std::string Operation(const std::string& name) {
+    return "/v1/scheduler/INoxTaskScheduler/" + name;
+  }
+};
+
+}  // namespace
+
+TEST_F(Http, ServesTheOperationsOfTheScheduler) {
+  StartAgent();
+  const json added = Post(Operation("AddTask"),
+                          {{"taskId", "a"}, {"taskXml", Document(Trigger(0, FromNow(3600)))}});
+  EXPECT_EQ(added["result"], 1);
+  EXPECT_EQ(added["out"]["newTaskId"], "a");
+  const json read = Post(Operation("GetTaskXML"), {{"taskId", "a"}});
+  EXPECT_EQ(read["out"]["taskXml"], TaskFile("a"));
+  EXPECT_EQ(Post(Operation("EnableTask"), {{"taskIds", "a"}, {"enable", false}})["result"], 1);
+  EXPECT_EQ(Post(Operation("GetTaskAttributes"), {{"taskId", "a"}})["out"]["attributes"]["t5"],
+            "0");
+  EXPECT_EQ(Post(Operation("SetRunState"), {{"taskId", "b"}, {"runState", "Ok"}})["result"], 1);
+  EXPECT_EQ(Post(Operation("DeleteTask"), {{"taskId", "a"}})["result"], 1);
+  EXPECT_EQ(TaskFile("a"), "");
+}
+
+TEST_F(Http, HandsABatchToTheCommandHandler) {
+  StartAgent();
+  AddJob("a", "echo run >> runs");
+  AddTask("a", Trigger(0, FromNow(3600)));
+  const json answer =
+      Post("/v1/command/INoxScheduledTaskHandler/RunTasks", {{"batch", "a:0:0:0;"}});
+  EXPECT_EQ(answer["result"], -10000);
+  EXPECT_TRUE(WaitUntil([&] { return CountLines("runs") == 1; }));
+}
+
+TEST_F(Http, TellsWhereADocumentIsWrong) {
+  StartAgent();
+  const json answer =
+      Post(Operation("AddTask"), {{"taskId", "a"}, {"taskXml", "<Task>\n <x>\n</Task>"}}, 422);
+  EXPECT_EQ(answer["error"]["line"], 3) << answer;
+  EXPECT_TRUE(answer["error"].contains("column")) << answer;
+}
+
+TEST_F(Http, AnswersWhatItDoesNotKnowWithAnErrorOfItsOwn) {
+  StartAgent();
+  const struct {
+    const char* m_Method;
+    std::string m_Target;
+    const char* m_Body;
+    int m_Status;
+  } rows[] = {
+      {"GET", "/v1/nothing", "", 404},
+      {"GET", "/", "", 404},
+      {"POST", "/v1/nobody/INoxTaskScheduler/AddTask", "{}", 404},
+      {"POST", "/v1/scheduler/INoxNothing/AddTask", "{}", 404},
+      {"POST", Operation("AddTasks"), "{}", 404},
+      {"GET", Operation("GetTaskXML"), "", 405},
+      {"POST", Operation("GetTaskXML"), "{", 400},
+      {"POST", Operation("GetTaskXML"), "{}", 400},
+      {"POST", Operation("GetTaskXML"), "{\"taskId\":1}", 400},
+      {"POST", Operation("GetTaskXML"), "{\"taskId\":\"a\",\"x\":1}", 400},
+      {"POST", Operation("DeleteTask"), "{\"taskId\":\"../x\"}", 422},
+  };
+  for (const auto& row : rows) {
+    const auto response = AgentFixture::Http(row.m_Method, row.m_Target, row.m_Body);
+    EXPECT_EQ(response.m_Status, row.m_Status)
+        << row.m_Method << " " << row.m_Target << " " << row.m_Body << ": " << response.m_Body;
+    EXPECT_TRUE(json::parse(response.m_Body, nullptr, false).contains("error")) << response.m_Body;
+  }
+}
+
+TEST_F(Http, StreamsNotificationsAsJsonLines) {
+  StartAgent();
+  const HttpClient stream(Socket());
+  stream.Send("GET /v1/notifications HTTP/1.1\r\nHost: agent\r\n\r\n");
+  EXPECT_EQ(stream.ReadUntil("\r\n\r\n").find("HTTP/1.1 200"), 0u);
+  AddTask("a", Trigger(0, FromNow(3600)));
+  const std::string chunk = stream.ReadUntil("}\n");
+  const json line =
+      json::parse(chunk.substr(chunk.find('{'), chunk.find('}') - chunk.find('{') + 1));
+  EXPECT_EQ(line["code"], 102) << chunk;
+  EXPECT_EQ(line["id"], "a") << chunk;
+}
+
+TEST_F(Http, ServesOthersWhileAClientStalls) {
+  StartAgent();
+  const HttpClient stalled(Socket());
+  stalled.Send("POST /v1/refresh HTTP/1.1\r\nHost: agent\r\nContent-Length: 100\r\n\r\n{");
+  const HttpClient silent(Socket());
+  EXPECT_EQ(AgentFixture::Http("GET", "/v1/status").m_Status, 200);
+  EXPECT_EQ(Post(Operation("GetTaskXML"), {{"taskId", "a"}})["result"], -1);
+}
