@@ -1,0 +1,209 @@
+// What docs/time.md promises, example by example.
+#include <gtest/gtest.h>
+
+#include "tests/support/scheduler/TestScheduler.h"
+
+namespace {
+
+using TestSupport::TaskXml;
+using TestSupport::TestScheduler;
+using TestSupport::TriggerXml;
+using Runs = std::vector<std::string>;
+
+constexpr const char* newYork = "EST5EDT,M3.2.0,M11.1.0";
+constexpr const char* utc = "UTC0";
+constexpr long sunday = 1, monday = 2;
+
+// A running scheduler with the gate open.
+struct Running : TestScheduler {
+  Running(const char* zone, const std::string& now) : TestScheduler(zone, now) {
+    EXPECT_TRUE(Start());
+    OpenGate();
+  }
+};
+
+// The local times at which "job" ran, when it is added at `from`.
+Runs RunTimes(const char* zone, const std::string& from, const std::string& to,
+              const TriggerXml& trigger) {
+  Running scheduler(zone, from);
+  EXPECT_EQ(scheduler.AddTask("job", TaskXml().With(trigger)), 1);
+  scheduler.RunUntil(to);
+  Runs times;
+  for (const auto& call : scheduler.Handler().Calls())
+    times.push_back(TestScheduler::Show(call.m_Time));
+  return times;
+}
+
+TEST(TimeContract, StartThatANightDoesNotHaveMovesBehindTheGap) {
+  EXPECT_EQ(RunTimes(newYork, "2024-03-09 00:00:00", "2024-03-12 00:00:00",
+                     TriggerXml::Daily("2024/03/09 02:30:00")),
+            (Runs{"2024-03-09 02:30:00", "2024-03-10 03:30:00", "2024-03-11 02:30:00"}));
+}
+
+TEST(TimeContract, StartThatANightHasTwiceIsItsFirst) {
+  Running scheduler(newYork, "2024-11-03 00:00:00");
+  scheduler.AddTask("job", TaskXml().With(TriggerXml::Daily("2024/11/03 01:30:00")));
+  scheduler.RunUntil("2024-11-04 00:00:00");
+  ASSERT_EQ(scheduler.Handler().Calls().size(), 1u);
+  EXPECT_EQ(scheduler.Handler().Calls()[0].m_Time, 1730611800) << "05:30 UTC";
+}
+
+TEST(TimeContract, EveryTwoDaysCanRunOnNeighbouringDays) {
+  EXPECT_EQ(RunTimes(newYork, "2024-03-09 00:00:00", "2024-03-15 00:00:00",
+                     TriggerXml::Daily("2024/03/09 08:00:00", 2)),
+            (Runs{"2024-03-09 08:00:00", "2024-03-10 08:00:00", "2024-03-12 08:00:00",
+                  "2024-03-14 08:00:00"}));
+}
+
+TEST(TimeContract, EveryTwoWeeksTakesSundayWithTheWeekBefore) {
+  // The first run is the begin itself, which is due whatever the weekday.
+  EXPECT_EQ(RunTimes(newYork, "2024-03-06 00:00:00", "2024-03-31 00:00:00",
+                     TriggerXml::Weekly("2024/03/06 08:00:00", sunday, 2)),
+            (Runs{"2024-03-06 08:00:00", "2024-03-10 08:00:00", "2024-03-24 08:00:00"}));
+}
+
+TEST(TimeContract, StartAt2330IsLostBeforeADayOf23Hours) {
+  EXPECT_EQ(RunTimes(newYork, "2024-03-08 12:00:00", "2024-03-12 12:00:00",
+                     TriggerXml::Daily("2024/03/08 23:30:00")),
+            (Runs{"2024-03-08 23:30:00", "2024-03-09 23:30:00", "2024-03-11 23:30:00"}));
+}
+
+TEST(TimeContract, RepetitionsPastMidnightStopOnADayThatTheRuleDoesNotSelect) {
+  EXPECT_EQ(
+      RunTimes(utc, "2024-01-08 20:00:00", "2024-01-15 23:30:00",
+               TriggerXml::Weekly("2024/01/08 22:00:00", monday).EveryMinutes(60).ForMinutes(240)),
+      (Runs{"2024-01-08 22:00:00", "2024-01-08 23:00:00", "2024-01-09 00:00:00",
+            "2024-01-15 22:00:00", "2024-01-15 23:00:00"}));
+}
+
+TEST(TimeContract, RepetitionsPastMidnightGoOnWhenTheNextDayIsSelectedToo) {
+  EXPECT_EQ(RunTimes(utc, "2024-01-08 20:00:00", "2024-01-09 12:00:00",
+                     TriggerXml::Daily("2024/01/08 22:00:00").EveryMinutes(60).ForMinutes(240)),
+            (Runs{"2024-01-08 22:00:00", "2024-01-08 23:00:00", "2024-01-09 00:00:00",
+                  "2024-01-09 01:00:00", "2024-01-09 02:00:00"}));
+}
+
+TEST(TimeContract, RepetitionsRoundTheClockRestBehindEachStartUntilTheFilesAreReadAgain) {
+  EXPECT_EQ(RunTimes(utc, "2024-01-09 07:10:00", "2024-01-09 08:25:00",
+                     TriggerXml::Daily("2024/01/08 07:30:00").EveryMinutes(10).ForMinutes(1440)),
+            (Runs{"2024-01-09 07:10:00", "2024-01-09 07:20:00", "2024-01-09 07:30:00",
+                  "2024-01-09 08:10:00", "2024-01-09 08:20:00"}));
+  EXPECT_EQ(RunTimes(utc, "2024-01-09 06:10:00", "2024-01-09 07:55:00",
+                     TriggerXml::Daily("2024/01/08 07:30:00").EveryMinutes(10).ForMinutes(1380)),
+            (Runs{"2024-01-09 06:10:00", "2024-01-09 06:20:00", "2024-01-09 06:30:00",
+                  "2024-01-09 07:30:00", "2024-01-09 07:40:00", "2024-01-09 07:50:00"}));
+}
+
+TEST(TimeContract, DurationWithoutIntervalIsNoRepetition) {
+  EXPECT_EQ(RunTimes(utc, "2024-01-08 07:00:00", "2024-01-09 12:00:00",
+                     TriggerXml::Daily("2024/01/08 08:00:00").ForMinutes(120)),
+            (Runs{"2024-01-08 08:00:00", "2024-01-09 08:00:00"}));
+}
+
+TEST(TimeContract, TriggerThatNeverRanIsDueOnADayThatItsRuleDoesNotSelect) {
+  Running scheduler(utc, "2024-01-11 09:00:00");  // a Thursday
+  scheduler.AddTask("job", TaskXml().With(TriggerXml::Weekly("2024/01/10 08:00:00", sunday)));
+  scheduler.Clock().Settle();
+  EXPECT_EQ(scheduler.TimedBatches(), (Runs{"2024-01-11 09:00:00 job:1:1:0;"}));
+}
+
+TEST(TimeContract, EndBeforeTheBeginLeavesOneSecond) {
+  const auto document =
+      TaskXml().With(TriggerXml::Daily("2024/01/10 08:00:00").End("2024-01-09 00:00:00"));
+  Running inTime(utc, "2024-01-10 07:30:00");
+  inTime.AddTask("job", document);
+  inTime.RunUntil("2024-01-10 10:00:00");
+  EXPECT_EQ(inTime.TimedBatches(), (Runs{"2024-01-10 08:00:00 job:0:1:0;"}));
+  EXPECT_FALSE(inTime.HasFile("job"));
+}
+
+TEST(TimeContract, EndBeforeTheBeginSeenLaterDeletesTheTaskUnrun) {
+  Running late(utc, "2024-01-10 08:00:01");
+  late.AddTask("job",
+               TaskXml().With(TriggerXml::Daily("2024/01/10 08:00:00").End("2024-01-09 00:00:00")));
+  late.Clock().Settle();
+  EXPECT_TRUE(late.Batches().empty());
+  EXPECT_FALSE(late.HasFile("job"));
+}
+
+TEST(TimeContract, LastRunInTheFutureHoldsTheTriggerBack) {
+  Running scheduler(utc, "2024-01-10 07:00:00");
+  scheduler.AddTask(
+      "job",
+      TaskXml().With(TriggerXml::Daily("2024/01/01 08:00:00")).LastRun("2024-01-11 08:00:00 Ok"));
+  scheduler.RunUntil("2024-01-12 12:00:00");
+  EXPECT_EQ(scheduler.TimedBatches(), (Runs{"2024-01-12 08:00:00 job:0:0:0;"}));
+}
+
+TEST(TimeContract, ClockSetForwardOverStartsMakesOneLateRunAtOnce) {
+  Running scheduler(utc, "2024-01-10 07:00:00");
+  scheduler.AddTask("job", TaskXml().With(TriggerXml::Daily("2024/01/10 08:00:00")));
+  scheduler.RunUntil("2024-01-10 07:30:00");
+  scheduler.Clock().StepWallClock(3 * 86400L);
+  scheduler.Clock().Settle();
+  EXPECT_EQ(scheduler.TimedBatches(), (Runs{"2024-01-13 07:30:00 job:1:1:0;"}));
+}
+
+TEST(TimeContract, ClockSetBackRunsNothingTwiceAndReadsTheFilesAgain) {
+  Running scheduler(utc, "2024-01-10 07:00:00");
+  scheduler.AddTask("job", TaskXml().With(TriggerXml::Daily("2024/01/10 08:00:00")));
+  scheduler.RunUntil("2024-01-10 08:30:00");
+  const unsigned reloads = scheduler.Log().CountContaining(L"REFRESH TASK LIST!");
+  scheduler.Clock().StepWallClock(-7200);
+  scheduler.Clock().Settle();
+  EXPECT_EQ(scheduler.Log().CountContaining(L"REFRESH TASK LIST!"), reloads + 1);
+  scheduler.RunUntil("2024-01-10 09:00:00");
+  EXPECT_EQ(scheduler.TimedBatches(), (Runs{"2024-01-10 08:00:00 job:0:1:0;"}));
+}
+
+TEST(TimeContract, SuspendOverAStartRunsItAtResuming) {
+  Running scheduler(utc, "2024-01-10 07:00:00");
+  scheduler.AddTask("job", TaskXml().With(TriggerXml::Daily("2024/01/10 08:00:00")));
+  scheduler.RunUntil("2024-01-10 07:30:00");
+  scheduler.Clock().Suspend(7200);
+  scheduler.Clock().Settle();
+  EXPECT_EQ(scheduler.TimedBatches(), (Runs{"2024-01-10 09:30:00 job:1:1:0;"}));
+}
+
+TEST(TimeContract, WhatWasMissedWhileTheAgentWasDownIsOneLateRun) {
+  TestScheduler scheduler(utc, "2024-01-10 07:00:00");
+  ASSERT_TRUE(scheduler.Start());
+  scheduler.AddTask(
+      "job",
+      TaskXml().With(TriggerXml::Daily("2024/01/01 08:00:00")).LastRun("2024-01-09 08:00:00 Ok"));
+  scheduler.Stop();
+  scheduler.RunUntil("2024-01-13 09:00:00");
+  ASSERT_TRUE(scheduler.Start());
+  scheduler.OpenGate();
+  EXPECT_EQ(scheduler.TimedBatches(), (Runs{"2024-01-13 09:00:00 job:1:0:0;"}));
+}
+
+TEST(TimeContract, FailedRunIsTriedAgainAtTheNextReadingOfTheFiles) {
+  Running scheduler(utc, "2024-01-10 07:30:00");
+  scheduler.AddTask("job", TaskXml().With(TriggerXml::Daily("2024/01/10 08:00:00")));
+  scheduler.RunUntil("2024-01-10 08:00:00");
+  scheduler.SetRunState("job", "Failed");
+  scheduler.RunUntil("2024-01-10 08:29:59");
+  EXPECT_EQ(scheduler.Batches().size(), 1u);
+  scheduler.RunUntil("2024-01-10 08:30:00");
+  EXPECT_EQ(scheduler.TimedBatches(),
+            (Runs{"2024-01-10 08:00:00 job:0:1:0;", "2024-01-10 08:30:00 job:1:1:0;"}));
+}
+
+TEST(TimeContract, DailyTaskHasItsNextRunTomorrowThoughTwentyYearsAheadAreOutOfRange) {
+  Running scheduler(utc, "2026-11-21 09:00:00");
+  scheduler.AddTask(
+      "job",
+      TaskXml().With(TriggerXml::Daily("2005/03/01 08:00:00")).LastRun("2026-11-21 08:00:00 Ok"));
+  EXPECT_EQ(scheduler.Attribute("job", "t6"), "1795334400") << "2026-11-22 08:00:00";
+}
+
+TEST(TimeContract, AfterTheLastSecondTheMonitorLooksOnceAnHourAndRunsNothing) {
+  Running scheduler(utc, "2038-01-19 03:00:00");
+  scheduler.AddTask("job", TaskXml().With(TriggerXml::Daily("2038/01/19 03:10:00")));
+  scheduler.RunFor(6 * 3600L);
+  EXPECT_EQ(scheduler.Batches().size(), 1u);
+  EXPECT_LT(scheduler.Log().CountContaining(L"Task Thread is sleeping"), 20u);
+}
+
+}  // namespace

@@ -1,0 +1,157 @@
+// Ten years of runs in every zone that the system knows: they end, and they only go forward.
+#include <VirtualTime/VirtualClock.h>
+#include <VirtualTime/Zone.h>
+#include <gtest/gtest.h>
+
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <sstream>
+#include <utility>
+
+#include "model/TaskTrigger.h"
+#include "tests/proof/OwnProcess.h"
+#include "tests/support/TempDir.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+constexpr long tenYears = 3653L * 86400;
+// The begin, ten years, and what the search for a next run looks at, with room for any offset.
+constexpr long sweepStart = 1109635200 - 3L * 86400;  // 2005-03-01 UTC
+constexpr long sweepEnd = sweepStart + tenYears + 100L * 86400;
+constexpr long longestSleep = 86400;
+
+std::string Content(const fs::path& file) {
+  std::ostringstream text;
+  text << std::ifstream(file, std::ios::binary).rdbuf();
+  return text.str();
+}
+
+// One name for each different file; links count once.
+std::vector<std::string> SystemZones() {
+  const fs::path root = "/usr/share/zoneinfo";
+  std::map<std::string, std::string> byContent;
+  for (fs::recursive_directory_iterator at(root), end; at != end; ++at) {
+    const std::string name = fs::relative(at->path(), root).string();
+    if (name == "posix" || name == "right") at.disable_recursion_pending();
+    if (!at->is_regular_file() || name == "localtime" || name == "posixrules") continue;
+    const std::string content = Content(at->path());
+    if (content.rfind("TZif", 0) == 0) byContent.emplace(content, name);
+  }
+  std::vector<std::string> zones;
+  for (const auto& [content, name] : byContent) zones.push_back(name);
+  return zones;
+}
+
+std::pair<long, int> ClockAt(long moment) {
+  const std::time_t time = moment;
+  std::tm fields{};
+  (void)localtime_r(&time, &fields);
+  return {fields.tm_gmtoff, fields.tm_isdst};
+}
+
+// The second at which the clock changes between two moments at which it differs.
+long ChangeBetween(long before, long after) {
+  while (after - before > 1) {
+    const long middle = before + (after - before) / 2;
+    (ClockAt(middle) == ClockAt(before) ? before : after) = middle;
+  }
+  return after;
+}
+
+// All that the sweep can see of a zone. No clock changes twice in a week.
+std::string ClockOverTheSweep(const std::string& zone) {
+  const VirtualTime::Zone set(zone.c_str());
+  constexpr long week = 7L * 86400;
+  std::ostringstream text;
+  text << ClockAt(sweepStart).first << ' ' << ClockAt(sweepStart).second;
+  for (long at = sweepStart; at < sweepEnd; at += week) {
+    const auto [offset, isDaylight] = ClockAt(at + week);
+    if (ClockAt(at) != std::pair(offset, isDaylight))
+      text << ' ' << ChangeBetween(at, at + week) << ' ' << offset << ' ' << isDaylight;
+  }
+  return text.str();
+}
+
+// One name for each different clock: zones that have agreed ever since would repeat the sweep.
+void WriteDifferentZones(const fs::path& file) {
+  std::map<std::string, std::string> byClock;
+  for (const std::string& zone : SystemZones()) byClock.emplace(ClockOverTheSweep(zone), zone);
+  std::ofstream names(file);
+  for (const auto& [clock, zone] : byClock) names << zone << '\n';
+}
+
+std::vector<std::string> DifferentZones() {
+  const TestSupport::TempDir directory;
+  InOwnProcess([&] { WriteDifferentZones(directory / "zones"); });
+  std::istringstream names(directory.Read("zones"));
+  return {std::istream_iterator<std::string>(names), {}};
+}
+
+const char* const kinds[] = {
+    R"(Type="0")",
+    R"(Type="1")",
+    R"(Type="2")",
+    R"(Type="3")",
+    R"(Type="4")",
+    R"(Type="-2")",
+    R"(Type="1" Interval="720" Duration="1200")",
+    R"(Type="2" Interval="300" Duration="3000")",
+};
+const char* const clocks[] = {"00:00:00", "02:30:00", "23:30:00"};
+
+std::string TriggerXml(const char* kind, const char* clock) {
+  return std::string("<Trigger ") + kind + "><BeginDate>2005/03/01 " + clock +
+         "</BeginDate><DaysInterval>1</DaysInterval><WeeksInterval>2</WeeksInterval>"
+         "<DaysOfWeek>73</DaysOfWeek><DaysOfMonth>1610612737</DaysOfMonth>"
+         "<MonthsOfYear>4095</MonthsOfYear><Week>5</Week></Trigger>";
+}
+
+// Runs the trigger as a monitor would that sleeps until the trigger's own next run.
+void RunTenYears(const std::string& xml) {
+  long lastRun = -1;
+  CTaskTrigger trigger(BaseSDK::AString::FromUtf8(xml), &lastRun);
+  ASSERT_FALSE(trigger.m_Disabled) << xml;
+  auto& clock = VirtualTime::VirtualClock::Instance();
+  const long end = trigger.m_BeginDate + tenYears;
+  for (long now = trigger.m_BeginDate; now < end;) {
+    clock.Start(now);
+    long sleepSeconds = longestSleep;
+    bool late = false, expired = false, changed = false;
+    if (trigger.IsDue(false, false, sleepSeconds, late, expired, changed)) {
+      ASSERT_LT(lastRun, now) << xml;
+      lastRun = now;
+    }
+    const long next = trigger.m_NextRun;
+    if (next == -1) return;
+    ASSERT_GT(next, now) << xml;
+    now = sleepSeconds > 0 && sleepSeconds < longestSleep ? now + sleepSeconds : next;
+  }
+}
+
+void SweepZone(const std::string& name) {
+  const VirtualTime::Zone zone(name.c_str());
+  SCOPED_TRACE(name);
+  for (const char* kind : kinds) {
+    for (const char* clock : clocks) RunTenYears(TriggerXml(kind, clock));
+  }
+}
+
+class ZoneSweep : public ::testing::TestWithParam<int> {};
+
+TEST_P(ZoneSweep, TenYearsOfRunsEndAndOnlyGoForward) {
+  static const std::vector<std::string> zones = DifferentZones();
+  ASSERT_GT(zones.size(), 100u) << "the system's zone data is missing";
+  for (std::size_t i = static_cast<std::size_t>(GetParam()); i < zones.size();
+       i += 4 * NOX_ZONE_STRIDE) {
+    InOwnProcess([&] { SweepZone(zones[i]); });
+    if (HasFailure()) return;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Quarter, ZoneSweep, ::testing::Range(0, 4));
+
+}  // namespace
