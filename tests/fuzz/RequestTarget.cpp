@@ -1,0 +1,112 @@
+// The bytes of a connection to the control socket, up to an object behind its message queue.
+#include <boost/asio/buffer.hpp>
+#include <boost/beast/http/field.hpp>
+#include <boost/beast/http/parser.hpp>
+#include <boost/beast/http/string_body.hpp>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "agent/daemon/AgentThread.h"
+#include "agent/daemon/control/Api.h"
+#include "agent/daemon/control/ControlServer.h"
+#include "agent/daemon/control/EnumerationHandles.h"
+#include "agent/daemon/control/OperationRoute.h"
+#include "agent/daemon/plugins/NotificationCenter.h"
+#include "agent/daemon/plugins/Plugins.h"
+#include "tests/fuzz/FuzzTarget.h"
+
+using namespace NoxAgent;
+namespace http = boost::beast::http;
+using Fuzz::Require;
+using nlohmann::json;
+
+namespace {
+
+/// The agent without its socket; its one plug-in answers everything.
+struct World {
+  World() : m_Plugin(std::make_shared<Plugin>(Settings(), 1)) {
+    m_Plugin->Load(PatienceMilliseconds);
+    m_Plugins.Add(m_Plugin);
+  }
+  World(const World&) = delete;
+  World& operator=(const World&) = delete;
+  ~World() {
+    m_Plugins.Remove(*m_Plugin);
+    (void)m_Plugin->CloseQueue(PatienceMilliseconds);
+    (void)m_Plugin->Unload();
+  }
+
+  static constexpr unsigned long PatienceMilliseconds = 10000;
+  static PluginSettings Settings() {
+    return {"p", NOX_ANSWERING_PLUGIN, {}, "{11111111-2222-3333-4444-555555555555}"};
+  }
+
+  std::shared_ptr<Plugin> m_Plugin;
+  Plugins m_Plugins;
+  AgentThread m_Thread;
+  NotificationCenter m_Notifications{m_Thread, m_Plugins};
+  EnumerationHandles m_Handles;
+  OperationRoute m_Operations{m_Plugins, m_Notifications, m_Handles};
+  Api m_Api{m_Operations, m_Notifications, {[] { return json::object(); }, [] {}}};
+};
+
+/// A request that does not say how long its body is gets the right length: with one of its own
+/// nearly every mutation would end at the wrong length.
+std::string WithLength(std::string request) {
+  const std::size_t end = request.find("\r\n\r\n");
+  if (end != std::string::npos) {
+    const std::size_t bodySize = request.size() - end - 4;
+    request.insert(end, "\r\nContent-Length: " + std::to_string(bodySize));
+  }
+  return request;
+}
+
+/// As the control session reads one; nothing when it answers with an error of its own.
+std::optional<ApiRequest> Parse(std::string_view bytes) {
+  http::request_parser<http::string_body> parser;
+  parser.header_limit(ControlServer::MaxHeaderBytes);
+  parser.body_limit(ControlServer::MaxBodyBytes);
+  parser.eager(true);
+  boost::system::error_code error;
+  while (!parser.is_done() && !bytes.empty() && !error) {
+    bytes.remove_prefix(parser.put(boost::asio::buffer(bytes), error));
+  }
+  if (!parser.is_done()) {
+    return std::nullopt;
+  }
+  auto& message = parser.get();
+  return ApiRequest{std::string(message.method_string()), std::string(message.target()),
+                    std::move(message.body())};
+}
+
+void RequireAnswer(const ApiResponse& answer) {
+  Require((answer.m_Status >= 200 && answer.m_Status < HttpStatus::Internal) ||
+              answer.m_Status == HttpStatus::Unavailable,
+          "a request gets a result or is told what is wrong with it");
+  if (answer.m_IsStream) {
+    return;
+  }
+  const json body = json::parse(answer.m_Body, nullptr, false);
+  Require(body.is_object(), "an answer is a JSON object");
+  if (answer.m_Status != HttpStatus::Ok) {
+    Require(body["error"]["code"].is_string() && body["error"]["message"].is_string(),
+            "an error has a code and a message");
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static World world;
+  const std::string bytes(reinterpret_cast<const char*>(data), size);
+  for (const std::string& request : {bytes, WithLength(bytes)}) {
+    if (const auto parsed = Parse(request)) {
+      RequireAnswer(world.m_Api.Handle(*parsed));
+    }
+  }
+  world.m_Handles.CloseAll();
+  return 0;
+}
