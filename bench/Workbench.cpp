@@ -1,0 +1,131 @@
+#include "bench/Workbench.h"
+
+#include <BaseSDK/ADateTime.h>
+#include <BaseSDK/ALogConfig.h>
+
+#include <cstdlib>
+#include <ctime>
+#include <fstream>
+#include <stdexcept>
+#include <utility>
+
+using BaseSDK::AString;
+
+namespace Workbench {
+namespace {
+
+constexpr long startupFinished = 0;
+
+std::string Document(const std::string& trigger, const std::string& history) {
+  return "<Task Enabled=\"1\">\n\t<HandlerCLSID>" + AString(HandlerClassId).ToUtf8() +
+         "</HandlerCLSID>\n\t<Schedule>\n\t\t" + trigger + "\n\t</Schedule>\n\t" + history +
+         "\n</Task>";
+}
+
+}  // namespace
+
+double FineNow() {
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+std::string DailyTask() {
+  const std::string today = BaseSDK::ADateTime::Now().ToString(L"%Y-%m-%d %H:%M:%S").ToUtf8();
+  return Document("<Trigger Type=\"1\" Description=\"" + std::string(230, 'd') +
+                      "\" Interval=\"0\" IntervalUnit=\"MINUTE\" Duration=\"0\" KillAtEnd=\"0\">"
+                      "<BeginDate>2005/03/01 03:00:00</BeginDate><DaysInterval>1</DaysInterval>"
+                      "<MonthsOfYear>4095</MonthsOfYear></Trigger>",
+                  "<TaskHistory>\n\t\t<RunTime>" + today + " Ok</RunTime>\n\t</TaskHistory>");
+}
+
+std::string TaskDueAt(long due) {
+  const std::string begin = BaseSDK::ADateTime(due).ToString(L"%Y/%m/%d %H:%M:%S").ToUtf8();
+  return Document("<Trigger Type=\"0\"><BeginDate>" + begin + "</BeginDate></Trigger>", "");
+}
+
+TaskDirectory::TaskDirectory() {
+  std::string name = (std::filesystem::temp_directory_path() / "nox_bench_XXXXXX").string();
+  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary directory: " + name);
+  m_Path = name;
+}
+
+TaskDirectory::~TaskDirectory() {
+  std::filesystem::remove_all(m_Path);
+}
+
+void TaskDirectory::Fill(long count, const std::string& document) const {
+  for (long i = 0; i < count; ++i)
+    std::ofstream(m_Path / ("task" + std::to_string(i) + ".vsk")) << document;
+}
+
+AString TaskDirectory::Path() const {
+  return AString::FromUtf8(m_Path.string());
+}
+
+long Handler::RunTasksEx(const AString&) {
+  const double now = FineNow();
+  const std::lock_guard guard(m_Lock);
+  if (m_CallTime == 0) m_CallTime = now;
+  m_Called.notify_all();
+  return 1;
+}
+
+double Handler::WaitForCall() {
+  std::unique_lock guard(m_Lock);
+  m_Called.wait(guard, [this] { return m_CallTime != 0; });
+  return m_CallTime;
+}
+
+Host::Host(AString taskPath, Handler& handler)
+    : m_TaskPath(std::move(taskPath)), m_Handler(handler), m_Before(Replace(this)) {}
+
+Host::~Host() {
+  Replace(m_Before);
+}
+
+AString Host::GetConfigString(const AString&, const AString& key, const AString& fallback) {
+  if (key == L"task_storage_path") return m_TaskPath;
+  return key == L"task_file_extension" ? AString(L".vsk") : fallback;
+}
+
+long Host::OpenObject(const AString&, const BaseSDK::AGuid&, unsigned long, void*& object) {
+  object = static_cast<Corvane::AgentInterfacesV3::INoxScheduledTaskHandler*>(&m_Handler);
+  return 1;
+}
+
+void SleepListener::Write(const BaseSDK::ALogRecord& record) noexcept {
+  if (record.m_Message.Find(L"Task Thread is sleeping") == AString::npos) return;
+  const std::lock_guard guard(m_Lock);
+  ++m_Sleeps;
+  m_Slept.notify_all();
+}
+
+void SleepListener::WaitForSleep() {
+  std::unique_lock guard(m_Lock);
+  m_Slept.wait(guard, [this] { return m_Sleeps > m_Seen; });
+  m_Seen = m_Sleeps;
+}
+
+Plugin::Plugin(const TaskDirectory& directory)
+    : m_Host(directory.Path(), m_Handler), m_Listener(std::make_shared<SleepListener>()) {
+  BaseSDK::ALogConfig::SetDefaultLevel(BaseSDK::ALogger::Trace);
+  BaseSDK::ALogConfig::AddSink(m_Listener);
+}
+
+Plugin::~Plugin() {
+  (void)m_Scheduler.Uninitialize(1);
+  BaseSDK::ALogConfig::RemoveSink(m_Listener);
+}
+
+void Plugin::Start() {
+  if (m_Scheduler.Initialize() != 1) throw std::runtime_error("the plug-in did not start");
+  m_Listener->WaitForSleep();
+}
+
+void Plugin::Pass() {
+  (void)m_Scheduler.NotifyObject(startupFinished, 0, L"");
+  WaitUntilAsleep();
+}
+
+}  // namespace Workbench

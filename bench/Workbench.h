@@ -1,0 +1,110 @@
+#pragma once
+
+#include <AgentInterfacesV3/INoxScheduledTaskHandler.h>
+#include <AgentSDK/AHost.h>
+#include <BaseSDK/ALogSink.h>
+
+#include <condition_variable>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "scheduler/TaskSchedulerObject.h"
+
+/// What the benchmarks share: a task directory, an agent of a few lines, and the real plug-in.
+namespace Workbench {
+
+constexpr const wchar_t* HandlerClassId = L"{B0000000-0000-0000-0000-000000000001}";
+
+/// Seconds since the epoch, finely.
+double FineNow();
+
+/// A document of about 700 bytes: a daily trigger, a description, a history.
+std::string DailyTask();
+/// Runs once, at `due`.
+std::string TaskDueAt(long due);
+
+class TaskDirectory {
+ public:
+  TaskDirectory();
+  TaskDirectory(const TaskDirectory&) = delete;
+  TaskDirectory& operator=(const TaskDirectory&) = delete;
+  ~TaskDirectory();
+
+  void Fill(long count, const std::string& document) const;
+  BaseSDK::AString Path() const;
+
+ private:
+  std::filesystem::path m_Path;
+};
+
+/// Takes every batch and remembers when the first of them came.
+class Handler : public Corvane::AgentInterfacesV3::INoxScheduledTaskHandler {
+ public:
+  virtual ~Handler() = default;
+  double WaitForCall();
+
+  long RunTasks(const BaseSDK::AString&) override { return 1; }
+  long RunTasksEx(const BaseSDK::AString&) override;
+  long Release() override { return 1; }
+  int ObjectDebugInfo(BaseSDK::AString&) override { return 1; }
+  int NotifyObject(long, long, const BaseSDK::AString&) override { return 0; }
+
+ private:
+  std::mutex m_Lock;
+  std::condition_variable m_Called;
+  double m_CallTime = 0;
+};
+
+class Host : public AgentSDK::AHost {
+ public:
+  Host(BaseSDK::AString taskPath, Handler& handler);
+  ~Host() override;
+
+  long Subscribe(const BaseSDK::AString&, const long*, unsigned) override { return 1; }
+  long PostNotification(long, const BaseSDK::AString&) override { return 1; }
+  BaseSDK::AString GetConfigString(const BaseSDK::AString& section, const BaseSDK::AString& key,
+                                   const BaseSDK::AString& fallback) override;
+  long OpenObject(const BaseSDK::AString& classId, const BaseSDK::AGuid& interfaceId,
+                  unsigned long flags, void*& object) override;
+
+ private:
+  BaseSDK::AString m_TaskPath;
+  Handler& m_Handler;
+  AgentSDK::AHost* const m_Before;
+};
+
+/// Hears the monitor go to sleep: then the work it was given is done.
+class SleepListener : public BaseSDK::ALogSink {
+ public:
+  void Write(const BaseSDK::ALogRecord& record) noexcept override;
+  void WaitForSleep();
+
+ private:
+  std::mutex m_Lock;
+  std::condition_variable m_Slept;
+  unsigned m_Sleeps = 0, m_Seen = 0;
+};
+
+/// The plug-in over a directory, from its start to its end. The gate is closed at first.
+class Plugin {
+ public:
+  explicit Plugin(const TaskDirectory& directory);
+  ~Plugin();
+
+  /// Returns when every task is loaded.
+  void Start();
+  /// Opens the gate, which is one pass over all tasks; returns when it is over.
+  void Pass();
+  void WaitUntilAsleep() { m_Listener->WaitForSleep(); }
+  Handler& TaskHandler() { return m_Handler; }
+
+ private:
+  Handler m_Handler;
+  Host m_Host;
+  std::shared_ptr<SleepListener> m_Listener;
+  TaskSchedulerObject_i m_Scheduler;
+};
+
+}  // namespace Workbench
