@@ -6,6 +6,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "agent/client/TaskSummary.h"
 
@@ -16,7 +17,8 @@ struct RunEvent {
 
   Kind m_Kind;
   std::string m_Task;
-  std::chrono::system_clock::time_point m_Time;     // when it was seen
+  // When it was seen; of a Started told in hindsight, the start as the document has it.
+  std::chrono::system_clock::time_point m_Time;
   RunEntry m_Run;                                   // of Started and Finished
   std::optional<std::chrono::milliseconds> m_Took;  // of Finished, when the start can be read
 };
@@ -28,10 +30,10 @@ class RunWatcher {
   // Remembers a task's run from before, so that it is not told again.
   void Know(const std::string& task, const std::string& taskXml);
 
-  // A task's document was changed or added: what happened to its run, if anything did. A run that
-  // was over before anyone looked is told as finished only.
-  std::optional<RunEvent> Changed(const std::string& task, const std::string& taskXml,
-                                  Clock::time_point now);
+  // A task's document was changed: what happened to its run, in order. A run may be over before
+  // anyone looked: its start and its end are then told together.
+  std::vector<RunEvent> Changed(const std::string& task, const std::string& taskXml,
+                                Clock::time_point now);
   void Forget(const std::string& task) { m_Known.erase(task); }
 
  private:

@@ -111,7 +111,7 @@ class Watch {
     if (code != kTaskChanged) return;
     const auto xml = m_Context.Agent().TaskXml(id);
     if (!xml) return;
-    if (const auto event = m_Watcher.Changed(id, *xml, now)) Print(*event);
+    for (const RunEvent& event : m_Watcher.Changed(id, *xml, now)) Print(event);
   }
 
   void Print(const RunEvent& event) {

@@ -273,8 +273,11 @@ TEST_F(Client, WatchTellsEachRunOnceWithItsOutcome) {
                    event.value("state", ""));
   }
   const std::vector<std::string> expected = {"T1 started 2026-06-15 08:00:00 Started",
-                                             "T1 finished 2026-06-15 08:00:00 Failed", "T2 added  ",
-                                             "T2 deleted  ", "T1 finished 2026-06-15 09:00:00 Ok"};
+                                             "T1 finished 2026-06-15 08:00:00 Failed",
+                                             "T2 added  ",
+                                             "T2 deleted  ",
+                                             "T1 started 2026-06-15 09:00:00 Started",
+                                             "T1 finished 2026-06-15 09:00:00 Ok"};
   EXPECT_EQ(expected, told);
 }
 

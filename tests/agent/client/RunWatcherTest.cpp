@@ -1,5 +1,6 @@
 #include "agent/client/RunWatcher.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <VirtualTime/Zone.h>
@@ -9,8 +10,20 @@ namespace NoxAgentTest {
 using NoxAgent::RunEvent;
 using NoxAgent::RunWatcher;
 using std::chrono::milliseconds;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+using testing::SizeIs;
+using Kind = RunEvent::Kind;
 
 namespace {
+
+// 2026-06-15 08:00:00 in UTC.
+constexpr RunWatcher::Clock::time_point kEight{std::chrono::seconds(1781510400)};
+
+MATCHER_P2(Is, kind, millisecondsPastEight, "") {
+  return arg.m_Kind == kind && arg.m_Time == kEight + milliseconds(millisecondsPastEight);
+}
 
 std::string Ran(const std::string& runTime) {
   return "<Task><TaskHistory><RunTime>" + runTime + "</RunTime></TaskHistory></Task>";
@@ -18,9 +31,8 @@ std::string Ran(const std::string& runTime) {
 
 class RunWatcherOfOneTask : public testing::Test {
  protected:
-  std::optional<RunEvent> At(long millisecondsPastEight, const std::string& xml) {
-    const RunWatcher::Clock::time_point eight(std::chrono::seconds(1781510400));
-    return m_Watcher.Changed("T1", xml, eight + milliseconds(millisecondsPastEight));
+  std::vector<RunEvent> At(long millisecondsPastEight, const std::string& xml) {
+    return m_Watcher.Changed("T1", xml, kEight + milliseconds(millisecondsPastEight));
   }
 
   VirtualTime::Zone m_Zone{"UTC0"};
@@ -30,63 +42,63 @@ class RunWatcherOfOneTask : public testing::Test {
 }  // namespace
 
 TEST_F(RunWatcherOfOneTask, MeasuresFromTheMomentTheStartWasSeen) {
-  const auto started = At(40, Ran("2026-06-15 08:00:00 Started"));
-  ASSERT_TRUE(started);
-  EXPECT_EQ(RunEvent::Kind::Started, started->m_Kind);
+  EXPECT_THAT(At(40, Ran("2026-06-15 08:00:00 Started")), ElementsAre(Is(Kind::Started, 40)));
   const auto finished = At(2540, Ran("2026-06-15 08:00:00 Ok"));
-  ASSERT_TRUE(finished);
-  EXPECT_EQ(RunEvent::Kind::Finished, finished->m_Kind);
-  EXPECT_EQ(milliseconds(2500), finished->m_Took);
+  ASSERT_THAT(finished, ElementsAre(Is(Kind::Finished, 2540)));
+  EXPECT_EQ(milliseconds(2500), finished[0].m_Took);
 }
 
 TEST_F(RunWatcherOfOneTask, TellsAChangeOnce) {
-  EXPECT_TRUE(At(0, Ran("2026-06-15 08:00:00 Started")));
-  EXPECT_FALSE(At(1, Ran("2026-06-15 08:00:00 Started")));
-  EXPECT_TRUE(At(2, Ran("2026-06-15 08:00:00 Failed")));
-  EXPECT_FALSE(At(3, Ran("2026-06-15 08:00:00 Failed")));
+  EXPECT_THAT(At(0, Ran("2026-06-15 08:00:00 Started")), SizeIs(1));
+  EXPECT_THAT(At(1, Ran("2026-06-15 08:00:00 Started")), IsEmpty());
+  EXPECT_THAT(At(2, Ran("2026-06-15 08:00:00 Failed")), SizeIs(1));
+  EXPECT_THAT(At(3, Ran("2026-06-15 08:00:00 Failed")), IsEmpty());
 }
 
 TEST_F(RunWatcherOfOneTask, KnowsRunsFromBefore) {
   m_Watcher.Know("T1", Ran("2026-06-15 07:00:00 Ok"));
-  EXPECT_FALSE(At(0, Ran("2026-06-15 07:00:00 Ok")));
+  EXPECT_THAT(At(0, Ran("2026-06-15 07:00:00 Ok")), IsEmpty());
 }
 
 TEST_F(RunWatcherOfOneTask, MeasuresARunFromBeforeByItsDocument) {
   m_Watcher.Know("T1", Ran("2026-06-15 07:59:00 Started"));
   const auto finished = At(500, Ran("2026-06-15 07:59:00 Ok"));
-  ASSERT_TRUE(finished);
-  EXPECT_EQ(milliseconds(60500), finished->m_Took);
+  ASSERT_THAT(finished, ElementsAre(Is(Kind::Finished, 500)));
+  EXPECT_EQ(milliseconds(60500), finished[0].m_Took);
 }
 
-TEST_F(RunWatcherOfOneTask, TellsARunThatWasOverBeforeAnyoneLooked) {
-  const auto finished = At(700, Ran("2026-06-15 08:00:00 Ok"));
-  ASSERT_TRUE(finished);
-  EXPECT_EQ(RunEvent::Kind::Finished, finished->m_Kind);
-  EXPECT_EQ(milliseconds(700), finished->m_Took);
+TEST_F(RunWatcherOfOneTask, TellsBothEndsOfARunThatWasOverBeforeAnyoneLooked) {
+  m_Watcher.Know("T1", Ran("2026-06-15 07:00:00 Ok"));
+  const auto events = At(700, Ran("2026-06-15 08:00:00 Failed"));
+  ASSERT_THAT(events, ElementsAre(Is(Kind::Started, 0), Is(Kind::Finished, 700)));
+  EXPECT_EQ("Started", events[0].m_Run.m_State);
+  EXPECT_EQ("2026-06-15 08:00:00", events[0].m_Run.m_Start);
+  EXPECT_EQ("Failed", events[1].m_Run.m_State);
+  EXPECT_EQ(milliseconds(700), events[1].m_Took);
 }
 
 TEST_F(RunWatcherOfOneTask, NeverTellsANegativeTime) {
-  const auto finished = At(0, Ran("2026-06-15 08:00:01 Ok"));
-  ASSERT_TRUE(finished);
-  EXPECT_EQ(milliseconds(0), finished->m_Took);
+  const auto events = At(0, Ran("2026-06-15 08:00:01 Ok"));
+  ASSERT_THAT(events, ElementsAre(Is(Kind::Started, 0), Is(Kind::Finished, 0)));
+  EXPECT_EQ(milliseconds(0), events[1].m_Took);
 }
 
 TEST_F(RunWatcherOfOneTask, TellsNoTimeForAStartThatCannotBeRead) {
-  const auto finished = At(0, Ran("yesterday noon Ok"));
-  ASSERT_TRUE(finished);
-  EXPECT_FALSE(finished->m_Took);
+  const auto events = At(40, Ran("yesterday noon Ok"));
+  ASSERT_THAT(events, ElementsAre(Is(Kind::Started, 40), Is(Kind::Finished, 40)));
+  EXPECT_FALSE(events[1].m_Took);
 }
 
 TEST_F(RunWatcherOfOneTask, IgnoresDocumentsWithoutARun) {
-  EXPECT_FALSE(At(0, "<Task/>"));
-  EXPECT_FALSE(At(0, "not XML"));
-  EXPECT_FALSE(At(0, Ran("")));
+  EXPECT_THAT(At(0, "<Task/>"), IsEmpty());
+  EXPECT_THAT(At(0, "not XML"), IsEmpty());
+  EXPECT_THAT(At(0, Ran("")), IsEmpty());
 }
 
 TEST_F(RunWatcherOfOneTask, ForgetsADeletedTask) {
   m_Watcher.Know("T1", Ran("2026-06-15 07:00:00 Ok"));
   m_Watcher.Forget("T1");
-  EXPECT_TRUE(At(0, Ran("2026-06-15 07:00:00 Ok")));
+  EXPECT_THAT(At(0, Ran("2026-06-15 07:00:00 Ok")), Not(IsEmpty()));
 }
 
 }  // namespace NoxAgentTest
