@@ -14,8 +14,8 @@ struct Options {
   BaseSDK::AString m_RuntimeDir;
   std::optional<BaseSDK::ALogger::Level> m_LogLevel;
 
-  bool m_Answered =
-      false;  // --help or --version: the answer is printed, and there is no more to do
+  // --help or --version: the answer is printed, and there is no more to do.
+  bool m_Answered = false;
 
   // Throws an AgentError when the command line is wrong.
   static Options Parse(int argc, const char* const* argv);
