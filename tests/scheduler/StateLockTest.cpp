@@ -2,9 +2,9 @@
 #include "tests/scheduler/SchedulerFixture.h"
 #include "tests/scheduler/SchedulerInside.h"
 #include "tests/support/ForwardingFileSystem.h"
+#include "tests/support/LockState.h"
 
 #include <functional>
-#include <future>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,7 +12,6 @@
 namespace {
 
 using BaseSDK::AFileSystem;
-using BaseSDK::AMutex;
 using BaseSDK::AString;
 using ::testing::Each;
 using ::testing::IsEmpty;
@@ -43,17 +42,7 @@ class WatchedFiles : public TestSupport::ForwardingFileSystem {
 
 class StateLockTest : public SchedulerFixture {
  protected:
-  /// Asks from a thread of its own: the one that asks may hold it.
-  bool IsFree() {
-    AMutex& lock = SCHEDULER_INSIDE(*m_Scheduler, m_StateLock);
-    return std::async(std::launch::async,
-                      [&lock] {
-                        if (!lock.TryLock()) return false;
-                        lock.Unlock();
-                        return true;
-                      })
-        .get();
-  }
+  bool IsFree() { return TestSupport::IsFree(SCHEDULER_INSIDE(*m_Scheduler, m_StateLock)); }
   void Look() { m_Seen.push_back(IsFree()); }
 
   std::vector<bool> m_Seen;

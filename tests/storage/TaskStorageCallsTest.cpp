@@ -3,6 +3,7 @@
 #include "storage/TaskStorage.h"
 
 #include "tests/support/FakeHost.h"
+#include "tests/support/LockState.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +14,6 @@
 
 #include <deque>
 #include <functional>
-#include <future>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -61,17 +61,6 @@ struct StorageLock {
   friend constexpr auto MemberOf(StorageLock);
 };
 template struct Opener<StorageLock, &CTaskStorage::m_Lock>;
-
-/// Asks from a thread of its own: the one that asks may hold it.
-bool IsFree(BaseSDK::AMutex& lock) {
-  return std::async(std::launch::async,
-                    [&lock] {
-                      if (!lock.TryLock()) return false;
-                      lock.Unlock();
-                      return true;
-                    })
-      .get();
-}
 
 }  // namespace
 
@@ -358,7 +347,7 @@ TEST_F(TaskStorageCallsTest, EveryOperationHoldsTheLockThroughoutAndLetsItGo) {
   BaseSDK::AMutex& lock = m_Storage.*MemberOf(StorageLock());
   std::vector<bool> seen;
   library.m_Entries = {"T1.vsk", "T2.vsk"};
-  library.m_OnCall = [&] { seen.push_back(IsFree(lock)); };
+  library.m_OnCall = [&] { seen.push_back(TestSupport::IsFree(lock)); };
   m_Host.Observe([&](const TestSupport::FakeHost::Notification&) { library.m_OnCall(); });
   unsigned long handle = 0;
   AString text;
@@ -367,7 +356,7 @@ TEST_F(TaskStorageCallsTest, EveryOperationHoldsTheLockThroughoutAndLetsItGo) {
     operation();
     EXPECT_EQ(looks, seen.size()) << name;
     for (const bool isFree : seen) EXPECT_FALSE(isFree) << name;
-    EXPECT_TRUE(IsFree(lock)) << name;
+    EXPECT_TRUE(TestSupport::IsFree(lock)) << name;
   };
   holds("AddTask", 4, [&] { (void)Add(L"T1"); });
   holds("AddTask", 6, [&] { (void)Add(L""); });
