@@ -142,6 +142,7 @@ TEST(AEvent, NeverWakesIntoTheSecondBefore) {
   AEvent event(AEvent::AutoReset);
   for (int round = 0; round < 2; ++round) {
     machine.m_Timers.clear();
+    machine.m_LateTime = 0;
     machine.m_LateCalls = 4;  // one call takes the deadline, three are asked when it has passed
     const std::time_t asked = std::time(nullptr) + 1;
     EXPECT_EQ(event.Wait(1000, AsTheMonitor), AEvent::TimedOut);

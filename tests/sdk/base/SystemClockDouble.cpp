@@ -31,10 +31,15 @@ std::time_t time(std::time_t* result) noexcept {
   timespec now{};
   (void)clock_gettime(CLOCK_REALTIME_COARSE, &now);
   if (BaseSDK::SystemClockDouble* const active = g_Active) {
-    const bool isLate = active->m_LateCalls > 0;
-    now.tv_sec -= isLate ? 1 : 0;
-    active->m_LateCalls -= isLate ? 1 : 0;
-    if (isLate) active->m_LateTime = now.tv_sec;
+    if (active->m_LateCalls > 0) {
+      // Not the second before the real one at each call: that would go on while a slow machine
+      // takes its time between two of them.
+      if (active->m_LateTime == 0) {
+        active->m_LateTime = now.tv_sec - 1;
+      }
+      now.tv_sec = active->m_LateTime;
+      --active->m_LateCalls;
+    }
     active->m_LastTime = now.tv_sec;
   }
   if (result != nullptr) {

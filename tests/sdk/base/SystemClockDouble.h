@@ -29,9 +29,10 @@ struct SystemClockDouble {
   bool m_NoTimers = false;
   /// Nor one for events.
   bool m_NoEvents = false;
-  /// For so many of its next calls time() shows the second before the real one.
+  /// For so many of its next calls time() stands still, in the second before the real one as the
+  /// first of them finds it.
   std::atomic<int> m_LateCalls{0};
-  /// What the last of those returned.
+  /// What those return, and the last of them returned; 0 before the first.
   std::atomic<std::time_t> m_LateTime{0};
   /// What time() returned last.
   std::atomic<std::time_t> m_LastTime{0};
