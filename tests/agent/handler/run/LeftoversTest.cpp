@@ -44,8 +44,7 @@ class Leftovers : public SupervisorFixture {
     return {m_Leader, process ? process->m_StartTicks : 1, CProcessTable::BootId(), "token"};
   }
 
-  void EndLeftovers(const CRunRecord& record,
-                    std::chrono::milliseconds grace = std::chrono::seconds(20)) {
+  void EndLeftovers(const CRunRecord& record, std::chrono::milliseconds grace = LongGrace) {
     const CRunRecords records(AString((m_Directory / "records").c_str()));
     ASSERT_EQ(records.Write("a", record), 0);
     CLeftovers::End(records, grace);

@@ -16,6 +16,8 @@
 // pipe that Started() reads, and $GATE the one that OpenGate() writes.
 class SupervisorFixture : public testing::Test {
  protected:
+  static constexpr std::chrono::seconds LongGrace{100};
+
   SupervisorFixture();
   ~SupervisorFixture() override;
 
@@ -23,8 +25,8 @@ class SupervisorFixture : public testing::Test {
   // the job's section.
   void AddJob(const std::string& name, const std::string& script, const std::string& keys = "");
   void Dispatch(const std::string& name, bool neverRun = true, bool killAtEnd = false);
-  void StartSupervisor(std::chrono::milliseconds killGrace = std::chrono::seconds(20),
-                       std::size_t maxRuns = 200);
+  // By default nothing is killed, however long a busy machine takes to end it.
+  void StartSupervisor(std::chrono::milliseconds killGrace = LongGrace, std::size_t maxRuns = 200);
   // Runs one job to its end; the state it ended in.
   std::string RunToEnd(const std::string& script, const std::string& keys = "");
 

@@ -57,7 +57,7 @@ TEST_F(Supervisor, LetsTasksWaitWhenAsManyRunAsMay) {
   for (const char* name : {"a", "b", "c"}) {
     AddJob(name, "echo $NOX_TASK_ID > $STARTED; read line < $GATE");
   }
-  StartSupervisor(std::chrono::seconds(20), 1);
+  StartSupervisor(LongGrace, 1);
   Dispatch("a");
   EXPECT_EQ(Started(), "a");
   Dispatch("c");
@@ -65,7 +65,8 @@ TEST_F(Supervisor, LetsTasksWaitWhenAsManyRunAsMay) {
   Dispatch("c", false);
   OpenGate();
   EXPECT_EQ(Started(), "c");
-  EXPECT_EQ(m_Scheduler.States(), States{"a Ok"});
+  // It is started before the state of the one that it waited for is told.
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Ok"});
   OpenGate();
   EXPECT_EQ(Started(), "b");
   OpenGate();
@@ -77,7 +78,7 @@ TEST_F(Supervisor, LetsTasksWaitWhenAsManyRunAsMay) {
 TEST_F(Supervisor, StartsNoneThatWaitWhenItStops) {
   AddGatedJob("a");
   AddGatedJob("b");
-  StartSupervisor(std::chrono::seconds(20), 1);
+  StartSupervisor(LongGrace, 1);
   m_Supervisor->Post({{"a", false, true, false}, {"b", false, true, false}});
   (void)Started();
   ASSERT_TRUE(m_Supervisor->Stop());
