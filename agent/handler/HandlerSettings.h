@@ -12,8 +12,9 @@ struct CHandlerSettings {
   BaseSDK::AString m_RecordPath;  ///< records of runs under way
   BaseSDK::AString m_SchedulerClassId;
   std::chrono::milliseconds m_KillGrace{5000};  ///< from TERM to KILL
-  /// How long killed processes may take to be gone.
-  static constexpr std::chrono::seconds AfterKill{2};
+  /// How long killed processes may take to be gone: what ends them needs a processor, too, and on a
+  /// machine that is short of everything there may be none for seconds.
+  static constexpr std::chrono::seconds AfterKill{10};
   /// How many runs go on at the same time; each takes three descriptors of the usual 1024.
   std::size_t m_MaxRuns = 200;
 };
