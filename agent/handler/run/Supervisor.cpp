@@ -82,7 +82,7 @@ std::vector<CSupervisor::CRunning> CSupervisor::Running() const {
 
 bool CSupervisor::IsBusy() const {
   AMutexGuard guard(m_Lock);
-  return !m_Running.empty() || !m_Posted.empty();
+  return !m_Running.empty() || m_IsStarting || !m_Posted.empty();
 }
 
 // Each turn: take what was posted, let the runs whose handles or clocks call for it go on, report,
@@ -116,6 +116,7 @@ bool CSupervisor::TakePosted(std::vector<CTaskBatch::CEntry>& entries) {
   AMutexGuard guard(m_Lock);
   if (!m_Stop) {
     entries.swap(m_Posted);
+    m_IsStarting = !entries.empty();
   }
   m_Posted.clear();
   return m_Stop;
@@ -243,6 +244,7 @@ void CSupervisor::PublishRunning() {
   }
   AMutexGuard guard(m_Lock);
   m_Running.swap(running);
+  m_IsStarting = false;
 }
 
 bool CSupervisor::IsFinished() const {

@@ -48,7 +48,7 @@ class CSupervisor {
 
   /// What runs now, by task ID. [any thread]
   std::vector<CRunning> Running() const NOX_EXCLUDES(m_Lock);
-  /// Whether anything runs or was posted and not looked at yet. [any thread]
+  /// Whether anything runs, is being started, or was posted and not looked at yet. [any thread]
   bool IsBusy() const NOX_EXCLUDES(m_Lock);
 
  private:
@@ -94,5 +94,6 @@ class CSupervisor {
   mutable BaseSDK::AMutex m_Lock;
   std::vector<CTaskBatch::CEntry> m_Posted NOX_GUARDED_BY(m_Lock);
   std::vector<CRunning> m_Running NOX_GUARDED_BY(m_Lock);
+  bool m_IsStarting NOX_GUARDED_BY(m_Lock) = false;  // taken from m_Posted, not in m_Running yet
   bool m_Stop NOX_GUARDED_BY(m_Lock) = false;
 };

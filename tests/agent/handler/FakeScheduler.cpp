@@ -1,6 +1,7 @@
 #include "tests/agent/handler/FakeScheduler.h"
 
 #include <chrono>
+#include <utility>
 
 using BaseSDK::AGuid;
 using BaseSDK::AString;
@@ -43,6 +44,11 @@ void FakeScheduler::SetConfig(const std::string& key, const std::string& value) 
 void FakeScheduler::ForgetConfig(const std::string& key) {
   const std::lock_guard lock(m_Lock);
   m_Config.erase(key);
+}
+
+void FakeScheduler::OnQuestion(std::function<void()> call) {
+  const std::lock_guard lock(m_Lock);
+  m_OnQuestion = std::move(call);
 }
 
 void FakeScheduler::BeThere(bool there) {
@@ -99,7 +105,12 @@ long FakeScheduler::SetRunState(const AString& taskId, const AString& state) {
 }
 
 long FakeScheduler::GetTaskXML(const AString& taskId, AString& taskXml) {
-  const std::lock_guard lock(m_Lock);
+  std::unique_lock lock(m_Lock);
+  if (const std::function<void()> call = m_OnQuestion) {
+    lock.unlock();
+    call();
+    lock.lock();
+  }
   const auto found = m_Tasks.find(taskId.ToUtf8());
   if (found == m_Tasks.end()) {
     return -1;

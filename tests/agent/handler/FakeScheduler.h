@@ -5,6 +5,7 @@
 #include <BaseSDK/AString.h>
 
 #include <condition_variable>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <string>
@@ -23,6 +24,8 @@ class FakeScheduler : public AgentSDK::AHost, public Corvane::AgentInterfacesV3:
   void HoldTasks(bool hold);
   void SetConfig(const std::string& key, const std::string& value);
   void ForgetConfig(const std::string& key);
+  // Called whenever a task's document is asked for, on the thread that asks.
+  void OnQuestion(std::function<void()> call);
   // Whether the scheduler's object can be opened.
   void BeThere(bool there);
 
@@ -68,6 +71,7 @@ class FakeScheduler : public AgentSDK::AHost, public Corvane::AgentInterfacesV3:
   std::map<std::string, std::string> m_Tasks;
   std::map<std::string, std::string> m_Config;
   std::vector<std::string> m_States;
+  std::function<void()> m_OnQuestion;
   std::size_t m_Offers = 0;
   bool m_Holds = true;
   bool m_IsThere = true;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 
 #include "tests/agent/handler/run/SupervisorFixture.h"
 
@@ -99,6 +100,20 @@ TEST_F(Supervisor, KnowsWhatRuns) {
   EXPECT_EQ(std::to_string(found->m_Pid), pid);
   EXPECT_TRUE(m_Supervisor->IsBusy());
   OpenGate();
+}
+
+TEST_F(Supervisor, IsBusyWhileItStartsWhatWasPosted) {
+  AddGatedJob("a");
+  std::atomic<bool> wasBusy = false;
+  m_Scheduler.OnQuestion([&] { wasBusy = m_Supervisor->IsBusy(); });
+  StartSupervisor();
+  Dispatch("a", true, true);  // asks when it has to end
+  (void)Started();
+  EXPECT_TRUE(wasBusy);
+  OpenGate();
+  (void)m_Scheduler.WaitForStates(1);
+  EXPECT_TRUE(m_Supervisor->Stop());
+  EXPECT_FALSE(m_Supervisor->IsBusy());
 }
 
 TEST_F(Supervisor, StartsNoSecondCopyWhenTheReloadDispatchesARunningTaskAgain) {
