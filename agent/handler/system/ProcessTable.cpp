@@ -71,8 +71,8 @@ std::vector<CProcessTable::CProcess> CProcessTable::OfSession(pid_t session) {
       continue;
     }
     const auto process = Find(pid);
-    if (process && process->m_Session == session && process->m_State != 'Z' &&
-        process->m_State != 'X') {
+    const bool belongs = process && (process->m_Session == session || pid == session);
+    if (belongs && process->m_State != 'Z' && process->m_State != 'X') {
       processes.push_back(*process);
     }
   }

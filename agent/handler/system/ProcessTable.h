@@ -19,7 +19,7 @@ struct CProcessTable {
   };
 
   static std::optional<CProcess> Find(pid_t pid);
-  /// Those of the session that have not ended.
+  /// Those of the session that have not ended, its leader also when it is yet to make the session.
   static std::vector<CProcess> OfSession(pid_t session);
   /// Whether the process was started with this variable ("NAME=value"). False also when it is
   /// another user's and may not be asked.

@@ -14,14 +14,16 @@ namespace {
 // A process in a session of its own that waits to be killed.
 class Waiter {
  public:
-  explicit Waiter(const char* name = "waiter") {
+  explicit Waiter(const char* name = "waiter", bool ownSession = true) {
     int ready[2];
     if (pipe(ready) != 0) {
       std::abort();
     }
     m_Pid = fork();
     if (m_Pid == 0) {
-      (void)setsid();
+      if (ownSession) {
+        (void)setsid();
+      }
       (void)prctl(PR_SET_NAME, name);
       (void)!write(ready[1], "r", 1);
       for (;;) {
@@ -88,6 +90,14 @@ TEST(ProcessTable, ListsASessionWithoutThoseThatHaveEnded) {
   waiter.Kill();
   EXPECT_TRUE(CProcessTable::OfSession(waiter.Pid()).empty());
   EXPECT_EQ(CProcessTable::Find(waiter.Pid())->m_State, 'Z');
+}
+
+// A run may have to end before its command came as far as to make its session.
+TEST(ProcessTable, ListsTheLeaderOfASessionThatIsYetToBeMade) {
+  const Waiter waiter("waiter", false);
+  const auto session = CProcessTable::OfSession(waiter.Pid());
+  ASSERT_EQ(session.size(), 1u);
+  EXPECT_EQ(session[0].m_Pid, waiter.Pid());
 }
 
 TEST(ProcessTable, NamesTheBootInOneWord) {
