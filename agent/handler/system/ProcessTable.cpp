@@ -2,6 +2,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <array>
@@ -33,6 +34,8 @@ std::string ReadAll(const std::string& path) {
 std::string ProcPath(pid_t pid, const char* name) {
   return "/proc/" + std::to_string(pid) + "/" + name;
 }
+
+constexpr int kMostLooks = 100;  // a millisecond apart
 
 struct CloseDirectory {
   void operator()(DIR* directory) const { (void)closedir(directory); }
@@ -80,7 +83,14 @@ std::vector<CProcessTable::CProcess> CProcessTable::OfSession(pid_t session) {
 }
 
 bool CProcessTable::HasVariable(pid_t pid, const std::string& variable) {
-  const std::string environment = '\0' + ReadAll(ProcPath(pid, "environ"));
+  std::string environment = ReadAll(ProcPath(pid, "environ"));
+  // In the middle of becoming another program a process has none to show. That is over at once;
+  // one that has none at all, or may not be asked, must not hold up the agent for long.
+  for (int looks = 0; environment.empty() && looks < kMostLooks && Find(pid); ++looks) {
+    (void)poll(nullptr, 0, 1);
+    environment = ReadAll(ProcPath(pid, "environ"));
+  }
+  environment.insert(0, 1, '\0');
   return environment.find('\0' + variable + '\0') != std::string::npos;
 }
 

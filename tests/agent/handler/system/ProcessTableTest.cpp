@@ -100,6 +100,30 @@ TEST(ProcessTable, ListsTheLeaderOfASessionThatIsYetToBeMade) {
   EXPECT_EQ(session[0].m_Pid, waiter.Pid());
 }
 
+// Again and again it is between two programs, and has no environment then.
+TEST(ProcessTable, KnowsTheVariablesOfAProcessThatBecomesAnotherProgram) {
+  const pid_t pid = fork();
+  if (pid == 0) {
+    const char* const script = "exec /bin/sh -c \"$0\" \"$0\"";
+    const char* const arguments[] = {"sh", "-c", script, script, nullptr};
+    const char* const variables[] = {"NOX_RUN_ID=token", "OTHER=x", nullptr};
+    (void)execve("/bin/sh", const_cast<char* const*>(arguments),
+                 const_cast<char* const*>(variables));
+    _exit(127);
+  }
+  while (!CProcessTable::HasVariable(pid, "NOX_RUN_ID=token")) {
+    ASSERT_TRUE(CProcessTable::Find(pid).has_value());  // it is yet to begin
+  }
+  int missed = 0;
+  for (int i = 0; i < 20000; ++i) {
+    missed += CProcessTable::HasVariable(pid, "NOX_RUN_ID=token") ? 0 : 1;
+  }
+  EXPECT_EQ(missed, 0);
+  EXPECT_FALSE(CProcessTable::HasVariable(pid, "NOX_RUN_ID=toke"));
+  (void)kill(pid, SIGKILL);
+  (void)waitpid(pid, nullptr, 0);
+}
+
 TEST(ProcessTable, NamesTheBootInOneWord) {
   const std::string id = CProcessTable::BootId();
   EXPECT_EQ(id.size(), 36u);
