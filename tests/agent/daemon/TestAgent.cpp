@@ -16,8 +16,9 @@ std::string TestAgent::PluginPath(const std::string& name) {
   return program.parent_path().parent_path() / "lib" / (name + ".so");
 }
 
-TestAgent::TestAgent()
-    : m_Api(m_Operations, m_Notifications,
+TestAgent::TestAgent(unsigned long drainMilliseconds)
+    : m_Lifecycle(m_Plugins, m_Notifications, m_Host, m_HandlerCalls, m_Handles, drainMilliseconds),
+      m_Api(m_Operations, m_Notifications,
             {[] {
                return json{{"version", "test"}};
              },

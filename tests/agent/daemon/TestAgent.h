@@ -22,7 +22,12 @@ class TestAgent {
   // The built shared object `name`.so.
   static std::string PluginPath(const std::string& name);
 
-  TestAgent();
+  // How long whatever does not come back is waited for: hardly, by tests that see the agent give up;
+  // by all others as long as it takes a slow machine.
+  static constexpr unsigned long ShortDrainMilliseconds = 100;
+  static constexpr unsigned long LongDrainMilliseconds = 60000;
+
+  explicit TestAgent(unsigned long drainMilliseconds = LongDrainMilliseconds);
   ~TestAgent();
 
   // A plug-in to load; `config` holds the lines of its section "Configuration". The first one has
@@ -61,7 +66,7 @@ class TestAgent {
   EnumerationHandles m_Handles;
   NotificationCenter m_Notifications{m_Thread, m_Plugins};
   PluginHost m_Host{m_Settings, m_Plugins, m_Notifications, m_HandlerCalls};
-  PluginLifecycle m_Lifecycle{m_Plugins, m_Notifications, m_Host, m_HandlerCalls, m_Handles, 100};
+  PluginLifecycle m_Lifecycle;
   OperationRoute m_Operations{m_Plugins, m_Notifications, m_Handles};
   Api m_Api;
   std::unique_ptr<ControlSocket> m_Socket;

@@ -113,7 +113,7 @@ TEST(PluginLifecycle, APluginIsToldOfEveryGoingItsOwnToo) {
 
 TEST(PluginLifecycle, GivesUpOnAHandlerThatDoesNotComeBack) {
   TestSupport::FakeHandler handler;
-  TestAgent agent;
+  TestAgent agent(TestAgent::ShortDrainMilliseconds);
   agent.Add("one").Load();
   HandlerCalls::Handler* const open = agent.m_HandlerCalls.Track(&handler);
   TestSupport::LogCapture log;
@@ -123,7 +123,7 @@ TEST(PluginLifecycle, GivesUpOnAHandlerThatDoesNotComeBack) {
 }
 
 TEST(PluginLifecycle, GivesUpOnARequestThatDoesNotComeBack) {
-  TestAgent agent;
+  TestAgent agent(TestAgent::ShortDrainMilliseconds);
   agent.Add("one").Load();
   const auto plugin = agent.m_Plugins.Find("one");
   agent.Hold();
@@ -138,7 +138,7 @@ TEST(PluginLifecycle, GivesUpOnARequestThatDoesNotComeBack) {
 // The scheduler waits three seconds for its thread and is gone then, whatever the thread does.
 TEST(PluginLifecycle, LeavesASchedulerWhoseThreadIsAtWork) {
   HoldingFileSystem files;
-  TestAgent agent;
+  TestAgent agent(TestAgent::ShortDrainMilliseconds);
   agent.Add("scheduler", kTaskConfig, "NoxTaskScheduler");
   std::filesystem::create_directories(agent.m_Dir / "state/tasks");
   agent.m_Dir.Write("state/tasks/held.vsk", "<Task/>");
@@ -158,7 +158,7 @@ TEST(PluginLifecycle, LeavesASchedulerWhoseThreadIsAtWork) {
 
 TEST(PluginLifecycle, LeavesASchedulerWhoseThreadIsAtWorkAlsoWhenItsConfigurationIsBad) {
   HoldingFileSystem files;
-  TestAgent agent;
+  TestAgent agent(TestAgent::ShortDrainMilliseconds);
   agent.Add("scheduler", std::string(kTaskConfig) + "typo=1\n", "NoxTaskScheduler");
   std::filesystem::create_directories(agent.m_Dir / "state/tasks");
   agent.m_Dir.Write("state/tasks/held.vsk", "<Task/>");
