@@ -252,8 +252,9 @@ void ControlServer::Impl::Broadcast(const NotificationStream::Line& line) {
 void ControlServer::Impl::StreamEnded(const std::shared_ptr<NotificationStream>& stream,
                                       bool dropped) {
   m_Streams.erase(stream);
-  m_StreamCount = static_cast<unsigned>(m_Streams.size());
+  // In this order, and read in the other: whoever sees it gone sees that it was dropped.
   m_Dropped.fetch_add(dropped ? 1 : 0, std::memory_order_relaxed);
+  m_StreamCount = static_cast<unsigned>(m_Streams.size());
   CheckIdle();
 }
 
@@ -310,8 +311,8 @@ bool ControlServer::Stop(unsigned long milliseconds) {
 }
 
 ControlServer::Counters ControlServer::Count() const {
-  return {m_Impl->m_Requests, m_Impl->m_Errors, m_Impl->m_Dropped, m_Impl->m_SessionCount,
-          m_Impl->m_StreamCount};
+  const unsigned streams = m_Impl->m_StreamCount;
+  return {m_Impl->m_Requests, m_Impl->m_Errors, m_Impl->m_Dropped, m_Impl->m_SessionCount, streams};
 }
 
 }  // namespace NoxAgent
