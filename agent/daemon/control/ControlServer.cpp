@@ -80,6 +80,7 @@ struct ControlServer::Impl final : ControlSession::Server {
   void Answer(ApiRequest request, std::function<void(ApiResponse)> done) override;
   bool BecomeStream(ControlSession::Socket& socket) override;
   bool MayKeep() const override;
+  bool IsStopping() const override { return m_Stopping; }
   void CountError() override;
   void Ended(const std::shared_ptr<ControlSession>& session) override;
 

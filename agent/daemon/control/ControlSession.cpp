@@ -180,9 +180,10 @@ bool ControlSession::KeepsConnection() const {
          m_Server.MayKeep();
 }
 
-// The time to read the next request begins when it does; before that the client may think.
+// The client was told that it may ask on, so it may, however many have come since. The time to read
+// the next request begins when it does; before that the client may think.
 void ControlSession::WaitForNext() {
-  if (!m_Server.MayKeep()) {
+  if (m_Server.IsStopping()) {
     Linger();
   } else if (m_Buffer.size() > 0) {
     Start();

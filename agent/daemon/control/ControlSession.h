@@ -30,8 +30,10 @@ class ControlSession : public std::enable_shared_from_this<ControlSession> {
     // Goes on with the connection as a stream of notifications; nothing when there are too many,
     // and `socket` is then as before.
     virtual bool BecomeStream(Socket& socket) = 0;
-    // Whether a connection may wait for another request.
+    // Whether a client may be told that another request can follow on its connection.
     virtual bool MayKeep() const = 0;
+    // Whether no more requests are taken, whatever clients were told.
+    virtual bool IsStopping() const = 0;
     // A request has been answered with an error.
     virtual void CountError() = 0;
     // The session has come to its end.

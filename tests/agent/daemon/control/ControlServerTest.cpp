@@ -184,6 +184,30 @@ TEST_F(ControlServerTest, KeepsNoConnectionsWhenThereAreMany) {
   EXPECT_EQ(kept, ControlServer::MaxKeptConnections);
 }
 
+// An answer too large for the socket's buffer is under way while the others come.
+TEST_F(ControlServerTest, KeepsAConnectionThatItSaidItWouldKeep) {
+  RawClient client(m_Agent.SocketPath());
+  const json arguments = {{"taskId", "a"},
+                          {"attributes", {{"k", std::string(1000000, 'x')}}}};
+  const std::string body = arguments.dump();
+  client.Send("POST /v1/one/INoxTaskScheduler/GetTaskAttributes HTTP/1.1\r\nContent-Length: " +
+              std::to_string(body.size()) + "\r\n\r\n" + body);
+  const std::string header = client.ReadUntil("\r\n\r\n");
+  ASSERT_EQ(StatusOf(header), 200U) << header;
+  ASSERT_EQ(header.find("Connection: close"), std::string::npos) << header;
+  std::vector<std::unique_ptr<RawClient>> others;
+  for (unsigned number = 0; number < ControlServer::MaxKeptConnections; ++number) {
+    others.push_back(std::make_unique<RawClient>(m_Agent.SocketPath()));
+  }
+  while (m_Agent.m_Server->Count().m_Connections <= ControlServer::MaxKeptConnections) {
+    std::this_thread::yield();
+  }
+  (void)client.ReadUntil("}\n");
+  const std::string next = client.Send("GET /v1/status HTTP/1.1\r\n\r\n").ReadAll();
+  EXPECT_EQ(StatusOf(next), 200U) << next;
+  EXPECT_NE(next.find("Connection: close"), std::string::npos) << "the next is the last: " << next;
+}
+
 TEST_F(ControlServerTest, SlowClientsAreAnsweredWithTheirErrorAndHurtNobody) {
   std::vector<std::unique_ptr<RawClient>> slow;
   for (int number = 0; number < 20; ++number) {
