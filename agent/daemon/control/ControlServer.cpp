@@ -75,8 +75,10 @@ class ControlServer::Turn {
 
 // All members are used on the thread of input and output alone, unless they say otherwise.
 struct ControlServer::Impl final : ControlSession::Server {
-  Impl(int fd, const PeerCheck& peers, Api& api, NotificationCenter& notifications);
+  Impl(int fd, const PeerCheck& peers, Api& api, NotificationCenter& notifications,
+       const ControlPatience& patience);
 
+  const ControlPatience& Patience() const override { return m_Patience; }
   void Answer(ApiRequest request, std::function<void(ApiResponse)> done) override;
   bool BecomeStream(ControlSession::Socket& socket) override;
   bool MayKeep() const override;
@@ -94,6 +96,7 @@ struct ControlServer::Impl final : ControlSession::Server {
   void CheckIdle();
 
   const PeerCheck m_Peers;
+  const ControlPatience m_Patience;
   Api& m_Api;                           // used by the workers
   NotificationCenter& m_Notifications;  // constant
   asio::io_context m_Io{1};
@@ -120,8 +123,9 @@ struct ControlServer::Impl final : ControlSession::Server {
 };
 
 ControlServer::Impl::Impl(int fd, const PeerCheck& peers, Api& api,
-                          NotificationCenter& notifications)
+                          NotificationCenter& notifications, const ControlPatience& patience)
     : m_Peers(peers),
+      m_Patience(patience),
       m_Api(api),
       m_Notifications(notifications),
       m_Acceptor(m_Io, Protocol(), Duplicate(fd)),
@@ -148,7 +152,7 @@ void ControlServer::Impl::Answer(ApiRequest request, std::function<void(ApiRespo
 
 void ControlServer::Impl::GiveUpLater(const std::shared_ptr<Turn>& turn,
                                       const std::function<void(ApiResponse)>& done) {
-  (void)turn->m_Timer.expires_after(std::chrono::seconds(SecondsToWait));
+  (void)turn->m_Timer.expires_after(std::chrono::seconds(m_Patience.m_ToWait));
   turn->m_Timer.async_wait([this, turn, done](const boost::system::error_code& error) {
     if (!error && turn->Claim()) {
       --m_UnderWay;
@@ -165,7 +169,8 @@ bool ControlServer::Impl::BecomeStream(ControlSession::Socket& socket) {
     return false;
   }
   const auto stream = std::make_shared<NotificationStream>(
-      std::move(socket), [this](const auto& ended, bool dropped) { StreamEnded(ended, dropped); });
+      std::move(socket), m_Patience.m_ToWrite,
+      [this](const auto& ended, bool dropped) { StreamEnded(ended, dropped); });
   m_Streams.insert(stream);
   m_StreamCount = static_cast<unsigned>(m_Streams.size());
   stream->Start();
@@ -282,8 +287,8 @@ void ControlServer::Impl::CheckIdle() {
 }
 
 ControlServer::ControlServer(int fd, const PeerCheck& peers, Api& api,
-                             NotificationCenter& notifications)
-    : m_Impl(std::make_unique<Impl>(fd, peers, api, notifications)) {
+                             NotificationCenter& notifications, const ControlPatience& patience)
+    : m_Impl(std::make_unique<Impl>(fd, peers, api, notifications, patience)) {
   Impl* const impl = m_Impl.get();
   impl->m_Listener =
       notifications.AddListener([impl](const NotificationCenter::Notification& notification) {

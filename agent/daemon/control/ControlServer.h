@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "agent/daemon/control/Api.h"
+#include "agent/daemon/control/ControlPatience.h"
 #include "agent/daemon/control/PeerCheck.h"
 #include "agent/daemon/plugins/NotificationCenter.h"
 
@@ -28,13 +29,6 @@ class ControlServer {
   static constexpr std::size_t MaxStreamBacklog = 1000;
   // Requests that are answered at the same time; further ones wait.
   static constexpr unsigned Workers = 4;
-  static constexpr unsigned SecondsToRead = 5;
-  static constexpr unsigned SecondsToWrite = 5;
-  // For one of the threads that answer. Requests that plug-ins do not come back from hold these,
-  // and the others are to hear of it.
-  static constexpr unsigned SecondsToWait = 5;
-  // Between an answer and the next request on the same connection.
-  static constexpr unsigned SecondsToThink = 5;
 
   struct Counters {
     unsigned long m_Requests = 0;
@@ -46,7 +40,8 @@ class ControlServer {
 
   // For the listening socket `fd`, which stays the caller's. Throws std::system_error when there
   // are no threads to be had.
-  ControlServer(int fd, const PeerCheck& peers, Api& api, NotificationCenter& notifications);
+  ControlServer(int fd, const PeerCheck& peers, Api& api, NotificationCenter& notifications,
+                const ControlPatience& patience = {});
   ControlServer(const ControlServer&) = delete;
   ControlServer& operator=(const ControlServer&) = delete;
   // REQUIRES: Stop has returned true, or Start was never called.

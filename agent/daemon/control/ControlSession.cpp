@@ -59,7 +59,7 @@ void ControlSession::Start() {
   m_Parser.emplace();
   m_Parser->header_limit(ControlServer::MaxHeaderBytes);
   m_Parser->body_limit(ControlServer::MaxBodyBytes);
-  StartTimer(ControlServer::SecondsToRead);
+  StartTimer(m_Server.Patience().m_ToRead);
   ReadHeader();
 }
 
@@ -127,8 +127,10 @@ void ControlSession::OnReadError(Error error) {
     return;
   }
   if (m_TimedOut && m_Parser->got_some()) {
-    Refuse(RequestError(HttpStatus::Timeout, "request-too-slow",
-                        "the request did not arrive within 5 seconds"));
+    Refuse(RequestError(
+        HttpStatus::Timeout, "request-too-slow",
+        AString("the request did not arrive within %1 s")
+            .Arg(AString().SetNum(static_cast<unsigned long>(m_Server.Patience().m_ToRead), 'u'))));
     return;
   }
   const std::unique_ptr<RequestError> reason = Explain(error);
@@ -162,7 +164,7 @@ void ControlSession::Write(const ApiResponse& answer, bool keep) {
   }
   m_Response.keep_alive(keep);
   m_Response.prepare_payload();
-  StartTimer(ControlServer::SecondsToWrite);
+  StartTimer(m_Server.Patience().m_ToWrite);
   http::async_write(m_Socket, m_Response,
                     [self = shared_from_this(), keep](Error error, std::size_t) {
                       if (error) {
@@ -189,7 +191,7 @@ void ControlSession::WaitForNext() {
     Start();
   } else {
     m_IsReading = true;
-    StartTimer(ControlServer::SecondsToThink);
+    StartTimer(m_Server.Patience().m_ToThink);
     m_Socket.async_wait(Socket::wait_read, [self = shared_from_this()](Error error) {
       self->m_IsReading = false;
       if (error) {

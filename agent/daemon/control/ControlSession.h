@@ -14,6 +14,7 @@
 #include <optional>
 
 #include "agent/daemon/control/Api.h"
+#include "agent/daemon/control/ControlPatience.h"
 
 namespace NoxAgent {
 
@@ -25,6 +26,7 @@ class ControlSession : public std::enable_shared_from_this<ControlSession> {
   // What a session needs of its server.
   struct Server {
     virtual ~Server() = default;
+    virtual const ControlPatience& Patience() const = 0;
     // Has the request answered elsewhere; `done` is called here with the answer.
     virtual void Answer(ApiRequest request, std::function<void(ApiResponse)> done) = 0;
     // Goes on with the connection as a stream of notifications; nothing when there are too many,

@@ -26,8 +26,11 @@ std::string MakeChunk(const std::string& line) {
 
 }  // namespace
 
-NotificationStream::NotificationStream(Socket socket, OnEnd onEnd)
-    : m_Socket(std::move(socket)), m_OnEnd(std::move(onEnd)), m_Timer(m_Socket.get_executor()) {}
+NotificationStream::NotificationStream(Socket socket, unsigned secondsToWrite, OnEnd onEnd)
+    : m_Socket(std::move(socket)),
+      m_SecondsToWrite(secondsToWrite),
+      m_OnEnd(std::move(onEnd)),
+      m_Timer(m_Socket.get_executor()) {}
 
 void NotificationStream::Start() {
   WatchClient();
@@ -59,9 +62,10 @@ void NotificationStream::Enqueue(std::string bytes) {
 
 void NotificationStream::WriteNext() {
   m_IsWriting = true;
-  (void)m_Timer.expires_after(std::chrono::seconds(ControlServer::SecondsToWrite));
-  m_Timer.async_wait([self = shared_from_this()](Error error) {
-    if (!error && self->m_IsWriting) {
+  (void)m_Timer.expires_after(std::chrono::seconds(m_SecondsToWrite));
+  // One that is over already when its write ends still comes; it is not for the next write.
+  m_Timer.async_wait([self = shared_from_this(), number = ++m_LastWrite](Error error) {
+    if (!error && self->m_IsWriting && number == self->m_LastWrite) {
       self->End(true);
     }
   });

@@ -19,7 +19,7 @@ class NotificationStream : public std::enable_shared_from_this<NotificationStrea
   // Told once, at the end; `dropped` when the client was too slow.
   using OnEnd = std::function<void(const std::shared_ptr<NotificationStream>&, bool dropped)>;
 
-  NotificationStream(Socket socket, OnEnd onEnd);
+  NotificationStream(Socket socket, unsigned secondsToWrite, OnEnd onEnd);
 
   void Start();
   // Sends the line as soon as those before it are through. Ends the stream when too many wait.
@@ -36,10 +36,12 @@ class NotificationStream : public std::enable_shared_from_this<NotificationStrea
   void End(bool dropped);
 
   Socket m_Socket;
+  const unsigned m_SecondsToWrite;
   OnEnd m_OnEnd;
   boost::asio::steady_timer m_Timer;
   std::deque<std::string> m_Waiting;
   std::array<char, 64> m_Input{};
+  unsigned m_LastWrite = 0;
   bool m_IsWriting = false;
   bool m_IsFinishing = false;
   bool m_Ended = false;

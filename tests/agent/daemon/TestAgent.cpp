@@ -68,11 +68,11 @@ TestAgent& TestAgent::Load() {
   return *this;
 }
 
-TestAgent& TestAgent::Serve() {
+TestAgent& TestAgent::Serve(const ControlPatience& patience) {
   Load();
   m_Socket = std::make_unique<ControlSocket>(m_Settings.SocketPath(), AString());
   m_Server = std::make_unique<ControlServer>(m_Socket->Fd(), PeerCheck(std::nullopt), m_Api,
-                                             m_Notifications);
+                                             m_Notifications, patience);
   m_Server->Start();
   return *this;
 }

@@ -22,8 +22,8 @@ class TestAgent {
   // The built shared object `name`.so.
   static std::string PluginPath(const std::string& name);
 
-  // How long whatever does not come back is waited for: hardly, by tests that see the agent give up;
-  // by all others as long as it takes a slow machine.
+  // How long whatever does not come back is waited for: hardly, by tests that see the agent give
+  // up; by all others as long as it takes a slow machine.
   static constexpr unsigned long ShortDrainMilliseconds = 100;
   static constexpr unsigned long LongDrainMilliseconds = 60000;
 
@@ -36,8 +36,10 @@ class TestAgent {
                  const std::string& library = "RecordingPlugin");
   // Loads what was added. Throws as PluginLifecycle does.
   TestAgent& Load();
-  // Load, then serve the control socket.
-  TestAgent& Serve();
+  // Load, then serve the control socket. Only tests of its patience give it a short one: a machine
+  // that stalls would make clients of all others too slow.
+  static constexpr ControlPatience LongPatience{600, 600, 600, 600};
+  TestAgent& Serve(const ControlPatience& patience = LongPatience);
 
   std::string SocketPath() const { return m_Settings.SocketPath().ToUtf8(); }
   std::string ConfigPath(const std::string& plugin) const;

@@ -19,7 +19,9 @@ namespace {
 
 class ControlServerTest : public testing::Test {
  protected:
-  ControlServerTest() { m_Agent.Add("one").Serve(); }
+  explicit ControlServerTest(const ControlPatience& patience = TestAgent::LongPatience) {
+    m_Agent.Add("one").Serve(patience);
+  }
 
   std::string Ask(const std::string& method, const std::string& target,
                   const std::string& body = {}) {
@@ -34,6 +36,24 @@ class ControlServerTest : public testing::Test {
   void ExpectAlive() { EXPECT_EQ(StatusOf(Ask("GET", "/v1/status")), 200U); }
 
   TestAgent m_Agent;
+};
+
+constexpr unsigned kLong = TestAgent::LongPatience.m_ToRead;
+
+// Each gives clients hardly any time for one thing, and all the time they need for everything else.
+class ControlServerThatReadsBriefly : public ControlServerTest {
+ protected:
+  ControlServerThatReadsBriefly() : ControlServerTest({1, kLong, kLong, kLong}) {}
+};
+
+class ControlServerThatKeepsBriefly : public ControlServerTest {
+ protected:
+  ControlServerThatKeepsBriefly() : ControlServerTest({kLong, kLong, kLong, 1}) {}
+};
+
+class ControlServerWithoutTimeToWait : public ControlServerTest {
+ protected:
+  ControlServerWithoutTimeToWait() : ControlServerTest({kLong, kLong, 1, kLong}) {}
 };
 
 TEST_F(ControlServerTest, ServesAtASocketOfMode0660) {
@@ -148,7 +168,7 @@ TEST_F(ControlServerTest, ClosesTheConnectionWhenTheClientSpeaksAnOlderHttp) {
   EXPECT_NE(answer.find("Connection: close\r\n"), std::string::npos) << answer;
 }
 
-TEST_F(ControlServerTest, ClosesAConnectionOnWhichNothingFollows) {
+TEST_F(ControlServerThatKeepsBriefly, ClosesAConnectionOnWhichNothingFollows) {
   RawClient client(m_Agent.SocketPath());
   client.Send("GET /v1/status HTTP/1.1\r\n\r\n");
   (void)client.ReadUntil("}\n");
@@ -187,8 +207,7 @@ TEST_F(ControlServerTest, KeepsNoConnectionsWhenThereAreMany) {
 // An answer too large for the socket's buffer is under way while the others come.
 TEST_F(ControlServerTest, KeepsAConnectionThatItSaidItWouldKeep) {
   RawClient client(m_Agent.SocketPath());
-  const json arguments = {{"taskId", "a"},
-                          {"attributes", {{"k", std::string(1000000, 'x')}}}};
+  const json arguments = {{"taskId", "a"}, {"attributes", {{"k", std::string(1000000, 'x')}}}};
   const std::string body = arguments.dump();
   client.Send("POST /v1/one/INoxTaskScheduler/GetTaskAttributes HTTP/1.1\r\nContent-Length: " +
               std::to_string(body.size()) + "\r\n\r\n" + body);
@@ -208,21 +227,29 @@ TEST_F(ControlServerTest, KeepsAConnectionThatItSaidItWouldKeep) {
   EXPECT_NE(next.find("Connection: close"), std::string::npos) << "the next is the last: " << next;
 }
 
-TEST_F(ControlServerTest, SlowClientsAreAnsweredWithTheirErrorAndHurtNobody) {
+TEST_F(ControlServerTest, SlowClientsHurtNobody) {
   std::vector<std::unique_ptr<RawClient>> slow;
   for (int number = 0; number < 20; ++number) {
     slow.push_back(std::make_unique<RawClient>(m_Agent.SocketPath()));
     slow.back()->Send("POST /v1/notify HTTP/1.1\r\nContent-Length: 5\r\n\r\n{");
   }
-  // Far less than the time that a slow client is given: nobody waits for it.
+  // In far less than the time that a slow client is given: nobody waits for it.
   for (int number = 0; number < 100; ++number) {
     ExpectAlive();
   }
   EXPECT_GE(m_Agent.m_Server->Count().m_Connections, 20U) << "the slow ones are still there";
-  for (const auto& client : slow) {
-    const std::string answer = client->ReadAll();
-    EXPECT_EQ(StatusOf(answer), 408U) << answer;
+}
+
+TEST_F(ControlServerThatReadsBriefly, SlowClientsAreAnsweredWithTheirError) {
+  std::string answer;
+  // Nobody answers a client that was too slow to send anything, as it is on a machine that stalls.
+  for (int attempt = 0; attempt < 10 && answer.empty(); ++attempt) {
+    RawClient slow(m_Agent.SocketPath());
+    slow.Send("POST /v1/notify HTTP/1.1\r\nContent-Length: 5\r\n\r\n{");
+    answer = slow.ReadAll();
   }
+  EXPECT_EQ(StatusOf(answer), 408U) << answer;
+  EXPECT_EQ(CodeOf(answer), "request-too-slow");
 }
 
 TEST_F(ControlServerTest, ManyClientsAtOnceAreEachAnswered) {
@@ -270,10 +297,13 @@ TEST_F(ControlServerTest, SurvivesAFloodOfConnections) {
     clients.push_back(std::make_unique<RawClient>(m_Agent.SocketPath()));
   }
   clients.clear();
-  while (m_Agent.m_Server->Count().m_Connections > 0) {
+  // Some of them may wait yet to be taken in, and then the next one is one too many.
+  unsigned status = 0;
+  for (int attempt = 0; attempt < 10000 && status != 200U; ++attempt) {
     std::this_thread::yield();
+    status = StatusOf(Ask("GET", "/v1/status"));
   }
-  ExpectAlive();
+  EXPECT_EQ(status, 200U);
 }
 
 TEST_F(ControlServerTest, StreamsNotificationsAsLines) {
@@ -352,7 +382,7 @@ TEST_F(ControlServerTest, StopAnswersWhatIsUnderWayAndEndsTheRest) {
 
 // A plug-in that does not come back holds the threads that answer. Whoever waits for one hears of
 // it, and what was not begun by then is never done.
-TEST_F(ControlServerTest, TellsWhoWaitsThatRequestsDoNotComeBack) {
+TEST_F(ControlServerWithoutTimeToWait, TellsWhoWaitsThatRequestsDoNotComeBack) {
   const std::string operation = "/v1/one/INoxTaskScheduler/";
   std::vector<std::unique_ptr<RawClient>> held;
   for (unsigned number = 0; number < ControlServer::Workers; ++number) {
@@ -404,15 +434,21 @@ TEST_F(ControlServerTest, MemoryStaysLevelUnderHostileRequests) {
     (void)Ask("POST", "/v1/one/INoxTaskScheduler/AddTask",
               json{{"taskId", "a"}, {"taskXml", std::string(1000000, '<')}}.dump());
   };
-  for (int number = 0; number < 10; ++number) {
-    round();
+  const auto growth = [&round] {
+    const long before = ResidentKilobytes();
+    for (int number = 0; number < 40; ++number) {
+      round();
+    }
+    return ResidentKilobytes() - before;
+  };
+  // A leak of the bodies of a round would be more than 100 MiB, each time. What each thread keeps
+  // for good is less, but which of them is at work for the first time is anyone's guess.
+  constexpr long kLevel = 20 * 1024;
+  long grown = growth();
+  for (int attempt = 0; attempt < 5 && grown >= kLevel; ++attempt) {
+    grown = growth();
   }
-  const long before = ResidentKilobytes();
-  for (int number = 0; number < 40; ++number) {
-    round();
-  }
-  // A leak of the bodies of a round would be more than 100 MiB.
-  EXPECT_LT(ResidentKilobytes() - before, 20 * 1024);
+  EXPECT_LT(grown, kLevel);
 }
 
 }  // namespace
