@@ -63,11 +63,12 @@ void ServiceManager::Stopping() const {
   Send("STOPPING=1\nSTATUS=Unloading plug-ins\n");
 }
 
+// Never waits: a service manager with that much to read yet finds signs of life enough in it.
 void ServiceManager::KeepAlive() const {
-  Send("WATCHDOG=1\n");
+  Send("WATCHDOG=1\n", MSG_DONTWAIT);
 }
 
-void ServiceManager::Send(const std::string& message) const {
+void ServiceManager::Send(const std::string& message, int flags) const {
   if (m_Fd < 0) {
     return;
   }
@@ -79,7 +80,7 @@ void ServiceManager::Send(const std::string& message) const {
   }
   const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + m_Address.size());
   // A service manager that is gone has nobody to tell; the agent works on.
-  (void)::sendto(m_Fd, message.data(), message.size(), MSG_NOSIGNAL,
+  (void)::sendto(m_Fd, message.data(), message.size(), MSG_NOSIGNAL | flags,
                  reinterpret_cast<const sockaddr*>(&address), size);
 }
 

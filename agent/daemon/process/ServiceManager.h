@@ -27,7 +27,7 @@ class ServiceManager {
   std::optional<unsigned long> KeepAliveInterval() const { return m_KeepAliveInterval; }
 
  private:
-  void Send(const std::string& message) const;
+  void Send(const std::string& message, int flags = 0) const;
 
   std::string m_Address;
   int m_Fd = -1;

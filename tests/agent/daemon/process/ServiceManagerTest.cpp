@@ -63,6 +63,16 @@ TEST_F(ServiceManagerTest, TellsWhatTheAgentIsDoing) {
   EXPECT_EQ(Receive(), "STOPPING=1\nSTATUS=Unloading plug-ins\n");
 }
 
+// The agent's thread would stand still with it, and the agent would not even end.
+TEST_F(ServiceManagerTest, KeepsAliveWithoutWaitingForOneThatDoesNotRead) {
+  Listen((m_Dir / "notify").string());
+  const ServiceManager manager(m_Environment);
+  for (int number = 0; number < 10000; ++number) {
+    manager.KeepAlive();
+  }
+  EXPECT_EQ(Receive(), "WATCHDOG=1\n");
+}
+
 TEST_F(ServiceManagerTest, KnowsTheAbstractNameSpace) {
   Listen("@nox-test-" + std::to_string(::getpid()));
   const ServiceManager manager(m_Environment);
