@@ -17,7 +17,7 @@ using BaseSDK::AString;
 namespace NoxAgent {
 namespace {
 
-constexpr int kAttempts = 100;
+constexpr int kAttempts = 1500;
 constexpr int kPauseMilliseconds = 20;
 
 // 0 when the file does not say.
