@@ -50,8 +50,10 @@ CChildStart::CChildStart(const CLaunch& launch, const CDescriptors& descriptors)
       m_Environment(Pointers(launch.m_Environment)) {}
 
 void CChildStart::Run() const {
-  ConnectStreams();  // at once: copies of the agent's locks go with the other descriptors
-  (void)setsid();    // cannot fail: a new process leads no group
+  (void)setsid();  // cannot fail: a new process leads no group
+  // Only then: copies of the agent's locks go with the other descriptors, and the next agent, which
+  // waits for these, ends what it finds in the session.
+  ConnectStreams();
   ResetSignals();
   AwaitGo();
   BecomeUser();
