@@ -93,14 +93,17 @@ TEST_F(Client, DeletesTasks) {
 
 TEST_F(Client, DisablesAndEnablesTasks) {
   StartAgent();
+  // Nothing is run before it is over, however long the client takes.
+  EXPECT_EQ(Ctl({"notify", "1"}).m_Status, 0);
   AddJob("a", "echo run >> runs");
-  AddTask("a", Trigger(0, FromNow(2)));
+  AddTask("a", Trigger(0, FromNow(0)));
   EXPECT_EQ(Ctl({"disable", "a"}).m_Status, 0);
   EXPECT_EQ(CtlJson({"list"})[0]["enabled"], false);
   EXPECT_NE(TaskFile("a").find("<Task Enabled=\"0\">"), std::string::npos);
-  // Another one that was due at the same time has run: this one would have.
+  // Another one that was due later has run: this one would have.
   AddJob("b", "exit 0");
-  AddTask("b", Trigger(0, FromNow(2)));
+  AddTask("b", Trigger(0, FromNow(0)));
+  EXPECT_EQ(Ctl({"notify", "2"}).m_Status, 0);
   ASSERT_TRUE(WaitForState("b", "Ok"));
   EXPECT_EQ(LastRun("a"), "");
   EXPECT_EQ(Ctl({"enable", "a"}).m_Status, 0);
