@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <fstream>
 #include <sstream>
 
@@ -104,9 +105,20 @@ TEST_F(Client, ListClosesItsEnumeration) {
 TEST_F(Client, ListAsksAllOnOneConnection) {
   for (int number = 0; number < 100; ++number)
     m_Agent.SetTask("T" + std::to_string(number), {TaskXml(kNowTrigger), true, {}});
-  EXPECT_EQ(0, Run({"list", "--json"})) << Err();
-  EXPECT_EQ(100U, JsonOut().size());
-  EXPECT_EQ(1U, m_Agent.Connections());
+  using Clock = std::chrono::steady_clock;
+  constexpr std::chrono::seconds reuseTime(2);
+  std::size_t connections = 0;
+  bool isSlow = true;
+  // Another one is right when the machine stalls: it might be closed already.
+  for (int attempt = 0; attempt < 10 && connections != 1 && isSlow; ++attempt) {
+    const std::size_t before = m_Agent.Connections();
+    const auto begin = Clock::now();
+    EXPECT_EQ(0, Run({"list", "--json"})) << Err();
+    EXPECT_EQ(100U, JsonOut().size());
+    connections = m_Agent.Connections() - before;
+    isSlow = Clock::now() - begin >= reuseTime;
+  }
+  EXPECT_EQ(1U, connections);
 }
 
 // As the agent does after some requests, or when it has many clients.
