@@ -6,11 +6,13 @@
 #include "tests/support/FakeHost.h"
 #include "tests/support/TaskXml.h"
 #include "tests/support/TempDir.h"
+#include "tests/support/ThreadCount.h"
 
 #include <AgentInterfacesV3/AMsgQueue.h>
 #include <AgentInterfacesV3/CIClient.h>
 #include <AgentInterfacesV3/INoxTaskScheduler.h>
 #include <AgentInterfacesV3/MakeProxy.h>
+#include <BaseSDK/AThreadRest.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -59,12 +61,14 @@ class Agent {
   }
 
   /// Kept as agents keep it: no caller is in the midst of an enumeration, whose handle only the
-  /// scheduler could close, and requests under way are waited for.
+  /// scheduler could close, and requests under way are waited for, as is the monitor where it is in
+  /// the midst of its work: it is given three seconds then and no more.
   int ShutDown() {
     {
       const std::unique_lock noEnumeration(m_Enumerations);
       m_Queue.Close();
     }
+    EXPECT_TRUE(BaseSDK::AThreadRest::WaitForAll(120000));
     return PluginUninitialize(true);
   }
 
@@ -229,10 +233,10 @@ TEST(ConcurrentCallers, LeaveOnlyWholeTasksAndNothingElseBehind) {
   tzset();
   CallFromManyThreadsAndShutDownInTheMidst();  // some libraries keep something from here on
   const std::size_t descriptors = CountEntries("/proc/self/fd");
-  const std::size_t threads = CountEntries("/proc/self/task");
+  const std::size_t threads = TestSupport::CountThreads();
   CallFromManyThreadsAndShutDownInTheMidst();
   EXPECT_EQ(descriptors, CountEntries("/proc/self/fd"));
-  EXPECT_EQ(threads, CountEntries("/proc/self/task"));
+  EXPECT_EQ(threads, TestSupport::CountThreads());
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "tests/support/FakeHandler.h"
 #include "tests/support/FakeHost.h"
 #include "tests/support/TempDir.h"
+#include "tests/support/ThreadCount.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -15,6 +16,7 @@
 #include <AgentInterfacesV3/AMsgQueue.h>
 #include <AgentInterfacesV3/AMsgReply.h>
 #include <BaseSDK/AGuid.h>
+#include <BaseSDK/AThreadRest.h>
 
 #include <filesystem>
 #include <semaphore>
@@ -45,7 +47,7 @@ std::set<std::string> Entries(const char* directory) {
 /// What a process holds, as far as a plug-in could leave it behind.
 struct Holdings {
   Holdings()
-      : m_Threads(Entries("/proc/self/task").size()),
+      : m_Threads(TestSupport::CountThreads()),
         m_Descriptors(Entries("/proc/self/fd").size()),
         m_Allocations(LiveAllocations()) {}
 
@@ -85,6 +87,7 @@ void LiveOnce() {
   agent.m_Called.acquire();
   EXPECT_EQ(-1, plugin.Uninitialize(false));
   queue.Close();
+  EXPECT_TRUE(BaseSDK::AThreadRest::WaitForAll(120000)) << "as the agent does";
   EXPECT_EQ(1, plugin.Uninitialize(true));
 }
 
