@@ -1,5 +1,7 @@
 # One test program a folder; each is one ctest entry, so that one command runs them side by side.
 #   OPTIMIZED   for the few whose own code does the long work
+#   TIMEOUT     seconds, against a test that hangs: far more than sanitized code takes on a machine
+#               that has other things to do
 include_guard()
 find_package(GTest REQUIRED)
 
@@ -18,7 +20,7 @@ target_precompile_headers(test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
 function(nox_add_test)
   cmake_parse_arguments(TEST "OPTIMIZED" "NAME;TIMEOUT" "SOURCES;LINKS" ${ARGN})
   if(NOT TEST_TIMEOUT)
-    set(TEST_TIMEOUT 300)
+    set(TEST_TIMEOUT 1200)
   endif()
   add_executable(${TEST_NAME} ${TEST_SOURCES})
   target_link_libraries(${TEST_NAME} PRIVATE ${TEST_LINKS} GTest::gmock GTest::gtest_main)
