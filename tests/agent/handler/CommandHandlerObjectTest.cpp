@@ -12,13 +12,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 #include <filesystem>
-#include <set>
 #include <string>
-#include <thread>
 
 #include "tests/agent/handler/run/SupervisorFixture.h"
+#include "tests/support/ThreadCount.h"
 
 using BaseSDK::AGuid;
 using BaseSDK::AString;
@@ -31,30 +29,6 @@ constexpr int kQueue = 7;
 std::size_t CountEntries(const char* directory) {
   const std::filesystem::directory_iterator entries(directory);
   return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
-}
-
-std::set<std::string> ThreadNumbers() {
-  std::set<std::string> numbers;
-  for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task")) {
-    numbers.insert(thread.path().filename());
-  }
-  return numbers;
-}
-
-// Waits until there are no threads but `those`: for a moment the system lists also threads that
-// have ended and were waited for.
-bool WaitForNoThreadsBut(const std::set<std::string>& those) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(2);
-  for (;;) {
-    const std::set<std::string> now = ThreadNumbers();
-    if (std::includes(those.begin(), those.end(), now.begin(), now.end())) {
-      return true;
-    }
-    if (std::chrono::steady_clock::now() > deadline) {
-      return false;
-    }
-    std::this_thread::yield();
-  }
 }
 
 class CommandHandlerObject : public SupervisorFixture {
@@ -188,7 +162,7 @@ TEST_F(CommandHandlerObject, ConsentsToAnUnforcedUnloadWhenNothingRuns) {
 
 TEST_F(CommandHandlerObject, LeavesNothingBehindAndCanBeLoadedAgain) {
   AddJob("a", "exit 0");
-  const std::set<std::string> threads = ThreadNumbers();
+  const std::size_t threads = TestSupport::CountThreads();
   const std::size_t descriptors = CountEntries("/proc/self/fd");
   for (std::size_t round = 1; round <= 3; ++round) {
     Load();
@@ -196,7 +170,7 @@ TEST_F(CommandHandlerObject, LeavesNothingBehindAndCanBeLoadedAgain) {
     (void)RunTasks("RunTasksEx", "a:0:1:0;");
     ASSERT_EQ(m_Scheduler.WaitForStates(round).size(), round);
     Unload();
-    EXPECT_TRUE(WaitForNoThreadsBut(threads));
+    EXPECT_EQ(TestSupport::CountThreads(), threads);
     EXPECT_EQ(CountEntries("/proc/self/fd"), descriptors);
     EXPECT_EQ(dlopen(NOX_COMMAND_HANDLER, RTLD_NOW | RTLD_NOLOAD), nullptr);
   }
