@@ -183,8 +183,10 @@ TEST_F(Run, IsNotOverBeforeItsCommand) {
 }
 
 TEST_F(Run, EndsWhatItsCommandLeavesBehind) {
+  // What it starts, it starts before it says so: a process that is born when the others are told to
+  // end lives on until it is killed.
   AddJob("a",
-         "sh -c 'echo $$ > $STARTED; read line < /dev/null; while :; do sleep 1000; done' &\n"
+         "sh -c 'sleep 1000 & echo $$ > $STARTED; wait; while :; do sleep 1000; done' &\n"
          "read line < $GATE; exit 0");
   StartSupervisor();
   Dispatch("a");

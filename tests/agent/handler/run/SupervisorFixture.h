@@ -16,7 +16,7 @@
 // pipe that Started() reads, and $GATE the one that OpenGate() writes.
 class SupervisorFixture : public testing::Test {
  protected:
-  static constexpr std::chrono::seconds LongGrace{100};
+  static constexpr std::chrono::seconds LongGrace{60};
 
   SupervisorFixture();
   ~SupervisorFixture() override;
