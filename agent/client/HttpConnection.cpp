@@ -25,6 +25,7 @@ constexpr std::chrono::seconds kAnswerTime{30};
 // Well below the time after which the agent closes an idle connection, so as not to cross with
 // that.
 constexpr std::chrono::seconds kReuseTime{2};
+constexpr int kSendAttempts = 3;
 constexpr std::uint64_t kLargestAnswer = 64 * 1024 * 1024;
 
 // Takes the whole lines off the front of `text`; false when `line` wants no more.
@@ -45,12 +46,17 @@ struct HttpConnection::Impl {
 
   // Runs one asynchronous operation to its end, so that the stream's time limit holds for it.
   template <class Start>
-  void Await(const char* doing, Start start) {
+  beast::error_code Outcome(Start start) {
     beast::error_code failure = net::error::would_block;
     start([&failure](beast::error_code error, std::size_t = 0) { failure = error; });
     m_Context.restart();
     m_Context.run();
-    if (failure) Fail(doing, failure);
+    return failure;
+  }
+
+  template <class Start>
+  void Await(const char* doing, Start start) {
+    if (const beast::error_code failure = Outcome(start)) Fail(doing, failure);
   }
 
   [[noreturn]] void Fail(const char* doing, const beast::error_code& error) const {
@@ -83,11 +89,32 @@ struct HttpConnection::Impl {
       request.prepare_payload();
       bytes << request;
     }
-    const std::string text = bytes.str();
     m_KeepsOpen = false;
-    m_Stream.expires_after(kAnswerTime);
-    Await("send to the agent at",
-          [&](auto done) { net::async_write(m_Stream, net::buffer(text), done); });
+    SendAll(bytes.str());
+  }
+
+  // The agent closes a connection on which it hears nothing for some seconds, so it has closed that
+  // of a client that was not let run. Nothing has come through then, and another connection is
+  // made.
+  void SendAll(const std::string& text) {
+    beast::error_code failure;
+    for (int attempt = 0; attempt < kSendAttempts; ++attempt) {
+      std::size_t sent = 0;
+      m_Stream.expires_after(kAnswerTime);
+      failure = Outcome([&](auto done) {
+        net::async_write(m_Stream, net::buffer(text),
+                         [&sent, done](beast::error_code error, std::size_t count) mutable {
+                           sent = count;
+                           done(error);
+                         });
+      });
+      if (!failure) return;
+      if (failure != net::error::broken_pipe || sent > 0) break;
+      m_Stream.close();
+      m_Buffer.clear();
+      Connect();
+    }
+    Fail("send to the agent at", failure);
   }
 
   HttpResponse Receive() {
