@@ -8,7 +8,9 @@ find_package(GTest REQUIRED)
 # Most of a test's compile time is the test library's headers and the optimizer: the first are
 # compiled once for all, the second has nothing to do. What is tested keeps its own flags.
 set(quick_flags)
-if(NOT NOX_SANITIZE AND CMAKE_BUILD_TYPE STREQUAL "RelWithDebInfo")
+if(NOX_SANITIZE)
+  set(quick_flags -O0)
+elseif(CMAKE_BUILD_TYPE STREQUAL "RelWithDebInfo")
   set(quick_flags -O0 -g1 -U_FORTIFY_SOURCE)
 endif()
 file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/TestHeaders.cpp" CONTENT "int main() {}\n")
