@@ -35,7 +35,7 @@ std::string ProcPath(pid_t pid, const char* name) {
   return "/proc/" + std::to_string(pid) + "/" + name;
 }
 
-constexpr int kMostLooks = 100;  // a millisecond apart
+constexpr int kMostLooks = 1000;  // a millisecond apart
 
 struct CloseDirectory {
   void operator()(DIR* directory) const { (void)closedir(directory); }
