@@ -7,8 +7,6 @@
 
 namespace NoxAgent {
 
-using nlohmann::json;
-
 namespace {
 
 constexpr unsigned kHttpOk = 200;
@@ -18,34 +16,21 @@ constexpr const char* kBadTaskId = "bad-task-id";
 constexpr std::size_t kAtOnce = 32;
 constexpr const char* kScheduler = "/v1/scheduler/INoxTaskScheduler/";
 
-[[noreturn]] void FailUnreadable(const std::string& body) {
-  throw CommandError(ExitCode::Failed,
-                     "the agent's answer cannot be read: \"" + body.substr(0, 80) +
-                         "\"; see that noxctl and noxagentd are of the same version");
-}
-
-json Parsed(const std::string& body) {
-  json parsed = json::parse(body, nullptr, false);
-  if (parsed.is_discarded()) FailUnreadable(body);
-  return parsed;
-}
-
 // "message (line 3, column 7)"
-std::string DescribeError(const json& error) {
-  std::string text = error.value("message", "the agent gives no reason");
-  if (error.contains("line") && error["line"].is_number())
-    text += " (line " + error["line"].dump() + ", column " + error.value("column", json(1)).dump() +
-            ")";
+std::string DescribeError(const Json& error) {
+  std::string text = error.Text("message", "the agent gives no reason");
+  if (error.Has("line"))
+    text += " (line " + error.At("line").Dump() + ", column " + error.At("column").Dump() + ")";
   return text;
 }
 
 // The agent's error to a request, with its name for programs.
 class Refusal : public CommandError {
  public:
-  Refusal(unsigned status, const json& error)
+  Refusal(unsigned status, const Json& error)
       : CommandError(status == kHttpUnprocessable ? ExitCode::Usage : ExitCode::Failed,
                      "the agent refuses: " + DescribeError(error)),
-        m_Name(error.value("code", "")) {}
+        m_Name(error.Text("code", "")) {}
 
   const std::string& Name() const { return m_Name; }
 
@@ -53,42 +38,48 @@ class Refusal : public CommandError {
   std::string m_Name;
 };
 
-json Answer(const HttpResponse& response) {
+// An object that the text holds; nothing when it holds none.
+std::optional<Json> ObjectIn(const std::string& text) {
+  try {
+    Json value = Json::Parse(text);
+    return value.IsObject() ? std::optional<Json>(std::move(value)) : std::nullopt;
+  } catch (const JsonError&) {
+    return std::nullopt;
+  }
+}
+
+Json Answer(const HttpResponse& response) {
   if (response.m_Status == kHttpOk)
-    return response.m_Body.empty() ? json::object() : Parsed(response.m_Body);
-  const json parsed = json::parse(response.m_Body, nullptr, false);
-  if (parsed.is_object() && parsed.contains("error") && parsed["error"].is_object())
-    throw Refusal(response.m_Status, parsed["error"]);
+    return response.m_Body.empty() ? Json::Object{} : Json::Parse(response.m_Body);
+  const auto body = ObjectIn(response.m_Body);
+  const Json* const error = body ? body->Find("error") : nullptr;
+  if (error != nullptr && error->IsObject()) throw Refusal(response.m_Status, *error);
   throw CommandError(ExitCode::Failed, "the agent answers with HTTP status " +
                                            std::to_string(response.m_Status) +
                                            "; see its log for the reason");
 }
 
-long ResultOf(const json& answer) {
-  if (!answer.contains("result") || !answer["result"].is_number_integer())
-    FailUnreadable(answer.dump());
-  return answer["result"].get<long>();
+long ResultOf(const Json& answer) {
+  return answer.At("result").Long();
 }
 
-std::string OutText(const json& answer, const char* name) {
-  const json out = answer.value("out", json::object());
-  if (!out.contains(name) || !out[name].is_string()) FailUnreadable(answer.dump());
-  return out[name].get<std::string>();
+std::string OutText(const Json& answer, const char* name) {
+  return answer.At("out").At(name).Text();
 }
 
 // Texts of the system need not be UTF-8; what is not is shown to the agent as such.
-std::string BodyOf(const json& arguments) {
-  return arguments.dump(-1, ' ', true, json::error_handler_t::replace);
+std::string BodyOf(const Json& arguments) {
+  return arguments.Dump(0, Json::Charset::Ascii);
 }
 
-std::vector<json> ArgumentsFor(const std::vector<std::string>& ids) {
-  std::vector<json> arguments;
+std::vector<Json> ArgumentsFor(const std::vector<std::string>& ids) {
+  std::vector<Json> arguments;
   for (const std::string& id : ids) arguments.push_back({{"taskId", id}});
   return arguments;
 }
 
 // Adds what an enumeration has found; false at its end.
-bool TakeId(const json& answer, std::set<std::string>& ids) {
+bool TakeId(const Json& answer, std::set<std::string>& ids) {
   if (ResultOf(answer) <= 0) return false;
   const std::string id = OutText(answer, "taskId");
   const bool isTask = !id.empty() && id.front() != '.';  // it also returns "." and ".."
@@ -97,10 +88,10 @@ bool TakeId(const json& answer, std::set<std::string>& ids) {
 }
 
 // Nothing when there is no such task.
-std::optional<json> AnswerForTask(const HttpResponse& response) {
+std::optional<Json> AnswerForTask(const HttpResponse& response) {
   try {
-    json answer = Answer(response);
-    return ResultOf(answer) < 1 ? std::nullopt : std::optional<json>(std::move(answer));
+    Json answer = Answer(response);
+    return ResultOf(answer) < 1 ? std::nullopt : std::optional<Json>(std::move(answer));
   } catch (const Refusal& refusal) {
     // The task directory may hold files of other names, and they are enumerated as well.
     if (refusal.Name() == kBadTaskId) return std::nullopt;
@@ -109,18 +100,16 @@ std::optional<json> AnswerForTask(const HttpResponse& response) {
 }
 
 std::optional<std::string> TaskXmlIn(const HttpResponse& response) {
-  const std::optional<json> answer = AnswerForTask(response);
+  const std::optional<Json> answer = AnswerForTask(response);
   return answer ? std::optional<std::string>(OutText(*answer, "taskXml")) : std::nullopt;
 }
 
 std::optional<AgentApi::Attributes> AttributesIn(const HttpResponse& response) {
-  const std::optional<json> answer = AnswerForTask(response);
+  const std::optional<Json> answer = AnswerForTask(response);
   if (!answer) return std::nullopt;
-  const json map = answer->value("out", json::object()).value("attributes", json());
-  if (!map.is_object()) FailUnreadable(answer->dump());
   AgentApi::Attributes attributes;
-  for (const auto& [key, value] : map.items())
-    attributes[key] = value.is_string() ? value.get<std::string>() : value.dump();
+  for (const auto& [key, value] : answer->At("out").At("attributes").Members())
+    attributes[key] = value.Text();
   return attributes;
 }
 
@@ -132,12 +121,12 @@ HttpConnection& AgentApi::Connection() {
   return *m_Connection;
 }
 
-json AgentApi::Call(const std::string& operation, const json& arguments, const std::string& query) {
+Json AgentApi::Call(const std::string& operation, const Json& arguments, const std::string& query) {
   return Answer(Connection().Post(kScheduler + operation + query, BodyOf(arguments)));
 }
 
 std::vector<HttpResponse> AgentApi::CallAll(const std::string& operation,
-                                            const std::vector<json>& arguments) {
+                                            const std::vector<Json>& arguments) {
   std::vector<HttpResponse> answers;
   while (answers.size() < arguments.size()) {
     std::vector<std::string> bodies;
@@ -150,7 +139,7 @@ std::vector<HttpResponse> AgentApi::CallAll(const std::string& operation,
 }
 
 std::string AgentApi::AddTask(const std::string& id, const std::string& xml, bool force) {
-  const json answer = Call("AddTask", {{"taskId", id}, {"taskXml", xml}}, force ? "?force=1" : "");
+  const Json answer = Call("AddTask", {{"taskId", id}, {"taskXml", xml}}, force ? "?force=1" : "");
   if (ResultOf(answer) < 1)
     throw CommandError(ExitCode::Failed,
                        "the scheduler could not store the task; see that its directory can be "
@@ -160,13 +149,13 @@ std::string AgentApi::AddTask(const std::string& id, const std::string& xml, boo
 
 std::vector<std::string> AgentApi::TaskIds() {
   std::set<std::string> ids;
-  json answer = Call("FindFirstTask", json::object());
+  Json answer = Call("FindFirstTask", Json::Object{});
   const std::string handle = OutText(answer, "handle");
   bool more = TakeId(answer, ids);
   while (more) {
     // Asked some times past the end at last, which does no harm.
     for (const HttpResponse& next :
-         CallAll("FindNextTask", std::vector<json>(kAtOnce, {{"handle", handle}})))
+         CallAll("FindNextTask", std::vector<Json>(kAtOnce, {{"handle", handle}})))
       more = more && TakeId(Answer(next), ids);
   }
   if (!handle.empty()) (void)Call("FindClose", {{"handle", handle}});
@@ -209,7 +198,7 @@ bool AgentApi::SetRunState(const std::string& id, const std::string& state) {
   return ResultOf(Call("SetRunState", {{"taskId", id}, {"runState", state}})) == 0;
 }
 
-json AgentApi::Status() {
+Json AgentApi::Status() {
   return Answer(Connection().Get("/v1/status"));
 }
 
@@ -218,17 +207,17 @@ void AgentApi::Refresh() {
 }
 
 void AgentApi::Notify(long kind, long code, const std::string& text) {
-  const json body = {{"kind", kind}, {"code", code}, {"text", text}};
+  const Json body = {{"kind", kind}, {"code", code}, {"text", text}};
   (void)Answer(Connection().Post("/v1/notify", BodyOf(body)));
 }
 
 void AgentApi::Follow(const std::function<void()>& opened,
-                      const std::function<bool(const json&)>& next) {
+                      const std::function<bool(const Json&)>& next) {
   // A stream takes its connection for good; the calls made meanwhile need another.
   HttpConnection stream(m_SocketPath);
   const HttpResponse end = stream.Follow("/v1/notifications", opened, [&](const std::string& line) {
-    const json notification = json::parse(line, nullptr, false);
-    return !notification.is_object() || next(notification);
+    const auto notification = ObjectIn(line);
+    return !notification || next(*notification);
   });
   if (end.m_Status != kHttpOk) (void)Answer(end);
 }

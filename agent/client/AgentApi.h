@@ -5,18 +5,19 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "agent/client/HttpConnection.h"
+#include "agent/library/Json.h"
 
 namespace NoxAgent {
 
 // All texts are UTF-8. Every call ends in a CommandError when the agent cannot be reached
 // (Unreachable) or answers with an error, its message in the exception: Usage when the agent finds
-// fault with what it was given (an ID, a document, a state), else Failed.
+// fault with what it was given (an ID, a document, a state), else Failed. An answer that is none of
+// the agent's is a JsonError.
 //
 // Calls in a row share a connection.
 class AgentApi {
@@ -40,22 +41,20 @@ class AgentApi {
   bool EnableTask(const std::string& id, bool enable);
   bool SetRunState(const std::string& id, const std::string& state);
 
-  nlohmann::json Status();
+  Json Status();
   void Refresh();
   void Notify(long kind, long code, const std::string& text);
 
   // Hands over each of the agent's notifications, as the agent wrote it, until `next` returns false
   // or the agent ends. `opened` is called once, when no notification can be missed any more.
-  void Follow(const std::function<void()>& opened,
-              const std::function<bool(const nlohmann::json&)>& next);
+  void Follow(const std::function<void()>& opened, const std::function<bool(const Json&)>& next);
 
  private:
   // The whole answer to an operation of the scheduler: "result" and "out".
-  nlohmann::json Call(const std::string& operation, const nlohmann::json& arguments,
-                      const std::string& query = {});
+  Json Call(const std::string& operation, const Json& arguments, const std::string& query = {});
   // The agent's answers to calls of one operation, in order.
   std::vector<HttpResponse> CallAll(const std::string& operation,
-                                    const std::vector<nlohmann::json>& arguments);
+                                    const std::vector<Json>& arguments);
   HttpConnection& Connection();
 
   std::string m_SocketPath;

@@ -3,9 +3,9 @@
 #include <cstdlib>
 #include <ctime>
 #include <fstream>
-#include <regex>
 
 #include "agent/client/ExitCode.h"
+#include "agent/library/Pattern.h"
 
 namespace NoxAgent {
 
@@ -21,8 +21,7 @@ bool IsZoneFile(const std::string& name) {
 
 // The beginning of a rule: a name of letters or in angle brackets, then a distance from UTC.
 bool IsRule(const std::string& text) {
-  static const std::regex kRule("(<[A-Za-z0-9+-]+>|[A-Za-z]{3,})[+-]?[0-9].*");
-  return std::regex_match(text, kRule);
+  return !MatchPattern("(<[A-Za-z0-9+-]+>|[A-Za-z]{3,})[+-]?[0-9].*", text).empty();
 }
 
 void Refuse(const std::string& zone) {

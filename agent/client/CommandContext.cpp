@@ -8,8 +8,8 @@ AgentApi CommandContext::Agent() const {
   return AgentApi(SocketPath(m_Socket, m_RuntimeDirectory));
 }
 
-void CommandContext::PrintJson(const nlohmann::json& value) const {
-  m_Out << value.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+void CommandContext::PrintJson(const Json& value) const {
+  m_Out << value.Dump(2) << '\n';
 }
 
 }  // namespace NoxAgent

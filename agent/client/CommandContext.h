@@ -24,7 +24,7 @@ struct CommandContext {
   ExitCode m_ExitCode = ExitCode::Ok;
 
   AgentApi Agent() const;
-  void PrintJson(const nlohmann::json& value) const;
+  void PrintJson(const Json& value) const;
 };
 
 }  // namespace NoxAgent

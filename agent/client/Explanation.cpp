@@ -10,8 +10,6 @@
 
 namespace NoxAgent {
 
-using nlohmann::json;
-
 namespace {
 
 // A run this long after its time is late.
@@ -65,28 +63,28 @@ void Explanation::Print(std::ostream& out) const {
   out << Verdict() << '\n';
 }
 
-json Explanation::ToJson() const {
-  json triggers = json::array();
+Json Explanation::ToJson() const {
+  Json triggers = Json::List{};
   for (std::size_t i = 0; i < m_Triggers.size(); ++i) {
     const RuleWords& words = m_Triggers[i];
-    json trigger = {{"rule", words.Rule()}, {"words", TriggerLines(i)}};
+    Json trigger = {{"rule", words.Rule()}, {"words", TriggerLines(i)}};
     if (words.IsDated()) trigger["againstDay"] = words.ReasonsAgainst(m_Facts.m_At);
     if (i < m_Facts.m_Triggers.size()) {
       trigger["due"] = m_Facts.m_Triggers[i].m_Due;
       trigger["nextRun"] = m_Facts.m_Triggers[i].m_Next;
     }
-    triggers.push_back(trigger);
+    triggers.Append(trigger);
   }
   return {{"task", m_Id},
           {"seconds", m_Facts.m_At},
           {"time", LocalTimeText(m_Facts.m_At)},
           {"gate", NameOf(m_Gate)},
           {"enabled", m_Facts.m_Enabled},
-          {"lastRun", m_LastRun ? json(m_LastRun->m_Start) : json()},
-          {"state", m_LastRun ? json(m_LastRun->m_State) : json()},
+          {"lastRun", m_LastRun ? Json(m_LastRun->m_Start) : Json()},
+          {"state", m_LastRun ? Json(m_LastRun->m_State) : Json()},
           {"triggers", triggers},
           {"due", m_Facts.m_Run.has_value() || m_Facts.m_NoHandler},
-          {"run", m_Facts.m_Run ? NoxAgent::ToJson(*m_Facts.m_Run) : json()},
+          {"run", m_Facts.m_Run ? NoxAgent::ToJson(*m_Facts.m_Run) : Json()},
           {"deleted", m_Facts.m_Deleted},
           {"nextRun", NextRun()},
           {"verdict", Verdict()}};

@@ -1,7 +1,6 @@
 // Why a task runs or does not run at one moment, in sentences.
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -9,6 +8,7 @@
 
 #include "agent/client/RuleWords.h"
 #include "agent/client/TaskSummary.h"
+#include "agent/library/Json.h"
 #include "agent/simulation/SimulationRequest.h"
 #include "agent/simulation/TaskFacts.h"
 
@@ -24,7 +24,7 @@ class Explanation {
 
   // One sentence or two a line.
   void Print(std::ostream& out) const;
-  nlohmann::json ToJson() const;
+  Json ToJson() const;
 
   // The last line: whether the task runs at the moment, and why.
   std::string Verdict() const;

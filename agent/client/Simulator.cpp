@@ -16,8 +16,6 @@
 
 namespace NoxAgent {
 
-using nlohmann::json;
-
 namespace {
 
 constexpr const char* kProgram = "nox-simulate";
@@ -95,18 +93,18 @@ int Run(const std::string& program, const NamelessFile& in, const NamelessFile& 
   return status;
 }
 
-std::vector<json> Lines(const std::string& text) {
-  std::vector<json> lines;
+std::vector<Json> Lines(const std::string& text) {
+  std::vector<Json> lines;
   std::istringstream in(text);
-  for (std::string line; std::getline(in, line);) lines.push_back(json::parse(line));
+  for (std::string line; std::getline(in, line);) lines.push_back(Json::Parse(line));
   return lines;
 }
 
 }  // namespace
 
-std::vector<json> AskSimulator(const SimulationRequest& request) {
+std::vector<Json> AskSimulator(const SimulationRequest& request) {
   const NamelessFile in, out, err;
-  in.Fill(ToJson(request).dump(-1, ' ', true, json::error_handler_t::replace));
+  in.Fill(ToJson(request).Dump(0, Json::Charset::Ascii));
   const int status = Run(FindProgram(), in, out, err);
   if (status == 0) return Lines(out.Content());
   const std::string words = err.Content();

@@ -2,9 +2,8 @@
 
 #include <BaseSDK/ADateTime.h>
 
-#include <regex>
-
 #include "agent/client/ExitCode.h"
+#include "agent/library/Pattern.h"
 
 namespace NoxAgent {
 
@@ -22,8 +21,8 @@ namespace {
 }  // namespace
 
 long ReadTime(const std::string& option, const std::string& text) {
-  static const std::regex kWithoutSeconds(".*[T ][0-9]{2}:[0-9]{2}");
-  const std::string whole = std::regex_match(text, kWithoutSeconds) ? text + ":00" : text;
+  const bool lacksSeconds = !MatchPattern(".*[T ][0-9]{2}:[0-9]{2}", text).empty();
+  const std::string whole = lacksSeconds ? text + ":00" : text;
   const long seconds = ADateTime(AString::FromUtf8(whole)).GetTime();
   if (seconds <= 0)
     Refuse(option, text,
@@ -42,9 +41,8 @@ SimulationRequest::Span ReadSpan(const std::string& option, const std::string& t
 }
 
 SimulationRequest::ClockStep ReadClockStep(const std::string& option, const std::string& text) {
-  static const std::regex kStep("(.*)=([+-][0-9]{1,9})");
-  std::smatch parts;
-  if (!std::regex_match(text, parts, kStep)) Refuse(option, text, "2030-12-31T08:00=+3600");
+  const auto parts = MatchPattern("(.*)=([+-][0-9]{1,9})", text);
+  if (parts.empty()) Refuse(option, text, "2030-12-31T08:00=+3600");
   return {ReadTime(option, parts[1]), std::stol(parts[2])};
 }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <ctime>
-#include <nlohmann/json.hpp>
 
 #include "agent/daemon/AgentError.h"
 #include "agent/daemon/BuildInfo.h"
@@ -10,6 +9,7 @@
 #include "agent/daemon/process/AgentLog.h"
 #include "agent/daemon/process/Directories.h"
 #include "agent/daemon/process/LogSetup.h"
+#include "agent/library/Json.h"
 
 using BaseSDK::ALogger;
 using BaseSDK::AMutexGuard;
@@ -138,7 +138,7 @@ void Agent::ReadConfigurationAgain() {
   }
 }
 
-nlohmann::json Agent::Status() const {
+Json Agent::Status() const {
   const StatusReport report{m_Settings, m_Plugins, m_Notifications, m_Handles, m_StartTime};
   return report.Make(m_Server->Count());
 }

@@ -50,7 +50,7 @@ class Agent {
   bool Stop();
   void Refresh() NOX_EXCLUDES(m_RefreshLock);
   void ReadConfigurationAgain();
-  nlohmann::json Status() const;
+  Json Status() const;
 
   const Options m_Options;
   const Environment m_Environment;

@@ -22,7 +22,8 @@ int Fail(const std::exception& error, int status) {
 
 int main(int argc, char** argv) {
   try {
-    const NoxAgent::Options options = NoxAgent::Options::Parse(argc, argv);
+    const NoxAgent::Options options =
+        NoxAgent::Options::Parse({argv + (argc > 0 ? 1 : 0), argv + argc});
     if (options.m_Answered) {
       return 0;
     }

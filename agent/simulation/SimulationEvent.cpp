@@ -1,20 +1,32 @@
 #include "agent/simulation/SimulationEvent.h"
 
-namespace NoxAgent {
+#include <algorithm>
+#include <iterator>
 
-using nlohmann::json;
+namespace NoxAgent {
 
 using Kind = SimulationEvent::Kind;
 
-NLOHMANN_JSON_SERIALIZE_ENUM(SimulationEvent::Kind, {{Kind::Run, "run"},
-                                                     {Kind::Finished, "finished"},
-                                                     {Kind::StillRunning, "still running"},
-                                                     {Kind::NoHandler, "no handler"},
-                                                     {Kind::Deleted, "deleted"},
-                                                     {Kind::Notification, "notification"},
-                                                     {Kind::GateClosed, "gate closed"},
-                                                     {Kind::GateOpened, "gate opened"},
-                                                     {Kind::ClockSet, "clock set"}})
+namespace {
+
+/// In the order of the kinds.
+constexpr const char* kKindNames[] = {"run",         "finished",    "still running",
+                                      "no handler",  "deleted",     "notification",
+                                      "gate closed", "gate opened", "clock set"};
+
+const char* NameOf(Kind kind) {
+  return kKindNames[static_cast<std::size_t>(kind)];
+}
+
+Kind KindOf(const std::string& name) {
+  const auto found = std::find(std::begin(kKindNames), std::end(kKindNames), name);
+  if (found == std::end(kKindNames)) {
+    throw JsonError("there is no event \"" + name + '"');
+  }
+  return static_cast<Kind>(found - std::begin(kKindNames));
+}
+
+}  // namespace
 
 std::string RunFlagsText(const SimulationEvent& run) {
   std::string flags;
@@ -27,8 +39,8 @@ std::string RunFlagsText(const SimulationEvent& run) {
   return flags;
 }
 
-json ToJson(const SimulationEvent& event) {
-  json answer = {{"event", event.m_Kind}, {"seconds", event.m_Time}};
+Json ToJson(const SimulationEvent& event) {
+  Json answer = {{"event", NameOf(event.m_Kind)}, {"seconds", event.m_Time}};
   if (!event.m_Task.empty())
     answer[event.m_Kind == Kind::NoHandler ? "handler" : "task"] = event.m_Task;
   if (event.m_Kind == Kind::Run) {
@@ -45,18 +57,18 @@ json ToJson(const SimulationEvent& event) {
   return answer;
 }
 
-SimulationEvent SimulationEventFrom(const json& line) {
+SimulationEvent SimulationEventFrom(const Json& line) {
   SimulationEvent event;
-  line.at("event").get_to(event.m_Kind);
-  line.at("seconds").get_to(event.m_Time);
-  event.m_Task = line.value(event.m_Kind == Kind::NoHandler ? "handler" : "task", event.m_Task);
-  event.m_Late = line.value("late", false);
-  event.m_NeverRun = line.value("neverRun", false);
-  event.m_KillAtEnd = line.value("killAtEnd", false);
-  event.m_State = line.value("state", event.m_State);
-  event.m_Code = line.value("code", event.m_Code);
-  event.m_Count = line.value("count", event.m_Count);
-  event.m_Seconds = line.value("by", event.m_Seconds);
+  event.m_Kind = KindOf(line.At("event").Text());
+  event.m_Time = line.At("seconds").Long();
+  event.m_Task = line.Text(event.m_Kind == Kind::NoHandler ? "handler" : "task", "");
+  event.m_Late = line.Bool("late", false);
+  event.m_NeverRun = line.Bool("neverRun", false);
+  event.m_KillAtEnd = line.Bool("killAtEnd", false);
+  event.m_State = line.Text("state", "");
+  event.m_Code = line.Long("code", event.m_Code);
+  event.m_Count = static_cast<unsigned>(line.Long("count", 1));
+  event.m_Seconds = line.Long("by", 0);
   return event;
 }
 

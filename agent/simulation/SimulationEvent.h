@@ -1,8 +1,9 @@
 // One thing that happened in a simulation. nox-simulate writes each as one line of JSON.
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <string>
+
+#include "agent/library/Json.h"
 
 namespace NoxAgent {
 
@@ -40,8 +41,8 @@ struct SimulationEvent {
 // The flags of a run in words, "late, never run, kill at end"; empty when it has none.
 std::string RunFlagsText(const SimulationEvent& run);
 
-nlohmann::json ToJson(const SimulationEvent& event);
-// Throws nlohmann::json::exception for what is none.
-SimulationEvent SimulationEventFrom(const nlohmann::json& json);
+Json ToJson(const SimulationEvent& event);
+// Throws JsonError for what is none.
+SimulationEvent SimulationEventFrom(const Json& Json);
 
 }  // namespace NoxAgent

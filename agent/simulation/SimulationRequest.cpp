@@ -1,42 +1,65 @@
 #include "agent/simulation/SimulationRequest.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace NoxAgent {
 
-using nlohmann::json;
+namespace {
 
-NLOHMANN_JSON_SERIALIZE_ENUM(SimulationRequest::Command,
-                             {{SimulationRequest::Command::Simulate, "simulate"},
-                              {SimulationRequest::Command::Next, "next"},
-                              {SimulationRequest::Command::Explain, "explain"}})
+using Command = SimulationRequest::Command;
 
-json ToJson(const SimulationRequest& request) {
-  json documents = json::array();
+/// In the order of the commands.
+constexpr const char* kCommandNames[] = {"simulate", "next", "explain"};
+
+const char* NameOf(Command command) {
+  return kCommandNames[static_cast<std::size_t>(command)];
+}
+
+Command CommandOf(const std::string& name) {
+  const auto found = std::find(std::begin(kCommandNames), std::end(kCommandNames), name);
+  if (found == std::end(kCommandNames)) {
+    throw JsonError("there is no command \"" + name + '"');
+  }
+  return static_cast<Command>(found - std::begin(kCommandNames));
+}
+
+}  // namespace
+
+Json ToJson(const SimulationRequest& request) {
+  Json documents = Json::List{};
   for (const auto& document : request.m_Documents)
-    documents.push_back({{"id", document.m_Id}, {"xml", document.m_Xml}});
-  json steps = json::array();
-  for (const auto& step : request.m_ClockSteps)
-    steps.push_back(json::array({step.m_At, step.m_Seconds}));
-  json answer = {{"command", request.m_Command}, {"documents", documents},
-                 {"from", request.m_From},       {"to", request.m_To},
-                 {"count", request.m_Count},     {"gateClosed", request.m_GateClosed},
-                 {"clockSteps", steps},          {"failAt", request.m_FailAt}};
+    documents.Append({{"id", document.m_Id}, {"xml", document.m_Xml}});
+  Json gateClosed = Json::List{};
+  for (const auto& [from, until] : request.m_GateClosed) gateClosed.Append(Json::List{from, until});
+  Json steps = Json::List{};
+  for (const auto& step : request.m_ClockSteps) steps.Append(Json::List{step.m_At, step.m_Seconds});
+  Json answer = {{"command", NameOf(request.m_Command)},
+                 {"documents", documents},
+                 {"from", request.m_From},
+                 {"to", request.m_To},
+                 {"count", request.m_Count},
+                 {"gateClosed", gateClosed},
+                 {"clockSteps", steps},
+                 {"failAt", Json::List(request.m_FailAt.begin(), request.m_FailAt.end())}};
   if (request.m_RunSeconds) answer["runSeconds"] = *request.m_RunSeconds;
   return answer;
 }
 
-SimulationRequest SimulationRequestFrom(const json& request) {
+SimulationRequest SimulationRequestFrom(const Json& request) {
   SimulationRequest answer;
-  request.at("command").get_to(answer.m_Command);
-  for (const json& document : request.at("documents"))
-    answer.m_Documents.push_back({document.at("id"), document.at("xml")});
-  request.at("from").get_to(answer.m_From);
-  answer.m_To = request.value("to", answer.m_To);
-  answer.m_Count = request.value("count", answer.m_Count);
-  answer.m_GateClosed = request.value("gateClosed", answer.m_GateClosed);
-  for (const json& step : request.value("clockSteps", json::array()))
-    answer.m_ClockSteps.push_back({step.at(0), step.at(1)});
-  answer.m_FailAt = request.value("failAt", answer.m_FailAt);
-  if (request.contains("runSeconds")) answer.m_RunSeconds = request["runSeconds"].get<long>();
+  answer.m_Command = CommandOf(request.At("command").Text());
+  for (const Json& document : request.At("documents").Items())
+    answer.m_Documents.push_back({document.At("id").Text(), document.At("xml").Text()});
+  answer.m_From = request.At("from").Long();
+  answer.m_To = request.Long("to", answer.m_To);
+  answer.m_Count = static_cast<unsigned>(request.Long("count", 0));
+  for (const Json& span : request.Items("gateClosed"))
+    answer.m_GateClosed.emplace_back(span.At(0).Long(), span.At(1).Long());
+  for (const Json& step : request.Items("clockSteps"))
+    answer.m_ClockSteps.push_back({step.At(0).Long(), step.At(1).Long()});
+  for (const Json& moment : request.Items("failAt")) answer.m_FailAt.push_back(moment.Long());
+  if (const Json* const seconds = request.Find("runSeconds")) answer.m_RunSeconds = seconds->Long();
   return answer;
 }
 

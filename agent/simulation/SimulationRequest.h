@@ -2,11 +2,12 @@
 // object. The zone is that of the process (TZ). docs/simulation.md explains the fields to users.
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "agent/library/Json.h"
 
 namespace NoxAgent {
 
@@ -38,8 +39,8 @@ struct SimulationRequest {
   std::vector<long> m_FailAt;        // for each of them the first run from then on fails
 };
 
-nlohmann::json ToJson(const SimulationRequest& request);
-// Throws nlohmann::json::exception for what is none. Missing fields keep their initial values.
-SimulationRequest SimulationRequestFrom(const nlohmann::json& json);
+Json ToJson(const SimulationRequest& request);
+// Throws JsonError for what is none. Missing fields keep their initial values.
+SimulationRequest SimulationRequestFrom(const Json& Json);
 
 }  // namespace NoxAgent

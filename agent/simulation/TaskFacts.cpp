@@ -2,31 +2,29 @@
 
 namespace NoxAgent {
 
-using nlohmann::json;
-
-json ToJson(const TaskFacts& facts) {
-  json triggers = json::array();
+Json ToJson(const TaskFacts& facts) {
+  Json triggers = Json::List{};
   for (const TaskFacts::Trigger& trigger : facts.m_Triggers)
-    triggers.push_back({{"due", trigger.m_Due}, {"next", trigger.m_Next}});
+    triggers.Append({{"due", trigger.m_Due}, {"next", trigger.m_Next}});
   return {{"at", facts.m_At},
           {"enabled", facts.m_Enabled},
           {"lastRun", facts.m_LastRun},
           {"triggers", triggers},
-          {"run", facts.m_Run ? ToJson(*facts.m_Run) : json()},
+          {"run", facts.m_Run ? ToJson(*facts.m_Run) : Json()},
           {"deleted", facts.m_Deleted},
           {"noHandler", facts.m_NoHandler}};
 }
 
-TaskFacts TaskFactsFrom(const json& line) {
+TaskFacts TaskFactsFrom(const Json& line) {
   TaskFacts facts;
-  line.at("at").get_to(facts.m_At);
-  line.at("enabled").get_to(facts.m_Enabled);
-  line.at("lastRun").get_to(facts.m_LastRun);
-  for (const json& trigger : line.at("triggers"))
-    facts.m_Triggers.push_back({trigger.at("due"), trigger.at("next")});
-  if (!line.at("run").is_null()) facts.m_Run = SimulationEventFrom(line["run"]);
-  line.at("deleted").get_to(facts.m_Deleted);
-  line.at("noHandler").get_to(facts.m_NoHandler);
+  facts.m_At = line.At("at").Long();
+  facts.m_Enabled = line.At("enabled").Bool();
+  facts.m_LastRun = line.At("lastRun").Long();
+  for (const Json& trigger : line.At("triggers").Items())
+    facts.m_Triggers.push_back({trigger.At("due").Bool(), trigger.At("next").Long()});
+  if (!line.At("run").IsNull()) facts.m_Run = SimulationEventFrom(line.At("run"));
+  facts.m_Deleted = line.At("deleted").Bool();
+  facts.m_NoHandler = line.At("noHandler").Bool();
   return facts;
 }
 

@@ -1,10 +1,10 @@
 // How the scheduler itself sees a task at one moment.
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <vector>
 
+#include "agent/library/Json.h"
 #include "agent/simulation/SimulationEvent.h"
 
 namespace NoxAgent {
@@ -28,8 +28,8 @@ struct TaskFacts {
   friend bool operator==(const TaskFacts&, const TaskFacts&) = default;
 };
 
-nlohmann::json ToJson(const TaskFacts& facts);
-// Throws nlohmann::json::exception for what is none.
-TaskFacts TaskFactsFrom(const nlohmann::json& json);
+Json ToJson(const TaskFacts& facts);
+// Throws JsonError for what is none.
+TaskFacts TaskFactsFrom(const Json& Json);
 
 }  // namespace NoxAgent

@@ -5,17 +5,18 @@
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <iterator>
 
 #include "agent/simulation/Simulation.h"
 
 namespace {
 
-using nlohmann::json;
+using NoxAgent::Json;
 using NoxAgent::SimulationEvent;
 using NoxAgent::SimulationRequest;
 
-void Print(const json& line) {
-  std::cout << line.dump(-1, ' ', false, json::error_handler_t::replace) << '\n';
+void Print(const Json& line) {
+  std::cout << line.Dump() << '\n';
 }
 
 void Print(const std::vector<SimulationEvent>& events) {
@@ -44,7 +45,8 @@ int main() {
     (void)::setenv("TZ", ":/etc/localtime", 0);
     BaseSDK::ALogConfig::SetDefaultLevel(BaseSDK::ALogger::Error);
     std::ios::sync_with_stdio(false);
-    Answer(NoxAgent::SimulationRequestFrom(json::parse(std::cin)));
+    const std::string request(std::istreambuf_iterator<char>(std::cin), {});
+    Answer(NoxAgent::SimulationRequestFrom(Json::Parse(request)));
     std::cout.flush();
     return std::cout ? EXIT_SUCCESS : EXIT_FAILURE;
   } catch (const std::exception& error) {

@@ -4,7 +4,6 @@
 #include <boost/beast/http/parser.hpp>
 #include <boost/beast/http/string_body.hpp>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,13 +15,12 @@
 #include "agent/daemon/control/OperationRoute.h"
 #include "agent/daemon/plugins/NotificationCenter.h"
 #include "agent/daemon/plugins/Plugins.h"
+#include "agent/library/Json.h"
 #include "tests/fuzz/FuzzTarget.h"
 
 using namespace NoxAgent;
 namespace http = boost::beast::http;
 using Fuzz::Require;
-using nlohmann::json;
-
 namespace {
 
 /// The agent without its socket; its one plug-in answers everything.
@@ -50,7 +48,7 @@ struct World {
   NotificationCenter m_Notifications{m_Thread, m_Plugins};
   EnumerationHandles m_Handles;
   OperationRoute m_Operations{m_Plugins, m_Notifications, m_Handles};
-  Api m_Api{m_Operations, m_Notifications, {[] { return json::object(); }, [] {}}};
+  Api m_Api{m_Operations, m_Notifications, {[] { return Json::Object{}; }, [] {}}};
 };
 
 /// A request that does not say how long its body is gets the right length: with one of its own
@@ -89,10 +87,10 @@ void RequireAnswer(const ApiResponse& answer) {
   if (answer.m_IsStream) {
     return;
   }
-  const json body = json::parse(answer.m_Body, nullptr, false);
-  Require(body.is_object(), "an answer is a JSON object");
+  const Json body = Json::Parse(answer.m_Body);
+  Require(body.IsObject(), "an answer is a JSON object");
   if (answer.m_Status != HttpStatus::Ok) {
-    Require(body["error"]["code"].is_string() && body["error"]["message"].is_string(),
+    Require(body["error"]["code"].IsText() && body["error"]["message"].IsText(),
             "an error has a code and a message");
   }
 }

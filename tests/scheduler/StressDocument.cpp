@@ -2,8 +2,9 @@
 
 #include "tests/support/TaskXml.h"
 
+#include <gmock/gmock.h>
+
 #include <cstdio>
-#include <regex>
 
 namespace StressDocument {
 
@@ -57,13 +58,13 @@ std::string ScheduleByLabel(const std::string& schedule) {
 /// What may stand around the schedule: what a writer wrote, or what the scheduler makes of it.
 bool IsKnownFrame(const std::string& before, const std::string& after) {
   if (before == "<Task>" + Handler() && after == "</Task>") return true;
-  static const std::regex rewritten(
-      "\n\t(<TaskHistory>\n\t\t<RunTime>"
-      "[0-9]{4}-[0-9]{2}-[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2} "
-      "(Started|Failed|Ok|Paused)</RunTime>\n\t</TaskHistory>)?\n</Task>");
+  const auto isRewritten = testing::Matches(
+      testing::MatchesRegex("\n\t(<TaskHistory>\n\t\t<RunTime>"
+                            "[0-9]{4}-[0-9]{2}-[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2} "
+                            "(Started|Failed|Ok|Paused)</RunTime>\n\t</TaskHistory>)?\n</Task>"));
   const bool begins = before == "<Task Enabled=\"0\">\n\t" + Handler() + "\n\t" ||
                       before == "<Task Enabled=\"1\">\n\t" + Handler() + "\n\t";
-  return begins && std::regex_match(after, rewritten);
+  return begins && isRewritten(after);
 }
 
 }  // namespace

@@ -50,17 +50,14 @@ void Add(const AddOptions& options, const CommandContext& context) {
 
 }  // namespace
 
-void AddAddCommand(CLI::App& app, CommandContext& context) {
-  CLI::App* command = app.add_subcommand(
-      "add", "Add a task, or replace the document of an existing one; prints its ID");
+void AddAddCommand(CommandLine& line, CommandContext& context) {
+  CommandLine& command =
+      line.Command("add", "Add a task, or replace the document of an existing one; prints its ID");
   const auto options = std::make_shared<AddOptions>();
-  command->add_option("FILE", options->m_File, "task document, - for standard input")
-      ->required()
-      ->type_name("");
-  command->add_option("--id", options->m_Id, "the task's ID (default: one is invented)")
-      ->type_name("ID");
-  command->add_flag("--force", options->m_Force, "add a task even if it never runs");
-  command->callback([options, &context] { Add(*options, context); });
+  command.Argument("FILE", options->m_File, "task document, - for standard input").Required();
+  command.Option("--id", options->m_Id, "the task's ID (default: one is invented)").Takes("ID");
+  command.Flag("--force", options->m_Force, "add a task even if it never runs");
+  command.OnUse([options, &context] { Add(*options, context); });
 }
 
 }  // namespace NoxAgent

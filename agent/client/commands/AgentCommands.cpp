@@ -7,8 +7,6 @@
 
 namespace NoxAgent {
 
-using nlohmann::json;
-
 namespace {
 
 void Done(const char* what, const CommandContext& context) {
@@ -17,7 +15,7 @@ void Done(const char* what, const CommandContext& context) {
 }
 
 void Status(const CommandContext& context) {
-  const json status = context.Agent().Status();
+  const Json status = context.Agent().Status();
   if (context.m_Json) return context.PrintJson(status);
   context.m_Out << StatusText(status);
 }
@@ -39,31 +37,28 @@ void Notify(const NotifyOptions& options, const CommandContext& context) {
 
 }  // namespace
 
-void AddAgentCommands(CLI::App& app, CommandContext& context) {
-  CLI::App* status = app.add_subcommand("status", "Print how the agent and its plug-ins are");
-  status->callback([&context] { Status(context); });
+void AddAgentCommands(CommandLine& line, CommandContext& context) {
+  CommandLine& status = line.Command("status", "Print how the agent and its plug-ins are");
+  status.OnUse([&context] { Status(context); });
 
-  CLI::App* refresh = app.add_subcommand(
-      "refresh", "Have the agent read its configuration again (a policy refresh)");
-  refresh->callback([&context] {
+  CommandLine& refresh =
+      line.Command("refresh", "Have the agent read its configuration again (a policy refresh)");
+  refresh.OnUse([&context] {
     context.Agent().Refresh();
     Done("refresh", context);
   });
 
-  CLI::App* notify = app.add_subcommand("notify", "Send a notification to all plug-ins");
+  CommandLine& notify = line.Command("notify", "Send a notification to all plug-ins");
   const auto options = std::make_shared<NotifyOptions>();
   notify
-      ->add_option("KIND", options->m_Kind,
-                   "0 start-up finished, 1 and 2 policy refresh started and finished, 4 and 5 "
-                   "registration of a plug-in started and finished, 6 and 7 its unregistration, "
-                   "10 event CODE")
-      ->required()
-      ->type_name("");
-  notify->add_option("CODE", options->m_Code, "the event's number, such as 300 or 302")
-      ->type_name("");
-  notify->add_option("TEXT", options->m_Text, "the plug-in's name, or the event's data")
-      ->type_name("");
-  notify->callback([options, &context] { Notify(*options, context); });
+      .Argument("KIND", options->m_Kind,
+                "0 start-up finished, 1 and 2 policy refresh started and finished, 4 and 5 "
+                "registration of a plug-in started and finished, 6 and 7 its unregistration, "
+                "10 event CODE")
+      .Required();
+  notify.Argument("CODE", options->m_Code, "the event's number, such as 300 or 302");
+  notify.Argument("TEXT", options->m_Text, "the plug-in's name, or the event's data");
+  notify.OnUse([options, &context] { Notify(*options, context); });
 }
 
 }  // namespace NoxAgent

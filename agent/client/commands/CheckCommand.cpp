@@ -8,8 +8,6 @@
 
 namespace NoxAgent {
 
-using nlohmann::json;
-
 namespace {
 
 using Problems = std::vector<TaskDocumentProblem>;
@@ -33,15 +31,15 @@ void Print(const std::string& file, const Problems& problems, std::ostream& out)
         << "\n    mend:   " << problem.m_Mend.ToUtf8() << '\n';
 }
 
-json ToJson(const Problems& problems) {
-  json list = json::array();
+Json ToJson(const Problems& problems) {
+  Json list = Json::List{};
   for (const TaskDocumentProblem& problem : problems)
-    list.push_back({{"severity", NameOf(problem.m_Severity)},
-                    {"line", problem.m_Line},
-                    {"column", problem.m_Column},
-                    {"message", problem.m_Message.ToUtf8()},
-                    {"effect", problem.m_Effect.ToUtf8()},
-                    {"mend", problem.m_Mend.ToUtf8()}});
+    list.Append({{"severity", NameOf(problem.m_Severity)},
+                 {"line", problem.m_Line},
+                 {"column", problem.m_Column},
+                 {"message", problem.m_Message.ToUtf8()},
+                 {"effect", problem.m_Effect.ToUtf8()},
+                 {"mend", problem.m_Mend.ToUtf8()}});
   return list;
 }
 
@@ -52,13 +50,13 @@ ExitCode Verdict(const Problems& problems) {
 }
 
 void Check(const std::vector<std::string>& files, CommandContext& context) {
-  json answer = json::array();
+  Json answer = Json::List{};
   for (const std::string& file : files) {
     const BaseSDK::AString xml = ReadDocument(file, context.m_In);
     const Problems problems = CheckTaskDocument(xml, std::time(nullptr));
     context.m_ExitCode = std::max(context.m_ExitCode, Verdict(problems));
     if (context.m_Json)
-      answer.push_back({{"file", file}, {"problems", ToJson(problems)}});
+      answer.Append({{"file", file}, {"problems", ToJson(problems)}});
     else
       Print(file, problems, context.m_Out);
   }
@@ -67,15 +65,13 @@ void Check(const std::vector<std::string>& files, CommandContext& context) {
 
 }  // namespace
 
-void AddCheckCommand(CLI::App& app, CommandContext& context) {
-  CLI::App* command = app.add_subcommand(
+void AddCheckCommand(CommandLine& line, CommandContext& context) {
+  CommandLine& command = line.Command(
       "check", "Tell all problems of task documents, nothing when there are none; needs no agent");
-  command->footer("Exit status: 0 no problems, 1 warnings, 2 errors or wrong arguments.\n");
+  command.Footer("Exit status: 0 no problems, 1 warnings, 2 errors or wrong arguments.\n");
   const auto files = std::make_shared<std::vector<std::string>>();
-  command->add_option("FILE", *files, "task documents, - for standard input")
-      ->required()
-      ->type_name("");
-  command->callback([files, &context] { Check(*files, context); });
+  command.Argument("FILE", *files, "task documents, - for standard input").Required();
+  command.OnUse([files, &context] { Check(*files, context); });
 }
 
 }  // namespace NoxAgent

@@ -2,16 +2,16 @@
 
 namespace NoxAgent {
 
-void AddAllCommands(CLI::App& app, CommandContext& context) {
-  AddAddCommand(app, context);
-  AddListCommand(app, context);
-  AddTaskCommands(app, context);
-  AddAgentCommands(app, context);
-  AddWatchCommand(app, context);
-  AddCheckCommand(app, context);
-  AddSimulateCommand(app, context);
-  AddNextCommand(app, context);
-  AddExplainCommand(app, context);
+void AddAllCommands(CommandLine& line, CommandContext& context) {
+  AddAddCommand(line, context);
+  AddListCommand(line, context);
+  AddTaskCommands(line, context);
+  AddAgentCommands(line, context);
+  AddWatchCommand(line, context);
+  AddCheckCommand(line, context);
+  AddSimulateCommand(line, context);
+  AddNextCommand(line, context);
+  AddExplainCommand(line, context);
 }
 
 }  // namespace NoxAgent

@@ -5,23 +5,22 @@
 // AddAllCommands, a section in noxctl.1 and a word in completion.bash (a test compares them).
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include "agent/client/CommandContext.h"
+#include "agent/library/CommandLine.h"
 
 namespace NoxAgent {
 
-// `app` and `context` must outlive the parse.
-void AddAddCommand(CLI::App& app, CommandContext& context);
-void AddAgentCommands(CLI::App& app, CommandContext& context);  // refresh, status, notify
-void AddCheckCommand(CLI::App& app, CommandContext& context);
-void AddExplainCommand(CLI::App& app, CommandContext& context);
-void AddListCommand(CLI::App& app, CommandContext& context);
-void AddNextCommand(CLI::App& app, CommandContext& context);
-void AddSimulateCommand(CLI::App& app, CommandContext& context);
-void AddTaskCommands(CLI::App& app, CommandContext& context);  // show, delete, enable and so on
-void AddWatchCommand(CLI::App& app, CommandContext& context);
+// `line` and `context` must outlive the parse.
+void AddAddCommand(CommandLine& line, CommandContext& context);
+void AddAgentCommands(CommandLine& line, CommandContext& context);  // refresh, status, notify
+void AddCheckCommand(CommandLine& line, CommandContext& context);
+void AddExplainCommand(CommandLine& line, CommandContext& context);
+void AddListCommand(CommandLine& line, CommandContext& context);
+void AddNextCommand(CommandLine& line, CommandContext& context);
+void AddSimulateCommand(CommandLine& line, CommandContext& context);
+void AddTaskCommands(CommandLine& line, CommandContext& context);  // show, delete, enable and so on
+void AddWatchCommand(CommandLine& line, CommandContext& context);
 
-void AddAllCommands(CLI::App& app, CommandContext& context);
+void AddAllCommands(CommandLine& line, CommandContext& context);
 
 }  // namespace NoxAgent

@@ -10,8 +10,6 @@
 
 namespace NoxAgent {
 
-using nlohmann::json;
-
 namespace {
 
 struct ExplainOptions {
@@ -19,9 +17,9 @@ struct ExplainOptions {
 };
 
 // The scheduler's report on itself says it in its last line.
-Explanation::Gate GateOf(const json& status) {
-  for (const json& plugin : status.value("plugins", json::array())) {
-    const std::string report = plugin.value("report", "");
+Explanation::Gate GateOf(const Json& status) {
+  for (const Json& plugin : status.Items("plugins")) {
+    const std::string report = plugin.Text("report", "");
     if (report.find("Task processing is enabled.") != std::string::npos)
       return Explanation::Gate::Open;
     if (report.find("Task processing is disabled.") != std::string::npos)
@@ -47,16 +45,15 @@ void Explain(const ExplainOptions& options, const CommandContext& context) {
 
 }  // namespace
 
-void AddExplainCommand(CLI::App& app, CommandContext& context) {
-  CLI::App* command = app.add_subcommand(
+void AddExplainCommand(CommandLine& line, CommandContext& context) {
+  CommandLine& command = line.Command(
       "explain", "Tell why a task runs or does not run at a moment; a file needs no agent");
   const auto options = std::make_shared<ExplainOptions>();
-  command->add_option("TASK", options->m_Task, "task document, - for standard input, or task ID")
-      ->required()
-      ->type_name("");
-  command->add_option("--at", options->m_At, "the moment (default: now)")->type_name("TIME");
-  command->add_option("--zone", options->m_Zone, "time zone: a name or a rule")->type_name("ZONE");
-  command->callback([options, &context] { Explain(*options, context); });
+  command.Argument("TASK", options->m_Task, "task document, - for standard input, or task ID")
+      .Required();
+  command.Option("--at", options->m_At, "the moment (default: now)").Takes("TIME");
+  command.Option("--zone", options->m_Zone, "time zone: a name or a rule").Takes("ZONE");
+  command.OnUse([options, &context] { Explain(*options, context); });
 }
 
 }  // namespace NoxAgent

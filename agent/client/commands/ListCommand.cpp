@@ -8,8 +8,6 @@
 
 namespace NoxAgent {
 
-using nlohmann::json;
-
 namespace {
 
 // Documents can be large: only so many are held at a time.
@@ -56,12 +54,12 @@ const char* YesOrNo(bool value) {
   return value ? "yes" : "no";
 }
 
-json TimeOrNull(long seconds) {
-  return seconds > 0 ? json{{"seconds", seconds}, {"local", LocalTimeText(seconds)}} : json();
+Json TimeOrNull(long seconds) {
+  return seconds > 0 ? Json{{"seconds", seconds}, {"local", LocalTimeText(seconds)}} : Json();
 }
 
-json ToJson(const TaskSummary& task) {
-  json state, lastRun;
+Json ToJson(const TaskSummary& task) {
+  Json state, lastRun;
   if (task.m_LastRun) {
     state = task.m_LastRun->m_State;
     lastRun = TimeOrNull(task.m_LastRun->m_Seconds);
@@ -88,16 +86,16 @@ void List(const CommandContext& context) {
   AgentApi agent = context.Agent();
   const std::vector<TaskSummary> tasks = Tasks(agent);
   if (!context.m_Json) return PrintTable(tasks, context.m_Out);
-  json list = json::array();
-  for (const TaskSummary& task : tasks) list.push_back(ToJson(task));
+  Json list = Json::List{};
+  for (const TaskSummary& task : tasks) list.Append(ToJson(task));
   context.PrintJson(list);
 }
 
 }  // namespace
 
-void AddListCommand(CLI::App& app, CommandContext& context) {
-  CLI::App* command = app.add_subcommand("list", "List the tasks, with their last and next runs");
-  command->callback([&context] { List(context); });
+void AddListCommand(CommandLine& line, CommandContext& context) {
+  CommandLine& command = line.Command("list", "List the tasks, with their last and next runs");
+  command.OnUse([&context] { List(context); });
 }
 
 }  // namespace NoxAgent

@@ -13,8 +13,6 @@
 
 namespace NoxAgent {
 
-using nlohmann::json;
-
 namespace {
 
 constexpr long kLastMoment = 2147483647;
@@ -59,15 +57,15 @@ std::string NoneText(const SimulationRequest& request, bool hasRuns) {
   return none + "within " + std::to_string(years) + " years";
 }
 
-json ToJson(const std::vector<SimulationEvent>& runs, long now, long searchedUntil) {
-  json list = json::array();
+Json ToJson(const std::vector<SimulationEvent>& runs, long now, long searchedUntil) {
+  Json list = Json::List{};
   for (const SimulationEvent& run : runs)
-    list.push_back({{"seconds", run.m_Time},
-                    {"time", LocalTimeText(run.m_Time)},
-                    {"fromNow", run.m_Time - now},
-                    {"late", run.m_Late},
-                    {"neverRun", run.m_NeverRun},
-                    {"killAtEnd", run.m_KillAtEnd}});
+    list.Append({{"seconds", run.m_Time},
+                 {"time", LocalTimeText(run.m_Time)},
+                 {"fromNow", run.m_Time - now},
+                 {"late", run.m_Late},
+                 {"neverRun", run.m_NeverRun},
+                 {"killAtEnd", run.m_KillAtEnd}});
   return {{"runs", list}, {"searchedUntil", searchedUntil}};
 }
 
@@ -77,9 +75,9 @@ void Next(const NextOptions& options, const CommandContext& context) {
   const SimulationRequest request = RequestFor(options, now, context);
   std::vector<SimulationEvent> runs;
   long searchedUntil = 0;
-  for (const json& line : AskSimulator(request)) {
-    if (line.contains("searchedUntil"))
-      line["searchedUntil"].get_to(searchedUntil);
+  for (const Json& line : AskSimulator(request)) {
+    if (const Json* const until = line.Find("searchedUntil"))
+      searchedUntil = until->Long();
     else
       runs.push_back(SimulationEventFrom(line));
   }
@@ -91,19 +89,18 @@ void Next(const NextOptions& options, const CommandContext& context) {
 
 }  // namespace
 
-void AddNextCommand(CLI::App& app, CommandContext& context) {
-  CLI::App* command = app.add_subcommand(
+void AddNextCommand(CommandLine& line, CommandContext& context) {
+  CommandLine& command = line.Command(
       "next", "Tell the coming runs of a task, repetitions included; a file needs no agent");
   const auto options = std::make_shared<NextOptions>();
-  command->add_option("TASK", options->m_Task, "task document, - for standard input, or task ID")
-      ->required()
-      ->type_name("");
-  command->add_option("-n,--count", options->m_Count, "how many runs (default: 5)")
-      ->type_name("N")
-      ->check(CLI::Range(1U, kMaxCount));
-  command->add_option("--from", options->m_From, "from when on (default: now)")->type_name("TIME");
-  command->add_option("--zone", options->m_Zone, "time zone: a name or a rule")->type_name("ZONE");
-  command->callback([options, &context] { Next(*options, context); });
+  command.Argument("TASK", options->m_Task, "task document, - for standard input, or task ID")
+      .Required();
+  command.Option("-n,--count", options->m_Count, "how many runs (default: 5)")
+      .Takes("N")
+      .Between(1U, kMaxCount);
+  command.Option("--from", options->m_From, "from when on (default: now)").Takes("TIME");
+  command.Option("--zone", options->m_Zone, "time zone: a name or a rule").Takes("ZONE");
+  command.OnUse([options, &context] { Next(*options, context); });
 }
 
 }  // namespace NoxAgent

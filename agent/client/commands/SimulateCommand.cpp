@@ -13,7 +13,6 @@
 
 namespace NoxAgent {
 
-using nlohmann::json;
 using Kind = SimulationEvent::Kind;
 using Events = std::vector<SimulationEvent>;
 
@@ -104,11 +103,11 @@ void PrintList(const Events& events, std::ostream& out) {
 }
 
 void PrintJson(const Events& events, const CommandContext& context) {
-  json list = json::array();
+  Json list = Json::List{};
   for (const SimulationEvent& event : events) {
-    json item = ToJson(event);
+    Json item = ToJson(event);
     item["time"] = LocalTimeText(event.m_Time);
-    list.push_back(std::move(item));
+    list.Append(std::move(item));
   }
   context.PrintJson(list);
 }
@@ -131,48 +130,43 @@ void Simulate(const SimulateOptions& options, const CommandContext& context) {
   const ChosenZone zone(options.m_Zone);
   const SimulationRequest request = RequestFor(options, context);
   Events events;
-  for (const json& line : AskSimulator(request)) events.push_back(SimulationEventFrom(line));
+  for (const Json& line : AskSimulator(request)) events.push_back(SimulationEventFrom(line));
   if (context.m_Json) return PrintJson(events, context);
   if (options.m_Calendar) return PrintCalendar(request, events, context.m_Out);
   PrintList(events, context.m_Out);
 }
 
-void AddOptions(CLI::App& command, SimulateOptions& options) {
-  command.add_option("FILE", options.m_Files, "task documents, - for standard input")
-      ->required()
-      ->type_name("");
-  command.add_option("--from", options.m_From, "the first moment")->required()->type_name("TIME");
-  command.add_option("--to", options.m_To, "the last moment")->required()->type_name("TIME");
-  command.add_option("--zone", options.m_Zone, "time zone: a name or a rule")->type_name("ZONE");
+void AddOptions(CommandLine& command, SimulateOptions& options) {
+  command.Argument("FILE", options.m_Files, "task documents, - for standard input").Required();
+  command.Option("--from", options.m_From, "the first moment").Required().Takes("TIME");
+  command.Option("--to", options.m_To, "the last moment").Required().Takes("TIME");
+  command.Option("--zone", options.m_Zone, "time zone: a name or a rule").Takes("ZONE");
   command
-      .add_option("--gate-closed", options.m_GateClosed,
-                  "when the agent lets no task run; may be given several times")
-      ->type_name("TIME..TIME")
-      ->allow_extra_args(false);
+      .Option("--gate-closed", options.m_GateClosed,
+              "when the agent lets no task run; may be given several times")
+      .Takes("TIME..TIME");
   command
-      .add_option("--clock-step", options.m_ClockSteps,
-                  "when the clock is set, and how far; may be given several times")
-      ->type_name("TIME=+SECONDS")
-      ->allow_extra_args(false);
-  command.add_option("--run-time", options.m_RunSeconds, "how long each run takes")
-      ->type_name("SECONDS")
-      ->check(CLI::Range(0L, 2147483647L));
+      .Option("--clock-step", options.m_ClockSteps,
+              "when the clock is set, and how far; may be given several times")
+      .Takes("TIME=+SECONDS");
+  command.Option("--run-time", options.m_RunSeconds, "how long each run takes")
+      .Takes("SECONDS")
+      .Between(0L, 2147483647L);
   command
-      .add_option("--fail-at", options.m_FailAt,
-                  "the first run from then on fails; may be given several times")
-      ->type_name("TIME")
-      ->allow_extra_args(false);
-  command.add_flag("--calendar", options.m_Calendar, "draw months with the runs of each day");
+      .Option("--fail-at", options.m_FailAt,
+              "the first run from then on fails; may be given several times")
+      .Takes("TIME");
+  command.Flag("--calendar", options.m_Calendar, "draw months with the runs of each day");
 }
 
 }  // namespace
 
-void AddSimulateCommand(CLI::App& app, CommandContext& context) {
-  CLI::App* command = app.add_subcommand(
+void AddSimulateCommand(CommandLine& line, CommandContext& context) {
+  CommandLine& command = line.Command(
       "simulate", "Run the scheduler with these tasks over a span of time; needs no agent");
   const auto options = std::make_shared<SimulateOptions>();
-  AddOptions(*command, *options);
-  command->callback([options, &context] { Simulate(*options, context); });
+  AddOptions(command, *options);
+  command.OnUse([options, &context] { Simulate(*options, context); });
 }
 
 }  // namespace NoxAgent

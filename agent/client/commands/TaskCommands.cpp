@@ -10,8 +10,6 @@
 
 namespace NoxAgent {
 
-using nlohmann::json;
-
 namespace {
 
 using Report = std::map<std::string, std::string>;
@@ -36,7 +34,7 @@ void Show(const std::string& id, const CommandContext& context) {
   }
   const auto report = agent.TaskAttributes(id);
   context.PrintJson(
-      {{"id", id}, {"document", *xml}, {"attributes", report ? json(*report) : json()}});
+      {{"id", id}, {"document", *xml}, {"attributes", report ? Json(*report) : Json()}});
 }
 
 std::string TimeText(const std::string& seconds) {
@@ -135,45 +133,43 @@ void SetState(const std::string& id, const std::string& state, const CommandCont
 
 using Ids = std::vector<std::string>;
 
-void AddManyCommand(CLI::App& app, const char* name, const char* summary,
+void AddManyCommand(CommandLine& line, const char* name, const char* summary,
                     std::function<void(const Ids&)> run) {
-  CLI::App* command = app.add_subcommand(name, summary);
+  CommandLine& command = line.Command(name, summary);
   const auto ids = std::make_shared<Ids>();
-  command->add_option("ID", *ids, "task IDs")->required()->type_name("");
-  command->callback([ids, run = std::move(run)] { run(*ids); });
+  command.Argument("ID", *ids, "task IDs").Required();
+  command.OnUse([ids, run = std::move(run)] { run(*ids); });
 }
 
-void AddOneCommand(CLI::App& app, const char* name, const char* summary,
+void AddOneCommand(CommandLine& line, const char* name, const char* summary,
                    std::function<void(const std::string&)> run) {
-  CLI::App* command = app.add_subcommand(name, summary);
+  CommandLine& command = line.Command(name, summary);
   const auto id = std::make_shared<std::string>();
-  command->add_option("ID", *id, "task ID")->required()->type_name("");
-  command->callback([id, run = std::move(run)] { run(*id); });
+  command.Argument("ID", *id, "task ID").Required();
+  command.OnUse([id, run = std::move(run)] { run(*id); });
 }
 
 }  // namespace
 
-void AddTaskCommands(CLI::App& app, CommandContext& context) {
-  AddOneCommand(app, "show", "Print a task's document",
+void AddTaskCommands(CommandLine& line, CommandContext& context) {
+  AddOneCommand(line, "show", "Print a task's document",
                 [&context](const std::string& id) { Show(id, context); });
-  AddManyCommand(app, "delete", "Delete tasks",
+  AddManyCommand(line, "delete", "Delete tasks",
                  [&context](const Ids& ids) { Delete(ids, context); });
-  AddManyCommand(app, "enable", "Enable tasks",
+  AddManyCommand(line, "enable", "Enable tasks",
                  [&context](const Ids& ids) { Enable(ids, true, context); });
-  AddManyCommand(app, "disable", "Disable tasks",
+  AddManyCommand(line, "disable", "Disable tasks",
                  [&context](const Ids& ids) { Enable(ids, false, context); });
-  AddOneCommand(app, "attributes", "Print what the scheduler reports on a task",
+  AddOneCommand(line, "attributes", "Print what the scheduler reports on a task",
                 [&context](const std::string& id) { Attributes(id, context); });
 
-  CLI::App* setState =
-      app.add_subcommand("set-state", "Record how the last run of a task went, in one word");
+  CommandLine& setState =
+      line.Command("set-state", "Record how the last run of a task went, in one word");
   const auto id = std::make_shared<std::string>();
   const auto state = std::make_shared<std::string>();
-  setState->add_option("ID", *id, "task ID")->required()->type_name("");
-  setState->add_option("STATE", *state, "Ok for a finished run, or another word")
-      ->required()
-      ->type_name("");
-  setState->callback([id, state, &context] { SetState(*id, *state, context); });
+  setState.Argument("ID", *id, "task ID").Required();
+  setState.Argument("STATE", *state, "Ok for a finished run, or another word").Required();
+  setState.OnUse([id, state, &context] { SetState(*id, *state, context); });
 }
 
 }  // namespace NoxAgent

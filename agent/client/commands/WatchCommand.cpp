@@ -8,8 +8,6 @@
 
 namespace NoxAgent {
 
-using nlohmann::json;
-
 namespace {
 
 // What the scheduler posts about its tasks.
@@ -54,7 +52,7 @@ void PrintLine(const RunEvent& event, std::ostream& out) {
 
 void PrintJsonLine(const RunEvent& event, std::ostream& out) {
   static constexpr const char* kNames[] = {"started", "finished", "added", "deleted"};
-  json line = {{"time", LocalTimeText(SecondsOf(event))},
+  Json line = {{"time", LocalTimeText(SecondsOf(event))},
                {"task", event.m_Task},
                {"event", kNames[static_cast<int>(event.m_Kind)]}};
   if (!event.m_Run.m_Start.empty()) {
@@ -62,7 +60,7 @@ void PrintJsonLine(const RunEvent& event, std::ostream& out) {
     line["state"] = event.m_Run.m_State;
   }
   if (event.m_Took) line["milliseconds"] = event.m_Took->count();
-  out << line.dump(-1, ' ', false, json::error_handler_t::replace) << std::endl;
+  out << line.Dump() << std::endl;
 }
 
 class Watch {
@@ -72,7 +70,7 @@ class Watch {
 
   // Returns when enough runs have finished.
   void Run() {
-    m_Context.Agent().Follow([this] { KnowTasks(); }, [this](const json& n) { return Next(n); });
+    m_Context.Agent().Follow([this] { KnowTasks(); }, [this](const Json& n) { return Next(n); });
     if (!IsEnough())
       throw CommandError(ExitCode::Unreachable,
                          "the agent has ended; start noxagentd to watch again");
@@ -86,11 +84,12 @@ class Watch {
       if (const auto xml = agent.TaskXml(id)) m_Watcher.Know(id, *xml);
   }
 
-  bool Next(const json& notification) {
-    const json code = notification.value("code", json());
-    const json id = notification.value("id", json());
-    if (code.is_number_integer() && id.is_string() && IsWatched(id.get<std::string>()))
-      Tell(code.get<long>(), id.get<std::string>());
+  bool Next(const Json& notification) {
+    const Json* const code = notification.Find("code");
+    const Json* const id = notification.Find("id");
+    if (code != nullptr && code->IsWhole() && id != nullptr && id->IsText() &&
+        IsWatched(id->Text()))
+      Tell(code->Long(), id->Text());
     return !IsEnough();
   }
 
@@ -130,13 +129,13 @@ class Watch {
 
 }  // namespace
 
-void AddWatchCommand(CLI::App& app, CommandContext& context) {
-  CLI::App* command =
-      app.add_subcommand("watch", "Show each run as it happens, until Ctrl-C; --json: one a line");
+void AddWatchCommand(CommandLine& line, CommandContext& context) {
+  CommandLine& command =
+      line.Command("watch", "Show each run as it happens, until Ctrl-C; --json: one a line");
   const auto options = std::make_shared<WatchOptions>();
-  command->add_option("ID", options->m_Ids, "task IDs (default: all tasks)")->type_name("");
-  command->add_option("--runs", options->m_Runs, "end after so many finished runs")->type_name("N");
-  command->callback([options, &context] { Watch(*options, context).Run(); });
+  command.Argument("ID", options->m_Ids, "task IDs (default: all tasks)");
+  command.Option("--runs", options->m_Runs, "end after so many finished runs").Takes("N");
+  command.OnUse([options, &context] { Watch(*options, context).Run(); });
 }
 
 }  // namespace NoxAgent

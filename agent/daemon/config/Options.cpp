@@ -2,11 +2,11 @@
 
 #include <BaseSDK/ALogConfig.h>
 
-#include <CLI/CLI.hpp>
-#include <string>
+#include <iostream>
 
 #include "agent/daemon/AgentError.h"
 #include "agent/daemon/BuildInfo.h"
+#include "agent/library/CommandLine.h"
 
 using BaseSDK::ALogConfig;
 using BaseSDK::ALogger;
@@ -29,31 +29,28 @@ std::string CheckLevel(const std::string& text) {
 
 }  // namespace
 
-Options Options::Parse(int argc, const char* const* argv) {
+Options Options::Parse(const std::vector<std::string>& words) {
   Options options;
   std::string config;
   std::string stateDir;
   std::string runtimeDir;
   std::string level;
-  CLI::App app{kDescription, "noxagentd"};
-  app.set_version_flag("--version", std::string("noxagentd ") + kVersion);
-  app.add_option("--config", config, "Read this configuration file")->type_name("FILE");
-  app.add_option("--state-dir", stateDir, "Keep tasks, jobs and outputs here")->type_name("DIR");
-  app.add_option("--runtime-dir", runtimeDir, "Keep the control socket here")->type_name("DIR");
-  app.add_option("--log-level", level,
-                 "Log messages up to error, warning, notice, information, debug or trace")
-      ->type_name("LEVEL")
-      ->check(CheckLevel);
+  CommandLine line("noxagentd", kDescription);
+  line.Version(std::string("noxagentd ") + kVersion);
+  line.Option("--config", config, "Read this configuration file").Takes("FILE");
+  line.Option("--state-dir", stateDir, "Keep tasks, jobs and outputs here").Takes("DIR");
+  line.Option("--runtime-dir", runtimeDir, "Keep the control socket here").Takes("DIR");
+  line.Option("--log-level", level,
+              "Log messages up to error, warning, notice, information, debug or trace")
+      .Takes("LEVEL")
+      .Check(CheckLevel);
   try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    if (error.get_exit_code() != 0) {
-      throw AgentError(AgentError::Kind::Usage,
-                       AString("%1; see noxagentd --help").Arg(AString(error.what())));
+    if (!line.Parse(words, std::cout)) {
+      options.m_Answered = true;
+      return options;
     }
-    (void)app.exit(error);
-    options.m_Answered = true;
-    return options;
+  } catch (const CommandLineError& error) {
+    throw AgentError(AgentError::Kind::Usage, AString(error.what()));
   }
   options.m_ConfigFile = AString::FromUtf8(config);
   options.m_StateDir = AString::FromUtf8(stateDir);

@@ -5,6 +5,8 @@
 #include <BaseSDK/AString.h>
 
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace NoxAgent {
 
@@ -17,8 +19,8 @@ struct Options {
   // --help or --version: the answer is printed, and there is no more to do.
   bool m_Answered = false;
 
-  // Throws an AgentError when the command line is wrong.
-  static Options Parse(int argc, const char* const* argv);
+  // From the words behind the program's name. Throws an AgentError when they are wrong.
+  static Options Parse(const std::vector<std::string>& words);
 };
 
 }  // namespace NoxAgent

@@ -1,16 +1,14 @@
 #include "agent/daemon/control/Api.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <optional>
 
 #include "agent/daemon/AgentError.h"
 #include "agent/daemon/control/JsonMessage.h"
 #include "agent/daemon/process/AgentLog.h"
+#include "agent/library/Json.h"
 
 using BaseSDK::AString;
-using nlohmann::json;
-
 namespace NoxAgent {
 namespace {
 
@@ -31,12 +29,12 @@ ApiResponse WrongMethod(const char* allowed) {
 
 // The member `name` of a body as a whole number in the 32-bit range; `fallback` when it is missing
 // and there is one.
-long NumberIn(const json& body, const char* name, const long* fallback) {
-  const auto found = body.find(name);
-  if (found == body.end() && fallback != nullptr) {
+long NumberIn(const Json& body, const char* name, const long* fallback) {
+  const Json* const found = body.Find(name);
+  if (found == nullptr && fallback != nullptr) {
     return *fallback;
   }
-  if (found == body.end()) {
+  if (found == nullptr) {
     throw RequestError(HttpStatus::BadRequest, "missing-argument",
                        AString("\"%1\" is missing").Arg(name));
   }
@@ -49,20 +47,20 @@ long NumberIn(const json& body, const char* name, const long* fallback) {
   return *number;
 }
 
-AString TextIn(const json& body, const char* name) {
-  const auto found = body.find(name);
-  if (found == body.end()) {
+AString TextIn(const Json& body, const char* name) {
+  const Json* const found = body.Find(name);
+  if (found == nullptr) {
     return {};
   }
-  if (!found->is_string()) {
+  if (!found->IsText()) {
     throw RequestError(HttpStatus::BadRequest, "mistyped-argument",
                        AString("\"%1\" is to be a string").Arg(name));
   }
-  return AString::FromUtf8(found->get<std::string>());
+  return AString::FromUtf8(found->Text());
 }
 
-void AllowOnly(const json& body, std::initializer_list<const char*> names) {
-  for (const auto& [key, value] : body.items()) {
+void AllowOnly(const Json& body, std::initializer_list<const char*> names) {
+  for (const auto& [key, value] : body.Members()) {
     if (std::find(names.begin(), names.end(), key) == names.end()) {
       throw RequestError(HttpStatus::BadRequest, "unexpected-argument",
                          AString("there is no \"%1\" here").Arg(AString::FromUtf8(key)));
@@ -109,7 +107,7 @@ ApiResponse Api::Answer(const ApiRequest& request) {
 }
 
 ApiResponse Api::ErrorResponse(const RequestError& error) {
-  json body = {{"code", error.Code()}, {"message", error.what()}};
+  Json body = {{"code", error.Code()}, {"message", error.what()}};
   if (error.Where().has_value()) {
     body["line"] = error.Where()->m_Line;
     body["column"] = error.Where()->m_Column;
@@ -125,7 +123,7 @@ ApiResponse Api::Route(const ApiRequest& request) {
   if (request.m_Method != "POST") {
     return WrongMethod("POST");
   }
-  const json answer = m_Operations.Answer(target.m_Path, target.m_Query, request.m_Body);
+  const Json answer = m_Operations.Answer(target.m_Path, target.m_Query, request.m_Body);
   return {HttpStatus::Ok, JsonMessage::Dump(answer), {}, false};
 }
 
@@ -161,7 +159,7 @@ ApiResponse Api::Refresh() {
 }
 
 ApiResponse Api::Notify(const std::string& body) {
-  const json arguments = JsonMessage::ParseObject(body);
+  const Json arguments = JsonMessage::ParseObject(body);
   AllowOnly(arguments, {"kind", "code", "text"});
   const long noCode = 0;
   const long kind = NumberIn(arguments, "kind", nullptr);

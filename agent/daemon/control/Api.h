@@ -3,12 +3,12 @@
 #pragma once
 
 #include <functional>
-#include <nlohmann/json_fwd.hpp>
 #include <string>
 
 #include "agent/daemon/control/OperationRoute.h"
 #include "agent/daemon/control/RequestError.h"
 #include "agent/daemon/plugins/NotificationCenter.h"
+#include "agent/library/Json.h"
 
 namespace NoxAgent {
 
@@ -30,7 +30,7 @@ class Api {
  public:
   // The agent's part: both may throw, AgentError for what a user can mend.
   struct Actions {
-    std::function<nlohmann::json()> m_Status;
+    std::function<Json()> m_Status;
     std::function<void()> m_Refresh;
   };
 

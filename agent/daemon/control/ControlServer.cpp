@@ -13,7 +13,6 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
-#include <nlohmann/json.hpp>
 #include <set>
 #include <system_error>
 #include <thread>
@@ -22,6 +21,7 @@
 #include "agent/daemon/control/JsonMessage.h"
 #include "agent/daemon/control/NotificationStream.h"
 #include "agent/daemon/process/AgentLog.h"
+#include "agent/library/Json.h"
 
 using BaseSDK::AEvent;
 using BaseSDK::ALogger;

@@ -9,10 +9,11 @@
 #include <AgentInterfacesV3/AInterfaceTable.h>
 #include <AgentInterfacesV3/AMsgIn.h>
 
-#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
 #include <string_view>
+
+#include "agent/library/Json.h"
 
 namespace NoxAgent {
 
@@ -24,24 +25,24 @@ struct JsonMessage {
   static bool IsHandle(const Argument& argument);
 
   // A body as an object; an empty one is an empty object. Nesting is bounded. Throws RequestError.
-  static nlohmann::json ParseObject(std::string_view body);
+  static Json ParseObject(std::string_view body);
 
   // Sets the request's arguments from the object, all but handles. Throws RequestError for an
   // argument that is missing, of another type, out of range or not known to the operation.
-  static void Decode(const nlohmann::json& object, const Operation& operation,
+  static void Decode(const Json& object, const Operation& operation,
                      Corvane::AgentInterfacesV3::AMsgIn& request);
   // A whole number in the signed 32-bit range; nothing for any other value.
-  static std::optional<long> WholeNumber(const nlohmann::json& value);
+  static std::optional<long> WholeNumber(const Json& value);
   // The token given for the argument `name`, empty when it is left out or 0, which is no handle to
   // plug-ins either. Throws RequestError when it is anything else but a string.
-  static std::string DecodeToken(const nlohmann::json& object, std::string_view name);
+  static std::string DecodeToken(const Json& object, std::string_view name);
 
   // The answer to a request that has a result. A handle among the out arguments is left out.
-  static nlohmann::json Encode(const Operation& operation,
-                               const Corvane::AgentInterfacesV3::AMsgReply& reply);
+  static Json Encode(const Operation& operation,
+                     const Corvane::AgentInterfacesV3::AMsgReply& reply);
 
   // Texts in JSON are UTF-8; bytes of a file name that are none become U+FFFD.
-  static std::string Dump(const nlohmann::json& value);
+  static std::string Dump(const Json& value);
 };
 
 }  // namespace NoxAgent

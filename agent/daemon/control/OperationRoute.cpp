@@ -3,19 +3,17 @@
 #include <AgentInterfacesV3/AMsgError.h>
 
 #include <array>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <vector>
 
 #include "agent/daemon/control/JsonMessage.h"
+#include "agent/library/Json.h"
 
 using BaseSDK::AString;
 using Corvane::AgentInterfacesV3::AInterfaceTable;
 using Corvane::AgentInterfacesV3::AMsgError;
 using Corvane::AgentInterfacesV3::AMsgIn;
 using Corvane::AgentInterfacesV3::AMsgReply;
-using nlohmann::json;
-
 namespace NoxAgent {
 namespace {
 
@@ -57,14 +55,14 @@ std::optional<std::array<std::string, 3>> Split(const std::string& path) {
                     path.substr(first + 1, second - first - 1), path.substr(second + 1)};
 }
 
-json Describe(const std::vector<TaskDocumentProblem>& problems) {
-  json list = json::array();
+Json Describe(const std::vector<TaskDocumentProblem>& problems) {
+  Json list = Json::List{};
   for (const TaskDocumentProblem& problem : problems) {
-    list.push_back({{"line", problem.m_Line},
-                    {"column", problem.m_Column},
-                    {"message", problem.m_Message.ToUtf8()},
-                    {"effect", problem.m_Effect.ToUtf8()},
-                    {"mend", problem.m_Mend.ToUtf8()}});
+    list.Append({{"line", problem.m_Line},
+                 {"column", problem.m_Column},
+                 {"message", problem.m_Message.ToUtf8()},
+                 {"effect", problem.m_Effect.ToUtf8()},
+                 {"mend", problem.m_Mend.ToUtf8()}});
   }
   return list;
 }
@@ -76,7 +74,7 @@ struct OperationRoute::Call {
   std::shared_ptr<Plugin> m_Plugin;
   const AInterfaceTable& m_Table;
   const AInterfaceTable::AOperation& m_Operation;
-  json m_Body{};
+  Json m_Body{};
   AMsgReply m_Reply{};
   AMsgIn m_Request{m_Table.m_Name, m_Operation.m_Name, m_Reply};
 };
@@ -89,7 +87,7 @@ bool OperationRoute::IsPath(const std::string& path) {
   return Split(path).has_value();
 }
 
-json OperationRoute::Answer(const std::string& path, const std::string& query,
+Json OperationRoute::Answer(const std::string& path, const std::string& query,
                             const std::string& body) {
   Call call = Find(path);
   const bool force = query == "force=1" && call.m_Operation.m_Name == "AddTask";
@@ -100,7 +98,7 @@ json OperationRoute::Answer(const std::string& path, const std::string& query,
   call.m_Body = JsonMessage::ParseObject(body);
   JsonMessage::Decode(call.m_Body, call.m_Operation, call.m_Request);
   const auto warnings = m_Border.Check(*call.m_Plugin, call.m_Request, force);
-  json answer = Perform(call);
+  Json answer = Perform(call);
   if (!warnings.empty()) {
     answer["warnings"] = Describe(warnings);
   }
@@ -130,7 +128,7 @@ OperationRoute::Call OperationRoute::Find(const std::string& path) const {
   return {std::move(plugin), *table, *operation};
 }
 
-json OperationRoute::Perform(Call& call) {
+Json OperationRoute::Perform(Call& call) {
   const AInterfaceTable::AArgument* const handle = call.m_Operation.Find("handle");
   if (handle == nullptr || !JsonMessage::IsHandle(*handle)) {
     return Send(call);
@@ -138,13 +136,13 @@ json OperationRoute::Perform(Call& call) {
   return handle->IsOut() ? OpenEnumeration(call) : UseEnumeration(call);
 }
 
-json OperationRoute::OpenEnumeration(Call& call) {
+Json OperationRoute::OpenEnumeration(Call& call) {
   if (!JsonMessage::DecodeToken(call.m_Body, "handle").empty()) {
     throw RequestError(HttpStatus::BadRequest, "handle-not-empty",
                        "an enumeration begins without a handle: leave it out");
   }
   EnumerationHandles::Reservation reservation(m_Handles);
-  json answer = Send(call);
+  Json answer = Send(call);
   const auto found = call.m_Reply.Out().find("handle");
   const unsigned long handle =
       found == call.m_Reply.Out().end() ? 0 : std::get<unsigned long>(found->second);
@@ -157,7 +155,7 @@ json OperationRoute::OpenEnumeration(Call& call) {
   return answer;
 }
 
-json OperationRoute::UseEnumeration(Call& call) {
+Json OperationRoute::UseEnumeration(Call& call) {
   EnumerationHandles::Use use(m_Handles, *call.m_Plugin,
                               JsonMessage::DecodeToken(call.m_Body, "handle"),
                               EnumerationHandles::Clock::now());
@@ -168,7 +166,7 @@ json OperationRoute::UseEnumeration(Call& call) {
   return Send(call);
 }
 
-json OperationRoute::Send(Call& call) {
+Json OperationRoute::Send(Call& call) {
   // The agent's notifications reach a plug-in on the agent thread only, whoever asks for them.
   if (call.m_Operation.m_Name == "NotifyObject") {
     m_Notifications.SendOnAgentThread(*call.m_Plugin, call.m_Request);

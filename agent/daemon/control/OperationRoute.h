@@ -2,7 +2,6 @@
 // plug-in serves. From the path and the JSON body to the message, past the border, and back.
 #pragma once
 
-#include <nlohmann/json_fwd.hpp>
 #include <string>
 
 #include "agent/daemon/control/EnumerationHandles.h"
@@ -10,6 +9,7 @@
 #include "agent/daemon/control/TaskBorder.h"
 #include "agent/daemon/plugins/NotificationCenter.h"
 #include "agent/daemon/plugins/Plugins.h"
+#include "agent/library/Json.h"
 
 namespace NoxAgent {
 
@@ -24,16 +24,16 @@ class OperationRoute {
 
   // {"result": n, "out": {...}}, with "warnings" when the border has any. Throws RequestError.
   // REQUIRES: IsPath(path).
-  nlohmann::json Answer(const std::string& path, const std::string& query, const std::string& body);
+  Json Answer(const std::string& path, const std::string& query, const std::string& body);
 
  private:
   struct Call;
 
   Call Find(const std::string& path) const;
-  nlohmann::json Perform(Call& call);
-  nlohmann::json OpenEnumeration(Call& call);
-  nlohmann::json UseEnumeration(Call& call);
-  nlohmann::json Send(Call& call);
+  Json Perform(Call& call);
+  Json OpenEnumeration(Call& call);
+  Json UseEnumeration(Call& call);
+  Json Send(Call& call);
 
   const Plugins& m_Plugins;
   NotificationCenter& m_Notifications;

@@ -4,15 +4,13 @@
 
 #include <algorithm>
 #include <ctime>
-#include <nlohmann/json.hpp>
 
 #include "agent/daemon/BuildInfo.h"
+#include "agent/library/Json.h"
 
 using BaseSDK::AString;
 using Corvane::AgentInterfacesV3::AMsgIn;
 using Corvane::AgentInterfacesV3::AMsgReply;
-using nlohmann::json;
-
 namespace NoxAgent {
 namespace {
 
@@ -23,10 +21,10 @@ std::string ReportOf(Plugin& plugin) {
   return report == reply.Out().end() ? std::string() : std::get<AString>(report->second).ToUtf8();
 }
 
-json Describe(Plugin& plugin) {
-  json interfaces = json::array();
+Json Describe(Plugin& plugin) {
+  Json interfaces = Json::List{};
   for (const auto* const table : plugin.Interfaces()) {
-    interfaces.push_back(table->m_Name);
+    interfaces.Append(table->m_Name);
   }
   const PluginSettings& settings = plugin.Settings();
   return {{"name", settings.m_Name.ToUtf8()},
@@ -42,10 +40,10 @@ json Describe(Plugin& plugin) {
 
 }  // namespace
 
-json StatusReport::Make(const ControlServer::Counters& counters) const {
-  json plugins = json::array();
+Json StatusReport::Make(const ControlServer::Counters& counters) const {
+  Json plugins = Json::List{};
   for (const auto& plugin : m_Plugins.All()) {
-    plugins.push_back(Describe(*plugin));
+    plugins.Append(Describe(*plugin));
   }
   // The wall clock may have been set back since.
   const long uptime = std::max(0L, static_cast<long>(std::time(nullptr)) - m_StartTime);

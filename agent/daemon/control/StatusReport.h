@@ -1,13 +1,12 @@
 // What GET /v1/status tells.
 #pragma once
 
-#include <nlohmann/json_fwd.hpp>
-
 #include "agent/daemon/config/Settings.h"
 #include "agent/daemon/control/ControlServer.h"
 #include "agent/daemon/control/EnumerationHandles.h"
 #include "agent/daemon/plugins/NotificationCenter.h"
 #include "agent/daemon/plugins/Plugins.h"
+#include "agent/library/Json.h"
 
 namespace NoxAgent {
 
@@ -19,7 +18,7 @@ struct StatusReport {
   long m_StartTime;  // seconds since the epoch
 
   // [any thread] Asks every plug-in for its report.
-  nlohmann::json Make(const ControlServer::Counters& counters) const;
+  Json Make(const ControlServer::Counters& counters) const;
 };
 
 }  // namespace NoxAgent

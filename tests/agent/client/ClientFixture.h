@@ -14,7 +14,7 @@
 
 namespace NoxAgentTest {
 
-using nlohmann::json;
+using NoxAgent::Json;
 
 constexpr long kNow = 1781524800;  // 2026-06-15 12:00:00 UTC
 constexpr const char* kHandler =
@@ -48,7 +48,7 @@ class Client : public testing::Test {
 
   std::string Out() const { return m_Out.str(); }
   std::string Err() const { return m_Err.str(); }
-  json JsonOut() const { return json::parse(Out()); }
+  Json JsonOut() const { return Json::Parse(Out()); }
 
   // An error is one line that begins with the program's name.
   void ExpectError(const std::string& words) const {

@@ -10,8 +10,6 @@
 
 namespace NoxAgentTest {
 
-using nlohmann::json;
-
 namespace {
 
 constexpr const char* kNowTrigger = "<Trigger Type=\"-1\"/>";
@@ -27,17 +25,17 @@ TEST_F(Client, AddSendsTheDocumentAndPrintsTheInventedId) {
   const FakeRequest request = m_Agent.Requests()[0];
   EXPECT_EQ("POST", request.m_Method);
   EXPECT_EQ("/v1/scheduler/INoxTaskScheduler/AddTask", request.m_Target);
-  EXPECT_EQ(json({{"taskId", ""}, {"taskXml", TaskXml(kNowTrigger)}}), request.m_Body);
+  EXPECT_EQ(Json({{"taskId", ""}, {"taskXml", TaskXml(kNowTrigger)}}), request.m_Body);
 }
 
 TEST_F(Client, AddReadsStandardInputAndTakesAnId) {
   EXPECT_EQ(0, Run({"add", "-", "--id", "T1", "--json"}, TaskXml(kNowTrigger))) << Err();
-  EXPECT_EQ(json({{"id", "T1"}}), JsonOut());
+  EXPECT_EQ(Json({{"id", "T1"}}), JsonOut());
 }
 
 TEST_F(Client, AddSendsAsciiAlone) {
   EXPECT_EQ(0, Run({"add", "-"}, TaskXml("<Trigger Type=\"-1\" Description=\"\xC3\xA9\"/>")));
-  const std::string sent = m_Agent.Requests()[0].m_Body["taskXml"].get<std::string>();
+  const std::string sent = m_Agent.Requests()[0].m_Body["taskXml"].Text();
   EXPECT_NE(std::string::npos, sent.find("\"&#233;\"")) << sent;
 }
 
@@ -91,8 +89,8 @@ TEST_F(Client, ListAlignsTasksWithTheirRunsInLocalTime) {
 TEST_F(Client, ListClosesItsEnumeration) {
   m_Agent.SetTask("a", {TaskXml(kNowTrigger), true, {}});
   EXPECT_EQ(0, Run({"list", "--json"}));
-  EXPECT_EQ("a", JsonOut().at(0).at("id"));
-  EXPECT_EQ(json(), JsonOut().at(0).at("nextRun"));
+  EXPECT_EQ("a", JsonOut().At(0).At("id"));
+  EXPECT_EQ(Json(), JsonOut().At(0).At("nextRun"));
   unsigned closed = 0;
   for (const FakeRequest& request : m_Agent.Requests())
     if (request.m_Target.find("FindClose") != std::string::npos) {
@@ -114,7 +112,7 @@ TEST_F(Client, ListAsksAllOnOneConnection) {
     const std::size_t before = m_Agent.Connections();
     const auto begin = Clock::now();
     EXPECT_EQ(0, Run({"list", "--json"})) << Err();
-    EXPECT_EQ(100U, JsonOut().size());
+    EXPECT_EQ(100U, JsonOut().Items().size());
     connections = m_Agent.Connections() - before;
     isSlow = Clock::now() - begin >= reuseTime;
   }
@@ -128,7 +126,7 @@ TEST_F(Client, ListLosesNothingWhenTheAgentClosesItsConnections) {
   for (const unsigned count : {1U, 2U, 31U, 32U, 33U}) {
     m_Agent.SetRequestsPerConnection(count);
     EXPECT_EQ(0, Run({"list", "--json"})) << Err();
-    EXPECT_EQ(40U, JsonOut().size()) << count;
+    EXPECT_EQ(40U, JsonOut().Items().size()) << count;
   }
 }
 
@@ -136,8 +134,8 @@ TEST_F(Client, ListLeavesOutFilesThatAreNoTasks) {
   m_Agent.SetTask("a b", {TaskXml(kNowTrigger), true, {}});
   m_Agent.SetTask("c", {TaskXml(kNowTrigger), true, {}});
   EXPECT_EQ(0, Run({"list", "--json"})) << Err();
-  ASSERT_EQ(1U, JsonOut().size());
-  EXPECT_EQ("c", JsonOut().at(0).at("id"));
+  ASSERT_EQ(1U, JsonOut().Items().size());
+  EXPECT_EQ("c", JsonOut().At(0).At("id"));
 }
 
 TEST_F(Client, RefusedIdsAreBadUsage) {
@@ -185,7 +183,7 @@ TEST_F(Client, EnableTakesATaskThatIsEnabledAlready) {
   EXPECT_EQ(0, Run({"enable", "a"})) << Err();
   EXPECT_EQ("enabled a\n", Out());
   EXPECT_EQ(0, Run({"disable", "a", "--json"})) << Err();
-  EXPECT_EQ(json({{"disabled", {"a"}}}), JsonOut());
+  EXPECT_EQ(Json({{"disabled", Json::List{"a"}}}), JsonOut());
 }
 
 TEST_F(Client, AttributesNamesTheKeys) {
@@ -212,7 +210,7 @@ TEST_F(Client, AttributesNamesTheKeys) {
 TEST_F(Client, SetStateHandsTheWordOver) {
   m_Agent.SetTask("T1", {TaskXml(kNowTrigger), true, {}});
   EXPECT_EQ(0, Run({"set-state", "T1", "Failed"}));
-  EXPECT_EQ(json({{"taskId", "T1"}, {"runState", "Failed"}}), m_Agent.Requests()[0].m_Body);
+  EXPECT_EQ(Json({{"taskId", "T1"}, {"runState", "Failed"}}), m_Agent.Requests()[0].m_Body);
 }
 
 TEST_F(Client, StatusTellsPeopleHowTheAgentAndItsPluginsAre) {
@@ -244,7 +242,7 @@ TEST_F(Client, StatusShowsWhatTheAgentLeavesOutAsADash) {
   EXPECT_EQ(0, Run({"status"}));
   EXPECT_NE(std::string::npos, Out().find("noxagentd 0.1.0, process -, up")) << Out();
   EXPECT_EQ(0, Run({"status", "--json"}));
-  EXPECT_EQ("scheduler", JsonOut().at("plugins").at(0).at("name"));
+  EXPECT_EQ("scheduler", JsonOut().At("plugins").At(0).At("name"));
 }
 
 TEST_F(Client, RefreshAndNotifyReachTheAgent) {
@@ -255,8 +253,8 @@ TEST_F(Client, RefreshAndNotifyReachTheAgent) {
   ASSERT_EQ(3U, requests.size());
   EXPECT_EQ("/v1/refresh", requests[0].m_Target);
   EXPECT_EQ("/v1/notify", requests[1].m_Target);
-  EXPECT_EQ(json({{"kind", 10}, {"code", 300}, {"text", "power"}}), requests[1].m_Body);
-  EXPECT_EQ(json({{"kind", 0}, {"code", 0}, {"text", ""}}), requests[2].m_Body);
+  EXPECT_EQ(Json({{"kind", 10}, {"code", 300}, {"text", "power"}}), requests[1].m_Body);
+  EXPECT_EQ(Json({{"kind", 0}, {"code", 0}, {"text", ""}}), requests[2].m_Body);
 }
 
 TEST_F(Client, WatchTellsEachRunOnceWithItsOutcome) {
@@ -279,10 +277,9 @@ TEST_F(Client, WatchTellsEachRunOnceWithItsOutcome) {
   std::istringstream lines(Out());
   std::vector<std::string> told;
   for (std::string line; std::getline(lines, line);) {
-    const json event = json::parse(line);
-    told.push_back(event.at("task").get<std::string>() + " " +
-                   event.at("event").get<std::string>() + " " + event.value("start", "") + " " +
-                   event.value("state", ""));
+    const Json event = Json::Parse(line);
+    told.push_back(event.At("task").Text() + " " + event.At("event").Text() + " " +
+                   event.Text("start", "") + " " + event.Text("state", ""));
   }
   const std::vector<std::string> expected = {"T1 started 2026-06-15 08:00:00 Started",
                                              "T1 finished 2026-06-15 08:00:00 Failed",
@@ -336,11 +333,11 @@ TEST_F(Client, CheckEndsWithTheGreatestSeverity) {
 TEST_F(Client, CheckAnswersInJsonFileByFile) {
   EXPECT_EQ(1,
             Run({"check", "--json", FileWith(TaskXml(kNowTrigger)), "-"}, TaskXml(kWarnedTrigger)));
-  EXPECT_EQ(json::array(), JsonOut().at(0).at("problems"));
-  const json problem = JsonOut().at(1).at("problems").at(0);
-  EXPECT_EQ("warning", problem.at("severity"));
-  EXPECT_EQ(115, problem.at("column"));
-  EXPECT_EQ("it is read as 0, and the run is not stopped", problem.at("effect"));
+  EXPECT_EQ(Json::List{}, JsonOut().At(0).At("problems"));
+  const Json problem = JsonOut().At(1).At("problems").At(0);
+  EXPECT_EQ("warning", problem.At("severity"));
+  EXPECT_EQ(115, problem.At("column"));
+  EXPECT_EQ("it is read as 0, and the run is not stopped", problem.At("effect"));
 }
 
 TEST_F(Client, CheckOfADocumentBeyondTheSizeSaysSo) {

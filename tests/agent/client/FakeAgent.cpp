@@ -12,8 +12,6 @@
 
 namespace NoxAgentTest {
 
-using nlohmann::json;
-
 namespace {
 
 // The only enumeration that is open at a time.
@@ -54,7 +52,7 @@ std::string Chunk(const std::string& data) {
   return size + ("\r\n" + data) + "\r\n";
 }
 
-json Result(long result, json out = json::object()) {
+Json Result(long result, Json out = Json::Object{}) {
   return {{"result", result}, {"out", std::move(out)}};
 }
 
@@ -145,7 +143,9 @@ bool FakeAgent::ServeRequest(int connection, bool isLast, std::string& input) {
   const std::size_t methodEnd = head.find(' ');
   request.m_Method = head.substr(0, methodEnd);
   request.m_Target = head.substr(methodEnd + 1, head.find(' ', methodEnd + 1) - methodEnd - 1);
-  request.m_Body = json::parse(input.substr(headEnd + 4, end - headEnd - 4), nullptr, false);
+  if (end > headEnd + 4) {
+    request.m_Body = Json::Parse(input.substr(headEnd + 4, end - headEnd - 4));
+  }
   input.erase(0, end);
   if (m_Raw) {
     SendAll(connection, *m_Raw);
@@ -165,33 +165,32 @@ std::string FakeAgent::Answer(const FakeRequest& request) {
   const std::lock_guard guard(m_Lock);
   m_Requests.push_back(request);
   if (m_FixedStatus != 0) return Response(m_FixedStatus, m_FixedBody);
-  if (request.m_Body.is_object() &&
-      request.m_Body.value("taskId", "").find(' ') != std::string::npos)
+  if (request.m_Body.IsObject() && request.m_Body.Text("taskId", "").find(' ') != std::string::npos)
     return Response(422, R"({"error":{"code":"bad-task-id","message":"a blank"}})");
   constexpr const char* kOperations = "/v1/scheduler/INoxTaskScheduler/";
   if (request.m_Target.rfind(kOperations, 0) == 0) {
     const std::string name = request.m_Target.substr(std::strlen(kOperations));
-    return Response(200, Operation(name.substr(0, name.find('?')), request.m_Body).dump());
+    return Response(200, Operation(name.substr(0, name.find('?')), request.m_Body).Dump());
   }
-  if (request.m_Target == "/v1/status") return Response(200, Status().dump());
+  if (request.m_Target == "/v1/status") return Response(200, Status().Dump());
   return Response(200, "{}");
 }
 
-json FakeAgent::Status() const {
-  json scheduler = {{"name", "scheduler"}};
+Json FakeAgent::Status() const {
+  Json scheduler = {{"name", "scheduler"}};
   if (!m_Report.empty()) scheduler["report"] = m_Report;
-  return {{"version", "0.1.0"}, {"plugins", json::array({scheduler})}};
+  return {{"version", "0.1.0"}, {"plugins", Json::List{scheduler}}};
 }
 
-json FakeAgent::Operation(const std::string& name, const json& in) {
-  const std::string id = in.value("taskId", in.value("taskIds", ""));
+Json FakeAgent::Operation(const std::string& name, const Json& in) {
+  const std::string id = in.Text("taskId", in.Text("taskIds", ""));
   const std::string handle = name == "FindFirstTask" ? "" : kHandle;
-  if (name.rfind("Find", 0) == 0 && in.value("handle", "") != handle) return Result(-1);
+  if (name.rfind("Find", 0) == 0 && in.Text("handle", "") != handle) return Result(-1);
   const auto task = m_Tasks.find(id);
   const bool isKnown = task != m_Tasks.end();
   if (name == "AddTask") {
     const std::string newId = id.empty() ? "corvane_task_1" : id;
-    m_Tasks[newId].m_Xml = in.at("taskXml").get<std::string>();
+    m_Tasks[newId].m_Xml = in.At("taskXml").Text();
     return Result(1, {{"newTaskId", newId}});
   }
   if (name == "DeleteTask") return Result(m_Tasks.erase(id) != 0 ? 1 : -1);
@@ -202,12 +201,12 @@ json FakeAgent::Operation(const std::string& name, const json& in) {
   }
   if (name == "GetTaskAttributes")
     return isKnown && task->second.m_Loaded ? Result(1, {{"attributes", task->second.m_Attributes}})
-                                            : Result(-1, {{"attributes", json::object()}});
+                                            : Result(-1, {{"attributes", Json::Object{}}});
   if (name == "SetRunState") return Result(isKnown ? 0 : 1);
   if (name == "EnableTask") {
     if (!isKnown || !task->second.m_Loaded) return Result(-1);
     std::string& enabled = task->second.m_Attributes["t5"];
-    const std::string wanted = in.at("enable").get<bool>() ? "1" : "0";
+    const std::string wanted = in.At("enable").Bool() ? "1" : "0";
     return Result(std::exchange(enabled, wanted) == wanted ? -1 : 1);
   }
   if (name == "FindFirstTask") {

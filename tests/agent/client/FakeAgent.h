@@ -6,18 +6,21 @@
 #include <functional>
 #include <map>
 #include <mutex>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "agent/library/Json.h"
+
 namespace NoxAgentTest {
+
+using NoxAgent::Json;
 
 struct FakeRequest {
   std::string m_Method;
   std::string m_Target;
-  nlohmann::json m_Body;
+  Json m_Body;
 };
 
 struct FakeTask {
@@ -65,8 +68,8 @@ class FakeAgent {
   // False when no other request can follow. `input` is what was received and not looked at yet.
   bool ServeRequest(int connection, bool isLast, std::string& input);
   std::string Answer(const FakeRequest& request);
-  nlohmann::json Status() const;
-  nlohmann::json Operation(const std::string& name, const nlohmann::json& in);
+  Json Status() const;
+  Json Operation(const std::string& name, const Json& in);
   void Stream(int connection);
 
   int m_Listener = -1;

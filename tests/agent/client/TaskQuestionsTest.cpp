@@ -35,14 +35,14 @@ TEST_F(TaskQuestions, NextTellsTheComingRunsOfTheAgentsTask) {
       Out());
   ASSERT_EQ(1U, m_Agent.Requests().size());
   EXPECT_EQ("/v1/scheduler/INoxTaskScheduler/GetTaskXML", m_Agent.Requests()[0].m_Target);
-  EXPECT_EQ(json({{"taskId", "backup"}}), m_Agent.Requests()[0].m_Body);
+  EXPECT_EQ(Json({{"taskId", "backup"}}), m_Agent.Requests()[0].m_Body);
 }
 
 TEST_F(TaskQuestions, NextAnswersInJson) {
   ASSERT_EQ(0, Run({"next", "backup", "-n", "1", "--json", "--from", "2026-06-20"})) << Err();
-  const json run = JsonOut().at("runs").at(0);
-  EXPECT_EQ("2026-06-20 00:00:00 +0200", run.at("time")) << "late, for it should have run before";
-  EXPECT_EQ(true, run.at("late"));
+  const Json run = JsonOut().At("runs").At(0);
+  EXPECT_EQ("2026-06-20 00:00:00 +0200", run.At("time")) << "late, for it should have run before";
+  EXPECT_EQ(true, run.At("late"));
 }
 
 TEST_F(TaskQuestions, AFileOfThatNameGoesBeforeTheAgentsTask) {
@@ -63,13 +63,13 @@ TEST_F(TaskQuestions, AnUnknownTaskIsAnErrorThatNamesBothPlaces) {
 TEST_F(TaskQuestions, ExplainKnowsTheGateFromTheAgent) {
   m_Agent.SetReport(kEnabledReport);
   ASSERT_EQ(0, Run({"explain", "backup", "--json"})) << Err();
-  EXPECT_EQ("open", JsonOut().at("gate")) << Out();
+  EXPECT_EQ("open", JsonOut().At("gate")) << Out();
   m_Agent.SetReport(kDisabledReport);
   ASSERT_EQ(0, Run({"explain", "backup", "--json"})) << Err();
-  EXPECT_EQ("closed", JsonOut().at("gate")) << Out();
+  EXPECT_EQ("closed", JsonOut().At("gate")) << Out();
   m_Agent.SetReport("nothing of that kind");
   ASSERT_EQ(0, Run({"explain", "backup", "--json"})) << Err();
-  EXPECT_EQ("assumed", JsonOut().at("gate")) << Out();
+  EXPECT_EQ("assumed", JsonOut().At("gate")) << Out();
 }
 
 TEST_F(TaskQuestions, ExplainTellsWhyTheTaskDoesNotRunNow) {

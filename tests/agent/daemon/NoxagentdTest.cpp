@@ -11,16 +11,14 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "agent/library/Json.h"
 #include "tests/agent/daemon/TestAgent.h"
 #include "tests/agent/daemon/control/RawClient.h"
 #include "tests/support/TempDir.h"
-
-using nlohmann::json;
 
 namespace NoxAgent {
 namespace {
@@ -173,13 +171,13 @@ TEST_F(NoxagentdTest, ServesUntilItIsAskedToStop) {
   for (const int signal : {SIGTERM, SIGINT}) {
     const auto process = Start();
     ASSERT_TRUE(IsServing(*process)) << process->Text();
-    const json status = json::parse(BodyOf(RawClient::Ask(Socket(), "GET", "/v1/status")));
+    const Json status = Json::Parse(BodyOf(RawClient::Ask(Socket(), "GET", "/v1/status")));
     EXPECT_EQ(status["stateDir"], (m_Dir / "state").string());
     EXPECT_EQ(status["socket"], Socket());
-    EXPECT_EQ(status["plugins"].size(), 1U);
-    EXPECT_EQ(status["plugins"][0]["name"], "one");
-    EXPECT_EQ(status["plugins"][0]["interfaces"].size(), 4U);
-    EXPECT_NE(status["plugins"][0]["report"], "");
+    EXPECT_EQ(status["plugins"].Items().size(), 1U);
+    EXPECT_EQ(status["plugins"].At(0)["name"], "one");
+    EXPECT_EQ(status["plugins"].At(0)["interfaces"].Items().size(), 4U);
+    EXPECT_NE(status["plugins"].At(0)["report"], "");
     process->Signal(signal);
     EXPECT_EQ(process->Wait(), 0) << process->Text();
     EXPECT_NE(process->Text().find("Unloaded the plug-in one"), std::string::npos);

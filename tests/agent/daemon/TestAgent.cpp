@@ -7,8 +7,6 @@
 #include <filesystem>
 
 using BaseSDK::AString;
-using nlohmann::json;
-
 namespace NoxAgent {
 
 std::string TestAgent::PluginPath(const std::string& name) {
@@ -20,7 +18,7 @@ TestAgent::TestAgent(unsigned long drainMilliseconds)
     : m_Lifecycle(m_Plugins, m_Notifications, m_Host, m_HandlerCalls, m_Handles, drainMilliseconds),
       m_Api(m_Operations, m_Notifications,
             {[] {
-               return json{{"version", "test"}};
+               return Json{{"version", "test"}};
              },
              [this] { m_Lifecycle.Refresh([] {}); }}) {
   m_Settings.m_StateDir = AString::FromUtf8((m_Dir / "state").string());
@@ -82,20 +80,20 @@ ApiResponse TestAgent::Ask(const std::string& method, const std::string& target,
   return m_Api.Handle({method, target, body});
 }
 
-json TestAgent::Call(const std::string& operation, const json& arguments,
+Json TestAgent::Call(const std::string& operation, const Json& arguments,
                      const std::string& plugin) {
-  return json::parse(
-      Ask("POST", "/v1/" + plugin + "/INoxTaskScheduler/" + operation, arguments.dump()).m_Body);
+  return Json::Parse(
+      Ask("POST", "/v1/" + plugin + "/INoxTaskScheduler/" + operation, arguments.Dump()).m_Body);
 }
 
-std::string TestAgent::CallError(const std::string& operation, const json& arguments) {
-  const json answer = Call(operation, arguments);
-  return answer.contains("error") ? answer["error"]["code"].get<std::string>() : std::string();
+std::string TestAgent::CallError(const std::string& operation, const Json& arguments) {
+  const Json answer = Call(operation, arguments);
+  return answer.Has("error") ? answer["error"]["code"].Text() : std::string();
 }
 
 std::string TestAgent::Report(const std::string& plugin) {
   const ApiResponse answer = Ask("POST", "/v1/" + plugin + "/INoxObject/ObjectDebugInfo");
-  return json::parse(answer.m_Body)["out"]["report"];
+  return Json::Parse(answer.m_Body)["out"]["report"].Text();
 }
 
 void TestAgent::Hold() {

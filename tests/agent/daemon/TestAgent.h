@@ -3,7 +3,6 @@
 #pragma once
 
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <thread>
 
@@ -11,6 +10,7 @@
 #include "agent/daemon/control/ControlServer.h"
 #include "agent/daemon/control/ControlSocket.h"
 #include "agent/daemon/plugins/PluginLifecycle.h"
+#include "agent/library/Json.h"
 #include "tests/support/TempDir.h"
 
 namespace NoxAgent {
@@ -47,10 +47,9 @@ class TestAgent {
   // The answer of the API, without a socket; the body of the answer as JSON.
   ApiResponse Ask(const std::string& method, const std::string& target,
                   const std::string& body = {});
-  nlohmann::json Call(const std::string& operation, const nlohmann::json& arguments,
-                      const std::string& plugin = "one");
+  Json Call(const std::string& operation, const Json& arguments, const std::string& plugin = "one");
   // The code of the error that the call is answered with; empty when it is answered with none.
-  std::string CallError(const std::string& operation, const nlohmann::json& arguments);
+  std::string CallError(const std::string& operation, const Json& arguments);
   // What the plug-in was told so far.
   std::string Report(const std::string& plugin = "one");
   // Starts a request that does not come back before Release. REQUIRES: the plug-in "one".

@@ -3,21 +3,21 @@
 
 #include <csignal>
 #include <memory>
-#include <nlohmann/json.hpp>
 
+#include "agent/library/Json.h"
 #include "tests/agent/e2e/AgentFixture.h"
 
-using nlohmann::json;
+using NoxAgent::Json;
 
 namespace {
 
 class Client : public AgentFixture {
  protected:
-  json CtlJson(std::vector<std::string> arguments) {
+  Json CtlJson(std::vector<std::string> arguments) {
     arguments.push_back("--json");
     const auto result = Ctl(arguments);
     EXPECT_EQ(result.m_Status, 0) << result.m_Error;
-    return json::parse(result.m_Output, nullptr, false);
+    return Json::Parse(result.m_Output);
   }
 };
 
@@ -63,14 +63,14 @@ TEST_F(Client, ListsTasksWithTheirRuns) {
   AddTask("later", Trigger(0, FromNow(3600)));
   ASSERT_TRUE(WaitForState("good", "Ok"));
   ASSERT_TRUE(WaitForState("bad", "Failed"));
-  const json list = CtlJson({"list"});
-  ASSERT_EQ(list.size(), 3u) << list;
-  EXPECT_EQ(list[0]["id"], "bad");
-  EXPECT_EQ(list[0]["state"], "Failed");
-  EXPECT_EQ(list[1]["id"], "good");
-  EXPECT_EQ(list[1]["state"], "Ok");
-  EXPECT_EQ(list[2]["id"], "later");
-  EXPECT_EQ(list[2]["enabled"], true);
+  const Json list = CtlJson({"list"});
+  ASSERT_EQ(list.Items().size(), 3u) << list;
+  EXPECT_EQ(list.At(0)["id"], "bad");
+  EXPECT_EQ(list.At(0)["state"], "Failed");
+  EXPECT_EQ(list.At(1)["id"], "good");
+  EXPECT_EQ(list.At(1)["state"], "Ok");
+  EXPECT_EQ(list.At(2)["id"], "later");
+  EXPECT_EQ(list.At(2)["enabled"], true);
 }
 
 TEST_F(Client, ShowsADocumentAsItIsStored) {
@@ -88,7 +88,7 @@ TEST_F(Client, DeletesTasks) {
   EXPECT_EQ(Ctl({"delete", "a"}).m_Status, 0);
   EXPECT_EQ(TaskFile("a"), "");
   EXPECT_EQ(Ctl({"delete", "a"}).m_Status, 1);
-  EXPECT_TRUE(CtlJson({"list"}).empty());
+  EXPECT_TRUE(CtlJson({"list"}).Items().empty());
 }
 
 TEST_F(Client, DisablesAndEnablesTasks) {
@@ -98,7 +98,7 @@ TEST_F(Client, DisablesAndEnablesTasks) {
   AddJob("a", "echo run >> runs");
   AddTask("a", Trigger(0, FromNow(0)));
   EXPECT_EQ(Ctl({"disable", "a"}).m_Status, 0);
-  EXPECT_EQ(CtlJson({"list"})[0]["enabled"], false);
+  EXPECT_EQ(CtlJson({"list"}).At(0)["enabled"], false);
   EXPECT_NE(TaskFile("a").find("<Task Enabled=\"0\">"), std::string::npos);
   // Another one that was due later has run: this one would have.
   AddJob("b", "exit 0");
@@ -166,9 +166,9 @@ TEST_F(Client, WatchesRunsAsTheyHappen) {
   std::istringstream lines(watch.Output());
   std::vector<std::string> events;
   for (std::string line; std::getline(lines, line);) {
-    const json event = json::parse(line);
-    events.push_back(event["task"].get<std::string>() + " " + event["event"].get<std::string>() +
-                     " " + event.value("state", ""));
+    const Json event = Json::Parse(line);
+    events.push_back(event["task"].Text() + " " + event["event"].Text() + " " +
+                     event.Text("state", ""));
   }
   EXPECT_EQ(events,
             (std::vector<std::string>{"a added ", "a started Started", "a finished Ok", "b added ",

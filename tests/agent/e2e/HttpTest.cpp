@@ -1,20 +1,19 @@
 // The control socket as any HTTP client meets it.
 #include <gtest/gtest.h>
 
-#include <nlohmann/json.hpp>
-
+#include "agent/library/Json.h"
 #include "tests/agent/e2e/AgentFixture.h"
 
-using nlohmann::json;
+using NoxAgent::Json;
 
 namespace {
 
 class Http : public AgentFixture {
  protected:
-  json Post(const std::string& target, const json& body, int status = 200) const {
-    const auto response = AgentFixture::Http("POST", target, body.dump());
+  Json Post(const std::string& target, const Json& body, int status = 200) const {
+    const auto response = AgentFixture::Http("POST", target, body.Dump());
     EXPECT_EQ(response.m_Status, status) << target << " " << body << ": " << response.m_Body;
-    return json::parse(response.m_Body, nullptr, false);
+    return Json::Parse(response.m_Body);
   }
   static std::string Operation(const std::string& name) {
     return "/v1/scheduler/INoxTaskScheduler/" + name;
@@ -25,11 +24,11 @@ class Http : public AgentFixture {
 
 TEST_F(Http, ServesTheOperationsOfTheScheduler) {
   StartAgent();
-  const json added = Post(Operation("AddTask"),
+  const Json added = Post(Operation("AddTask"),
                           {{"taskId", "a"}, {"taskXml", Document(Trigger(0, FromNow(3600)))}});
   EXPECT_EQ(added["result"], 1);
   EXPECT_EQ(added["out"]["newTaskId"], "a");
-  const json read = Post(Operation("GetTaskXML"), {{"taskId", "a"}});
+  const Json read = Post(Operation("GetTaskXML"), {{"taskId", "a"}});
   EXPECT_EQ(read["out"]["taskXml"], TaskFile("a"));
   EXPECT_EQ(Post(Operation("EnableTask"), {{"taskIds", "a"}, {"enable", false}})["result"], 1);
   EXPECT_EQ(Post(Operation("GetTaskAttributes"), {{"taskId", "a"}})["out"]["attributes"]["t5"],
@@ -43,7 +42,7 @@ TEST_F(Http, HandsABatchToTheCommandHandler) {
   StartAgent();
   AddJob("a", "echo run >> runs");
   AddTask("a", Trigger(0, FromNow(3600)));
-  const json answer =
+  const Json answer =
       Post("/v1/command/INoxScheduledTaskHandler/RunTasks", {{"batch", "a:0:0:0;"}});
   EXPECT_EQ(answer["result"], -10000);
   EXPECT_TRUE(WaitUntil([&] { return CountLines("runs") == 1; }));
@@ -51,10 +50,10 @@ TEST_F(Http, HandsABatchToTheCommandHandler) {
 
 TEST_F(Http, TellsWhereADocumentIsWrong) {
   StartAgent();
-  const json answer =
+  const Json answer =
       Post(Operation("AddTask"), {{"taskId", "a"}, {"taskXml", "<Task>\n <x>\n</Task>"}}, 422);
   EXPECT_EQ(answer["error"]["line"], 3) << answer;
-  EXPECT_TRUE(answer["error"].contains("column")) << answer;
+  EXPECT_TRUE(answer["error"].Has("column")) << answer;
 }
 
 TEST_F(Http, AnswersWhatItDoesNotKnowWithAnErrorOfItsOwn) {
@@ -81,7 +80,7 @@ TEST_F(Http, AnswersWhatItDoesNotKnowWithAnErrorOfItsOwn) {
     const auto response = AgentFixture::Http(row.m_Method, row.m_Target, row.m_Body);
     EXPECT_EQ(response.m_Status, row.m_Status)
         << row.m_Method << " " << row.m_Target << " " << row.m_Body << ": " << response.m_Body;
-    EXPECT_TRUE(json::parse(response.m_Body, nullptr, false).contains("error")) << response.m_Body;
+    EXPECT_TRUE(Json::Parse(response.m_Body).Has("error")) << response.m_Body;
   }
 }
 
@@ -92,8 +91,8 @@ TEST_F(Http, StreamsNotificationsAsJsonLines) {
   EXPECT_EQ(stream.ReadUntil("\r\n\r\n").find("HTTP/1.1 200"), 0u);
   AddTask("a", Trigger(0, FromNow(3600)));
   const std::string chunk = stream.ReadUntil("}\n");
-  const json line =
-      json::parse(chunk.substr(chunk.find('{'), chunk.find('}') - chunk.find('{') + 1));
+  const Json line =
+      Json::Parse(chunk.substr(chunk.find('{'), chunk.find('}') - chunk.find('{') + 1));
   EXPECT_EQ(line["code"], 102) << chunk;
   EXPECT_EQ(line["id"], "a") << chunk;
 }

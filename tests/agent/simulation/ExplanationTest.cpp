@@ -245,7 +245,7 @@ TEST(Explanation, DueInWordsAndInJsonIsWhatTheSchedulerSays) {
   EXPECT_EQ(at("2024-03-04 08:29:59")["due"], false);
   EXPECT_EQ(at("2024-03-04 08:29:59")["nextRun"], Local("2024-03-04 08:30:00"));
   EXPECT_EQ(at("2024-03-04 08:30:02")["due"], true);
-  EXPECT_EQ(at("2024-03-04 08:30:02")["triggers"][0]["due"], true);
+  EXPECT_EQ(at("2024-03-04 08:30:02")["triggers"].At(0)["due"], true);
   EXPECT_EQ(at("2024-03-04 08:30:02")["run"]["late"], false);
 }
 

@@ -86,10 +86,10 @@ TEST_F(SimulateCommands, OptionsMayStandBeforeTheFilesAndSeveralTimes) {
             0)
       << m_Err.str();
   std::vector<std::string> events;
-  for (const auto& event : nlohmann::json::parse(m_Out.str()))
+  const Json answer = Json::Parse(m_Out.str());
+  for (const Json& event : answer.Items())
     if (event["event"] != "notification")
-      events.push_back(event["time"].get<std::string>().substr(11, 8) + " " +
-                       event["event"].get<std::string>());
+      events.push_back(event["time"].Text().substr(11, 8) + " " + event["event"].Text());
   EXPECT_EQ(events, (std::vector<std::string>{
                         "01:00:00 gate closed", "03:00:00 gate opened", "03:00:00 run",
                         "03:00:00 finished", "04:01:00 clock set", "04:01:00 run",

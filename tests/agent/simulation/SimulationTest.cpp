@@ -41,7 +41,7 @@ SimulationRequest NextRequest(const std::string& xml, const std::string& from, u
 }
 
 std::string Line(const SimulationEvent& event) {
-  std::string line = Show(event.m_Time) + " " + ToJson(event).at("event").get<std::string>();
+  std::string line = Show(event.m_Time) + " " + ToJson(event).At("event").Text();
   if (!event.m_State.empty()) line += " " + event.m_State;
   if (event.m_Late) line += " late";
   if (event.m_NeverRun) line += " never-run";
@@ -178,8 +178,8 @@ TEST(SimulationRequest, SurvivesTheWayToTheProgram) {
   request.m_ClockSteps = {{6, -7}};
   request.m_RunSeconds = 8;
   request.m_FailAt = {9};
-  const auto json = ToJson(request);
-  EXPECT_EQ(json, ToJson(SimulationRequestFrom(json)));
+  const auto Json = ToJson(request);
+  EXPECT_EQ(Json, ToJson(SimulationRequestFrom(Json)));
 }
 
 struct NextRow {

@@ -6,8 +6,6 @@
 #include "tests/agent/daemon/TestAgent.h"
 
 using Corvane::AgentInterfacesV3::AInterfaceTable;
-using nlohmann::json;
-
 namespace NoxAgent {
 namespace {
 
@@ -63,7 +61,7 @@ TEST_F(ApiTest, AnswersWhatIsNotThereWithItsError) {
   for (const auto& row : rows) {
     const ApiResponse answer = m_Agent.Ask(row.m_Method, row.m_Target, row.m_Body);
     EXPECT_EQ(answer.m_Status, row.m_Status) << row.m_Target.substr(0, 80) << answer.m_Body;
-    const json body = json::parse(answer.m_Body);
+    const Json body = Json::Parse(answer.m_Body);
     EXPECT_EQ(body["error"]["code"], row.m_Code) << row.m_Target.substr(0, 80) << answer.m_Body;
     EXPECT_NE(body["error"]["message"], "") << row.m_Target.substr(0, 80);
     EXPECT_LT(answer.m_Body.size(), 1000U) << "what a client sends is not sent back at length";
@@ -86,9 +84,7 @@ TEST_F(ApiTest, HasARouteForEveryOperationOfEveryServedInterface) {
       EXPECT_NE(answer.m_Body.find(operation.Arguments().empty() ? "result" : ""),
                 std::string::npos)
           << target;
-      EXPECT_NE(json::parse(answer.m_Body).value("/error/code"_json_pointer, ""),
-                "unknown-operation")
-          << target;
+      EXPECT_EQ(answer.m_Body.find("unknown-operation"), std::string::npos) << target;
       ++routes;
     }
   }
@@ -98,10 +94,10 @@ TEST_F(ApiTest, HasARouteForEveryOperationOfEveryServedInterface) {
 TEST_F(ApiTest, CarriesArgumentsThereAndBack) {
   EXPECT_EQ(m_Agent.Call("GetTaskAttributes",
                          {{"taskId", "a"}, {"attributes", {{"t0", "kept"}, {"k", "v"}}}}),
-            (json{{"result", 1},
+            (Json{{"result", 1},
                   {"out", {{"attributes", {{"t0", "kept"}, {"k", "v"}, {"inputs", "none"}}}}}}));
   EXPECT_EQ(m_Agent.Call("GetTaskAttributes", {{"taskId", "a"}, {"inputAttributes", {{"x", "y"}}}}),
-            (json{{"result", 1}, {"out", {{"attributes", {{"t0", "a"}, {"inputs", "1"}}}}}}));
+            (Json{{"result", 1}, {"out", {{"attributes", {{"t0", "a"}, {"inputs", "1"}}}}}}));
   EXPECT_EQ(m_Agent.Call("GetTaskXML", {{"taskId", "none"}})["result"], -1);
 }
 
@@ -113,7 +109,7 @@ TEST_F(ApiTest, ReadsSettingsForAPluginThatAnswersARequest) {
 TEST_F(ApiTest, APluginThatIsGoneAnswersWithAnError) {
   const auto plugin = m_Agent.m_Plugins.Find("one");
   ASSERT_TRUE(m_Agent.m_Lifecycle.UnloadAll());
-  EXPECT_EQ(m_Agent.CallError("RefreshTaskList", json::object()), "unknown-plugin");
+  EXPECT_EQ(m_Agent.CallError("RefreshTaskList", Json::Object{}), "unknown-plugin");
   m_Agent.m_Plugins.Add(plugin);  // as for a request that found it just before
   const ApiResponse answer = m_Agent.Ask("POST", "/v1/one/INoxTaskScheduler/RefreshTaskList");
   EXPECT_EQ(answer.m_Status, 503U) << answer.m_Body;

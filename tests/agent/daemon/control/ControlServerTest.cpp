@@ -12,8 +12,6 @@
 #include "tests/agent/daemon/TestAgent.h"
 #include "tests/agent/daemon/control/RawClient.h"
 
-using nlohmann::json;
-
 namespace NoxAgent {
 namespace {
 
@@ -31,7 +29,7 @@ class ControlServerTest : public testing::Test {
     return RawClient(m_Agent.SocketPath()).Send(bytes).Shut().ReadAll();
   }
   static std::string CodeOf(const std::string& answer) {
-    return json::parse(BodyOf(answer))["error"]["code"];
+    return Json::Parse(BodyOf(answer))["error"]["code"].Text();
   }
   void ExpectAlive() { EXPECT_EQ(StatusOf(Ask("GET", "/v1/status")), 200U); }
 
@@ -63,7 +61,7 @@ TEST_F(ControlServerTest, ServesAtASocketOfMode0660) {
   EXPECT_EQ(info.st_mode & 07777U, 0660U);
   const std::string answer = Ask("GET", "/v1/status");
   EXPECT_EQ(StatusOf(answer), 200U);
-  EXPECT_EQ(json::parse(BodyOf(answer))["version"], "test");
+  EXPECT_EQ(Json::Parse(BodyOf(answer))["version"], "test");
   EXPECT_NE(answer.find("Content-Type: application/json\r\n"), std::string::npos);
   EXPECT_NE(answer.find("Connection: close\r\n"), std::string::npos);
 }
@@ -207,8 +205,8 @@ TEST_F(ControlServerTest, KeepsNoConnectionsWhenThereAreMany) {
 // An answer too large for the socket's buffer is under way while the others come.
 TEST_F(ControlServerTest, KeepsAConnectionThatItSaidItWouldKeep) {
   RawClient client(m_Agent.SocketPath());
-  const json arguments = {{"taskId", "a"}, {"attributes", {{"k", std::string(1000000, 'x')}}}};
-  const std::string body = arguments.dump();
+  const Json arguments = {{"taskId", "a"}, {"attributes", {{"k", std::string(1000000, 'x')}}}};
+  const std::string body = arguments.Dump();
   client.Send("POST /v1/one/INoxTaskScheduler/GetTaskAttributes HTTP/1.1\r\nContent-Length: " +
               std::to_string(body.size()) + "\r\n\r\n" + body);
   const std::string header = client.ReadUntil("\r\n\r\n");
@@ -318,16 +316,16 @@ TEST_F(ControlServerTest, StreamsNotificationsAsLines) {
     (void)client.ReadUntil("\r\n");
     const std::string line = client.ReadUntil("\r\n");
     EXPECT_EQ(line[line.size() - 3], '\n') << line;
-    return json::parse(line);
+    return Json::Parse(line);
   };
-  const json first = next();
+  const Json first = next();
   EXPECT_EQ(first["code"], 101);
   EXPECT_EQ(first["id"], "gone");
-  EXPECT_TRUE(first["time"].is_number_integer());
-  const json second = next();
+  EXPECT_TRUE(first["time"].IsWhole());
+  const Json second = next();
   EXPECT_EQ(second["code"], 300);
   EXPECT_EQ(second["text"], "a\nb");
-  EXPECT_FALSE(second.contains("id"));
+  EXPECT_FALSE(second.Has("id"));
 }
 
 TEST_F(ControlServerTest, DropsStreamsWhoseClientsDoNotRead) {
@@ -432,7 +430,7 @@ TEST_F(ControlServerTest, MemoryStaysLevelUnderHostileRequests) {
     (void)Raw("POST /v1/notify HTTP/1.1\r\nContent-Length: 1000000\r\n\r\n" +
               std::string(500000, 'x'));
     (void)Ask("POST", "/v1/one/INoxTaskScheduler/AddTask",
-              json{{"taskId", "a"}, {"taskXml", std::string(1000000, '<')}}.dump());
+              Json{{"taskId", "a"}, {"taskXml", std::string(1000000, '<')}}.Dump());
   };
   const auto growth = [&round] {
     const long before = ResidentKilobytes();

@@ -7,8 +7,6 @@
 
 #include "tests/agent/daemon/TestAgent.h"
 
-using nlohmann::json;
-
 namespace NoxAgent {
 namespace {
 
@@ -17,24 +15,24 @@ class EnumerationHandlesTest : public testing::Test {
   EnumerationHandlesTest() { m_Agent.Add("one").Add("two").Load(); }
 
   std::string Open(const std::string& plugin = "one") {
-    return m_Agent.Call("FindFirstTask", json::object(), plugin)["out"]["handle"];
+    return m_Agent.Call("FindFirstTask", Json::Object{}, plugin)["out"]["handle"].Text();
   }
-  std::string ErrorOf(const std::string& operation, const json& handle,
+  std::string ErrorOf(const std::string& operation, const Json& handle,
                       const std::string& plugin = "one") {
-    const json answer = m_Agent.Call(operation, {{"handle", handle}}, plugin);
-    return answer.value("/error/code"_json_pointer, "");
+    const Json answer = m_Agent.Call(operation, {{"handle", handle}}, plugin);
+    return answer.Has("error") ? answer["error"]["code"].Text() : "";
   }
 
   TestAgent m_Agent;
 };
 
 TEST_F(EnumerationHandlesTest, ClientsGetTokensAndNeverTheHandle) {
-  const json first = m_Agent.Call("FindFirstTask", json::object());
+  const Json first = m_Agent.Call("FindFirstTask", Json::Object{});
   EXPECT_EQ(first["out"]["taskId"], "first");
-  const std::string token = first["out"]["handle"];
+  const std::string token = first["out"]["handle"].Text();
   EXPECT_EQ(token.size(), 32U);
-  const json next = m_Agent.Call("FindNextTask", {{"handle", token}});
-  EXPECT_EQ(next, (json{{"result", 1}, {"out", {{"taskId", "next"}}}}));
+  const Json next = m_Agent.Call("FindNextTask", {{"handle", token}});
+  EXPECT_EQ(next, (Json{{"result", 1}, {"out", {{"taskId", "next"}}}}));
   EXPECT_EQ(m_Agent.Call("FindClose", {{"handle", token}})["result"], 0);
   EXPECT_EQ(m_Agent.m_Handles.Count(), 0U);
 }
@@ -42,12 +40,13 @@ TEST_F(EnumerationHandlesTest, ClientsGetTokensAndNeverTheHandle) {
 // The plug-in of these tests ends the process when it gets a handle that it has not given out.
 TEST_F(EnumerationHandlesTest, UnknownTokensNeverReachThePlugin) {
   const std::string token = Open();
-  for (const json& bad : {json("1"), json(""), json(0), json(std::string(32, '0')),
-                          json(token.substr(1)), json(token + "0")}) {
+  for (const Json& bad : {Json("1"), Json(""), Json(0), Json(std::string(32, '0')),
+                          Json(token.substr(1)), Json(token + "0")}) {
     EXPECT_EQ(ErrorOf("FindNextTask", bad), "unknown-handle") << bad;
     EXPECT_EQ(ErrorOf("FindClose", bad), "unknown-handle") << bad;
   }
-  for (const json& bad : {json(1), json(true), json(nullptr), json::array(), json(135678912)}) {
+  for (const Json& bad :
+       {Json(1), Json(true), Json(nullptr), Json(Json::List{}), Json(135678912)}) {
     EXPECT_EQ(ErrorOf("FindNextTask", bad), "mistyped-argument") << bad;
   }
   EXPECT_EQ(ErrorOf("FindNextTask", token, "two"), "unknown-handle") << "another plug-in's";

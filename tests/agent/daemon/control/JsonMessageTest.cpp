@@ -4,14 +4,11 @@
 #include <AgentInterfacesV3/INoxTaskSchedulerTable.h>
 #include <gtest/gtest.h>
 
-#include <nlohmann/json.hpp>
-
 #include "agent/daemon/control/RequestError.h"
+#include "agent/library/Json.h"
 
 using BaseSDK::AString;
 using namespace Corvane::AgentInterfacesV3;
-using nlohmann::json;
-
 namespace NoxAgent {
 namespace {
 
@@ -59,10 +56,10 @@ TEST(JsonMessage, AnEmptyBodyIsAnEmptyObject) {
 TEST(JsonMessage, LeavesHandlesToTheirTokens) {
   const Decoded next("FindNextTask", R"({"handle":"abc"})");
   EXPECT_EQ(next.m_Request.Find("handle"), nullptr);
-  EXPECT_EQ(JsonMessage::DecodeToken(json{{"handle", "abc"}}, "handle"), "abc");
-  EXPECT_EQ(JsonMessage::DecodeToken(json::object(), "handle"), "");
-  EXPECT_EQ(JsonMessage::DecodeToken(json{{"handle", 0}}, "handle"), "");
-  EXPECT_THROW((void)JsonMessage::DecodeToken(json{{"handle", 135678912}}, "handle"), RequestError);
+  EXPECT_EQ(JsonMessage::DecodeToken(Json{{"handle", "abc"}}, "handle"), "abc");
+  EXPECT_EQ(JsonMessage::DecodeToken(Json::Object{}, "handle"), "");
+  EXPECT_EQ(JsonMessage::DecodeToken(Json{{"handle", 0}}, "handle"), "");
+  EXPECT_THROW((void)JsonMessage::DecodeToken(Json{{"handle", 135678912}}, "handle"), RequestError);
 }
 
 TEST(JsonMessage, NamesWhatIsWrongWithAnArgument) {

@@ -5,8 +5,6 @@
 #include "tests/agent/daemon/TestAgent.h"
 
 using BaseSDK::AString;
-using nlohmann::json;
-
 namespace NoxAgent {
 namespace {
 
@@ -26,13 +24,13 @@ class TaskBorderTest : public testing::Test {
     m_Agent.Add("minimal", "", "MinimalPlugin");
     m_Agent.Load();
   }
-  json Add(const std::string& document, const std::string& query = {}) {
-    const json arguments = {{"taskId", "t"}, {"taskXml", document}};
-    return json::parse(
-        m_Agent.Ask("POST", "/v1/one/INoxTaskScheduler/AddTask" + query, arguments.dump()).m_Body);
+  Json Add(const std::string& document, const std::string& query = {}) {
+    const Json arguments = {{"taskId", "t"}, {"taskXml", document}};
+    return Json::Parse(
+        m_Agent.Ask("POST", "/v1/one/INoxTaskScheduler/AddTask" + query, arguments.Dump()).m_Body);
   }
   std::string Stored() {
-    return m_Agent.Call("GetTaskXML", {{"taskId", "t"}}).value("/out/taskXml"_json_pointer, "");
+    return m_Agent.Call("GetTaskXML", {{"taskId", "t"}}).At("out").At("taskXml").Text();
   }
   bool IsStored() { return m_Agent.Call("GetTaskXML", {{"taskId", "t"}})["result"] == 1; }
 
@@ -82,7 +80,7 @@ TEST_F(TaskBorderTest, RefusesTaskIdsThatAreNone) {
 }
 
 TEST_F(TaskBorderTest, AnEmptyIdHasOneInvented) {
-  const json answer = m_Agent.Call("AddTask", {{"taskId", ""}, {"taskXml", Document()}});
+  const Json answer = m_Agent.Call("AddTask", {{"taskId", ""}, {"taskXml", Document()}});
   EXPECT_EQ(answer["out"]["newTaskId"], "invented") << answer;
 }
 
@@ -101,7 +99,7 @@ TEST_F(TaskBorderTest, RefusesRunStatesThatAreNotOneWord) {
 }
 
 TEST_F(TaskBorderTest, TellsWhereADocumentIsNotWellFormed) {
-  const json answer = Add("<Task>\n  <Schedule>\n</Task>");
+  const Json answer = Add("<Task>\n  <Schedule>\n</Task>");
   EXPECT_EQ(answer["error"]["code"], "bad-document") << answer;
   EXPECT_EQ(answer["error"]["line"], 3) << answer;
   EXPECT_FALSE(IsStored());
@@ -121,7 +119,7 @@ TEST_F(TaskBorderTest, RefusesDocumentsThatAreNone) {
 
 TEST_F(TaskBorderTest, WritesWhatIsNotAsciiAsReferences) {
   const std::string description = "<Description>caf\xC3\xA9 \xF0\x9F\x98\x80</Description>";
-  const json answer = Add(Document(TestAgent::kClassId, "2035/01/01 08:00:00", description));
+  const Json answer = Add(Document(TestAgent::kClassId, "2035/01/01 08:00:00", description));
   EXPECT_EQ(answer["result"], 1) << answer;
   const std::string stored = Stored();
   EXPECT_NE(stored.find("caf&#"), std::string::npos) << stored;
@@ -137,9 +135,9 @@ TEST_F(TaskBorderTest, RefusesWhatIsNotAsciiWhereThereAreNoReferences) {
         std::string("<?p \xC3\xA9?>"), std::string("<\xC3\xA9/>")}) {
     std::string bad = document;
     bad.insert(bad.find("<Schedule>"), part);
-    const json answer = Add(bad);
-    EXPECT_EQ(answer.value("/error/code"_json_pointer, ""), "bad-document") << part << answer;
-    EXPECT_EQ(answer.value("/error/line"_json_pointer, 0), 3) << part << answer;
+    const Json answer = Add(bad);
+    EXPECT_EQ(answer.At("error").At("code").Text(), "bad-document") << part << answer;
+    EXPECT_EQ(answer.At("error").At("line"), 3) << part << answer;
   }
   EXPECT_FALSE(IsStored());
 }
@@ -162,8 +160,8 @@ TEST_F(TaskBorderTest, RefusesWhatWouldNeverRunUnlessForced) {
       {"no runner of tasks", Document("{AAAAAAAA-0000-0000-0000-000000000002}")},
   };
   for (const auto& row : rows) {
-    const json answer = Add(row.m_Document);
-    EXPECT_EQ(answer.value("/error/code"_json_pointer, ""), "never-runs") << row.m_Why << answer;
+    const Json answer = Add(row.m_Document);
+    EXPECT_EQ(answer.At("error").At("code").Text(), "never-runs") << row.m_Why << answer;
     EXPECT_FALSE(IsStored()) << row.m_Why;
   }
   for (const auto& row : rows) {
@@ -173,18 +171,18 @@ TEST_F(TaskBorderTest, RefusesWhatWouldNeverRunUnlessForced) {
 }
 
 TEST_F(TaskBorderTest, NamesThePlaceOfAHandlerThatIsNotThere) {
-  const json answer = Add(Document("{AAAAAAAA-0000-0000-0000-00000000000F}"));
+  const Json answer = Add(Document("{AAAAAAAA-0000-0000-0000-00000000000F}"));
   EXPECT_EQ(answer["error"]["line"], 2) << answer;
   EXPECT_EQ(answer["error"]["column"], 1) << answer;
 }
 
 TEST_F(TaskBorderTest, PassesWhatIsMerelyOddAndSaysSo) {
-  const json answer = Add(Document(TestAgent::kClassId, "2035/01/01 08:00:00", "<Odd>1</Odd>"));
+  const Json answer = Add(Document(TestAgent::kClassId, "2035/01/01 08:00:00", "<Odd>1</Odd>"));
   EXPECT_EQ(answer["result"], 1) << answer;
-  ASSERT_TRUE(answer.contains("warnings")) << answer;
-  EXPECT_EQ(answer["warnings"][0]["line"], 3) << answer;
-  EXPECT_EQ(answer.value("/warnings/0/message"_json_pointer, "").empty(), false);
-  EXPECT_FALSE(Add(Document()).contains("warnings"));
+  ASSERT_TRUE(answer.Has("warnings")) << answer;
+  EXPECT_EQ(answer["warnings"].At(0)["line"], 3) << answer;
+  EXPECT_EQ(answer.At("warnings").At(0).At("message").Text().empty(), false);
+  EXPECT_FALSE(Add(Document()).Has("warnings"));
 }
 
 }  // namespace

@@ -4,8 +4,6 @@
 
 #include "tests/agent/daemon/TestAgent.h"
 
-using nlohmann::json;
-
 namespace NoxAgent {
 namespace {
 

@@ -17,8 +17,6 @@
 #include "tests/support/LogCapture.h"
 
 using BaseSDK::AString;
-using nlohmann::json;
-
 namespace NoxAgent {
 namespace {
 
@@ -88,7 +86,7 @@ TEST(PluginLifecycle, UnloadsInReverseOrderAndTellsWhoIsLeft) {
   TestSupport::LogCapture log;
   TestAgent agent;
   agent.Add("one").Add("two").Load();
-  (void)agent.Call("FindFirstTask", json::object());
+  (void)agent.Call("FindFirstTask", Json::Object{});
   EXPECT_TRUE(agent.m_Lifecycle.UnloadAll());
   EXPECT_TRUE(agent.m_Plugins.All().empty());
   const auto messages = log.Messages(BaseSDK::ALogger::Information);
@@ -235,7 +233,7 @@ TEST(PluginLifecycle, OneSharedObjectIsOnePlugin) {
   agent.m_Settings.m_Plugins[1].m_Path = agent.m_Settings.m_Plugins[0].m_Path;
   EXPECT_EQ(ErrorOfLoad(agent), "the plug-in two: " + (agent.m_Dir / "one.so").string() +
                                     " is loaded already: it cannot be two plug-ins at once");
-  EXPECT_EQ(agent.Call("RefreshTaskList", json::object())["result"], 1) << "the first one lives";
+  EXPECT_EQ(agent.Call("RefreshTaskList", Json::Object{})["result"], 1) << "the first one lives";
 }
 
 TEST(PluginLifecycle, AStartThatFailsGoesBackAllTheWay) {

@@ -1,8 +1,7 @@
 #include "agent/handler/run/OutputFile.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <regex>
 
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempDir.h"
@@ -87,9 +86,10 @@ TEST(OutputFile, WritesNotesOnLinesOfTheirOwn) {
   file.Append("no end");
   file.AppendNote("over");
   file.AppendNote("again");
-  const std::regex expected(
-      "no end\n-- \\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d over\n-- [-: 0-9]* again\n");
-  EXPECT_TRUE(std::regex_match(directory.Read("a.log"), expected)) << directory.Read("a.log");
+  EXPECT_THAT(
+      directory.Read("a.log"),
+      testing::MatchesRegex("no end\n-- [0-9]{4}(-[0-9]{2}){2} [0-9]{2}(:[0-9]{2}){2} over\n"
+                            "-- [-: 0-9]* again\n"));
 }
 
 TEST(OutputFile, SaysOnceThatItCannotBeWritten) {

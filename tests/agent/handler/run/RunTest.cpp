@@ -1,11 +1,11 @@
 // How commands are started and what becomes of them.
 #include <BaseSDK/ADateTime.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
-#include <regex>
 #include <string>
 
 #include "tests/agent/handler/run/SupervisorFixture.h"
@@ -21,16 +21,14 @@ class Run : public SupervisorFixture {
   // How long the run took, as the one message says that begins with `head` and goes on with the
   // seconds; negative without such a message.
   std::chrono::duration<double> TimeTold(const std::string& head) const {
-    const std::regex seconds("(\\d+\\.\\d{3}) s");
     std::chrono::duration<double> told(-1);
     for (const auto& line : m_Log.Lines()) {
       const std::string text = line.m_Message.ToUtf8();
-      std::smatch match;
-      if (text.starts_with(head) &&
-          std::regex_match(text.cbegin() + static_cast<std::ptrdiff_t>(head.size()), text.cend(),
-                           match, seconds)) {
+      if (text.starts_with(head)) {
+        const std::string seconds = text.substr(head.size());
+        EXPECT_THAT(seconds, testing::MatchesRegex("[0-9]+\\.[0-9]{3} s"));
         EXPECT_LT(told.count(), 0) << "said twice: " << text;
-        told = std::chrono::duration<double>(std::stod(match[1]));
+        told = std::chrono::duration<double>(std::stod(seconds));
       }
     }
     return told;

@@ -1,0 +1,147 @@
+#include "agent/library/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+
+namespace NoxAgent {
+
+struct CommandLine::Impl {
+  std::unique_ptr<CLI::App> m_Owned;  // null for a command: its parent's owns it
+  CLI::App& m_App;
+  std::vector<std::unique_ptr<CommandLine>> m_Commands;
+};
+
+namespace {
+
+/// Why the command line cannot be read, and where it is explained.
+std::string UsageMessage(const CLI::App& app, const CLI::ParseError& error) {
+  const auto used = app.get_subcommands();
+  if (!used.empty()) {
+    return std::string(error.what()) + "; see " + app.get_name() + ' ' + used.front()->get_name() +
+           " --help";
+  }
+  const bool hasCommands = app.get_require_subcommand_min() > 0;
+  const auto unknown = app.remaining();
+  const std::string what = unknown.empty() ? error.what()
+                                           : std::string("there is no ") +
+                                                 (hasCommands ? "command or option" : "option") +
+                                                 " \"" + unknown.front() + '"';
+  return what + "; see " + app.get_name() + " --help";
+}
+
+}  // namespace
+
+CommandLine::Value& CommandLine::Value::Required() {
+  (void)m_Option.required();
+  return *this;
+}
+
+CommandLine::Value& CommandLine::Value::Takes(const char* name) {
+  (void)m_Option.type_name(name);
+  return *this;
+}
+
+CommandLine::Value& CommandLine::Value::Check(
+    std::function<std::string(const std::string&)> check) {
+  (void)m_Option.check(std::move(check));
+  return *this;
+}
+
+CommandLine::Value& CommandLine::Value::Between(long least, long most) {
+  (void)m_Option.check(CLI::Range(least, most));
+  return *this;
+}
+
+CommandLine::CommandLine(std::unique_ptr<Impl> impl) : m_Impl(std::move(impl)) {}
+
+CommandLine::CommandLine(const std::string& name, const std::string& summary) {
+  auto app = std::make_unique<CLI::App>(summary, name);
+  CLI::App& borrowed = *app;
+  m_Impl.reset(new Impl{std::move(app), borrowed, {}});
+}
+
+CommandLine::~CommandLine() = default;
+
+CommandLine& CommandLine::Command(const std::string& name, const std::string& summary) {
+  (void)m_Impl->m_App.require_subcommand(1)->fallthrough();
+  std::unique_ptr<Impl> impl(new Impl{nullptr, *m_Impl->m_App.add_subcommand(name, summary), {}});
+  m_Impl->m_Commands.emplace_back(new CommandLine(std::move(impl)));
+  return *m_Impl->m_Commands.back();
+}
+
+void CommandLine::OnUse(std::function<void()> action) {
+  (void)m_Impl->m_App.callback(std::move(action));
+}
+
+void CommandLine::Footer(const std::string& text) {
+  (void)m_Impl->m_App.footer(text);
+}
+
+void CommandLine::Version(const std::string& text) {
+  (void)m_Impl->m_App.set_version_flag("--version", text);
+}
+
+CommandLine::Value CommandLine::Option(const std::string& name, std::string& value,
+                                       const std::string& help) {
+  return Value(*m_Impl->m_App.add_option(name, value, help));
+}
+
+CommandLine::Value CommandLine::Option(const std::string& name, long& value,
+                                       const std::string& help) {
+  return Value(*m_Impl->m_App.add_option(name, value, help));
+}
+
+CommandLine::Value CommandLine::Option(const std::string& name, unsigned& value,
+                                       const std::string& help) {
+  return Value(*m_Impl->m_App.add_option(name, value, help));
+}
+
+CommandLine::Value CommandLine::Option(const std::string& name, std::optional<long>& value,
+                                       const std::string& help) {
+  return Value(*m_Impl->m_App.add_option(name, value, help));
+}
+
+CommandLine::Value CommandLine::Option(const std::string& name, std::vector<std::string>& values,
+                                       const std::string& help) {
+  // One value each time: what follows is an argument again.
+  return Value(*m_Impl->m_App.add_option(name, values, help)->allow_extra_args(false));
+}
+
+void CommandLine::Flag(const std::string& name, bool& value, const std::string& help) {
+  (void)m_Impl->m_App.add_flag(name, value, help);
+}
+
+CommandLine::Value CommandLine::Argument(const std::string& name, std::string& value,
+                                         const std::string& help) {
+  return Option(name, value, help).Takes("");
+}
+
+CommandLine::Value CommandLine::Argument(const std::string& name, long& value,
+                                         const std::string& help) {
+  return Option(name, value, help).Takes("");
+}
+
+CommandLine::Value CommandLine::Argument(const std::string& name, std::optional<long>& value,
+                                         const std::string& help) {
+  return Option(name, value, help).Takes("");
+}
+
+CommandLine::Value CommandLine::Argument(const std::string& name, std::vector<std::string>& values,
+                                         const std::string& help) {
+  return Value(*m_Impl->m_App.add_option(name, values, help)).Takes("");
+}
+
+bool CommandLine::Parse(const std::vector<std::string>& words, std::ostream& out) {
+  CLI::App& app = m_Impl->m_App;
+  try {
+    app.parse(std::vector<std::string>(words.rbegin(), words.rend()));  // taken from the back
+    return true;
+  } catch (const CLI::ParseError& error) {
+    if (error.get_exit_code() != 0) {
+      throw CommandLineError(UsageMessage(app, error));
+    }
+    (void)app.exit(error, out, out);
+    return false;
+  }
+}
+
+}  // namespace NoxAgent

@@ -1,0 +1,97 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace CLI {
+class Option;
+}
+
+namespace NoxAgent {
+
+/// The command line cannot be read. The message tells why, and which --help explains it.
+class CommandLineError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// The command line of a program, or of one of its commands: what may stand there and where it
+/// goes. Describe it, then parse.
+///
+///     CommandLine line("noxctl", "Client of the Nox agent.");
+///     CommandLine& add = line.Command("add", "Add a task");
+///     add.Argument("FILE", file, "task document").Required();
+///     add.Option("--id", id, "the task's ID").Takes("ID");
+///     add.OnUse([&] { Add(file, id); });
+///     if (!line.Parse(arguments, std::cout)) return 0;  // --help or --version was all
+///
+/// What values are written to must outlive the parse. The work is done by a library, in one source
+/// file: this header is light, for many files include it.
+class CommandLine {
+ public:
+  /// What else holds for one option or argument.
+  class Value {
+   public:
+    explicit Value(CLI::Option& option) : m_Option(option) {}
+
+    Value& Required();
+    /// What it takes, as --help shows it: "FILE".
+    Value& Takes(const char* name);
+    /// `check` returns why a text is refused, or an empty text.
+    Value& Check(std::function<std::string(const std::string&)> check);
+    /// A number outside of these is refused.
+    Value& Between(long least, long most);
+
+   private:
+    CLI::Option& m_Option;
+  };
+
+  CommandLine(const std::string& name, const std::string& summary);
+  CommandLine(const CommandLine&) = delete;
+  CommandLine& operator=(const CommandLine&) = delete;
+  ~CommandLine();
+
+  /// A command. One of them must be given then, and options of this line may stand behind it.
+  CommandLine& Command(const std::string& name, const std::string& summary);
+  /// Called by Parse when this line is used; what it throws comes out of Parse.
+  void OnUse(std::function<void()> action);
+  /// Stands below the help of this line, and of commands that are added from now on.
+  void Footer(const std::string& text);
+  /// What --version answers.
+  void Version(const std::string& text);
+
+  /// `name` is one or more names with commas between them: "-n,--count".
+  Value Option(const std::string& name, std::string& value, const std::string& help);
+  Value Option(const std::string& name, long& value, const std::string& help);
+  Value Option(const std::string& name, unsigned& value, const std::string& help);
+  Value Option(const std::string& name, std::optional<long>& value, const std::string& help);
+  /// May be given several times.
+  Value Option(const std::string& name, std::vector<std::string>& values, const std::string& help);
+  void Flag(const std::string& name, bool& value, const std::string& help);
+
+  // Arguments stand by themselves, in the order in which they are added here.
+
+  Value Argument(const std::string& name, std::string& value, const std::string& help);
+  Value Argument(const std::string& name, long& value, const std::string& help);
+  Value Argument(const std::string& name, std::optional<long>& value, const std::string& help);
+  /// All that are left.
+  Value Argument(const std::string& name, std::vector<std::string>& values,
+                 const std::string& help);
+
+  /// Reads the words behind the program's name. False when they asked for --help or --version,
+  /// which is on `out` then. CommandLineError when they cannot be read.
+  bool Parse(const std::vector<std::string>& words, std::ostream& out);
+
+ private:
+  struct Impl;
+  explicit CommandLine(std::unique_ptr<Impl> impl);
+
+  std::unique_ptr<Impl> m_Impl;
+};
+
+}  // namespace NoxAgent
