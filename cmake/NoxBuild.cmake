@@ -4,6 +4,7 @@ include(GNUInstallDirs)
 option(NOX_BUILD_TESTS "Build the tests" ON)
 option(NOX_BUILD_BENCH "Build the benchmarks" OFF)
 option(NOX_BUILD_FUZZERS "Build the fuzz targets with the fuzzing engine (Clang)" OFF)
+option(NOX_PRECOMPILE "Compile the standard library's headers once for all files" ON)
 set(NOX_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize= takes them")
 
 set(CMAKE_CXX_STANDARD 20)
@@ -59,6 +60,40 @@ if(NOX_BUILD_FUZZERS)
 endif()
 
 find_package(Threads REQUIRED)
+
+# A compiler cache, where there is one: with it, what was compiled before costs nothing, also in
+# another folder. It has to be told that a precompiled header is as good as the headers themselves.
+find_program(NOX_CCACHE ccache)
+if(NOX_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND}" -E env
+    CCACHE_SLOPPINESS=pch_defines,time_macros "${NOX_CCACHE}")
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    add_compile_options(-fpch-preprocess)
+  else()
+    add_compile_options("SHELL:-Xclang -fno-pch-timestamp")
+  endif()
+endif()
+
+# nox_precompile(Target...): the headers of the standard library are half the work in a usual file.
+# They are compiled once for all libraries, which have the same flags.
+if(NOX_PRECOMPILE)
+  file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/StandardHeaders.cpp" CONTENT "\n")
+  add_library(standard_headers OBJECT EXCLUDE_FROM_ALL "${CMAKE_BINARY_DIR}/StandardHeaders.cpp")
+  target_precompile_headers(standard_headers PRIVATE <algorithm> <array> <atomic> <chrono> <cstdint>
+    <ctime> <functional> <map> <memory> <mutex> <optional> <set> <sstream> <string> <string_view>
+    <utility> <variant> <vector>)
+endif()
+function(nox_precompile)
+  if(NOX_PRECOMPILE)
+    foreach(target IN LISTS ARGN)
+      target_precompile_headers(${target} REUSE_FROM standard_headers)
+      # GCC forgets of a precompiled header that it is the system's, and warns of what its optimizer
+      # makes of std::string. The build that precompiles nothing keeps these warnings.
+      target_compile_options(${target} PRIVATE
+        "$<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds;-Wno-restrict;-Wno-stringop-overflow>")
+    endforeach()
+  endif()
+endfunction()
 
 function(nox_add_folders)
   foreach(folder IN LISTS ARGN)
