@@ -1,6 +1,7 @@
 #include <BaseSDK/AXmlDoc.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <iterator>
 #include <pugixml.hpp>
 #include <string>
@@ -30,6 +31,23 @@ void Locate(std::string_view text, std::size_t offset, AXmlDoc::AXmlError& error
               before.begin() + static_cast<std::ptrdiff_t>(lineBegin), before.end(), isCharacter));
 }
 
+/// Where the first character stands that UTF-8 has no form for; npos when there is none.
+std::size_t FindUnencodable(const std::wstring& text) {
+  const auto found = std::find_if(text.begin(), text.end(), [](wchar_t character) {
+    const auto c = static_cast<std::uint32_t>(character);
+    return (c >= 0xD800 && c <= 0xDFFF) || c > 0x10FFFF;
+  });
+  return found == text.end() ? std::wstring::npos : static_cast<std::size_t>(found - text.begin());
+}
+
+std::string WithoutByteOrderMark(const AString& text) {
+  std::string utf8 = text.ToUtf8();
+  if (utf8.starts_with(ByteOrderMark)) {
+    utf8.erase(0, ByteOrderMark.size());
+  }
+  return utf8;
+}
+
 /// In document order. To XPath, text and CDATA sections side by side are one text node: only the
 /// first of them stays. Nothing for an expression that cannot be read or yields, say, a number.
 std::vector<pugi::xpath_node> SelectNodes(const pugi::xml_document& document,
@@ -53,6 +71,7 @@ std::vector<pugi::xpath_node> SelectNodes(const pugi::xml_document& document,
 struct AXmlDoc::Impl {
   bool Parse(const AString& text);
   bool Fail(const std::string& message);
+  bool Fail(std::size_t offset, const std::string& message);
   std::vector<pugi::xpath_node> Select(const AString& xpath) const {
     return m_Parsed ? SelectNodes(m_Document, xpath) : std::vector<pugi::xpath_node>();
   }
@@ -74,25 +93,31 @@ bool AXmlDoc::Impl::Fail(const std::string& message) {
   return false;
 }
 
+bool AXmlDoc::Impl::Fail(std::size_t offset, const std::string& message) {
+  Locate(m_Text, offset, m_Error);
+  return Fail(message);
+}
+
 bool AXmlDoc::Impl::Parse(const AString& text) {
-  m_Text = text.ToUtf8();
+  m_Text = WithoutByteOrderMark(text);
   if (m_Text.size() > MaxBytes) {
     return Fail("the document is too large");
   }
-  if (m_Text.starts_with(ByteOrderMark)) {
-    m_Text.erase(0, ByteOrderMark.size());
-  }
   XmlScanner scanner(m_Text, MaxDepth);
   if (!scanner.Scan()) {
-    Locate(m_Text, scanner.ErrorOffset(), m_Error);
-    return Fail(scanner.Message());
+    return Fail(scanner.ErrorOffset(), scanner.Message());
+  }
+  // In the UTF-8 form such a character was replaced: the scanner could not see it.
+  const std::size_t wrong = FindUnencodable(text.Str());
+  if (wrong != std::wstring::npos) {
+    return Fail(WithoutByteOrderMark(text.Left(wrong)).size(),
+                "a character that XML does not allow");
   }
   // Everything becomes a node, so that texts apart stay apart and white space counts.
   const auto result = m_Document.load_buffer(
       m_Text.data(), m_Text.size(), pugi::parse_full | pugi::parse_ws_pcdata, pugi::encoding_utf8);
   if (!result) {
-    Locate(m_Text, static_cast<std::size_t>(result.offset), m_Error);
-    return Fail(result.description());
+    return Fail(static_cast<std::size_t>(result.offset), result.description());
   }
   m_Elements = scanner.Elements();
   m_Parsed = true;
