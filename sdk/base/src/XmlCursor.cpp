@@ -92,6 +92,19 @@ std::size_t XmlCursor::NameCharacterLength(bool isFirst) const {
   return (isFirst ? IsXmlNameStart(character) : IsXmlNameCharacter(character)) ? length : 0;
 }
 
+bool XmlCursor::ScanQuoted(std::string_view& value, const char* missing, const char* unended) {
+  const std::string_view quote = TakeQuote();
+  const std::size_t begin = m_Pos;
+  if (quote.empty()) {
+    return Fail(missing);
+  }
+  if (!ScanUntil(quote, unended)) {
+    return false;
+  }
+  value = m_Text.substr(begin, m_Pos - quote.size() - begin);
+  return true;
+}
+
 bool XmlCursor::ScanEquals(std::string_view name) {
   (void)SkipSpace();
   if (!Take("=")) {

@@ -40,6 +40,8 @@ class XmlCursor {
   /// Past the next `end`; every character before it must be allowed.
   bool ScanUntil(std::string_view end, const char* unended);
   bool ScanName(std::string_view& name, const char* missing);
+  /// quote value quote
+  bool ScanQuoted(std::string_view& value, const char* missing, const char* unended);
   /// [ space ] "=" [ space ], behind `name`
   bool ScanEquals(std::string_view name);
 

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "XmlCharacter.h"
+#include "XmlDeclaration.h"
 
 namespace BaseSDK {
 
@@ -213,10 +214,11 @@ bool XmlScanner::ScanInstruction() {
   if (!ScanName(target, "a name is missing after \"<?\"")) {
     return false;
   }
-  if (target == "xml" && begin != 0) {
-    return Fail(begin, "an XML declaration may stand at the very beginning only");
+  if (target == "xml") {
+    return begin == 0 ? ScanXmlDeclaration(*this)
+                      : Fail(begin, "an XML declaration may stand at the very beginning only");
   }
-  if (target != "xml" && IsReserved(target)) {
+  if (IsReserved(target)) {
     return Fail(begin, "a processing instruction may not be called " + Quoted(target));
   }
   if (Take("?>")) {

@@ -4,11 +4,116 @@
 namespace BaseSDK {
 namespace {
 
+// "<?xml" space version [ space encoding ] [ space standalone ] [ space ] "?>"
 TEST(AXmlDocProlog, XmlDeclaration) {
+  constexpr const char* misplaced = "an XML declaration may stand at the very beginning only";
+  constexpr const char* unspaced = "white space or \"?>\" is missing in an XML declaration";
+  constexpr const char* unversioned = "an XML declaration begins with its version";
+  constexpr const char* unordered =
+      "an XML declaration says version, encoding and standalone, in this order and once each";
   CheckAll({
-      {"<?xml version='1.0' encoding='ISO-8859-1' standalone='yes'?><a/>"},
-      {" <?xml version='1.0'?><a/>", 1, 2,
-       "an XML declaration may stand at the very beginning only"},
+      {"<?xml version='1.0'?><a/>"},
+      {"<?xml version=\"1.0\"?><a/>"},
+      {"<?xml\tversion\r\n=\n'1.0' ?><a/>"},
+      {"<?xml version='1.0' encoding='UTF-8'?><a/>"},
+      {"<?xml version='1.0' standalone='no'?><a/>"},
+      {"<?xml version='1.0'\nencoding = \"utf-8\"\tstandalone =\"yes\"\r\n?>\n<a/>"},
+      {"\xEF\xBB\xBF<?xml version='1.0'?><a/>"},
+      {" <?xml version='1.0'?><a/>", 1, 2, misplaced},
+      {"\n<?xml version='1.0'?><a/>", 2, 1, misplaced},
+      {"<!-- --><?xml version='1.0'?><a/>", 1, 9, misplaced},
+      {"<?xml version='1.0'?><?xml version='1.0'?><a/>", 1, 22, misplaced},
+      {"<a><?xml version='1.0'?></a>", 1, 4, misplaced},
+      {"<a/><?xml version='1.0'?>", 1, 5, misplaced},
+      {"<?xml?><a/>", 1, 6, unversioned},
+      {"<?xml ?><a/>", 1, 7, unversioned},
+      {"<?xml encoding='UTF-8'?><a/>", 1, 7, unversioned},
+      {"<?xml\nencoding='UTF-8' version='1.0'?><a/>", 2, 1, unversioned},
+      {"<?xml standalone='yes'?><a/>", 1, 7, unversioned},
+      {"<?xml VERSION='1.0'?><a/>", 1, 7, unversioned},
+      {"<?xml versions='1.0'?><a/>", 1, 7, unversioned},
+      {"<?xml version='1.0' version='1.0'?><a/>", 1, 21, unordered},
+      {"<?xml version='1.0' encoding='a' encoding='a'?><a/>", 1, 34, unordered},
+      {"<?xml version='1.0' standalone='no' standalone='no'?><a/>", 1, 37, unordered},
+      {"<?xml version='1.0' standalone='no' encoding='a'?><a/>", 1, 37, unordered},
+      {"<?xml version='1.0' encoding='a' version='1.0'?><a/>", 1, 34, unordered},
+      {"<?xml version='1.0' valid='no'?><a/>", 1, 21, unordered},
+      {"<?xml version='1.0' Encoding='a'?><a/>", 1, 21, unordered},
+      {"<?xml version='1.0'encoding='a'?><a/>", 1, 20, unspaced},
+      {"<?xml version='1.0' encoding='a'standalone='no'?><a/>", 1, 33, unspaced},
+      {"<?xml version='1.0'", 1, 20, unspaced},
+      {"<?xml version='1.0'><a/>", 1, 20, unspaced},
+      {"<?xml version='1.0'? ><a/>", 1, 20, unspaced},
+      {"<?xml='1.0'?><a/>", 1, 6, unspaced},
+      {"<?xml version='1.0' ><a/>", 1, 21, "an XML declaration ends with \"?>\""},
+      {"<?xml version='1.0' ", 1, 21, "an XML declaration ends with \"?>\""},
+      {"<?xml version='1.0' ? ><a/>", 1, 21, "an XML declaration ends with \"?>\""},
+      {"<?xml version '1.0'?><a/>", 1, 15, "\"=\" is missing after \"version\""},
+      {"<?xml version?><a/>", 1, 14, "\"=\" is missing after \"version\""},
+      {"<?xml version=1.0?><a/>", 1, 15, "a value in quotes is expected"},
+      {"<?xml version=?><a/>", 1, 15, "a value in quotes is expected"},
+      {"<?xml version='1.0' encoding=UTF-8?><a/>", 1, 30, "a value in quotes is expected"},
+  });
+}
+
+TEST(AXmlDocProlog, XmlVersion) {
+  constexpr const char* wrong = "a version is \"1.0\", or \"1.\" and other digits";
+  CheckAll({
+      // A reader of XML 1.0 takes documents of a later minor version for its own.
+      {"<?xml version='1.1'?><a/>"},
+      {"<?xml version='1.00'?><a/>"},
+      {"<?xml version='1.9876543210'?><a/>"},
+      {"<?xml version=''?><a/>", 1, 16, wrong},
+      {"<?xml version='1'?><a/>", 1, 16, wrong},
+      {"<?xml version='1.'?><a/>", 1, 16, wrong},
+      {"<?xml version='2.0'?><a/>", 1, 16, wrong},
+      {"<?xml version='01.0'?><a/>", 1, 16, wrong},
+      {"<?xml version='1,0'?><a/>", 1, 16, wrong},
+      {"<?xml version='1.0.0'?><a/>", 1, 16, wrong},
+      {"<?xml version='1.0a'?><a/>", 1, 16, wrong},
+      {"<?xml version='-1.0'?><a/>", 1, 16, wrong},
+      {"<?xml version='1.0 '?><a/>", 1, 16, wrong},
+      {"<?xml version=' 1.0'?><a/>", 1, 16, wrong},
+      {"<?xml\n version='&#49;.0'?><a/>", 2, 11, wrong},
+      {"<?xml version='1.0\" encoding='UTF-8'?><a/>", 1, 16, wrong},
+      {"<?xml version='1.0?><a/>", 1, 16, wrong},
+      {"<?xml version='1.\x01'?><a/>", 1, 18, "a character that XML does not allow"},
+  });
+}
+
+// The text is decoded already, so the name is looked at, but never obeyed.
+TEST(AXmlDocProlog, AnyNameOfAnEncoding) {
+  constexpr const char* wrong =
+      "the name of an encoding is a letter, then letters, digits, \".\", \"_\" and \"-\"";
+  CheckAll({
+      {"<?xml version='1.0' encoding='ISO-8859-1'?><a>\xC3\xA4</a>"},
+      {"<?xml version='1.0' encoding='UTF-16'?><a>\xC3\xA4</a>"},
+      {"<?xml version='1.0' encoding='US-ASCII'?><a>\xC3\xA4</a>"},
+      {"<?xml version='1.0' encoding='x'?><a/>"},
+      {"<?xml version='1.0' encoding='A1._-Z9z'?><a/>"},
+      {"<?xml version='1.0' encoding=''?><a/>", 1, 31, wrong},
+      {"<?xml version='1.0' encoding=' UTF-8'?><a/>", 1, 31, wrong},
+      {"<?xml version='1.0' encoding='UTF-8 '?><a/>", 1, 31, wrong},
+      {"<?xml version='1.0' encoding='8859'?><a/>", 1, 31, wrong},
+      {"<?xml version='1.0' encoding='-8'?><a/>", 1, 31, wrong},
+      {"<?xml version='1.0' encoding='UTF:8'?><a/>", 1, 31, wrong},
+      {"<?xml version='1.0' encoding='UTF/8'?><a/>", 1, 31, wrong},
+      {"<?xml version='1.0' encoding='\xC3\xA4'?><a/>", 1, 31, wrong},
+  });
+  const AXmlDoc document{AString("<?xml version='1.0' encoding='ISO-8859-1'?><a>\xC3\xA4</a>")};
+  EXPECT_EQ(document.SelectSingleNode("/a/text()"), AString("\xC3\xA4"));
+}
+
+TEST(AXmlDocProlog, Standalone) {
+  constexpr const char* wrong = "standalone is \"yes\" or \"no\"";
+  CheckAll({
+      {"<?xml version='1.0' standalone='yes'?><!DOCTYPE a SYSTEM 'a.dtd'><a/>"},
+      {"<?xml version='1.0' standalone='YES'?><a/>", 1, 33, wrong},
+      {"<?xml version='1.0' standalone='No'?><a/>", 1, 33, wrong},
+      {"<?xml version='1.0' standalone=''?><a/>", 1, 33, wrong},
+      {"<?xml version='1.0' standalone='yes '?><a/>", 1, 33, wrong},
+      {"<?xml version='1.0' standalone='true'?><a/>", 1, 33, wrong},
+      {"<?xml version='1.0' standalone=yes?><a/>", 1, 32, "a value in quotes is expected"},
   });
 }
 

@@ -8,9 +8,20 @@ namespace BaseSDK {
 
 /// A parsed XML 1.0 document, read through XPath 1.0 selections.
 ///
-/// Only well-formed documents parse: one root element, matching tags, distinct attributes, no
-/// undeclared entities. A document type declaration with an internal subset is refused, and nothing
-/// outside the text is ever read. Size and nesting are bounded (see the constants).
+/// Only well-formed documents parse, by the grammar of XML 1.0 in its fifth edition. On top of it:
+/// - Nothing may be declared within the document: a document type declaration with an internal
+///   subset ("[...]", even an empty one) is refused.
+/// - Nothing outside the text is ever read. A document type declaration may refer to an external
+///   subset, but no entities beside the predefined five are known: a reference to any other one is
+///   refused, even where the external subset could declare it.
+/// - Size and nesting are bounded (see the constants).
+///
+/// What the grammar leaves to the reader:
+/// - Versions 1.1, 1.2, ... are read as 1.0, which is what the fifth edition asks for; others are
+///   refused.
+/// - Any well-formed name of an encoding is accepted, and none is obeyed: the text was decoded
+///   before it came here. A byte order mark at its beginning is left out.
+/// - Nothing is validated, and prefixes of names need not be declared as namespaces.
 ///
 /// A document object belongs to one thread at a time. One that was moved from may be assigned,
 /// parsed again or destroyed.
