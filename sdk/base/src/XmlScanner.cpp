@@ -5,6 +5,7 @@
 
 #include "XmlCharacter.h"
 #include "XmlDeclaration.h"
+#include "XmlDocType.h"
 
 namespace BaseSDK {
 
@@ -228,27 +229,13 @@ bool XmlScanner::ScanInstruction() {
                      : Fail("white space is missing after " + Quoted(target));
 }
 
-/// Nothing of it is used; entities could be declared in an internal subset, so that is refused.
 bool XmlScanner::ScanDocType() {
-  const std::size_t begin = Offset();
   if (m_SawDocType || !m_Elements.empty()) {
     return Fail("a document type declaration out of place");
   }
   m_SawDocType = true;
   (void)Take("<!DOCTYPE");
-  while (!AtEnd()) {
-    if (LooksAt("[") || LooksAt("<")) {
-      return Fail("declarations within the document are not accepted");
-    }
-    if (Take(">")) {
-      return true;
-    }
-    const std::string_view quote = TakeQuote();
-    if (!(quote.empty() ? ScanCharacter() : ScanUntil(quote, "a literal is not closed"))) {
-      return false;
-    }
-  }
-  return Fail(begin, "a document type declaration is not closed");
+  return ScanXmlDocType(*this);
 }
 
 }  // namespace BaseSDK

@@ -13,8 +13,8 @@ namespace BaseSDK {
 /// elements end.
 ///
 /// The library behind AXmlDoc reads much that is not well formed, and does not say how an element
-/// was written; both matter to callers. Left out of the full rules: what a document type
-/// declaration says. Declarations within the document are refused.
+/// was written; both matter to callers. Refused though well formed: declarations within the
+/// document, references to entities that would need some, and elements nested too deeply.
 class XmlScanner : private XmlCursor {
  public:
   /// `text` is UTF-8 and is borrowed for the scanner's life.

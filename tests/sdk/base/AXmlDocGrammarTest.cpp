@@ -111,6 +111,7 @@ TEST(AXmlDocGrammar, Names) {
       {"<a \xCC\x80='1'/>", 1, 4, "a character that no name begins with"},
       {"<a></\xC3\x97>", 1, 6, "a character that no name begins with"},
       {"<a><?\xC3\x97?></a>", 1, 6, "a character that no name begins with"},
+      {"<!DOCTYPE \xC3\x97><a/>", 1, 11, "a character that no name begins with"},
       // Just outside the ranges.
       {"<a\xC2\xBF/>", 1, 3, "a character that no name holds"},
       {"<a\xC3\x97/>", 1, 3, "a character that no name holds"},

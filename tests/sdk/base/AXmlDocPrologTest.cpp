@@ -117,16 +117,104 @@ TEST(AXmlDocProlog, Standalone) {
   });
 }
 
+// "<!DOCTYPE" space name [ space external identifier ] [ space ] ">"
 TEST(AXmlDocProlog, DocumentType) {
+  constexpr const char* unspaced = "white space is missing in a document type declaration";
+  constexpr const char* unended = "\">\" is missing after a document type declaration";
   CheckAll({
       {"<!DOCTYPE a><a/>"},
-      {"<!DOCTYPE a SYSTEM \"a>b.dtd\"><a/>"},
-      {"<!DOCTYPE a [<!ENTITY x 'y'>]><a>&x;</a>", 1, 13,
-       "declarations within the document are not accepted"},
+      {"<!DOCTYPE\n\ta\r\n><a/>"},
+      {"<!-- --><?pi?> <!DOCTYPE a> <!-- --><?pi?><a/>"},
+      {"<?xml version='1.0'?><!DOCTYPE a><a/>"},
+      {"<!DOCTYPE other><a/>"},
+      {"<!DOCTYPE \xC3\xA4:b><a/>"},
+      {"<!DOCTYPE SYSTEM><a/>"},
+      {"<!DOCTYPE><a/>", 1, 10, "white space is missing after \"<!DOCTYPE\""},
+      {"<!DOCTYPEa><a/>", 1, 10, "white space is missing after \"<!DOCTYPE\""},
+      {"<!DOCTYPE", 1, 10, "white space is missing after \"<!DOCTYPE\""},
+      {"<!DOCTYPE ><a/>", 1, 11, "the name of the root element is expected"},
+      {"<!DOCTYPE 1><a/>", 1, 11, "the name of the root element is expected"},
+      {"<!DOCTYPE \x02 a><a/>", 1, 11, "the name of the root element is expected"},
+      {"<!doctype a><a/>", 1, 2, "a name is missing after \"<\""},
+      {"<! DOCTYPE a><a/>", 1, 2, "a name is missing after \"<\""},
+      {"<!DOCTYPE a", 1, 12, unended},
+      {"<!DOCTYPE a b><a/>", 1, 13, unended},
+      {"<!DOCTYPE a -- c --><a/>", 1, 13, unended},
+      {"<!DOCTYPE a 'x'><a/>", 1, 13, unended},
+      {"<!DOCTYPE a'x'><a/>", 1, 12, unended},
+      {"<!DOCTYPE a <a/>", 1, 13, unended},
+      {"<!DOCTYPE a system 'x'><a/>", 1, 13, unended},
+      {"<!DOCTYPE aSYSTEM 'x'><a/>", 1, 19, unended},
+      {"<!DOCTYPE a/>", 1, 12, unended},
+      {"<!DOCTYPE a SYSTEM 'x' 'y'><a/>", 1, 24, unended},
+      {"<!DOCTYPE a SYSTEM 'x' NDATA n><a/>", 1, 24, unended},
+      {"<!DOCTYPE a SYSTEM'x'><a/>", 1, 19, unspaced},
+      {"<!DOCTYPE a SYSTEM><a/>", 1, 19, unspaced},
+      {"<!DOCTYPE a SYSTEMS 'x'><a/>", 1, 19, unspaced},
+      {"<!DOCTYPE a PUBLIC'x' 'y'><a/>", 1, 19, unspaced},
+      {"<!DOCTYPE a PUBLIC 'x''y'><a/>", 1, 23, unspaced},
+      {"<!DOCTYPE a PUBLIC 'x'><a/>", 1, 23, unspaced},
       {"<a/><!DOCTYPE a>", 1, 5, "a document type declaration out of place"},
+      {"<a><!DOCTYPE a></a>", 1, 4, "a document type declaration out of place"},
       {"<!DOCTYPE a><!DOCTYPE a><a/>", 1, 13, "a document type declaration out of place"},
-      {"<!DOCTYPE a", 1, 1, "a document type declaration is not closed"},
-      {"<!DOCTYPE \x02 a><a/>", 1, 11, "a character that XML does not allow"},
+  });
+}
+
+TEST(AXmlDocProlog, SystemIdentifier) {
+  constexpr const char* missing = "a system identifier in quotes is expected";
+  CheckAll({
+      {"<!DOCTYPE a SYSTEM 'a.dtd'><a/>"},
+      {"<!DOCTYPE a SYSTEM \"a>b<!--['.dtd#x\" ><a/>"},
+      {"<!DOCTYPE a SYSTEM\n'\"\xC3\xA4&%x;'><a/>"},
+      {"<!DOCTYPE a SYSTEM ''><a/>"},
+      {"<!DOCTYPE a SYSTEM x><a/>", 1, 20, missing},
+      {"<!DOCTYPE a SYSTEM ><a/>", 1, 20, missing},
+      {"<!DOCTYPE a PUBLIC 'x' ><a/>", 1, 24, missing},
+      {"<!DOCTYPE a PUBLIC 'x' [", 1, 24, missing},
+      {"<!DOCTYPE a SYSTEM 'x>", 1, 21, "a system identifier is not closed"},
+      {"<!DOCTYPE a SYSTEM 'x\"><a/>", 1, 21, "a system identifier is not closed"},
+      {"<!DOCTYPE a SYSTEM '\x01'><a/>", 1, 21, "a character that XML does not allow"},
+  });
+}
+
+TEST(AXmlDocProlog, PublicIdentifier) {
+  constexpr const char* wrong = "a character that no public identifier holds";
+  CheckAll({
+      {"<!DOCTYPE a PUBLIC '' ''><a/>"},
+      {"<!DOCTYPE a PUBLIC '-//X//DTD Y 1.0//EN' 'y.dtd'><a/>"},
+      {"<!DOCTYPE a PUBLIC \"aZ09 \r\n-'()+,./:=?;!*#@$_%\" \"y\"><a/>"},
+      {"<!DOCTYPE a PUBLIC x 'y'><a/>", 1, 20, "a public identifier in quotes is expected"},
+      {"<!DOCTYPE a PUBLIC ><a/>", 1, 20, "a public identifier in quotes is expected"},
+      {"<!DOCTYPE a PUBLIC 'x><a/>", 1, 21, "a public identifier is not closed"},
+      {"<!DOCTYPE a PUBLIC '[' 'y'><a/>", 1, 21, wrong},
+      {"<!DOCTYPE a PUBLIC '12{' 'y'><a/>", 1, 23, wrong},
+      {"<!DOCTYPE a PUBLIC '\"' 'y'><a/>", 1, 21, wrong},
+      {"<!DOCTYPE a PUBLIC '&' 'y'><a/>", 1, 21, wrong},
+      {"<!DOCTYPE a PUBLIC '<' 'y'><a/>", 1, 21, wrong},
+      {"<!DOCTYPE a PUBLIC '>' 'y'><a/>", 1, 21, wrong},
+      {"<!DOCTYPE a PUBLIC 'a\n]' 'y'><a/>", 2, 1, wrong},
+      {"<!DOCTYPE a PUBLIC '^' 'y'><a/>", 1, 21, wrong},
+      {"<!DOCTYPE a PUBLIC '~' 'y'><a/>", 1, 21, wrong},
+      {"<!DOCTYPE a PUBLIC 'a\tb' 'y'><a/>", 1, 22, wrong},
+      {"<!DOCTYPE a PUBLIC '\xC3\xA4' 'y'><a/>", 1, 21, wrong},
+      {"<!DOCTYPE a PUBLIC '[' 'y' [<!ELEMENT a ANY>]><a/>", 1, 21, wrong},
+  });
+}
+
+// Entities and values of attributes could be declared there: leaving them out would change what the
+// document says.
+TEST(AXmlDocProlog, NoDeclarationsWithinTheDocument) {
+  constexpr const char* refused = "declarations within the document are not accepted";
+  CheckAll({
+      {"<!DOCTYPE a [<!ENTITY x 'y'>]><a>&x;</a>", 1, 13, refused},
+      {"<!DOCTYPE a[]><a/>", 1, 12, refused},
+      {"<!DOCTYPE a\n[ ]><a/>", 2, 1, refused},
+      {"<!DOCTYPE a SYSTEM 'x' [<!ATTLIST a b CDATA 'c'>]><a/>", 1, 24, refused},
+      {"<!DOCTYPE a PUBLIC 'x' 'y'[", 1, 27, refused},
+      {"<!DOCTYPE a SYSTEM 'x'><a>&x;</a>", 1, 27, "there is no entity \"&x;\""},
+      {"<!ENTITY x 'y'><a/>", 1, 2, "a name is missing after \"<\""},
+      {"<!ELEMENT a ANY><a/>", 1, 2, "a name is missing after \"<\""},
+      {"<a><![INCLUDE[x]]></a>", 1, 5, "a name is missing after \"<\""},
   });
 }
 
