@@ -41,6 +41,6 @@ void NextRunOn30February(benchmark::State& state) {
   const long now = 1109635200;
   for (auto _ : state) trigger.CalculateNextRunTime(now, false);
 }
-BENCHMARK(NextRunOn30February)->Unit(benchmark::kMicrosecond);
+BENCHMARK(NextRunOn30February)->Unit(benchmark::Microsecond);
 
 }  // namespace

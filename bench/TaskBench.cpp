@@ -18,7 +18,7 @@ void BuildTask(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(CTask(nullptr, L"T1", text));
   state.counters["document_bytes"] = static_cast<double>(document.size());
 }
-BENCHMARK(BuildTask)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BuildTask)->Unit(benchmark::Microsecond);
 
 void MemoryOfLoadedTasks(benchmark::State& state) {
   const AString text = AString::FromUtf8(Workbench::DailyTask());
@@ -47,6 +47,6 @@ void RegisterRun(benchmark::State& state) {
   for (auto _ : state) task.RegisterRun();
   (void)scheduler.Uninitialize(1);
 }
-BENCHMARK(RegisterRun)->Unit(benchmark::kMicrosecond)->UseRealTime();
+BENCHMARK(RegisterRun)->Unit(benchmark::Microsecond)->UseRealTime();
 
 }  // namespace

@@ -1,26 +1,27 @@
 #include "agent/client/AgentApi.h"
 
+#include "agent/client/ExitCode.h"
+
 #include <algorithm>
 #include <set>
-
-#include "agent/client/ExitCode.h"
 
 namespace NoxAgent {
 
 namespace {
 
-constexpr unsigned kHttpOk = 200;
-constexpr unsigned kHttpUnprocessable = 422;
-constexpr const char* kBadTaskId = "bad-task-id";
+constexpr unsigned HttpOk = 200;
+constexpr unsigned HttpUnprocessable = 422;
+constexpr const char* BadTaskId = "bad-task-id";
 // Requests sent before the first answer is read: all of them fit into a socket's buffer.
-constexpr std::size_t kAtOnce = 32;
-constexpr const char* kScheduler = "/v1/scheduler/INoxTaskScheduler/";
+constexpr std::size_t AtOnce = 32;
+constexpr const char* Scheduler = "/v1/scheduler/INoxTaskScheduler/";
 
 // "message (line 3, column 7)"
 std::string DescribeError(const Json& error) {
   std::string text = error.Text("message", "the agent gives no reason");
-  if (error.Has("line"))
+  if (error.Has("line")) {
     text += " (line " + error.At("line").Dump() + ", column " + error.At("column").Dump() + ")";
+  }
   return text;
 }
 
@@ -28,7 +29,7 @@ std::string DescribeError(const Json& error) {
 class Refusal : public CommandError {
  public:
   Refusal(unsigned status, const Json& error)
-      : CommandError(status == kHttpUnprocessable ? ExitCode::Usage : ExitCode::Failed,
+      : CommandError(status == HttpUnprocessable ? ExitCode::Usage : ExitCode::Failed,
                      "the agent refuses: " + DescribeError(error)),
         m_Name(error.Text("code", "")) {}
 
@@ -49,11 +50,14 @@ std::optional<Json> ObjectIn(const std::string& text) {
 }
 
 Json Answer(const HttpResponse& response) {
-  if (response.m_Status == kHttpOk)
+  if (response.m_Status == HttpOk) {
     return response.m_Body.empty() ? Json::Object{} : Json::Parse(response.m_Body);
+  }
   const auto body = ObjectIn(response.m_Body);
   const Json* const error = body ? body->Find("error") : nullptr;
-  if (error != nullptr && error->IsObject()) throw Refusal(response.m_Status, *error);
+  if (error != nullptr && error->IsObject()) {
+    throw Refusal(response.m_Status, *error);
+  }
   throw CommandError(ExitCode::Failed, "the agent answers with HTTP status " +
                                            std::to_string(response.m_Status) +
                                            "; see its log for the reason");
@@ -74,16 +78,22 @@ std::string BodyOf(const Json& arguments) {
 
 std::vector<Json> ArgumentsFor(const std::vector<std::string>& ids) {
   std::vector<Json> arguments;
-  for (const std::string& id : ids) arguments.push_back({{"taskId", id}});
+  for (const std::string& id : ids) {
+    arguments.push_back({{"taskId", id}});
+  }
   return arguments;
 }
 
 // Adds what an enumeration has found; false at its end.
 bool TakeId(const Json& answer, std::set<std::string>& ids) {
-  if (ResultOf(answer) <= 0) return false;
+  if (ResultOf(answer) <= 0) {
+    return false;
+  }
   const std::string id = OutText(answer, "taskId");
   const bool isTask = !id.empty() && id.front() != '.';  // it also returns "." and ".."
-  if (isTask) ids.insert(id);
+  if (isTask) {
+    ids.insert(id);
+  }
   return true;
 }
 
@@ -94,7 +104,9 @@ std::optional<Json> AnswerForTask(const HttpResponse& response) {
     return ResultOf(answer) < 1 ? std::nullopt : std::optional<Json>(std::move(answer));
   } catch (const Refusal& refusal) {
     // The task directory may hold files of other names, and they are enumerated as well.
-    if (refusal.Name() == kBadTaskId) return std::nullopt;
+    if (refusal.Name() == BadTaskId) {
+      return std::nullopt;
+    }
     throw;
   }
 }
@@ -106,23 +118,27 @@ std::optional<std::string> TaskXmlIn(const HttpResponse& response) {
 
 std::optional<AgentApi::Attributes> AttributesIn(const HttpResponse& response) {
   const std::optional<Json> answer = AnswerForTask(response);
-  if (!answer) return std::nullopt;
+  if (!answer) {
+    return std::nullopt;
+  }
   AgentApi::Attributes attributes;
-  for (const auto& [key, value] : answer->At("out").At("attributes").Members())
+  for (const auto& [key, value] : answer->At("out").At("attributes").Members()) {
     attributes[key] = value.Text();
+  }
   return attributes;
 }
 
 }  // namespace
 
 HttpConnection& AgentApi::Connection() {
-  if (m_Connection == nullptr || !m_Connection->IsOpen())
+  if (m_Connection == nullptr || !m_Connection->IsOpen()) {
     m_Connection = std::make_unique<HttpConnection>(m_SocketPath);
+  }
   return *m_Connection;
 }
 
 Json AgentApi::Call(const std::string& operation, const Json& arguments, const std::string& query) {
-  return Answer(Connection().Post(kScheduler + operation + query, BodyOf(arguments)));
+  return Answer(Connection().Post(Scheduler + operation + query, BodyOf(arguments)));
 }
 
 std::vector<HttpResponse> AgentApi::CallAll(const std::string& operation,
@@ -130,20 +146,23 @@ std::vector<HttpResponse> AgentApi::CallAll(const std::string& operation,
   std::vector<HttpResponse> answers;
   while (answers.size() < arguments.size()) {
     std::vector<std::string> bodies;
-    for (std::size_t i = answers.size(); i < arguments.size() && bodies.size() < kAtOnce; ++i)
+    for (std::size_t i = answers.size(); i < arguments.size() && bodies.size() < AtOnce; ++i) {
       bodies.push_back(BodyOf(arguments[i]));
-    for (HttpResponse& answer : Connection().PostAll(kScheduler + operation, bodies))
+    }
+    for (HttpResponse& answer : Connection().PostAll(Scheduler + operation, bodies)) {
       answers.push_back(std::move(answer));
+    }
   }
   return answers;
 }
 
 std::string AgentApi::AddTask(const std::string& id, const std::string& xml, bool force) {
   const Json answer = Call("AddTask", {{"taskId", id}, {"taskXml", xml}}, force ? "?force=1" : "");
-  if (ResultOf(answer) < 1)
+  if (ResultOf(answer) < 1) {
     throw CommandError(ExitCode::Failed,
                        "the scheduler could not store the task; see that its directory can be "
                        "written and has room");
+  }
   return OutText(answer, "newTaskId");
 }
 
@@ -155,10 +174,13 @@ std::vector<std::string> AgentApi::TaskIds() {
   while (more) {
     // Asked some times past the end at last, which does no harm.
     for (const HttpResponse& next :
-         CallAll("FindNextTask", std::vector<Json>(kAtOnce, {{"handle", handle}})))
+         CallAll("FindNextTask", std::vector<Json>(AtOnce, {{"handle", handle}}))) {
       more = more && TakeId(Answer(next), ids);
+    }
   }
-  if (!handle.empty()) (void)Call("FindClose", {{"handle", handle}});
+  if (!handle.empty()) {
+    (void)Call("FindClose", {{"handle", handle}});
+  }
   return {ids.begin(), ids.end()};
 }
 
@@ -168,8 +190,9 @@ std::optional<std::string> AgentApi::TaskXml(const std::string& id) {
 
 std::vector<std::optional<std::string>> AgentApi::TaskXmls(const std::vector<std::string>& ids) {
   std::vector<std::optional<std::string>> documents;
-  for (const HttpResponse& response : CallAll("GetTaskXML", ArgumentsFor(ids)))
+  for (const HttpResponse& response : CallAll("GetTaskXML", ArgumentsFor(ids))) {
     documents.push_back(TaskXmlIn(response));
+  }
   return documents;
 }
 
@@ -180,8 +203,9 @@ std::optional<AgentApi::Attributes> AgentApi::TaskAttributes(const std::string& 
 std::vector<std::optional<AgentApi::Attributes>> AgentApi::TaskAttributes(
     const std::vector<std::string>& ids) {
   std::vector<std::optional<Attributes>> reports;
-  for (const HttpResponse& response : CallAll("GetTaskAttributes", ArgumentsFor(ids)))
+  for (const HttpResponse& response : CallAll("GetTaskAttributes", ArgumentsFor(ids))) {
     reports.push_back(AttributesIn(response));
+  }
   return reports;
 }
 
@@ -219,7 +243,9 @@ void AgentApi::Follow(const std::function<void()>& opened,
     const auto notification = ObjectIn(line);
     return !notification || next(*notification);
   });
-  if (end.m_Status != kHttpOk) (void)Answer(end);
+  if (end.m_Status != HttpOk) {
+    (void)Answer(end);
+  }
 }
 
 }  // namespace NoxAgent

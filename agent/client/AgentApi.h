@@ -1,6 +1,7 @@
-// What the agent can be asked, as plain calls. Each one is a request to its control socket, or one
-// for each ID; docs of the requests: docs/http.md.
 #pragma once
+
+#include "agent/client/HttpConnection.h"
+#include "agent/library/Json.h"
 
 #include <functional>
 #include <map>
@@ -9,34 +10,34 @@
 #include <string>
 #include <vector>
 
-#include "agent/client/HttpConnection.h"
-#include "agent/library/Json.h"
-
 namespace NoxAgent {
 
-// All texts are UTF-8. Every call ends in a CommandError when the agent cannot be reached
-// (Unreachable) or answers with an error, its message in the exception: Usage when the agent finds
-// fault with what it was given (an ID, a document, a state), else Failed. An answer that is none of
-// the agent's is a JsonError.
-//
-// Calls in a row share a connection.
+/// What the agent can be asked, as plain calls. Each one is a request to its control socket, or one
+/// for each ID; docs of the requests: docs/http.md.
+///
+/// All texts are UTF-8. Every call ends in a CommandError when the agent cannot be reached
+/// (Unreachable) or answers with an error, its message in the exception: Usage when the agent finds
+/// fault with what it was given (an ID, a document, a state), else Failed. An answer that is none
+/// of the agent's is a JsonError.
+///
+/// Calls in a row share a connection.
 class AgentApi {
  public:
   explicit AgentApi(std::string socketPath) : m_SocketPath(std::move(socketPath)) {}
 
-  // The ID under which the task is stored. `force` has the agent take a document that never runs.
+  /// The ID under which the task is stored. `force` has the agent take a document that never runs.
   std::string AddTask(const std::string& id, const std::string& xml, bool force);
-  std::vector<std::string> TaskIds();  // in alphabetical order
-  // Nothing when there is no such task, or when it cannot be a task's ID.
+  std::vector<std::string> TaskIds();  ///< in alphabetical order
+  /// Nothing when there is no such task, or when it cannot be a task's ID.
   std::optional<std::string> TaskXml(const std::string& id);
-  // The same for many, and far quicker than one by one.
+  /// The same for many, and far quicker than one by one.
   std::vector<std::optional<std::string>> TaskXmls(const std::vector<std::string>& ids);
-  // The scheduler's report on a task (t0, t1 and so on); nothing when it does not hold the task,
-  // or when that cannot be a task's ID.
+  /// The scheduler's report on a task (t0, t1 and so on); nothing when it does not hold the task,
+  /// or when that cannot be a task's ID.
   using Attributes = std::map<std::string, std::string>;
   std::optional<Attributes> TaskAttributes(const std::string& id);
   std::vector<std::optional<Attributes>> TaskAttributes(const std::vector<std::string>& ids);
-  // The next three are false when there is no such task; EnableTask also when nothing changed.
+  /// The next three are false when there is no such task; EnableTask also when nothing changed.
   bool DeleteTask(const std::string& id);
   bool EnableTask(const std::string& id, bool enable);
   bool SetRunState(const std::string& id, const std::string& state);
@@ -45,20 +46,20 @@ class AgentApi {
   void Refresh();
   void Notify(long kind, long code, const std::string& text);
 
-  // Hands over each of the agent's notifications, as the agent wrote it, until `next` returns false
-  // or the agent ends. `opened` is called once, when no notification can be missed any more.
+  /// Hands over each of the agent's notifications, as the agent wrote it, until `next` returns
+  /// false or the agent ends. `opened` is called once, when no notification can be missed any more.
   void Follow(const std::function<void()>& opened, const std::function<bool(const Json&)>& next);
 
  private:
-  // The whole answer to an operation of the scheduler: "result" and "out".
+  /// The whole answer to an operation of the scheduler: "result" and "out".
   Json Call(const std::string& operation, const Json& arguments, const std::string& query = {});
-  // The agent's answers to calls of one operation, in order.
+  /// The agent's answers to calls of one operation, in order.
   std::vector<HttpResponse> CallAll(const std::string& operation,
                                     const std::vector<Json>& arguments);
   HttpConnection& Connection();
 
   std::string m_SocketPath;
-  std::unique_ptr<HttpConnection> m_Connection;  // of the last call, null before the first
+  std::unique_ptr<HttpConnection> m_Connection;  ///< of the last call, null before the first
 };
 
 }  // namespace NoxAgent

@@ -1,18 +1,20 @@
 #include "agent/client/ChosenZone.h"
 
+#include "agent/client/ExitCode.h"
+#include "agent/library/Pattern.h"
+
 #include <cstdlib>
 #include <ctime>
 #include <fstream>
-
-#include "agent/client/ExitCode.h"
-#include "agent/library/Pattern.h"
 
 namespace NoxAgent {
 
 namespace {
 
 bool IsZoneFile(const std::string& name) {
-  if (name.front() == '/' || name.find("..") != std::string::npos) return false;
+  if (name.front() == '/' || name.find("..") != std::string::npos) {
+    return false;
+  }
   const char* const directory = std::getenv("TZDIR");
   std::ifstream file((directory ? directory : "/usr/share/zoneinfo") + ("/" + name));
   std::string magic(4, ' ');
@@ -31,24 +33,33 @@ void Refuse(const std::string& zone) {
 }
 
 void SetZone(const char* zone) {
-  if (zone == nullptr)
+  if (zone == nullptr) {
     (void)::unsetenv("TZ");
-  else
+  } else {
     (void)::setenv("TZ", zone, 1);
+  }
   ::tzset();
 }
 
 }  // namespace
 
 ChosenZone::ChosenZone(const std::string& zone) : m_Changes(!zone.empty()) {
-  if (!m_Changes) return;
-  if (!IsZoneFile(zone) && !IsRule(zone)) Refuse(zone);
-  if (const char* const before = std::getenv("TZ")) m_Before = before;
+  if (!m_Changes) {
+    return;
+  }
+  if (!IsZoneFile(zone) && !IsRule(zone)) {
+    Refuse(zone);
+  }
+  if (const char* const before = std::getenv("TZ")) {
+    m_Before = before;
+  }
   SetZone(zone.c_str());
 }
 
 ChosenZone::~ChosenZone() {
-  if (m_Changes) SetZone(m_Before ? m_Before->c_str() : nullptr);
+  if (m_Changes) {
+    SetZone(m_Before ? m_Before->c_str() : nullptr);
+  }
 }
 
 }  // namespace NoxAgent

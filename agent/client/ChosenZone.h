@@ -1,4 +1,3 @@
-// The time zone that a command was given with --zone.
 #pragma once
 
 #include <optional>
@@ -6,12 +5,14 @@
 
 namespace NoxAgent {
 
-// In force as the process's zone (TZ) while it lives, for this process and those that it starts.
-// No other thread may work with local time while one begins or ends.
+/// The time zone that a command was given with --zone.
+///
+/// In force as the process's zone (TZ) while it lives, for this process and those that it starts.
+/// No other thread may work with local time while one begins or ends.
 class ChosenZone {
  public:
-  // A name such as "Europe/Berlin" or a rule such as "CET-1CEST,M3.5.0,M10.5.0/3"; empty: the zone
-  // stays as it is. CommandError (Usage) for what is neither: the C library would take it for UTC.
+  /// A name such as "Europe/Berlin" or a rule such as "CET-1CEST,M3.5.0,M10.5.0/3"; empty: the zone
+  /// stays as it is. CommandError (Usage) for what is neither: the C library would take it for UTC.
   explicit ChosenZone(const std::string& zone);
   ~ChosenZone();
   ChosenZone(const ChosenZone&) = delete;

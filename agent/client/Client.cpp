@@ -1,18 +1,18 @@
 #include "agent/client/Client.h"
 
-#include <algorithm>
-
 #include "agent/client/commands/Commands.h"
+
+#include <algorithm>
 
 namespace NoxAgent {
 
 namespace {
 
-constexpr const char* kExitCodes =
+constexpr const char* ExitCodes =
     "Exit status: 0 done, 1 the operation failed, 2 wrong arguments or a document that is "
     "refused, 3 the agent cannot be reached.";
 
-constexpr const char* kCommandFooter =
+constexpr const char* CommandFooter =
     "The options --socket, --runtime-dir and --json: see noxctl --help.\n";
 
 void AddGlobalOptions(CommandLine& line, CommandContext& context) {
@@ -26,7 +26,9 @@ void AddGlobalOptions(CommandLine& line, CommandContext& context) {
 
 // Errors are one line each, so that they can be searched for and mailed.
 std::string OneLine(std::string text) {
-  while (!text.empty() && text.back() == '\n') text.pop_back();
+  while (!text.empty() && text.back() == '\n') {
+    text.pop_back();
+  }
   std::replace(text.begin(), text.end(), '\n', ' ');
   return text;
 }
@@ -43,9 +45,9 @@ int RunClient(const std::vector<std::string>& arguments, std::istream& in, std::
   CommandContext context{in, out, err, {}, {}, false, ExitCode::Ok};
   CommandLine line("noxctl", "Client of the Nox agent.");
   AddGlobalOptions(line, context);
-  line.Footer(std::string(kCommandFooter) + kExitCodes + '\n');  // of the commands: they copy it
+  line.Footer(std::string(CommandFooter) + ExitCodes + '\n');  // of the commands: they copy it
   AddAllCommands(line, context);
-  line.Footer(std::string(kExitCodes) + " For check: 0 no problems, 1 warnings, 2 errors.\n");
+  line.Footer(std::string(ExitCodes) + " For check: 0 no problems, 1 warnings, 2 errors.\n");
   try {
     (void)line.Parse(arguments, out);
     return static_cast<int>(context.m_ExitCode);

@@ -8,7 +8,7 @@
 
 namespace NoxAgent {
 
-// `arguments` are those behind the program's name. Returns one of the numbers of ExitCode.
+/// `arguments` are those behind the program's name. Returns one of the numbers of ExitCode.
 int RunClient(const std::vector<std::string>& arguments, std::istream& in, std::ostream& out,
               std::ostream& err);
 

@@ -1,11 +1,11 @@
 #include "agent/client/DocumentFile.h"
 
+#include "agent/client/ExitCode.h"
+#include "agent/document/TaskDocumentCheck.h"
+
 #include <cerrno>
 #include <cstring>
 #include <fstream>
-
-#include "agent/client/ExitCode.h"
-#include "agent/document/TaskDocumentCheck.h"
 
 namespace NoxAgent {
 
@@ -18,7 +18,7 @@ namespace {
 }
 
 std::string ReadBounded(std::istream& in) {
-  std::string text(kMaxTaskDocumentBytes + 1, '\0');
+  std::string text(MaxTaskDocumentBytes + 1, '\0');
   in.read(text.data(), static_cast<std::streamsize>(text.size()));
   text.resize(static_cast<std::size_t>(in.gcount()));
   return text;
@@ -27,12 +27,18 @@ std::string ReadBounded(std::istream& in) {
 }  // namespace
 
 BaseSDK::AString ReadDocument(const std::string& name, std::istream& standardInput) {
-  if (name == "-") return BaseSDK::AString::FromUtf8(ReadBounded(standardInput));
+  if (name == "-") {
+    return BaseSDK::AString::FromUtf8(ReadBounded(standardInput));
+  }
   errno = 0;
   std::ifstream file(name, std::ios::binary);
-  if (!file) FailToRead(name);
+  if (!file) {
+    FailToRead(name);
+  }
   const std::string text = ReadBounded(file);
-  if (file.bad()) FailToRead(name);
+  if (file.bad()) {
+    FailToRead(name);
+  }
   return BaseSDK::AString::FromUtf8(text);
 }
 

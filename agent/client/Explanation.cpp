@@ -1,19 +1,19 @@
 #include "agent/client/Explanation.h"
 
-#include <BaseSDK/ADateTime.h>
-
-#include <algorithm>
-
 #include "agent/client/LocalTime.h"
 #include "agent/document/DocumentSource.h"
 #include "agent/document/ProblemList.h"
+
+#include <BaseSDK/ADateTime.h>
+
+#include <algorithm>
 
 namespace NoxAgent {
 
 namespace {
 
 // A run this long after its time is late.
-constexpr long kLateSeconds = 59;
+constexpr long LateSeconds = 59;
 
 std::string Distance(long seconds) {
   return DurationText(std::chrono::seconds(seconds));
@@ -25,7 +25,9 @@ std::string DayName(long moment) {
 
 std::string Joined(const std::vector<std::string>& reasons) {
   std::string text;
-  for (const std::string& reason : reasons) text += (text.empty() ? "" : "; ") + reason;
+  for (const std::string& reason : reasons) {
+    text += (text.empty() ? "" : "; ") + reason;
+  }
   return text;
 }
 
@@ -33,8 +35,9 @@ std::vector<RuleWords> ReadTriggers(const std::string& xml) {
   const DocumentSource source(xml);
   ProblemList ignored;  // `check` tells them
   std::vector<RuleWords> triggers;
-  for (const auto& found : source.Document().select_nodes("//Trigger"))
+  for (const auto& found : source.Document().select_nodes("//Trigger")) {
     triggers.emplace_back(ReadTriggerFields(source, found.node(), ignored));
+  }
   return triggers;
 }
 
@@ -59,7 +62,9 @@ Explanation::Explanation(const SimulationRequest::Document& task, const TaskFact
 
 void Explanation::Print(std::ostream& out) const {
   out << "Task " << m_Id << " at " << LocalTimeText(m_Facts.m_At) << '\n';
-  for (const std::string& line : Lines()) out << line << '\n';
+  for (const std::string& line : Lines()) {
+    out << line << '\n';
+  }
   out << Verdict() << '\n';
 }
 
@@ -68,7 +73,9 @@ Json Explanation::ToJson() const {
   for (std::size_t i = 0; i < m_Triggers.size(); ++i) {
     const RuleWords& words = m_Triggers[i];
     Json trigger = {{"rule", words.Rule()}, {"words", TriggerLines(i)}};
-    if (words.IsDated()) trigger["againstDay"] = words.ReasonsAgainst(m_Facts.m_At);
+    if (words.IsDated()) {
+      trigger["againstDay"] = words.ReasonsAgainst(m_Facts.m_At);
+    }
     if (i < m_Facts.m_Triggers.size()) {
       trigger["due"] = m_Facts.m_Triggers[i].m_Due;
       trigger["nextRun"] = m_Facts.m_Triggers[i].m_Next;
@@ -94,9 +101,14 @@ std::vector<std::string> Explanation::Lines() const {
   std::vector<std::string> lines = {GateLine()};
   lines.emplace_back(m_Facts.m_Enabled ? "The task is enabled." : "The task is disabled.");
   lines.push_back(LastRunLine());
-  if (m_Triggers.empty()) lines.emplace_back("It has no trigger.");
-  for (std::size_t i = 0; i < m_Triggers.size(); ++i)
-    for (const std::string& line : TriggerLines(i)) lines.push_back(line);
+  if (m_Triggers.empty()) {
+    lines.emplace_back("It has no trigger.");
+  }
+  for (std::size_t i = 0; i < m_Triggers.size(); ++i) {
+    for (const std::string& line : TriggerLines(i)) {
+      lines.push_back(line);
+    }
+  }
   return lines;
 }
 
@@ -113,16 +125,25 @@ std::string Explanation::GateLine() const {
 }
 
 std::string Explanation::LastRunLine() const {
-  if (!m_LastRun) return "It has never run.";
+  if (!m_LastRun) {
+    return "It has never run.";
+  }
   const std::string run = "Its last run began at " + m_LastRun->m_Start;
-  if (!IsFinished(*m_LastRun))
+  if (!IsFinished(*m_LastRun)) {
     return run + "; its state is \"" + m_LastRun->m_State +
            "\", not \"Ok\": unless that changes, the task counts as never run from the next hourly "
            "reading of the task files on, and is judged so here.";
-  if (m_LastRun->m_Seconds == -1) return run + ", which cannot be read: it counts as never run.";
+  }
+  if (m_LastRun->m_Seconds == -1) {
+    return run + ", which cannot be read: it counts as never run.";
+  }
   const std::string finished = run + " and is finished.";
-  if (m_LastRun->m_Seconds < m_Facts.m_At) return finished;
-  if (RanAtThisMoment()) return finished + " That is this moment: the task did run.";
+  if (m_LastRun->m_Seconds < m_Facts.m_At) {
+    return finished;
+  }
+  if (RanAtThisMoment()) {
+    return finished + " That is this moment: the task did run.";
+  }
   return finished +
          " That is after the moment asked about, and earlier runs are not kept: what follows is "
          "what the scheduler would make of the moment, knowing of that run.";
@@ -130,7 +151,7 @@ std::string Explanation::LastRunLine() const {
 
 bool Explanation::RanAtThisMoment() const {
   return m_LastRun && IsFinished(*m_LastRun) && m_LastRun->m_Seconds >= m_Facts.m_At &&
-         m_LastRun->m_Seconds - m_Facts.m_At <= kLateSeconds;
+         m_LastRun->m_Seconds - m_Facts.m_At <= LateSeconds;
 }
 
 std::vector<std::string> Explanation::TriggerLines(std::size_t index) const {
@@ -142,9 +163,13 @@ std::vector<std::string> Explanation::TriggerLines(std::size_t index) const {
     lines.push_back("  " + words.Span());
     lines.push_back("  " + DayLine(words));
     const std::string start = StartLine(words, due);
-    if (!start.empty()) lines.push_back("  " + start);
+    if (!start.empty()) {
+      lines.push_back("  " + start);
+    }
   }
-  if (words.CanFire()) lines.push_back("  " + NextLine(index));
+  if (words.CanFire()) {
+    lines.push_back("  " + NextLine(index));
+  }
   return lines;
 }
 
@@ -156,62 +181,86 @@ std::string Explanation::DayLine(const RuleWords& words) const {
 }
 
 std::string Explanation::StartLine(const RuleWords& words, bool due) const {
-  if (due || !words.ReasonsAgainst(m_Facts.m_At).empty()) return "";
+  if (due || !words.ReasonsAgainst(m_Facts.m_At).empty()) {
+    return "";
+  }
   const long start = words.StartOnDayOf(m_Facts.m_At);
   const std::string name = "Its start that day, " + LocalTimeText(start) + ", ";
-  if (start > m_Facts.m_At) return name + "is still to come.";
-  if (m_Facts.m_LastRun >= start) return name + "has had its run.";
+  if (start > m_Facts.m_At) {
+    return name + "is still to come.";
+  }
+  if (m_Facts.m_LastRun >= start) {
+    return name + "has had its run.";
+  }
   return "";
 }
 
 std::string Explanation::NextLine(std::size_t index) const {
-  if (index >= m_Facts.m_Triggers.size()) return "";
+  if (index >= m_Facts.m_Triggers.size()) {
+    return "";
+  }
   const auto [due, next] = m_Facts.m_Triggers[index];
   const std::string now = due ? "It is due at the moment asked about. " : "It is not due then. ";
-  if (next <= m_Facts.m_At) return now + "It has no next run.";
+  if (next <= m_Facts.m_At) {
+    return now + "It has no next run.";
+  }
   return now + "Its next run is at " + LocalTimeText(next) + ", " + Distance(next - m_Facts.m_At) +
          " later.";
 }
 
 long Explanation::NextRun() const {
   long earliest = 0;
-  for (const TaskFacts::Trigger& trigger : m_Facts.m_Triggers)
-    if (trigger.m_Next > m_Facts.m_At && (earliest == 0 || trigger.m_Next < earliest))
+  for (const TaskFacts::Trigger& trigger : m_Facts.m_Triggers) {
+    if (trigger.m_Next > m_Facts.m_At && (earliest == 0 || trigger.m_Next < earliest)) {
       earliest = trigger.m_Next;
+    }
+  }
   return earliest;
 }
 
 std::string Explanation::Verdict() const {
-  if (!m_Facts.m_Enabled) return "The task does not run: it is disabled.";
+  if (!m_Facts.m_Enabled) {
+    return "The task does not run: it is disabled.";
+  }
   const std::string deleted =
       m_Facts.m_Deleted ? " The scheduler then deletes it, for no trigger will fire again." : "";
-  if (!m_Facts.m_Run && !m_Facts.m_NoHandler)
+  if (!m_Facts.m_Run && !m_Facts.m_NoHandler) {
     return (RanAtThisMoment() ? "The task ran. Otherwise " : "The task does not run: ") + WhyNot() +
            deleted;
-  if (m_Gate == Gate::Closed)
+  }
+  if (m_Gate == Gate::Closed) {
     return "The task is due, but does not run while the gate is closed; it will when it opens.";
-  if (m_Facts.m_NoHandler)
+  }
+  if (m_Facts.m_NoHandler) {
     return "The task is due and is recorded as started, but there is no handler to run it." +
            deleted;
+  }
   return "The task runs: " + RunWords() + deleted;
 }
 
 std::string Explanation::RunWords() const {
   const SimulationEvent& run = *m_Facts.m_Run;
   std::string words = "a trigger is due";
-  if (run.m_NeverRun)
+  if (run.m_NeverRun) {
     words += ", and with no finished run to its name it is due from its begin on, on any day";
+  }
   words += run.m_Late ? ". It is late: its time passed more than 59 seconds before." : ".";
-  if (run.m_KillAtEnd) words += " The run is to be ended with its active period.";
+  if (run.m_KillAtEnd) {
+    words += " The run is to be ended with its active period.";
+  }
   return words;
 }
 
 std::string Explanation::WhyNot() const {
   const bool canFire = std::any_of(m_Triggers.begin(), m_Triggers.end(),
                                    [](const RuleWords& words) { return words.CanFire(); });
-  if (!canFire) return "it has no trigger that can fire.";
+  if (!canFire) {
+    return "it has no trigger that can fire.";
+  }
   const long next = NextRun();
-  if (next == 0) return "nothing is due, and nothing will be.";
+  if (next == 0) {
+    return "nothing is due, and nothing will be.";
+  }
   return "nothing is due; the next run is at " + LocalTimeText(next) + ", " +
          Distance(next - m_Facts.m_At) + " later.";
 }

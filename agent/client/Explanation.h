@@ -1,10 +1,4 @@
-// Why a task runs or does not run at one moment, in sentences.
 #pragma once
-
-#include <optional>
-#include <ostream>
-#include <string>
-#include <vector>
 
 #include "agent/client/RuleWords.h"
 #include "agent/client/TaskSummary.h"
@@ -12,21 +6,27 @@
 #include "agent/simulation/SimulationRequest.h"
 #include "agent/simulation/TaskFacts.h"
 
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
 namespace NoxAgent {
 
+/// Why a task runs or does not run at one moment, in sentences.
 class Explanation {
  public:
   enum class Gate { Open, Closed, Assumed };
 
-  // The words come from the document, what is due and what comes next from `facts`, which are of
-  // this document. Local time (TZ).
+  /// The words come from the document, what is due and what comes next from `facts`, which are of
+  /// this document. Local time (TZ).
   Explanation(const SimulationRequest::Document& task, const TaskFacts& facts, Gate gate);
 
-  // One sentence or two a line.
+  /// One sentence or two a line.
   void Print(std::ostream& out) const;
   Json ToJson() const;
 
-  // The last line: whether the task runs at the moment, and why.
+  /// The last line: whether the task runs at the moment, and why.
   std::string Verdict() const;
 
  private:

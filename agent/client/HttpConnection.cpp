@@ -1,17 +1,18 @@
 #include "agent/client/HttpConnection.h"
 
+#include "agent/client/ExitCode.h"
+
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/local/stream_protocol.hpp>
 #include <boost/asio/write.hpp>
 #include <boost/beast/core/basic_stream.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/http.hpp>
+
 #include <chrono>
 #include <cstdint>
 #include <limits>
 #include <sstream>
-
-#include "agent/client/ExitCode.h"
 
 namespace NoxAgent {
 
@@ -21,20 +22,23 @@ namespace net = boost::asio;
 
 namespace {
 
-constexpr std::chrono::seconds kAnswerTime{30};
+constexpr std::chrono::seconds AnswerTime{30};
 // Well below the time after which the agent closes an idle connection, so as not to cross with
 // that.
-constexpr std::chrono::seconds kReuseTime{2};
-constexpr int kSendAttempts = 3;
-constexpr std::uint64_t kLargestAnswer = 64 * 1024 * 1024;
+constexpr std::chrono::seconds ReuseTime{2};
+constexpr int SendAttempts = 3;
+constexpr std::uint64_t LargestAnswer = 64 * 1024 * 1024;
 
 // Takes the whole lines off the front of `text`; false when `line` wants no more.
 bool TakeLines(std::string& text, const std::function<bool(const std::string&)>& line) {
   std::size_t begin = 0;
   bool more = true;
   for (std::size_t end; more && (end = text.find('\n', begin)) != std::string::npos;
-       begin = end + 1)
-    if (end > begin) more = line(text.substr(begin, end - begin));
+       begin = end + 1) {
+    if (end > begin) {
+      more = line(text.substr(begin, end - begin));
+    }
+  }
   text.erase(0, begin);
   return more;
 }
@@ -56,7 +60,9 @@ struct HttpConnection::Impl {
 
   template <class Start>
   void Await(const char* doing, Start start) {
-    if (const beast::error_code failure = Outcome(start)) Fail(doing, failure);
+    if (const beast::error_code failure = Outcome(start)) {
+      Fail(doing, failure);
+    }
   }
 
   [[noreturn]] void Fail(const char* doing, const beast::error_code& error) const {
@@ -66,17 +72,18 @@ struct HttpConnection::Impl {
   }
 
   void Connect() {
-    if (m_Path.size() >= sizeof(sockaddr_un::sun_path))
+    if (m_Path.size() >= sizeof(sockaddr_un::sun_path)) {
       throw CommandError(ExitCode::Usage, "the socket path " + m_Path +
                                               " is too long; name a shorter one with --socket");
-    m_Stream.expires_after(kAnswerTime);
+    }
+    m_Stream.expires_after(AnswerTime);
     Await("connect to the agent at", [this](auto done) {
       m_Stream.async_connect(net::local::stream_protocol::endpoint(m_Path), done);
     });
   }
 
   bool IsOpen() const {
-    return m_KeepsOpen && std::chrono::steady_clock::now() - m_LastUse < kReuseTime;
+    return m_KeepsOpen && std::chrono::steady_clock::now() - m_LastUse < ReuseTime;
   }
 
   void Send(http::verb verb, const std::string& target, const std::vector<std::string>& bodies) {
@@ -85,7 +92,9 @@ struct HttpConnection::Impl {
       http::request<http::string_body> request(verb, target, 11, body);
       request.set(http::field::host, "localhost");
       request.set(http::field::user_agent, "noxctl");
-      if (!body.empty()) request.set(http::field::content_type, "application/json");
+      if (!body.empty()) {
+        request.set(http::field::content_type, "application/json");
+      }
       request.prepare_payload();
       bytes << request;
     }
@@ -98,9 +107,9 @@ struct HttpConnection::Impl {
   // made.
   void SendAll(const std::string& text) {
     beast::error_code failure;
-    for (int attempt = 0; attempt < kSendAttempts; ++attempt) {
+    for (int attempt = 0; attempt < SendAttempts; ++attempt) {
       std::size_t sent = 0;
-      m_Stream.expires_after(kAnswerTime);
+      m_Stream.expires_after(AnswerTime);
       failure = Outcome([&](auto done) {
         net::async_write(m_Stream, net::buffer(text),
                          [&sent, done](beast::error_code error, std::size_t count) mutable {
@@ -108,8 +117,12 @@ struct HttpConnection::Impl {
                            done(error);
                          });
       });
-      if (!failure) return;
-      if (failure != net::error::broken_pipe || sent > 0) break;
+      if (!failure) {
+        return;
+      }
+      if (failure != net::error::broken_pipe || sent > 0) {
+        break;
+      }
       m_Stream.close();
       m_Buffer.clear();
       Connect();
@@ -119,8 +132,8 @@ struct HttpConnection::Impl {
 
   HttpResponse Receive() {
     http::response_parser<http::string_body> parser;
-    parser.body_limit(kLargestAnswer);
-    m_Stream.expires_after(kAnswerTime);
+    parser.body_limit(LargestAnswer);
+    m_Stream.expires_after(AnswerTime);
     Await("read from the agent at",
           [&](auto done) { http::async_read(m_Stream, m_Buffer, parser, done); });
     m_KeepsOpen = parser.get().keep_alive();
@@ -186,11 +199,14 @@ HttpResponse HttpConnection::Follow(const std::string& target, const std::functi
     impl.m_Stream.expires_never();
     opened();
   }
-  while (!parser.is_done() && (!isStream || TakeLines(body, line)))
+  while (!parser.is_done() && (!isStream || TakeLines(body, line))) {
     impl.Await(reading, [&](auto done) {
       http::async_read_some(impl.m_Stream, impl.m_Buffer, parser, done);
     });
-  if (isStream) (void)TakeLines(body, line);
+  }
+  if (isStream) {
+    (void)TakeLines(body, line);
+  }
   return {parser.get().result_int(), std::move(body)};
 }
 

@@ -1,36 +1,36 @@
-// The rule of a trigger in words, and why a day is one of its days or not.
-//
-// This is the schedule told from the document, in sentences. When a task really runs is the
-// scheduler's to say; tests hold the two against each other.
 #pragma once
+
+#include "agent/document/TriggerFields.h"
 
 #include <string>
 #include <vector>
 
-#include "agent/document/TriggerFields.h"
-
 namespace NoxAgent {
 
+/// The rule of a trigger in words, and why a day is one of its days or not.
+///
+/// This is the schedule told from the document, in sentences. When a task really runs is the
+/// scheduler's to say; tests hold the two against each other.
 class RuleWords {
  public:
   explicit RuleWords(const TriggerFields& trigger);
 
-  // Whether the trigger can start a run at all: it is not disabled, of a known type, and has a
-  // readable begin date if it needs one.
+  /// Whether the trigger can start a run at all: it is not disabled, of a known type, and has a
+  /// readable begin date if it needs one.
   bool CanFire() const;
-  // Whether it starts at a time of day on the days that its rule selects.
+  /// Whether it starts at a time of day on the days that its rule selects.
   bool IsDated() const;
 
-  // "weekly, every 2nd week counted from the week of 2005-02-27, on Monday and Friday at 08:00,
-  // repeated every 30 minutes for 2 hours"
+  /// "weekly, every 2nd week counted from the week of 2005-02-27, on Monday and Friday at 08:00,
+  /// repeated every 30 minutes for 2 hours"
   std::string Rule() const;
-  // "It begins at 2005-03-01 08:00:00 +0100 and has no end."; empty unless dated.
+  /// "It begins at 2005-03-01 08:00:00 +0100 and has no end."; empty unless dated.
   std::string Span() const;
 
-  // Why the local day of `moment` is none of its days, one reason an entry: empty when it is one.
-  // REQUIRES: IsDated().
+  /// Why the local day of `moment` is none of its days, one reason an entry: empty when it is one.
+  /// REQUIRES: IsDated().
   std::vector<std::string> ReasonsAgainst(long moment) const;
-  // The start on the local day of `moment` if that is one of its days. REQUIRES: IsDated().
+  /// The start on the local day of `moment` if that is one of its days. REQUIRES: IsDated().
   long StartOnDayOf(long moment) const;
 
  private:

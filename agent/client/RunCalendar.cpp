@@ -1,20 +1,20 @@
 #include "agent/client/RunCalendar.h"
 
+#include "agent/client/LocalTime.h"
+
 #include <chrono>
 #include <ctime>
 #include <iomanip>
 #include <sstream>
 
-#include "agent/client/LocalTime.h"
-
 namespace NoxAgent {
 
 namespace {
 
-constexpr const char* kWeek = "     Sun     Mon     Tue     Wed     Thu     Fri     Sat";
-constexpr int kDaysOfWeek = 7;
-constexpr int kCellWidth = 8;
-constexpr int kRunsWidth = 5;
+constexpr const char* Week = "     Sun     Mon     Tue     Wed     Thu     Fri     Sat";
+constexpr int DaysOfWeek = 7;
+constexpr int CellWidth = 8;
+constexpr int RunsWidth = 5;
 
 std::chrono::year_month YearMonth(int year, int month) {
   return std::chrono::year(year) / std::chrono::month(static_cast<unsigned>(month) + 1);
@@ -46,17 +46,20 @@ void RunCalendar::Add(long run) {
 void RunCalendar::Print(std::ostream& out) const {
   const Date first = DateOf(m_From), last = DateOf(m_To);
   for (int month = first.m_Year * 12 + first.m_Month; month <= last.m_Year * 12 + last.m_Month;
-       ++month)
+       ++month) {
     PrintMonth(month / 12, month % 12, out);
+  }
 }
 
 void RunCalendar::PrintMonth(int year, int month, std::ostream& out) const {
-  out << MonthName(month) << ' ' << year << '\n' << kWeek << '\n';
+  out << MonthName(month) << ' ' << year << '\n' << Week << '\n';
   int column = WeekdayOfFirst(year, month);
-  std::string line(static_cast<std::size_t>(column * kCellWidth), ' ');
+  std::string line(static_cast<std::size_t>(column * CellWidth), ' ');
   for (int day = 1; day <= DaysIn(year, month); ++day) {
     line += Cell({year, month, day});
-    if (++column % kDaysOfWeek != 0 && day != DaysIn(year, month)) continue;
+    if (++column % DaysOfWeek != 0 && day != DaysIn(year, month)) {
+      continue;
+    }
     out << line.substr(0, line.find_last_not_of(' ') + 1) << '\n';
     line.clear();
   }
@@ -65,12 +68,13 @@ void RunCalendar::PrintMonth(int year, int month, std::ostream& out) const {
 
 std::string RunCalendar::Cell(const Date& date) const {
   std::ostringstream cell;
-  cell << std::setw(kCellWidth - kRunsWidth) << date.m_Day << std::setw(kRunsWidth);
+  cell << std::setw(CellWidth - RunsWidth) << date.m_Day << std::setw(RunsWidth);
   const auto found = m_Runs.find(date);
-  if (found != m_Runs.end())
+  if (found != m_Runs.end()) {
     cell << found->second;
-  else
+  } else {
     cell << (date < DateOf(m_From) || date > DateOf(m_To) ? "" : ".");
+  }
   return cell.str();
 }
 

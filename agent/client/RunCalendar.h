@@ -1,4 +1,3 @@
-// Months with the number of runs of each day.
 #pragma once
 
 #include <map>
@@ -8,20 +7,22 @@
 
 namespace NoxAgent {
 
-// Weeks begin on Sunday, as those of weekly triggers do. Local time (TZ).
+/// Months with the number of runs of each day.
+///
+/// Weeks begin on Sunday, as those of weekly triggers do. Local time (TZ).
 class RunCalendar {
  public:
-  // The days from that of `from` to that of `to`, in seconds since the epoch.
+  /// The days from that of `from` to that of `to`, in seconds since the epoch.
   RunCalendar(long from, long to) : m_From(from), m_To(to) {}
 
   void Add(long run);
-  // A dot stands for no run; days outside the span have no number of runs at all.
+  /// A dot stands for no run; days outside the span have no number of runs at all.
   void Print(std::ostream& out) const;
 
  private:
   struct Date {
     int m_Year;
-    int m_Month;  // from 0
+    int m_Month;  ///< from 0
     int m_Day;
 
     auto operator<=>(const Date&) const = default;

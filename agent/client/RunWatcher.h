@@ -1,5 +1,6 @@
-// Turns the agent's notifications into the story of the runs: started, finished, how and how long.
 #pragma once
+
+#include "agent/client/TaskSummary.h"
 
 #include <chrono>
 #include <functional>
@@ -8,8 +9,6 @@
 #include <string>
 #include <vector>
 
-#include "agent/client/TaskSummary.h"
-
 namespace NoxAgent {
 
 struct RunEvent {
@@ -17,21 +16,22 @@ struct RunEvent {
 
   Kind m_Kind;
   std::string m_Task;
-  // When it was seen; of a Started told in hindsight, the start as the document has it.
+  /// When it was seen; of a Started told in hindsight, the start as the document has it.
   std::chrono::system_clock::time_point m_Time;
-  RunEntry m_Run;                                   // of Started and Finished
-  std::optional<std::chrono::milliseconds> m_Took;  // of Finished, when the start can be read
+  RunEntry m_Run;                                   ///< of Started and Finished
+  std::optional<std::chrono::milliseconds> m_Took;  ///< of Finished, when the start can be read
 };
 
+/// Turns the agent's notifications into the story of the runs: started, finished, how and how long.
 class RunWatcher {
  public:
   using Clock = std::chrono::system_clock;
 
-  // Remembers a task's run from before, so that it is not told again.
+  /// Remembers a task's run from before, so that it is not told again.
   void Know(const std::string& task, const std::string& taskXml);
 
-  // A task's document was changed: what happened to its run, in order. A run may be over before
-  // anyone looked: its start and its end are then told together.
+  /// A task's document was changed: what happened to its run, in order. A run may be over before
+  /// anyone looked: its start and its end are then told together.
   std::vector<RunEvent> Changed(const std::string& task, const std::string& taskXml,
                                 Clock::time_point now);
   void Forget(const std::string& task) { m_Known.erase(task); }

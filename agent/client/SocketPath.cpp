@@ -22,13 +22,17 @@ std::string UserStateDirectory() {
 }  // namespace
 
 std::string DefaultRuntimeDirectory() {
-  if (geteuid() == 0) return "/run/nox";
+  if (geteuid() == 0) {
+    return "/run/nox";
+  }
   const std::string runtime = AbsolutePathFrom("XDG_RUNTIME_DIR");
   return runtime.empty() ? UserStateDirectory() + "/run" : runtime + "/nox";
 }
 
 std::string SocketPath(const std::string& socket, const std::string& runtimeDirectory) {
-  if (!socket.empty()) return socket;
+  if (!socket.empty()) {
+    return socket;
+  }
   const std::string directory =
       runtimeDirectory.empty() ? DefaultRuntimeDirectory() : runtimeDirectory;
   return directory + "/control.sock";

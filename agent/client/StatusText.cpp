@@ -1,9 +1,9 @@
 #include "agent/client/StatusText.h"
 
+#include "agent/client/LocalTime.h"
+
 #include <chrono>
 #include <sstream>
-
-#include "agent/client/LocalTime.h"
 
 namespace NoxAgent {
 
@@ -11,7 +11,9 @@ namespace {
 
 std::string Plain(const Json& object, const char* key) {
   const Json* const value = object.Find(key);
-  if (value == nullptr || value->IsNull()) return "-";
+  if (value == nullptr || value->IsNull()) {
+    return "-";
+  }
   return value->IsText() ? value->Text() : value->Dump();
 }
 
@@ -46,8 +48,11 @@ void AppendPlugin(const Json& plugin, std::ostream& out) {
       << "\n  configuration  " << Config(plugin) << "\n  requests       " << Requests(plugin)
       << '\n';
   std::istringstream report(Plain(plugin, "report"));
-  for (std::string line; std::getline(report, line);)
-    if (!line.empty()) out << "  " << line << '\n';
+  for (std::string line; std::getline(report, line);) {
+    if (!line.empty()) {
+      out << "  " << line << '\n';
+    }
+  }
 }
 
 }  // namespace
@@ -58,7 +63,9 @@ std::string StatusText(const Json& status) {
       << Plain(status, "stateDir") << "\nsocket         " << Plain(status, "socket")
       << "\nrequests       " << Requests(status) << "\nopen           " << Open(status)
       << "\nnotifications  " << Plain(status, "notifications") << '\n';
-  for (const Json& plugin : status.Items("plugins")) AppendPlugin(plugin, out);
+  for (const Json& plugin : status.Items("plugins")) {
+    AppendPlugin(plugin, out);
+  }
   return out.str();
 }
 

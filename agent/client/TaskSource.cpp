@@ -1,12 +1,12 @@
 #include "agent/client/TaskSource.h"
 
+#include "agent/client/DocumentFile.h"
+#include "agent/document/TaskDocumentCheck.h"
+
 #include <unistd.h>
 
 #include <ctime>
 #include <filesystem>
-
-#include "agent/client/DocumentFile.h"
-#include "agent/document/TaskDocumentCheck.h"
 
 namespace NoxAgent {
 
@@ -14,24 +14,29 @@ using BaseSDK::AString;
 
 namespace {
 
-constexpr const char* kUnreserved =
+constexpr const char* Unreserved =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~";
 
 std::string IdOf(const std::string& file) {
-  if (file == "-") return "task";
+  if (file == "-") {
+    return "task";
+  }
   const std::string id = std::filesystem::path(file).stem().string();
-  if (id.empty() || id.front() == '.' || id.find_first_not_of(kUnreserved) != std::string::npos)
+  if (id.empty() || id.front() == '.' || id.find_first_not_of(Unreserved) != std::string::npos) {
     throw CommandError(ExitCode::Usage,
                        file + ": its name gives no task ID; name it with letters, digits and -._~");
+  }
   return id;
 }
 
 // What cannot be a task at all. Anything else is worth a look at what the scheduler makes of it.
 void RefuseErrors(const std::string& file, const AString& xml) {
-  for (const TaskDocumentProblem& problem : CheckTaskDocument(xml, std::time(nullptr)))
-    if (problem.m_Severity == TaskDocumentSeverity::Error)
+  for (const TaskDocumentProblem& problem : CheckTaskDocument(xml, std::time(nullptr))) {
+    if (problem.m_Severity == TaskDocumentSeverity::Error) {
       throw CommandError(ExitCode::Usage,
                          file + ": " + DescribeTaskDocumentProblem(problem).ToUtf8());
+    }
+  }
 }
 
 bool IsFile(const std::string& name) {
@@ -43,7 +48,9 @@ std::optional<std::string> AskAgent(const std::string& id, const CommandContext&
   try {
     return context.Agent().TaskXml(id);
   } catch (const CommandError& error) {
-    if (error.Code() != ExitCode::Unreachable) throw;
+    if (error.Code() != ExitCode::Unreachable) {
+      throw;
+    }
     throw CommandError(error.Code(), "there is no file " + id + ", and noxctl " + error.what());
   }
 }
@@ -57,11 +64,14 @@ SimulationRequest::Document ReadTaskFile(const std::string& file, const CommandC
 }
 
 TaskSource FindTask(const std::string& name, const CommandContext& context) {
-  if (IsFile(name)) return {ReadTaskFile(name, context), false};
+  if (IsFile(name)) {
+    return {ReadTaskFile(name, context), false};
+  }
   const auto xml = AskAgent(name, context);
-  if (!xml)
+  if (!xml) {
     throw CommandError(ExitCode::Failed,
                        "the agent has no task " + name + ", and there is no file of that name");
+  }
   return {{name, *xml}, true};
 }
 

@@ -1,28 +1,28 @@
-// The task documents that a command is about: files, or what the agent has.
 #pragma once
+
+#include "agent/client/CommandContext.h"
+#include "agent/simulation/SimulationRequest.h"
 
 #include <BaseSDK/AString.h>
 
 #include <string>
 #include <vector>
 
-#include "agent/client/CommandContext.h"
-#include "agent/simulation/SimulationRequest.h"
-
 namespace NoxAgent {
 
-// Reads a file, or standard input for "-". The task's ID is the file's name without its extension,
-// "task" for standard input. CommandError (Usage) when it cannot be read, is no task document, or
-// its name is no task ID.
+/// Reads a file, or standard input for "-". The task's ID is the file's name without its extension,
+/// "task" for standard input. CommandError (Usage) when it cannot be read, is no task document, or
+/// its name is no task ID.
 SimulationRequest::Document ReadTaskFile(const std::string& file, const CommandContext& context);
 
+/// The task documents that a command is about: files, or what the agent has.
 struct TaskSource {
   SimulationRequest::Document m_Document;
   bool m_FromAgent = false;
 };
 
-// `name` is a file if there is one of that name or it holds a slash; else it is the ID of one of
-// the agent's tasks.
+/// `name` is a file if there is one of that name or it holds a slash; else it is the ID of one of
+/// the agent's tasks.
 TaskSource FindTask(const std::string& name, const CommandContext& context);
 
 }  // namespace NoxAgent

@@ -13,7 +13,9 @@ namespace {
 std::optional<RunEntry> RunEntryOf(const BaseSDK::AXmlDoc& document) {
   const AString text = document.SelectSingleNode("//RunTime/text()");
   const BaseSDK::AStringTokenizer words(text, " ", 1, 3);
-  if (words.Token(0).IsEmpty()) return std::nullopt;
+  if (words.Token(0).IsEmpty()) {
+    return std::nullopt;
+  }
   const AString start = words.Token(0) + " " + words.Token(1);
   const long seconds = BaseSDK::ADateTime(start).GetTime();
   return RunEntry{start.ToUtf8(), seconds == 0 ? -1 : seconds, words.Token(2).ToUtf8()};
@@ -42,12 +44,16 @@ TaskSummary Summarize(const std::string& id, const std::string& taskXml, const T
   task.m_Enabled = IsEnabled(document);
   task.m_LastRun = RunEntryOf(document);
   task.m_Loaded = report.has_value();
-  if (!report) return task;
+  if (!report) {
+    return task;
+  }
   task.m_NextRun = NumberIn(*report, "t6");
   task.m_Late = NumberIn(*report, "t2") != 0;
   // The agent may live in another zone than this process, and its own number needs no zone.
   const long lastRun = NumberIn(*report, "t3");
-  if (task.m_LastRun && lastRun > 0) task.m_LastRun->m_Seconds = lastRun;
+  if (task.m_LastRun && lastRun > 0) {
+    task.m_LastRun->m_Seconds = lastRun;
+  }
   return task;
 }
 

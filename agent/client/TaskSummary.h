@@ -1,4 +1,3 @@
-// One task at a glance, put together from its document and the scheduler's report.
 #pragma once
 
 #include <map>
@@ -7,25 +6,26 @@
 
 namespace NoxAgent {
 
-// The run entry of a task document.
+/// The run entry of a task document.
 struct RunEntry {
-  std::string m_Start;  // local time as it stands there, "2026-11-21 08:00:00"
-  long m_Seconds = -1;  // the same since the epoch, read in this process's zone; -1 if unreadable
-  std::string m_State;  // "Started", "Ok", "Failed" or what a handler reported; may be empty
+  std::string m_Start;  ///< local time as it stands there, "2026-11-21 08:00:00"
+  long m_Seconds = -1;  ///< the same since the epoch, read in this process's zone; -1 if unreadable
+  std::string m_State;  ///< "Started", "Ok", "Failed" or what a handler reported; may be empty
 
   friend bool operator==(const RunEntry&, const RunEntry&) = default;
 };
 
-// Nothing when the document has no run entry.
+/// Nothing when the document has no run entry.
 std::optional<RunEntry> ReadRunEntry(const std::string& taskXml);
 
+/// One task at a glance, put together from its document and the scheduler's report.
 struct TaskSummary {
   std::string m_Id;
   bool m_Enabled = true;
   std::optional<RunEntry> m_LastRun;
-  bool m_Loaded = false;  // the scheduler holds it in memory; what follows is known only then
-  long m_NextRun = 0;     // since the epoch, 0 for none
-  bool m_Late = false;    // it became due later than planned and has not reported back yet
+  bool m_Loaded = false;  ///< the scheduler holds it in memory; what follows is known only then
+  long m_NextRun = 0;     ///< since the epoch, 0 for none
+  bool m_Late = false;    ///< it became due later than planned and has not reported back yet
 };
 
 using TaskReport = std::optional<std::map<std::string, std::string>>;

@@ -1,4 +1,3 @@
-// Columns that line up.
 #pragma once
 
 #include <ostream>
@@ -7,11 +6,12 @@
 
 namespace NoxAgent {
 
+/// Columns that line up.
 class TextTable {
  public:
   explicit TextTable(std::vector<std::string> headings) : m_Rows{std::move(headings)} {}
 
-  // As many cells as there are headings, UTF-8 without line ends.
+  /// As many cells as there are headings, UTF-8 without line ends.
   void AddRow(std::vector<std::string> cells) { m_Rows.push_back(std::move(cells)); }
   void Print(std::ostream& out) const;
 

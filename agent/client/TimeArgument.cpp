@@ -1,9 +1,9 @@
 #include "agent/client/TimeArgument.h"
 
-#include <BaseSDK/ADateTime.h>
-
 #include "agent/client/ExitCode.h"
 #include "agent/library/Pattern.h"
+
+#include <BaseSDK/ADateTime.h>
 
 namespace NoxAgent {
 
@@ -24,25 +24,31 @@ long ReadTime(const std::string& option, const std::string& text) {
   const bool lacksSeconds = !MatchPattern(".*[T ][0-9]{2}:[0-9]{2}", text).empty();
   const std::string whole = lacksSeconds ? text + ":00" : text;
   const long seconds = ADateTime(AString::FromUtf8(whole)).GetTime();
-  if (seconds <= 0)
+  if (seconds <= 0) {
     Refuse(option, text,
            "2030-12-31, \"2030-12-31 08:00\" or 2030-12-31T08:00:00, from 1970 to January 2038");
+  }
   return seconds;
 }
 
 SimulationRequest::Span ReadSpan(const std::string& option, const std::string& text) {
   const std::size_t dots = text.find("..");
-  if (dots == std::string::npos) Refuse(option, text, "2030-12-31T08:00..2030-12-31T09:00");
+  if (dots == std::string::npos) {
+    Refuse(option, text, "2030-12-31T08:00..2030-12-31T09:00");
+  }
   const long first = ReadTime(option, text.substr(0, dots));
   const long last = ReadTime(option, text.substr(dots + 2));
-  if (last <= first)
+  if (last <= first) {
     throw CommandError(ExitCode::Usage, option + " " + text + " ends before it begins");
+  }
   return {first, last};
 }
 
 SimulationRequest::ClockStep ReadClockStep(const std::string& option, const std::string& text) {
   const auto parts = MatchPattern("(.*)=([+-][0-9]{1,9})", text);
-  if (parts.empty()) Refuse(option, text, "2030-12-31T08:00=+3600");
+  if (parts.empty()) {
+    Refuse(option, text, "2030-12-31T08:00=+3600");
+  }
   return {ReadTime(option, parts[1]), std::stol(parts[2])};
 }
 

@@ -1,8 +1,5 @@
 #include "agent/daemon/Agent.h"
 
-#include <algorithm>
-#include <ctime>
-
 #include "agent/daemon/AgentError.h"
 #include "agent/daemon/BuildInfo.h"
 #include "agent/daemon/control/StatusReport.h"
@@ -11,6 +8,9 @@
 #include "agent/daemon/process/LogSetup.h"
 #include "agent/library/Json.h"
 
+#include <algorithm>
+#include <ctime>
+
 using BaseSDK::ALogger;
 using BaseSDK::AMutexGuard;
 using BaseSDK::AString;
@@ -18,17 +18,17 @@ using BaseSDK::AString;
 namespace NoxAgent {
 namespace {
 
-constexpr const char* kSource = "Agent";
-constexpr unsigned kStateMode = 0750;
-constexpr unsigned kRuntimeMode = 0755;  // the socket has its own mode
-constexpr unsigned long kHousekeepingMilliseconds = 5000;
+constexpr const char* Source = "Agent";
+constexpr unsigned StateMode = 0750;
+constexpr unsigned RuntimeMode = 0755;  // the socket has its own mode
+constexpr unsigned long HousekeepingMilliseconds = 5000;
 
 }  // namespace
 
 Agent::Locks::Locks(const Settings& settings) {
-  Directories::Make(settings.m_StateDir, kStateMode);
+  Directories::Make(settings.m_StateDir, StateMode);
   m_State.emplace(settings.m_StateDir);
-  Directories::Make(settings.m_RuntimeDir, kRuntimeMode);
+  Directories::Make(settings.m_RuntimeDir, RuntimeMode);
   if (settings.m_RuntimeDir != settings.m_StateDir) {
     m_Runtime.emplace(settings.m_RuntimeDir);
   }
@@ -55,7 +55,7 @@ bool Agent::Run() {
     if (m_Lifecycle.UnloadAll()) {
       throw;
     }
-    ALOG(AgentLog(), ALogger::Error, kSource, AString("Cannot start: ") + error.what());
+    ALOG(AgentLog(), ALogger::Error, Source, AString("Cannot start: ") + error.what());
     return false;
   }
   Serve();
@@ -63,21 +63,21 @@ bool Agent::Run() {
 }
 
 void Agent::Start() {
-  ALOG(AgentLog(), ALogger::Information, kSource,
-       AString("noxagentd %1 starts; state in %2").Arg(kVersion, m_Settings.m_StateDir));
+  ALOG(AgentLog(), ALogger::Information, Source,
+       AString("noxagentd %1 starts; state in %2").Arg(AgentVersion, m_Settings.m_StateDir));
   m_Lifecycle.LoadAll(m_Settings);
   m_Server = std::make_unique<ControlServer>(m_Socket.Fd(), PeerCheck(m_Socket.Group()), m_Api,
                                              m_Notifications);
   m_Server->Start();  // not before m_Server is there for what is asked
-  ALOG(AgentLog(), ALogger::Information, kSource,
+  ALOG(AgentLog(), ALogger::Information, Source,
        AString("Serving requests on %1").Arg(m_Settings.SocketPath()));
   m_ServiceManager.Ready();
 }
 
 void Agent::Serve() {
   const unsigned long pause =
-      std::min(kHousekeepingMilliseconds,
-               m_ServiceManager.KeepAliveInterval().value_or(kHousekeepingMilliseconds));
+      std::min(HousekeepingMilliseconds,
+               m_ServiceManager.KeepAliveInterval().value_or(HousekeepingMilliseconds));
   SignalInbox::Request request{};
   for (;;) {
     if (m_Signals.Wait(pause, request)) {
@@ -98,10 +98,10 @@ void Agent::Serve() {
 }
 
 bool Agent::Stop() {
-  ALOG(AgentLog(), ALogger::Information, kSource, "Stopping");
+  ALOG(AgentLog(), ALogger::Information, Source, "Stopping");
   m_ServiceManager.Stopping();
   if (!m_Server->Stop(PluginLifecycle::DrainMilliseconds)) {
-    ALOG(AgentLog(), ALogger::Error, kSource,
+    ALOG(AgentLog(), ALogger::Error, Source,
          "A request has not come back in time: ending without unloading the plug-ins");
     return false;
   }
@@ -111,13 +111,13 @@ bool Agent::Stop() {
 
 void Agent::Refresh() {
   AMutexGuard guard(m_RefreshLock);
-  ALOG(AgentLog(), ALogger::Information, kSource, "Refreshing");
+  ALOG(AgentLog(), ALogger::Information, Source, "Refreshing");
   m_ServiceManager.Reloading();
   try {
     m_Lifecycle.Refresh([this] { ReadConfigurationAgain(); });
   } catch (const AgentError& error) {
     m_ServiceManager.Ready();
-    ALOG(AgentLog(), ALogger::Error, kSource,
+    ALOG(AgentLog(), ALogger::Error, Source,
          AString("The configuration stays as it was: %1").Arg(error.what()));
     throw;
   }
@@ -133,7 +133,7 @@ void Agent::ReadConfigurationAgain() {
                        settings.m_SocketGroup != m_Settings.m_SocketGroup ||
                        settings.m_Log.m_File != m_Settings.m_Log.m_File;
   if (differs) {
-    ALOG(AgentLog(), ALogger::Warning, kSource,
+    ALOG(AgentLog(), ALogger::Warning, Source,
          "Changed plug-ins, directories, group or log file take effect at the next start");
   }
 }

@@ -1,8 +1,4 @@
-// The agent: everything put together, from start to stop.
 #pragma once
-
-#include <memory>
-#include <optional>
 
 #include "agent/daemon/AgentThread.h"
 #include "agent/daemon/config/Settings.h"
@@ -20,24 +16,28 @@
 #include "agent/daemon/process/ServiceManager.h"
 #include "agent/daemon/process/SignalInbox.h"
 
+#include <memory>
+#include <optional>
+
 namespace NoxAgent {
 
+/// The agent: everything put together, from start to stop.
 class Agent {
  public:
-  // Makes the directories, locks them and listens on the control socket; loads nothing. Throws
-  // AgentError. The log is set up already.
+  /// Makes the directories, locks them and listens on the control socket; loads nothing. Throws
+  /// AgentError. The log is set up already.
   Agent(const Options& options, Environment environment, Settings settings);
   Agent(const Agent&) = delete;
   Agent& operator=(const Agent&) = delete;
 
-  // Loads the plug-ins, serves until a signal asks to stop, unloads the plug-ins. True when all
-  // went well; false when a plug-in could not be unloaded: the process is then to end at once,
-  // without destroying anything. Throws AgentError when the start fails; all is down again then.
-  // [main thread, once]
+  /// Loads the plug-ins, serves until a signal asks to stop, unloads the plug-ins. True when all
+  /// went well; false when a plug-in could not be unloaded: the process is then to end at once,
+  /// without destroying anything. Throws AgentError when the start fails; all is down again then.
+  /// [main thread, once]
   bool Run();
 
  private:
-  // The state directory and the one of the socket are each used by one agent at a time.
+  /// The state directory and the one of the socket are each used by one agent at a time.
   struct Locks {
     explicit Locks(const Settings& settings);
 
@@ -72,7 +72,7 @@ class Agent {
   Api m_Api;
   std::unique_ptr<ControlServer> m_Server;
 
-  BaseSDK::AMutex m_RefreshLock;  // one refresh at a time
+  BaseSDK::AMutex m_RefreshLock;  ///< one refresh at a time
 };
 
 }  // namespace NoxAgent

@@ -1,4 +1,3 @@
-// A failure that ends the agent's start (or a refresh), told in one line: what, where, what to do.
 #pragma once
 
 #include <BaseSDK/AString.h>
@@ -7,9 +6,10 @@
 
 namespace NoxAgent {
 
+/// A failure that ends the agent's start (or a refresh), told in one line: what, where, what to do.
 class AgentError : public std::runtime_error {
  public:
-  // How noxagentd ends; docs/operation.md lists them.
+  /// How noxagentd ends; docs/operation.md lists them.
   enum class Kind { Failure = 1, Usage = 2, AlreadyRunning = 3 };
 
   AgentError(Kind kind, const BaseSDK::AString& message)

@@ -9,7 +9,7 @@ using BaseSDK::AMutexGuard;
 namespace NoxAgent {
 namespace {
 
-constexpr unsigned long kLongWaitMilliseconds = 3600UL * 1000;
+constexpr unsigned long LongWaitMilliseconds = 3600UL * 1000;
 
 }  // namespace
 
@@ -66,7 +66,7 @@ void AgentThread::Run() {
     if (IsStopped()) {
       return;
     }
-    (void)m_Wake.Wait(kLongWaitMilliseconds, BaseSDK::ClockSkewIgnore);
+    (void)m_Wake.Wait(LongWaitMilliseconds, BaseSDK::ClockSkewIgnore);
   }
 }
 

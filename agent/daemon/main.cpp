@@ -1,13 +1,13 @@
 // noxagentd: reads the command line, runs the agent, tells how it went.
+#include "agent/daemon/Agent.h"
+#include "agent/daemon/AgentError.h"
+#include "agent/daemon/process/LogSetup.h"
+
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-
-#include "agent/daemon/Agent.h"
-#include "agent/daemon/AgentError.h"
-#include "agent/daemon/process/LogSetup.h"
 
 namespace {
 

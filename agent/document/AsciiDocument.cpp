@@ -10,7 +10,7 @@ using BaseSDK::AString;
 
 namespace {
 
-constexpr wchar_t kByteOrderMark = 0xFEFF;
+constexpr wchar_t ByteOrderMark = 0xFEFF;
 
 // Markup in which a reference would stand for itself, and the text that ends it. Longer beginnings
 // come first.
@@ -19,10 +19,10 @@ struct Region {
   const wchar_t* m_End;
   const char* m_Name;
 };
-constexpr std::array<Region, 4> kVerbatim = {{{L"<!--", L"-->", "a comment"},
-                                              {L"<![CDATA[", L"]]>", "a CDATA section"},
-                                              {L"<?", L"?>", "a processing instruction"},
-                                              {L"<!", L">", "a document type"}}};
+constexpr std::array<Region, 4> VerbatimRegions = {{{L"<!--", L"-->", "a comment"},
+                                                    {L"<![CDATA[", L"]]>", "a CDATA section"},
+                                                    {L"<?", L"?>", "a processing instruction"},
+                                                    {L"<!", L">", "a document type"}}};
 
 bool IsXmlCharacter(wchar_t c) {
   const auto code = static_cast<unsigned long>(c);
@@ -34,13 +34,18 @@ bool IsXmlCharacter(wchar_t c) {
 class Writer {
  public:
   explicit Writer(const std::wstring& text) : m_Text(text) {
-    if (!m_Text.empty() && m_Text[0] == kByteOrderMark) m_At = 1;
+    if (!m_Text.empty() && m_Text[0] == ByteOrderMark) {
+      m_At = 1;
+    }
   }
 
   // False when it stopped at a character that cannot be written.
   bool Run() {
-    while (m_At < m_Text.size())
-      if (!(m_Text[m_At] == L'<' ? Markup() : Character(nullptr))) return false;
+    while (m_At < m_Text.size()) {
+      if (!(m_Text[m_At] == L'<' ? Markup() : Character(nullptr))) {
+        return false;
+      }
+    }
     return true;
   }
 
@@ -50,9 +55,11 @@ class Writer {
 
  private:
   bool Markup() {
-    for (const Region& region : kVerbatim)
-      if (m_Text.compare(m_At, std::wcslen(region.m_Begin), region.m_Begin) == 0)
+    for (const Region& region : VerbatimRegions) {
+      if (m_Text.compare(m_At, std::wcslen(region.m_Begin), region.m_Begin) == 0) {
         return Verbatim(region);
+      }
+    }
     return Tag();
   }
 
@@ -60,8 +67,11 @@ class Writer {
     const std::size_t end = m_Text.find(region.m_End, m_At + std::wcslen(region.m_Begin));
     const std::size_t behind =
         end == std::wstring::npos ? m_Text.size() : end + std::wcslen(region.m_End);
-    while (m_At < behind)
-      if (!Character(region.m_Name)) return false;
+    while (m_At < behind) {
+      if (!Character(region.m_Name)) {
+        return false;
+      }
+    }
     return true;
   }
 
@@ -70,12 +80,17 @@ class Writer {
     wchar_t quote = 0;
     while (m_At < m_Text.size()) {
       const wchar_t c = m_Text[m_At];
-      if (!Character(quote == 0 ? "a name" : nullptr)) return false;
-      if (quote == 0 && c == L'>') return true;
-      if (quote == 0 && (c == L'"' || c == L'\''))
+      if (!Character(quote == 0 ? "a name" : nullptr)) {
+        return false;
+      }
+      if (quote == 0 && c == L'>') {
+        return true;
+      }
+      if (quote == 0 && (c == L'"' || c == L'\'')) {
         quote = c;
-      else if (c == quote)
+      } else if (c == quote) {
         quote = 0;
+      }
     }
     return true;
   }
@@ -128,10 +143,11 @@ TaskDocumentProblem ProblemAt(const std::wstring& text, const Writer& stopped) {
 
 AsciiDocument::AsciiDocument(const AString& xml) {
   Writer writer(xml.Str());
-  if (writer.Run())
+  if (writer.Run()) {
     m_Text = writer.Result();
-  else
+  } else {
     m_Problem = ProblemAt(xml.Str(), writer);
+  }
 }
 
 }  // namespace NoxAgent

@@ -7,7 +7,7 @@ namespace NoxAgent {
 
 namespace {
 
-constexpr const char* kBlanks = " \t\r\n";
+constexpr const char* Blanks = " \t\r\n";
 
 bool IsFirstByteOfCharacter(char byte) {
   return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
@@ -16,10 +16,14 @@ bool IsFirstByteOfCharacter(char byte) {
 // From the beginning of one attribute's name to the beginning of the next one's.
 std::size_t SkipAttribute(const std::string& text, std::size_t nameOffset) {
   const std::size_t opening = text.find_first_of("\"'", nameOffset);
-  if (opening == std::string::npos) return text.size();
+  if (opening == std::string::npos) {
+    return text.size();
+  }
   const std::size_t closing = text.find(text[opening], opening + 1);
-  if (closing == std::string::npos) return text.size();
-  return std::min(text.find_first_not_of(kBlanks, closing + 1), text.size());
+  if (closing == std::string::npos) {
+    return text.size();
+  }
+  return std::min(text.find_first_not_of(Blanks, closing + 1), text.size());
 }
 
 // How far before the place that the parser remembers a node's markup begins.
@@ -43,8 +47,11 @@ std::size_t MarkupBeforeOffset(pugi::xml_node_type type) {
 }  // namespace
 
 DocumentSource::DocumentSource(std::string utf8) : m_Text(std::move(utf8)), m_LineStarts{0} {
-  for (std::size_t offset = 0; offset < m_Text.size(); ++offset)
-    if (m_Text[offset] == '\n') m_LineStarts.push_back(offset + 1);
+  for (std::size_t offset = 0; offset < m_Text.size(); ++offset) {
+    if (m_Text[offset] == '\n') {
+      m_LineStarts.push_back(offset + 1);
+    }
+  }
   // The parse that decides was made before; what this one cannot read is not looked at.
   (void)m_Document.load_buffer(m_Text.data(), m_Text.size(),
                                pugi::parse_default | pugi::parse_comments | pugi::parse_pi |
@@ -65,7 +72,9 @@ TextPlace DocumentSource::PlaceAt(std::size_t byteOffset) const {
 
 TextPlace DocumentSource::PlaceOf(const pugi::xml_node& node) const {
   const std::ptrdiff_t offset = node.offset_debug();
-  if (offset < 0) return {};
+  if (offset < 0) {
+    return {};
+  }
   const std::size_t before = MarkupBeforeOffset(node.type());
   const auto place = static_cast<std::size_t>(offset);
   return PlaceAt(place - std::min(place, before));
@@ -74,12 +83,15 @@ TextPlace DocumentSource::PlaceOf(const pugi::xml_node& node) const {
 TextPlace DocumentSource::PlaceOf(const pugi::xml_node& element,
                                   const pugi::xml_attribute& attribute) const {
   const std::ptrdiff_t nameOffset = element.offset_debug();
-  if (nameOffset < 0) return {};
-  std::size_t offset = m_Text.find_first_of(kBlanks, static_cast<std::size_t>(nameOffset));
-  offset = std::min(m_Text.find_first_not_of(kBlanks, offset), m_Text.size());
+  if (nameOffset < 0) {
+    return {};
+  }
+  std::size_t offset = m_Text.find_first_of(Blanks, static_cast<std::size_t>(nameOffset));
+  offset = std::min(m_Text.find_first_not_of(Blanks, offset), m_Text.size());
   for (pugi::xml_attribute a = element.first_attribute(); a && a != attribute;
-       a = a.next_attribute())
+       a = a.next_attribute()) {
     offset = SkipAttribute(m_Text, offset);
+  }
   return PlaceAt(offset);
 }
 

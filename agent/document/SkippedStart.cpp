@@ -9,7 +9,7 @@ namespace NoxAgent {
 
 namespace {
 
-constexpr int kDaysSearched = 2 * 366;
+constexpr int DaysSearched = 2 * 366;
 
 std::tm LocalFields(long seconds) {
   const std::time_t moment = seconds;
@@ -32,8 +32,12 @@ std::string Written(const std::tm& fields) {
 std::optional<SkippedStart> Skipped(const std::tm& wanted) {
   std::tm found = wanted;
   found.tm_isdst = -1;
-  if (std::mktime(&found) == -1) return std::nullopt;
-  if (TimeOfDay(found) == TimeOfDay(wanted)) return std::nullopt;
+  if (std::mktime(&found) == -1) {
+    return std::nullopt;
+  }
+  if (TimeOfDay(found) == TimeOfDay(wanted)) {
+    return std::nullopt;
+  }
   return SkippedStart{Written(wanted), Written(found)};
 }
 
@@ -42,11 +46,11 @@ bool MasksAllow(const TriggerFields& trigger, const std::tm& day) {
   const bool month = has(trigger.m_MonthsOfYear, day.tm_mon);
   const bool weekday = has(trigger.m_DaysOfWeek, day.tm_wday);
   switch (trigger.m_Type) {
-    case TriggerFields::kWeekly:
+    case TriggerFields::Weekly:
       return weekday;
-    case TriggerFields::kMonthlyByDate:
+    case TriggerFields::MonthlyByDate:
       return month && has(trigger.m_DaysOfMonth, day.tm_mday - 1);
-    case TriggerFields::kMonthlyByWeekday:
+    case TriggerFields::MonthlyByWeekday:
       return month && weekday;
     default:
       return true;
@@ -66,27 +70,39 @@ std::tm DayAfter(const std::tm& first, int offset) {
 }  // namespace
 
 std::optional<SkippedStart> FindSkippedBegin(const TriggerFields& trigger) {
-  if (trigger.m_Begin == -1 || !trigger.m_BeginText) return std::nullopt;
+  if (trigger.m_Begin == -1 || !trigger.m_BeginText) {
+    return std::nullopt;
+  }
   std::tm wanted{};
   const int read =
       std::sscanf(trigger.m_BeginText->m_Text.c_str(), "%d%*c%d%*c%d%*c%d:%d:%d", &wanted.tm_year,
                   &wanted.tm_mon, &wanted.tm_mday, &wanted.tm_hour, &wanted.tm_min, &wanted.tm_sec);
-  if (read < 3) return std::nullopt;
+  if (read < 3) {
+    return std::nullopt;
+  }
   wanted.tm_year -= 1900;
   wanted.tm_mon -= 1;
   return Skipped(wanted);
 }
 
 std::optional<SkippedStart> FindSkippedStart(const TriggerFields& trigger, long now) {
-  if (trigger.m_Type == TriggerFields::kOnce || trigger.m_Begin == -1) return std::nullopt;
+  if (trigger.m_Type == TriggerFields::Once || trigger.m_Begin == -1) {
+    return std::nullopt;
+  }
   const std::tm begin = LocalFields(trigger.m_Begin);
   const std::tm first = LocalFields(std::max(now, trigger.m_Begin));
-  for (int offset = 0; offset < kDaysSearched; ++offset) {
+  for (int offset = 0; offset < DaysSearched; ++offset) {
     std::tm day = DayAfter(first, offset);
-    if (trigger.m_End != -1 && std::mktime(&day) > trigger.m_End) return std::nullopt;
-    if (!MasksAllow(trigger, day)) continue;
+    if (trigger.m_End != -1 && std::mktime(&day) > trigger.m_End) {
+      return std::nullopt;
+    }
+    if (!MasksAllow(trigger, day)) {
+      continue;
+    }
     std::tie(day.tm_hour, day.tm_min, day.tm_sec) = TimeOfDay(begin);
-    if (const auto skipped = Skipped(day)) return skipped;
+    if (const auto skipped = Skipped(day)) {
+      return skipped;
+    }
   }
   return std::nullopt;
 }

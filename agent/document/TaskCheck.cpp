@@ -13,16 +13,19 @@ using BaseSDK::AString;
 
 namespace {
 
-constexpr const char* kDropped = "the scheduler drops it when it rewrites the document";
-constexpr const char* kUnread = "nothing reads it";
+constexpr const char* Dropped = "the scheduler drops it when it rewrites the document";
+constexpr const char* Unread = "nothing reads it";
 
 bool IsText(const pugi::xml_node& node) {
   return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
 }
 
 bool IsInside(const pugi::xml_node& node, const pugi::xml_node& ancestor) {
-  for (pugi::xml_node above = node.parent(); above; above = above.parent())
-    if (above == ancestor) return true;
+  for (pugi::xml_node above = node.parent(); above; above = above.parent()) {
+    if (above == ancestor) {
+      return true;
+    }
+  }
   return false;
 }
 
@@ -67,30 +70,35 @@ pugi::xml_node TaskCheck::First(const char* name) const {
 }
 
 void TaskCheck::CheckAroundRoot() {
-  for (const pugi::xml_node& node : m_Source.Document().children())
-    if (node != m_Task)
+  for (const pugi::xml_node& node : m_Source.Document().children()) {
+    if (node != m_Task) {
       m_Problems.Warn(m_Source.PlaceOf(node),
-                      std::string(NameOfMarkup(node.type())) + " outside the Task", kDropped,
+                      std::string(NameOfMarkup(node.type())) + " outside the Task", Dropped,
                       "remove it");
+    }
+  }
 }
 
 void TaskCheck::CheckTaskAttributes() {
-  for (const pugi::xml_attribute& attribute : m_Task.attributes())
-    if (std::string(attribute.name()) != "Enabled")
+  for (const pugi::xml_attribute& attribute : m_Task.attributes()) {
+    if (std::string(attribute.name()) != "Enabled") {
       WarnUnknown("attribute", attribute.name(), m_Source.PlaceOf(m_Task, attribute), {"Enabled"},
-                  std::string("nothing reads it, and ") + kDropped, m_Problems);
+                  std::string("nothing reads it, and ") + Dropped, m_Problems);
+    }
+  }
   (void)CheckNumber(AttributeValue(m_Source, m_Task, "Enabled"), m_Problems,
                     ", and the task is disabled");
 }
 
 void TaskCheck::CheckTaskChildren() {
   CheckContent(m_Task, {"HandlerCLSID", "Schedule", "TaskHistory"},
-               std::string("nothing reads it, and ") + kDropped);
+               std::string("nothing reads it, and ") + Dropped);
   for (const pugi::xml_node& node : m_Task.children()) {
-    if (node.type() == pugi::node_comment || node.type() == pugi::node_pi)
+    if (node.type() == pugi::node_comment || node.type() == pugi::node_pi) {
       m_Problems.Warn(m_Source.PlaceOf(node),
                       std::string(NameOfMarkup(node.type())) + " between the parts of the Task",
-                      kDropped, "remove it, or put it inside the Schedule");
+                      Dropped, "remove it, or put it inside the Schedule");
+    }
   }
   const std::string moved = "it is read nevertheless; a rewrite puts it directly into the Task";
   CheckElements("HandlerCLSID", "Task", moved);
@@ -104,18 +112,23 @@ void TaskCheck::CheckTaskChildren() {
 void TaskCheck::CheckElements(const char* name, const char* parent,
                               const std::string& effectElsewhere) {
   const pugi::xml_node first = First(name);
-  if (!first) return;
+  if (!first) {
+    return;
+  }
   const std::string parentName = first.parent().name();
-  if (parentName != parent)
+  if (parentName != parent) {
     m_Problems.Warn(m_Source.PlaceOf(first), std::string(name) + " stands in " + Quoted(parentName),
                     effectElsewhere, std::string("put it directly into the ") + parent);
-  for (const auto& found : m_Source.Document().select_nodes((std::string("//") + name).c_str()))
-    if (found.node() != first)
+  }
+  for (const auto& found : m_Source.Document().select_nodes((std::string("//") + name).c_str())) {
+    if (found.node() != first) {
       m_Problems.Warn(m_Source.PlaceOf(found.node()), std::string("a second ") + name,
                       std::string(name) == "Schedule"
-                          ? std::string("its triggers are read, but ") + kDropped
-                          : "only the first is read, and " + std::string(kDropped),
+                          ? std::string("its triggers are read, but ") + Dropped
+                          : "only the first is read, and " + std::string(Dropped),
                       "keep one of them");
+    }
+  }
 }
 
 void TaskCheck::CheckContent(const pugi::xml_node& parent, std::initializer_list<const char*> known,
@@ -126,19 +139,22 @@ void TaskCheck::CheckContent(const pugi::xml_node& parent, std::initializer_list
     // Parts in wrong places have a message of their own.
     const bool isPart = name == "HandlerCLSID" || name == "Schedule" || name == "TaskHistory" ||
                         name == "RunTime" || name == "Trigger";
-    if (child.type() == pugi::node_element && !isKnown && !isPart)
+    if (child.type() == pugi::node_element && !isKnown && !isPart) {
       WarnUnknown("element", name, m_Source.PlaceOf(child), known, effect, m_Problems);
-    if (IsText(child))
+    }
+    if (IsText(child)) {
       m_Problems.Warn(m_Source.PlaceOf(child),
                       std::string("text between the elements of ") + parent.name(), effect,
                       "remove it");
+    }
   }
 }
 
 void TaskCheck::CheckPartAttributes(const pugi::xml_node& part) {
-  for (const pugi::xml_attribute& attribute : part.attributes())
-    WarnUnknown("attribute", attribute.name(), m_Source.PlaceOf(part, attribute), {}, kUnread,
+  for (const pugi::xml_attribute& attribute : part.attributes()) {
+    WarnUnknown("attribute", attribute.name(), m_Source.PlaceOf(part, attribute), {}, Unread,
                 m_Problems);
+  }
 }
 
 void TaskCheck::CheckHandler() {
@@ -153,19 +169,22 @@ void TaskCheck::CheckHandler() {
   }
   CheckPlainText(m_Source, handler, m_Problems);
   const std::string id = FirstText(m_Source, "HandlerCLSID");
-  if (!BaseSDK::AGuid(AString::FromUtf8(id)).IsValid())
+  if (!BaseSDK::AGuid(AString::FromUtf8(id)).IsValid()) {
     m_Problems.Add(TaskDocumentSeverity::NeverRuns, m_Source.PlaceOf(handler),
                    id.empty() ? "HandlerCLSID is empty"
                               : "HandlerCLSID " + Quoted(id) + " is not a class identifier",
                    effect, mend);
+  }
 }
 
 void TaskCheck::CheckHistory() {
   const pugi::xml_node history = First("TaskHistory");
   CheckPartAttributes(history);
-  CheckContent(history, {"RunTime"}, std::string("nothing reads it, and ") + kDropped);
+  CheckContent(history, {"RunTime"}, std::string("nothing reads it, and ") + Dropped);
   const pugi::xml_node runTime = First("RunTime");
-  if (!runTime) return;
+  if (!runTime) {
+    return;
+  }
   CheckPlainText(m_Source, runTime, m_Problems);
   CheckRunTime(runTime);
 }
@@ -176,40 +195,46 @@ void TaskCheck::CheckRunTime(const pugi::xml_node& runTime) {
   const ADateTime lastRun(words.Token(0) + " " + words.Token(1));
   const std::string mend = "write it like 2030-12-31 08:00:00 Ok, or remove the TaskHistory";
   const TextPlace place = m_Source.PlaceOf(runTime);
-  if (lastRun.GetTime() == 0)
+  if (lastRun.GetTime() == 0) {
     m_Problems.Warn(place, "RunTime " + Quoted(text.ToUtf8()) + " has no readable date and time",
                     "the task counts as never run", mend);
-  if (words.Count() > 3)
+  }
+  if (words.Count() > 3) {
     m_Problems.Warn(place, "RunTime " + Quoted(text.ToUtf8()) + " has more than three words",
                     "only the first word after the time is read as the state", mend);
-  if (lastRun.GetTime() > m_Now)
+  }
+  if (lastRun.GetTime() > m_Now) {
     m_Problems.Warn(place, "the last run " + Quoted(text.ToUtf8()) + " lies in the future",
                     "starts up to then are taken for done", mend);
+  }
 }
 
 void TaskCheck::CheckTriggerPlace(const pugi::xml_node& trigger, const pugi::xml_node& schedule) {
   if (IsInside(trigger, schedule)) {
-    if (trigger.parent() != schedule && std::string(trigger.parent().name()) != "Trigger")
+    if (trigger.parent() != schedule && std::string(trigger.parent().name()) != "Trigger") {
       m_Problems.Warn(m_Source.PlaceOf(trigger),
                       std::string("a Trigger inside ") + Quoted(trigger.parent().name()),
                       "it is read nevertheless", "put it directly into the Schedule");
+    }
     return;
   }
   m_Problems.Warn(m_Source.PlaceOf(trigger), "a Trigger outside the Schedule",
-                  std::string("it is read nevertheless, but ") + kDropped,
+                  std::string("it is read nevertheless, but ") + Dropped,
                   "put it into the Schedule");
 }
 
 void TaskCheck::CheckTriggers() {
   const pugi::xml_node schedule = First("Schedule");
   CheckPartAttributes(schedule);
-  CheckContent(schedule, {"Trigger"}, kUnread);
+  CheckContent(schedule, {"Trigger"}, Unread);
   std::vector<TriggerCheck> triggers;
   for (const auto& found : m_Source.Document().select_nodes("//Trigger")) {
     CheckTriggerPlace(found.node(), schedule);
     triggers.emplace_back(m_Source, found.node(), m_Now, m_Problems);
   }
-  if (triggers.empty()) return ReportNoTrigger();
+  if (triggers.empty()) {
+    return ReportNoTrigger();
+  }
 
   const bool allEnded = std::all_of(triggers.begin(), triggers.end(),
                                     [](const TriggerCheck& trigger) { return trigger.IsEnded(); });
@@ -217,7 +242,9 @@ void TaskCheck::CheckTriggers() {
                                     [](const TriggerCheck& t) { return !t.NeverFires(); });
   const std::string effect = allEnded ? "all triggers have ended, so the task is deleted at once"
                                       : "no trigger does, so the task never runs";
-  for (const TriggerCheck& trigger : triggers) trigger.ReportReasons(oneFires, effect, m_Problems);
+  for (const TriggerCheck& trigger : triggers) {
+    trigger.ReportReasons(oneFires, effect, m_Problems);
+  }
 }
 
 void TaskCheck::ReportNoTrigger() {

@@ -1,18 +1,18 @@
-// Everything of a task document around its triggers: its elements, what a rewrite drops, the
-// handler, the history; and what the triggers make of the task together.
 #pragma once
+
+#include "agent/document/TriggerCheck.h"
 
 #include <initializer_list>
 #include <string>
 #include <vector>
 
-#include "agent/document/TriggerCheck.h"
-
 namespace NoxAgent {
 
+/// Everything of a task document around its triggers: its elements, what a rewrite drops, the
+/// handler, the history; and what the triggers make of the task together.
 class TaskCheck {
  public:
-  // All three arguments must outlive the object. The document's root is a Task.
+  /// All three arguments must outlive the object. The document's root is a Task.
   TaskCheck(const DocumentSource& source, long now, ProblemList& problems);
 
   void Run();

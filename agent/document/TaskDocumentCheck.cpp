@@ -1,14 +1,14 @@
 #include "agent/document/TaskDocumentCheck.h"
 
-#include <BaseSDK/AXmlDoc.h>
-
-#include <algorithm>
-#include <string>
-
 #include "agent/document/AsciiDocument.h"
 #include "agent/document/DocumentSource.h"
 #include "agent/document/ProblemList.h"
 #include "agent/document/TaskCheck.h"
+
+#include <BaseSDK/AXmlDoc.h>
+
+#include <algorithm>
+#include <string>
 
 namespace NoxAgent {
 
@@ -16,22 +16,25 @@ using BaseSDK::AString;
 
 namespace {
 
-constexpr const char* kRefused = "the document is refused";
+constexpr const char* Refused = "the document is refused";
 
 TaskDocumentProblem Refusal(TextPlace place, const AString& message, const AString& mend) {
-  return {TaskDocumentSeverity::Error, place.m_Line, place.m_Column, message, kRefused, mend};
+  return {TaskDocumentSeverity::Error, place.m_Line, place.m_Column, message, Refused, mend};
 }
 
 // What keeps the document from being read at all.
 std::optional<TaskDocumentProblem> Unreadable(const AString& xml, std::size_t bytes) {
-  if (bytes > kMaxTaskDocumentBytes)
+  if (bytes > MaxTaskDocumentBytes) {
     return Refusal(
         {},
         AString("the document has %1 bytes, more than %2")
-            .Arg(std::to_string(bytes).c_str(), std::to_string(kMaxTaskDocumentBytes).c_str()),
+            .Arg(std::to_string(bytes).c_str(), std::to_string(MaxTaskDocumentBytes).c_str()),
         "shorten it");
+  }
   const BaseSDK::AXmlDoc parsed(xml);
-  if (parsed.IsParsed()) return std::nullopt;
+  if (parsed.IsParsed()) {
+    return std::nullopt;
+  }
   const auto& error = parsed.Error();
   return Refusal({std::max(error.m_Line, 1U), std::max(error.m_Column, 1U)},
                  AString("not well-formed XML: %1").Arg(error.m_Message),
@@ -42,20 +45,24 @@ std::optional<TaskDocumentProblem> Unreadable(const AString& xml, std::size_t by
 
 std::vector<TaskDocumentProblem> CheckTaskDocument(const AString& xml, long now) {
   const std::string utf8 = xml.ToUtf8();
-  if (const auto problem = Unreadable(xml, utf8.size())) return {*problem};
+  if (const auto problem = Unreadable(xml, utf8.size())) {
+    return {*problem};
+  }
 
   const DocumentSource source(utf8);
   const pugi::xml_node root = source.Document().document_element();
   ProblemList problems;
-  if (const auto problem = AsciiDocument(xml).Problem())
+  if (const auto problem = AsciiDocument(xml).Problem()) {
     problems.Add(problem->m_Severity, {problem->m_Line, problem->m_Column},
                  problem->m_Message.ToUtf8(), problem->m_Effect.ToUtf8(), problem->m_Mend.ToUtf8());
-  if (std::string(root.name()) != "Task")
+  }
+  if (std::string(root.name()) != "Task") {
     problems.Add(TaskDocumentSeverity::Error, source.PlaceOf(root),
-                 "the root element is " + Quoted(root.name()) + ", not Task", kRefused,
+                 "the root element is " + Quoted(root.name()) + ", not Task", Refused,
                  "write the whole task inside one Task element");
-  else
+  } else {
     TaskCheck(source, now, problems).Run();
+  }
   return problems.Take();
 }
 

@@ -7,30 +7,30 @@
 // docs/task-document.md describes the document; docs/task.xsd is the same description for tools.
 #pragma once
 
+#include "agent/document/TaskDocumentProblem.h"
+
 #include <BaseSDK/AString.h>
 
 #include <cstddef>
 #include <vector>
 
-#include "agent/document/TaskDocumentProblem.h"
-
 namespace NoxAgent {
 
-// A document may have this many bytes in UTF-8; one that is larger is an Error.
-constexpr std::size_t kMaxTaskDocumentBytes = 1024 * 1024;
+/// A document may have this many bytes in UTF-8; one that is larger is an Error.
+constexpr std::size_t MaxTaskDocumentBytes = 1024 * 1024;
 
-// All problems of the document `xml`, in the order of their places. `now` is in seconds since the
-// epoch: what has ended is judged by it, and local times that a change of the clocks leaves out are
-// looked for within two years from it. Local time is that of the process (TZ).
-// A document that is too large or not well formed has that one problem alone.
-// [any thread] Keeps no state and reads nothing but its arguments and the zone.
+/// All problems of the document `xml`, in the order of their places. `now` is in seconds since the
+/// epoch: what has ended is judged by it, and local times that a change of the clocks leaves out
+/// are looked for within two years from it. Local time is that of the process (TZ). A document that
+/// is too large or not well formed has that one problem alone. [any thread] Keeps no state and
+/// reads nothing but its arguments and the zone.
 std::vector<TaskDocumentProblem> CheckTaskDocument(const BaseSDK::AString& xml, long now);
 
-// The greatest severity among `problems` is at least `severity`; false for no problems.
+/// The greatest severity among `problems` is at least `severity`; false for no problems.
 bool HasTaskDocumentProblem(const std::vector<TaskDocumentProblem>& problems,
                             TaskDocumentSeverity severity);
 
-// "line 3, column 7: what is wrong; what the scheduler makes of it; how to mend it", one line.
+/// "line 3, column 7: what is wrong; what the scheduler makes of it; how to mend it", one line.
 BaseSDK::AString DescribeTaskDocumentProblem(const TaskDocumentProblem& problem);
 
 }  // namespace NoxAgent

@@ -1,12 +1,12 @@
 #include "agent/document/TriggerCheck.h"
 
+#include "agent/document/SkippedStart.h"
+
 #include <BaseSDK/ADateTime.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdlib>
-
-#include "agent/document/SkippedStart.h"
 
 namespace NoxAgent {
 
@@ -15,7 +15,7 @@ namespace {
 using Value = std::optional<SourceValue>;
 
 // A trigger that was never run is due once its begin date has passed, whatever its masks say.
-constexpr const char* kOnlyAtBegin =
+constexpr const char* OnlyAtBegin =
     "the trigger is due once, when its begin date has passed, and then never again";
 
 std::string LocalTime(long seconds) {
@@ -27,22 +27,25 @@ std::string TypeText(long type) {
 }
 
 void WarnUnused(const Value& value, long type, ProblemList& problems) {
-  if (value)
+  if (value) {
     problems.Warn(value->m_Place, value->m_Name + " has no part in a trigger of " + TypeText(type),
                   "nothing reads it", "remove it, or change the Type");
+  }
 }
 
 // A value that writers put down for good measure says nothing, so it needs no warning.
 bool IsIdle(const Value& value, long idle) {
-  if (!value) return true;
+  if (!value) {
+    return true;
+  }
   const long number = BaseSDK::AString::FromUtf8(value->m_Text).ToLong(10);
   return number == 0 || number == idle;
 }
 
 // Bits of the days that the month has, 29 February among them.
 long DaysOf(int month) {
-  constexpr std::array<int, 12> kDays = {31, 29, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  return TriggerFields::kAllDaysOfMonth >> (31 - kDays.at(static_cast<std::size_t>(month)));
+  constexpr std::array<int, 12> Days = {31, 29, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  return TriggerFields::AllDaysOfMonth >> (31 - Days.at(static_cast<std::size_t>(month)));
 }
 
 }  // namespace
@@ -64,22 +67,26 @@ TextPlace TriggerCheck::PlaceOr(const Value& value) const {
 }
 
 bool TriggerCheck::FiresOnDays() const {
-  return m_Fields.m_Type != TriggerFields::kAsSoonAsPossible &&
-         m_Fields.m_Type <= TriggerFields::kMonthlyByWeekday;
+  return m_Fields.m_Type != TriggerFields::AsSoonAsPossible &&
+         m_Fields.m_Type <= TriggerFields::MonthlyByWeekday;
 }
 
 void TriggerCheck::FindReasons() {
   const long type = m_Fields.m_Type;
-  if (m_Fields.m_Disabled)
+  if (m_Fields.m_Disabled) {
     m_Reasons.push_back({m_Fields.m_Place, "the trigger is disabled", "remove Disabled", true});
-  if (type == 6 || type == 7)
+  }
+  if (type == 6 || type == 7) {
     m_Reasons.push_back({PlaceOr(m_Fields.m_TypeText),
                          TypeText(type) + " is for events and cannot be used in a document",
                          "use a type from -1 to 4", false});
-  else if (type > TriggerFields::kMonthlyByWeekday)
+  } else if (type > TriggerFields::MonthlyByWeekday) {
     m_Reasons.push_back({PlaceOr(m_Fields.m_TypeText), TypeText(type) + " is not known",
                          "use a type from -1 to 4", false});
-  if (FiresOnDays()) FindReasonInDates();
+  }
+  if (FiresOnDays()) {
+    FindReasonInDates();
+  }
 }
 
 void TriggerCheck::FindReasonInDates() {
@@ -93,17 +100,20 @@ void TriggerCheck::FindReasonInDates() {
     return;
   }
   m_Ended = m_Fields.m_End != -1 && m_Now > std::max(m_Fields.m_End, m_Fields.m_Begin);
-  if (m_Ended)
+  if (m_Ended) {
     m_Reasons.push_back(
         {PlaceOr(m_Fields.m_EndText),
          "the trigger ended on " + LocalTime(std::max(m_Fields.m_End, m_Fields.m_Begin)),
          "write a later EndDate, or none", false});
+  }
 }
 
 void TriggerCheck::ReportReasons(bool anotherFires, const std::string& taskEffect,
                                  ProblemList& problems) const {
   for (const Reason& reason : m_Reasons) {
-    if (anotherFires && reason.m_OnPurpose) continue;
+    if (anotherFires && reason.m_OnPurpose) {
+      continue;
+    }
     problems.Add(anotherFires ? TaskDocumentSeverity::Warning : TaskDocumentSeverity::NeverRuns,
                  reason.m_Place, reason.m_Message,
                  "the trigger never fires" + (anotherFires ? "" : "; " + taskEffect),
@@ -112,15 +122,20 @@ void TriggerCheck::ReportReasons(bool anotherFires, const std::string& taskEffec
 }
 
 void TriggerCheck::CheckType(ProblemList& problems) const {
-  if (m_Fields.m_Type < TriggerFields::kAsSoonAsPossible)
+  if (m_Fields.m_Type < TriggerFields::AsSoonAsPossible) {
     problems.Warn(PlaceOr(m_Fields.m_TypeText), TypeText(m_Fields.m_Type) + " is not known",
                   "the trigger fires every day from its begin date on, like type 1",
                   "write 1 for every day, or -1 for as soon as possible");
+  }
 }
 
 void TriggerCheck::CheckEnd(ProblemList& problems) const {
-  if (!FiresOnDays() || m_Fields.m_Begin == -1 || m_Fields.m_End == -1) return;
-  if (m_Fields.m_End > m_Fields.m_Begin) return;
+  if (!FiresOnDays() || m_Fields.m_Begin == -1 || m_Fields.m_End == -1) {
+    return;
+  }
+  if (m_Fields.m_End > m_Fields.m_Begin) {
+    return;
+  }
   const bool earlier = m_Fields.m_End < m_Fields.m_Begin;
   problems.Warn(PlaceOr(m_Fields.m_EndText),
                 std::string("EndDate is ") + (earlier ? "before" : "the same as") + " BeginDate",
@@ -130,23 +145,31 @@ void TriggerCheck::CheckEnd(ProblemList& problems) const {
 }
 
 void TriggerCheck::CheckRepetition(ProblemList& problems) const {
-  if (!FiresOnDays()) return;
+  if (!FiresOnDays()) {
+    return;
+  }
   const long interval = m_Fields.m_IntervalSeconds;
   const long duration = m_Fields.m_DurationSeconds;
   const std::string once = "the trigger does not repeat";
-  if (interval < 0)
+  if (interval < 0) {
     problems.Warn(PlaceOr(m_Fields.m_IntervalText), "the Interval is negative",
                   "repetitions come late or not at all", "write how long a step of it takes");
-  if (duration < 0)
+  }
+  if (duration < 0) {
     problems.Warn(PlaceOr(m_Fields.m_DurationText), "the Duration is negative", once,
                   "write for how many minutes after each start it repeats");
-  if (duration > 0 && interval == 0)
+  }
+  if (duration > 0 && interval == 0) {
     problems.Warn(PlaceOr(m_Fields.m_DurationText), "a Duration without an Interval", once,
                   "write an Interval, or remove the Duration");
-  if (interval > 0 && duration == 0)
+  }
+  if (interval > 0 && duration == 0) {
     problems.Warn(PlaceOr(m_Fields.m_IntervalText), "an Interval without a Duration", once,
                   "write a Duration in minutes, or remove the Interval");
-  if (interval > 0 && duration > 0) CheckRepetitionLengths(problems);
+  }
+  if (interval > 0 && duration > 0) {
+    CheckRepetitionLengths(problems);
+  }
 }
 
 void TriggerCheck::CheckRepetitionLengths(ProblemList& problems) const {
@@ -158,32 +181,38 @@ void TriggerCheck::CheckRepetitionLengths(ProblemList& problems) const {
   const auto message = [&lengths](const char* relation) {
     return BaseSDK::AString::FromUtf8(lengths).Arg(relation).ToUtf8();
   };
-  if (interval > duration)
+  if (interval > duration) {
     problems.Warn(PlaceOr(m_Fields.m_IntervalText), message("is longer than"),
                   "the trigger does not repeat", "mind the units: a Duration is in minutes");
-  else if (duration % interval != 0)
+  } else if (duration % interval != 0) {
     problems.Warn(PlaceOr(m_Fields.m_IntervalText), message("does not divide"),
                   "the last repetition comes " + std::to_string(duration % interval) +
                       " seconds before the Duration ends",
                   "choose a Duration that is a multiple of the Interval");
+  }
 }
 
 void TriggerCheck::CheckUnused(ProblemList& problems) const {
   const TriggerFields& f = m_Fields;
   const long type = f.m_Type;
-  if (type > TriggerFields::kMonthlyByWeekday) return;
+  if (type > TriggerFields::MonthlyByWeekday) {
+    return;
+  }
   const auto unused = [&](const Value& value, long idle, std::initializer_list<long> users) {
-    if (std::find(users.begin(), users.end(), type) != users.end() || IsIdle(value, idle)) return;
+    if (std::find(users.begin(), users.end(), type) != users.end() || IsIdle(value, idle)) {
+      return;
+    }
     WarnUnused(value, type, problems);
   };
-  unused(f.m_DaysIntervalText, 1, {TriggerFields::kDaily});
-  unused(f.m_WeeksIntervalText, 1, {TriggerFields::kWeekly});
-  unused(f.m_DaysOfWeekText, 0, {TriggerFields::kWeekly, TriggerFields::kMonthlyByWeekday});
-  unused(f.m_DaysOfMonthText, 0, {TriggerFields::kMonthlyByDate});
-  unused(f.m_MonthsOfYearText, 0,
-         {TriggerFields::kMonthlyByDate, TriggerFields::kMonthlyByWeekday});
-  unused(f.m_WeekText, 1, {TriggerFields::kMonthlyByWeekday});
-  if (FiresOnDays()) return;
+  unused(f.m_DaysIntervalText, 1, {TriggerFields::Daily});
+  unused(f.m_WeeksIntervalText, 1, {TriggerFields::Weekly});
+  unused(f.m_DaysOfWeekText, 0, {TriggerFields::Weekly, TriggerFields::MonthlyByWeekday});
+  unused(f.m_DaysOfMonthText, 0, {TriggerFields::MonthlyByDate});
+  unused(f.m_MonthsOfYearText, 0, {TriggerFields::MonthlyByDate, TriggerFields::MonthlyByWeekday});
+  unused(f.m_WeekText, 1, {TriggerFields::MonthlyByWeekday});
+  if (FiresOnDays()) {
+    return;
+  }
   WarnUnused(f.m_BeginText, type, problems);
   WarnUnused(f.m_EndText, type, problems);
   unused(f.m_IntervalText, 0, {});
@@ -192,55 +221,70 @@ void TriggerCheck::CheckUnused(ProblemList& problems) const {
 
 void TriggerCheck::CheckMasks(ProblemList& problems) const {
   const TriggerFields& f = m_Fields;
-  const bool byDate = f.m_Type == TriggerFields::kMonthlyByDate;
-  const bool byWeekday = f.m_Type == TriggerFields::kMonthlyByWeekday;
+  const bool byDate = f.m_Type == TriggerFields::MonthlyByDate;
+  const bool byWeekday = f.m_Type == TriggerFields::MonthlyByWeekday;
   const auto wanted = [&](const char* name, const Value& value, long mask, const char* all) {
-    if (mask != 0) return;
-    problems.Warn(PlaceOr(value), std::string(name) + " selects nothing", kOnlyAtBegin,
+    if (mask != 0) {
+      return;
+    }
+    problems.Warn(PlaceOr(value), std::string(name) + " selects nothing", OnlyAtBegin,
                   std::string("write the sum of what is meant; ") + all + " is all of them");
   };
-  if (f.m_Type == TriggerFields::kWeekly || byWeekday)
+  if (f.m_Type == TriggerFields::Weekly || byWeekday) {
     wanted("DaysOfWeek", f.m_DaysOfWeekText, f.m_DaysOfWeek, "127");
-  if (byDate) wanted("DaysOfMonth", f.m_DaysOfMonthText, f.m_DaysOfMonth, "2147483647");
-  if (byDate || byWeekday) wanted("MonthsOfYear", f.m_MonthsOfYearText, f.m_MonthsOfYear, "4095");
-  if (byDate && f.m_DaysOfMonth != 0 && f.m_MonthsOfYear != 0) CheckDaysInMonths(problems);
+  }
+  if (byDate) {
+    wanted("DaysOfMonth", f.m_DaysOfMonthText, f.m_DaysOfMonth, "2147483647");
+  }
+  if (byDate || byWeekday) {
+    wanted("MonthsOfYear", f.m_MonthsOfYearText, f.m_MonthsOfYear, "4095");
+  }
+  if (byDate && f.m_DaysOfMonth != 0 && f.m_MonthsOfYear != 0) {
+    CheckDaysInMonths(problems);
+  }
 }
 
 void TriggerCheck::CheckDaysInMonths(ProblemList& problems) const {
-  constexpr int kFebruary = 1;
-  constexpr long k29th = 1L << 28;
+  constexpr int February = 1;
+  constexpr long Day29 = 1L << 28;
   long found = 0;
   bool outsideFebruary = false;
   for (int month = 0; month < 12; ++month) {
-    if (((m_Fields.m_MonthsOfYear >> month) & 1) == 0) continue;
+    if (((m_Fields.m_MonthsOfYear >> month) & 1) == 0) {
+      continue;
+    }
     const long days = m_Fields.m_DaysOfMonth & DaysOf(month);
     found |= days;
-    outsideFebruary = outsideFebruary || (days != 0 && month != kFebruary);
+    outsideFebruary = outsideFebruary || (days != 0 && month != February);
   }
-  if (found == 0)
+  if (found == 0) {
     problems.Warn(PlaceOr(m_Fields.m_DaysOfMonthText),
-                  "none of the months in MonthsOfYear has a day of DaysOfMonth", kOnlyAtBegin,
+                  "none of the months in MonthsOfYear has a day of DaysOfMonth", OnlyAtBegin,
                   "choose days that the months have");
-  else if (found == k29th && !outsideFebruary)
+  } else if (found == Day29 && !outsideFebruary) {
     problems.Warn(PlaceOr(m_Fields.m_DaysOfMonthText), "only 29 February is selected",
                   "the trigger fires in leap years alone",
                   "add 28 February (134217728) if it is to fire every year");
+  }
 }
 
 void TriggerCheck::CheckSkippedStarts(ProblemList& problems) const {
-  if (!FiresOnDays() || m_Fields.m_Begin == -1 || m_Ended) return;
+  if (!FiresOnDays() || m_Fields.m_Begin == -1 || m_Ended) {
+    return;
+  }
   const std::string mend = "choose a time of day that every day has";
-  if (const auto begin = FindSkippedBegin(m_Fields))
+  if (const auto begin = FindSkippedBegin(m_Fields)) {
     problems.Warn(
         PlaceOr(m_Fields.m_BeginText),
         "there is no " + begin->m_Wanted + " in the local time zone: the clocks leave it out",
         "BeginDate is read as " + begin->m_Instead + ", and every start has that time of day",
         mend);
-  else if (const auto start = FindSkippedStart(m_Fields, m_Now))
+  } else if (const auto start = FindSkippedStart(m_Fields, m_Now)) {
     problems.Warn(PlaceOr(m_Fields.m_BeginText),
                   "some days do not have this time of day: there is no " + start->m_Wanted +
                       " in the local time zone",
                   "a start on that day comes at " + start->m_Instead, mend);
+  }
 }
 
 }  // namespace NoxAgent

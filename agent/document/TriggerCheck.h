@@ -1,27 +1,27 @@
-// What becomes of one trigger: whether it ever fires, and what its writer may not expect of it.
 #pragma once
+
+#include "agent/document/TriggerFields.h"
 
 #include <string>
 #include <vector>
 
-#include "agent/document/TriggerFields.h"
-
 namespace NoxAgent {
 
+/// What becomes of one trigger: whether it ever fires, and what its writer may not expect of it.
 class TriggerCheck {
  public:
-  // Reads the trigger and tells `problems` all but the reasons why it never fires: how grave those
-  // are depends on the other triggers. `now` is in seconds since the epoch.
+  /// Reads the trigger and tells `problems` all but the reasons why it never fires: how grave those
+  /// are depends on the other triggers. `now` is in seconds since the epoch.
   TriggerCheck(const DocumentSource& source, const pugi::xml_node& trigger, long now,
                ProblemList& problems);
 
   bool NeverFires() const { return !m_Reasons.empty(); }
-  // It never fires again because its time has passed: the scheduler deletes a task that has only
-  // such triggers.
+  /// It never fires again because its time has passed: the scheduler deletes a task that has only
+  /// such triggers.
   bool IsEnded() const { return m_Ended && m_Reasons.size() == 1; }
 
-  // Tells `problems` why it never fires. A trigger that is switched off on purpose is worth telling
-  // only when no other one fires; `taskEffect` then says what becomes of the task.
+  /// Tells `problems` why it never fires. A trigger that is switched off on purpose is worth
+  /// telling only when no other one fires; `taskEffect` then says what becomes of the task.
   void ReportReasons(bool anotherFires, const std::string& taskEffect, ProblemList& problems) const;
 
  private:

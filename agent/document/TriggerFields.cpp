@@ -18,8 +18,8 @@ namespace {
 
 using Value = std::optional<SourceValue>;
 
-constexpr long kSecondsPerMinute = 60;
-constexpr long kSecondsPerHour = 3600;
+constexpr long SecondsPerMinute = 60;
+constexpr long SecondsPerHour = 3600;
 
 bool IsOneOf(const AString& text, std::initializer_list<const char*> words) {
   return std::any_of(words.begin(), words.end(),
@@ -27,57 +27,77 @@ bool IsOneOf(const AString& text, std::initializer_list<const char*> words) {
 }
 
 bool ReadDisabled(const Value& value, ProblemList& problems) {
-  if (!value) return false;
+  if (!value) {
+    return false;
+  }
   const AString text = AString::FromUtf8(value->m_Text);
-  if (BaseSDK::AText::StrToBool(text) || text.EqualsNoCase("Y")) return true;
-  if (!IsOneOf(text, {"", "0", "N", "no", "off", "false"}))
+  if (BaseSDK::AText::StrToBool(text) || text.EqualsNoCase("Y")) {
+    return true;
+  }
+  if (!IsOneOf(text, {"", "0", "N", "no", "off", "false"})) {
     problems.Warn(value->m_Place, "Disabled " + Quoted(value->m_Text) + " says neither yes nor no",
                   "the trigger is not disabled", "write 1 or 0");
+  }
   return false;
 }
 
 long UnitSeconds(const Value& unit, ProblemList& problems) {
-  if (!unit) return kSecondsPerMinute;
+  if (!unit) {
+    return SecondsPerMinute;
+  }
   const AString text = AString::FromUtf8(unit->m_Text);
-  if (text.EqualsNoCase("HOUR")) return kSecondsPerHour;
-  if (text.EqualsNoCase("SECOND")) return 1;
-  if (!IsOneOf(text, {"", "MINUTE"}))
+  if (text.EqualsNoCase("HOUR")) {
+    return SecondsPerHour;
+  }
+  if (text.EqualsNoCase("SECOND")) {
+    return 1;
+  }
+  if (!IsOneOf(text, {"", "MINUTE"})) {
     problems.Warn(unit->m_Place, "IntervalUnit " + Quoted(unit->m_Text) + " is not known",
                   "the interval counts in minutes", "write SECOND, MINUTE or HOUR");
-  return kSecondsPerMinute;
+  }
+  return SecondsPerMinute;
 }
 
 long ReadSeconds(const Value& value, long unitSeconds, ProblemList& problems) {
   const long number = CheckNumber(value, problems);
   const long seconds = BaseSDK::Mul32(number, unitSeconds);
-  if (std::int64_t{number} * unitSeconds != seconds)
+  if (std::int64_t{number} * unitSeconds != seconds) {
     problems.Warn(value->m_Place, value->m_Name + " " + Quoted(value->m_Text) + " is too long",
                   "it is read as " + std::to_string(seconds) + " seconds",
                   "write at most " + std::to_string(BaseSDK::Long32Max / unitSeconds));
+  }
   return seconds;
 }
 
 long ReadDate(const AString& text, bool withFallback) {
   long seconds = ADateTime(text).GetTime();
-  if (seconds == 0 && withFallback) seconds = ADateTime(text, "%Y/%m/%d %H:%M:%S", 0).GetTime();
+  if (seconds == 0 && withFallback) {
+    seconds = ADateTime(text, "%Y/%m/%d %H:%M:%S", 0).GetTime();
+  }
   return seconds == 0 ? -1 : seconds;
 }
 
 // The begin date is read in two forms, the end date in the first of them only.
 long ReadEnd(const Value& value, ProblemList& problems) {
-  if (!value) return -1;
+  if (!value) {
+    return -1;
+  }
   const long end = ReadDate(AString::FromUtf8(value->m_Text), false);
-  if (end == -1)
+  if (end == -1) {
     problems.Warn(value->m_Place, "EndDate " + Quoted(value->m_Text) + " cannot be read",
                   "the trigger has no end",
                   "write it like 2030/12/31 08:00:00, all digits, from 1970 to January 2038");
+  }
   return end;
 }
 
 // The mask's valid bits. `all` has all of them.
 long ReadMask(const Value& value, long all, ProblemList& problems) {
   const long mask = CheckNumber(value, problems);
-  if (mask >= 0 && mask <= all) return mask;
+  if (mask >= 0 && mask <= all) {
+    return mask;
+  }
   problems.Warn(
       value->m_Place,
       value->m_Name + " " + std::to_string(mask) + " is outside 0 to " + std::to_string(all),
@@ -87,10 +107,14 @@ long ReadMask(const Value& value, long all, ProblemList& problems) {
 }
 
 void CheckRange(const Value& value, long lowest, long highest, ProblemList& problems) {
-  if (!value) return;
+  if (!value) {
+    return;
+  }
   const long number = CheckNumber(value, problems);
   const bool isEmpty = value->m_Text.empty();
-  if (isEmpty || (number >= lowest && number <= highest)) return;
+  if (isEmpty || (number >= lowest && number <= highest)) {
+    return;
+  }
   const std::string range = highest == BaseSDK::Long32Max ? "below " + std::to_string(lowest)
                                                           : "outside " + std::to_string(lowest) +
                                                                 " to " + std::to_string(highest);
@@ -100,29 +124,31 @@ void CheckRange(const Value& value, long lowest, long highest, ProblemList& prob
 
 void CheckAttributes(const DocumentSource& source, const pugi::xml_node& trigger,
                      ProblemList& problems) {
-  static constexpr auto kKnown = {"Type",         "Disabled", "Description", "Interval",
-                                  "IntervalUnit", "Duration", "KillAtEnd"};
+  static constexpr auto Known = {"Type",         "Disabled", "Description", "Interval",
+                                 "IntervalUnit", "Duration", "KillAtEnd"};
   for (const pugi::xml_attribute& attribute : trigger.attributes()) {
     const std::string name = attribute.name();
-    if (std::find(kKnown.begin(), kKnown.end(), name) == kKnown.end())
-      WarnUnknown("attribute", name, source.PlaceOf(trigger, attribute), kKnown, "nothing reads it",
+    if (std::find(Known.begin(), Known.end(), name) == Known.end()) {
+      WarnUnknown("attribute", name, source.PlaceOf(trigger, attribute), Known, "nothing reads it",
                   problems);
+    }
   }
 }
 
 void CheckChild(const DocumentSource& source, const pugi::xml_node& child, ProblemList& problems) {
-  static constexpr auto kKnown = {"BeginDate",  "EndDate",     "DaysInterval", "WeeksInterval",
-                                  "DaysOfWeek", "DaysOfMonth", "MonthsOfYear", "Week"};
+  static constexpr auto Known = {"BeginDate",  "EndDate",     "DaysInterval", "WeeksInterval",
+                                 "DaysOfWeek", "DaysOfMonth", "MonthsOfYear", "Week"};
   const std::string name = child.name();
   const TextPlace place = source.PlaceOf(child);
-  if (std::find(kKnown.begin(), kKnown.end(), name) == kKnown.end()) {
+  if (std::find(Known.begin(), Known.end(), name) == Known.end()) {
     const bool isTrigger = name == "Trigger";
-    WarnUnknown("element", name, place, kKnown,
+    WarnUnknown("element", name, place, Known,
                 isTrigger ? "it is read as a trigger of its own" : "nothing reads it", problems);
     return;
   }
-  if (child.parent().child(name.c_str()) != child)
+  if (child.parent().child(name.c_str()) != child) {
     problems.Warn(place, "a second " + name, "only the first is read", "remove one of them");
+  }
   CheckPlainText(source, child, problems);
 }
 
@@ -130,10 +156,13 @@ void CheckStructure(const DocumentSource& source, const pugi::xml_node& trigger,
                     ProblemList& problems) {
   CheckAttributes(source, trigger, problems);
   for (const pugi::xml_node& child : trigger.children()) {
-    if (child.type() == pugi::node_element) CheckChild(source, child, problems);
-    if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata)
+    if (child.type() == pugi::node_element) {
+      CheckChild(source, child, problems);
+    }
+    if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata) {
       problems.Warn(source.PlaceOf(child), "text between the elements of a Trigger",
                     "nothing reads it", "remove it");
+    }
   }
 }
 
@@ -165,19 +194,20 @@ TriggerFields ReadTriggerFields(const DocumentSource& source, const pugi::xml_no
   fields.m_Type = CheckNumber(fields.m_TypeText, problems, ", once");
   const long unit = UnitSeconds(AttributeValue(source, trigger, "IntervalUnit"), problems);
   fields.m_IntervalSeconds = ReadSeconds(fields.m_IntervalText, unit, problems);
-  fields.m_DurationSeconds = ReadSeconds(fields.m_DurationText, kSecondsPerMinute, problems);
+  fields.m_DurationSeconds = ReadSeconds(fields.m_DurationText, SecondsPerMinute, problems);
   (void)CheckNumber(AttributeValue(source, trigger, "KillAtEnd"), problems,
                     ", and the run is not stopped");
-  if (fields.m_BeginText)
+  if (fields.m_BeginText) {
     fields.m_Begin = ReadDate(AString::FromUtf8(fields.m_BeginText->m_Text), true);
+  }
   fields.m_End = ReadEnd(fields.m_EndText, problems);
   CheckRange(fields.m_DaysIntervalText, 1, BaseSDK::Long32Max, problems);
   CheckRange(fields.m_WeeksIntervalText, 1, BaseSDK::Long32Max, problems);
   CheckRange(fields.m_WeekText, 1, 5, problems);
-  fields.m_DaysOfWeek = ReadMask(fields.m_DaysOfWeekText, TriggerFields::kAllDaysOfWeek, problems);
+  fields.m_DaysOfWeek = ReadMask(fields.m_DaysOfWeekText, TriggerFields::AllDaysOfWeek, problems);
   fields.m_DaysOfMonth =
-      ReadMask(fields.m_DaysOfMonthText, TriggerFields::kAllDaysOfMonth, problems);
-  fields.m_MonthsOfYear = ReadMask(fields.m_MonthsOfYearText, TriggerFields::kAllMonths, problems);
+      ReadMask(fields.m_DaysOfMonthText, TriggerFields::AllDaysOfMonth, problems);
+  fields.m_MonthsOfYear = ReadMask(fields.m_MonthsOfYearText, TriggerFields::AllMonths, problems);
   return fields;
 }
 

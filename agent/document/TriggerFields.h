@@ -1,36 +1,36 @@
-// One Trigger element, read as the scheduler reads it.
 #pragma once
-
-#include <optional>
 
 #include "agent/document/ValueCheck.h"
 
+#include <optional>
+
 namespace NoxAgent {
 
+/// One Trigger element, read as the scheduler reads it.
 struct TriggerFields {
-  static constexpr long kAsSoonAsPossible = -1;
-  static constexpr long kOnce = 0;
-  static constexpr long kDaily = 1;
-  static constexpr long kWeekly = 2;
-  static constexpr long kMonthlyByDate = 3;
-  static constexpr long kMonthlyByWeekday = 4;  // greater types never fire
+  static constexpr long AsSoonAsPossible = -1;
+  static constexpr long Once = 0;
+  static constexpr long Daily = 1;
+  static constexpr long Weekly = 2;
+  static constexpr long MonthlyByDate = 3;
+  static constexpr long MonthlyByWeekday = 4;  ///< greater types never fire
 
-  static constexpr long kAllDaysOfWeek = 0x7F;
-  static constexpr long kAllDaysOfMonth = 0x7FFFFFFF;
-  static constexpr long kAllMonths = 0xFFF;
+  static constexpr long AllDaysOfWeek = 0x7F;
+  static constexpr long AllDaysOfMonth = 0x7FFFFFFF;
+  static constexpr long AllMonths = 0xFFF;
 
   pugi::xml_node m_Element;
   TextPlace m_Place;
 
-  // What stands in the document; nothing where it does not.
+  /// What stands in the document; nothing where it does not.
   std::optional<SourceValue> m_TypeText, m_IntervalText, m_DurationText, m_BeginText, m_EndText,
       m_DaysIntervalText, m_WeeksIntervalText, m_DaysOfWeekText, m_DaysOfMonthText,
       m_MonthsOfYearText, m_WeekText;
 
-  // What the scheduler takes it for. Masks hold their valid bits only; dates are seconds since the
-  // epoch, -1 when absent or unreadable.
+  /// What the scheduler takes it for. Masks hold their valid bits only; dates are seconds since the
+  /// epoch, -1 when absent or unreadable.
   bool m_Disabled = false;
-  long m_Type = kOnce;
+  long m_Type = Once;
   long m_IntervalSeconds = 0;
   long m_DurationSeconds = 0;
   long m_Begin = -1;
@@ -40,7 +40,7 @@ struct TriggerFields {
   long m_MonthsOfYear = 0;
 };
 
-// Reads the element and warns about each value that does not mean what it says.
+/// Reads the element and warns about each value that does not mean what it says.
 TriggerFields ReadTriggerFields(const DocumentSource& source, const pugi::xml_node& trigger,
                                 ProblemList& problems);
 

@@ -31,10 +31,14 @@ bool IsNumber(const std::string& text) {
 
 // Digits that do not fit are clamped, so the number written and the number read differ.
 bool FitsIn32Bits(const std::string& number) {
-  constexpr std::size_t kMoreThanEnoughDigits = 12;
+  constexpr std::size_t MoreThanEnoughDigits = 12;
   const std::size_t digits = number.find_first_not_of("+-0");
-  if (digits == std::string::npos) return true;
-  if (number.size() - digits > kMoreThanEnoughDigits) return false;
+  if (digits == std::string::npos) {
+    return true;
+  }
+  if (number.size() - digits > MoreThanEnoughDigits) {
+    return false;
+  }
   const std::int64_t value = std::stoll(number);
   return value >= INT32_MIN && value <= INT32_MAX;
 }
@@ -64,14 +68,18 @@ std::size_t EditDistance(const std::string& from, const std::string& to) {
 
 // The known name that `name` was probably meant to be; empty when none is near.
 std::string NearestName(const std::string& name, std::initializer_list<const char*> known) {
-  constexpr std::size_t kFarthestSlip = 2;
-  constexpr std::size_t kLongestName = 40;
-  if (name.size() > kLongestName) return {};
+  constexpr std::size_t FarthestSlip = 2;
+  constexpr std::size_t LongestName = 40;
+  if (name.size() > LongestName) {
+    return {};
+  }
   std::string nearest;
-  std::size_t best = kFarthestSlip + 1;
+  std::size_t best = FarthestSlip + 1;
   for (const char* candidate : known) {
     const std::size_t distance = EditDistance(LowerCase(name), LowerCase(candidate));
-    if (distance < best) nearest = candidate;
+    if (distance < best) {
+      nearest = candidate;
+    }
     best = std::min(best, distance);
   }
   return nearest;
@@ -82,7 +90,9 @@ std::string NearestName(const std::string& name, std::initializer_list<const cha
 std::optional<SourceValue> ChildValue(const DocumentSource& source, const pugi::xml_node& parent,
                                       const char* name) {
   const pugi::xml_node child = parent.child(name);
-  if (!child) return std::nullopt;
+  if (!child) {
+    return std::nullopt;
+  }
   const pugi::xpath_node text = parent.select_node((std::string(name) + "/text()").c_str());
   return SourceValue{name, text ? text.node().value() : "", source.PlaceOf(child)};
 }
@@ -90,13 +100,17 @@ std::optional<SourceValue> ChildValue(const DocumentSource& source, const pugi::
 std::optional<SourceValue> AttributeValue(const DocumentSource& source,
                                           const pugi::xml_node& element, const char* name) {
   const pugi::xml_attribute attribute = element.attribute(name);
-  if (!attribute) return std::nullopt;
+  if (!attribute) {
+    return std::nullopt;
+  }
   return SourceValue{name, attribute.value(), source.PlaceOf(element, attribute)};
 }
 
 long CheckNumber(const std::optional<SourceValue>& value, ProblemList& problems,
                  const std::string& meaningOfZero) {
-  if (!value) return 0;
+  if (!value) {
+    return 0;
+  }
   const long number = AString::FromUtf8(value->m_Text).ToLong(10);
   const std::string trimmed = Trimmed(value->m_Text);
   const std::string asRead =
@@ -118,25 +132,30 @@ long CheckNumber(const std::optional<SourceValue>& value, ProblemList& problems,
 
 void CheckPlainText(const DocumentSource& source, const pugi::xml_node& element,
                     ProblemList& problems) {
-  for (const pugi::xml_attribute& attribute : element.attributes())
+  for (const pugi::xml_attribute& attribute : element.attributes()) {
     WarnUnknown("attribute", attribute.name(), source.PlaceOf(element, attribute), {},
                 "nothing reads it", problems);
+  }
   unsigned texts = 0;
   for (const pugi::xml_node& child : element.children()) {
-    if (child.type() == pugi::node_element)
+    if (child.type() == pugi::node_element) {
       WarnUnknown("element", child.name(), source.PlaceOf(child), {}, "nothing reads it", problems);
+    }
     const bool isText = child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata;
-    if (isText && ++texts == 2)
+    if (isText && ++texts == 2) {
       problems.Warn(source.PlaceOf(child),
                     std::string("the text of ") + element.name() + " is in several pieces",
                     "only the first piece is read", "write it in one piece");
+    }
   }
 }
 
 std::string Quoted(const std::string& text) {
-  constexpr std::size_t kLongestShown = 40;
+  constexpr std::size_t LongestShown = 40;
   AString shown = AString::FromUtf8(text);
-  if (shown.Length() > kLongestShown) shown = shown.Left(kLongestShown) + L"...";
+  if (shown.Length() > LongestShown) {
+    shown = shown.Left(LongestShown) + L"...";
+  }
   std::string line = shown.ToUtf8();
   std::replace_if(
       line.begin(), line.end(),

@@ -1,5 +1,8 @@
 #include "agent/handler/CommandHandlerObject.h"
 
+#include "agent/handler/Log.h"
+#include "agent/handler/SettingsReader.h"
+
 #include <AgentInterfacesV3/INoxObject_impl.h>
 #include <AgentInterfacesV3/INoxScheduledTaskHandler.h>
 #include <AgentInterfacesV3/InterfaceIds.h>
@@ -7,19 +10,18 @@
 #include <cstring>
 #include <exception>
 
-#include "agent/handler/Log.h"
-#include "agent/handler/SettingsReader.h"
-
 using BaseSDK::AGuid;
 using BaseSDK::ALogger;
 using BaseSDK::AString;
 using namespace Corvane::AgentInterfacesV3;
 
+namespace NoxHandler {
+
 namespace {
 
-constexpr int kSuccess = 1;
-constexpr int kFailure = -1;
-constexpr int kFrameVersion = 3;
+constexpr int Success = 1;
+constexpr int Failure = -1;
+constexpr int FrameVersion = 3;
 
 }  // namespace
 
@@ -29,13 +31,13 @@ CommandHandlerObject_i::~CommandHandlerObject_i() = default;
 
 int CommandHandlerObject_i::ObjectDebugInfo(AString& report) {
   const auto running =
-      m_Supervisor ? m_Supervisor->Running() : std::vector<CSupervisor::CRunning>();
+      m_Supervisor ? m_Supervisor->Running() : std::vector<Supervisor::RunningTask>();
   report =
       AString("Command handler: %1 running\n").Arg(DecimalText(static_cast<long>(running.size())));
-  for (const CSupervisor::CRunning& run : running) {
+  for (const Supervisor::RunningTask& run : running) {
     report += AString("  task '%1', process %2\n").Arg(run.m_TaskId, DecimalText(run.m_Pid));
   }
-  return kSuccess;
+  return Success;
 }
 
 // Runs go on through policy refreshes and the comings and goings of other plug-ins.
@@ -48,7 +50,7 @@ long CommandHandlerObject_i::RunTasks(const AString& batch) {
 }
 
 long CommandHandlerObject_i::RunTasksEx(const AString& batch) {
-  const CTaskBatch tasks = CTaskBatch::Parse(batch);
+  const TaskBatch tasks = TaskBatch::Parse(batch);
   for (const AString& entry : tasks.m_Invalid) {
     ALOG(HandlerLog(), ALogger::Error, HandlerSource,
          AString("Cannot read the entry \"%1\" of a batch; nothing is run for it").Arg(entry));
@@ -70,45 +72,47 @@ int CommandHandlerObject_i::QueryInterface(const AGuid& interfaceId, void*& obje
   } else if (interfaceId == IID_INoxObject) {
     object = static_cast<INoxObject_impl*>(this);
   }
-  return object != nullptr ? 0 : kFailure;
+  return object != nullptr ? 0 : Failure;
 }
 
 int CommandHandlerObject_i::GetVersion() {
-  return kFrameVersion;
+  return FrameVersion;
 }
 
 int CommandHandlerObject_i::Initialize() {
   try {
-    auto supervisor = std::make_unique<CSupervisor>(ReadHandlerSettings());
+    auto supervisor = std::make_unique<Supervisor>(ReadHandlerSettings());
     supervisor->Start();
     m_Supervisor = std::move(supervisor);
-    return kSuccess;
+    return Success;
   } catch (const std::exception& error) {
     ALOG(HandlerLog(), ALogger::Error, HandlerSource,
          AString("The command handler cannot start: %1").Arg(AString(error.what())));
-    return kFailure;
+    return Failure;
   }
 }
 
 int CommandHandlerObject_i::Uninitialize(unsigned int forced) {
   if (!m_Supervisor) {
-    return kSuccess;
+    return Success;
   }
   if (forced == 0 && m_Supervisor->IsBusy()) {
-    return kFailure;
+    return Failure;
   }
   if (!m_Supervisor->Stop()) {
-    return kFailure;
+    return Failure;
   }
   m_Supervisor.reset();
-  return kSuccess;
+  return Success;
 }
 
 int CommandHandlerObject_i::GetAttribute(const char* name, AString& value) {
   if (strcmp(name, "InterfaceFactory") != 0) {
-    return kFailure;
+    return Failure;
   }
   INoxInterfaceFactory* const factory = this;
   value.SetNum(reinterpret_cast<unsigned long>(factory), 'x');
-  return kSuccess;
+  return Success;
 }
+
+}  // namespace NoxHandler

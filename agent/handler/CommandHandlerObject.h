@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Common/PluginBase.h"
+#include "agent/handler/run/Supervisor.h"
 
 #include <AgentInterfacesV3/INoxScheduledTaskHandler_impl.h>
 #include <BaseSDK/AGuid.h>
@@ -8,7 +9,7 @@
 
 #include <memory>
 
-#include "agent/handler/run/Supervisor.h"
+namespace NoxHandler {
 
 /// The plug-in's server object: the task handler that runs commands. Its class identifier, its
 /// configuration and its job files are described in docs/command-handler.md.
@@ -23,16 +24,16 @@ class CommandHandlerObject_i
   CommandHandlerObject_i();
   ~CommandHandlerObject_i() override;
 
-  // INoxObject
+  /// INoxObject
   int ObjectDebugInfo(BaseSDK::AString& report) override;
   int NotifyObject(long kind, long code, const BaseSDK::AString& text) override;
 
-  // INoxScheduledTaskHandler: both start the batch's runs, return without waiting for them and
-  // decline. Entries that cannot be read are logged and left out. [any thread]
+  /// INoxScheduledTaskHandler: both start the batch's runs, return without waiting for them and
+  /// decline. Entries that cannot be read are logged and left out. [any thread]
   long RunTasks(const BaseSDK::AString& batch) override;
   long RunTasksEx(const BaseSDK::AString& batch) override;
 
-  // APluginBase
+  /// APluginBase
   int QueryInterface(const UUID& interfaceId, void*& object) override;
   int QueryInterface(const BaseSDK::AGuid& interfaceId, void*& object) override;
   int GetVersion() override;
@@ -42,5 +43,7 @@ class CommandHandlerObject_i
   int GetAttribute(const char* name, BaseSDK::AString& value) override;
 
  private:
-  std::unique_ptr<CSupervisor> m_Supervisor;  // from a successful Initialize on; [agent thread]
+  std::unique_ptr<Supervisor> m_Supervisor;  ///< from a successful Initialize on; [agent thread]
 };
+
+}  // namespace NoxHandler

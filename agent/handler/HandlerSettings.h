@@ -5,8 +5,10 @@
 #include <chrono>
 #include <cstddef>
 
+namespace NoxHandler {
+
 /// What the plug-in's configuration says. Directories are absolute and exist.
-struct CHandlerSettings {
+struct HandlerSettings {
   BaseSDK::AString m_JobPath;     ///< job files, "<task ID>.job"
   BaseSDK::AString m_OutputPath;  ///< outputs, "<task ID>.log"
   BaseSDK::AString m_RecordPath;  ///< records of runs under way
@@ -18,3 +20,5 @@ struct CHandlerSettings {
   /// How many runs go on at the same time; each takes three descriptors of the usual 1024.
   std::size_t m_MaxRuns = 200;
 };
+
+}  // namespace NoxHandler

@@ -2,6 +2,8 @@
 
 #include <BaseSDK/ASingleton.h>
 
+namespace NoxHandler {
+
 namespace {
 
 struct HandlerLogger {
@@ -17,3 +19,5 @@ BaseSDK::ALogger& HandlerLog() {
 BaseSDK::AString DecimalText(long number) {
   return BaseSDK::AString().SetNum(number, 'd');
 }
+
+}  // namespace NoxHandler

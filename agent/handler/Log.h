@@ -3,6 +3,8 @@
 #include <BaseSDK/ALogger.h>
 #include <BaseSDK/AString.h>
 
+namespace NoxHandler {
+
 /// The plug-in's one logger, channel "Corvane::Agent::CommandHandler".
 BaseSDK::ALogger& HandlerLog();
 
@@ -11,3 +13,5 @@ constexpr const char* HandlerSource = "CommandHandler";
 
 /// A number in decimal, for the placeholders of messages.
 BaseSDK::AString DecimalText(long number);
+
+}  // namespace NoxHandler

@@ -1,7 +1,7 @@
-#include <new>
-
 #include "agent/handler/CommandHandlerObject.h"
 
+#include <new>
+
 APluginBase* PluginMain() {
-  return new (std::nothrow) CommandHandlerObject_i;
+  return new (std::nothrow) NoxHandler::CommandHandlerObject_i;
 }

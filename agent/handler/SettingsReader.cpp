@@ -1,5 +1,7 @@
 #include "agent/handler/SettingsReader.h"
 
+#include "agent/Protocol.h"
+
 #include <AgentSDK/APluginMgr.h>
 #include <BaseSDK/AGuid.h>
 
@@ -9,13 +11,14 @@
 
 using BaseSDK::AString;
 
+namespace NoxHandler {
+
 namespace {
 
-constexpr const char* kSchedulerClassId = "{5E0C8B0E-8A57-4D0B-9A7B-0B6E6F1D2A31}";
-constexpr long kGraceSeconds = 5;
-constexpr long kMaxGraceSeconds = 3600;
-constexpr long kMaxRuns = 200;
-constexpr long kMaxMaxRuns = 100000;
+constexpr long GraceSeconds = 5;
+constexpr long MaxGraceSeconds = 3600;
+constexpr long MaxRuns = 200;
+constexpr long MaxMaxRuns = 100000;
 
 [[noreturn]] void Refuse(const AString& key, const AString& reason) {
   throw std::runtime_error(AString("%1: %2").Arg(key, reason).ToUtf8());
@@ -52,24 +55,24 @@ long Number(const char* key, long fallback, long least, long most) {
 
 AString SchedulerClassId() {
   const char* const key = "scheduler_class_id";
-  const AString text = Value(key, kSchedulerClassId);
+  const AString text = Value(key, NoxAgent::SchedulerClassId);
   if (!BaseSDK::AGuid(text).IsValid()) {
-    Refuse(key,
-           AString("\"%1\" is not a class identifier, such as %2").Arg(text, kSchedulerClassId));
+    Refuse(key, AString("\"%1\" is not a class identifier, such as %2")
+                    .Arg(text, NoxAgent::SchedulerClassId));
   }
   return text;
 }
 
 }  // namespace
 
-CHandlerSettings ReadHandlerSettings() {
+HandlerSettings ReadHandlerSettings() {
   // All keys are read before any is judged: the agent takes one that was not asked for as unknown.
   const AString jobPath = Value("job_path");
   const AString outputPath = Value("output_path");
   const AString recordPath = Value("record_path");
-  const long grace = Number("kill_grace_seconds", kGraceSeconds, 0, kMaxGraceSeconds);
-  const long maxRuns = Number("max_runs", kMaxRuns, 1, kMaxMaxRuns);
-  CHandlerSettings settings;
+  const long grace = Number("kill_grace_seconds", GraceSeconds, 0, MaxGraceSeconds);
+  const long maxRuns = Number("max_runs", MaxRuns, 1, MaxMaxRuns);
+  HandlerSettings settings;
   settings.m_SchedulerClassId = SchedulerClassId();
   settings.m_KillGrace = std::chrono::seconds(grace);
   settings.m_MaxRuns = static_cast<std::size_t>(maxRuns);
@@ -79,3 +82,5 @@ CHandlerSettings ReadHandlerSettings() {
       "record_path", recordPath.IsEmpty() ? settings.m_OutputPath + "/.running" : recordPath);
   return settings;
 }
+
+}  // namespace NoxHandler

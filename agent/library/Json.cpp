@@ -94,9 +94,9 @@ std::string Json::Text(std::string_view name, std::string_view fallback) const {
 }
 
 const Json::List& Json::Items(std::string_view name) const {
-  static const List none;
+  static const List None;
   const Json* const found = Find(name);
-  return found == nullptr ? none : found->Items();
+  return found == nullptr ? None : found->Items();
 }
 
 Json& Json::operator[](const std::string& name) {

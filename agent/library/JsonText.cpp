@@ -1,8 +1,9 @@
 // JSON as text. The library that reads and writes it is compiled into this file alone.
-#include <nlohmann/json.hpp>
-#include <ostream>
-
 #include "agent/library/Json.h"
+
+#include <nlohmann/json.hpp>
+
+#include <ostream>
 
 namespace NoxAgent {
 

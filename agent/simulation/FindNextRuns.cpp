@@ -1,10 +1,10 @@
+#include "agent/simulation/SimulatedAgent.h"
+#include "agent/simulation/Simulation.h"
+
 #include <VirtualTime/VirtualClock.h>
 
 #include <algorithm>
 #include <optional>
-
-#include "agent/simulation/SimulatedAgent.h"
-#include "agent/simulation/Simulation.h"
 
 namespace NoxAgent {
 
@@ -14,7 +14,7 @@ using Kind = SimulationEvent::Kind;
 
 namespace {
 
-constexpr long kDay = 86400;
+constexpr long Day = 86400;
 
 // A search by running the scheduler a day at a time. What makes it quick is leaving out days; what
 // keeps it right is that nothing may turn out to be due after such a gap.
@@ -30,10 +30,16 @@ class Search {
     while (IsGoingOn()) {
       const unsigned runs = m_Agent.Log().Runs();
       RunDay();
-      if (m_Agent.Log().Runs() != runs || !IsGoingOn()) continue;
+      if (m_Agent.Log().Runs() != runs || !IsGoingOn()) {
+        continue;
+      }
       const long next = NextRun();
-      if (next <= 0) return Answer(m_Request.m_To);
-      if (m_LeavesOutDays && !LeaveOutDaysBefore(next)) return std::nullopt;
+      if (next <= 0) {
+        return Answer(m_Request.m_To);
+      }
+      if (m_LeavesOutDays && !LeaveOutDaysBefore(next)) {
+        return std::nullopt;
+      }
     }
     return Answer(m_Clock.Now());
   }
@@ -45,9 +51,10 @@ class Search {
 
   // From one wake-up of the scheduler to the next, to stop at the last run that is wanted.
   void RunDay() {
-    const long end = m_Request.m_To - m_Clock.Now() > kDay ? m_Clock.Now() + kDay : m_Request.m_To;
-    while (IsGoingOn() && m_Clock.Now() < end)
+    const long end = m_Request.m_To - m_Clock.Now() > Day ? m_Clock.Now() + Day : m_Request.m_To;
+    while (IsGoingOn() && m_Clock.Now() < end) {
       m_Clock.RunUntil(std::clamp(m_Clock.NextDeadline().value_or(end), m_Clock.Now() + 1, end));
+    }
   }
 
   // By the scheduler's report; 0 for none, also when the task is gone.
@@ -57,8 +64,10 @@ class Search {
   }
 
   bool LeaveOutDaysBefore(long next) {
-    const long gap = std::min(next, m_Request.m_To) - kDay - m_Clock.Now();
-    if (gap <= kDay) return true;
+    const long gap = std::min(next, m_Request.m_To) - Day - m_Clock.Now();
+    if (gap <= Day) {
+      return true;
+    }
     const unsigned runs = m_Agent.Log().Runs();
     m_Clock.StepWallClock(gap);
     m_Clock.RunUntil(m_Clock.Now());
@@ -67,9 +76,11 @@ class Search {
 
   NextRuns Answer(long searchedUntil) {
     NextRuns answer{{}, searchedUntil};
-    for (const SimulationEvent& event : m_Agent.Log().Events())
-      if (event.m_Kind == Kind::Run && answer.m_Runs.size() < m_Request.m_Count)
+    for (const SimulationEvent& event : m_Agent.Log().Events()) {
+      if (event.m_Kind == Kind::Run && answer.m_Runs.size() < m_Request.m_Count) {
         answer.m_Runs.push_back(event);
+      }
+    }
     return answer;
   }
 
@@ -82,7 +93,9 @@ class Search {
 }  // namespace
 
 NextRuns FindNextRuns(const SimulationRequest& request) {
-  if (const auto quick = Search(request, true).Find()) return *quick;
+  if (const auto quick = Search(request, true).Find()) {
+    return *quick;
+  }
   return *Search(request, false).Find();
 }
 

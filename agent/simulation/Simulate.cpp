@@ -1,10 +1,10 @@
+#include "agent/simulation/SimulatedAgent.h"
+#include "agent/simulation/Simulation.h"
+
 #include <VirtualTime/VirtualClock.h>
 
 #include <algorithm>
 #include <vector>
-
-#include "agent/simulation/SimulatedAgent.h"
-#include "agent/simulation/Simulation.h"
 
 namespace NoxAgent {
 
@@ -20,10 +20,11 @@ std::vector<Span> Joined(std::vector<Span> spans) {
   std::sort(spans.begin(), spans.end());
   std::vector<Span> joined;
   for (const Span& span : spans) {
-    if (joined.empty() || span.first > joined.back().second)
+    if (joined.empty() || span.first > joined.back().second) {
       joined.push_back(span);
-    else
+    } else {
       joined.back().second = std::max(joined.back().second, span.second);
+    }
   }
   return joined;
 }
@@ -33,7 +34,9 @@ bool PlanGate(const SimulationRequest& request, SimulatedAgent& agent) {
   VirtualClock& clock = VirtualClock::Instance();
   bool isOpen = true;
   for (const auto& [first, last] : Joined(request.m_GateClosed)) {
-    if (last <= request.m_From) continue;
+    if (last <= request.m_From) {
+      continue;
+    }
     isOpen = isOpen && first > request.m_From;
     clock.At(first, [&agent] { agent.CloseGate(); });
     clock.At(last, [&agent] { agent.OpenGate(); });
@@ -43,7 +46,9 @@ bool PlanGate(const SimulationRequest& request, SimulatedAgent& agent) {
 
 void PlanClockSteps(const SimulationRequest& request, SimulatedAgent& agent) {
   for (const SimulationRequest::ClockStep& step : request.m_ClockSteps) {
-    if (step.m_At < request.m_From) continue;
+    if (step.m_At < request.m_From) {
+      continue;
+    }
     VirtualClock::Instance().At(step.m_At, [&agent, step] {
       // Noted first: the step wakes the scheduler, whose thread then notes what it does.
       SimulationEvent event;
@@ -62,7 +67,9 @@ std::vector<SimulationEvent> Simulate(const SimulationRequest& request) {
   const bool isOpen = PlanGate(request, agent);
   PlanClockSteps(request, agent);
   // After the plans, for it wakes the scheduler: what is planned for one moment keeps its order.
-  if (isOpen) agent.FinishStart();
+  if (isOpen) {
+    agent.FinishStart();
+  }
   VirtualClock::Instance().RunUntil(request.m_To);
   return agent.Log().Events();
 }

@@ -1,14 +1,14 @@
 #include "agent/simulation/SimulatedAgent.h"
 
+#include "agent/daemon/AgentError.h"
+#include "agent/daemon/config/DefaultPaths.h"
+#include "agent/daemon/process/Environment.h"
+
 #include <AgentInterfacesV3/AMsgIn.h>
 #include <AgentInterfacesV3/AMsgReply.h>
 #include <VirtualTime/VirtualClock.h>
 
 #include <variant>
-
-#include "agent/daemon/AgentError.h"
-#include "agent/daemon/config/DefaultPaths.h"
-#include "agent/daemon/process/Environment.h"
 
 namespace NoxAgent {
 
@@ -21,13 +21,13 @@ using Kind = SimulationEvent::Kind;
 
 namespace {
 
-constexpr const char* kPlugin = "NoxTaskScheduler.so";
-constexpr int kQueueNumber = 1;
+constexpr const char* SchedulerFile = "NoxTaskScheduler.so";
+constexpr int QueueNumber = 1;
 
 // Kinds of notifications. A policy refresh is what closes the gate of a running agent.
-constexpr long kAgentStarted = 0;
-constexpr long kPolicyRefreshStarted = 1;
-constexpr long kPolicyRefreshFinished = 2;
+constexpr long AgentStarted = 0;
+constexpr long PolicyRefreshStarted = 1;
+constexpr long PolicyRefreshFinished = 2;
 
 AString Wide(const std::string& text) {
   return AString::FromUtf8(text);
@@ -47,35 +47,39 @@ SimulatedAgent::SimulatedAgent(const SimulationRequest& request)
       m_Handler(m_Log, request.m_RunSeconds, request.m_FailAt,
                 [this](const std::string& task, const std::string& state) { Report(task, state); }),
       m_Host(m_Log, m_Handler),
-      m_Scheduler(DefaultPaths::Plugin(Environment::OfProcess(), kPlugin)),
-      m_Queue(kQueueNumber) {
-  const std::string directory = std::string(SimulatedHost::kTaskDirectory) + "/";
+      m_Scheduler(DefaultPaths::Plugin(Environment::OfProcess(), SchedulerFile)),
+      m_Queue(QueueNumber) {
+  const std::string directory = std::string(SimulatedHost::TaskDirectory) + "/";
   m_Files.MakeDirectory(directory);
-  for (const auto& document : request.m_Documents)
-    m_Files.WriteFile(directory + document.m_Id + SimulatedHost::kExtension, document.m_Xml);
+  for (const auto& document : request.m_Documents) {
+    m_Files.WriteFile(directory + document.m_Id + SimulatedHost::Extension, document.m_Xml);
+  }
   VirtualClock::Instance().Start(request.m_From);
-  if (m_Scheduler.Initialize(kQueueNumber) != 1)
+  if (m_Scheduler.Initialize(QueueNumber) != 1) {
     throw AgentError(AgentError::Kind::Failure, "the scheduler does not start");
+  }
   VirtualClock::Instance().Settle();
 }
 
 SimulatedAgent::~SimulatedAgent() {
   m_Queue.Close();
-  if (m_Scheduler.Uninitialize(true) < 1) m_Scheduler.Keep();
+  if (m_Scheduler.Uninitialize(true) < 1) {
+    m_Scheduler.Keep();
+  }
 }
 
 void SimulatedAgent::FinishStart() {
-  Notify(kAgentStarted);
+  Notify(AgentStarted);
 }
 
 void SimulatedAgent::OpenGate() {
   m_Log.Add(Kind::GateOpened);
-  Notify(kPolicyRefreshFinished);
+  Notify(PolicyRefreshFinished);
 }
 
 void SimulatedAgent::CloseGate() {
   m_Log.Add(Kind::GateClosed);
-  Notify(kPolicyRefreshStarted);
+  Notify(PolicyRefreshStarted);
 }
 
 void SimulatedAgent::Notify(long kind) {
@@ -97,10 +101,13 @@ std::optional<SimulatedAgent::Attributes> SimulatedAgent::AttributesOf(const std
   AMsgReply reply;
   AMsgIn request("INoxTaskScheduler", "GetTaskAttributes", reply);
   request.Set("taskId", Wide(task)).Set("attributes", AStringMap());
-  if (m_Queue.Send(request) < 1 || reply.Result() < 1) return std::nullopt;
+  if (m_Queue.Send(request) < 1 || reply.Result() < 1) {
+    return std::nullopt;
+  }
   Attributes attributes;
-  for (const auto& [key, value] : std::get<AStringMap>(reply.Out().at("attributes")))
+  for (const auto& [key, value] : std::get<AStringMap>(reply.Out().at("attributes"))) {
     attributes[key.ToUtf8()] = value.ToUtf8();
+  }
   return attributes;
 }
 

@@ -1,6 +1,10 @@
-// A whole agent in one process that owns its time: the real scheduler, loaded from its shared
-// object, with files in memory, a simulated host and a simulated handler around it.
 #pragma once
+
+#include "agent/daemon/plugins/PluginLibrary.h"
+#include "agent/simulation/SimulatedHandler.h"
+#include "agent/simulation/SimulatedHost.h"
+#include "agent/simulation/SimulationLog.h"
+#include "agent/simulation/SimulationRequest.h"
 
 #include <AgentInterfacesV3/AMsgQueue.h>
 #include <BaseSDK/AMemoryFileSystem.h>
@@ -10,39 +14,36 @@
 #include <optional>
 #include <string>
 
-#include "agent/daemon/plugins/PluginLibrary.h"
-#include "agent/simulation/SimulatedHandler.h"
-#include "agent/simulation/SimulatedHost.h"
-#include "agent/simulation/SimulationLog.h"
-#include "agent/simulation/SimulationRequest.h"
-
 namespace NoxAgent {
 
-// One at a time; it belongs to one thread, which controls the clock from then on.
+/// A whole agent in one process that owns its time: the real scheduler, loaded from its shared
+/// object, with files in memory, a simulated host and a simulated handler around it.
+///
+/// One at a time; it belongs to one thread, which controls the clock from then on.
 class SimulatedAgent {
  public:
   using Attributes = std::map<std::string, std::string>;
 
-  // Sets the clock to the beginning and starts the scheduler on copies of the documents, its gate
-  // closed. Throws AgentError when the scheduler cannot be loaded.
+  /// Sets the clock to the beginning and starts the scheduler on copies of the documents, its gate
+  /// closed. Throws AgentError when the scheduler cannot be loaded.
   explicit SimulatedAgent(const SimulationRequest& request);
   ~SimulatedAgent();
   SimulatedAgent(const SimulatedAgent&) = delete;
   SimulatedAgent& operator=(const SimulatedAgent&) = delete;
 
-  // The agent has started: the gate opens, which is not logged.
+  /// The agent has started: the gate opens, which is not logged.
   void FinishStart();
-  // As a policy refresh does it.
+  /// As a policy refresh does it.
   void OpenGate();
   void CloseGate();
 
-  // The scheduler's report on a task; nothing when it holds no such task.
+  /// The scheduler's report on a task; nothing when it holds no such task.
   std::optional<Attributes> AttributesOf(const std::string& task);
 
   SimulationLog& Log() { return m_Log; }
 
  private:
-  // The files in memory are in force while this lives.
+  /// The files in memory are in force while this lives.
   class FilesInForce {
    public:
     explicit FilesInForce(BaseSDK::AFileSystem& files);

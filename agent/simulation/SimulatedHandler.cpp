@@ -18,8 +18,8 @@ using Kind = SimulationEvent::Kind;
 
 namespace {
 
-constexpr const char* kOk = "Ok";
-constexpr const char* kFailed = "Failed";
+constexpr const char* Ok = "Ok";
+constexpr const char* Failed = "Failed";
 
 bool Flag(const AStringTokenizer& fields, std::size_t index) {
   return fields.Token(index) == AString("1");
@@ -41,7 +41,9 @@ long SimulatedHandler::RunTasks(const AString& batch) {
 
 long SimulatedHandler::RunTasksEx(const AString& batch) {
   const AStringTokenizer entries(batch, ";");
-  for (std::size_t i = 0; i < entries.Count(); ++i) Take(entries.Token(i));
+  for (std::size_t i = 0; i < entries.Count(); ++i) {
+    Take(entries.Token(i));
+  }
   return m_Accepts ? 1 : TASK_HANDLER_DECLINED;
 }
 
@@ -52,22 +54,28 @@ void SimulatedHandler::Take(const AString& entry) {
   event.m_Late = Flag(fields, 1);
   event.m_NeverRun = Flag(fields, 2);
   event.m_KillAtEnd = Flag(fields, 3);
-  if (m_Accepts) event.m_State = kOk;
+  if (m_Accepts) {
+    event.m_State = Ok;
+  }
   {
     const AMutexGuard guard(m_Lock);
-    if (m_Running.count(event.m_Task) > 0) event.m_Kind = Kind::StillRunning;
+    if (m_Running.count(event.m_Task) > 0) {
+      event.m_Kind = Kind::StillRunning;
+    }
   }
   const bool begins = event.m_Kind == Kind::Run;
   const std::string task = event.m_Task;
   m_Log.Add(std::move(event));
-  if (begins && !m_Accepts) Begin(task);
+  if (begins && !m_Accepts) {
+    Begin(task);
+  }
 }
 
 void SimulatedHandler::Begin(const std::string& task) {
   const long now = VirtualClock::Instance().Now();
   const AMutexGuard guard(m_Lock);
   m_Running.insert(task);
-  const char* const state = Fails(now) ? kFailed : kOk;
+  const char* const state = Fails(now) ? Failed : Ok;
   // Also a run without duration ends there: the scheduler must have got its answer before.
   VirtualClock::Instance().At(BaseSDK::Add32(now, m_RunSeconds),
                               [this, task, state] { End(task, state); });
@@ -89,7 +97,9 @@ void SimulatedHandler::End(const std::string& task, const std::string& state) {
 // One failure is used up by one run.
 bool SimulatedHandler::Fails(long now) {
   const auto first = m_FailAt.begin();
-  if (first == m_FailAt.end() || *first > now) return false;
+  if (first == m_FailAt.end() || *first > now) {
+    return false;
+  }
   m_FailAt.erase(first);
   return true;
 }

@@ -1,9 +1,6 @@
-// The handler of every task in a simulation. It runs nothing and notes what it was given.
-//
-// Without a duration and without failures it accepts each batch, and the scheduler records "Ok" at
-// once. Otherwise it declines, as the command handler does, and reports the state itself when the
-// simulated run ends. It starts no second copy of a task that still runs.
 #pragma once
+
+#include "agent/simulation/SimulationLog.h"
 
 #include <AgentInterfacesV3/INoxScheduledTaskHandler.h>
 #include <BaseSDK/AMutex.h>
@@ -16,20 +13,23 @@
 #include <string>
 #include <vector>
 
-#include "agent/simulation/SimulationLog.h"
-
 namespace NoxAgent {
 
+/// The handler of every task in a simulation. It runs nothing and notes what it was given.
+///
+/// Without a duration and without failures it accepts each batch, and the scheduler records "Ok" at
+/// once. Otherwise it declines, as the command handler does, and reports the state itself when the
+/// simulated run ends. It starts no second copy of a task that still runs.
 class SimulatedHandler final : public Corvane::AgentInterfacesV3::INoxScheduledTaskHandler {
  public:
   using Reporter = std::function<void(const std::string& task, const std::string& state)>;
 
-  // `log` outlives the handler. `failAt` as in SimulationRequest; `report` is called when a run of
-  // a declined batch ends, on the clock's controlling thread.
+  /// `log` outlives the handler. `failAt` as in SimulationRequest; `report` is called when a run of
+  /// a declined batch ends, on the clock's controlling thread.
   SimulatedHandler(SimulationLog& log, std::optional<long> runSeconds, std::vector<long> failAt,
                    Reporter report);
 
-  // INoxScheduledTaskHandler [monitor thread]
+  /// INoxScheduledTaskHandler [monitor thread]
   long RunTasks(const BaseSDK::AString& batch) override;
   long RunTasksEx(const BaseSDK::AString& batch) override;
   long Release() override { return 0; }

@@ -1,17 +1,13 @@
 #include "agent/simulation/SimulatedHost.h"
 
+#include "agent/Protocol.h"
+
 namespace NoxAgent {
 
 using BaseSDK::AGuid;
 using BaseSDK::AString;
 using Corvane::AgentInterfacesV3::INoxScheduledTaskHandler;
 using Kind = SimulationEvent::Kind;
-
-namespace {
-
-constexpr long kTaskDeleted = 101;
-
-}  // namespace
 
 SimulatedHost::SimulatedHost(SimulationLog& log, INoxScheduledTaskHandler& handler)
     : m_Log(log), m_Handler(handler), m_Before(AgentSDK::AHost::Replace(this)) {}
@@ -23,7 +19,7 @@ SimulatedHost::~SimulatedHost() {
 long SimulatedHost::PostNotification(long code, const AString& text) {
   SimulationEvent event;
   event.m_Task = text.ToUtf8();
-  if (code == kTaskDeleted) {
+  if (code == TaskDeleted) {
     event.m_Kind = Kind::Deleted;
     m_Log.Add(event);
   }
@@ -35,14 +31,18 @@ long SimulatedHost::PostNotification(long code, const AString& text) {
 
 AString SimulatedHost::GetConfigString(const AString&, const AString& key,
                                        const AString& fallback) {
-  if (key == AString("task_storage_path")) return kTaskDirectory;
-  return key == AString("task_file_extension") ? AString(kExtension) : fallback;
+  if (key == AString("task_storage_path")) {
+    return TaskDirectory;
+  }
+  return key == AString("task_file_extension") ? AString(Extension) : fallback;
 }
 
 long SimulatedHost::OpenObject(const AString& classId, const AGuid& interfaceId, unsigned long,
                                void*& object) {
   object = nullptr;
-  if (interfaceId.Compare(INoxScheduledTaskHandler::GetIID()) != 0) return -1;
+  if (interfaceId.Compare(INoxScheduledTaskHandler::GetIID()) != 0) {
+    return -1;
+  }
   if (!AGuid(classId).IsValid()) {
     SimulationEvent event;
     event.m_Kind = Kind::NoHandler;

@@ -1,22 +1,23 @@
-// The agent as the simulated scheduler sees it: where the tasks are, one handler for all of them,
-// and somebody who notes the notifications.
 #pragma once
+
+#include "agent/simulation/SimulationLog.h"
 
 #include <AgentInterfacesV3/INoxScheduledTaskHandler.h>
 #include <AgentSDK/AHost.h>
 
-#include "agent/simulation/SimulationLog.h"
-
 namespace NoxAgent {
 
-// In place as the process's host while it lives. [any thread]
+/// The agent as the simulated scheduler sees it: where the tasks are, one handler for all of them,
+/// and somebody who notes the notifications.
+///
+/// In place as the process's host while it lives. [any thread]
 class SimulatedHost final : public AgentSDK::AHost {
  public:
-  // Where the scheduler keeps its tasks: a directory of the simulation's own files.
-  static constexpr const char* kTaskDirectory = "/tasks";
-  static constexpr const char* kExtension = ".vsk";
+  /// Where the scheduler keeps its tasks: a directory of the simulation's own files.
+  static constexpr const char* TaskDirectory = "/tasks";
+  static constexpr const char* Extension = ".vsk";
 
-  // Both outlive the host.
+  /// Both outlive the host.
   SimulatedHost(SimulationLog& log, Corvane::AgentInterfacesV3::INoxScheduledTaskHandler& handler);
   ~SimulatedHost() override;
 
@@ -24,7 +25,7 @@ class SimulatedHost final : public AgentSDK::AHost {
   long PostNotification(long code, const BaseSDK::AString& text) override;
   BaseSDK::AString GetConfigString(const BaseSDK::AString& section, const BaseSDK::AString& key,
                                    const BaseSDK::AString& fallback) override;
-  // Every class identifier opens, unless it is none.
+  /// Every class identifier opens, unless it is none.
   long OpenObject(const BaseSDK::AString& classId, const BaseSDK::AGuid& interfaceId,
                   unsigned long flags, void*& object) override;
 

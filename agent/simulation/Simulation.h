@@ -3,29 +3,29 @@
 // cannot be loaded.
 #pragma once
 
-#include <vector>
-
 #include "agent/simulation/SimulationEvent.h"
 #include "agent/simulation/SimulationRequest.h"
 #include "agent/simulation/TaskFacts.h"
+
+#include <vector>
 
 namespace NoxAgent {
 
 struct NextRuns {
   std::vector<SimulationEvent> m_Runs;
-  // No run but these begins from the request's m_From up to this moment.
+  /// No run but these begins from the request's m_From up to this moment.
   long m_SearchedUntil = 0;
 };
 
-// All that happens to the request's documents from m_From to m_To, both included.
+/// All that happens to the request's documents from m_From to m_To, both included.
 std::vector<SimulationEvent> Simulate(const SimulationRequest& request);
 
-// The first m_Count runs of the request's one task, repetitions included, none after m_To. Where
-// the scheduler's own next run is days away the time up to the day before it is left out.
+/// The first m_Count runs of the request's one task, repetitions included, none after m_To. Where
+/// the scheduler's own next run is days away the time up to the day before it is left out.
 NextRuns FindNextRuns(const SimulationRequest& request);
 
-// What the scheduler makes of the request's one task when it looks at it at m_From: before, during
-// and after one pass with an open gate.
+/// What the scheduler makes of the request's one task when it looks at it at m_From: before, during
+/// and after one pass with an open gate.
 TaskFacts FindTaskFacts(const SimulationRequest& request);
 
 }  // namespace NoxAgent

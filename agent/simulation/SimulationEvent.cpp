@@ -10,20 +10,20 @@ using Kind = SimulationEvent::Kind;
 namespace {
 
 /// In the order of the kinds.
-constexpr const char* kKindNames[] = {"run",         "finished",    "still running",
-                                      "no handler",  "deleted",     "notification",
-                                      "gate closed", "gate opened", "clock set"};
+constexpr const char* KindNames[] = {"run",         "finished",    "still running",
+                                     "no handler",  "deleted",     "notification",
+                                     "gate closed", "gate opened", "clock set"};
 
 const char* NameOf(Kind kind) {
-  return kKindNames[static_cast<std::size_t>(kind)];
+  return KindNames[static_cast<std::size_t>(kind)];
 }
 
 Kind KindOf(const std::string& name) {
-  const auto found = std::find(std::begin(kKindNames), std::end(kKindNames), name);
-  if (found == std::end(kKindNames)) {
+  const auto found = std::find(std::begin(KindNames), std::end(KindNames), name);
+  if (found == std::end(KindNames)) {
     throw JsonError("there is no event \"" + name + '"');
   }
-  return static_cast<Kind>(found - std::begin(kKindNames));
+  return static_cast<Kind>(found - std::begin(KindNames));
 }
 
 }  // namespace
@@ -31,7 +31,9 @@ Kind KindOf(const std::string& name) {
 std::string RunFlagsText(const SimulationEvent& run) {
   std::string flags;
   const auto add = [&flags](bool set, const char* name) {
-    if (set) flags += (flags.empty() ? "" : ", ") + std::string(name);
+    if (set) {
+      flags += (flags.empty() ? "" : ", ") + std::string(name);
+    }
   };
   add(run.m_Late, "late");
   add(run.m_NeverRun, "never run");
@@ -41,19 +43,24 @@ std::string RunFlagsText(const SimulationEvent& run) {
 
 Json ToJson(const SimulationEvent& event) {
   Json answer = {{"event", NameOf(event.m_Kind)}, {"seconds", event.m_Time}};
-  if (!event.m_Task.empty())
+  if (!event.m_Task.empty()) {
     answer[event.m_Kind == Kind::NoHandler ? "handler" : "task"] = event.m_Task;
+  }
   if (event.m_Kind == Kind::Run) {
     answer["late"] = event.m_Late;
     answer["neverRun"] = event.m_NeverRun;
     answer["killAtEnd"] = event.m_KillAtEnd;
   }
-  if (!event.m_State.empty()) answer["state"] = event.m_State;
+  if (!event.m_State.empty()) {
+    answer["state"] = event.m_State;
+  }
   if (event.m_Kind == Kind::Notification) {
     answer["code"] = event.m_Code;
     answer["count"] = event.m_Count;
   }
-  if (event.m_Kind == Kind::ClockSet) answer["by"] = event.m_Seconds;
+  if (event.m_Kind == Kind::ClockSet) {
+    answer["by"] = event.m_Seconds;
+  }
   return answer;
 }
 

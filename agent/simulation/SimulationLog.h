@@ -1,27 +1,28 @@
-// What has happened so far in a simulation, in the order in which it happened.
 #pragma once
+
+#include "agent/simulation/SimulationEvent.h"
 
 #include <BaseSDK/AMutex.h>
 #include <BaseSDK/ThreadAnnotations.h>
 
 #include <vector>
 
-#include "agent/simulation/SimulationEvent.h"
-
 namespace NoxAgent {
 
-// [any thread]
+/// What has happened so far in a simulation, in the order in which it happened.
+///
+/// [any thread]
 class SimulationLog {
  public:
-  // Notes that it happens now, by the simulated clock; of a ClockSet, which is yet to be made, by
-  // the clock as it will then be. A notification that was posted in this second already is counted
-  // there.
+  /// Notes that it happens now, by the simulated clock; of a ClockSet, which is yet to be made, by
+  /// the clock as it will then be. A notification that was posted in this second already is counted
+  /// there.
   void Add(SimulationEvent event);
-  // The same for an event that is no more than its kind.
+  /// The same for an event that is no more than its kind.
   void Add(SimulationEvent::Kind kind);
 
   std::vector<SimulationEvent> Events() const;
-  // How many of them are runs.
+  /// How many of them are runs.
   unsigned Runs() const;
 
  private:

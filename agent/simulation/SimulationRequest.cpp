@@ -10,30 +10,35 @@ namespace {
 using Command = SimulationRequest::Command;
 
 /// In the order of the commands.
-constexpr const char* kCommandNames[] = {"simulate", "next", "explain"};
+constexpr const char* CommandNames[] = {"simulate", "next", "explain"};
 
 const char* NameOf(Command command) {
-  return kCommandNames[static_cast<std::size_t>(command)];
+  return CommandNames[static_cast<std::size_t>(command)];
 }
 
 Command CommandOf(const std::string& name) {
-  const auto found = std::find(std::begin(kCommandNames), std::end(kCommandNames), name);
-  if (found == std::end(kCommandNames)) {
+  const auto found = std::find(std::begin(CommandNames), std::end(CommandNames), name);
+  if (found == std::end(CommandNames)) {
     throw JsonError("there is no command \"" + name + '"');
   }
-  return static_cast<Command>(found - std::begin(kCommandNames));
+  return static_cast<Command>(found - std::begin(CommandNames));
 }
 
 }  // namespace
 
 Json ToJson(const SimulationRequest& request) {
   Json documents = Json::List{};
-  for (const auto& document : request.m_Documents)
+  for (const auto& document : request.m_Documents) {
     documents.Append({{"id", document.m_Id}, {"xml", document.m_Xml}});
+  }
   Json gateClosed = Json::List{};
-  for (const auto& [from, until] : request.m_GateClosed) gateClosed.Append(Json::List{from, until});
+  for (const auto& [from, until] : request.m_GateClosed) {
+    gateClosed.Append(Json::List{from, until});
+  }
   Json steps = Json::List{};
-  for (const auto& step : request.m_ClockSteps) steps.Append(Json::List{step.m_At, step.m_Seconds});
+  for (const auto& step : request.m_ClockSteps) {
+    steps.Append(Json::List{step.m_At, step.m_Seconds});
+  }
   Json answer = {{"command", NameOf(request.m_Command)},
                  {"documents", documents},
                  {"from", request.m_From},
@@ -42,24 +47,33 @@ Json ToJson(const SimulationRequest& request) {
                  {"gateClosed", gateClosed},
                  {"clockSteps", steps},
                  {"failAt", Json::List(request.m_FailAt.begin(), request.m_FailAt.end())}};
-  if (request.m_RunSeconds) answer["runSeconds"] = *request.m_RunSeconds;
+  if (request.m_RunSeconds) {
+    answer["runSeconds"] = *request.m_RunSeconds;
+  }
   return answer;
 }
 
 SimulationRequest SimulationRequestFrom(const Json& request) {
   SimulationRequest answer;
   answer.m_Command = CommandOf(request.At("command").Text());
-  for (const Json& document : request.At("documents").Items())
+  for (const Json& document : request.At("documents").Items()) {
     answer.m_Documents.push_back({document.At("id").Text(), document.At("xml").Text()});
+  }
   answer.m_From = request.At("from").Long();
   answer.m_To = request.Long("to", answer.m_To);
   answer.m_Count = static_cast<unsigned>(request.Long("count", 0));
-  for (const Json& span : request.Items("gateClosed"))
+  for (const Json& span : request.Items("gateClosed")) {
     answer.m_GateClosed.emplace_back(span.At(0).Long(), span.At(1).Long());
-  for (const Json& step : request.Items("clockSteps"))
+  }
+  for (const Json& step : request.Items("clockSteps")) {
     answer.m_ClockSteps.push_back({step.At(0).Long(), step.At(1).Long()});
-  for (const Json& moment : request.Items("failAt")) answer.m_FailAt.push_back(moment.Long());
-  if (const Json* const seconds = request.Find("runSeconds")) answer.m_RunSeconds = seconds->Long();
+  }
+  for (const Json& moment : request.Items("failAt")) {
+    answer.m_FailAt.push_back(moment.Long());
+  }
+  if (const Json* const seconds = request.Find("runSeconds")) {
+    answer.m_RunSeconds = seconds->Long();
+  }
   return answer;
 }
 

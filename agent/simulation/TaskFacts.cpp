@@ -4,8 +4,9 @@ namespace NoxAgent {
 
 Json ToJson(const TaskFacts& facts) {
   Json triggers = Json::List{};
-  for (const TaskFacts::Trigger& trigger : facts.m_Triggers)
+  for (const TaskFacts::Trigger& trigger : facts.m_Triggers) {
     triggers.Append({{"due", trigger.m_Due}, {"next", trigger.m_Next}});
+  }
   return {{"at", facts.m_At},
           {"enabled", facts.m_Enabled},
           {"lastRun", facts.m_LastRun},
@@ -20,9 +21,12 @@ TaskFacts TaskFactsFrom(const Json& line) {
   facts.m_At = line.At("at").Long();
   facts.m_Enabled = line.At("enabled").Bool();
   facts.m_LastRun = line.At("lastRun").Long();
-  for (const Json& trigger : line.At("triggers").Items())
+  for (const Json& trigger : line.At("triggers").Items()) {
     facts.m_Triggers.push_back({trigger.At("due").Bool(), trigger.At("next").Long()});
-  if (!line.At("run").IsNull()) facts.m_Run = SimulationEventFrom(line.At("run"));
+  }
+  if (!line.At("run").IsNull()) {
+    facts.m_Run = SimulationEventFrom(line.At("run"));
+  }
   facts.m_Deleted = line.At("deleted").Bool();
   facts.m_NoHandler = line.At("noHandler").Bool();
   return facts;

@@ -1,35 +1,35 @@
-// How the scheduler itself sees a task at one moment.
 #pragma once
-
-#include <optional>
-#include <vector>
 
 #include "agent/library/Json.h"
 #include "agent/simulation/SimulationEvent.h"
 
+#include <optional>
+#include <vector>
+
 namespace NoxAgent {
 
+/// How the scheduler itself sees a task at one moment.
 struct TaskFacts {
   struct Trigger {
     bool m_Due = false;
-    long m_Next = 0;  // the next run after the moment, 0 for none
+    long m_Next = 0;  ///< the next run after the moment, 0 for none
 
     friend bool operator==(const Trigger&, const Trigger&) = default;
   };
 
   long m_At = 0;
   bool m_Enabled = false;
-  long m_LastRun = -1;  // as the scheduler counts it: -1 also when the last run did not finish
-  std::vector<Trigger> m_Triggers;       // in document order
-  std::optional<SimulationEvent> m_Run;  // what a pass with an open gate starts
-  bool m_Deleted = false;                // the pass deletes the task
-  bool m_NoHandler = false;              // the pass records a run, but there is nobody to run it
+  long m_LastRun = -1;  ///< as the scheduler counts it: -1 also when the last run did not finish
+  std::vector<Trigger> m_Triggers;       ///< in document order
+  std::optional<SimulationEvent> m_Run;  ///< what a pass with an open gate starts
+  bool m_Deleted = false;                ///< the pass deletes the task
+  bool m_NoHandler = false;              ///< the pass records a run, but there is nobody to run it
 
   friend bool operator==(const TaskFacts&, const TaskFacts&) = default;
 };
 
 Json ToJson(const TaskFacts& facts);
-// Throws JsonError for what is none.
-TaskFacts TaskFactsFrom(const Json& Json);
+/// Throws JsonError for what is none.
+TaskFacts TaskFactsFrom(const Json& json);
 
 }  // namespace NoxAgent

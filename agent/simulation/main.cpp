@@ -1,13 +1,13 @@
 // nox-simulate: reads a request from standard input, answers in lines of JSON on standard output.
 // noxctl runs it; it is a program of its own because virtual time owns the time of its process.
+#include "agent/simulation/Simulation.h"
+
 #include <BaseSDK/ALogConfig.h>
 
 #include <cstdlib>
 #include <exception>
 #include <iostream>
 #include <iterator>
-
-#include "agent/simulation/Simulation.h"
 
 namespace {
 
@@ -20,7 +20,9 @@ void Print(const Json& line) {
 }
 
 void Print(const std::vector<SimulationEvent>& events) {
-  for (const SimulationEvent& event : events) Print(ToJson(event));
+  for (const SimulationEvent& event : events) {
+    Print(ToJson(event));
+  }
 }
 
 void Answer(const SimulationRequest& request) {

@@ -1,9 +1,9 @@
 // A plug-in whose object serves the scheduler's interfaces and answers with what it is given.
+#include "Common/PluginBase.h"
+
 #include <AgentInterfacesV3/INoxTaskScheduler_impl.h>
 
 #include <new>
-
-#include "Common/PluginBase.h"
 
 using namespace Corvane::AgentInterfacesV3;
 using BaseSDK::AString;

@@ -1,6 +1,4 @@
 // An INI file: as the agent's configuration and as a job file.
-#include <string>
-
 #include "agent/daemon/AgentError.h"
 #include "agent/daemon/config/IniFile.h"
 #include "agent/daemon/config/Settings.h"
@@ -8,6 +6,10 @@
 #include "agent/handler/job/Job.h"
 #include "agent/handler/job/JobError.h"
 #include "tests/fuzz/FuzzTarget.h"
+
+#include <string>
+
+using namespace NoxHandler;
 
 using BaseSDK::AString;
 using Fuzz::Require;
@@ -51,10 +53,10 @@ void ReadConfiguration(const AString& text) {
 
 void ReadJob(const AString& text) {
   try {
-    const CJob job = CJob::Parse(fileName, text);
+    const Job job = Job::Parse(fileName, text);
     Require(!job.m_Command.empty() && job.m_TimeoutSeconds >= 0, "a job is complete");
     Require(job.m_Directory.empty() || job.m_Directory[0] == '/', "a directory is absolute");
-  } catch (const CJobError& error) {
+  } catch (const JobError& error) {
     RequirePlace(error);
   }
 }

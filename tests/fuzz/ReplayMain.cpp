@@ -1,5 +1,7 @@
 // Gives the files of directories to a fuzz target, one after the other: what the engine has found
 // stays found, in every build.
+#include "tests/fuzz/FuzzTarget.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
@@ -7,8 +9,6 @@
 #include <iterator>
 #include <string>
 #include <vector>
-
-#include "tests/fuzz/FuzzTarget.h"
 
 namespace {
 

@@ -1,13 +1,4 @@
 // The bytes of a connection to the control socket, up to an object behind its message queue.
-#include <boost/asio/buffer.hpp>
-#include <boost/beast/http/field.hpp>
-#include <boost/beast/http/parser.hpp>
-#include <boost/beast/http/string_body.hpp>
-#include <memory>
-#include <optional>
-#include <string>
-#include <string_view>
-
 #include "agent/daemon/AgentThread.h"
 #include "agent/daemon/control/Api.h"
 #include "agent/daemon/control/ControlServer.h"
@@ -17,6 +8,16 @@
 #include "agent/daemon/plugins/Plugins.h"
 #include "agent/library/Json.h"
 #include "tests/fuzz/FuzzTarget.h"
+
+#include <boost/asio/buffer.hpp>
+#include <boost/beast/http/field.hpp>
+#include <boost/beast/http/parser.hpp>
+#include <boost/beast/http/string_body.hpp>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
 
 using namespace NoxAgent;
 namespace http = boost::beast::http;

@@ -1,17 +1,17 @@
 // A task document: loaded, asked, rewritten in every way, and loaded again.
-#include <BaseSDK/AFileSystem.h>
-#include <BaseSDK/AMemoryFileSystem.h>
-#include <BaseSDK/AXmlDoc.h>
-#include <VirtualTime/VirtualClock.h>
-
-#include <tuple>
-
 #include "model/Task.h"
 #include "model/TaskDocument.h"
 #include "scheduler/TaskSchedulerObject.h"
 #include "storage/TaskStorage.h"
 #include "tests/fuzz/FuzzTarget.h"
 #include "tests/support/FakeHost.h"
+
+#include <BaseSDK/AFileSystem.h>
+#include <BaseSDK/AMemoryFileSystem.h>
+#include <BaseSDK/AXmlDoc.h>
+#include <VirtualTime/VirtualClock.h>
+
+#include <tuple>
 
 using BaseSDK::AString;
 using BaseSDK::AXmlDoc;
@@ -49,7 +49,8 @@ struct World {
 
 long Count(AXmlDoc& document, const AString& path) {
   long count = 0;
-  for (bool found = document.Find(path) && document.Read(); found; found = document.Read()) ++count;
+  for (bool found = document.Find(path) && document.Read(); found; found = document.Read())
+    ++count;
   return count;
 }
 
@@ -109,10 +110,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   AString rewritten = text;
   TaskSchedulerObject_i::UpdateTaskHistoryNode(rewritten, CTaskDocument(text).History());
   const bool isOrderly = IsOrderly(text);
-  if (isOrderly) RequireSameTask(task, CTask(&world.m_Scheduler, L"t", rewritten));
+  if (isOrderly)
+    RequireSameTask(task, CTask(&world.m_Scheduler, L"t", rewritten));
 
   Require(task.Enable(!task.m_Enabled) == 1, "a task is switched");
-  if (isOrderly) RequireSameTask(task, CTask(&world.m_Scheduler, L"t", world.Stored(task)));
+  if (isOrderly)
+    RequireSameTask(task, CTask(&world.m_Scheduler, L"t", world.Stored(task)));
 
   task.RegisterRun();
   task.SetRunState(L"Ok");

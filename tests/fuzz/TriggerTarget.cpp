@@ -1,5 +1,8 @@
 // A trigger at any moment: "ZONE LAST-RUN NOW" on the first line, ZONE being a place in the list
 // below and the times seconds since the epoch; then the Trigger element.
+#include "model/TaskTrigger.h"
+#include "tests/fuzz/FuzzTarget.h"
+
 #include <BaseSDK/ALong32.h>
 #include <BaseSDK/AStringTokenizer.h>
 #include <VirtualTime/VirtualClock.h>
@@ -7,9 +10,6 @@
 
 #include <algorithm>
 #include <array>
-
-#include "model/TaskTrigger.h"
-#include "tests/fuzz/FuzzTarget.h"
 
 using BaseSDK::AString;
 using BaseSDK::Long32Max;

@@ -1,10 +1,10 @@
-#include <ctime>
-#include <memory>
-
 #include "agent/client/DocumentFile.h"
 #include "agent/client/commands/Commands.h"
 #include "agent/document/AsciiDocument.h"
 #include "agent/document/TaskDocumentCheck.h"
+
+#include <ctime>
+#include <memory>
 
 namespace NoxAgent {
 
@@ -25,15 +25,18 @@ bool Prevents(const TaskDocumentProblem& problem, bool force) {
 void Check(const AddOptions& options, const BaseSDK::AString& xml, const CommandContext& context) {
   const auto problems = CheckTaskDocument(xml, std::time(nullptr));
   for (const TaskDocumentProblem& problem : problems) {
-    if (!Prevents(problem, options.m_Force)) continue;
+    if (!Prevents(problem, options.m_Force)) {
+      continue;
+    }
     const bool canForce = problem.m_Severity == TaskDocumentSeverity::NeverRuns;
     throw CommandError(ExitCode::Usage, options.m_File + ": " +
                                             DescribeTaskDocumentProblem(problem).ToUtf8() +
                                             (canForce ? " (--force adds it nevertheless)" : ""));
   }
-  for (const TaskDocumentProblem& problem : problems)
+  for (const TaskDocumentProblem& problem : problems) {
     context.m_Err << "noxctl: warning: " << options.m_File << ": "
                   << DescribeTaskDocumentProblem(problem).ToUtf8() << '\n';
+  }
 }
 
 void Add(const AddOptions& options, const CommandContext& context) {
@@ -42,10 +45,11 @@ void Add(const AddOptions& options, const CommandContext& context) {
   AgentApi agent = context.Agent();
   const std::string id =
       agent.AddTask(options.m_Id, AsciiDocument(xml).Text().ToUtf8(), options.m_Force);
-  if (context.m_Json)
+  if (context.m_Json) {
     context.PrintJson({{"id", id}});
-  else
+  } else {
     context.m_Out << id << '\n';
+  }
 }
 
 }  // namespace

@@ -1,26 +1,30 @@
 // Commands about the agent itself.
-#include <memory>
-#include <optional>
-
 #include "agent/client/StatusText.h"
 #include "agent/client/commands/Commands.h"
+
+#include <memory>
+#include <optional>
 
 namespace NoxAgent {
 
 namespace {
 
 void Done(const char* what, const CommandContext& context) {
-  if (context.m_Json) return context.PrintJson({{"done", what}});
+  if (context.m_Json) {
+    return context.PrintJson({{"done", what}});
+  }
   context.m_Out << what << " done\n";
 }
 
 void Status(const CommandContext& context) {
   const Json status = context.Agent().Status();
-  if (context.m_Json) return context.PrintJson(status);
+  if (context.m_Json) {
+    return context.PrintJson(status);
+  }
   context.m_Out << StatusText(status);
 }
 
-constexpr long kEvent = 10;
+constexpr long Event = 10;
 
 struct NotifyOptions {
   long m_Kind = 0;
@@ -29,8 +33,9 @@ struct NotifyOptions {
 };
 
 void Notify(const NotifyOptions& options, const CommandContext& context) {
-  if (options.m_Kind == kEvent && !options.m_Code)
+  if (options.m_Kind == Event && !options.m_Code) {
     throw CommandError(ExitCode::Usage, "an event (10) has a CODE; see noxctl notify --help");
+  }
   context.Agent().Notify(options.m_Kind, options.m_Code.value_or(0), options.m_Text);
   Done("notify", context);
 }

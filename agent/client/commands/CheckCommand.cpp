@@ -1,10 +1,10 @@
-#include <algorithm>
-#include <ctime>
-#include <memory>
-
 #include "agent/client/DocumentFile.h"
 #include "agent/client/commands/Commands.h"
 #include "agent/document/TaskDocumentCheck.h"
+
+#include <algorithm>
+#include <ctime>
+#include <memory>
 
 namespace NoxAgent {
 
@@ -24,28 +24,32 @@ const char* NameOf(TaskDocumentSeverity severity) {
 }
 
 void Print(const std::string& file, const Problems& problems, std::ostream& out) {
-  for (const TaskDocumentProblem& problem : problems)
+  for (const TaskDocumentProblem& problem : problems) {
     out << file << ':' << problem.m_Line << ':' << problem.m_Column << ": "
         << NameOf(problem.m_Severity) << ": " << problem.m_Message.ToUtf8()
         << "\n    effect: " << problem.m_Effect.ToUtf8()
         << "\n    mend:   " << problem.m_Mend.ToUtf8() << '\n';
+  }
 }
 
 Json ToJson(const Problems& problems) {
   Json list = Json::List{};
-  for (const TaskDocumentProblem& problem : problems)
+  for (const TaskDocumentProblem& problem : problems) {
     list.Append({{"severity", NameOf(problem.m_Severity)},
                  {"line", problem.m_Line},
                  {"column", problem.m_Column},
                  {"message", problem.m_Message.ToUtf8()},
                  {"effect", problem.m_Effect.ToUtf8()},
                  {"mend", problem.m_Mend.ToUtf8()}});
+  }
   return list;
 }
 
 // A task that never runs is an error: the agent refuses it as well.
 ExitCode Verdict(const Problems& problems) {
-  if (HasTaskDocumentProblem(problems, TaskDocumentSeverity::NeverRuns)) return ExitCode::Usage;
+  if (HasTaskDocumentProblem(problems, TaskDocumentSeverity::NeverRuns)) {
+    return ExitCode::Usage;
+  }
   return problems.empty() ? ExitCode::Ok : ExitCode::Failed;
 }
 
@@ -55,12 +59,15 @@ void Check(const std::vector<std::string>& files, CommandContext& context) {
     const BaseSDK::AString xml = ReadDocument(file, context.m_In);
     const Problems problems = CheckTaskDocument(xml, std::time(nullptr));
     context.m_ExitCode = std::max(context.m_ExitCode, Verdict(problems));
-    if (context.m_Json)
+    if (context.m_Json) {
       answer.Append({{"file", file}, {"problems", ToJson(problems)}});
-    else
+    } else {
       Print(file, problems, context.m_Out);
+    }
   }
-  if (context.m_Json) context.PrintJson(answer);
+  if (context.m_Json) {
+    context.PrintJson(answer);
+  }
 }
 
 }  // namespace

@@ -10,15 +10,16 @@
 
 namespace NoxAgent {
 
-// `line` and `context` must outlive the parse.
+/// `line` and `context` must outlive the parse.
 void AddAddCommand(CommandLine& line, CommandContext& context);
-void AddAgentCommands(CommandLine& line, CommandContext& context);  // refresh, status, notify
+void AddAgentCommands(CommandLine& line, CommandContext& context);  ///< refresh, status, notify
 void AddCheckCommand(CommandLine& line, CommandContext& context);
 void AddExplainCommand(CommandLine& line, CommandContext& context);
 void AddListCommand(CommandLine& line, CommandContext& context);
 void AddNextCommand(CommandLine& line, CommandContext& context);
 void AddSimulateCommand(CommandLine& line, CommandContext& context);
-void AddTaskCommands(CommandLine& line, CommandContext& context);  // show, delete, enable and so on
+void AddTaskCommands(CommandLine& line,
+                     CommandContext& context);  ///< show, delete, enable and so on
 void AddWatchCommand(CommandLine& line, CommandContext& context);
 
 void AddAllCommands(CommandLine& line, CommandContext& context);

@@ -1,12 +1,12 @@
-#include <ctime>
-#include <memory>
-
 #include "agent/client/ChosenZone.h"
 #include "agent/client/Explanation.h"
 #include "agent/client/Simulator.h"
 #include "agent/client/TaskSource.h"
 #include "agent/client/TimeArgument.h"
 #include "agent/client/commands/Commands.h"
+
+#include <ctime>
+#include <memory>
 
 namespace NoxAgent {
 
@@ -20,10 +20,12 @@ struct ExplainOptions {
 Explanation::Gate GateOf(const Json& status) {
   for (const Json& plugin : status.Items("plugins")) {
     const std::string report = plugin.Text("report", "");
-    if (report.find("Task processing is enabled.") != std::string::npos)
+    if (report.find("Task processing is enabled.") != std::string::npos) {
       return Explanation::Gate::Open;
-    if (report.find("Task processing is disabled.") != std::string::npos)
+    }
+    if (report.find("Task processing is disabled.") != std::string::npos) {
       return Explanation::Gate::Closed;
+    }
   }
   return Explanation::Gate::Assumed;
 }
@@ -39,7 +41,9 @@ void Explain(const ExplainOptions& options, const CommandContext& context) {
       source.m_FromAgent ? GateOf(context.Agent().Status()) : Explanation::Gate::Assumed;
   const TaskFacts facts = TaskFactsFrom(AskSimulator(request).at(0));
   const Explanation explanation(source.m_Document, facts, gate);
-  if (context.m_Json) return context.PrintJson(explanation.ToJson());
+  if (context.m_Json) {
+    return context.PrintJson(explanation.ToJson());
+  }
   explanation.Print(context.m_Out);
 }
 

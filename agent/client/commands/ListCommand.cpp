@@ -1,32 +1,35 @@
-#include <algorithm>
-#include <ctime>
-
 #include "agent/client/LocalTime.h"
 #include "agent/client/TaskSummary.h"
 #include "agent/client/TextTable.h"
 #include "agent/client/commands/Commands.h"
+
+#include <algorithm>
+#include <ctime>
 
 namespace NoxAgent {
 
 namespace {
 
 // Documents can be large: only so many are held at a time.
-constexpr std::ptrdiff_t kDocumentsAtOnce = 100;
+constexpr std::ptrdiff_t DocumentsAtOnce = 100;
 
 void AddSummaries(AgentApi& agent, const std::vector<std::string>& ids,
                   std::vector<TaskSummary>& tasks) {
   const auto documents = agent.TaskXmls(ids);
   const auto reports = agent.TaskAttributes(ids);
   // A task may go between the two questions, and not every file in the directory is a task.
-  for (std::size_t i = 0; i < ids.size(); ++i)
-    if (documents[i]) tasks.push_back(Summarize(ids[i], *documents[i], reports[i]));
+  for (std::size_t i = 0; i < ids.size(); ++i) {
+    if (documents[i]) {
+      tasks.push_back(Summarize(ids[i], *documents[i], reports[i]));
+    }
+  }
 }
 
 std::vector<TaskSummary> Tasks(AgentApi& agent) {
   const std::vector<std::string> ids = agent.TaskIds();
   std::vector<TaskSummary> tasks;
   for (auto begin = ids.begin(); begin != ids.end();) {
-    const auto count = std::min(kDocumentsAtOnce, ids.end() - begin);
+    const auto count = std::min(DocumentsAtOnce, ids.end() - begin);
     AddSummaries(agent, {begin, begin + count}, tasks);
     begin += count;
   }
@@ -34,19 +37,27 @@ std::vector<TaskSummary> Tasks(AgentApi& agent) {
 }
 
 std::string StateText(const TaskSummary& task) {
-  if (!task.m_LastRun) return "-";
+  if (!task.m_LastRun) {
+    return "-";
+  }
   return task.m_LastRun->m_State.empty() ? "?" : task.m_LastRun->m_State;
 }
 
 std::string LastRunText(const TaskSummary& task) {
-  if (!task.m_LastRun) return "never";
+  if (!task.m_LastRun) {
+    return "never";
+  }
   const long seconds = task.m_LastRun->m_Seconds;
   return seconds == -1 ? task.m_LastRun->m_Start : LocalTimeText(seconds);
 }
 
 std::string NextRunText(const TaskSummary& task, long now) {
-  if (!task.m_Loaded) return "not loaded yet";
-  if (task.m_NextRun <= 0) return "-";
+  if (!task.m_Loaded) {
+    return "not loaded yet";
+  }
+  if (task.m_NextRun <= 0) {
+    return "-";
+  }
   return task.m_NextRun <= now ? "due" : LocalTimeText(task.m_NextRun);
 }
 
@@ -76,18 +87,23 @@ Json ToJson(const TaskSummary& task) {
 void PrintTable(const std::vector<TaskSummary>& tasks, std::ostream& out) {
   const long now = std::time(nullptr);
   TextTable table({"ID", "ENABLED", "STATE", "LAST RUN", "NEXT RUN", "LATE"});
-  for (const TaskSummary& task : tasks)
+  for (const TaskSummary& task : tasks) {
     table.AddRow({task.m_Id, YesOrNo(task.m_Enabled), StateText(task), LastRunText(task),
                   NextRunText(task, now), YesOrNo(task.m_Late)});
+  }
   table.Print(out);
 }
 
 void List(const CommandContext& context) {
   AgentApi agent = context.Agent();
   const std::vector<TaskSummary> tasks = Tasks(agent);
-  if (!context.m_Json) return PrintTable(tasks, context.m_Out);
+  if (!context.m_Json) {
+    return PrintTable(tasks, context.m_Out);
+  }
   Json list = Json::List{};
-  for (const TaskSummary& task : tasks) list.Append(ToJson(task));
+  for (const TaskSummary& task : tasks) {
+    list.Append(ToJson(task));
+  }
   context.PrintJson(list);
 }
 

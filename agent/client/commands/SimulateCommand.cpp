@@ -1,6 +1,4 @@
-#include <memory>
-#include <set>
-
+#include "agent/Protocol.h"
 #include "agent/client/ChosenZone.h"
 #include "agent/client/LocalTime.h"
 #include "agent/client/RunCalendar.h"
@@ -10,6 +8,9 @@
 #include "agent/client/TimeArgument.h"
 #include "agent/client/commands/Commands.h"
 #include "agent/simulation/SimulationEvent.h"
+
+#include <memory>
+#include <set>
 
 namespace NoxAgent {
 
@@ -31,10 +32,11 @@ void ReadDocuments(const SimulateOptions& options, const CommandContext& context
   std::set<std::string> ids;
   for (const std::string& file : options.m_Files) {
     request.m_Documents.push_back(ReadTaskFile(file, context));
-    if (!ids.insert(request.m_Documents.back().m_Id).second)
+    if (!ids.insert(request.m_Documents.back().m_Id).second) {
       throw CommandError(ExitCode::Usage, file + ": there is a task " +
                                               request.m_Documents.back().m_Id +
                                               " already; give the files different names");
+    }
   }
 }
 
@@ -43,21 +45,26 @@ SimulationRequest RequestFor(const SimulateOptions& options, const CommandContex
   ReadDocuments(options, context, request);
   request.m_From = ReadTime("--from", options.m_From);
   request.m_To = ReadTime("--to", options.m_To);
-  if (request.m_To < request.m_From)
+  if (request.m_To < request.m_From) {
     throw CommandError(ExitCode::Usage, "--to lies before --from; exchange them");
-  for (const auto& text : options.m_GateClosed)
+  }
+  for (const auto& text : options.m_GateClosed) {
     request.m_GateClosed.push_back(ReadSpan("--gate-closed", text));
-  for (const auto& text : options.m_ClockSteps)
+  }
+  for (const auto& text : options.m_ClockSteps) {
     request.m_ClockSteps.push_back(ReadClockStep("--clock-step", text));
-  for (const auto& text : options.m_FailAt) request.m_FailAt.push_back(ReadTime("--fail-at", text));
+  }
+  for (const auto& text : options.m_FailAt) {
+    request.m_FailAt.push_back(ReadTime("--fail-at", text));
+  }
   request.m_RunSeconds = options.m_RunSeconds;
   return request;
 }
 
 std::string NotificationText(const SimulationEvent& event) {
-  const char* const what = event.m_Code == 101   ? " (task deleted)"
-                           : event.m_Code == 102 ? " (task added)"
-                                                 : " (task or next run changed)";
+  const char* const what = event.m_Code == TaskDeleted ? " (task deleted)"
+                           : event.m_Code == TaskAdded ? " (task added)"
+                                                       : " (task or next run changed)";
   const std::string times =
       event.m_Count == 1 ? "" : ", " + std::to_string(event.m_Count) + " times";
   return std::to_string(event.m_Code) + what + times;
@@ -116,7 +123,9 @@ void PrintCalendar(const SimulationRequest& request, const Events& events, std::
   RunCalendar calendar(request.m_From, request.m_To);
   unsigned runs = 0;
   for (const SimulationEvent& event : events) {
-    if (event.m_Kind != Kind::Run) continue;
+    if (event.m_Kind != Kind::Run) {
+      continue;
+    }
     calendar.Add(event.m_Time);
     ++runs;
   }
@@ -125,14 +134,21 @@ void PrintCalendar(const SimulationRequest& request, const Events& events, std::
 }
 
 void Simulate(const SimulateOptions& options, const CommandContext& context) {
-  if (options.m_Calendar && context.m_Json)
+  if (options.m_Calendar && context.m_Json) {
     throw CommandError(ExitCode::Usage, "--calendar is drawn for people; leave it or --json out");
+  }
   const ChosenZone zone(options.m_Zone);
   const SimulationRequest request = RequestFor(options, context);
   Events events;
-  for (const Json& line : AskSimulator(request)) events.push_back(SimulationEventFrom(line));
-  if (context.m_Json) return PrintJson(events, context);
-  if (options.m_Calendar) return PrintCalendar(request, events, context.m_Out);
+  for (const Json& line : AskSimulator(request)) {
+    events.push_back(SimulationEventFrom(line));
+  }
+  if (context.m_Json) {
+    return PrintJson(events, context);
+  }
+  if (options.m_Calendar) {
+    return PrintCalendar(request, events, context.m_Out);
+  }
   PrintList(events, context.m_Out);
 }
 

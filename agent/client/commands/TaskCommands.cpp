@@ -1,12 +1,12 @@
 // Commands that take the IDs of stored tasks.
+#include "agent/client/LocalTime.h"
+#include "agent/client/TextTable.h"
+#include "agent/client/commands/Commands.h"
+
 #include <BaseSDK/AString.h>
 
 #include <functional>
 #include <memory>
-
-#include "agent/client/LocalTime.h"
-#include "agent/client/TextTable.h"
-#include "agent/client/commands/Commands.h"
 
 namespace NoxAgent {
 
@@ -27,7 +27,9 @@ using Report = std::map<std::string, std::string>;
 void Show(const std::string& id, const CommandContext& context) {
   AgentApi agent = context.Agent();
   const auto xml = agent.TaskXml(id);
-  if (!xml) FailUnknown(id);
+  if (!xml) {
+    FailUnknown(id);
+  }
   if (!context.m_Json) {
     context.m_Out << *xml << '\n';
     return;
@@ -51,7 +53,9 @@ std::string PlainText(const std::string& text) {
 }
 
 std::string TriggerRunText(const std::string& run) {
-  if (run == "1" || run == "2") return "at an event";
+  if (run == "1" || run == "2") {
+    return "at an event";
+  }
   return TimeText(run);
 }
 
@@ -61,16 +65,16 @@ struct Meaning {
   std::string (*m_Value)(const std::string&);
 };
 
-constexpr Meaning kMeanings[] = {{"t0", "task ID", PlainText},
-                                 {"t1", "handler", PlainText},
-                                 {"t2", "late", FlagText},
-                                 {"t3", "last run", TimeText},
-                                 {"t5", "enabled", FlagText},
-                                 {"t6", "next run", TimeText},
-                                 {"t7", "runs at event 300", FlagText},
-                                 {"t8", "runs at event 302", FlagText},
-                                 {"td", "trigger", PlainText},
-                                 {"tr", "next run of trigger", TriggerRunText}};
+constexpr Meaning Meanings[] = {{"t0", "task ID", PlainText},
+                                {"t1", "handler", PlainText},
+                                {"t2", "late", FlagText},
+                                {"t3", "last run", TimeText},
+                                {"t5", "enabled", FlagText},
+                                {"t6", "next run", TimeText},
+                                {"t7", "runs at event 300", FlagText},
+                                {"t8", "runs at event 302", FlagText},
+                                {"td", "trigger", PlainText},
+                                {"tr", "next run of trigger", TriggerRunText}};
 
 // "td3" is the description of the fourth trigger.
 bool Matches(const std::string& key, const std::string& pattern) {
@@ -79,8 +83,10 @@ bool Matches(const std::string& key, const std::string& pattern) {
 }
 
 std::vector<std::string> AttributeRow(const std::string& key, const std::string& value) {
-  for (const Meaning& meaning : kMeanings) {
-    if (!Matches(key, meaning.m_Key)) continue;
+  for (const Meaning& meaning : Meanings) {
+    if (!Matches(key, meaning.m_Key)) {
+      continue;
+    }
     const std::string number = key.size() > 2 ? " " + key.substr(2) : "";
     return {key, meaning.m_Name + number, meaning.m_Value(value)};
   }
@@ -89,23 +95,36 @@ std::vector<std::string> AttributeRow(const std::string& key, const std::string&
 
 void Attributes(const std::string& id, const CommandContext& context) {
   const auto report = context.Agent().TaskAttributes(id);
-  if (!report) FailNotLoaded(id);
-  if (context.m_Json) return context.PrintJson(*report);
+  if (!report) {
+    FailNotLoaded(id);
+  }
+  if (context.m_Json) {
+    return context.PrintJson(*report);
+  }
   TextTable table({"KEY", "MEANING", "VALUE"});
-  for (const auto& [key, value] : *report) table.AddRow(AttributeRow(key, value));
+  for (const auto& [key, value] : *report) {
+    table.AddRow(AttributeRow(key, value));
+  }
   table.Print(context.m_Out);
 }
 
 void PrintDone(const std::vector<std::string>& ids, const char* done,
                const CommandContext& context) {
-  if (context.m_Json) return context.PrintJson({{done, ids}});
-  for (const std::string& id : ids) context.m_Out << done << ' ' << id << '\n';
+  if (context.m_Json) {
+    return context.PrintJson({{done, ids}});
+  }
+  for (const std::string& id : ids) {
+    context.m_Out << done << ' ' << id << '\n';
+  }
 }
 
 void Delete(const std::vector<std::string>& ids, const CommandContext& context) {
   AgentApi agent = context.Agent();
-  for (const std::string& id : ids)
-    if (!agent.DeleteTask(id)) FailUnknown(id);
+  for (const std::string& id : ids) {
+    if (!agent.DeleteTask(id)) {
+      FailUnknown(id);
+    }
+  }
   PrintDone(ids, "deleted", context);
 }
 
@@ -113,21 +132,30 @@ void Delete(const std::vector<std::string>& ids, const CommandContext& context) 
 void Enable(const std::vector<std::string>& ids, bool enable, const CommandContext& context) {
   AgentApi agent = context.Agent();
   for (const std::string& id : ids) {
-    if (agent.EnableTask(id, enable)) continue;
+    if (agent.EnableTask(id, enable)) {
+      continue;
+    }
     const auto report = agent.TaskAttributes(id);
-    if (!report) FailNotLoaded(id);
+    if (!report) {
+      FailNotLoaded(id);
+    }
     const auto enabled = report->find("t5");
-    if (enabled == report->end() || (enabled->second == "1") != enable)
+    if (enabled == report->end() || (enabled->second == "1") != enable) {
       throw CommandError(ExitCode::Failed, "the task " + id +
                                                " could not be changed; see that its file can be "
                                                "written");
+    }
   }
   PrintDone(ids, enable ? "enabled" : "disabled", context);
 }
 
 void SetState(const std::string& id, const std::string& state, const CommandContext& context) {
-  if (!context.Agent().SetRunState(id, state)) FailNotLoaded(id);
-  if (context.m_Json) return context.PrintJson({{"id", id}, {"state", state}});
+  if (!context.Agent().SetRunState(id, state)) {
+    FailNotLoaded(id);
+  }
+  if (context.m_Json) {
+    return context.PrintJson({{"id", id}, {"state", state}});
+  }
   context.m_Out << id << ' ' << state << '\n';
 }
 

@@ -1,19 +1,15 @@
-#include <algorithm>
-#include <iomanip>
-#include <memory>
-
+#include "agent/Protocol.h"
 #include "agent/client/LocalTime.h"
 #include "agent/client/RunWatcher.h"
 #include "agent/client/commands/Commands.h"
 
+#include <algorithm>
+#include <iomanip>
+#include <memory>
+
 namespace NoxAgent {
 
 namespace {
-
-// What the scheduler posts about its tasks.
-constexpr long kTaskChanged = 100;
-constexpr long kTaskDeleted = 101;
-constexpr long kTaskAdded = 102;
 
 struct WatchOptions {
   std::vector<std::string> m_Ids;  // empty: all tasks
@@ -36,30 +32,34 @@ std::string WordFor(const RunEvent& event) {
 }
 
 std::string DetailFor(const RunEvent& event) {
-  if (event.m_Kind != RunEvent::Kind::Finished) return {};
+  if (event.m_Kind != RunEvent::Kind::Finished) {
+    return {};
+  }
   const std::string started = "  started " + event.m_Run.m_Start;
   return event.m_Took ? started + ", took " + DurationText(*event.m_Took) : started;
 }
 
 void PrintLine(const RunEvent& event, std::ostream& out) {
-  constexpr int kUsualIdWidth = 20;
-  constexpr int kUsualStateWidth = 8;
-  out << LocalTimeText(SecondsOf(event)) << "  " << std::left << std::setw(kUsualIdWidth)
+  constexpr int UsualIdWidth = 20;
+  constexpr int UsualStateWidth = 8;
+  out << LocalTimeText(SecondsOf(event)) << "  " << std::left << std::setw(UsualIdWidth)
       << event.m_Task << "  ";
   const std::string detail = DetailFor(event);
-  out << std::setw(detail.empty() ? 0 : kUsualStateWidth) << WordFor(event) << detail << std::endl;
+  out << std::setw(detail.empty() ? 0 : UsualStateWidth) << WordFor(event) << detail << std::endl;
 }
 
 void PrintJsonLine(const RunEvent& event, std::ostream& out) {
-  static constexpr const char* kNames[] = {"started", "finished", "added", "deleted"};
+  static constexpr const char* Names[] = {"started", "finished", "added", "deleted"};
   Json line = {{"time", LocalTimeText(SecondsOf(event))},
                {"task", event.m_Task},
-               {"event", kNames[static_cast<int>(event.m_Kind)]}};
+               {"event", Names[static_cast<int>(event.m_Kind)]}};
   if (!event.m_Run.m_Start.empty()) {
     line["start"] = event.m_Run.m_Start;
     line["state"] = event.m_Run.m_State;
   }
-  if (event.m_Took) line["milliseconds"] = event.m_Took->count();
+  if (event.m_Took) {
+    line["milliseconds"] = event.m_Took->count();
+  }
   out << line.Dump() << std::endl;
 }
 
@@ -71,25 +71,30 @@ class Watch {
   // Returns when enough runs have finished.
   void Run() {
     m_Context.Agent().Follow([this] { KnowTasks(); }, [this](const Json& n) { return Next(n); });
-    if (!IsEnough())
+    if (!IsEnough()) {
       throw CommandError(ExitCode::Unreachable,
                          "the agent has ended; start noxagentd to watch again");
+    }
   }
 
  private:
   // After the stream is open, so that no run is missed between the two.
   void KnowTasks() {
     AgentApi agent = m_Context.Agent();
-    for (const std::string& id : agent.TaskIds())
-      if (const auto xml = agent.TaskXml(id)) m_Watcher.Know(id, *xml);
+    for (const std::string& id : agent.TaskIds()) {
+      if (const auto xml = agent.TaskXml(id)) {
+        m_Watcher.Know(id, *xml);
+      }
+    }
   }
 
   bool Next(const Json& notification) {
     const Json* const code = notification.Find("code");
     const Json* const id = notification.Find("id");
     if (code != nullptr && code->IsWhole() && id != nullptr && id->IsText() &&
-        IsWatched(id->Text()))
+        IsWatched(id->Text())) {
       Tell(code->Long(), id->Text());
+    }
     return !IsEnough();
   }
 
@@ -102,23 +107,34 @@ class Watch {
 
   void Tell(long code, const std::string& id) {
     const auto now = RunWatcher::Clock::now();
-    if (code == kTaskAdded) Print({RunEvent::Kind::Added, id, now, {}, {}});
-    if (code == kTaskDeleted) {
+    if (code == TaskAdded) {
+      Print({RunEvent::Kind::Added, id, now, {}, {}});
+    }
+    if (code == TaskDeleted) {
       m_Watcher.Forget(id);
       Print({RunEvent::Kind::Deleted, id, now, {}, {}});
     }
-    if (code != kTaskChanged) return;
+    if (code != TaskChanged) {
+      return;
+    }
     const auto xml = m_Context.Agent().TaskXml(id);
-    if (!xml) return;
-    for (const RunEvent& event : m_Watcher.Changed(id, *xml, now)) Print(event);
+    if (!xml) {
+      return;
+    }
+    for (const RunEvent& event : m_Watcher.Changed(id, *xml, now)) {
+      Print(event);
+    }
   }
 
   void Print(const RunEvent& event) {
-    if (event.m_Kind == RunEvent::Kind::Finished) ++m_Finished;
-    if (m_Context.m_Json)
+    if (event.m_Kind == RunEvent::Kind::Finished) {
+      ++m_Finished;
+    }
+    if (m_Context.m_Json) {
       PrintJsonLine(event, m_Context.m_Out);
-    else
+    } else {
       PrintLine(event, m_Context.m_Out);
+    }
   }
 
   const WatchOptions& m_Options;

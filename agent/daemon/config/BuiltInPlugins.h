@@ -2,11 +2,11 @@
 // configuration says otherwise.
 #pragma once
 
+#include "agent/daemon/config/PluginConfig.h"
+
 #include <BaseSDK/AString.h>
 
 #include <span>
-
-#include "agent/daemon/config/PluginConfig.h"
 
 namespace NoxAgent {
 
@@ -16,10 +16,10 @@ struct BuiltInPlugin {
   BaseSDK::AString m_ClassId;
   PluginConfig::Values m_Config;
 
-  // In the order of loading: the scheduler before handlers. They are then unloaded while it is
-  // still there to be told how their last runs ended.
+  /// In the order of loading: the scheduler before handlers. They are then unloaded while it is
+  /// still there to be told how their last runs ended.
   static std::span<const BuiltInPlugin> All();
-  // Null when there is none of that name.
+  /// Null when there is none of that name.
   static const BuiltInPlugin* Find(const BaseSDK::AString& name);
 };
 

@@ -1,9 +1,9 @@
 #include "agent/daemon/config/DefaultPaths.h"
 
-#include <unistd.h>
-
 #include "agent/daemon/AgentError.h"
 #include "agent/daemon/BuildInfo.h"
+
+#include <unistd.h>
 
 using BaseSDK::AString;
 
@@ -36,7 +36,7 @@ AString DefaultPaths::RuntimeDir(const Environment& environment, const AString& 
 AString DefaultPaths::Plugin(const Environment& environment, const AString& fileName) {
   const AString& programDir = environment.m_ProgramDir;
   const AString prefix = programDir.Left(programDir.ReverseFind(L'/')) + "/";
-  const AString installed = prefix + kPluginDir + "/" + fileName;
+  const AString installed = prefix + PluginDir + "/" + fileName;
   const AString built = prefix + "lib/" + fileName;
   const bool onlyBuilt = ::access(installed.ToUtf8().c_str(), F_OK) != 0 &&
                          ::access(built.ToUtf8().c_str(), F_OK) == 0;

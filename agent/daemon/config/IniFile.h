@@ -1,26 +1,26 @@
-// A configuration file. What an INI text is, and what is wrong with one: see BaseSDK::AIniText.
 #pragma once
+
+#include "agent/daemon/AgentError.h"
 
 #include <BaseSDK/AIniText.h>
 #include <BaseSDK/AString.h>
 
-#include "agent/daemon/AgentError.h"
-
 namespace NoxAgent {
 
+/// A configuration file. What an INI text is, and what is wrong with one: see BaseSDK::AIniText.
 class IniFile {
  public:
   using Entry = BaseSDK::AIniText::Entry;
   using Section = BaseSDK::AIniText::Section;
 
-  // Both throw AgentError that names the file and, for what the file says, the line.
+  /// Both throw AgentError that names the file and, for what the file says, the line.
   static IniFile Load(const BaseSDK::AString& fileName);
   static IniFile Parse(const BaseSDK::AString& fileName, const BaseSDK::AString& text);
 
   const BaseSDK::AString& FileName() const { return m_Text.FileName(); }
   const std::vector<Section>& Sections() const { return m_Text.Sections(); }
 
-  // The error "FILE:LINE: message", for whoever finds a value bad.
+  /// The error "FILE:LINE: message", for whoever finds a value bad.
   AgentError ErrorAt(unsigned line, const BaseSDK::AString& message) const;
 
  private:

@@ -1,12 +1,12 @@
 #include "agent/daemon/config/Options.h"
 
-#include <BaseSDK/ALogConfig.h>
-
-#include <iostream>
-
 #include "agent/daemon/AgentError.h"
 #include "agent/daemon/BuildInfo.h"
 #include "agent/library/CommandLine.h"
+
+#include <BaseSDK/ALogConfig.h>
+
+#include <iostream>
 
 using BaseSDK::ALogConfig;
 using BaseSDK::ALogger;
@@ -15,7 +15,7 @@ using BaseSDK::AString;
 namespace NoxAgent {
 namespace {
 
-constexpr const char* kDescription =
+constexpr const char* Description =
     "The Nox agent: loads plug-ins, among them the task scheduler, and serves them on a control "
     "socket.\nWithout a configuration file it runs the scheduler and the command handler with "
     "built-in defaults.";
@@ -35,8 +35,8 @@ Options Options::Parse(const std::vector<std::string>& words) {
   std::string stateDir;
   std::string runtimeDir;
   std::string level;
-  CommandLine line("noxagentd", kDescription);
-  line.Version(std::string("noxagentd ") + kVersion);
+  CommandLine line("noxagentd", Description);
+  line.Version(std::string("noxagentd ") + AgentVersion);
   line.Option("--config", config, "Read this configuration file").Takes("FILE");
   line.Option("--state-dir", stateDir, "Keep tasks, jobs and outputs here").Takes("DIR");
   line.Option("--runtime-dir", runtimeDir, "Keep the control socket here").Takes("DIR");

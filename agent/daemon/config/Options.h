@@ -1,4 +1,3 @@
-// What the command line of noxagentd says.
 #pragma once
 
 #include <BaseSDK/ALogger.h>
@@ -10,16 +9,17 @@
 
 namespace NoxAgent {
 
+/// What the command line of noxagentd says.
 struct Options {
-  BaseSDK::AString m_ConfigFile;  // empty: built-in defaults
-  BaseSDK::AString m_StateDir;    // empty: as configured, else the default; so with the next
+  BaseSDK::AString m_ConfigFile;  ///< empty: built-in defaults
+  BaseSDK::AString m_StateDir;    ///< empty: as configured, else the default; so with the next
   BaseSDK::AString m_RuntimeDir;
   std::optional<BaseSDK::ALogger::Level> m_LogLevel;
 
-  // --help or --version: the answer is printed, and there is no more to do.
+  /// --help or --version: the answer is printed, and there is no more to do.
   bool m_Answered = false;
 
-  // From the words behind the program's name. Throws an AgentError when they are wrong.
+  /// From the words behind the program's name. Throws an AgentError when they are wrong.
   static Options Parse(const std::vector<std::string>& words);
 };
 

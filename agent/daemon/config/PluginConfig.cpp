@@ -8,8 +8,8 @@ using BaseSDK::AString;
 namespace NoxAgent {
 
 const AString& PluginConfig::SectionName() {
-  static const AString name("Configuration");
-  return name;
+  static const AString Name("Configuration");
+  return Name;
 }
 
 PluginConfig::PluginConfig(Values builtIn) {

@@ -37,13 +37,13 @@ void FillPlugins(Settings& settings, const Environment& environment) {
 }  // namespace
 
 AString Settings::Resolve(const AString& text) const {
-  static const AString placeholder("%installdir%");
+  static const AString Placeholder("%installdir%");
   AString resolved;
   std::size_t begin = 0;
-  for (std::size_t found = text.Find(placeholder); found != AString::npos;
-       found = text.Find(placeholder, begin)) {
+  for (std::size_t found = text.Find(Placeholder); found != AString::npos;
+       found = text.Find(Placeholder, begin)) {
     resolved += text.Mid(begin, found - begin) + m_StateDir;
-    begin = found + placeholder.Length();
+    begin = found + Placeholder.Length();
   }
   return resolved + text.Mid(begin);
 }

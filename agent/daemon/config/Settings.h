@@ -1,6 +1,7 @@
-// The agent's settings: the command line over the configuration file over the built-in defaults.
-// docs/operation.md describes the file.
 #pragma once
+
+#include "agent/daemon/config/Options.h"
+#include "agent/daemon/process/Environment.h"
 
 #include <BaseSDK/ALogger.h>
 #include <BaseSDK/AString.h>
@@ -9,17 +10,14 @@
 #include <optional>
 #include <vector>
 
-#include "agent/daemon/config/Options.h"
-#include "agent/daemon/process/Environment.h"
-
 namespace NoxAgent {
 
-// One plug-in to load. Paths are absolute.
+/// One plug-in to load. Paths are absolute.
 struct PluginSettings {
-  BaseSDK::AString m_Name;        // as in requests and notifications
-  BaseSDK::AString m_Path;        // the shared object
-  BaseSDK::AString m_ConfigFile;  // its INI file; empty: the built-in configuration
-  BaseSDK::AString m_ClassId;     // by which its object can be opened; empty: by nobody
+  BaseSDK::AString m_Name;        ///< as in requests and notifications
+  BaseSDK::AString m_Path;        ///< the shared object
+  BaseSDK::AString m_ConfigFile;  ///< its INI file; empty: the built-in configuration
+  BaseSDK::AString m_ClassId;     ///< by which its object can be opened; empty: by nobody
 
   bool operator==(const PluginSettings&) const = default;
 };
@@ -27,24 +25,26 @@ struct PluginSettings {
 struct LogSettings {
   BaseSDK::ALogger::Level m_Level = BaseSDK::ALogger::Information;
   std::map<BaseSDK::AString, BaseSDK::ALogger::Level> m_ChannelLevels;
-  BaseSDK::AString m_File;  // empty: standard error alone
+  BaseSDK::AString m_File;  ///< empty: standard error alone
   long m_FileBytes = 10 * 1024 * 1024;
   long m_Files = 5;
 };
 
+/// The agent's settings: the command line over the configuration file over the built-in defaults.
+/// docs/operation.md describes the file.
 struct Settings {
-  BaseSDK::AString m_ConfigFile;  // empty: built-in defaults
-  BaseSDK::AString m_StateDir;    // what %installdir% stands for; absolute, as the next
+  BaseSDK::AString m_ConfigFile;  ///< empty: built-in defaults
+  BaseSDK::AString m_StateDir;    ///< what %installdir% stands for; absolute, as the next
   BaseSDK::AString m_RuntimeDir;
-  BaseSDK::AString m_SocketGroup;  // who may use the socket besides root and the agent's own user
+  BaseSDK::AString m_SocketGroup;  ///< who may use the socket besides root and the agent's own user
   LogSettings m_Log;
-  std::vector<PluginSettings> m_Plugins;  // in the order of loading
+  std::vector<PluginSettings> m_Plugins;  ///< in the order of loading
 
   BaseSDK::AString SocketPath() const { return m_RuntimeDir + "/control.sock"; }
-  // `text` with %installdir% replaced.
+  /// `text` with %installdir% replaced.
   BaseSDK::AString Resolve(const BaseSDK::AString& text) const;
 
-  // Throws AgentError that names file, line and key.
+  /// Throws AgentError that names file, line and key.
   static Settings Load(const Options& options, const Environment& environment);
 };
 

@@ -1,12 +1,12 @@
 #include "agent/daemon/config/SettingsReader.h"
 
+#include "agent/daemon/config/BuiltInPlugins.h"
+
 #include <BaseSDK/AGuid.h>
 #include <BaseSDK/ALogConfig.h>
 
 #include <algorithm>
 #include <limits>
-
-#include "agent/daemon/config/BuiltInPlugins.h"
 
 using BaseSDK::ALogConfig;
 using BaseSDK::ALogger;
@@ -15,9 +15,9 @@ using BaseSDK::AString;
 namespace NoxAgent {
 namespace {
 
-const wchar_t* const kPluginPrefix = L"Plugin ";
-constexpr long kMinFileBytes = 4096;
-constexpr long kMaxFiles = 1000;
+const wchar_t* const PluginPrefix = L"Plugin ";
+constexpr long MinFileBytes = 4096;
+constexpr long MaxFiles = 1000;
 
 AString Quoted(const AString& text) {
   return "\"" + text + "\"";
@@ -47,7 +47,7 @@ void SettingsReader::Read() {
 }
 
 void SettingsReader::ReadSection(const Section& section) {
-  const AString prefix(kPluginPrefix);
+  const AString prefix(PluginPrefix);
   if (section.m_Name.Left(prefix.Length()) == prefix) {
     ReadPlugin(section);
     return;
@@ -89,9 +89,9 @@ void SettingsReader::ReadLog(const Entry& entry) {
   } else if (entry.m_Key == "file") {
     log.m_File = Path(entry);
   } else if (entry.m_Key == "file_bytes") {
-    log.m_FileBytes = Number(entry, kMinFileBytes, std::numeric_limits<std::int32_t>::max());
+    log.m_FileBytes = Number(entry, MinFileBytes, std::numeric_limits<std::int32_t>::max());
   } else if (entry.m_Key == "files") {
-    log.m_Files = Number(entry, 0, kMaxFiles);
+    log.m_Files = Number(entry, 0, MaxFiles);
   } else {
     throw UnknownKey(entry, "level, file, file_bytes, files");
   }
@@ -103,7 +103,7 @@ void SettingsReader::ReadLevel(const Entry& entry) {
 
 void SettingsReader::ReadPlugin(const Section& section) {
   PluginSettings plugin;
-  plugin.m_Name = section.m_Name.Mid(AString(kPluginPrefix).Length());
+  plugin.m_Name = section.m_Name.Mid(AString(PluginPrefix).Length());
   if (!IsPluginName(plugin.m_Name)) {
     throw m_File.ErrorAt(
         section.m_Line, Quoted(plugin.m_Name) +

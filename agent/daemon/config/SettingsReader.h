@@ -1,5 +1,3 @@
-// Reads the agent's configuration file into Settings: section by section, each key checked where it
-// is read. Everything unknown is an error, so that a typing error cannot pass for a setting.
 #pragma once
 
 #include "agent/daemon/config/IniFile.h"
@@ -7,11 +5,13 @@
 
 namespace NoxAgent {
 
+/// Reads the agent's configuration file into Settings: section by section, each key checked where
+/// it is read. Everything unknown is an error, so that a typing error cannot pass for a setting.
 class SettingsReader {
  public:
   SettingsReader(const IniFile& file, Settings& settings);
 
-  // Throws AgentError. Directories that options or defaults have set already stay as they are.
+  /// Throws AgentError. Directories that options or defaults have set already stay as they are.
   void Read();
 
  private:
@@ -27,7 +27,7 @@ class SettingsReader {
   void AddPlugin(const Section& section, PluginSettings plugin);
 
   BaseSDK::AString Text(const Entry& entry) const;
-  // Relative paths count from the directory of the file.
+  /// Relative paths count from the directory of the file.
   BaseSDK::AString Path(const Entry& entry) const;
   long Number(const Entry& entry, long min, long max) const;
   BaseSDK::ALogger::Level Level(const Entry& entry) const;

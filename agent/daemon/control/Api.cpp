@@ -1,12 +1,12 @@
 #include "agent/daemon/control/Api.h"
 
-#include <algorithm>
-#include <optional>
-
 #include "agent/daemon/AgentError.h"
 #include "agent/daemon/control/JsonMessage.h"
 #include "agent/daemon/process/AgentLog.h"
 #include "agent/library/Json.h"
+
+#include <algorithm>
+#include <optional>
 
 using BaseSDK::AString;
 namespace NoxAgent {

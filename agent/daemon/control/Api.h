@@ -1,34 +1,35 @@
-// The routes of the control socket: what a request asks for, and its answer. docs/http.md describes
-// them.
 #pragma once
-
-#include <functional>
-#include <string>
 
 #include "agent/daemon/control/OperationRoute.h"
 #include "agent/daemon/control/RequestError.h"
 #include "agent/daemon/plugins/NotificationCenter.h"
 #include "agent/library/Json.h"
 
+#include <functional>
+#include <string>
+
 namespace NoxAgent {
 
 struct ApiRequest {
   std::string m_Method;
-  std::string m_Target;  // path and query, as sent
+  std::string m_Target;  ///< path and query, as sent
   std::string m_Body;
 };
 
 struct ApiResponse {
   unsigned m_Status = HttpStatus::Ok;
-  std::string m_Body;       // JSON
-  std::string m_Allow;      // with MethodNotAllowed: the method that is allowed
-  bool m_IsStream = false;  // the answer is the stream of notifications instead of the body
+  std::string m_Body;       ///< JSON
+  std::string m_Allow;      ///< with MethodNotAllowed: the method that is allowed
+  bool m_IsStream = false;  ///< the answer is the stream of notifications instead of the body
 };
 
-// Any number of threads may ask at once.
+/// The routes of the control socket: what a request asks for, and its answer. docs/http.md
+/// describes them.
+///
+/// Any number of threads may ask at once.
 class Api {
  public:
-  // The agent's part: both may throw, AgentError for what a user can mend.
+  /// The agent's part: both may throw, AgentError for what a user can mend.
   struct Actions {
     std::function<Json()> m_Status;
     std::function<void()> m_Refresh;
@@ -36,10 +37,10 @@ class Api {
 
   Api(OperationRoute& operations, NotificationCenter& notifications, Actions actions);
 
-  // Never throws: what goes wrong is an answer.
+  /// Never throws: what goes wrong is an answer.
   ApiResponse Handle(const ApiRequest& request);
 
-  // The answer that an error is.
+  /// The answer that an error is.
   static ApiResponse ErrorResponse(const RequestError& error);
 
  private:

@@ -1,27 +1,30 @@
 #include "agent/daemon/control/ControlServer.h"
 
+#include "agent/Protocol.h"
+#include "agent/daemon/control/ControlSession.h"
+#include "agent/daemon/control/JsonMessage.h"
+#include "agent/daemon/control/NotificationStream.h"
+#include "agent/daemon/process/AgentLog.h"
+#include "agent/library/Json.h"
+
 #include <BaseSDK/AEvent.h>
+
+#include <boost/asio/executor_work_guard.hpp>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/post.hpp>
+#include <boost/asio/thread_pool.hpp>
+
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <atomic>
-#include <boost/asio/executor_work_guard.hpp>
-#include <boost/asio/io_context.hpp>
-#include <boost/asio/post.hpp>
-#include <boost/asio/thread_pool.hpp>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
 #include <set>
 #include <system_error>
 #include <thread>
-
-#include "agent/daemon/control/ControlSession.h"
-#include "agent/daemon/control/JsonMessage.h"
-#include "agent/daemon/control/NotificationStream.h"
-#include "agent/daemon/process/AgentLog.h"
-#include "agent/library/Json.h"
 
 using BaseSDK::AEvent;
 using BaseSDK::ALogger;
@@ -33,12 +36,11 @@ namespace NoxAgent {
 namespace {
 
 // Connections past the limit are told so; past this many they are just closed.
-constexpr std::size_t kMaxRefusals = 64;
-constexpr std::chrono::milliseconds kPauseWithoutDescriptors(100);
+constexpr std::size_t MaxRefusals = 64;
+constexpr std::chrono::milliseconds PauseWithoutDescriptors(100);
 
-// Codes whose text is a task ID: replaced or next run changed, deleted, added.
 bool IsAboutTask(long code) {
-  return code >= 100 && code <= 102;
+  return code == TaskChanged || code == TaskDeleted || code == TaskAdded;
 }
 
 std::string MakeLine(const NotificationCenter::Notification& notification) {
@@ -210,7 +212,7 @@ void ControlServer::Impl::AcceptAll() {
     } else if (errno == EMFILE || errno == ENFILE || errno == ENOMEM) {
       ALOG(AgentLog(), ALogger::Warning, "ControlServer",
            AString("A client has to wait: %1").Arg(std::strerror(errno)));
-      (void)m_Pause.expires_after(kPauseWithoutDescriptors);
+      (void)m_Pause.expires_after(PauseWithoutDescriptors);
       m_Pause.async_wait([this](const boost::system::error_code& error) {
         if (!error) {
           WaitForClient();
@@ -225,7 +227,7 @@ void ControlServer::Impl::AcceptAll() {
 }
 
 void ControlServer::Impl::Admit(int fd) {
-  if (m_Sessions.size() >= MaxConnections + kMaxRefusals) {
+  if (m_Sessions.size() >= MaxConnections + MaxRefusals) {
     (void)::close(fd);
     return;
   }

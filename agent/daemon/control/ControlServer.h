@@ -1,57 +1,57 @@
-// Serves HTTP/1.1 on the control socket: requests on a connection one after the other. One thread
-// does all input and output without ever waiting, a few others answer requests; so a client that
-// stalls costs a connection for a few seconds and nothing else.
 #pragma once
-
-#include <cstddef>
-#include <memory>
 
 #include "agent/daemon/control/Api.h"
 #include "agent/daemon/control/ControlPatience.h"
 #include "agent/daemon/control/PeerCheck.h"
 #include "agent/daemon/plugins/NotificationCenter.h"
 
+#include <cstddef>
+#include <memory>
+
 namespace NoxAgent {
 
+/// Serves HTTP/1.1 on the control socket: requests on a connection one after the other. One thread
+/// does all input and output without ever waiting, a few others answer requests; so a client that
+/// stalls costs a connection for a few seconds and nothing else.
 class ControlServer {
  public:
-  // Bounds on what clients can take up.
+  /// Bounds on what clients can take up.
   static constexpr std::size_t MaxHeaderBytes = 8 * 1024;
   static constexpr std::size_t MaxBodyBytes = 3 * 512 * 1024;
   static constexpr unsigned MaxConnections = 64;
   static constexpr unsigned MaxStreams = 16;
-  // With more connections than this, each is closed behind its answer: clients that think never
-  // keep others out.
+  /// With more connections than this, each is closed behind its answer: clients that think never
+  /// keep others out.
   static constexpr unsigned MaxKeptConnections = MaxConnections / 2;
-  // On one connection.
+  /// On one connection.
   static constexpr unsigned MaxRequests = 1000;
-  // Lines that a stream's client may lag behind.
+  /// Lines that a stream's client may lag behind.
   static constexpr std::size_t MaxStreamBacklog = 1000;
-  // Requests that are answered at the same time; further ones wait.
+  /// Requests that are answered at the same time; further ones wait.
   static constexpr unsigned Workers = 4;
 
   struct Counters {
     unsigned long m_Requests = 0;
-    unsigned long m_Errors = 0;   // answered with 4xx or 5xx
-    unsigned long m_Dropped = 0;  // streams whose client was too slow
-    unsigned m_Connections = 0;   // now
-    unsigned m_Streams = 0;       // now
+    unsigned long m_Errors = 0;   ///< answered with 4xx or 5xx
+    unsigned long m_Dropped = 0;  ///< streams whose client was too slow
+    unsigned m_Connections = 0;   ///< now
+    unsigned m_Streams = 0;       ///< now
   };
 
-  // For the listening socket `fd`, which stays the caller's. Throws std::system_error when there
-  // are no threads to be had.
+  /// For the listening socket `fd`, which stays the caller's. Throws std::system_error when there
+  /// are no threads to be had.
   ControlServer(int fd, const PeerCheck& peers, Api& api, NotificationCenter& notifications,
                 const ControlPatience& patience = {});
   ControlServer(const ControlServer&) = delete;
   ControlServer& operator=(const ControlServer&) = delete;
-  // REQUIRES: Stop has returned true, or Start was never called.
+  /// REQUIRES: Stop has returned true, or Start was never called.
   ~ControlServer();
 
-  // Serves clients from now on; those that have connected already have waited. Once.
+  /// Serves clients from now on; those that have connected already have waited. Once.
   void Start();
 
-  // Takes no more requests, ends streams, and waits until the requests under way have been
-  // answered, for `milliseconds` at most; false when one has not come back by then.
+  /// Takes no more requests, ends streams, and waits until the requests under way have been
+  /// answered, for `milliseconds` at most; false when one has not come back by then.
   bool Stop(unsigned long milliseconds);
 
   Counters Count() const;

@@ -1,13 +1,14 @@
 #include "agent/daemon/control/ControlSession.h"
 
+#include "agent/daemon/control/ControlServer.h"
+
 #include <boost/asio/write.hpp>
 #include <boost/beast/http/error.hpp>
 #include <boost/beast/http/field.hpp>
 #include <boost/beast/http/read.hpp>
 #include <boost/beast/http/write.hpp>
-#include <chrono>
 
-#include "agent/daemon/control/ControlServer.h"
+#include <chrono>
 
 using BaseSDK::AString;
 namespace http = boost::beast::http;
@@ -16,8 +17,8 @@ namespace asio = boost::asio;
 namespace NoxAgent {
 namespace {
 
-constexpr std::size_t kBufferBytes = 2 * ControlServer::MaxHeaderBytes;
-constexpr unsigned kSecondsToLinger = 1;
+constexpr std::size_t BufferBytes = 2 * ControlServer::MaxHeaderBytes;
+constexpr unsigned SecondsToLinger = 1;
 
 RequestError TooLarge() {
   return RequestError(HttpStatus::BodyTooLarge, "body-too-large",
@@ -53,7 +54,7 @@ ControlSession::ControlSession(Socket socket, Server& server)
     : m_Socket(std::move(socket)),
       m_Server(server),
       m_Timer(m_Socket.get_executor()),
-      m_Buffer(kBufferBytes) {}
+      m_Buffer(BufferBytes) {}
 
 void ControlSession::Start() {
   m_Parser.emplace();
@@ -91,8 +92,8 @@ void ControlSession::OnHeader(Error error) {
 }
 
 void ControlSession::Continue() {
-  static constexpr char text[] = "HTTP/1.1 100 Continue\r\n\r\n";
-  asio::async_write(m_Socket, asio::buffer(text, sizeof(text) - 1),
+  static constexpr char Text[] = "HTTP/1.1 100 Continue\r\n\r\n";
+  asio::async_write(m_Socket, asio::buffer(Text, sizeof(Text) - 1),
                     [self = shared_from_this()](Error error, std::size_t) {
                       if (error) {
                         self->OnReadError(error);
@@ -206,13 +207,13 @@ void ControlSession::WaitForNext() {
 void ControlSession::Linger() {
   Error ignored;
   (void)m_Socket.shutdown(Socket::shutdown_send, ignored);
-  StartTimer(kSecondsToLinger);
+  StartTimer(SecondsToLinger);
   Discard();
 }
 
 void ControlSession::Discard() {
   m_Buffer.clear();
-  m_Socket.async_read_some(m_Buffer.prepare(kBufferBytes),
+  m_Socket.async_read_some(m_Buffer.prepare(BufferBytes),
                            [self = shared_from_this()](Error error, std::size_t) {
                              if (error) {
                                self->End();

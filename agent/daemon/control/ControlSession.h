@@ -1,7 +1,7 @@
-// One connection to the control socket: reads a request within its bounds, has it answered, writes
-// the answer, and waits for the next one for a while when the client wants that. Lives as long as
-// something of that is under way.
 #pragma once
+
+#include "agent/daemon/control/Api.h"
+#include "agent/daemon/control/ControlPatience.h"
 
 #include <boost/asio/local/stream_protocol.hpp>
 #include <boost/asio/steady_timer.hpp>
@@ -9,46 +9,48 @@
 #include <boost/beast/http/message.hpp>
 #include <boost/beast/http/parser.hpp>
 #include <boost/beast/http/string_body.hpp>
+
 #include <functional>
 #include <memory>
 #include <optional>
 
-#include "agent/daemon/control/Api.h"
-#include "agent/daemon/control/ControlPatience.h"
-
 namespace NoxAgent {
 
-// Everything here happens on the thread of input and output.
+/// One connection to the control socket: reads a request within its bounds, has it answered, writes
+/// the answer, and waits for the next one for a while when the client wants that. Lives as long as
+/// something of that is under way.
+///
+/// Everything here happens on the thread of input and output.
 class ControlSession : public std::enable_shared_from_this<ControlSession> {
  public:
   using Socket = boost::asio::local::stream_protocol::socket;
 
-  // What a session needs of its server.
+  /// What a session needs of its server.
   struct Server {
     virtual ~Server() = default;
     virtual const ControlPatience& Patience() const = 0;
-    // Has the request answered elsewhere; `done` is called here with the answer.
+    /// Has the request answered elsewhere; `done` is called here with the answer.
     virtual void Answer(ApiRequest request, std::function<void(ApiResponse)> done) = 0;
-    // Goes on with the connection as a stream of notifications; nothing when there are too many,
-    // and `socket` is then as before.
+    /// Goes on with the connection as a stream of notifications; nothing when there are too many,
+    /// and `socket` is then as before.
     virtual bool BecomeStream(Socket& socket) = 0;
-    // Whether a client may be told that another request can follow on its connection.
+    /// Whether a client may be told that another request can follow on its connection.
     virtual bool MayKeep() const = 0;
-    // Whether no more requests are taken, whatever clients were told.
+    /// Whether no more requests are taken, whatever clients were told.
     virtual bool IsStopping() const = 0;
-    // A request has been answered with an error.
+    /// A request has been answered with an error.
     virtual void CountError() = 0;
-    // The session has come to its end.
+    /// The session has come to its end.
     virtual void Ended(const std::shared_ptr<ControlSession>& session) = 0;
   };
 
   ControlSession(Socket socket, Server& server);
 
-  // Reads requests and answers them.
+  /// Reads requests and answers them.
   void Start();
-  // Answers with an error whatever the client sends.
+  /// Answers with an error whatever the client sends.
   void Refuse(const RequestError& error);
-  // Ends the session unless its request is being answered already. For the server's stop.
+  /// Ends the session unless its request is being answered already. For the server's stop.
   void Cut();
 
  private:
@@ -63,12 +65,12 @@ class ControlSession : public std::enable_shared_from_this<ControlSession> {
   void OnBody(Error error);
   void OnReadError(Error error);
   void OnAnswer(const ApiResponse& answer);
-  // `keep`: another request may follow.
+  /// `keep`: another request may follow.
   void Write(const ApiResponse& answer, bool keep);
   bool KeepsConnection() const;
   void WaitForNext();
-  // Lets the client finish sending, so that the answer is not lost to it: a connection that is
-  // closed with input unread counts as reset.
+  /// Lets the client finish sending, so that the answer is not lost to it: a connection that is
+  /// closed with input unread counts as reset.
   void Linger();
   void Discard();
   void End();
@@ -79,7 +81,7 @@ class ControlSession : public std::enable_shared_from_this<ControlSession> {
   Server& m_Server;
   boost::asio::steady_timer m_Timer;
   boost::beast::flat_buffer m_Buffer;
-  std::optional<Parser> m_Parser;  // of the request that is read; never empty once started
+  std::optional<Parser> m_Parser;  ///< of the request that is read; never empty once started
   Response m_Response;
   unsigned m_Answered = 0;
   unsigned m_LastTimer = 0;

@@ -1,5 +1,7 @@
 #include "agent/daemon/control/ControlSocket.h"
 
+#include "agent/daemon/AgentError.h"
+
 #include <grp.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -11,15 +13,13 @@
 #include <string>
 #include <vector>
 
-#include "agent/daemon/AgentError.h"
-
 using BaseSDK::AString;
 
 namespace NoxAgent {
 namespace {
 
-constexpr int kBacklog = 64;
-constexpr mode_t kMode = 0660;
+constexpr int Backlog = 64;
+constexpr mode_t Mode = 0660;
 
 gid_t FindGroup(const AString& name) {
   std::vector<char> buffer(65536);
@@ -71,17 +71,17 @@ void ControlSocket::Bind() {
   std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
   (void)::unlink(path.c_str());
   // The mode that the socket is born with, less the umask: nobody gets in before it is final.
-  if (::fchmod(m_Fd, kMode) != 0 ||
+  if (::fchmod(m_Fd, Mode) != 0 ||
       ::bind(m_Fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
     Fail("make", errno);
   }
   if (m_Group.has_value() && ::chown(path.c_str(), static_cast<uid_t>(-1), *m_Group) != 0) {
     Fail("hand over to its group", errno);
   }
-  if (::chmod(path.c_str(), kMode) != 0) {
+  if (::chmod(path.c_str(), Mode) != 0) {
     Fail("open to its group", errno);
   }
-  if (::listen(m_Fd, kBacklog) != 0) {
+  if (::listen(m_Fd, Backlog) != 0) {
     Fail("listen on", errno);
   }
 }

@@ -1,21 +1,22 @@
-// The listening socket in the file system: mode 0660, and of the group that may use it.
 #pragma once
 
 #include <BaseSDK/AString.h>
+
 #include <sys/types.h>
 
 #include <optional>
 
 namespace NoxAgent {
 
+/// The listening socket in the file system: mode 0660, and of the group that may use it.
 class ControlSocket {
  public:
-  // Binds and listens. A socket that is there already belongs to nobody: the caller holds the lock
-  // on its directory. `group` is a group's name, empty for none. Throws AgentError.
+  /// Binds and listens. A socket that is there already belongs to nobody: the caller holds the lock
+  /// on its directory. `group` is a group's name, empty for none. Throws AgentError.
   ControlSocket(const BaseSDK::AString& path, const BaseSDK::AString& group);
   ControlSocket(const ControlSocket&) = delete;
   ControlSocket& operator=(const ControlSocket&) = delete;
-  // Removes the socket from the file system.
+  /// Removes the socket from the file system.
   ~ControlSocket();
 
   int Fd() const { return m_Fd; }

@@ -1,12 +1,13 @@
 #include "agent/daemon/control/EnumerationHandles.h"
 
+#include "agent/daemon/control/RequestError.h"
+
 #include <AgentInterfacesV3/AMsgIn.h>
+
 #include <sys/random.h>
 
 #include <array>
 #include <vector>
-
-#include "agent/daemon/control/RequestError.h"
 
 using BaseSDK::AMutexGuard;
 using BaseSDK::AString;
@@ -23,11 +24,11 @@ std::string MakeToken() {
     throw RequestError(HttpStatus::Internal, "no-random-numbers",
                        "the system gives no random numbers");
   }
-  static constexpr char digits[] = "0123456789abcdef";
+  static constexpr char Digits[] = "0123456789abcdef";
   std::string token;
   for (const unsigned char byte : bytes) {
-    token += digits[byte >> 4];
-    token += digits[byte & 15];
+    token += Digits[byte >> 4];
+    token += Digits[byte & 15];
   }
   return token;
 }

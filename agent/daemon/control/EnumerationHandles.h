@@ -1,7 +1,6 @@
-// Stands between clients and the enumerations of plug-ins. A plug-in's handle is a number that it
-// trusts blindly; clients get a token instead, and only tokens that were given out reach the
-// plug-in. What a client leaves open is closed for it.
 #pragma once
+
+#include "agent/daemon/plugins/Plugin.h"
 
 #include <BaseSDK/AMutex.h>
 
@@ -10,10 +9,11 @@
 #include <memory>
 #include <string>
 
-#include "agent/daemon/plugins/Plugin.h"
-
 namespace NoxAgent {
 
+/// Stands between clients and the enumerations of plug-ins. A plug-in's handle is a number that it
+/// trusts blindly; clients get a token instead, and only tokens that were given out reach the
+/// plug-in. What a client leaves open is closed for it.
 class EnumerationHandles {
  public:
   using Clock = std::chrono::steady_clock;
@@ -21,14 +21,14 @@ class EnumerationHandles {
   static constexpr std::size_t MaxOpen = 64;
   static constexpr Clock::duration MaxIdle = std::chrono::seconds(60);
 
-  // A place for one more enumeration. Throws RequestError when there is none.
+  /// A place for one more enumeration. Throws RequestError when there is none.
   class Reservation {
    public:
     explicit Reservation(EnumerationHandles& handles);
     Reservation(const Reservation&) = delete;
     Reservation& operator=(const Reservation&) = delete;
     ~Reservation();
-    // Fills the place with what the plug-in opened and gives the token for it.
+    /// Fills the place with what the plug-in opened and gives the token for it.
     std::string Fill(std::shared_ptr<Plugin> plugin, unsigned long handle, Clock::time_point now);
 
    private:
@@ -36,8 +36,8 @@ class EnumerationHandles {
     bool m_Filled = false;
   };
 
-  // One enumeration, kept from others while it is in use. Throws RequestError when the plug-in has
-  // none of this token, or when another request uses it.
+  /// One enumeration, kept from others while it is in use. Throws RequestError when the plug-in has
+  /// none of this token, or when another request uses it.
   class Use {
    public:
     Use(EnumerationHandles& handles, const Plugin& plugin, std::string token,
@@ -46,7 +46,7 @@ class EnumerationHandles {
     Use& operator=(const Use&) = delete;
     ~Use();
     unsigned long Handle() const { return m_Handle; }
-    // The enumeration will be closed: its token is not to be used again.
+    /// The enumeration will be closed: its token is not to be used again.
     void Forget() { m_Forget = true; }
 
    private:
@@ -56,9 +56,9 @@ class EnumerationHandles {
     bool m_Forget = false;
   };
 
-  // Closes what has not been used for MaxIdle. [any thread]
+  /// Closes what has not been used for MaxIdle. [any thread]
   void CloseIdle(Clock::time_point now) NOX_EXCLUDES(m_Lock);
-  // Closes all that are not in use right now. [any thread]
+  /// Closes all that are not in use right now. [any thread]
   void CloseAll() NOX_EXCLUDES(m_Lock);
   std::size_t Count() const NOX_EXCLUDES(m_Lock);
 

@@ -1,10 +1,10 @@
 #include "agent/daemon/control/JsonMessage.h"
 
-#include <cstdint>
-#include <limits>
-
 #include "agent/daemon/control/RequestError.h"
 #include "agent/library/Json.h"
+
+#include <cstdint>
+#include <limits>
 
 using BaseSDK::AString;
 using Corvane::AgentInterfacesV3::AMsgIn;
@@ -17,7 +17,7 @@ namespace {
 
 // Arguments are an object of plain values, and one of them may be a map: deeper is a mistake, or an
 // attempt to make the agent hold a tree a hundred times the size of the request.
-constexpr std::size_t kMaxDepth = 4;
+constexpr std::size_t MaxDepth = 4;
 
 RequestError BadJson(const AString& message) {
   return RequestError(HttpStatus::BadRequest, "bad-json", message);
@@ -128,7 +128,7 @@ Json JsonMessage::ParseObject(std::string_view body) {
   }
   Json object;
   try {
-    object = Json::Parse(body, kMaxDepth);
+    object = Json::Parse(body, MaxDepth);
   } catch (const JsonError& error) {
     throw BadJson(AString("the body is not JSON: ") + AString::FromUtf8(error.what()));
   }

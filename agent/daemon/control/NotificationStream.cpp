@@ -1,22 +1,23 @@
 #include "agent/daemon/control/NotificationStream.h"
 
+#include "agent/daemon/control/ControlServer.h"
+
 #include <boost/asio/write.hpp>
+
 #include <chrono>
 #include <cstdio>
-
-#include "agent/daemon/control/ControlServer.h"
 
 namespace asio = boost::asio;
 
 namespace NoxAgent {
 namespace {
 
-constexpr const char* kHeader =
+constexpr const char* Header =
     "HTTP/1.1 200 OK\r\n"
     "Content-Type: application/x-ndjson\r\n"
     "Transfer-Encoding: chunked\r\n"
     "Connection: close\r\n\r\n";
-constexpr const char* kLastChunk = "0\r\n\r\n";
+constexpr const char* LastChunk = "0\r\n\r\n";
 
 std::string MakeChunk(const std::string& line) {
   char size[24];
@@ -34,7 +35,7 @@ NotificationStream::NotificationStream(Socket socket, unsigned secondsToWrite, O
 
 void NotificationStream::Start() {
   WatchClient();
-  Enqueue(kHeader);
+  Enqueue(Header);
 }
 
 void NotificationStream::Send(const Line& line) {
@@ -47,7 +48,7 @@ void NotificationStream::Send(const Line& line) {
 
 void NotificationStream::Finish() {
   m_IsFinishing = true;
-  Enqueue(kLastChunk);
+  Enqueue(LastChunk);
 }
 
 void NotificationStream::Enqueue(std::string bytes) {

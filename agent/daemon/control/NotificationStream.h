@@ -1,9 +1,9 @@
-// A client that follows the notifications: an HTTP answer that goes on, a chunk for each line.
 #pragma once
 
-#include <array>
 #include <boost/asio/local/stream_protocol.hpp>
 #include <boost/asio/steady_timer.hpp>
+
+#include <array>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -11,20 +11,22 @@
 
 namespace NoxAgent {
 
-// Everything here happens on the thread of input and output.
+/// A client that follows the notifications: an HTTP answer that goes on, a chunk for each line.
+///
+/// Everything here happens on the thread of input and output.
 class NotificationStream : public std::enable_shared_from_this<NotificationStream> {
  public:
   using Socket = boost::asio::local::stream_protocol::socket;
   using Line = std::shared_ptr<const std::string>;
-  // Told once, at the end; `dropped` when the client was too slow.
+  /// Told once, at the end; `dropped` when the client was too slow.
   using OnEnd = std::function<void(const std::shared_ptr<NotificationStream>&, bool dropped)>;
 
   NotificationStream(Socket socket, unsigned secondsToWrite, OnEnd onEnd);
 
   void Start();
-  // Sends the line as soon as those before it are through. Ends the stream when too many wait.
+  /// Sends the line as soon as those before it are through. Ends the stream when too many wait.
   void Send(const Line& line);
-  // Sends what waits and ends the stream then.
+  /// Sends what waits and ends the stream then.
   void Finish();
 
  private:

@@ -1,13 +1,13 @@
 #include "agent/daemon/control/OperationRoute.h"
 
+#include "agent/daemon/control/JsonMessage.h"
+#include "agent/library/Json.h"
+
 #include <AgentInterfacesV3/AMsgError.h>
 
 #include <array>
 #include <optional>
 #include <vector>
-
-#include "agent/daemon/control/JsonMessage.h"
-#include "agent/library/Json.h"
 
 using BaseSDK::AString;
 using Corvane::AgentInterfacesV3::AInterfaceTable;
@@ -17,8 +17,8 @@ using Corvane::AgentInterfacesV3::AMsgReply;
 namespace NoxAgent {
 namespace {
 
-constexpr const char* kPrefix = "/v1/";
-constexpr std::size_t kPrefixLength = 4;
+constexpr const char* Prefix = "/v1/";
+constexpr std::size_t PrefixLength = 4;
 
 // Names in messages are cut: they come from outside.
 AString Shown(const std::string& name) {
@@ -45,13 +45,13 @@ unsigned StatusOf(AMsgError error) {
 
 // What stands between the slashes after the prefix; nothing when there are not just three parts.
 std::optional<std::array<std::string, 3>> Split(const std::string& path) {
-  const std::size_t first = path.find('/', kPrefixLength);
+  const std::size_t first = path.find('/', PrefixLength);
   const std::size_t second = first == std::string::npos ? first : path.find('/', first + 1);
-  if (path.compare(0, kPrefixLength, kPrefix) != 0 || second == std::string::npos ||
+  if (path.compare(0, PrefixLength, Prefix) != 0 || second == std::string::npos ||
       path.find('/', second + 1) != std::string::npos) {
     return std::nullopt;
   }
-  return std::array{path.substr(kPrefixLength, first - kPrefixLength),
+  return std::array{path.substr(PrefixLength, first - PrefixLength),
                     path.substr(first + 1, second - first - 1), path.substr(second + 1)};
 }
 

@@ -1,8 +1,4 @@
-// The route /v1/PLUGIN/INTERFACE/OPERATION: one for every operation of every interface that a
-// plug-in serves. From the path and the JSON body to the message, past the border, and back.
 #pragma once
-
-#include <string>
 
 #include "agent/daemon/control/EnumerationHandles.h"
 #include "agent/daemon/control/RequestError.h"
@@ -11,19 +7,24 @@
 #include "agent/daemon/plugins/Plugins.h"
 #include "agent/library/Json.h"
 
+#include <string>
+
 namespace NoxAgent {
 
-// Any number of threads may ask at once.
+/// The route /v1/PLUGIN/INTERFACE/OPERATION: one for every operation of every interface that a
+/// plug-in serves. From the path and the JSON body to the message, past the border, and back.
+///
+/// Any number of threads may ask at once.
 class OperationRoute {
  public:
   OperationRoute(const Plugins& plugins, NotificationCenter& notifications,
                  EnumerationHandles& handles);
 
-  // Whether the path has the form above; what it names need not exist.
+  /// Whether the path has the form above; what it names need not exist.
   static bool IsPath(const std::string& path);
 
-  // {"result": n, "out": {...}}, with "warnings" when the border has any. Throws RequestError.
-  // REQUIRES: IsPath(path).
+  /// {"result": n, "out": {...}}, with "warnings" when the border has any. Throws RequestError.
+  /// REQUIRES: IsPath(path).
   Json Answer(const std::string& path, const std::string& query, const std::string& body);
 
  private:

@@ -1,4 +1,3 @@
-// Who may use the control socket: root, the agent's own user, and the members of one group.
 #pragma once
 
 #include <sys/types.h>
@@ -7,11 +6,12 @@
 
 namespace NoxAgent {
 
+/// Who may use the control socket: root, the agent's own user, and the members of one group.
 class PeerCheck {
  public:
   explicit PeerCheck(std::optional<gid_t> group) : m_Group(group) {}
 
-  // Asks the kernel who connected; the answer was fixed when they did.
+  /// Asks the kernel who connected; the answer was fixed when they did.
   bool Admits(int fd) const;
   bool Admits(uid_t user, const gid_t* groups, std::size_t count) const;
 

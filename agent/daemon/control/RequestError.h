@@ -1,4 +1,3 @@
-// A request that is answered with an error: the HTTP status and what the body's "error" says.
 #pragma once
 
 #include <BaseSDK/AString.h>
@@ -9,15 +8,16 @@
 
 namespace NoxAgent {
 
+/// A request that is answered with an error: the HTTP status and what the body's "error" says.
 class RequestError : public std::runtime_error {
  public:
-  // Where in a document; both from 1.
+  /// Where in a document; both from 1.
   struct Place {
     unsigned m_Line;
     unsigned m_Column;
   };
 
-  // `code` is for programs, such as "bad-task-id"; docs/http.md lists them.
+  /// `code` is for programs, such as "bad-task-id"; docs/http.md lists them.
   RequestError(unsigned status, std::string code, const BaseSDK::AString& message,
                std::optional<Place> place = std::nullopt)
       : std::runtime_error(message.ToUtf8()),
@@ -35,7 +35,7 @@ class RequestError : public std::runtime_error {
   std::optional<Place> m_Place;
 };
 
-// The statuses in use.
+/// The statuses in use.
 struct HttpStatus {
   static constexpr unsigned Ok = 200;
   static constexpr unsigned BadRequest = 400;

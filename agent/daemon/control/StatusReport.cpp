@@ -1,12 +1,12 @@
 #include "agent/daemon/control/StatusReport.h"
 
+#include "agent/daemon/BuildInfo.h"
+#include "agent/library/Json.h"
+
 #include <unistd.h>
 
 #include <algorithm>
 #include <ctime>
-
-#include "agent/daemon/BuildInfo.h"
-#include "agent/library/Json.h"
 
 using BaseSDK::AString;
 using Corvane::AgentInterfacesV3::AMsgIn;
@@ -47,7 +47,7 @@ Json StatusReport::Make(const ControlServer::Counters& counters) const {
   }
   // The wall clock may have been set back since.
   const long uptime = std::max(0L, static_cast<long>(std::time(nullptr)) - m_StartTime);
-  return {{"version", kVersion},
+  return {{"version", AgentVersion},
           {"pid", ::getpid()},
           {"startTime", m_StartTime},
           {"uptime", uptime},

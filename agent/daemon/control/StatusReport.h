@@ -1,4 +1,3 @@
-// What GET /v1/status tells.
 #pragma once
 
 #include "agent/daemon/config/Settings.h"
@@ -10,14 +9,15 @@
 
 namespace NoxAgent {
 
+/// What GET /v1/status tells.
 struct StatusReport {
   const Settings& m_Settings;
   const Plugins& m_Plugins;
   const NotificationCenter& m_Notifications;
   const EnumerationHandles& m_Handles;
-  long m_StartTime;  // seconds since the epoch
+  long m_StartTime;  ///< seconds since the epoch
 
-  // [any thread] Asks every plug-in for its report.
+  /// [any thread] Asks every plug-in for its report.
   Json Make(const ControlServer::Counters& counters) const;
 };
 

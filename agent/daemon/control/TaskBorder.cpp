@@ -1,5 +1,9 @@
 #include "agent/daemon/control/TaskBorder.h"
 
+#include "agent/daemon/control/RequestError.h"
+#include "agent/document/AsciiDocument.h"
+#include "agent/document/TaskDocumentCheck.h"
+
 #include <AgentInterfacesV3/InterfaceIds.h>
 #include <BaseSDK/AText.h>
 #include <BaseSDK/AXmlDoc.h>
@@ -7,17 +11,13 @@
 #include <algorithm>
 #include <ctime>
 
-#include "agent/daemon/control/RequestError.h"
-#include "agent/document/AsciiDocument.h"
-#include "agent/document/TaskDocumentCheck.h"
-
 using BaseSDK::AString;
 using Corvane::AgentInterfacesV3::AMsgIn;
 
 namespace NoxAgent {
 namespace {
 
-constexpr std::size_t kMaxRunStateLength = 64;
+constexpr std::size_t MaxRunStateLength = 64;
 
 AString TextOf(const AMsgIn& request, std::string_view name) {
   const auto* const value = request.Find(name);
@@ -69,7 +69,7 @@ void CheckTaskIds(const AString& taskIds, const AString& extension) {
 // It becomes the last word of an element's text.
 void CheckRunState(const AString& runState) {
   const std::wstring& text = runState.Str();
-  const bool good = !text.empty() && text.size() <= kMaxRunStateLength &&
+  const bool good = !text.empty() && text.size() <= MaxRunStateLength &&
                     std::all_of(text.begin(), text.end(), [](wchar_t character) {
                       const bool markup = character == L'<' || character == L'>' ||
                                           character == L'&' || character == L'"' ||

@@ -1,6 +1,7 @@
-// Checks and explains, before the scheduler is asked: the scheduler takes nearly everything, and
-// what it cannot use it drops, cuts or never runs, without a word.
 #pragma once
+
+#include "agent/daemon/plugins/Plugins.h"
+#include "agent/document/TaskDocumentProblem.h"
 
 #include <AgentInterfacesV3/AMsgIn.h>
 #include <BaseSDK/AString.h>
@@ -8,22 +9,21 @@
 #include <string_view>
 #include <vector>
 
-#include "agent/daemon/plugins/Plugins.h"
-#include "agent/document/TaskDocumentProblem.h"
-
 namespace NoxAgent {
 
+/// Checks and explains, before the scheduler is asked: the scheduler takes nearly everything, and
+/// what it cannot use it drops, cuts or never runs, without a word.
 class TaskBorder {
  public:
   static constexpr std::size_t MaxTaskIdLength = 200;
 
-  // `plugins` are where tasks may find their handler.
+  /// `plugins` are where tasks may find their handler.
   explicit TaskBorder(const Plugins& plugins);
 
-  // Checks a request for INoxTaskScheduler of `scheduler`; one for any other interface passes.
-  // Throws RequestError. With `force` a document passes also when its task would never run. The
-  // document of the request becomes ASCII. Gives what is odd about the document but no reason to
-  // refuse it. [any thread]
+  /// Checks a request for INoxTaskScheduler of `scheduler`; one for any other interface passes.
+  /// Throws RequestError. With `force` a document passes also when its task would never run. The
+  /// document of the request becomes ASCII. Gives what is odd about the document but no reason to
+  /// refuse it. [any thread]
   std::vector<TaskDocumentProblem> Check(Plugin& scheduler,
                                          Corvane::AgentInterfacesV3::AMsgIn& request,
                                          bool force) const;

@@ -1,5 +1,3 @@
-// The task handlers that plug-ins have open, so that the agent knows when none is at work any more:
-// a scheduler is not to be taken down while it waits for a handler.
 #pragma once
 
 #include <AgentInterfacesV3/INoxScheduledTaskHandler.h>
@@ -8,17 +6,19 @@
 
 namespace NoxAgent {
 
+/// The task handlers that plug-ins have open, so that the agent knows when none is at work any
+/// more: a scheduler is not to be taken down while it waits for a handler.
 class HandlerCalls {
  public:
   using Handler = Corvane::AgentInterfacesV3::INoxScheduledTaskHandler;
 
   HandlerCalls();
 
-  // A handler that forwards to `handler`, which it owns, and counts as open until it is released.
-  // [any thread]
+  /// A handler that forwards to `handler`, which it owns, and counts as open until it is released.
+  /// [any thread]
   Handler* Track(Handler* handler);
 
-  // Whether none is open, after waiting for `milliseconds` at most.
+  /// Whether none is open, after waiting for `milliseconds` at most.
   bool WaitUntilNone(unsigned long milliseconds) NOX_EXCLUDES(m_Lock);
 
  private:

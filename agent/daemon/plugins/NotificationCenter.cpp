@@ -1,9 +1,9 @@
 #include "agent/daemon/plugins/NotificationCenter.h"
 
+#include "agent/daemon/process/AgentLog.h"
+
 #include <algorithm>
 #include <ctime>
-
-#include "agent/daemon/process/AgentLog.h"
 
 using BaseSDK::AMutexGuard;
 using BaseSDK::AString;

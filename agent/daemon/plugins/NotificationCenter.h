@@ -1,6 +1,7 @@
-// Tells plug-ins what happens: the events of the agent's life, and what other plug-ins post. All of
-// it on the agent thread. Whoever else wants to know what is posted listens here.
 #pragma once
+
+#include "agent/daemon/AgentThread.h"
+#include "agent/daemon/plugins/Plugins.h"
 
 #include <AgentInterfacesV3/AMsgIn.h>
 #include <BaseSDK/AMutex.h>
@@ -12,14 +13,13 @@
 #include <memory>
 #include <vector>
 
-#include "agent/daemon/AgentThread.h"
-#include "agent/daemon/plugins/Plugins.h"
-
 namespace NoxAgent {
 
+/// Tells plug-ins what happens: the events of the agent's life, and what other plug-ins post. All
+/// of it on the agent thread. Whoever else wants to know what is posted listens here.
 class NotificationCenter {
  public:
-  // The kinds of NotifyObject.
+  /// The kinds of NotifyObject.
   enum Kind : long {
     StartUpFinished = 0,
     RefreshStarted = 1,
@@ -31,31 +31,31 @@ class NotificationCenter {
     Subscribed = 10,
   };
 
-  // One that was posted, as listeners see it.
+  /// One that was posted, as listeners see it.
   struct Notification {
-    long m_Time;  // seconds since the epoch
+    long m_Time;  ///< seconds since the epoch
     long m_Code;
     BaseSDK::AString m_Text;
   };
-  // Called on the agent thread, with a lock held: hands on and returns.
+  /// Called on the agent thread, with a lock held: hands on and returns.
   using Listener = std::function<void(const Notification&)>;
 
   NotificationCenter(AgentThread& thread, const Plugins& plugins);
 
-  // From now on the plug-in is told when one of `codes` is posted, as kind 10. [any thread]
+  /// From now on the plug-in is told when one of `codes` is posted, as kind 10. [any thread]
   void Subscribe(const std::shared_ptr<Plugin>& plugin, const std::vector<long>& codes)
       NOX_EXCLUDES(m_Lock);
-  // Takes the notification; subscribers and listeners hear of it later. False when too many are
-  // waiting. [any thread, locks held]
+  /// Takes the notification; subscribers and listeners hear of it later. False when too many are
+  /// waiting. [any thread, locks held]
   bool Post(long code, const BaseSDK::AString& text);
 
-  // Tells every plug-in, or all but `except`, and returns when they have been told. [any thread, no
-  // lock held that a plug-in takes]
+  /// Tells every plug-in, or all but `except`, and returns when they have been told. [any thread,
+  /// no lock held that a plug-in takes]
   void Tell(Kind kind, const BaseSDK::AString& text, const Plugin* except = nullptr);
-  // Has the plug-in answer the request on the agent thread. As Tell.
+  /// Has the plug-in answer the request on the agent thread. As Tell.
   void SendOnAgentThread(Plugin& plugin, const Corvane::AgentInterfacesV3::AMsgIn& request);
 
-  // The number by which to remove the listener; after removal it is not called any more.
+  /// The number by which to remove the listener; after removal it is not called any more.
   unsigned AddListener(Listener listener) NOX_EXCLUDES(m_Lock);
   void RemoveListener(unsigned number) NOX_EXCLUDES(m_Lock);
 

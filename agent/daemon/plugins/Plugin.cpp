@@ -1,11 +1,11 @@
 #include "agent/daemon/plugins/Plugin.h"
 
+#include "agent/daemon/AgentError.h"
+#include "agent/daemon/config/BuiltInPlugins.h"
+
 #include <BaseSDK/AThreadRest.h>
 
 #include <algorithm>
-
-#include "agent/daemon/AgentError.h"
-#include "agent/daemon/config/BuiltInPlugins.h"
 
 using BaseSDK::AString;
 using Corvane::AgentInterfacesV3::AMsgError;
@@ -15,15 +15,15 @@ using Corvane::AgentInterfacesV3::AMsgReply;
 namespace NoxAgent {
 namespace {
 
-thread_local Plugin* t_Current = nullptr;
+thread_local Plugin* currentPlugin = nullptr;
 
 // Says for whom this thread works, within a scope. Scopes nest: one plug-in calls another.
 class CurrentScope {
  public:
-  explicit CurrentScope(Plugin* plugin) : m_Before(t_Current) { t_Current = plugin; }
+  explicit CurrentScope(Plugin* plugin) : m_Before(currentPlugin) { currentPlugin = plugin; }
   CurrentScope(const CurrentScope&) = delete;
   CurrentScope& operator=(const CurrentScope&) = delete;
-  ~CurrentScope() { t_Current = m_Before; }
+  ~CurrentScope() { currentPlugin = m_Before; }
 
  private:
   Plugin* const m_Before;
@@ -41,7 +41,7 @@ std::unique_ptr<PluginConfig> MakeConfig(const PluginSettings& settings) {
 }  // namespace
 
 Plugin* Plugin::Current() {
-  return t_Current;
+  return currentPlugin;
 }
 
 Plugin::Plugin(PluginSettings settings, int queueNumber)

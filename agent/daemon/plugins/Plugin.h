@@ -1,6 +1,8 @@
-// One plug-in: its shared object, its message queue and its configuration. All that the agent asks
-// of the plug-in's object goes through the queue.
 #pragma once
+
+#include "agent/daemon/config/PluginConfig.h"
+#include "agent/daemon/config/Settings.h"
+#include "agent/daemon/plugins/PluginLibrary.h"
 
 #include <AgentInterfacesV3/AInterfaceTable.h>
 #include <AgentInterfacesV3/AMsgIn.h>
@@ -12,23 +14,21 @@
 #include <optional>
 #include <vector>
 
-#include "agent/daemon/config/PluginConfig.h"
-#include "agent/daemon/config/Settings.h"
-#include "agent/daemon/plugins/PluginLibrary.h"
-
 namespace NoxAgent {
 
+/// One plug-in: its shared object, its message queue and its configuration. All that the agent asks
+/// of the plug-in's object goes through the queue.
 class Plugin : public std::enable_shared_from_this<Plugin> {
  public:
   using InterfaceTable = Corvane::AgentInterfacesV3::AInterfaceTable;
 
-  // Which plug-in the calling thread is working for: one that is being initialised or taken down,
-  // or that answers a request. Null when that cannot be told, as on a plug-in's own thread.
+  /// Which plug-in the calling thread is working for: one that is being initialised or taken down,
+  /// or that answers a request. Null when that cannot be told, as on a plug-in's own thread.
   static Plugin* Current();
 
-  // Reads the configuration, loads nothing. Throws AgentError.
+  /// Reads the configuration, loads nothing. Throws AgentError.
   Plugin(PluginSettings settings, int queueNumber);
-  // One that was not unloaded stays in memory.
+  /// One that was not unloaded stays in memory.
   ~Plugin();
   Plugin(const Plugin&) = delete;
   Plugin& operator=(const Plugin&) = delete;
@@ -38,21 +38,21 @@ class Plugin : public std::enable_shared_from_this<Plugin> {
   PluginConfig& Config() { return *m_Config; }
   int QueueNumber() const { return m_Queue.Number(); }
 
-  // Loads the shared object and creates the plug-in's object. Throws AgentError that says what is
-  // wrong; whatever was created is then taken down again, unless a thread is still at work in it
-  // after `milliseconds`. [main thread]
+  /// Loads the shared object and creates the plug-in's object. Throws AgentError that says what is
+  /// wrong; whatever was created is then taken down again, unless a thread is still at work in it
+  /// after `milliseconds`. [main thread]
   void Load(unsigned long milliseconds);
-  // Takes the object down by force and unloads the shared object; false when it refuses, and both
-  // stay. REQUIRES: CloseQueue has returned true, and no thread is at work in it. [main thread]
+  /// Takes the object down by force and unloads the shared object; false when it refuses, and both
+  /// stay. REQUIRES: CloseQueue has returned true, and no thread is at work in it. [main thread]
   bool Unload();
-  // Keeps new requests away and waits for those under way, for `milliseconds` at most; false when
-  // one has not come back by then. [any thread]
+  /// Keeps new requests away and waits for those under way, for `milliseconds` at most; false when
+  /// one has not come back by then. [any thread]
   bool CloseQueue(unsigned long milliseconds) { return m_Queue.Close(milliseconds); }
 
-  // Has the object answer the request, on the calling thread. [any thread]
+  /// Has the object answer the request, on the calling thread. [any thread]
   void Send(const Corvane::AgentInterfacesV3::AMsgIn& request);
 
-  // The interfaces that the object serves, parents first; constant once loaded.
+  /// The interfaces that the object serves, parents first; constant once loaded.
   const std::vector<const InterfaceTable*>& Interfaces() const { return m_Interfaces; }
   bool Serves(const BaseSDK::AGuid& interfaceId) const;
   bool Serves(std::string_view interfaceName) const;
@@ -71,7 +71,7 @@ class Plugin : public std::enable_shared_from_this<Plugin> {
   std::optional<PluginLibrary> m_Library;
   std::vector<const InterfaceTable*> m_Interfaces;
 
-  // Counters for the status; nothing is decided by them.
+  /// Counters for the status; nothing is decided by them.
   std::atomic<unsigned long> m_Requests{0};
   std::atomic<unsigned long> m_Errors{0};
   std::atomic<unsigned long> m_Notifications{0};

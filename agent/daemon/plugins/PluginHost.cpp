@@ -1,11 +1,11 @@
 #include "agent/daemon/plugins/PluginHost.h"
 
+#include "agent/daemon/process/AgentLog.h"
+
 #include <AgentInterfacesV3/InterfaceIds.h>
 #include <AgentInterfacesV3/MakeProxy.h>
 
 #include <vector>
-
-#include "agent/daemon/process/AgentLog.h"
 
 using BaseSDK::AGuid;
 using BaseSDK::ALogger;
@@ -16,9 +16,9 @@ using Corvane::AgentInterfacesV3::IID_INoxScheduledTaskHandler;
 namespace NoxAgent {
 namespace {
 
-constexpr const char* kSource = "PluginHost";
-constexpr long kDone = 1;
-constexpr long kRefused = -1;
+constexpr const char* Source = "PluginHost";
+constexpr long Done = 1;
+constexpr long Refused = -1;
 
 }  // namespace
 
@@ -42,27 +42,27 @@ void PluginHost::SetInitialising(std::shared_ptr<Plugin> plugin) {
 long PluginHost::Subscribe(const AString& subscriber, const long* codes, unsigned count) {
   const std::shared_ptr<Plugin> plugin = Asking();
   if (plugin == nullptr || codes == nullptr) {
-    ALOG(AgentLog(), ALogger::Warning, kSource,
+    ALOG(AgentLog(), ALogger::Warning, Source,
          AString("\"%1\" is not subscribed: a plug-in subscribes within its initialisation or "
                  "while it answers a request")
              .Arg(subscriber));
-    return kRefused;
+    return Refused;
   }
   m_Notifications.Subscribe(plugin, std::vector<long>(codes, codes + count));
-  ALOG(AgentLog(), ALogger::Debug, kSource,
+  ALOG(AgentLog(), ALogger::Debug, Source,
        AString("%1 of the plug-in %2 subscribed to notifications").Arg(subscriber, plugin->Name()));
-  return kDone;
+  return Done;
 }
 
 long PluginHost::PostNotification(long code, const AString& text) {
-  return m_Notifications.Post(code, text) ? kDone : kRefused;
+  return m_Notifications.Post(code, text) ? Done : Refused;
 }
 
 AString PluginHost::GetConfigString(const AString& section, const AString& key,
                                     const AString& fallback) {
   const std::shared_ptr<Plugin> plugin = Asking();
   if (plugin == nullptr) {
-    ALOG(AgentLog(), ALogger::Warning, kSource,
+    ALOG(AgentLog(), ALogger::Warning, Source,
          AString("The setting \"%1\" is not given out: a plug-in reads its configuration within "
                  "its initialisation or while it answers a request")
              .Arg(key));
@@ -76,7 +76,7 @@ long PluginHost::OpenObject(const AString& classId, const AGuid& interfaceId, un
   object = nullptr;
   const std::shared_ptr<Plugin> plugin = m_Plugins.FindClass(classId);
   if (flags != 0 || plugin == nullptr || !plugin->Serves(interfaceId)) {
-    return kRefused;
+    return Refused;
   }
   const long result =
       Corvane::AgentInterfacesV3::MakeProxy(plugin->QueueNumber(), interfaceId, object);

@@ -1,27 +1,28 @@
-// The agent as plug-ins see it: the host behind NTracker, APluginMgr and CIGetObjectInterface.
 #pragma once
-
-#include <AgentSDK/AHost.h>
-#include <BaseSDK/AMutex.h>
-
-#include <memory>
 
 #include "agent/daemon/config/Settings.h"
 #include "agent/daemon/plugins/HandlerCalls.h"
 #include "agent/daemon/plugins/NotificationCenter.h"
 #include "agent/daemon/plugins/Plugins.h"
 
+#include <AgentSDK/AHost.h>
+#include <BaseSDK/AMutex.h>
+
+#include <memory>
+
 namespace NoxAgent {
 
-// In place as the process's host while it lives.
+/// The agent as plug-ins see it: the host behind NTracker, APluginMgr and CIGetObjectInterface.
+///
+/// In place as the process's host while it lives.
 class PluginHost : public AgentSDK::AHost {
  public:
   PluginHost(const Settings& settings, const Plugins& plugins, NotificationCenter& notifications,
              HandlerCalls& handlerCalls);
   ~PluginHost() override;
 
-  // The plug-in being initialised, null when none is: what its own threads ask meanwhile counts as
-  // asked by it. [main thread]
+  /// The plug-in being initialised, null when none is: what its own threads ask meanwhile counts as
+  /// asked by it. [main thread]
   void SetInitialising(std::shared_ptr<Plugin> plugin) NOX_EXCLUDES(m_Lock);
 
   long Subscribe(const BaseSDK::AString& subscriber, const long* codes, unsigned count) override;

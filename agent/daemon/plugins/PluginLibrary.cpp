@@ -1,10 +1,10 @@
 #include "agent/daemon/plugins/PluginLibrary.h"
 
+#include "agent/daemon/AgentError.h"
+
 #include <dlfcn.h>
 
 #include <string>
-
-#include "agent/daemon/AgentError.h"
 
 using BaseSDK::AString;
 

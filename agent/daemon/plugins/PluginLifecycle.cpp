@@ -1,5 +1,9 @@
 #include "agent/daemon/plugins/PluginLifecycle.h"
 
+#include "agent/daemon/AgentError.h"
+#include "agent/daemon/process/AgentLog.h"
+#include "agent/daemon/process/Directories.h"
+
 #include <BaseSDK/AFile.h>
 #include <BaseSDK/AResult.h>
 #include <BaseSDK/AThreadRest.h>
@@ -7,10 +11,6 @@
 #include <algorithm>
 #include <cstring>
 #include <optional>
-
-#include "agent/daemon/AgentError.h"
-#include "agent/daemon/process/AgentLog.h"
-#include "agent/daemon/process/Directories.h"
 
 using BaseSDK::AFile;
 using BaseSDK::ALogger;
@@ -21,8 +21,8 @@ using Corvane::AgentInterfacesV3::AMsgReply;
 namespace NoxAgent {
 namespace {
 
-constexpr const char* kSource = "PluginLifecycle";
-constexpr unsigned kDirectoryMode = 0750;
+constexpr const char* Source = "PluginLifecycle";
+constexpr unsigned DirectoryMode = 0750;
 
 AString Number(unsigned long value) {
   return AString().SetNum(value, 'u');
@@ -79,7 +79,7 @@ void PluginLifecycle::Load(const std::shared_ptr<Plugin>& plugin) {
   }
   m_Host.SetInitialising(nullptr);
   m_Plugins.Add(plugin);
-  ALOG(AgentLog(), ALogger::Information, kSource,
+  ALOG(AgentLog(), ALogger::Information, Source,
        AString("Loaded the plug-in %1 from %2").Arg(plugin->Name(), plugin->Settings().m_Path));
 }
 
@@ -89,15 +89,15 @@ void PluginLifecycle::PrepareTaskDirectory(Plugin& plugin, const Settings& setti
   if (directory.IsEmpty()) {
     return;
   }
-  Directories::Make(directory, kDirectoryMode);
+  Directories::Make(directory, DirectoryMode);
   unsigned removed = 0;
   const unsigned long result = AFile::RemoveLeftovers(directory, removed);
   if (result != 0) {
-    ALOG(AgentLog(), ALogger::Warning, kSource,
+    ALOG(AgentLog(), ALogger::Warning, Source,
          AString("Cannot clear %1 of what was left by a crash: %2")
              .Arg(directory, std::strerror(BaseSDK::ErrnoFromResult(result))));
   } else if (removed > 0) {
-    ALOG(AgentLog(), ALogger::Notice, kSource,
+    ALOG(AgentLog(), ALogger::Notice, Source,
          AString("Removed %1 temporary files from %2, left by a crash")
              .Arg(Number(removed), directory));
   }
@@ -146,7 +146,7 @@ bool PluginLifecycle::WaitForHandlers() {
   if (m_HandlerCalls.WaitUntilNone(m_DrainMilliseconds)) {
     return true;
   }
-  ALOG(AgentLog(), ALogger::Error, kSource,
+  ALOG(AgentLog(), ALogger::Error, Source,
        AString("A task handler has not come back within %1 ms: ending without unloading the "
                "plug-ins that are left")
            .Arg(Number(m_DrainMilliseconds)));
@@ -159,7 +159,7 @@ bool PluginLifecycle::WaitForThreads() {
   if (BaseSDK::AThreadRest::WaitForAll(m_DrainMilliseconds)) {
     return true;
   }
-  ALOG(AgentLog(), ALogger::Error, kSource,
+  ALOG(AgentLog(), ALogger::Error, Source,
        AString("A thread of a plug-in has not come to rest within %1 ms: ending without unloading "
                "the plug-ins that are left")
            .Arg(Number(m_DrainMilliseconds)));
@@ -175,7 +175,7 @@ bool PluginLifecycle::Unload(const std::shared_ptr<Plugin>& plugin) {
     return false;
   }
   if (!plugin->CloseQueue(m_DrainMilliseconds)) {
-    ALOG(AgentLog(), ALogger::Error, kSource,
+    ALOG(AgentLog(), ALogger::Error, Source,
          AString("A request to the plug-in %1 has not come back within %2 ms: ending without "
                  "unloading it")
              .Arg(plugin->Name(), Number(m_DrainMilliseconds)));
@@ -185,13 +185,13 @@ bool PluginLifecycle::Unload(const std::shared_ptr<Plugin>& plugin) {
     return false;
   }
   if (!plugin->Unload()) {
-    ALOG(AgentLog(), ALogger::Error, kSource,
+    ALOG(AgentLog(), ALogger::Error, Source,
          AString("The plug-in %1 refuses to be unloaded: ending without unloading it")
              .Arg(plugin->Name()));
     return false;
   }
   m_Notifications.Tell(NotificationCenter::UnregistrationFinished, plugin->Name());
-  ALOG(AgentLog(), ALogger::Information, kSource,
+  ALOG(AgentLog(), ALogger::Information, Source,
        AString("Unloaded the plug-in %1").Arg(plugin->Name()));
   return true;
 }

@@ -1,5 +1,3 @@
-// Brings plug-ins up and takes them down, and tells the others of it. Also carries a policy refresh
-// through.
 #pragma once
 
 #include "agent/daemon/config/Settings.h"
@@ -11,28 +9,31 @@
 
 namespace NoxAgent {
 
-// [main thread] unless stated.
+/// Brings plug-ins up and takes them down, and tells the others of it. Also carries a policy
+/// refresh through.
+///
+/// [main thread] unless stated.
 class PluginLifecycle {
  public:
-  // How long what is under way in a plug-in may take before the agent gives up on it.
+  /// How long what is under way in a plug-in may take before the agent gives up on it.
   static constexpr unsigned long DrainMilliseconds = 10000;
 
   PluginLifecycle(Plugins& plugins, NotificationCenter& notifications, PluginHost& host,
                   HandlerCalls& handlerCalls, EnumerationHandles& handles,
                   unsigned long drainMilliseconds = DrainMilliseconds);
 
-  // Loads the plug-ins in order and tells all that the start-up has finished. Throws AgentError
-  // when one does not come up; those before it are then still to be unloaded.
+  /// Loads the plug-ins in order and tells all that the start-up has finished. Throws AgentError
+  /// when one does not come up; those before it are then still to be unloaded.
   void LoadAll(const Settings& settings);
 
-  // A policy refresh: tells all that it has started, has `readAgain` read the agent's
-  // configuration, reads those of the plug-ins, tells all that it has finished, also when a
-  // configuration is bad. Then throws the AgentError; the old configuration stands where the new
-  // one is bad. [any thread, one at a time]
+  /// A policy refresh: tells all that it has started, has `readAgain` read the agent's
+  /// configuration, reads those of the plug-ins, tells all that it has finished, also when a
+  /// configuration is bad. Then throws the AgentError; the old configuration stands where the new
+  /// one is bad. [any thread, one at a time]
   void Refresh(const std::function<void()>& readAgain);
 
-  // Unloads all in reverse order. False, with the reason logged, when one cannot be unloaded
-  // safely: then the process is to end as it stands.
+  /// Unloads all in reverse order. False, with the reason logged, when one cannot be unloaded
+  /// safely: then the process is to end as it stands.
   bool UnloadAll();
 
  private:

@@ -1,17 +1,18 @@
-// The plug-ins that are loaded, in the order of loading.
 #pragma once
+
+#include "agent/daemon/plugins/Plugin.h"
 
 #include <BaseSDK/AMutex.h>
 
 #include <memory>
 #include <vector>
 
-#include "agent/daemon/plugins/Plugin.h"
-
 namespace NoxAgent {
 
-// A plug-in that leaves the list lives on for whoever still holds it: what is sent to it then is
-// answered with an error. [any thread]
+/// The plug-ins that are loaded, in the order of loading.
+///
+/// A plug-in that leaves the list lives on for whoever still holds it: what is sent to it then is
+/// answered with an error. [any thread]
 class Plugins {
  public:
   using List = std::vector<std::shared_ptr<Plugin>>;
@@ -20,9 +21,9 @@ class Plugins {
   void Remove(const Plugin& plugin) NOX_EXCLUDES(m_Lock);
 
   List All() const NOX_EXCLUDES(m_Lock);
-  // Null when there is none.
+  /// Null when there is none.
   std::shared_ptr<Plugin> Find(const BaseSDK::AString& name) const NOX_EXCLUDES(m_Lock);
-  // By the class identifier of its object. Null when there is none.
+  /// By the class identifier of its object. Null when there is none.
   std::shared_ptr<Plugin> FindClass(const BaseSDK::AString& classId) const NOX_EXCLUDES(m_Lock);
 
  private:

@@ -1,12 +1,12 @@
 #include "agent/daemon/process/Directories.h"
 
+#include "agent/daemon/AgentError.h"
+
 #include <sys/stat.h>
 
 #include <cerrno>
 #include <cstring>
 #include <string>
-
-#include "agent/daemon/AgentError.h"
 
 using BaseSDK::AString;
 

@@ -1,13 +1,13 @@
-// Directories that the agent makes for itself and its plug-ins.
 #pragma once
 
 #include <BaseSDK/AString.h>
 
 namespace NoxAgent {
 
+/// Directories that the agent makes for itself and its plug-ins.
 struct Directories {
-  // Makes `path` and what is missing above it, with `mode` less the umask. One that is there
-  // already stays as it is. Throws AgentError that names the first one that cannot be made.
+  /// Makes `path` and what is missing above it, with `mode` less the umask. One that is there
+  /// already stays as it is. Throws AgentError that names the first one that cannot be made.
   static void Make(const BaseSDK::AString& path, unsigned mode);
 };
 

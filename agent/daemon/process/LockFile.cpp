@@ -1,5 +1,7 @@
 #include "agent/daemon/process/LockFile.h"
 
+#include "agent/daemon/AgentError.h"
+
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/file.h>
@@ -10,15 +12,13 @@
 #include <cstring>
 #include <string>
 
-#include "agent/daemon/AgentError.h"
-
 using BaseSDK::AString;
 
 namespace NoxAgent {
 namespace {
 
-constexpr int kAttempts = 1500;
-constexpr int kPauseMilliseconds = 20;
+constexpr int Attempts = 1500;
+constexpr int PauseMilliseconds = 20;
 
 // 0 when the file does not say.
 pid_t Owner(int fd) {
@@ -41,14 +41,14 @@ bool IsGone(pid_t process) {
 // A command that an agent was just starting when it was killed has a copy of the lock until it
 // gives up its copies of the agent's descriptors, so the lock of one that is gone is waited for.
 bool Lock(int fd) {
-  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+  for (int attempt = 0; attempt < Attempts; ++attempt) {
     if (::flock(fd, LOCK_EX | LOCK_NB) == 0) {
       return true;
     }
     if (!IsGone(Owner(fd))) {
       return false;
     }
-    (void)::poll(nullptr, 0, kPauseMilliseconds);
+    (void)::poll(nullptr, 0, PauseMilliseconds);
   }
   return false;
 }

@@ -1,9 +1,9 @@
 #include "agent/daemon/process/LogSetup.h"
 
+#include "agent/daemon/AgentError.h"
+
 #include <BaseSDK/ALogConfig.h>
 #include <BaseSDK/ALogSinks.h>
-
-#include "agent/daemon/AgentError.h"
 
 using BaseSDK::ALogConfig;
 using BaseSDK::ALogSinks;

@@ -1,15 +1,15 @@
-// Puts log settings into force for the process.
 #pragma once
 
 #include "agent/daemon/config/Settings.h"
 
 namespace NoxAgent {
 
+/// Puts log settings into force for the process.
 struct LogSetup {
-  // Standard error and, when there is one, the file. Once. Throws AgentError when the file cannot
-  // be opened.
+  /// Standard error and, when there is one, the file. Once. Throws AgentError when the file cannot
+  /// be opened.
   static void Open(const Settings& settings);
-  // The levels alone; may be repeated.
+  /// The levels alone; may be repeated.
   static void SetLevels(const LogSettings& log);
 };
 

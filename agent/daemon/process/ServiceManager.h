@@ -1,14 +1,14 @@
-// Tells the service manager that started the agent, if there is one, how the agent is: datagrams of
-// a few lines to the socket that NOTIFY_SOCKET names. Without one, nothing happens.
 #pragma once
+
+#include "agent/daemon/process/Environment.h"
 
 #include <optional>
 #include <string>
 
-#include "agent/daemon/process/Environment.h"
-
 namespace NoxAgent {
 
+/// Tells the service manager that started the agent, if there is one, how the agent is: datagrams
+/// of a few lines to the socket that NOTIFY_SOCKET names. Without one, nothing happens.
 class ServiceManager {
  public:
   explicit ServiceManager(const Environment& environment);
@@ -17,13 +17,13 @@ class ServiceManager {
   ~ServiceManager();
 
   void Ready() const;
-  // Followed by Ready when it is done.
+  /// Followed by Ready when it is done.
   void Reloading() const;
   void Stopping() const;
   void KeepAlive() const;
 
-  // How often KeepAlive is due, in milliseconds: half of what the service manager allows. Nothing
-  // when it does not ask.
+  /// How often KeepAlive is due, in milliseconds: half of what the service manager allows. Nothing
+  /// when it does not ask.
   std::optional<unsigned long> KeepAliveInterval() const { return m_KeepAliveInterval; }
 
  private:

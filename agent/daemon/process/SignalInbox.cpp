@@ -14,16 +14,16 @@
 namespace NoxAgent {
 namespace {
 
-constexpr int kSignals[] = {SIGTERM, SIGINT, SIGHUP};
+constexpr int Signals[] = {SIGTERM, SIGINT, SIGHUP};
 
 // Where the signal handler writes to.
-std::atomic<int> s_Inbox{-1};
+std::atomic<int> inbox{-1};
 
 void OnSignal(int signal) {
   const int error = errno;
   const auto byte = static_cast<char>(signal);
   // A full pipe holds requests enough.
-  (void)!::write(s_Inbox.load(std::memory_order_relaxed), &byte, 1);
+  (void)!::write(inbox.load(std::memory_order_relaxed), &byte, 1);
   errno = error;
 }
 
@@ -32,7 +32,7 @@ void Install(void (*handler)(int)) {
   action.sa_handler = handler;
   action.sa_flags = SA_RESTART;
   (void)::sigemptyset(&action.sa_mask);
-  for (const int signal : kSignals) {
+  for (const int signal : Signals) {
     (void)::sigaction(signal, &action, nullptr);
   }
 }
@@ -43,7 +43,7 @@ SignalInbox::SignalInbox() {
   if (::pipe2(m_Fds, O_CLOEXEC | O_NONBLOCK) != 0) {
     throw std::system_error(errno, std::generic_category(), "cannot make a pipe");
   }
-  s_Inbox = m_Fds[1];
+  inbox = m_Fds[1];
   Install(OnSignal);
 }
 

@@ -1,21 +1,21 @@
-// The signals that mean something to the agent, taken in one place. They are caught, not blocked:
-// what a handler starts gets every signal in its default state.
 #pragma once
 
 namespace NoxAgent {
 
+/// The signals that mean something to the agent, taken in one place. They are caught, not blocked:
+/// what a handler starts gets every signal in its default state.
 class SignalInbox {
  public:
   enum class Request { Stop, Refresh };
 
-  // SIGTERM and SIGINT ask to stop, SIGHUP to refresh, from now on. One object a process. Throws
-  // std::system_error.
+  /// SIGTERM and SIGINT ask to stop, SIGHUP to refresh, from now on. One object a process. Throws
+  /// std::system_error.
   SignalInbox();
   SignalInbox(const SignalInbox&) = delete;
   SignalInbox& operator=(const SignalInbox&) = delete;
   ~SignalInbox();
 
-  // Waits for a request, for `milliseconds` at most; false when none came.
+  /// Waits for a request, for `milliseconds` at most; false when none came.
   bool Wait(unsigned long milliseconds, Request& request);
 
  private:

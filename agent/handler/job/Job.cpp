@@ -1,7 +1,11 @@
 #include "agent/handler/job/Job.h"
 
+#include "agent/handler/job/Words.h"
+#include "agent/handler/system/FileDescriptor.h"
+
 #include <BaseSDK/AIniText.h>
 #include <BaseSDK/AUtf8Encoding.h>
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -11,16 +15,15 @@
 #include <cstring>
 #include <optional>
 
-#include "agent/handler/job/Words.h"
-#include "agent/handler/system/FileDescriptor.h"
-
 using BaseSDK::AIniText;
 using BaseSDK::AString;
 
+namespace NoxHandler {
+
 namespace {
 
-constexpr std::size_t kMaxFileBytes = 64 * 1024;
-constexpr long kMaxTimeoutSeconds = 10L * 365 * 86400;
+constexpr std::size_t MaxFileBytes = 64 * 1024;
+constexpr long MaxTimeoutSeconds = 10L * 365 * 86400;
 
 // "90" and "90s" are seconds, "5m" minutes, "2h" hours.
 std::optional<long> ParseSeconds(const AString& text) {
@@ -34,16 +37,16 @@ std::optional<long> ParseSeconds(const AString& text) {
   const bool isNumber =
       !digits.IsEmpty() && digits.Str().find_first_not_of(L"0123456789") == std::wstring::npos;
   const long number = digits.ToLong();
-  if (!isNumber || number > kMaxTimeoutSeconds / factor) {
+  if (!isNumber || number > MaxTimeoutSeconds / factor) {
     return std::nullopt;
   }
   return number * factor;
 }
 
 bool IsVariableName(const AString& name) {
-  constexpr const wchar_t* kLetters = L"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_";
-  const std::wstring rest = std::wstring(kLetters) + L"0123456789";
-  return !name.IsEmpty() && std::wstring(kLetters).find(name[0]) != std::wstring::npos &&
+  constexpr const wchar_t* Letters = L"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_";
+  const std::wstring rest = std::wstring(Letters) + L"0123456789";
+  return !name.IsEmpty() && std::wstring(Letters).find(name[0]) != std::wstring::npos &&
          name.Str().find_first_not_of(rest) == std::wstring::npos;
 }
 
@@ -57,7 +60,7 @@ class JobReader {
     if (section != AString("Job")) {
       return AString("unknown section \"%1\" (known: Job, Environment)").Arg(section);
     }
-    for (const auto& [name, take] : kKeys) {
+    for (const auto& [name, take] : Keys) {
       if (entry.m_Key == AString(name)) {
         const AString reason = (this->*take)(entry.m_Value);
         return reason.IsEmpty() ? reason : AString("%1: %2").Arg(entry.m_Key, reason);
@@ -69,7 +72,7 @@ class JobReader {
         .Arg(entry.m_Key);
   }
 
-  CJob m_Job;
+  Job m_Job;
 
  private:
   using TakeValue = AString (JobReader::*)(const AString&);
@@ -77,7 +80,7 @@ class JobReader {
     const char* m_Name;
     TakeValue m_Take;
   };
-  static const std::array<Key, 6> kKeys;
+  static const std::array<Key, 6> Keys;
 
   AString TakeCommand(const AString& value) {
     m_Job.m_Command = value.ToUtf8();
@@ -116,7 +119,7 @@ class JobReader {
 
   AString TakeOverlap(const AString& value) {
     const auto overlap = ParseOverlap(value);
-    m_Job.m_Overlap = overlap.value_or(EOverlap::Skip);
+    m_Job.m_Overlap = overlap.value_or(OverlapRule::Skip);
     return overlap ? AString() : AString("is to be skip, queue or kill");
   }
 
@@ -128,14 +131,14 @@ class JobReader {
   }
 };
 
-const std::array<JobReader::Key, 6> JobReader::kKeys{{{"command", &JobReader::TakeCommand},
-                                                      {"arguments", &JobReader::TakeArguments},
-                                                      {"user", &JobReader::TakeUser},
-                                                      {"directory", &JobReader::TakeDirectory},
-                                                      {"timeout", &JobReader::TakeTimeout},
-                                                      {"overlap", &JobReader::TakeOverlap}}};
+const std::array<JobReader::Key, 6> JobReader::Keys{{{"command", &JobReader::TakeCommand},
+                                                     {"arguments", &JobReader::TakeArguments},
+                                                     {"user", &JobReader::TakeUser},
+                                                     {"directory", &JobReader::TakeDirectory},
+                                                     {"timeout", &JobReader::TakeTimeout},
+                                                     {"overlap", &JobReader::TakeOverlap}}};
 
-CJob ReadJob(const AIniText& ini) {
+Job ReadJob(const AIniText& ini) {
   JobReader reader;
   for (const AIniText::Section& section : ini.Sections()) {
     for (const AIniText::Entry& entry : section.m_Entries) {
@@ -147,24 +150,24 @@ CJob ReadJob(const AIniText& ini) {
   return reader.m_Job;
 }
 
-CJobError SystemError(const AString& what, const AString& fileName) {
-  return CJobError(AString("cannot %1 the job file %2: %3").Arg(what, fileName, strerror(errno)));
+JobError SystemError(const AString& what, const AString& fileName) {
+  return JobError(AString("cannot %1 the job file %2: %3").Arg(what, fileName, strerror(errno)));
 }
 
 void RefuseUnsafe(const AString& fileName, const struct stat& info) {
   if (!S_ISREG(info.st_mode)) {
-    throw CJobError(AString("the job file %1 is not a regular file").Arg(fileName));
+    throw JobError(AString("the job file %1 is not a regular file").Arg(fileName));
   }
   const bool othersWrite = (info.st_mode & (S_IWGRP | S_IWOTH)) != 0;
   if (geteuid() == 0 && (info.st_uid != 0 || othersWrite)) {
-    throw CJobError(AString("the job file %1 is to belong to root and to be writable by root alone "
-                            "(chown root, chmod go-w), for it runs with root's rights")
-                        .Arg(fileName));
+    throw JobError(AString("the job file %1 is to belong to root and to be writable by root alone "
+                           "(chown root, chmod go-w), for it runs with root's rights")
+                       .Arg(fileName));
   }
 }
 
 std::string ReadBytes(int fd, const AString& fileName) {
-  std::string bytes(kMaxFileBytes + 1, '\0');
+  std::string bytes(MaxFileBytes + 1, '\0');
   std::size_t size = 0;
   while (size < bytes.size()) {
     const ssize_t got = read(fd, bytes.data() + size, bytes.size() - size);
@@ -177,25 +180,25 @@ std::string ReadBytes(int fd, const AString& fileName) {
     }
     size += got > 0 ? static_cast<std::size_t>(got) : 0;
   }
-  throw CJobError(AString("the job file %1 is larger than 64 KiB").Arg(fileName));
+  throw JobError(AString("the job file %1 is larger than 64 KiB").Arg(fileName));
 }
 
 }  // namespace
 
-CJob CJob::Parse(const AString& fileName, const AString& text) {
+Job Job::Parse(const AString& fileName, const AString& text) {
   try {
-    const CJob job = ReadJob(AIniText(fileName, text));
+    const Job job = ReadJob(AIniText(fileName, text));
     if (job.m_Command.empty()) {
-      throw CJobError(AString("%1: the section \"Job\" has no \"command\"").Arg(fileName));
+      throw JobError(AString("%1: the section \"Job\" has no \"command\"").Arg(fileName));
     }
     return job;
   } catch (const BaseSDK::AIniError& error) {
-    throw CJobError(error.what());
+    throw JobError(error.what());
   }
 }
 
-CJob CJob::Load(const AString& fileName) {
-  const CFileDescriptor file(
+Job Job::Load(const AString& fileName) {
+  const FileDescriptor file(
       open(fileName.ToUtf8().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   struct stat info {};
   if (!file || fstat(file.Get(), &info) != 0) {
@@ -205,3 +208,5 @@ CJob CJob::Load(const AString& fileName) {
   const std::string bytes = ReadBytes(file.Get(), fileName);
   return Parse(fileName, BaseSDK::AUtf8Encoding().Decode(bytes));
 }
+
+}  // namespace NoxHandler

@@ -1,29 +1,33 @@
 #pragma once
 
+#include "agent/handler/job/JobError.h"
+#include "agent/handler/job/Overlap.h"
+
 #include <BaseSDK/AString.h>
 
 #include <map>
 #include <string>
 #include <vector>
 
-#include "agent/handler/job/JobError.h"
-#include "agent/handler/job/Overlap.h"
+namespace NoxHandler {
 
 /// What to run for a task: the content of its job file. docs/command-handler.md describes the
 /// keys. Texts for the system are bytes (UTF-8).
-struct CJob {
+struct Job {
   std::string m_Command;  ///< an absolute path, or a name to be found in PATH
   std::vector<std::string> m_Arguments;
   std::string m_User;       ///< empty: the agent's own
   std::string m_Directory;  ///< absolute; empty: the user's home
   std::map<std::string, std::string> m_Environment;
   long m_TimeoutSeconds = 0;  ///< 0: none
-  EOverlap m_Overlap = EOverlap::Skip;
+  OverlapRule m_Overlap = OverlapRule::Skip;
 
-  /// Throws CJobError that names file, line and key for whatever is wrong with the text.
-  static CJob Parse(const BaseSDK::AString& fileName, const BaseSDK::AString& text);
+  /// Throws JobError that names file, line and key for whatever is wrong with the text.
+  static Job Parse(const BaseSDK::AString& fileName, const BaseSDK::AString& text);
 
   /// Parse of a file. When the agent runs as root, a file that others than root may have written
   /// is refused too: it would hand them root's rights.
-  static CJob Load(const BaseSDK::AString& fileName);
+  static Job Load(const BaseSDK::AString& fileName);
 };
+
+}  // namespace NoxHandler

@@ -2,16 +2,20 @@
 
 using BaseSDK::AString;
 
-std::optional<EOverlap> ParseOverlap(const AString& word) {
+namespace NoxHandler {
+
+std::optional<OverlapRule> ParseOverlap(const AString& word) {
   if (word == AString("skip")) {
-    return EOverlap::Skip;
+    return OverlapRule::Skip;
   }
   if (word == AString("queue")) {
-    return EOverlap::Queue;
+    return OverlapRule::Queue;
   }
-  return word == AString("kill") ? std::optional(EOverlap::Kill) : std::nullopt;
+  return word == AString("kill") ? std::optional(OverlapRule::Kill) : std::nullopt;
 }
 
-EOverlap DecideOverlap(EOverlap wanted, bool neverRun) {
-  return neverRun ? EOverlap::Skip : wanted;
+OverlapRule DecideOverlap(OverlapRule wanted, bool neverRun) {
+  return neverRun ? OverlapRule::Skip : wanted;
 }
+
+}  // namespace NoxHandler

@@ -1,5 +1,7 @@
 #include "agent/handler/job/Words.h"
 
+namespace NoxHandler {
+
 namespace {
 
 // Reads the text character by character; a word is there once it has a character or a quote.
@@ -68,3 +70,5 @@ class WordReader {
 std::optional<std::vector<std::string>> SplitWords(std::string_view text) {
   return WordReader().Read(text);
 }
+
+}  // namespace NoxHandler

@@ -5,7 +5,11 @@
 #include <string_view>
 #include <vector>
 
+namespace NoxHandler {
+
 /// Splits a job's "arguments" into words at blanks. Quotes group: within '...' every character
 /// stands for itself; within "..." and outside of quotes a backslash makes the next character stand
 /// for itself. Nothing is expanded. Empty when a quote is not closed or a backslash ends the text.
 std::optional<std::vector<std::string>> SplitWords(std::string_view text);
+
+}  // namespace NoxHandler

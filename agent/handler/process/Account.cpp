@@ -11,12 +11,14 @@
 
 using BaseSDK::AString;
 
+namespace NoxHandler {
+
 namespace {
 
 using Lookup = std::function<int(passwd*, char*, std::size_t, passwd**)>;
 
 // Nothing when there is no such user.
-std::optional<CAccount> LookUp(const Lookup& lookup) {
+std::optional<Account> LookUp(const Lookup& lookup) {
   std::vector<char> buffer(1024);
   passwd entry{};
   passwd* found = nullptr;
@@ -27,7 +29,7 @@ std::optional<CAccount> LookUp(const Lookup& lookup) {
   if (found == nullptr) {
     return std::nullopt;
   }
-  CAccount account;
+  Account account;
   account.m_Name = entry.pw_name;
   account.m_Home = entry.pw_dir;
   account.m_Shell = entry.pw_shell;
@@ -36,7 +38,7 @@ std::optional<CAccount> LookUp(const Lookup& lookup) {
   return account;
 }
 
-std::vector<gid_t> GroupsOf(const CAccount& account) {
+std::vector<gid_t> GroupsOf(const Account& account) {
   std::vector<gid_t> groups(16);
   int count = static_cast<int>(groups.size());
   while (getgrouplist(account.m_Name.c_str(), account.m_Gid, groups.data(), &count) < 0) {
@@ -47,7 +49,7 @@ std::vector<gid_t> GroupsOf(const CAccount& account) {
   return groups;
 }
 
-CAccount Own() {
+Account Own() {
   auto account = LookUp([](passwd* entry, char* buffer, std::size_t size, passwd** found) {
     return getpwuid_r(geteuid(), entry, buffer, size, found);
   });
@@ -61,7 +63,7 @@ CAccount Own() {
 
 }  // namespace
 
-CAccount CAccount::Find(const std::string& user) {
+Account Account::Find(const std::string& user) {
   if (user.empty()) {
     return Own();
   }
@@ -69,16 +71,18 @@ CAccount CAccount::Find(const std::string& user) {
     return getpwnam_r(user.c_str(), entry, buffer, size, found);
   });
   if (!account) {
-    throw CJobError(AString("user: there is no user \"%1\"").Arg(user.c_str()));
+    throw JobError(AString("user: there is no user \"%1\"").Arg(user.c_str()));
   }
   if (account->m_Uid == geteuid()) {
     return *account;
   }
   if (geteuid() != 0) {
-    throw CJobError(AString("user: only an agent that runs as root can run a command as \"%1\"")
-                        .Arg(user.c_str()));
+    throw JobError(AString("user: only an agent that runs as root can run a command as \"%1\"")
+                       .Arg(user.c_str()));
   }
   account->m_Groups = GroupsOf(*account);
   account->m_Switch = true;
   return *account;
 }
+
+}  // namespace NoxHandler

@@ -1,5 +1,8 @@
 #include "agent/handler/process/ChildProcess.h"
 
+#include "agent/handler/process/ChildStart.h"
+#include "agent/handler/system/ProcessHandle.h"
+
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -8,27 +11,26 @@
 #include <csignal>
 #include <cstring>
 
-#include "agent/handler/process/ChildStart.h"
-#include "agent/handler/system/ProcessHandle.h"
-
 using BaseSDK::AString;
+
+namespace NoxHandler {
 
 namespace {
 
-CJobError SystemError(const char* action) {
-  return CJobError(AString("cannot %1: %2").Arg(action, strerror(errno)));
+JobError SystemError(const char* action) {
+  return JobError(AString("cannot %1: %2").Arg(action, strerror(errno)));
 }
 
-CFileDescriptor OutOfTheWay(CFileDescriptor fd) {
-  if (!fd || fd.Get() >= CChildStart::FirstFree) {
+FileDescriptor OutOfTheWay(FileDescriptor fd) {
+  if (!fd || fd.Get() >= ChildStart::FirstFree) {
     return fd;
   }
-  return CFileDescriptor(fcntl(fd.Get(), F_DUPFD_CLOEXEC, CChildStart::FirstFree));
+  return FileDescriptor(fcntl(fd.Get(), F_DUPFD_CLOEXEC, ChildStart::FirstFree));
 }
 
 struct Pipe {
-  CFileDescriptor m_Read;
-  CFileDescriptor m_Write;
+  FileDescriptor m_Read;
+  FileDescriptor m_Write;
 };
 
 Pipe MakePipe() {
@@ -36,14 +38,14 @@ Pipe MakePipe() {
   if (pipe2(fds, O_CLOEXEC) != 0) {
     throw SystemError("make a pipe");
   }
-  Pipe pipe{OutOfTheWay(CFileDescriptor(fds[0])), OutOfTheWay(CFileDescriptor(fds[1]))};
+  Pipe pipe{OutOfTheWay(FileDescriptor(fds[0])), OutOfTheWay(FileDescriptor(fds[1]))};
   if (!pipe.m_Read || !pipe.m_Write) {
     throw SystemError("make a pipe");
   }
   return pipe;
 }
 
-void SetNonBlocking(const CFileDescriptor& fd) {
+void SetNonBlocking(const FileDescriptor& fd) {
   if (fcntl(fd.Get(), F_SETFL, O_NONBLOCK) != 0) {
     throw SystemError("set up a pipe");
   }
@@ -51,7 +53,7 @@ void SetNonBlocking(const CFileDescriptor& fd) {
 
 // No handler of the agent may run in the new process, so none gets the chance: signals stay blocked
 // there until they are reset.
-pid_t ForkWithSignalsBlocked(const CChildStart& start) {
+pid_t ForkWithSignalsBlocked(const ChildStart& start) {
   sigset_t all;
   sigset_t before;
   (void)sigfillset(&all);
@@ -66,16 +68,16 @@ pid_t ForkWithSignalsBlocked(const CChildStart& start) {
   return pid;
 }
 
-AString DescribeFailure(const CChildStart::CFailure& failure) {
+AString DescribeFailure(const ChildStart::Failure& failure) {
   const AString reason = strerror(failure.m_Errno);
   switch (failure.m_Stage) {
-    case CChildStart::User:
+    case ChildStart::User:
       return AString("cannot become the job's user: %1").Arg(reason);
-    case CChildStart::Directory:
+    case ChildStart::Directory:
       return AString("cannot enter the job's directory: %1").Arg(reason);
-    case CChildStart::Program:
+    case ChildStart::Program:
       return AString("cannot run the job's command: %1").Arg(reason);
-    case CChildStart::Streams:
+    case ChildStart::Streams:
       break;
   }
   return AString("cannot set up the command's input and output: %1").Arg(reason);
@@ -83,17 +85,17 @@ AString DescribeFailure(const CChildStart::CFailure& failure) {
 
 }  // namespace
 
-CChildProcess::CChildProcess(const CLaunch& launch) {
+ChildProcess::ChildProcess(const Launch& launch) {
   Pipe go = MakePipe();
   Pipe output = MakePipe();
   Pipe failure = MakePipe();
-  const CFileDescriptor null = OutOfTheWay(CFileDescriptor(open("/dev/null", O_RDWR | O_CLOEXEC)));
+  const FileDescriptor null = OutOfTheWay(FileDescriptor(open("/dev/null", O_RDWR | O_CLOEXEC)));
   if (!null) {
     throw SystemError("open /dev/null");
   }
   SetNonBlocking(output.m_Read);
   SetNonBlocking(failure.m_Read);
-  const CChildStart start(
+  const ChildStart start(
       launch, {go.m_Read.Get(), null.Get(), output.m_Write.Get(), failure.m_Write.Get()});
   m_Pid = ForkWithSignalsBlocked(start);
   if (m_Pid < 0) {
@@ -101,9 +103,9 @@ CChildProcess::CChildProcess(const CLaunch& launch) {
   }
   m_Output = std::move(output.m_Read);
   m_Failure = std::move(failure.m_Read);
-  m_PidFd = CProcessHandle::Open(m_Pid);
+  m_PidFd = ProcessHandle::Open(m_Pid);
   if (!m_PidFd) {
-    const CJobError error = SystemError("watch the new process");
+    const JobError error = SystemError("watch the new process");
     go.m_Write.Close();
     (void)waitpid(m_Pid, nullptr, 0);  // it ends at once, for it never got to go
     throw error;
@@ -111,7 +113,7 @@ CChildProcess::CChildProcess(const CLaunch& launch) {
   m_Go = std::move(go.m_Write);
 }
 
-CChildProcess::~CChildProcess() {
+ChildProcess::~ChildProcess() {
   const bool mayRun = !m_Go;  // else it ends at once, for it never got to go
   m_Go.Close();
   if (m_Pid > 0) {
@@ -119,29 +121,31 @@ CChildProcess::~CChildProcess() {
   }
 }
 
-void CChildProcess::Go() {
+void ChildProcess::Go() {
   (void)!write(m_Go.Get(), "g", 1);  // it can only fail when the process was killed meanwhile
   m_Go.Close();
 }
 
-std::optional<CChildProcess::CEnd> CChildProcess::End() const {
+std::optional<ChildProcess::Outcome> ChildProcess::End() const {
   siginfo_t info{};
   if (waitid(P_PID, static_cast<id_t>(m_Pid), &info, WEXITED | WNOHANG | WNOWAIT) != 0 ||
       info.si_pid == 0) {
     return std::nullopt;
   }
-  return CEnd{info.si_code == CLD_EXITED, info.si_status};
+  return Outcome{info.si_code == CLD_EXITED, info.si_status};
 }
 
-AString CChildProcess::StartFailure() const {
-  CChildStart::CFailure failure{};
+AString ChildProcess::StartFailure() const {
+  ChildStart::Failure failure{};
   if (read(m_Failure.Get(), &failure, sizeof failure) != sizeof failure) {
     return AString();
   }
   return DescribeFailure(failure);
 }
 
-void CChildProcess::Reap() {
+void ChildProcess::Reap() {
   (void)waitpid(m_Pid, nullptr, 0);
   m_Pid = -1;
 }
+
+}  // namespace NoxHandler

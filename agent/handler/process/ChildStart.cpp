@@ -1,5 +1,7 @@
 #include "agent/handler/process/ChildStart.h"
 
+#include "agent/handler/process/Launch.h"
+
 #include <fcntl.h>
 #include <grp.h>
 #include <sys/stat.h>
@@ -12,16 +14,16 @@
 #include <string>
 #include <vector>
 
-#include "agent/handler/process/Launch.h"
+namespace NoxHandler {
 
 namespace {
 
 // Where the new process has its own descriptors: right after the streams.
-constexpr int kFailureFd = 3;
-constexpr int kGoFd = 4;
-static_assert(CChildStart::FirstFree == kGoFd + 1);
-constexpr mode_t kUmask = 022;
-constexpr int kCannotStart = 127;  // the shell's exit status for the same case
+constexpr int FailureFd = 3;
+constexpr int GoFd = 4;
+static_assert(ChildStart::FirstFree == GoFd + 1);
+constexpr mode_t Umask = 022;
+constexpr int CannotStart = 127;  // the shell's exit status for the same case
 
 // What the kernel takes for a signal's action, at both word sizes; all zero is the default.
 struct KernelSigaction {
@@ -30,7 +32,7 @@ struct KernelSigaction {
   unsigned long m_Restorer = 0;
   std::uint64_t m_Mask = 0;
 };
-constexpr unsigned long kKernelSignalSetBytes = 8;
+constexpr unsigned long KernelSignalSetBytes = 8;
 
 std::vector<char*> Pointers(const std::vector<std::string>& texts) {
   std::vector<char*> pointers;
@@ -43,13 +45,13 @@ std::vector<char*> Pointers(const std::vector<std::string>& texts) {
 
 }  // namespace
 
-CChildStart::CChildStart(const CLaunch& launch, const CDescriptors& descriptors)
+ChildStart::ChildStart(const Launch& launch, const Descriptors& descriptors)
     : m_Launch(launch),
       m_Descriptors(descriptors),
       m_Arguments(Pointers(launch.m_Arguments)),
       m_Environment(Pointers(launch.m_Environment)) {}
 
-void CChildStart::Run() const {
+void ChildStart::Run() const {
   (void)setsid();  // cannot fail: a new process leads no group
   // Only then: copies of the agent's locks go with the other descriptors, and the next agent, which
   // waits for these, ends what it finds in the session.
@@ -59,49 +61,49 @@ void CChildStart::Run() const {
   BecomeUser();
   EnterDirectory();
   Execute();
-  _exit(kCannotStart);
+  _exit(CannotStart);
 }
 
 // By the system call itself: the C library guards the two signals that it keeps for itself, and
 // where the agent was spawned by a program that uses the same library, they are ignored.
-void CChildStart::ResetSignals() const {
+void ChildStart::ResetSignals() const {
   const KernelSigaction defaultAction{};
   for (int number = 1; number < NSIG; ++number) {
     // Those that cannot be changed are as they should be.
-    (void)syscall(SYS_rt_sigaction, number, &defaultAction, nullptr, kKernelSignalSetBytes);
+    (void)syscall(SYS_rt_sigaction, number, &defaultAction, nullptr, KernelSignalSetBytes);
   }
   sigset_t none;
   (void)sigemptyset(&none);
   (void)sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
-void CChildStart::AwaitGo() const {
+void ChildStart::AwaitGo() const {
   char go = 0;
   ssize_t got = 0;
   do {
-    got = read(kGoFd, &go, 1);
+    got = read(GoFd, &go, 1);
   } while (got < 0 && errno == EINTR);
   if (got != 1) {
-    _exit(kCannotStart);  // the agent is gone, and with it who would watch the command
+    _exit(CannotStart);  // the agent is gone, and with it who would watch the command
   }
 }
 
-void CChildStart::ConnectStreams() const {
+void ChildStart::ConnectStreams() const {
   const bool connected = dup2(m_Descriptors.m_Null, STDIN_FILENO) >= 0 &&
                          dup2(m_Descriptors.m_Output, STDOUT_FILENO) >= 0 &&
                          dup2(m_Descriptors.m_Output, STDERR_FILENO) >= 0;
   if (!connected) {
     Fail(Streams, errno);
   }
-  if (dup3(m_Descriptors.m_Failure, kFailureFd, O_CLOEXEC) < 0 ||
-      dup3(m_Descriptors.m_Go, kGoFd, O_CLOEXEC) < 0 || close_range(FirstFree, ~0U, 0) != 0) {
+  if (dup3(m_Descriptors.m_Failure, FailureFd, O_CLOEXEC) < 0 ||
+      dup3(m_Descriptors.m_Go, GoFd, O_CLOEXEC) < 0 || close_range(FirstFree, ~0U, 0) != 0) {
     Fail(Streams, errno);
   }
 }
 
-void CChildStart::BecomeUser() const {
-  (void)umask(kUmask);
-  const CAccount& account = m_Launch.m_Account;
+void ChildStart::BecomeUser() const {
+  (void)umask(Umask);
+  const Account& account = m_Launch.m_Account;
   if (!account.m_Switch) {
     return;
   }
@@ -112,7 +114,7 @@ void CChildStart::BecomeUser() const {
   }
 }
 
-void CChildStart::EnterDirectory() const {
+void ChildStart::EnterDirectory() const {
   if (chdir(m_Launch.m_Directory.c_str()) == 0) {
     return;
   }
@@ -121,7 +123,7 @@ void CChildStart::EnterDirectory() const {
   }
 }
 
-void CChildStart::Execute() const {
+void ChildStart::Execute() const {
   int error = ENOENT;
   for (const std::string& candidate : m_Launch.m_Candidates) {
     (void)execve(candidate.c_str(), m_Arguments.data(), m_Environment.data());
@@ -132,9 +134,11 @@ void CChildStart::Execute() const {
   Fail(Program, error);
 }
 
-void CChildStart::Fail(Stage stage, int error) const {
-  const CFailure failure{stage, error};
-  const int fd = stage == Streams ? m_Descriptors.m_Failure : kFailureFd;
+void ChildStart::Fail(Stage stage, int error) const {
+  const Failure failure{stage, error};
+  const int fd = stage == Streams ? m_Descriptors.m_Failure : FailureFd;
   (void)!write(fd, &failure, sizeof failure);  // exit status 127 says it too
-  _exit(kCannotStart);
+  _exit(CannotStart);
 }
+
+}  // namespace NoxHandler

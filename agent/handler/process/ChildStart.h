@@ -2,16 +2,18 @@
 
 #include <vector>
 
-struct CLaunch;
+namespace NoxHandler {
+
+struct Launch;
 
 /// The part of starting a command that runs in the new process, between fork and exec. Made before
 /// the fork; afterwards only what a signal handler may do is done.
-class CChildStart {
+class ChildStart {
  public:
   enum Stage { Streams, User, Directory, Program };
 
   /// What the new process writes to m_FailureFd when it cannot become the command.
-  struct CFailure {
+  struct Failure {
     Stage m_Stage;
     int m_Errno;
   };
@@ -19,7 +21,7 @@ class CChildStart {
   /// The lowest number that a descriptor given here may have; those below are put in their place.
   static constexpr int FirstFree = 5;
 
-  struct CDescriptors {
+  struct Descriptors {
     int m_Go;
     int m_Null;
     int m_Output;
@@ -27,7 +29,7 @@ class CChildStart {
   };
 
   /// `launch` is borrowed.
-  CChildStart(const CLaunch& launch, const CDescriptors& descriptors);
+  ChildStart(const Launch& launch, const Descriptors& descriptors);
 
   /// In the new process, with all signals blocked. Becomes the command or ends the process.
   [[noreturn]] void Run() const;
@@ -41,8 +43,10 @@ class CChildStart {
   void Execute() const;
   [[noreturn]] void Fail(Stage stage, int error) const;
 
-  const CLaunch& m_Launch;
-  const CDescriptors m_Descriptors;
-  const std::vector<char*> m_Arguments;  // as exec takes them: borrowed texts, null at the end
+  const Launch& m_Launch;
+  const Descriptors m_Descriptors;
+  const std::vector<char*> m_Arguments;  ///< as exec takes them: borrowed texts, null at the end
   const std::vector<char*> m_Environment;
 };
+
+}  // namespace NoxHandler

@@ -3,14 +3,16 @@
 #include <cstdlib>
 #include <map>
 
+namespace NoxHandler {
+
 namespace {
 
-constexpr const char* kDefaultPath = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
+constexpr const char* DefaultPath = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
 
 using Variables = std::map<std::string, std::string>;
 
-Variables BaseEnvironment(const CAccount& account) {
-  Variables variables{{"PATH", kDefaultPath}};
+Variables BaseEnvironment(const Account& account) {
+  Variables variables{{"PATH", DefaultPath}};
   for (const char* name : {"PATH", "LANG", "TZ"}) {
     if (const char* value = std::getenv(name); value != nullptr && *value != '\0') {
       variables[name] = value;
@@ -43,8 +45,8 @@ std::vector<std::string> CandidatesFor(const std::string& command, const std::st
 
 }  // namespace
 
-CLaunch::CLaunch(const CJob& job, const CTaskBatch::CEntry& entry, const std::string& token)
-    : m_Account(CAccount::Find(job.m_User)),
+Launch::Launch(const Job& job, const TaskBatch::Entry& entry, const std::string& token)
+    : m_Account(Account::Find(job.m_User)),
       m_Arguments{job.m_Command},
       m_Directory(job.m_Directory),
       m_MustEnterDirectory(!job.m_Directory.empty()) {
@@ -64,3 +66,5 @@ CLaunch::CLaunch(const CJob& job, const CTaskBatch::CEntry& entry, const std::st
     m_Directory = variables["HOME"];
   }
 }
+
+}  // namespace NoxHandler

@@ -1,18 +1,20 @@
 #pragma once
 
+#include "agent/handler/job/Job.h"
+#include "agent/handler/process/Account.h"
+#include "agent/handler/task/TaskBatch.h"
+
 #include <BaseSDK/AString.h>
 
 #include <string>
 #include <vector>
 
-#include "agent/handler/job/Job.h"
-#include "agent/handler/process/Account.h"
-#include "agent/handler/task/TaskBatch.h"
+namespace NoxHandler {
 
 /// All that a new process needs, worked out beforehand: between fork and exec nothing may be looked
 /// up or allocated.
-struct CLaunch {
-  CAccount m_Account;
+struct Launch {
+  Account m_Account;
   std::vector<std::string> m_Candidates;   ///< paths of the program; the first that exists is taken
   std::vector<std::string> m_Arguments;    ///< argv, the command's name first
   std::vector<std::string> m_Environment;  ///< "NAME=value"
@@ -21,6 +23,8 @@ struct CLaunch {
 
   /// The environment is the user's (HOME, USER, LOGNAME, SHELL), the agent's PATH, LANG and TZ,
   /// NOX_TASK_ID, NOX_LATE ("0" or "1"), NOX_RUN_ID with the given token, and what the job sets.
-  /// Nothing else of the agent's environment gets through. Throws CJobError as CAccount::Find does.
-  CLaunch(const CJob& job, const CTaskBatch::CEntry& entry, const std::string& token);
+  /// Nothing else of the agent's environment gets through. Throws JobError as Account::Find does.
+  Launch(const Job& job, const TaskBatch::Entry& entry, const std::string& token);
 };
+
+}  // namespace NoxHandler

@@ -1,15 +1,17 @@
 #include "agent/handler/process/Session.h"
 
-#include <csignal>
-
 #include "agent/handler/system/ProcessHandle.h"
 
-bool CSession::Refresh() {
+#include <csignal>
+
+namespace NoxHandler {
+
+bool Session::Refresh() {
   m_Processes.clear();
-  for (const CProcessTable::CProcess& process : CProcessTable::OfSession(m_Id)) {
-    CFileDescriptor handle = CProcessHandle::Open(process.m_Pid);
+  for (const ProcessTable::Process& process : ProcessTable::OfSession(m_Id)) {
+    FileDescriptor handle = ProcessHandle::Open(process.m_Pid);
     // Asked again with the handle open: the number could have changed hands in between.
-    const auto now = CProcessTable::Find(process.m_Pid);
+    const auto now = ProcessTable::Find(process.m_Pid);
     if (handle && now && now->m_StartTicks == process.m_StartTicks && Belongs(process)) {
       m_Processes.push_back(std::move(handle));
     }
@@ -17,17 +19,19 @@ bool CSession::Refresh() {
   return !m_Processes.empty();
 }
 
-void CSession::Signal(int number) const {
-  for (const CFileDescriptor& process : m_Processes) {
-    CProcessHandle::Signal(process, number);
+void Session::Signal(int number) const {
+  for (const FileDescriptor& process : m_Processes) {
+    ProcessHandle::Signal(process, number);
   }
 }
 
-void CSession::Terminate() const {
+void Session::Terminate() const {
   Signal(SIGTERM);
   Signal(SIGCONT);
 }
 
-bool CSession::Belongs(const CProcessTable::CProcess& process) const {
-  return m_Token.empty() || CProcessTable::HasVariable(process.m_Pid, "NOX_RUN_ID=" + m_Token);
+bool Session::Belongs(const ProcessTable::Process& process) const {
+  return m_Token.empty() || ProcessTable::HasVariable(process.m_Pid, "NOX_RUN_ID=" + m_Token);
 }
+
+}  // namespace NoxHandler

@@ -1,21 +1,23 @@
 #pragma once
 
+#include "agent/handler/system/FileDescriptor.h"
+#include "agent/handler/system/ProcessTable.h"
+
 #include <sys/types.h>
 
 #include <string>
 #include <vector>
 
-#include "agent/handler/system/FileDescriptor.h"
-#include "agent/handler/system/ProcessTable.h"
+namespace NoxHandler {
 
 /// The processes of one run: those of the command's session, in whatever process groups they are.
 /// Processes are held by handles (pidfds), so that no signal ever reaches a stranger whose number
 /// one of them had before.
-class CSession {
+class Session {
  public:
   /// `id` is the process number of the command. With a `token` only processes that were given it
   /// as NOX_RUN_ID belong.
-  explicit CSession(pid_t id, std::string token = {}) : m_Id(id), m_Token(std::move(token)) {}
+  explicit Session(pid_t id, std::string token = {}) : m_Id(id), m_Token(std::move(token)) {}
 
   /// Looks at who is there now. False when nobody is.
   bool Refresh();
@@ -24,12 +26,14 @@ class CSession {
   /// To all that the last Refresh found: asks them to end. Stopped ones are woken to hear it.
   void Terminate() const;
   /// Each becomes readable when one of the processes has ended. Valid until the next Refresh.
-  const std::vector<CFileDescriptor>& EndHandles() const { return m_Processes; }
+  const std::vector<FileDescriptor>& EndHandles() const { return m_Processes; }
 
  private:
-  bool Belongs(const CProcessTable::CProcess& process) const;
+  bool Belongs(const ProcessTable::Process& process) const;
 
   const pid_t m_Id;
   const std::string m_Token;
-  std::vector<CFileDescriptor> m_Processes;
+  std::vector<FileDescriptor> m_Processes;
 };
+
+}  // namespace NoxHandler

@@ -1,5 +1,10 @@
 #include "agent/handler/run/Leftovers.h"
 
+#include "agent/handler/HandlerSettings.h"
+#include "agent/handler/Log.h"
+#include "agent/handler/process/Session.h"
+#include "agent/handler/run/RunRecords.h"
+
 #include <poll.h>
 
 #include <algorithm>
@@ -7,38 +12,35 @@
 #include <map>
 #include <optional>
 
-#include "agent/handler/HandlerSettings.h"
-#include "agent/handler/Log.h"
-#include "agent/handler/process/Session.h"
-#include "agent/handler/run/RunRecords.h"
-
 using BaseSDK::ALogger;
 using BaseSDK::AString;
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
+namespace NoxHandler {
+
 namespace {
 
 // Processes may be born between two looks.
-constexpr auto kLookAgain = 100ms;
+constexpr auto LookAgain = 100ms;
 
 // The processes of a recorded run; nothing when its number cannot be theirs any more.
-std::optional<CSession> SessionOf(const CRunRecord& record) {
-  if (record.m_BootId != CProcessTable::BootId()) {
+std::optional<Session> SessionOf(const RunRecord& record) {
+  if (record.m_BootId != ProcessTable::BootId()) {
     return std::nullopt;
   }
-  if (const auto leader = CProcessTable::Find(record.m_Pid)) {
+  if (const auto leader = ProcessTable::Find(record.m_Pid)) {
     // A number is not given out again while a session bears it: either it is the same process, and
     // the session is the run's, or the run is over.
-    return leader->m_StartTicks == record.m_StartTicks ? std::optional<CSession>(record.m_Pid)
+    return leader->m_StartTicks == record.m_StartTicks ? std::optional<Session>(record.m_Pid)
                                                        : std::nullopt;
   }
-  return CSession(record.m_Pid, record.m_Token);
+  return Session(record.m_Pid, record.m_Token);
 }
 
-using Remaining = std::map<AString, CSession>;
+using Remaining = std::map<AString, Session>;
 
-void DropEnded(Remaining& remaining, const CRunRecords& records) {
+void DropEnded(Remaining& remaining, const RunRecords& records) {
   for (auto it = remaining.begin(); it != remaining.end();) {
     if (it->second.Refresh()) {
       ++it;
@@ -52,7 +54,7 @@ void DropEnded(Remaining& remaining, const CRunRecords& records) {
 void WaitForOneToEnd(const Remaining& remaining, Clock::duration limit) {
   std::vector<pollfd> handles;
   for (const auto& [taskId, session] : remaining) {
-    for (const CFileDescriptor& process : session.EndHandles()) {
+    for (const FileDescriptor& process : session.EndHandles()) {
       handles.push_back({process.Get(), POLLIN, 0});
     }
   }
@@ -60,7 +62,7 @@ void WaitForOneToEnd(const Remaining& remaining, Clock::duration limit) {
   (void)poll(handles.data(), handles.size(), static_cast<int>(milliseconds));
 }
 
-void WaitUntil(Clock::time_point deadline, Remaining& remaining, const CRunRecords& records,
+void WaitUntil(Clock::time_point deadline, Remaining& remaining, const RunRecords& records,
                bool kill) {
   for (auto now = Clock::now(); !remaining.empty() && now < deadline; now = Clock::now()) {
     for (const auto& [taskId, session] : remaining) {
@@ -68,16 +70,16 @@ void WaitUntil(Clock::time_point deadline, Remaining& remaining, const CRunRecor
         session.Signal(SIGKILL);
       }
     }
-    WaitForOneToEnd(remaining, std::min<Clock::duration>(deadline - now, kLookAgain));
+    WaitForOneToEnd(remaining, std::min<Clock::duration>(deadline - now, LookAgain));
     DropEnded(remaining, records);
   }
 }
 
 }  // namespace
 
-void CLeftovers::End(const CRunRecords& records, std::chrono::milliseconds grace) {
+void Leftovers::End(const RunRecords& records, std::chrono::milliseconds grace) {
   Remaining remaining;
-  for (const CRunRecords::CNamed& named : records.All()) {
+  for (const RunRecords::Named& named : records.All()) {
     auto session = SessionOf(named.m_Record);
     if (session && session->Refresh()) {
       ALOG(HandlerLog(), ALogger::Warning, HandlerSource,
@@ -90,9 +92,11 @@ void CLeftovers::End(const CRunRecords& records, std::chrono::milliseconds grace
     }
   }
   WaitUntil(Clock::now() + grace, remaining, records, false);
-  WaitUntil(Clock::now() + CHandlerSettings::AfterKill, remaining, records, true);
+  WaitUntil(Clock::now() + HandlerSettings::AfterKill, remaining, records, true);
   for (const auto& [taskId, session] : remaining) {
     ALOG(HandlerLog(), ALogger::Error, HandlerSource,
          AString("Cannot end the earlier run of task '%1': end its processes by hand").Arg(taskId));
   }
 }
+
+}  // namespace NoxHandler

@@ -2,12 +2,16 @@
 
 #include <chrono>
 
-class CRunRecords;
+namespace NoxHandler {
+
+class RunRecords;
 
 /// What an agent that was killed has left running.
-struct CLeftovers {
+struct Leftovers {
   /// Ends the processes of all recorded runs and deletes the records. Returns when they are gone:
   /// TERM, KILL once `grace` has passed, and then a moment more. A record stays when its processes
   /// could not be ended, which is logged as an error.
-  static void End(const CRunRecords& records, std::chrono::milliseconds grace);
+  static void End(const RunRecords& records, std::chrono::milliseconds grace);
 };
+
+}  // namespace NoxHandler

@@ -4,6 +4,8 @@
 
 using BaseSDK::AString;
 
+namespace NoxHandler {
+
 namespace {
 
 AString ToLogText(std::string_view line) {
@@ -22,7 +24,7 @@ AString ToLogText(std::string_view line) {
 
 // Where to cut a line that is too long: not within a character.
 std::size_t CutPosition(std::string_view line) {
-  std::size_t position = CLineSplitter::MaxLineBytes;
+  std::size_t position = LineSplitter::MaxLineBytes;
   for (int i = 0; i < 3 && (static_cast<unsigned char>(line[position]) & 0xC0) == 0x80; ++i) {
     --position;
   }
@@ -31,7 +33,7 @@ std::size_t CutPosition(std::string_view line) {
 
 }  // namespace
 
-std::vector<AString> CLineSplitter::Add(std::string_view bytes) {
+std::vector<AString> LineSplitter::Add(std::string_view bytes) {
   m_Rest += bytes;
   std::vector<AString> lines;
   std::string_view rest = m_Rest;
@@ -53,7 +55,7 @@ std::vector<AString> CLineSplitter::Add(std::string_view bytes) {
   return lines;
 }
 
-std::vector<AString> CLineSplitter::Finish() {
+std::vector<AString> LineSplitter::Finish() {
   std::vector<AString> lines;
   if (!m_Rest.empty()) {
     lines.push_back(ToLogText(m_Rest));
@@ -61,3 +63,5 @@ std::vector<AString> CLineSplitter::Finish() {
   }
   return lines;
 }
+
+}  // namespace NoxHandler

@@ -6,10 +6,12 @@
 #include <string_view>
 #include <vector>
 
+namespace NoxHandler {
+
 /// Turns a run's output, which comes in pieces of any size, into lines for the log: tab stops stay,
 /// other control characters become "?" so that no output can command a terminal, and bytes that are
 /// not UTF-8 become U+FFFD.
-class CLineSplitter {
+class LineSplitter {
  public:
   /// A line longer than this many bytes is cut into several.
   static constexpr std::size_t MaxLineBytes = 4096;
@@ -22,3 +24,5 @@ class CLineSplitter {
  private:
   std::string m_Rest;
 };
+
+}  // namespace NoxHandler

@@ -1,6 +1,9 @@
 #include "agent/handler/run/OutputFile.h"
 
+#include "agent/handler/Log.h"
+
 #include <BaseSDK/ADateTime.h>
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -8,11 +11,11 @@
 #include <cerrno>
 #include <cstring>
 
-#include "agent/handler/Log.h"
-
 using BaseSDK::ADateTime;
 using BaseSDK::ALogger;
 using BaseSDK::AString;
+
+namespace NoxHandler {
 
 namespace {
 
@@ -40,7 +43,7 @@ std::string ReadTail(int fd, std::size_t maxBytes) {
 
 }  // namespace
 
-COutputFile::COutputFile(const AString& name)
+OutputFile::OutputFile(const AString& name)
     : m_Name(name),
       m_File(open(name.ToUtf8().c_str(),
                   O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0640)) {
@@ -52,13 +55,13 @@ COutputFile::COutputFile(const AString& name)
   m_AtLineStart = m_Tail.empty() || m_Tail.back() == '\n';
 }
 
-COutputFile::~COutputFile() {
+OutputFile::~OutputFile() {
   if (m_File && m_Tail.size() > KeepBytes) {
     CutBack();
   }
 }
 
-void COutputFile::Append(std::string_view bytes) {
+void OutputFile::Append(std::string_view bytes) {
   if (!m_File || bytes.empty()) {
     return;
   }
@@ -71,13 +74,13 @@ void COutputFile::Append(std::string_view bytes) {
   }
 }
 
-void COutputFile::AppendNote(const AString& text) {
+void OutputFile::AppendNote(const AString& text) {
   const AString note = AString(m_AtLineStart ? "-- %1 %2\n" : "\n-- %1 %2\n")
                            .Arg(ADateTime::Now().ToString("%Y-%m-%d %H:%M:%S"), text);
   Append(note.ToUtf8());
 }
 
-void COutputFile::Write(std::string_view bytes) {
+void OutputFile::Write(std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t written = write(m_File.Get(), bytes.data(), bytes.size());
     if (written < 0 && errno == EINTR) {
@@ -91,7 +94,7 @@ void COutputFile::Write(std::string_view bytes) {
   }
 }
 
-void COutputFile::CutBack() {
+void OutputFile::CutBack() {
   std::size_t begin = m_Tail.size() - KeepBytes;
   if (const std::size_t lineEnd = m_Tail.find('\n', begin - 1);
       lineEnd != std::string::npos && lineEnd + 1 < m_Tail.size()) {
@@ -105,9 +108,11 @@ void COutputFile::CutBack() {
   Write(m_Tail);
 }
 
-void COutputFile::GiveUp(const char* action, int error) {
+void OutputFile::GiveUp(const char* action, int error) {
   ALOG(HandlerLog(), ALogger::Warning, HandlerSource,
        AString("Cannot %1 the output file %2: %3. This run's output is in the log alone.")
            .Arg(action, m_Name, strerror(error)));
   m_File.Close();
 }
+
+}  // namespace NoxHandler

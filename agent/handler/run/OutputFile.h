@@ -1,25 +1,27 @@
 #pragma once
 
+#include "agent/handler/system/FileDescriptor.h"
+
 #include <BaseSDK/AString.h>
 
 #include <string>
 #include <string_view>
 
-#include "agent/handler/system/FileDescriptor.h"
+namespace NoxHandler {
 
 /// The file that keeps the end of what a task's runs have put out, of the last run and those before
 /// it. It grows by appending, so that it can be followed while a run goes on, and is cut back to
 /// its last KeepBytes, from the start of a line on, when it has twice that, and when it is closed.
-class COutputFile {
+class OutputFile {
  public:
   static constexpr std::size_t KeepBytes = 64 * 1024;
 
   /// Opens or creates the file, readable by its owner and group. Failures are logged once, here or
   /// at the first write that fails; from then on nothing is written.
-  explicit COutputFile(const BaseSDK::AString& name);
-  COutputFile(const COutputFile&) = delete;
-  COutputFile& operator=(const COutputFile&) = delete;
-  ~COutputFile();
+  explicit OutputFile(const BaseSDK::AString& name);
+  OutputFile(const OutputFile&) = delete;
+  OutputFile& operator=(const OutputFile&) = delete;
+  ~OutputFile();
 
   void Append(std::string_view bytes);
   /// A line of the handler's own among the output: "-- date time text". It starts on a line of its
@@ -32,7 +34,9 @@ class COutputFile {
   void GiveUp(const char* action, int error);
 
   const BaseSDK::AString m_Name;
-  CFileDescriptor m_File;
-  std::string m_Tail;  // what the file holds; at most twice KeepBytes
+  FileDescriptor m_File;
+  std::string m_Tail;  ///< what the file holds; at most twice KeepBytes
   bool m_AtLineStart = true;
 };
+
+}  // namespace NoxHandler

@@ -1,5 +1,8 @@
 #include "agent/handler/run/Run.h"
 
+#include "agent/handler/Log.h"
+#include "agent/handler/process/Launch.h"
+
 #include <unistd.h>
 
 #include <array>
@@ -8,20 +11,19 @@
 #include <cstring>
 #include <random>
 
-#include "agent/handler/Log.h"
-#include "agent/handler/process/Launch.h"
-
 using BaseSDK::ALogger;
 using BaseSDK::AString;
 using namespace std::chrono_literals;
 
+namespace NoxHandler {
+
 namespace {
 
-constexpr std::size_t kReadBytes = 64 * 1024;
+constexpr std::size_t ReadBytes = 64 * 1024;
 // What is taken at most from a pipe that a process outside of the session keeps filling.
-constexpr int kLastReads = 16;
+constexpr int LastReads = 16;
 // KILL cannot be refused, but processes may have been born meanwhile.
-constexpr auto kKillAgain = 200ms;
+constexpr auto KillAgain = 200ms;
 
 std::string MakeToken() {
   std::random_device random;
@@ -38,13 +40,13 @@ long WallSeconds() {
   return static_cast<long>(std::chrono::system_clock::to_time_t(std::chrono::system_clock::now()));
 }
 
-AString SecondsText(CRun::Clock::duration duration) {
+AString SecondsText(Run::Clock::duration duration) {
   const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(duration).count();
   const std::string fraction = std::to_string(1000 + milliseconds % 1000).substr(1);
   return AString((std::to_string(milliseconds / 1000) + "." + fraction + " s").c_str());
 }
 
-AString CommandText(const CJob& job) {
+AString CommandText(const Job& job) {
   std::string text = job.m_Command;
   for (const std::string& argument : job.m_Arguments) {
     text += " " + argument;
@@ -54,8 +56,8 @@ AString CommandText(const CJob& job) {
 
 }  // namespace
 
-CRun::CRun(const CTaskBatch::CEntry& entry, const CJob& job, std::optional<long> periodEnd,
-           const CHandlerSettings& settings, const CRunRecords& records)
+Run::Run(const TaskBatch::Entry& entry, const Job& job, std::optional<long> periodEnd,
+         const HandlerSettings& settings, const RunRecords& records)
     : m_TaskId(entry.m_TaskId),
       m_Token(MakeToken()),
       m_Overlap(job.m_Overlap),
@@ -63,27 +65,27 @@ CRun::CRun(const CTaskBatch::CEntry& entry, const CJob& job, std::optional<long>
       m_PeriodEnd(periodEnd),
       m_KillGrace(settings.m_KillGrace),
       m_Records(records),
-      m_Child(CLaunch(job, entry, m_Token)),
+      m_Child(Launch(job, entry, m_Token)),
       m_FirstPid(m_Child.Pid()),
       m_Session(m_FirstPid),
       m_Output(AString("%1/%2.log").Arg(settings.m_OutputPath, m_TaskId)) {
-  const auto process = CProcessTable::Find(m_FirstPid);
-  const CRunRecord record{m_FirstPid, process ? process->m_StartTicks : 0, CProcessTable::BootId(),
-                          m_Token};
+  const auto process = ProcessTable::Find(m_FirstPid);
+  const RunRecord record{m_FirstPid, process ? process->m_StartTicks : 0, ProcessTable::BootId(),
+                         m_Token};
   if (const int error = m_Records.Write(m_TaskId, record); error != 0) {
-    throw CJobError(AString("cannot note the run on disk: %1").Arg(strerror(error)));
+    throw JobError(AString("cannot note the run on disk: %1").Arg(strerror(error)));
   }
   NoteStart(job);
   m_Child.Go();
 }
 
-void CRun::NoteStart(const CJob& job) const {
+void Run::NoteStart(const Job& job) const {
   ALOG(HandlerLog(), ALogger::Information, HandlerSource,
        AString("Task '%1' started: %2 (process %3)")
            .Arg(m_TaskId, CommandText(job), DecimalText(m_FirstPid)));
 }
 
-void CRun::AddHandles(std::vector<pollfd>& handles) const {
+void Run::AddHandles(std::vector<pollfd>& handles) const {
   if (m_Child.Output() >= 0) {
     handles.push_back({m_Child.Output(), POLLIN, 0});
   }
@@ -91,29 +93,29 @@ void CRun::AddHandles(std::vector<pollfd>& handles) const {
     handles.push_back({m_Child.EndHandle(), POLLIN, 0});
     return;
   }
-  for (const CFileDescriptor& process : m_Session.EndHandles()) {
+  for (const FileDescriptor& process : m_Session.EndHandles()) {
     handles.push_back({process.Get(), POLLIN, 0});
   }
 }
 
-std::optional<CRun::Clock::time_point> CRun::Deadline() const {
+std::optional<Run::Clock::time_point> Run::Deadline() const {
   if (m_KillAt || m_TimeoutSeconds == 0) {
     return m_KillAt;
   }
   return m_Start + std::chrono::seconds(m_TimeoutSeconds);
 }
 
-std::optional<long> CRun::PeriodEnd() const {
+std::optional<long> Run::PeriodEnd() const {
   return m_KillAt ? std::nullopt : m_PeriodEnd;
 }
 
-bool CRun::IsDue() const {
+bool Run::IsDue() const {
   const auto deadline = Deadline();
   const auto periodEnd = PeriodEnd();
   return (deadline && *deadline <= Clock::now()) || (periodEnd && *periodEnd <= WallSeconds());
 }
 
-void CRun::Advance() {
+void Run::Advance() {
   (void)TakeOutput();
   CheckEnd();
   if (m_IsOver) {
@@ -122,28 +124,28 @@ void CRun::Advance() {
   if (m_KillAt) {
     KillWhenDue();
   } else if (const auto deadline = Deadline(); deadline && *deadline <= Clock::now()) {
-    End(EReason::Timeout);
+    End(EndReason::Timeout);
   } else if (IsDue()) {
-    End(EReason::PeriodEnd);
+    End(EndReason::PeriodEnd);
   }
 }
 
-void CRun::End(EReason reason) {
+void Run::End(EndReason reason) {
   if (!m_KillAt && !m_IsOver) {
-    m_Reason = m_End ? EReason::None : reason;
+    m_Reason = m_End ? EndReason::None : reason;
     Terminate();
   }
 }
 
-bool CRun::Succeeded() const {
-  return m_Reason == EReason::None && m_End && m_End->m_Exited && m_End->m_Code == 0;
+bool Run::Succeeded() const {
+  return m_Reason == EndReason::None && m_End && m_End->m_Exited && m_End->m_Code == 0;
 }
 
-bool CRun::TakeOutput() {
+bool Run::TakeOutput() {
   if (m_Child.Output() < 0) {
     return false;
   }
-  std::array<char, kReadBytes> buffer;
+  std::array<char, ReadBytes> buffer;
   const ssize_t got = read(m_Child.Output(), buffer.data(), buffer.size());
   if (got < 0 && (errno == EAGAIN || errno == EINTR)) {
     return false;
@@ -158,7 +160,7 @@ bool CRun::TakeOutput() {
   return true;
 }
 
-void CRun::CheckEnd() {
+void Run::CheckEnd() {
   if (!m_End) {
     m_End = m_Child.End();
   }
@@ -172,13 +174,13 @@ void CRun::CheckEnd() {
   }
 }
 
-void CRun::Terminate() {
+void Run::Terminate() {
   (void)m_Session.Refresh();
   m_Session.Terminate();
   m_KillAt = Clock::now() + m_KillGrace;
 }
 
-void CRun::KillWhenDue() {
+void Run::KillWhenDue() {
   if (*m_KillAt > Clock::now()) {
     return;
   }
@@ -189,11 +191,11 @@ void CRun::KillWhenDue() {
   m_Killed = true;
   (void)m_Session.Refresh();
   m_Session.Signal(SIGKILL);
-  m_KillAt = Clock::now() + kKillAgain;
+  m_KillAt = Clock::now() + KillAgain;
 }
 
-void CRun::Finish() {
-  for (int i = 0; i < kLastReads && TakeOutput(); ++i) {
+void Run::Finish() {
+  for (int i = 0; i < LastReads && TakeOutput(); ++i) {
   }
   m_Child.CloseOutput();
   LogLines(m_Lines.Finish());
@@ -209,18 +211,18 @@ void CRun::Finish() {
   m_IsOver = true;
 }
 
-AString CRun::DescribeEnd() const {
+AString Run::DescribeEnd() const {
   switch (m_Reason) {
-    case EReason::Timeout:
+    case EndReason::Timeout:
       return AString("ended because its timeout of %1 s was over")
           .Arg(DecimalText(m_TimeoutSeconds));
-    case EReason::PeriodEnd:
+    case EndReason::PeriodEnd:
       return "ended because its active period was over";
-    case EReason::Replaced:
+    case EndReason::Replaced:
       return "ended because the task came due again";
-    case EReason::Shutdown:
+    case EndReason::Shutdown:
       return "ended because the command handler stops";
-    case EReason::None:
+    case EndReason::None:
       break;
   }
   if (const AString failure = m_Child.StartFailure(); !failure.IsEmpty()) {
@@ -231,9 +233,11 @@ AString CRun::DescribeEnd() const {
              : AString("signal %1 (%2)").Arg(DecimalText(m_End->m_Code), strsignal(m_End->m_Code));
 }
 
-void CRun::LogLines(const std::vector<AString>& lines) const {
+void Run::LogLines(const std::vector<AString>& lines) const {
   for (const AString& line : lines) {
     ALOG(HandlerLog(), ALogger::Information, HandlerSource,
          AString("Task '%1': %2").Arg(m_TaskId, line));
   }
 }
+
+}  // namespace NoxHandler

@@ -1,13 +1,5 @@
 #pragma once
 
-#include <BaseSDK/AString.h>
-#include <poll.h>
-
-#include <chrono>
-#include <optional>
-#include <string>
-#include <vector>
-
 #include "agent/handler/HandlerSettings.h"
 #include "agent/handler/job/Job.h"
 #include "agent/handler/process/ChildProcess.h"
@@ -17,25 +9,36 @@
 #include "agent/handler/run/RunRecords.h"
 #include "agent/handler/task/TaskBatch.h"
 
+#include <BaseSDK/AString.h>
+
+#include <poll.h>
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace NoxHandler {
+
 /// One run of a job, from its start until the last of its processes is gone. A run ends when its
 /// command ends; what the command leaves behind in its session is ended then as well, so that
 /// nothing of a finished run goes on unseen.
 ///
 /// [supervisor thread]
-class CRun {
+class Run {
  public:
   using Clock = std::chrono::steady_clock;
 
   /// Why a run that still goes on is to end.
-  enum class EReason { None, Timeout, PeriodEnd, Replaced, Shutdown };
+  enum class EndReason { None, Timeout, PeriodEnd, Replaced, Shutdown };
 
   /// Starts the command. `periodEnd` is the wall-clock moment at which the run is to end, if any.
-  /// Throws CJobError when it cannot be started; nothing is left running then. Both references are
+  /// Throws JobError when it cannot be started; nothing is left running then. Both references are
   /// borrowed.
-  CRun(const CTaskBatch::CEntry& entry, const CJob& job, std::optional<long> periodEnd,
-       const CHandlerSettings& settings, const CRunRecords& records);
-  CRun(const CRun&) = delete;
-  CRun& operator=(const CRun&) = delete;
+  Run(const TaskBatch::Entry& entry, const Job& job, std::optional<long> periodEnd,
+      const HandlerSettings& settings, const RunRecords& records);
+  Run(const Run&) = delete;
+  Run& operator=(const Run&) = delete;
 
   /// Adds what to wait for.
   void AddHandles(std::vector<pollfd>& handles) const;
@@ -49,17 +52,17 @@ class CRun {
   void Advance();
   /// Asks the run's processes to end, and kills them when the grace has passed. The first reason
   /// stands.
-  void End(EReason reason);
+  void End(EndReason reason);
 
   /// Whether the last process is gone. The run's record is gone too then.
   bool IsOver() const { return m_IsOver; }
   /// Exit status 0, and not because the run had to end. REQUIRES: IsOver.
   bool Succeeded() const;
-  EOverlap Overlap() const { return m_Overlap; }
+  OverlapRule Overlap() const { return m_Overlap; }
   pid_t Pid() const { return m_FirstPid; }
 
  private:
-  void NoteStart(const CJob& job) const;
+  void NoteStart(const Job& job) const;
   bool TakeOutput();
   void CheckEnd();
   void Terminate();
@@ -70,22 +73,24 @@ class CRun {
 
   const BaseSDK::AString m_TaskId;
   const std::string m_Token;
-  const EOverlap m_Overlap;
+  const OverlapRule m_Overlap;
   const long m_TimeoutSeconds;
   const std::optional<long> m_PeriodEnd;
   const std::chrono::milliseconds m_KillGrace;
-  const CRunRecords& m_Records;
+  const RunRecords& m_Records;
   const Clock::time_point m_Start = Clock::now();
 
-  CChildProcess m_Child;
-  const pid_t m_FirstPid;  // stays when the process is reaped
-  CSession m_Session;
-  CLineSplitter m_Lines;
-  COutputFile m_Output;
+  ChildProcess m_Child;
+  const pid_t m_FirstPid;  ///< stays when the process is reaped
+  Session m_Session;
+  LineSplitter m_Lines;
+  OutputFile m_Output;
 
-  EReason m_Reason = EReason::None;
-  std::optional<CChildProcess::CEnd> m_End;   // once the command has ended
-  std::optional<Clock::time_point> m_KillAt;  // once its processes were asked to end
+  EndReason m_Reason = EndReason::None;
+  std::optional<ChildProcess::Outcome> m_End;  ///< once the command has ended
+  std::optional<Clock::time_point> m_KillAt;   ///< once its processes were asked to end
   bool m_Killed = false;
   bool m_IsOver = false;
 };
+
+}  // namespace NoxHandler

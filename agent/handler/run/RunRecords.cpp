@@ -1,5 +1,8 @@
 #include "agent/handler/run/RunRecords.h"
 
+#include "agent/handler/Log.h"
+#include "agent/handler/system/FileDescriptor.h"
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -9,17 +12,16 @@
 #include <sstream>
 #include <system_error>
 
-#include "agent/handler/Log.h"
-#include "agent/handler/system/FileDescriptor.h"
-
 using BaseSDK::ALogger;
 using BaseSDK::AString;
 
+namespace NoxHandler {
+
 namespace {
 
-constexpr const char* kExtension = ".run";
+constexpr const char* Extension = ".run";
 
-bool ReadRecord(const std::filesystem::path& path, CRunRecord& record) {
+bool ReadRecord(const std::filesystem::path& path, RunRecord& record) {
   std::ifstream file(path);
   std::string end;
   file >> record.m_Pid >> record.m_StartTicks >> record.m_BootId >> record.m_Token >> end;
@@ -28,14 +30,14 @@ bool ReadRecord(const std::filesystem::path& path, CRunRecord& record) {
 
 }  // namespace
 
-int CRunRecords::Write(const AString& taskId, const CRunRecord& record) const {
+int RunRecords::Write(const AString& taskId, const RunRecord& record) const {
   std::ostringstream text;
   // The last word tells a whole record from one that a full disk cut short.
   text << record.m_Pid << ' ' << record.m_StartTicks << ' ' << record.m_BootId << ' '
        << record.m_Token << " end\n";
   const std::string bytes = text.str();
-  const CFileDescriptor file(open(FileName(taskId).ToUtf8().c_str(),
-                                  O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
+  const FileDescriptor file(open(FileName(taskId).ToUtf8().c_str(),
+                                 O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
   if (!file) {
     return errno;
   }
@@ -48,20 +50,20 @@ int CRunRecords::Write(const AString& taskId, const CRunRecord& record) const {
   return error;
 }
 
-void CRunRecords::Remove(const AString& taskId) const {
+void RunRecords::Remove(const AString& taskId) const {
   (void)unlink(FileName(taskId).ToUtf8().c_str());
 }
 
-std::vector<CRunRecords::CNamed> CRunRecords::All() const {
-  std::vector<CNamed> records;
+std::vector<RunRecords::Named> RunRecords::All() const {
+  std::vector<Named> records;
   std::error_code error;
   std::filesystem::directory_iterator entry(m_Directory.ToUtf8(), error);
   for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
     const std::filesystem::path path = entry->path();
-    if (path.extension() != kExtension) {
+    if (path.extension() != Extension) {
       continue;
     }
-    CNamed named{AString(path.stem().c_str()), {}};
+    Named named{AString(path.stem().c_str()), {}};
     if (ReadRecord(path, named.m_Record)) {
       records.push_back(std::move(named));
     } else {
@@ -73,6 +75,8 @@ std::vector<CRunRecords::CNamed> CRunRecords::All() const {
   return records;
 }
 
-AString CRunRecords::FileName(const AString& taskId) const {
-  return AString("%1/%2%3").Arg(m_Directory, taskId, kExtension);
+AString RunRecords::FileName(const AString& taskId) const {
+  return AString("%1/%2%3").Arg(m_Directory, taskId, Extension);
 }
+
+}  // namespace NoxHandler

@@ -1,25 +1,28 @@
 #include "agent/handler/run/Supervisor.h"
 
+#include "agent/handler/Log.h"
+#include "agent/handler/run/Leftovers.h"
+#include "agent/handler/task/ActivePeriod.h"
+
 #include <algorithm>
 #include <csignal>
 #include <ctime>
 #include <exception>
 #include <limits>
 
-#include "agent/handler/Log.h"
-#include "agent/handler/run/Leftovers.h"
-#include "agent/handler/task/ActivePeriod.h"
-
 using BaseSDK::ALogger;
 using BaseSDK::AMutexGuard;
 using BaseSDK::AString;
-using Clock = CRun::Clock;
 using namespace std::chrono_literals;
+
+namespace NoxHandler {
+
+using Clock = Run::Clock;
 
 namespace {
 
 // Beyond the time that its runs may take to end: for whatever else the thread is in the middle of.
-constexpr auto kStopMargin = 10s;
+constexpr auto StopMargin = 10s;
 
 void LogSkip(const AString& taskId, const char* why) {
   ALOG(HandlerLog(), ALogger::Information, HandlerSource,
@@ -28,14 +31,14 @@ void LogSkip(const AString& taskId, const char* why) {
 
 }  // namespace
 
-CSupervisor::CSupervisor(const CHandlerSettings& settings)
+Supervisor::Supervisor(const HandlerSettings& settings)
     : m_Settings(settings),
       m_Records(settings.m_RecordPath),
       m_Reporter(settings.m_SchedulerClassId) {}
 
-CSupervisor::~CSupervisor() = default;
+Supervisor::~Supervisor() = default;
 
-void CSupervisor::Start() {
+void Supervisor::Start() {
   // The agent's signals are for the agent's own threads.
   sigset_t all;
   sigset_t before;
@@ -50,7 +53,7 @@ void CSupervisor::Start() {
   (void)pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
-void CSupervisor::Post(const std::vector<CTaskBatch::CEntry>& entries) {
+void Supervisor::Post(const std::vector<TaskBatch::Entry>& entries) {
   {
     AMutexGuard guard(m_Lock);
     m_Posted.insert(m_Posted.end(), entries.begin(), entries.end());
@@ -58,7 +61,7 @@ void CSupervisor::Post(const std::vector<CTaskBatch::CEntry>& entries) {
   m_Wake.Set();
 }
 
-bool CSupervisor::Stop() {
+bool Supervisor::Stop() {
   if (!m_Thread.joinable()) {
     return true;
   }
@@ -67,7 +70,7 @@ bool CSupervisor::Stop() {
     m_Stop = true;
   }
   m_Wake.Set();
-  const auto limit = 2 * m_Settings.m_KillGrace + 2 * CHandlerSettings::AfterKill + kStopMargin;
+  const auto limit = 2 * m_Settings.m_KillGrace + 2 * HandlerSettings::AfterKill + StopMargin;
   if (!m_Done.Wait(static_cast<int>(std::chrono::milliseconds(limit).count()))) {
     return false;
   }
@@ -75,26 +78,26 @@ bool CSupervisor::Stop() {
   return true;
 }
 
-std::vector<CSupervisor::CRunning> CSupervisor::Running() const {
+std::vector<Supervisor::RunningTask> Supervisor::Running() const {
   AMutexGuard guard(m_Lock);
   return m_Running;
 }
 
-bool CSupervisor::IsBusy() const {
+bool Supervisor::IsBusy() const {
   AMutexGuard guard(m_Lock);
   return !m_Running.empty() || m_IsStarting || !m_Posted.empty();
 }
 
 // Each turn: take what was posted, let the runs whose handles or clocks call for it go on, report,
 // wait for the next thing to happen.
-void CSupervisor::Main() {
-  CLeftovers::End(m_Records, m_Settings.m_KillGrace);
+void Supervisor::Main() {
+  Leftovers::End(m_Records, m_Settings.m_KillGrace);
   for (;;) {
-    std::vector<CTaskBatch::CEntry> entries;
+    std::vector<TaskBatch::Entry> entries;
     if (TakePosted(entries)) {
       BeginStop();
     }
-    for (const CTaskBatch::CEntry& entry : entries) {
+    for (const TaskBatch::Entry& entry : entries) {
       Dispatch(entry);
     }
     AdvanceRuns();
@@ -111,7 +114,7 @@ void CSupervisor::Main() {
 
 // Whether the thread is to stop. What was posted is then dropped: those tasks say "Started" and
 // are run after the next start of the agent.
-bool CSupervisor::TakePosted(std::vector<CTaskBatch::CEntry>& entries) {
+bool Supervisor::TakePosted(std::vector<TaskBatch::Entry>& entries) {
   m_Wake.Clear();
   AMutexGuard guard(m_Lock);
   if (!m_Stop) {
@@ -122,7 +125,7 @@ bool CSupervisor::TakePosted(std::vector<CTaskBatch::CEntry>& entries) {
   return m_Stop;
 }
 
-void CSupervisor::Dispatch(const CTaskBatch::CEntry& entry) {
+void Supervisor::Dispatch(const TaskBatch::Entry& entry) {
   if (const auto slot = m_Slots.find(entry.m_TaskId); slot != m_Slots.end()) {
     DispatchToRunning(slot->second, entry);
   } else if (IsWaiting(entry.m_TaskId)) {
@@ -135,12 +138,12 @@ void CSupervisor::Dispatch(const CTaskBatch::CEntry& entry) {
   }
 }
 
-bool CSupervisor::IsWaiting(const AString& taskId) const {
+bool Supervisor::IsWaiting(const AString& taskId) const {
   return std::any_of(m_Waiting.begin(), m_Waiting.end(),
-                     [&](const CTaskBatch::CEntry& entry) { return entry.m_TaskId == taskId; });
+                     [&](const TaskBatch::Entry& entry) { return entry.m_TaskId == taskId; });
 }
 
-void CSupervisor::StartOrWait(const CTaskBatch::CEntry& entry) {
+void Supervisor::StartOrWait(const TaskBatch::Entry& entry) {
   if (m_Slots.size() < m_Settings.m_MaxRuns) {
     StartRun(entry);
   } else {
@@ -149,32 +152,32 @@ void CSupervisor::StartOrWait(const CTaskBatch::CEntry& entry) {
   }
 }
 
-void CSupervisor::StartWaiting() {
+void Supervisor::StartWaiting() {
   while (!m_Waiting.empty() && m_Slots.size() < m_Settings.m_MaxRuns) {
-    const CTaskBatch::CEntry entry = m_Waiting.front();
+    const TaskBatch::Entry entry = m_Waiting.front();
     m_Waiting.pop_front();
     StartRun(entry);
   }
 }
 
-void CSupervisor::DispatchToRunning(CSlot& slot, const CTaskBatch::CEntry& entry) {
+void Supervisor::DispatchToRunning(Slot& slot, const TaskBatch::Entry& entry) {
   switch (DecideOverlap(slot.m_Run->Overlap(), entry.m_NeverRun)) {
-    case EOverlap::Skip:
+    case OverlapRule::Skip:
       LogSkip(entry.m_TaskId, "its previous run goes on: left out");
       break;
-    case EOverlap::Queue:
+    case OverlapRule::Queue:
       LogSkip(entry.m_TaskId, "its previous run goes on: starts after it");
       slot.m_Next = entry;
       break;
-    case EOverlap::Kill:
+    case OverlapRule::Kill:
       LogSkip(entry.m_TaskId, "its previous run goes on: ending that one first");
       slot.m_Next = entry;
-      slot.m_Run->End(CRun::EReason::Replaced);
+      slot.m_Run->End(Run::EndReason::Replaced);
       break;
   }
 }
 
-void CSupervisor::StartRun(const CTaskBatch::CEntry& entry) {
+void Supervisor::StartRun(const TaskBatch::Entry& entry) {
   try {
     m_Slots[entry.m_TaskId].m_Run = MakeRun(entry);
   } catch (const std::exception& error) {
@@ -185,29 +188,29 @@ void CSupervisor::StartRun(const CTaskBatch::CEntry& entry) {
   }
 }
 
-std::unique_ptr<CRun> CSupervisor::MakeRun(const CTaskBatch::CEntry& entry) const {
-  const CJob job = CJob::Load(AString("%1/%2.job").Arg(m_Settings.m_JobPath, entry.m_TaskId));
+std::unique_ptr<Run> Supervisor::MakeRun(const TaskBatch::Entry& entry) const {
+  const Job job = Job::Load(AString("%1/%2.job").Arg(m_Settings.m_JobPath, entry.m_TaskId));
   std::optional<long> periodEnd;
   if (entry.m_KillAtEnd) {
-    periodEnd = CActivePeriod::EndFor(m_Reporter.TaskXml(entry.m_TaskId), std::time(nullptr));
+    periodEnd = ActivePeriod::EndFor(m_Reporter.TaskXml(entry.m_TaskId), std::time(nullptr));
   }
-  return std::make_unique<CRun>(entry, job, periodEnd, m_Settings, m_Records);
+  return std::make_unique<Run>(entry, job, periodEnd, m_Settings, m_Records);
 }
 
-void CSupervisor::BeginStop() {
+void Supervisor::BeginStop() {
   if (m_GiveUpAt) {
     return;
   }
-  m_GiveUpAt = Clock::now() + m_Settings.m_KillGrace + CHandlerSettings::AfterKill;
+  m_GiveUpAt = Clock::now() + m_Settings.m_KillGrace + HandlerSettings::AfterKill;
   m_Waiting.clear();
   for (auto& [taskId, slot] : m_Slots) {
     slot.m_Next.reset();
-    slot.m_Run->End(CRun::EReason::Shutdown);
+    slot.m_Run->End(Run::EndReason::Shutdown);
   }
 }
 
-void CSupervisor::AdvanceRuns() {
-  std::vector<CTaskBatch::CEntry> next;
+void Supervisor::AdvanceRuns() {
+  std::vector<TaskBatch::Entry> next;
   for (auto it = m_Slots.begin(); it != m_Slots.end();) {
     auto& [taskId, slot] = *it;
     if (NeedsAdvance(slot)) {
@@ -224,21 +227,21 @@ void CSupervisor::AdvanceRuns() {
     }
     it = m_Slots.erase(it);
   }
-  for (const CTaskBatch::CEntry& entry : next) {
+  for (const TaskBatch::Entry& entry : next) {
     StartRun(entry);
   }
   StartWaiting();
 }
 
-bool CSupervisor::NeedsAdvance(const CSlot& slot) const {
+bool Supervisor::NeedsAdvance(const Slot& slot) const {
   const auto begin = m_Handles.begin() + static_cast<std::ptrdiff_t>(slot.m_FirstHandle);
   const auto end = begin + static_cast<std::ptrdiff_t>(slot.m_HandleCount);
   return slot.m_Run->IsDue() ||
          std::any_of(begin, end, [](const pollfd& handle) { return handle.revents != 0; });
 }
 
-void CSupervisor::PublishRunning() {
-  std::vector<CRunning> running;
+void Supervisor::PublishRunning() {
+  std::vector<RunningTask> running;
   for (const auto& [taskId, slot] : m_Slots) {
     running.push_back({taskId, static_cast<long>(slot.m_Run->Pid())});
   }
@@ -247,14 +250,14 @@ void CSupervisor::PublishRunning() {
   m_IsStarting = false;
 }
 
-bool CSupervisor::IsFinished() const {
+bool Supervisor::IsFinished() const {
   if (!m_GiveUpAt) {
     return false;
   }
   return (m_Slots.empty() && !m_Reporter.NextTry()) || *m_GiveUpAt <= Clock::now();
 }
 
-void CSupervisor::GiveUp() {
+void Supervisor::GiveUp() {
   for (const auto& [taskId, slot] : m_Slots) {
     ALOG(HandlerLog(), ALogger::Error, HandlerSource,
          AString("Cannot end the run of task '%1' (process %2): leaving it to the next start")
@@ -263,7 +266,7 @@ void CSupervisor::GiveUp() {
   m_Slots.clear();
 }
 
-void CSupervisor::Wait() {
+void Supervisor::Wait() {
   m_Handles.clear();
   m_Handles.push_back({m_Wake.Get(), POLLIN, 0});
   m_Handles.push_back({m_PeriodTimer.Get(), POLLIN, 0});
@@ -280,7 +283,7 @@ void CSupervisor::Wait() {
   (void)poll(m_Handles.data(), m_Handles.size(), WaitMilliseconds());
 }
 
-int CSupervisor::WaitMilliseconds() const {
+int Supervisor::WaitMilliseconds() const {
   std::optional<Clock::time_point> next = m_GiveUpAt;
   const auto consider = [&](std::optional<Clock::time_point> moment) {
     if (moment) {
@@ -297,3 +300,5 @@ int CSupervisor::WaitMilliseconds() const {
   const auto rest = std::chrono::ceil<std::chrono::milliseconds>(*next - Clock::now());
   return static_cast<int>(std::clamp<long long>(rest.count(), 0, std::numeric_limits<int>::max()));
 }
+
+}  // namespace NoxHandler

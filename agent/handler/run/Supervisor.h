@@ -1,5 +1,13 @@
 #pragma once
 
+#include "agent/handler/HandlerSettings.h"
+#include "agent/handler/run/Run.h"
+#include "agent/handler/run/RunRecords.h"
+#include "agent/handler/system/WakeHandle.h"
+#include "agent/handler/system/WallTimer.h"
+#include "agent/handler/task/StateReporter.h"
+#include "agent/handler/task/TaskBatch.h"
+
 #include <BaseSDK/AMutex.h>
 #include <BaseSDK/AString.h>
 #include <BaseSDK/ThreadAnnotations.h>
@@ -12,88 +20,84 @@
 #include <thread>
 #include <vector>
 
-#include "agent/handler/HandlerSettings.h"
-#include "agent/handler/run/Run.h"
-#include "agent/handler/run/RunRecords.h"
-#include "agent/handler/system/WakeHandle.h"
-#include "agent/handler/system/WallTimer.h"
-#include "agent/handler/task/StateReporter.h"
-#include "agent/handler/task/TaskBatch.h"
+namespace NoxHandler {
 
 /// Runs the jobs of due tasks, on one thread of its own: starts them, watches over them, ends those
 /// that have to end, and tells the scheduler how they went. Never more than one run of a task.
-class CSupervisor {
+class Supervisor {
  public:
-  struct CRunning {
+  struct RunningTask {
     BaseSDK::AString m_TaskId;
     long m_Pid;
   };
 
   /// Throws std::system_error when the system has no descriptors left.
-  explicit CSupervisor(const CHandlerSettings& settings);
-  CSupervisor(const CSupervisor&) = delete;
-  CSupervisor& operator=(const CSupervisor&) = delete;
+  explicit Supervisor(const HandlerSettings& settings);
+  Supervisor(const Supervisor&) = delete;
+  Supervisor& operator=(const Supervisor&) = delete;
   /// REQUIRES: never started, or Stop returned true.
-  ~CSupervisor();
+  ~Supervisor();
 
   /// First ends what an earlier agent left running; what is posted meanwhile waits for that. Throws
   /// std::system_error when there is no thread to be had. [agent thread, once]
   void Start();
   /// Hands over due tasks, in order, and returns at once. [any thread]
-  void Post(const std::vector<CTaskBatch::CEntry>& entries) NOX_EXCLUDES(m_Lock);
+  void Post(const std::vector<TaskBatch::Entry>& entries) NOX_EXCLUDES(m_Lock);
   /// Ends all runs (TERM, KILL after the grace), has their states recorded and ends the thread.
   /// False when that takes too long; the thread still runs then, and Stop may be called again.
   /// [agent thread]
   bool Stop() NOX_EXCLUDES(m_Lock);
 
   /// What runs now, by task ID. [any thread]
-  std::vector<CRunning> Running() const NOX_EXCLUDES(m_Lock);
+  std::vector<RunningTask> Running() const NOX_EXCLUDES(m_Lock);
   /// Whether anything runs, is being started, or was posted and not looked at yet. [any thread]
   bool IsBusy() const NOX_EXCLUDES(m_Lock);
 
  private:
-  struct CSlot {
-    std::unique_ptr<CRun> m_Run;               // never null between two steps of the loop
-    std::optional<CTaskBatch::CEntry> m_Next;  // what waits for the run's end
-    std::size_t m_FirstHandle = 0;             // its part of m_Handles
+  struct Slot {
+    std::unique_ptr<Run> m_Run;              ///< never null between two steps of the loop
+    std::optional<TaskBatch::Entry> m_Next;  ///< what waits for the run's end
+    std::size_t m_FirstHandle = 0;           ///< its part of m_Handles
     std::size_t m_HandleCount = 0;
   };
 
   void Main();
-  bool TakePosted(std::vector<CTaskBatch::CEntry>& entries) NOX_EXCLUDES(m_Lock);
-  void Dispatch(const CTaskBatch::CEntry& entry);
-  void DispatchToRunning(CSlot& slot, const CTaskBatch::CEntry& entry);
+  bool TakePosted(std::vector<TaskBatch::Entry>& entries) NOX_EXCLUDES(m_Lock);
+  void Dispatch(const TaskBatch::Entry& entry);
+  void DispatchToRunning(Slot& slot, const TaskBatch::Entry& entry);
   bool IsWaiting(const BaseSDK::AString& taskId) const;
-  void StartOrWait(const CTaskBatch::CEntry& entry);
+  void StartOrWait(const TaskBatch::Entry& entry);
   void StartWaiting();
-  void StartRun(const CTaskBatch::CEntry& entry);
-  std::unique_ptr<CRun> MakeRun(const CTaskBatch::CEntry& entry) const;
+  void StartRun(const TaskBatch::Entry& entry);
+  std::unique_ptr<Run> MakeRun(const TaskBatch::Entry& entry) const;
   void BeginStop();
   void AdvanceRuns();
-  bool NeedsAdvance(const CSlot& slot) const;
+  bool NeedsAdvance(const Slot& slot) const;
   void PublishRunning() NOX_EXCLUDES(m_Lock);
   bool IsFinished() const;
   void GiveUp();
   void Wait();
   int WaitMilliseconds() const;
 
-  const CHandlerSettings m_Settings;
-  const CRunRecords m_Records;
-  const CWakeHandle m_Wake;  // something was posted, or Stop was called
-  const CWakeHandle m_Done;  // the thread's work is over
+  const HandlerSettings m_Settings;
+  const RunRecords m_Records;
+  const WakeHandle m_Wake;  ///< something was posted, or Stop was called
+  const WakeHandle m_Done;  ///< the thread's work is over
   std::thread m_Thread;
 
-  // The thread's own.
-  CStateReporter m_Reporter;
-  CWallTimer m_PeriodTimer;
-  std::map<BaseSDK::AString, CSlot> m_Slots;
-  std::deque<CTaskBatch::CEntry> m_Waiting;  // for one of the runs to end, when there are too many
+  /// The thread's own.
+  StateReporter m_Reporter;
+  WallTimer m_PeriodTimer;
+  std::map<BaseSDK::AString, Slot> m_Slots;
+  std::deque<TaskBatch::Entry> m_Waiting;  ///< for one of the runs to end, when there are too many
   std::vector<pollfd> m_Handles;
-  std::optional<CRun::Clock::time_point> m_GiveUpAt;  // once it is to stop
+  std::optional<Run::Clock::time_point> m_GiveUpAt;  ///< once it is to stop
 
   mutable BaseSDK::AMutex m_Lock;
-  std::vector<CTaskBatch::CEntry> m_Posted NOX_GUARDED_BY(m_Lock);
-  std::vector<CRunning> m_Running NOX_GUARDED_BY(m_Lock);
-  bool m_IsStarting NOX_GUARDED_BY(m_Lock) = false;  // taken from m_Posted, not in m_Running yet
+  std::vector<TaskBatch::Entry> m_Posted NOX_GUARDED_BY(m_Lock);
+  std::vector<RunningTask> m_Running NOX_GUARDED_BY(m_Lock);
+  bool m_IsStarting NOX_GUARDED_BY(m_Lock) = false;  ///< taken from m_Posted, not in m_Running yet
   bool m_Stop NOX_GUARDED_BY(m_Lock) = false;
 };
+
+}  // namespace NoxHandler

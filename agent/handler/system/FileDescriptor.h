@@ -4,17 +4,19 @@
 
 #include <utility>
 
+namespace NoxHandler {
+
 /// Owns a file descriptor and closes it at the end of the scope.
-class CFileDescriptor {
+class FileDescriptor {
  public:
-  CFileDescriptor() = default;
-  explicit CFileDescriptor(int fd) : m_Fd(fd) {}
-  CFileDescriptor(CFileDescriptor&& other) noexcept : m_Fd(std::exchange(other.m_Fd, -1)) {}
-  CFileDescriptor& operator=(CFileDescriptor&& other) noexcept {
+  FileDescriptor() = default;
+  explicit FileDescriptor(int fd) : m_Fd(fd) {}
+  FileDescriptor(FileDescriptor&& other) noexcept : m_Fd(std::exchange(other.m_Fd, -1)) {}
+  FileDescriptor& operator=(FileDescriptor&& other) noexcept {
     std::swap(m_Fd, other.m_Fd);
     return *this;
   }
-  ~CFileDescriptor() { Close(); }
+  ~FileDescriptor() { Close(); }
 
   explicit operator bool() const { return m_Fd >= 0; }
   int Get() const { return m_Fd; }
@@ -27,3 +29,5 @@ class CFileDescriptor {
  private:
   int m_Fd = -1;
 };
+
+}  // namespace NoxHandler

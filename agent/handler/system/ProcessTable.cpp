@@ -1,5 +1,7 @@
 #include "agent/handler/system/ProcessTable.h"
 
+#include "agent/handler/system/FileDescriptor.h"
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <poll.h>
@@ -12,13 +14,13 @@
 #include <memory>
 #include <sstream>
 
-#include "agent/handler/system/FileDescriptor.h"
+namespace NoxHandler {
 
 namespace {
 
 // Files of /proc have no size to ask for; an empty text stands for a process that is gone.
 std::string ReadAll(const std::string& path) {
-  const CFileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
   std::string text;
   std::array<char, 4096> buffer;
   while (file) {
@@ -35,7 +37,7 @@ std::string ProcPath(pid_t pid, const char* name) {
   return "/proc/" + std::to_string(pid) + "/" + name;
 }
 
-constexpr int kMostLooks = 1000;  // a millisecond apart
+constexpr int MostLooks = 1000;  // a millisecond apart
 
 struct CloseDirectory {
   void operator()(DIR* directory) const { (void)closedir(directory); }
@@ -43,7 +45,7 @@ struct CloseDirectory {
 
 }  // namespace
 
-std::optional<CProcessTable::CProcess> CProcessTable::Find(pid_t pid) {
+std::optional<ProcessTable::Process> ProcessTable::Find(pid_t pid) {
   const std::string stat = ReadAll(ProcPath(pid, "stat"));
   // The name in parentheses may hold anything, so the fields are those after the last one.
   const std::size_t nameEnd = stat.rfind(')');
@@ -51,21 +53,21 @@ std::optional<CProcessTable::CProcess> CProcessTable::Find(pid_t pid) {
     return std::nullopt;
   }
   std::istringstream fields(stat.substr(nameEnd + 1));
-  CProcess process;
+  Process process;
   process.m_Pid = pid;
   pid_t parent = 0;
   fields >> process.m_State >> parent >> process.m_Group >> process.m_Session;
   std::string ignored;
-  constexpr int kFieldsBeforeStart = 15;
-  for (int i = 0; i < kFieldsBeforeStart; ++i) {
+  constexpr int FieldsBeforeStart = 15;
+  for (int i = 0; i < FieldsBeforeStart; ++i) {
     fields >> ignored;
   }
   fields >> process.m_StartTicks;
   return fields ? std::optional(process) : std::nullopt;
 }
 
-std::vector<CProcessTable::CProcess> CProcessTable::OfSession(pid_t session) {
-  std::vector<CProcess> processes;
+std::vector<ProcessTable::Process> ProcessTable::OfSession(pid_t session) {
+  std::vector<Process> processes;
   const std::unique_ptr<DIR, CloseDirectory> proc(opendir("/proc"));
   while (const dirent* entry = proc ? readdir(proc.get()) : nullptr) {
     const char* const end = entry->d_name + strlen(entry->d_name);
@@ -82,11 +84,11 @@ std::vector<CProcessTable::CProcess> CProcessTable::OfSession(pid_t session) {
   return processes;
 }
 
-bool CProcessTable::HasVariable(pid_t pid, const std::string& variable) {
+bool ProcessTable::HasVariable(pid_t pid, const std::string& variable) {
   std::string environment = ReadAll(ProcPath(pid, "environ"));
   // In the middle of becoming another program a process has none to show. That is over at once;
   // one that has none at all, or may not be asked, must not hold up the agent for long.
-  for (int looks = 0; environment.empty() && looks < kMostLooks && Find(pid); ++looks) {
+  for (int looks = 0; environment.empty() && looks < MostLooks && Find(pid); ++looks) {
     (void)poll(nullptr, 0, 1);
     environment = ReadAll(ProcPath(pid, "environ"));
   }
@@ -94,10 +96,12 @@ bool CProcessTable::HasVariable(pid_t pid, const std::string& variable) {
   return environment.find('\0' + variable + '\0') != std::string::npos;
 }
 
-std::string CProcessTable::BootId() {
+std::string ProcessTable::BootId() {
   std::string id = ReadAll("/proc/sys/kernel/random/boot_id");
   while (!id.empty() && id.back() == '\n') {
     id.pop_back();
   }
   return id;
 }
+
+}  // namespace NoxHandler

@@ -7,22 +7,24 @@
 #include <chrono>
 #include <system_error>
 
-CWakeHandle::CWakeHandle() : m_Fd(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+namespace NoxHandler {
+
+WakeHandle::WakeHandle() : m_Fd(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
   if (!m_Fd) {
     throw std::system_error(errno, std::generic_category(), "eventfd");
   }
 }
 
-void CWakeHandle::Set() const {
+void WakeHandle::Set() const {
   (void)eventfd_write(m_Fd.Get(), 1);  // fails only when the flag is set 2^64 times
 }
 
-void CWakeHandle::Clear() const {
+void WakeHandle::Clear() const {
   eventfd_t count = 0;
   (void)eventfd_read(m_Fd.Get(), &count);  // fails only when the flag is not set
 }
 
-bool CWakeHandle::Wait(int milliseconds) const {
+bool WakeHandle::Wait(int milliseconds) const {
   using Steady = std::chrono::steady_clock;
   const auto deadline = Steady::now() + std::chrono::milliseconds(milliseconds);
   pollfd handle{m_Fd.Get(), POLLIN, 0};
@@ -34,3 +36,5 @@ bool CWakeHandle::Wait(int milliseconds) const {
   } while (ready < 0 && errno == EINTR);
   return ready > 0;
 }
+
+}  // namespace NoxHandler

@@ -2,11 +2,13 @@
 
 #include "agent/handler/system/FileDescriptor.h"
 
+namespace NoxHandler {
+
 /// A flag that threads can wait for together with descriptors. Throws std::system_error when the
 /// system has no descriptors left. [any thread]
-class CWakeHandle {
+class WakeHandle {
  public:
-  CWakeHandle();
+  WakeHandle();
 
   /// Readable while the flag is set.
   int Get() const { return m_Fd.Get(); }
@@ -16,5 +18,7 @@ class CWakeHandle {
   bool Wait(int milliseconds) const;
 
  private:
-  CFileDescriptor m_Fd;
+  FileDescriptor m_Fd;
 };
+
+}  // namespace NoxHandler

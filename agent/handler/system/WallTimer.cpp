@@ -5,14 +5,18 @@
 #include <cerrno>
 #include <system_error>
 
-CWallTimer::CWallTimer() : m_Fd(timerfd_create(CLOCK_REALTIME, TFD_CLOEXEC | TFD_NONBLOCK)) {
+namespace NoxHandler {
+
+WallTimer::WallTimer() : m_Fd(timerfd_create(CLOCK_REALTIME, TFD_CLOEXEC | TFD_NONBLOCK)) {
   if (!m_Fd) {
     throw std::system_error(errno, std::generic_category(), "timerfd_create");
   }
 }
 
-void CWallTimer::Set(std::optional<long> moment) {
+void WallTimer::Set(std::optional<long> moment) {
   itimerspec when{};
   when.it_value.tv_sec = moment.value_or(0);
   (void)timerfd_settime(m_Fd.Get(), TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &when, nullptr);
 }
+
+}  // namespace NoxHandler

@@ -1,14 +1,16 @@
 #pragma once
 
+#include "agent/handler/system/FileDescriptor.h"
+
 #include <optional>
 
-#include "agent/handler/system/FileDescriptor.h"
+namespace NoxHandler {
 
 /// Wakes a poll at a moment of the wall clock, and also when that clock is set, for then the moment
 /// has to be looked at anew. Throws std::system_error when the system has no descriptors left.
-class CWallTimer {
+class WallTimer {
  public:
-  CWallTimer();
+  WallTimer();
 
   /// Readable from the moment on.
   int Get() const { return m_Fd.Get(); }
@@ -16,5 +18,7 @@ class CWallTimer {
   void Set(std::optional<long> moment);
 
  private:
-  CFileDescriptor m_Fd;
+  FileDescriptor m_Fd;
 };
+
+}  // namespace NoxHandler

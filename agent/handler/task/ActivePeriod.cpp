@@ -14,11 +14,13 @@ using BaseSDK::AString;
 using BaseSDK::AXmlDoc;
 using BaseSDK::Mul32;
 
+namespace NoxHandler {
+
 namespace {
 
-constexpr long kDaySeconds = 86400;
+constexpr long DaySeconds = 86400;
 // The scheduler grants a repetition at the period's very end so many seconds.
-constexpr long kGraceSeconds = 5;
+constexpr long GraceSeconds = 5;
 
 // A trigger's schedule as far as the start of its periods goes. The rules are the scheduler's, the
 // one-off week numbers included: both must mean the same day.
@@ -42,11 +44,11 @@ class PeriodTrigger {
 
   // The last start at or before `moment` whose period still holds it.
   std::optional<long> StartOfPeriod(long moment) const {
-    const long days = m_Duration / kDaySeconds + 2;
+    const long days = m_Duration / DaySeconds + 2;
     for (long back = 0; back <= days; ++back) {
       const auto start = StartDaysBefore(moment, back);
       if (start && *start <= moment) {
-        const bool within = moment - *start <= Add32(m_Duration, kGraceSeconds);
+        const bool within = moment - *start <= Add32(m_Duration, GraceSeconds);
         return within ? start : std::nullopt;
       }
     }
@@ -102,7 +104,7 @@ class PeriodTrigger {
   }
 
   bool IsStartDay(long start, const std::tm& begin, const std::tm& day) const {
-    const long days = (start - m_Begin) / kDaySeconds;
+    const long days = (start - m_Begin) / DaySeconds;
     switch (m_Type) {
       case 0:
         return days == 0 && day.tm_mday == begin.tm_mday;
@@ -152,7 +154,7 @@ Candidate CandidateFor(const PeriodTrigger& trigger, long runStart) {
 
 }  // namespace
 
-std::optional<long> CActivePeriod::EndFor(const AString& taskXml, long runStart) {
+std::optional<long> ActivePeriod::EndFor(const AString& taskXml, long runStart) {
   AXmlDoc document(taskXml);
   std::optional<Candidate> best;
   if (!document.Find("//Trigger")) {
@@ -170,3 +172,5 @@ std::optional<long> CActivePeriod::EndFor(const AString& taskXml, long runStart)
   }
   return best ? std::optional(best->m_End) : std::nullopt;
 }
+
+}  // namespace NoxHandler

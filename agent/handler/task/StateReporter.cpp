@@ -1,12 +1,12 @@
 #include "agent/handler/task/StateReporter.h"
 
+#include "agent/handler/Log.h"
+
 #include <AgentInterfacesV3/CIClient.h>
 #include <AgentInterfacesV3/CIGetObjectInterface.h>
 #include <AgentInterfacesV3/INoxTaskScheduler.h>
 
 #include <algorithm>
-
-#include "agent/handler/Log.h"
 
 using BaseSDK::ALogger;
 using BaseSDK::AString;
@@ -15,13 +15,15 @@ using Corvane::AgentInterfacesV3::CIClient;
 using Corvane::AgentInterfacesV3::CIGetObjectInterface;
 using Corvane::AgentInterfacesV3::INoxTaskScheduler;
 
-void CStateReporter::Report(const AString& taskId, const AString& state) {
+namespace NoxHandler {
+
+void StateReporter::Report(const AString& taskId, const AString& state) {
   const auto now = Clock::now();
   m_Kept[taskId] = {state, now + KeepFor, now};
   Retry();
 }
 
-void CStateReporter::Retry() {
+void StateReporter::Retry() {
   const auto now = Clock::now();
   for (auto it = m_Kept.begin(); it != m_Kept.end();) {
     auto& [taskId, report] = *it;
@@ -29,14 +31,14 @@ void CStateReporter::Retry() {
       ++it;
       continue;
     }
-    const EAnswer answer = Tell(taskId, report.m_State);
+    const Answer answer = Tell(taskId, report.m_State);
     report.m_NextTry = now + TryEvery;
-    if (answer == EAnswer::NotNow && now < report.m_GiveUp) {
+    if (answer == Answer::NotNow && now < report.m_GiveUp) {
       ++it;
       continue;
     }
-    if (answer != EAnswer::Taken) {
-      ALOG(HandlerLog(), answer == EAnswer::TaskGone ? ALogger::Debug : ALogger::Warning,
+    if (answer != Answer::Taken) {
+      ALOG(HandlerLog(), answer == Answer::TaskGone ? ALogger::Debug : ALogger::Warning,
            HandlerSource,
            AString("The scheduler did not take the state '%1' of task '%2'")
                .Arg(report.m_State, taskId));
@@ -45,7 +47,7 @@ void CStateReporter::Retry() {
   }
 }
 
-std::optional<CStateReporter::Clock::time_point> CStateReporter::NextTry() const {
+std::optional<StateReporter::Clock::time_point> StateReporter::NextTry() const {
   std::optional<Clock::time_point> next;
   for (const auto& [taskId, report] : m_Kept) {
     next = next ? std::min(*next, report.m_NextTry) : report.m_NextTry;
@@ -53,7 +55,7 @@ std::optional<CStateReporter::Clock::time_point> CStateReporter::NextTry() const
   return next;
 }
 
-AString CStateReporter::TaskXml(const AString& taskId) const {
+AString StateReporter::TaskXml(const AString& taskId) const {
   CIClient<INoxTaskScheduler> scheduler;
   AString xml;
   if (CIGetObjectInterface(m_SchedulerClassId, INoxTaskScheduler::GetIID(), 0, scheduler.Slot()) <
@@ -64,17 +66,19 @@ AString CStateReporter::TaskXml(const AString& taskId) const {
   return xml;
 }
 
-CStateReporter::EAnswer CStateReporter::Tell(const AString& taskId, const AString& state) const {
+StateReporter::Answer StateReporter::Tell(const AString& taskId, const AString& state) const {
   CIClient<INoxTaskScheduler> scheduler;
   if (CIGetObjectInterface(m_SchedulerClassId, INoxTaskScheduler::GetIID(), 0, scheduler.Slot()) <
       0) {
-    return EAnswer::NotNow;
+    return Answer::NotNow;
   }
   const long result = scheduler->SetRunState(taskId, state);
   if (result == 0) {
-    return EAnswer::Taken;
+    return Answer::Taken;
   }
   AString xml;
   const bool isStored = scheduler->GetTaskXML(taskId, xml) >= 1;
-  return result == CALL_NOT_DELIVERED || isStored ? EAnswer::NotNow : EAnswer::TaskGone;
+  return result == CALL_NOT_DELIVERED || isStored ? Answer::NotNow : Answer::TaskGone;
 }
+
+}  // namespace NoxHandler

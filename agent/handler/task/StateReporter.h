@@ -6,11 +6,13 @@
 #include <map>
 #include <optional>
 
+namespace NoxHandler {
+
 /// Tells the scheduler how runs went. The scheduler knows a task only while it has it in memory: at
 /// the end of its hourly cycle there is a moment in which it has none, and while plug-ins are
 /// replaced it may be away. A report that it does not take is kept and tried again, unless the task
 /// is gone for good. [supervisor thread]
-class CStateReporter {
+class StateReporter {
  public:
   using Clock = std::chrono::steady_clock;
 
@@ -18,7 +20,7 @@ class CStateReporter {
   static constexpr std::chrono::seconds KeepFor{60};
   static constexpr std::chrono::milliseconds TryEvery{100};
 
-  explicit CStateReporter(const BaseSDK::AString& schedulerClassId)
+  explicit StateReporter(const BaseSDK::AString& schedulerClassId)
       : m_SchedulerClassId(schedulerClassId) {}
 
   /// Replaces an earlier report of the task that was not taken.
@@ -34,15 +36,17 @@ class CStateReporter {
   BaseSDK::AString TaskXml(const BaseSDK::AString& taskId) const;
 
  private:
-  enum class EAnswer { Taken, TaskGone, NotNow };
-  struct CReport {
+  enum class Answer { Taken, TaskGone, NotNow };
+  struct StateReport {
     BaseSDK::AString m_State;
     Clock::time_point m_GiveUp;
     Clock::time_point m_NextTry;
   };
 
-  EAnswer Tell(const BaseSDK::AString& taskId, const BaseSDK::AString& state) const;
+  Answer Tell(const BaseSDK::AString& taskId, const BaseSDK::AString& state) const;
 
   const BaseSDK::AString m_SchedulerClassId;
-  std::map<BaseSDK::AString, CReport> m_Kept;
+  std::map<BaseSDK::AString, StateReport> m_Kept;
 };
+
+}  // namespace NoxHandler

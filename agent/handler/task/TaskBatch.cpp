@@ -8,15 +8,17 @@
 using BaseSDK::AString;
 using BaseSDK::AStringTokenizer;
 
+namespace NoxHandler {
+
 namespace {
 
-constexpr std::size_t kFields = 4;
+constexpr std::size_t Fields = 4;
 // Room for the endings of the task's files within the 255 bytes of a file name.
-constexpr std::size_t kMaxIdBytes = 240;
+constexpr std::size_t MaxIdBytes = 240;
 
 bool IsFileName(const AString& id) {
   const std::string bytes = id.ToUtf8();
-  return !bytes.empty() && bytes.front() != '.' && bytes.size() <= kMaxIdBytes &&
+  return !bytes.empty() && bytes.front() != '.' && bytes.size() <= MaxIdBytes &&
          bytes.find('/') == std::string::npos && bytes.find('\0') == std::string::npos;
 }
 
@@ -27,22 +29,22 @@ std::optional<bool> ReadFlag(const AString& text) {
   return text == AString("0") ? std::optional(false) : std::nullopt;
 }
 
-std::optional<CTaskBatch::CEntry> ReadEntry(const AString& text) {
+std::optional<TaskBatch::Entry> ReadEntry(const AString& text) {
   const AStringTokenizer fields(text, ":", 1);
   const AString id = BaseSDK::AUrl::Decode(fields.Token(0));
   const auto late = ReadFlag(fields.Token(1));
   const auto neverRun = ReadFlag(fields.Token(2));
   const auto killAtEnd = ReadFlag(fields.Token(3));
-  if (fields.Count() != kFields || !IsFileName(id) || !late || !neverRun || !killAtEnd) {
+  if (fields.Count() != Fields || !IsFileName(id) || !late || !neverRun || !killAtEnd) {
     return std::nullopt;
   }
-  return CTaskBatch::CEntry{id, *late, *neverRun, *killAtEnd};
+  return TaskBatch::Entry{id, *late, *neverRun, *killAtEnd};
 }
 
 }  // namespace
 
-CTaskBatch CTaskBatch::Parse(const AString& text) {
-  CTaskBatch batch;
+TaskBatch TaskBatch::Parse(const AString& text) {
+  TaskBatch batch;
   const AStringTokenizer entries(text, ";");
   for (std::size_t i = 0; i < entries.Count(); ++i) {
     if (const auto entry = ReadEntry(entries.Token(i))) {
@@ -53,3 +55,5 @@ CTaskBatch CTaskBatch::Parse(const AString& text) {
   }
   return batch;
 }
+
+}  // namespace NoxHandler

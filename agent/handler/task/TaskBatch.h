@@ -4,20 +4,24 @@
 
 #include <vector>
 
+namespace NoxHandler {
+
 /// What the scheduler hands over: one entry per due task, "ID:late:neverRun:killAtEnd;" with the ID
 /// URL-encoded and flags of "0" or "1". docs/plugins.md describes the meaning.
-struct CTaskBatch {
-  struct CEntry {
+struct TaskBatch {
+  struct Entry {
     BaseSDK::AString m_TaskId;  ///< decoded; names the task's files, so it is a plain file name
     bool m_Late = false;
     bool m_NeverRun = false;
     bool m_KillAtEnd = false;
 
-    bool operator==(const CEntry&) const = default;
+    bool operator==(const Entry&) const = default;
   };
 
-  std::vector<CEntry> m_Entries;            ///< in the order of the text
+  std::vector<Entry> m_Entries;             ///< in the order of the text
   std::vector<BaseSDK::AString> m_Invalid;  ///< entries that cannot be read, as they stand
 
-  static CTaskBatch Parse(const BaseSDK::AString& text);
+  static TaskBatch Parse(const BaseSDK::AString& text);
 };
+
+}  // namespace NoxHandler

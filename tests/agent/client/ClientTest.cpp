@@ -1,4 +1,6 @@
 // Whole runs of noxctl against an agent that answers from memory.
+#include "tests/agent/client/ClientFixture.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -6,30 +8,28 @@
 #include <fstream>
 #include <sstream>
 
-#include "tests/agent/client/ClientFixture.h"
-
 namespace NoxAgentTest {
 
 namespace {
 
-constexpr const char* kNowTrigger = "<Trigger Type=\"-1\"/>";
-constexpr const char* kDeadTrigger = "<Trigger Type=\"6\"/>";
-constexpr const char* kWarnedTrigger = "<Trigger Type=\"-1\" KillAtEnd=\"yes\"/>";
+constexpr const char* NowTrigger = "<Trigger Type=\"-1\"/>";
+constexpr const char* DeadTrigger = "<Trigger Type=\"6\"/>";
+constexpr const char* WarnedTrigger = "<Trigger Type=\"-1\" KillAtEnd=\"yes\"/>";
 
 }  // namespace
 
 TEST_F(Client, AddSendsTheDocumentAndPrintsTheInventedId) {
-  EXPECT_EQ(0, Run({"add", FileWith(TaskXml(kNowTrigger))})) << Err();
+  EXPECT_EQ(0, Run({"add", FileWith(TaskXml(NowTrigger))})) << Err();
   EXPECT_EQ("corvane_task_1\n", Out());
   ASSERT_EQ(1U, m_Agent.Requests().size());
   const FakeRequest request = m_Agent.Requests()[0];
   EXPECT_EQ("POST", request.m_Method);
   EXPECT_EQ("/v1/scheduler/INoxTaskScheduler/AddTask", request.m_Target);
-  EXPECT_EQ(Json({{"taskId", ""}, {"taskXml", TaskXml(kNowTrigger)}}), request.m_Body);
+  EXPECT_EQ(Json({{"taskId", ""}, {"taskXml", TaskXml(NowTrigger)}}), request.m_Body);
 }
 
 TEST_F(Client, AddReadsStandardInputAndTakesAnId) {
-  EXPECT_EQ(0, Run({"add", "-", "--id", "T1", "--json"}, TaskXml(kNowTrigger))) << Err();
+  EXPECT_EQ(0, Run({"add", "-", "--id", "T1", "--json"}, TaskXml(NowTrigger))) << Err();
   EXPECT_EQ(Json({{"id", "T1"}}), JsonOut());
 }
 
@@ -40,7 +40,7 @@ TEST_F(Client, AddSendsAsciiAlone) {
 }
 
 TEST_F(Client, AddRefusesWhatNeverRunsUnlessForced) {
-  const std::string file = FileWith(TaskXml(kDeadTrigger));
+  const std::string file = FileWith(TaskXml(DeadTrigger));
   EXPECT_EQ(2, Run({"add", file}));
   ExpectError("type 6 is for events");
   EXPECT_NE(std::string::npos, Err().find("--force"));
@@ -56,7 +56,7 @@ TEST_F(Client, AddRefusesBrokenDocumentsEvenWhenForced) {
 }
 
 TEST_F(Client, AddTellsEachWarningInALine) {
-  EXPECT_EQ(0, Run({"add", "-"}, TaskXml(kWarnedTrigger)));
+  EXPECT_EQ(0, Run({"add", "-"}, TaskXml(WarnedTrigger)));
   EXPECT_EQ(0U, Err().find("noxctl: warning: -: line 1, column 115: KillAtEnd")) << Err();
   EXPECT_EQ(Err().size() - 1, Err().find('\n')) << Err();
   EXPECT_EQ("corvane_task_1\n", Out());
@@ -70,13 +70,13 @@ TEST_F(Client, AddTellsAnUnreadableFile) {
 }
 
 TEST_F(Client, ListAlignsTasksWithTheirRunsInLocalTime) {
-  m_Agent.SetTask("backup", {TaskXml(kNowTrigger, "2026-06-15 08:00:00 Ok"),
+  m_Agent.SetTask("backup", {TaskXml(NowTrigger, "2026-06-15 08:00:00 Ok"),
                              true,
                              {{"t2", "0"}, {"t3", "1781503200"}, {"t6", "1781589600"}}});
-  m_Agent.SetTask("due", {TaskXml(kNowTrigger, "2026-01-15 08:00:00 Failed"),
+  m_Agent.SetTask("due", {TaskXml(NowTrigger, "2026-01-15 08:00:00 Failed"),
                           true,
                           {{"t2", "1"}, {"t3", "-1"}, {"t6", "1781524800"}}});
-  m_Agent.SetTask("fresh", {TaskXml(kNowTrigger, "", "0"), false, {}});
+  m_Agent.SetTask("fresh", {TaskXml(NowTrigger, "", "0"), false, {}});
   EXPECT_EQ(0, Run({"list"})) << Err();
   EXPECT_EQ(
       "ID      ENABLED  STATE   LAST RUN                   NEXT RUN                   LATE\n"
@@ -87,24 +87,26 @@ TEST_F(Client, ListAlignsTasksWithTheirRunsInLocalTime) {
 }
 
 TEST_F(Client, ListClosesItsEnumeration) {
-  m_Agent.SetTask("a", {TaskXml(kNowTrigger), true, {}});
+  m_Agent.SetTask("a", {TaskXml(NowTrigger), true, {}});
   EXPECT_EQ(0, Run({"list", "--json"}));
   EXPECT_EQ("a", JsonOut().At(0).At("id"));
   EXPECT_EQ(Json(), JsonOut().At(0).At("nextRun"));
   unsigned closed = 0;
-  for (const FakeRequest& request : m_Agent.Requests())
+  for (const FakeRequest& request : m_Agent.Requests()) {
     if (request.m_Target.find("FindClose") != std::string::npos) {
       ++closed;
       EXPECT_EQ("a1b2c3", request.m_Body["handle"]);
     }
+  }
   EXPECT_EQ(1U, closed);
 }
 
 TEST_F(Client, ListAsksAllOnOneConnection) {
-  for (int number = 0; number < 100; ++number)
-    m_Agent.SetTask("T" + std::to_string(number), {TaskXml(kNowTrigger), true, {}});
+  for (int number = 0; number < 100; ++number) {
+    m_Agent.SetTask("T" + std::to_string(number), {TaskXml(NowTrigger), true, {}});
+  }
   using Clock = std::chrono::steady_clock;
-  constexpr std::chrono::seconds reuseTime(2);
+  constexpr std::chrono::seconds ReuseTime(2);
   std::size_t connections = 0;
   bool isSlow = true;
   // Another one is right when the machine stalls: it might be closed already.
@@ -114,15 +116,16 @@ TEST_F(Client, ListAsksAllOnOneConnection) {
     EXPECT_EQ(0, Run({"list", "--json"})) << Err();
     EXPECT_EQ(100U, JsonOut().Items().size());
     connections = m_Agent.Connections() - before;
-    isSlow = Clock::now() - begin >= reuseTime;
+    isSlow = Clock::now() - begin >= ReuseTime;
   }
   EXPECT_EQ(1U, connections);
 }
 
 // As the agent does after some requests, or when it has many clients.
 TEST_F(Client, ListLosesNothingWhenTheAgentClosesItsConnections) {
-  for (int number = 0; number < 40; ++number)
-    m_Agent.SetTask("T" + std::to_string(number), {TaskXml(kNowTrigger), true, {}});
+  for (int number = 0; number < 40; ++number) {
+    m_Agent.SetTask("T" + std::to_string(number), {TaskXml(NowTrigger), true, {}});
+  }
   for (const unsigned count : {1U, 2U, 31U, 32U, 33U}) {
     m_Agent.SetRequestsPerConnection(count);
     EXPECT_EQ(0, Run({"list", "--json"})) << Err();
@@ -131,8 +134,8 @@ TEST_F(Client, ListLosesNothingWhenTheAgentClosesItsConnections) {
 }
 
 TEST_F(Client, ListLeavesOutFilesThatAreNoTasks) {
-  m_Agent.SetTask("a b", {TaskXml(kNowTrigger), true, {}});
-  m_Agent.SetTask("c", {TaskXml(kNowTrigger), true, {}});
+  m_Agent.SetTask("a b", {TaskXml(NowTrigger), true, {}});
+  m_Agent.SetTask("c", {TaskXml(NowTrigger), true, {}});
   EXPECT_EQ(0, Run({"list", "--json"})) << Err();
   ASSERT_EQ(1U, JsonOut().Items().size());
   EXPECT_EQ("c", JsonOut().At(0).At("id"));
@@ -153,9 +156,9 @@ TEST_F(Client, ListOfNothingIsItsHeadingsOrAnEmptyArray) {
 }
 
 TEST_F(Client, ShowPrintsTheDocument) {
-  m_Agent.SetTask("T1", {TaskXml(kNowTrigger), true, {{"t0", "T1"}}});
+  m_Agent.SetTask("T1", {TaskXml(NowTrigger), true, {{"t0", "T1"}}});
   EXPECT_EQ(0, Run({"show", "T1"}));
-  EXPECT_EQ(TaskXml(kNowTrigger) + "\n", Out());
+  EXPECT_EQ(TaskXml(NowTrigger) + "\n", Out());
   EXPECT_EQ(0, Run({"show", "T1", "--json"}));
   EXPECT_EQ("T1", JsonOut()["attributes"]["t0"]);
 }
@@ -170,15 +173,15 @@ TEST_F(Client, CommandsOnUnknownTasksFailAndSayWhereToLook) {
 }
 
 TEST_F(Client, DeleteDeletesEachOfItsTasks) {
-  m_Agent.SetTask("a", {TaskXml(kNowTrigger), true, {}});
-  m_Agent.SetTask("b", {TaskXml(kNowTrigger), true, {}});
+  m_Agent.SetTask("a", {TaskXml(NowTrigger), true, {}});
+  m_Agent.SetTask("b", {TaskXml(NowTrigger), true, {}});
   EXPECT_EQ(0, Run({"delete", "a", "b"}));
   EXPECT_EQ("deleted a\ndeleted b\n", Out());
   EXPECT_EQ(1, Run({"show", "a"}));
 }
 
 TEST_F(Client, EnableTakesATaskThatIsEnabledAlready) {
-  m_Agent.SetTask("a", {TaskXml(kNowTrigger), true, {{"t5", "0"}}});
+  m_Agent.SetTask("a", {TaskXml(NowTrigger), true, {{"t5", "0"}}});
   EXPECT_EQ(0, Run({"enable", "a"})) << Err();
   EXPECT_EQ(0, Run({"enable", "a"})) << Err();
   EXPECT_EQ("enabled a\n", Out());
@@ -187,7 +190,7 @@ TEST_F(Client, EnableTakesATaskThatIsEnabledAlready) {
 }
 
 TEST_F(Client, AttributesNamesTheKeys) {
-  m_Agent.SetTask("T1", {TaskXml(kNowTrigger),
+  m_Agent.SetTask("T1", {TaskXml(NowTrigger),
                          true,
                          {{"t0", "T1"},
                           {"t2", "1"},
@@ -208,7 +211,7 @@ TEST_F(Client, AttributesNamesTheKeys) {
 }
 
 TEST_F(Client, SetStateHandsTheWordOver) {
-  m_Agent.SetTask("T1", {TaskXml(kNowTrigger), true, {}});
+  m_Agent.SetTask("T1", {TaskXml(NowTrigger), true, {}});
   EXPECT_EQ(0, Run({"set-state", "T1", "Failed"}));
   EXPECT_EQ(Json({{"taskId", "T1"}, {"runState", "Failed"}}), m_Agent.Requests()[0].m_Body);
 }
@@ -260,11 +263,11 @@ TEST_F(Client, RefreshAndNotifyReachTheAgent) {
 TEST_F(Client, WatchTellsEachRunOnceWithItsOutcome) {
   const auto setRun = [](const char* runTime) {
     return [runTime](FakeAgent& agent) {
-      agent.SetTask("T1", {TaskXml(kNowTrigger, runTime), true, {}});
+      agent.SetTask("T1", {TaskXml(NowTrigger, runTime), true, {}});
     };
   };
   const std::string changed = R"({"code":100,"id":"T1"})";
-  m_Agent.SetTask("T1", {TaskXml(kNowTrigger, "2026-06-14 08:00:00 Ok"), true, {}});
+  m_Agent.SetTask("T1", {TaskXml(NowTrigger, "2026-06-14 08:00:00 Ok"), true, {}});
   m_Agent.SetSteps({{{}, changed, 1},  // the next run moved: nothing to tell
                     {setRun("2026-06-15 08:00:00 Started"), changed, 1},
                     {setRun("2026-06-15 08:00:00 Failed"), changed, 1},
@@ -291,17 +294,17 @@ TEST_F(Client, WatchTellsEachRunOnceWithItsOutcome) {
 }
 
 TEST_F(Client, WatchOfOneTaskLeavesOutTheOthersAndSaysWhenTheAgentEnds) {
-  m_Agent.SetTask("T1", {TaskXml(kNowTrigger), true, {}});
+  m_Agent.SetTask("T1", {TaskXml(NowTrigger), true, {}});
   m_Agent.SetSteps({{{}, R"({"code":102,"id":"T2"})", 0}});
   EXPECT_EQ(3, Run({"watch", "T1"}));
   ExpectError("the agent has ended");
 }
 
 TEST_F(Client, WatchAlignsItsLines) {
-  m_Agent.SetTask("T1", {TaskXml(kNowTrigger), true, {}});
+  m_Agent.SetTask("T1", {TaskXml(NowTrigger), true, {}});
   m_Agent.SetSteps(
       {{[](FakeAgent& agent) {
-          agent.SetTask("T1", {TaskXml(kNowTrigger, "2026-06-15 08:00:00 Ok"), true, {}});
+          agent.SetTask("T1", {TaskXml(NowTrigger, "2026-06-15 08:00:00 Ok"), true, {}});
         },
         R"({"code":100,"id":"T1"})", 1}});
   EXPECT_EQ(0, Run({"watch", "--runs", "1"})) << Err();
@@ -311,19 +314,19 @@ TEST_F(Client, WatchAlignsItsLines) {
 }
 
 TEST_F(Client, WatchEndsNoLineInABlank) {
-  m_Agent.SetTask("T1", {TaskXml(kNowTrigger), true, {}});
+  m_Agent.SetTask("T1", {TaskXml(NowTrigger), true, {}});
   m_Agent.SetSteps({{{}, R"({"code":101,"id":"T2"})", 0}});
   EXPECT_EQ(3, Run({"watch"}));
   EXPECT_NE(std::string::npos, Out().find("  T2                    deleted\n")) << Out();
 }
 
 TEST_F(Client, CheckEndsWithTheGreatestSeverity) {
-  const std::string file = FileWith(TaskXml(kNowTrigger));
+  const std::string file = FileWith(TaskXml(NowTrigger));
   EXPECT_EQ(0, Run({"check", file}));
   EXPECT_EQ("", Out());
-  EXPECT_EQ(1, Run({"check", file, "-"}, TaskXml(kWarnedTrigger)));
+  EXPECT_EQ(1, Run({"check", file, "-"}, TaskXml(WarnedTrigger)));
   EXPECT_NE(std::string::npos, Out().find("-:1:115: warning: KillAtEnd")) << Out();
-  EXPECT_EQ(2, Run({"check", file, "-"}, TaskXml(kDeadTrigger)));
+  EXPECT_EQ(2, Run({"check", file, "-"}, TaskXml(DeadTrigger)));
   EXPECT_NE(std::string::npos, Out().find("never runs: type 6")) << Out();
   EXPECT_EQ(2, Run({"check", "-"}, "<Task"));
   EXPECT_NE(std::string::npos, Out().find("error: not well-formed")) << Out();
@@ -332,7 +335,7 @@ TEST_F(Client, CheckEndsWithTheGreatestSeverity) {
 
 TEST_F(Client, CheckAnswersInJsonFileByFile) {
   EXPECT_EQ(1,
-            Run({"check", "--json", FileWith(TaskXml(kNowTrigger)), "-"}, TaskXml(kWarnedTrigger)));
+            Run({"check", "--json", FileWith(TaskXml(NowTrigger)), "-"}, TaskXml(WarnedTrigger)));
   EXPECT_EQ(Json::List{}, JsonOut().At(0).At("problems"));
   const Json problem = JsonOut().At(1).At("problems").At(0);
   EXPECT_EQ("warning", problem.At("severity"));
@@ -348,7 +351,7 @@ TEST_F(Client, CheckOfADocumentBeyondTheSizeSaysSo) {
 TEST_F(Client, PassesOnTheAgentsRefusalWithItsPlace) {
   m_Agent.AnswerAlways(
       422, R"({"error":{"code":"bad-document","message":"no Task","line":3,"column":7}})");
-  EXPECT_EQ(2, Run({"add", "-"}, TaskXml(kNowTrigger)));
+  EXPECT_EQ(2, Run({"add", "-"}, TaskXml(NowTrigger)));
   ExpectError("the agent refuses: no Task (line 3, column 7)");
   m_Agent.AnswerAlways(503, R"({"error":{"code":"too-many-connections","message":"later"}})");
   EXPECT_EQ(1, Run({"status"}));

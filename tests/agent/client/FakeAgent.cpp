@@ -15,13 +15,15 @@ namespace NoxAgentTest {
 namespace {
 
 // The only enumeration that is open at a time.
-constexpr const char* kHandle = "a1b2c3";
+constexpr const char* Handle = "a1b2c3";
 
 void SendAll(int connection, const std::string& bytes) {
   std::size_t sent = 0;
   while (sent < bytes.size()) {
     const ssize_t n = send(connection, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
-    if (n <= 0) return;
+    if (n <= 0) {
+      return;
+    }
     sent += static_cast<std::size_t>(n);
   }
 }
@@ -29,15 +31,17 @@ void SendAll(int connection, const std::string& bytes) {
 bool ReceiveMore(int connection, std::string& buffer) {
   char bytes[4096];
   const ssize_t n = recv(connection, bytes, sizeof bytes, 0);
-  if (n <= 0) return false;
+  if (n <= 0) {
+    return false;
+  }
   buffer.append(bytes, static_cast<std::size_t>(n));
   return true;
 }
 
 std::size_t BodyLength(const std::string& head) {
-  constexpr const char* kField = "Content-Length: ";
-  const std::size_t at = head.find(kField);
-  return at == std::string::npos ? 0 : std::stoul(head.substr(at + std::strlen(kField)));
+  constexpr const char* Field = "Content-Length: ";
+  const std::size_t at = head.find(Field);
+  return at == std::string::npos ? 0 : std::stoul(head.substr(at + std::strlen(Field)));
 }
 
 std::string Response(unsigned status, const std::string& body) {
@@ -61,12 +65,15 @@ Json Result(long result, Json out = Json::Object{}) {
 FakeAgent::FakeAgent(const std::string& socketPath) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
-  if (socketPath.size() >= sizeof address.sun_path) throw std::runtime_error("path too long");
+  if (socketPath.size() >= sizeof address.sun_path) {
+    throw std::runtime_error("path too long");
+  }
   std::memcpy(address.sun_path, socketPath.c_str(), socketPath.size() + 1);
   m_Listener = socket(AF_UNIX, SOCK_STREAM, 0);
   if (bind(m_Listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-      listen(m_Listener, 8) != 0)
+      listen(m_Listener, 8) != 0) {
     throw std::runtime_error("cannot listen on " + socketPath);
+  }
   m_Acceptor = std::thread([this] { Accept(); });
 }
 
@@ -74,13 +81,19 @@ FakeAgent::~FakeAgent() {
   {
     const std::lock_guard guard(m_Lock);
     m_Ending = true;
-    for (const int connection : m_Connections) (void)shutdown(connection, SHUT_RDWR);
+    for (const int connection : m_Connections) {
+      (void)shutdown(connection, SHUT_RDWR);
+    }
   }
   m_Read.notify_all();
   (void)shutdown(m_Listener, SHUT_RDWR);
   m_Acceptor.join();
-  for (std::thread& server : m_Servers) server.join();
-  for (const int connection : m_Connections) (void)close(connection);
+  for (std::thread& server : m_Servers) {
+    server.join();
+  }
+  for (const int connection : m_Connections) {
+    (void)close(connection);
+  }
   (void)close(m_Listener);
 }
 
@@ -112,7 +125,9 @@ void FakeAgent::Accept() {
   for (int connection; (connection = accept(m_Listener, nullptr, nullptr)) >= 0;) {
     const std::lock_guard guard(m_Lock);
     m_Connections.push_back(connection);
-    if (m_Ending) (void)shutdown(connection, SHUT_RDWR);
+    if (m_Ending) {
+      (void)shutdown(connection, SHUT_RDWR);
+    }
     m_Servers.emplace_back([this, connection] { Serve(connection); });
   }
 }
@@ -132,12 +147,18 @@ void FakeAgent::Serve(int connection) {
 
 bool FakeAgent::ServeRequest(int connection, bool isLast, std::string& input) {
   std::size_t headEnd;
-  while ((headEnd = input.find("\r\n\r\n")) == std::string::npos)
-    if (!ReceiveMore(connection, input)) return false;
+  while ((headEnd = input.find("\r\n\r\n")) == std::string::npos) {
+    if (!ReceiveMore(connection, input)) {
+      return false;
+    }
+  }
   const std::string head = input.substr(0, headEnd);
   const std::size_t end = headEnd + 4 + BodyLength(head);
-  while (input.size() < end)
-    if (!ReceiveMore(connection, input)) return false;
+  while (input.size() < end) {
+    if (!ReceiveMore(connection, input)) {
+      return false;
+    }
+  }
 
   FakeRequest request;
   const std::size_t methodEnd = head.find(' ');
@@ -156,7 +177,9 @@ bool FakeAgent::ServeRequest(int connection, bool isLast, std::string& input) {
     return false;
   }
   std::string answer = Answer(request);
-  if (isLast) answer.insert(answer.find("\r\n") + 2, "Connection: close\r\n");
+  if (isLast) {
+    answer.insert(answer.find("\r\n") + 2, "Connection: close\r\n");
+  }
   SendAll(connection, answer);
   return true;
 }
@@ -164,28 +187,38 @@ bool FakeAgent::ServeRequest(int connection, bool isLast, std::string& input) {
 std::string FakeAgent::Answer(const FakeRequest& request) {
   const std::lock_guard guard(m_Lock);
   m_Requests.push_back(request);
-  if (m_FixedStatus != 0) return Response(m_FixedStatus, m_FixedBody);
-  if (request.m_Body.IsObject() && request.m_Body.Text("taskId", "").find(' ') != std::string::npos)
+  if (m_FixedStatus != 0) {
+    return Response(m_FixedStatus, m_FixedBody);
+  }
+  if (request.m_Body.IsObject() &&
+      request.m_Body.Text("taskId", "").find(' ') != std::string::npos) {
     return Response(422, R"({"error":{"code":"bad-task-id","message":"a blank"}})");
-  constexpr const char* kOperations = "/v1/scheduler/INoxTaskScheduler/";
-  if (request.m_Target.rfind(kOperations, 0) == 0) {
-    const std::string name = request.m_Target.substr(std::strlen(kOperations));
+  }
+  constexpr const char* Operations = "/v1/scheduler/INoxTaskScheduler/";
+  if (request.m_Target.rfind(Operations, 0) == 0) {
+    const std::string name = request.m_Target.substr(std::strlen(Operations));
     return Response(200, Operation(name.substr(0, name.find('?')), request.m_Body).Dump());
   }
-  if (request.m_Target == "/v1/status") return Response(200, Status().Dump());
+  if (request.m_Target == "/v1/status") {
+    return Response(200, Status().Dump());
+  }
   return Response(200, "{}");
 }
 
 Json FakeAgent::Status() const {
   Json scheduler = {{"name", "scheduler"}};
-  if (!m_Report.empty()) scheduler["report"] = m_Report;
+  if (!m_Report.empty()) {
+    scheduler["report"] = m_Report;
+  }
   return {{"version", "0.1.0"}, {"plugins", Json::List{scheduler}}};
 }
 
 Json FakeAgent::Operation(const std::string& name, const Json& in) {
   const std::string id = in.Text("taskId", in.Text("taskIds", ""));
-  const std::string handle = name == "FindFirstTask" ? "" : kHandle;
-  if (name.rfind("Find", 0) == 0 && in.Text("handle", "") != handle) return Result(-1);
+  const std::string handle = name == "FindFirstTask" ? "" : Handle;
+  if (name.rfind("Find", 0) == 0 && in.Text("handle", "") != handle) {
+    return Result(-1);
+  }
   const auto task = m_Tasks.find(id);
   const bool isKnown = task != m_Tasks.end();
   if (name == "AddTask") {
@@ -193,31 +226,44 @@ Json FakeAgent::Operation(const std::string& name, const Json& in) {
     m_Tasks[newId].m_Xml = in.At("taskXml").Text();
     return Result(1, {{"newTaskId", newId}});
   }
-  if (name == "DeleteTask") return Result(m_Tasks.erase(id) != 0 ? 1 : -1);
+  if (name == "DeleteTask") {
+    return Result(m_Tasks.erase(id) != 0 ? 1 : -1);
+  }
   if (name == "GetTaskXML") {
     ++m_Reads;
     m_Read.notify_all();
     return isKnown ? Result(1, {{"taskXml", task->second.m_Xml}}) : Result(-1, {{"taskXml", ""}});
   }
-  if (name == "GetTaskAttributes")
+  if (name == "GetTaskAttributes") {
     return isKnown && task->second.m_Loaded ? Result(1, {{"attributes", task->second.m_Attributes}})
                                             : Result(-1, {{"attributes", Json::Object{}}});
-  if (name == "SetRunState") return Result(isKnown ? 0 : 1);
+  }
+  if (name == "SetRunState") {
+    return Result(isKnown ? 0 : 1);
+  }
   if (name == "EnableTask") {
-    if (!isKnown || !task->second.m_Loaded) return Result(-1);
+    if (!isKnown || !task->second.m_Loaded) {
+      return Result(-1);
+    }
     std::string& enabled = task->second.m_Attributes["t5"];
     const std::string wanted = in.At("enable").Bool() ? "1" : "0";
     return Result(std::exchange(enabled, wanted) == wanted ? -1 : 1);
   }
   if (name == "FindFirstTask") {
     m_Enumeration = {"..", "."};
-    for (const auto& [known, value] : m_Tasks) m_Enumeration.insert(m_Enumeration.begin(), known);
+    for (const auto& [known, value] : m_Tasks) {
+      m_Enumeration.insert(m_Enumeration.begin(), known);
+    }
   }
-  if (name == "FindClose") return Result(0);
-  if (m_Enumeration.empty()) return Result(-1, {{"handle", kHandle}, {"taskId", ""}});
+  if (name == "FindClose") {
+    return Result(0);
+  }
+  if (m_Enumeration.empty()) {
+    return Result(-1, {{"handle", Handle}, {"taskId", ""}});
+  }
   const std::string next = m_Enumeration.front();
   m_Enumeration.erase(m_Enumeration.begin());
-  return Result(1, {{"handle", kHandle}, {"taskId", next}});
+  return Result(1, {{"handle", Handle}, {"taskId", next}});
 }
 
 void FakeAgent::Stream(int connection) {
@@ -230,7 +276,9 @@ void FakeAgent::Stream(int connection) {
   for (const Step& step : m_Steps) {
     m_Read.wait(guard, [&] { return m_Ending || m_Reads >= readsWanted; });
     guard.unlock();
-    if (step.m_Before) step.m_Before(*this);
+    if (step.m_Before) {
+      step.m_Before(*this);
+    }
     guard.lock();
     readsWanted = m_Reads + step.m_Reads;  // likewise before the line that makes it read
     guard.unlock();

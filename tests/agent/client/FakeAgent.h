@@ -1,6 +1,6 @@
-// An agent of a few lines: answers HTTP on a Unix socket from tasks in memory and records what it
-// was asked.
 #pragma once
+
+#include "agent/library/Json.h"
 
 #include <condition_variable>
 #include <functional>
@@ -10,8 +10,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "agent/library/Json.h"
 
 namespace NoxAgentTest {
 
@@ -29,10 +27,12 @@ struct FakeTask {
   std::map<std::string, std::string> m_Attributes;
 };
 
+/// An agent of a few lines: answers HTTP on a Unix socket from tasks in memory and records what it
+/// was asked.
 class FakeAgent {
  public:
-  // A step of the notification stream: first `m_Before` is done with the tasks, then the line is
-  // sent. The next step waits until the client has read documents `m_Reads` times since.
+  /// A step of the notification stream: first `m_Before` is done with the tasks, then the line is
+  /// sent. The next step waits until the client has read documents `m_Reads` times since.
   struct Step {
     std::function<void(FakeAgent&)> m_Before;
     std::string m_Line;
@@ -44,28 +44,28 @@ class FakeAgent {
   FakeAgent(const FakeAgent&) = delete;
   FakeAgent& operator=(const FakeAgent&) = delete;
 
-  // What follows is set before the client is started, or in a step.
+  /// What follows is set before the client is started, or in a step.
   void SetTask(const std::string& id, FakeTask task);
   void RemoveTask(const std::string& id);
   void SetSteps(std::vector<Step> steps) { m_Steps = std::move(steps); }
-  // What the scheduler says of itself in the status.
+  /// What the scheduler says of itself in the status.
   void SetReport(const std::string& report) { m_Report = report; }
-  // Every request is answered with this instead.
+  /// Every request is answered with this instead.
   void AnswerAlways(unsigned status, const std::string& body);
-  // Sends these bytes for an answer and closes the connection.
+  /// Sends these bytes for an answer and closes the connection.
   void AnswerRaw(const std::string& bytes);
 
-  // After so many answers a connection is closed; 1000 unless set.
+  /// After so many answers a connection is closed; 1000 unless set.
   void SetRequestsPerConnection(unsigned count) { m_RequestsPerConnection = count; }
 
   std::vector<FakeRequest> Requests() const;
-  // How often a client has connected.
+  /// How often a client has connected.
   std::size_t Connections() const;
 
  private:
   void Accept();
   void Serve(int connection);
-  // False when no other request can follow. `input` is what was received and not looked at yet.
+  /// False when no other request can follow. `input` is what was received and not looked at yet.
   bool ServeRequest(int connection, bool isLast, std::string& input);
   std::string Answer(const FakeRequest& request);
   Json Status() const;

@@ -1,6 +1,9 @@
 #include "agent/client/HttpConnection.h"
 
+#include "tests/support/TempDir.h"
+
 #include <gtest/gtest.h>
+
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -9,8 +12,6 @@
 #include <cstring>
 #include <string>
 #include <thread>
-
-#include "tests/support/TempDir.h"
 
 namespace NoxAgentTest {
 

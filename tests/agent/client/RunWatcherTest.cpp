@@ -1,9 +1,9 @@
 #include "agent/client/RunWatcher.h"
 
+#include <VirtualTime/Zone.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <VirtualTime/Zone.h>
 
 namespace NoxAgentTest {
 
@@ -19,10 +19,10 @@ using Kind = RunEvent::Kind;
 namespace {
 
 // 2026-06-15 08:00:00 in UTC.
-constexpr RunWatcher::Clock::time_point kEight{std::chrono::seconds(1781510400)};
+constexpr RunWatcher::Clock::time_point Eight{std::chrono::seconds(1781510400)};
 
 MATCHER_P2(Is, kind, millisecondsPastEight, "") {
-  return arg.m_Kind == kind && arg.m_Time == kEight + milliseconds(millisecondsPastEight);
+  return arg.m_Kind == kind && arg.m_Time == Eight + milliseconds(millisecondsPastEight);
 }
 
 std::string Ran(const std::string& runTime) {
@@ -32,7 +32,7 @@ std::string Ran(const std::string& runTime) {
 class RunWatcherOfOneTask : public testing::Test {
  protected:
   std::vector<RunEvent> At(long millisecondsPastEight, const std::string& xml) {
-    return m_Watcher.Changed("T1", xml, kEight + milliseconds(millisecondsPastEight));
+    return m_Watcher.Changed("T1", xml, Eight + milliseconds(millisecondsPastEight));
   }
 
   VirtualTime::Zone m_Zone{"UTC0"};

@@ -1,6 +1,7 @@
 #include "agent/client/SocketPath.h"
 
 #include <gtest/gtest.h>
+
 #include <unistd.h>
 
 #include <cstdlib>

@@ -1,22 +1,22 @@
 // noxctl next and explain about the agent's own tasks; the real nox-simulate answers.
-#include <gtest/gtest.h>
-
 #include "tests/agent/client/ClientFixture.h"
+
+#include <gtest/gtest.h>
 
 namespace NoxAgentTest {
 
 namespace {
 
-constexpr const char* kDaily =
+constexpr const char* Daily =
     "<Trigger Type=\"1\"><BeginDate>2026/06/01 08:00:00</BeginDate><DaysInterval>1</DaysInterval>"
     "</Trigger>";
-constexpr const char* kEnabledReport = "1 task\nTask processing is enabled.\n";
-constexpr const char* kDisabledReport = "1 task\nTask processing is disabled.\n";
+constexpr const char* EnabledReport = "1 task\nTask processing is enabled.\n";
+constexpr const char* DisabledReport = "1 task\nTask processing is disabled.\n";
 
 class TaskQuestions : public Client {
  protected:
   TaskQuestions() {
-    m_Agent.SetTask("backup", {TaskXml(kDaily, "2026-06-15 08:00:02 Ok"), true, {}});
+    m_Agent.SetTask("backup", {TaskXml(Daily, "2026-06-15 08:00:02 Ok"), true, {}});
   }
 
   void ExpectOut(const std::string& words) const {
@@ -46,7 +46,7 @@ TEST_F(TaskQuestions, NextAnswersInJson) {
 }
 
 TEST_F(TaskQuestions, AFileOfThatNameGoesBeforeTheAgentsTask) {
-  m_Dir.Write("backup.xml", TaskXml(kDaily));
+  m_Dir.Write("backup.xml", TaskXml(Daily));
   ASSERT_EQ(0, Run({"next", (m_Dir / "backup.xml").string()})) << Err();
   EXPECT_TRUE(m_Agent.Requests().empty());
 }
@@ -61,10 +61,10 @@ TEST_F(TaskQuestions, AnUnknownTaskIsAnErrorThatNamesBothPlaces) {
 }
 
 TEST_F(TaskQuestions, ExplainKnowsTheGateFromTheAgent) {
-  m_Agent.SetReport(kEnabledReport);
+  m_Agent.SetReport(EnabledReport);
   ASSERT_EQ(0, Run({"explain", "backup", "--json"})) << Err();
   EXPECT_EQ("open", JsonOut().At("gate")) << Out();
-  m_Agent.SetReport(kDisabledReport);
+  m_Agent.SetReport(DisabledReport);
   ASSERT_EQ(0, Run({"explain", "backup", "--json"})) << Err();
   EXPECT_EQ("closed", JsonOut().At("gate")) << Out();
   m_Agent.SetReport("nothing of that kind");
@@ -73,24 +73,24 @@ TEST_F(TaskQuestions, ExplainKnowsTheGateFromTheAgent) {
 }
 
 TEST_F(TaskQuestions, ExplainTellsWhyTheTaskDoesNotRunNow) {
-  m_Agent.SetReport(kEnabledReport);
+  m_Agent.SetReport(EnabledReport);
   ASSERT_EQ(0, Run({"explain", "backup"})) << Err();
   ExpectOut("2026-06-15 08:00:02");
   ExpectOut("2026-06-16 08:00:00 +0200");
 }
 
 TEST_F(TaskQuestions, ExplainTellsOfAnotherMoment) {
-  m_Agent.SetReport(kEnabledReport);
+  m_Agent.SetReport(EnabledReport);
   ASSERT_EQ(0, Run({"explain", "backup", "--at", "2026-06-16 08:00:00"})) << Err();
   ExpectOut("The task runs");
 }
 
 TEST_F(TaskQuestions, ExplainTellsThatAClosedGateHoldsTheTaskBack) {
   m_Agent.SetTask("due", {TaskXml("<Trigger Type=\"-1\"/>"), true, {}});
-  m_Agent.SetReport(kDisabledReport);
+  m_Agent.SetReport(DisabledReport);
   ASSERT_EQ(0, Run({"explain", "due"})) << Err();
   ExpectOut("The task is due, but does not run while the gate is closed");
-  m_Agent.SetReport(kEnabledReport);
+  m_Agent.SetReport(EnabledReport);
   ASSERT_EQ(0, Run({"explain", "due"})) << Err();
   ExpectOut("The task runs");
 }

@@ -1,8 +1,8 @@
 #include "agent/client/TaskSummary.h"
 
-#include <gtest/gtest.h>
-
 #include <VirtualTime/Zone.h>
+
+#include <gtest/gtest.h>
 
 namespace NoxAgentTest {
 

@@ -1,6 +1,12 @@
 // The program itself, as a process.
-#include <fcntl.h>
+#include "agent/library/Json.h"
+#include "tests/agent/daemon/TestAgent.h"
+#include "tests/agent/daemon/control/RawClient.h"
+#include "tests/support/TempDir.h"
+
 #include <gtest/gtest.h>
+
+#include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
 #include <sys/socket.h>
@@ -14,11 +20,6 @@
 #include <sstream>
 #include <string>
 #include <vector>
-
-#include "agent/library/Json.h"
-#include "tests/agent/daemon/TestAgent.h"
-#include "tests/agent/daemon/control/RawClient.h"
-#include "tests/support/TempDir.h"
 
 namespace NoxAgent {
 namespace {

@@ -1,10 +1,4 @@
-// The agent inside a test's process, put together as noxagentd does it, with plug-ins that record
-// what they are told (tests/plugins/recording).
 #pragma once
-
-#include <memory>
-#include <string>
-#include <thread>
 
 #include "agent/daemon/control/Api.h"
 #include "agent/daemon/control/ControlServer.h"
@@ -13,49 +7,55 @@
 #include "agent/library/Json.h"
 #include "tests/support/TempDir.h"
 
+#include <memory>
+#include <string>
+#include <thread>
+
 namespace NoxAgent {
 
+/// The agent inside a test's process, put together as noxagentd does it, with plug-ins that record
+/// what they are told (tests/plugins/recording).
 class TestAgent {
  public:
-  static constexpr const char* kClassId = "{AAAAAAAA-0000-0000-0000-000000000001}";
+  static constexpr const char* ClassId = "{AAAAAAAA-0000-0000-0000-000000000001}";
 
-  // The built shared object `name`.so.
+  /// The built shared object `name`.so.
   static std::string PluginPath(const std::string& name);
 
-  // How long whatever does not come back is waited for: hardly, by tests that see the agent give
-  // up; by all others as long as it takes a slow machine.
+  /// How long whatever does not come back is waited for: hardly, by tests that see the agent give
+  /// up; by all others as long as it takes a slow machine.
   static constexpr unsigned long ShortDrainMilliseconds = 100;
   static constexpr unsigned long LongDrainMilliseconds = 60000;
 
   explicit TestAgent(unsigned long drainMilliseconds = LongDrainMilliseconds);
   ~TestAgent();
 
-  // A plug-in to load; `config` holds the lines of its section "Configuration". The first one has
-  // the class identifier kClassId, the next 2 and so on.
+  /// A plug-in to load; `config` holds the lines of its section "Configuration". The first one has
+  /// the class identifier ClassId, the next 2 and so on.
   TestAgent& Add(const std::string& name, const std::string& config = {},
                  const std::string& library = "RecordingPlugin");
-  // Loads what was added. Throws as PluginLifecycle does.
+  /// Loads what was added. Throws as PluginLifecycle does.
   TestAgent& Load();
-  // Load, then serve the control socket. Only tests of its patience give it a short one: a machine
-  // that stalls would make clients of all others too slow.
+  /// Load, then serve the control socket. Only tests of its patience give it a short one: a machine
+  /// that stalls would make clients of all others too slow.
   static constexpr ControlPatience LongPatience{600, 600, 600, 600};
   TestAgent& Serve(const ControlPatience& patience = LongPatience);
 
   std::string SocketPath() const { return m_Settings.SocketPath().ToUtf8(); }
   std::string ConfigPath(const std::string& plugin) const;
 
-  // The answer of the API, without a socket; the body of the answer as JSON.
+  /// The answer of the API, without a socket; the body of the answer as JSON.
   ApiResponse Ask(const std::string& method, const std::string& target,
                   const std::string& body = {});
   Json Call(const std::string& operation, const Json& arguments, const std::string& plugin = "one");
-  // The code of the error that the call is answered with; empty when it is answered with none.
+  /// The code of the error that the call is answered with; empty when it is answered with none.
   std::string CallError(const std::string& operation, const Json& arguments);
-  // What the plug-in was told so far.
+  /// What the plug-in was told so far.
   std::string Report(const std::string& plugin = "one");
-  // Starts a request that does not come back before Release. REQUIRES: the plug-in "one".
+  /// Starts a request that does not come back before Release. REQUIRES: the plug-in "one".
   void Hold();
   void Release();
-  // What is on its way on the agent thread has arrived.
+  /// What is on its way on the agent thread has arrived.
   void Settle();
 
   TestSupport::TempDir m_Dir;

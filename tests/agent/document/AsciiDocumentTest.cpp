@@ -1,10 +1,10 @@
 #include "agent/document/AsciiDocument.h"
 
-#include <gtest/gtest.h>
+#include "tests/agent/document/Samples.h"
 
 #include <BaseSDK/AXmlDoc.h>
 
-#include "tests/agent/document/Samples.h"
+#include <gtest/gtest.h>
 
 namespace NoxAgentTest {
 
@@ -22,7 +22,9 @@ std::string Ascii(const std::string& utf8) {
 }  // namespace
 
 TEST(AsciiDocument, LeavesSamplesAsTheyAre) {
-  for (const auto& path : SamplePaths()) EXPECT_EQ(ReadWhole(path), Ascii(ReadWhole(path)));
+  for (const auto& path : SamplePaths()) {
+    EXPECT_EQ(ReadWhole(path), Ascii(ReadWhole(path)));
+  }
 }
 
 TEST(AsciiDocument, WritesReferencesInTextAndAttributeValues) {
@@ -34,8 +36,9 @@ TEST(AsciiDocument, SaysTheSameAsBefore) {
   const AString before = AString::FromUtf8("<a b='\xC3\xBC \"x\"'><c>\xE2\x82\xAC &amp;</c></a>");
   const BaseSDK::AXmlDoc read(before);
   const BaseSDK::AXmlDoc readAgain(AsciiDocument(before).Text());
-  for (const char* path : {"/a/@b", "/a/c/text()"})
+  for (const char* path : {"/a/@b", "/a/c/text()"}) {
     EXPECT_EQ(read.SelectSingleNode(path).ToUtf8(), readAgain.SelectSingleNode(path).ToUtf8());
+  }
 }
 
 TEST(AsciiDocument, LeavesOutTheByteOrderMark) {
@@ -43,8 +46,9 @@ TEST(AsciiDocument, LeavesOutTheByteOrderMark) {
 }
 
 TEST(AsciiDocument, PassesOnWhatIsNotWellFormed) {
-  for (const char* text : {"", "<", "<a b='", "<!--", "<![CDATA[x", "text", "<?x"})
+  for (const char* text : {"", "<", "<a b='", "<!--", "<![CDATA[x", "text", "<?x"}) {
     EXPECT_EQ(text, Ascii(text));
+  }
 }
 
 struct RefusedRow {

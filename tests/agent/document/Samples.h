@@ -26,8 +26,11 @@ inline std::string ReadWhole(const std::filesystem::path& path) {
 
 inline std::vector<std::filesystem::path> SamplePaths() {
   std::vector<std::filesystem::path> paths;
-  for (const auto& entry : std::filesystem::directory_iterator(NOX_SAMPLES_DIR))
-    if (entry.path().extension() == ".xml") paths.push_back(entry.path());
+  for (const auto& entry : std::filesystem::directory_iterator(NOX_SAMPLES_DIR)) {
+    if (entry.path().extension() == ".xml") {
+      paths.push_back(entry.path());
+    }
+  }
   std::sort(paths.begin(), paths.end());
   return paths;
 }

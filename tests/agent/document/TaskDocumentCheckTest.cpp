@@ -1,9 +1,10 @@
 #include "agent/document/TaskDocumentCheck.h"
 
-#include <VirtualTime/Zone.h>
-#include <gtest/gtest.h>
-
 #include "tests/agent/document/Samples.h"
+
+#include <VirtualTime/Zone.h>
+
+#include <gtest/gtest.h>
 
 namespace NoxAgentTest {
 
@@ -14,16 +15,16 @@ using NoxAgent::TaskDocumentSeverity;
 
 namespace {
 
-constexpr const char* kNewYork = "EST5EDT,M3.2.0,M11.1.0";
-constexpr long kJune2026 = 1781524800;  // 2026-06-15 12:00:00 UTC
-constexpr const char* kHandler =
+constexpr const char* NewYork = "EST5EDT,M3.2.0,M11.1.0";
+constexpr long June2026 = 1781524800;  // 2026-06-15 12:00:00 UTC
+constexpr const char* Handler =
     "<HandlerCLSID>{7C0A1D52-3B4E-4F6A-9A51-2D8E6C9B4F10}</HandlerCLSID>";
 
 std::string TaskWith(const std::string& triggers) {
-  return std::string("<Task>") + kHandler + "<Schedule>" + triggers + "</Schedule></Task>";
+  return std::string("<Task>") + Handler + "<Schedule>" + triggers + "</Schedule></Task>";
 }
 
-std::vector<TaskDocumentProblem> Check(const std::string& xml, long now = kJune2026) {
+std::vector<TaskDocumentProblem> Check(const std::string& xml, long now = June2026) {
   return CheckTaskDocument(AString::FromUtf8(xml), now);
 }
 
@@ -39,11 +40,14 @@ const char* NameOf(TaskDocumentSeverity severity) {
 }
 
 std::string Describe(const std::string& name, const std::vector<TaskDocumentProblem>& problems) {
-  if (problems.empty()) return name + ": no problems\n";
+  if (problems.empty()) {
+    return name + ": no problems\n";
+  }
   std::string text;
-  for (const TaskDocumentProblem& problem : problems)
+  for (const TaskDocumentProblem& problem : problems) {
     text += name + ": " + NameOf(problem.m_Severity) + ": " +
             NoxAgent::DescribeTaskDocumentProblem(problem).ToUtf8() + "\n";
+  }
   return text;
 }
 
@@ -54,11 +58,12 @@ bool Mentions(const std::vector<TaskDocumentProblem>& problems, const char* word
 }  // namespace
 
 TEST(TaskDocumentCheck, AnswersTheSamplesWordForWord) {
-  const VirtualTime::Zone zone(kNewYork);
+  const VirtualTime::Zone zone(NewYork);
   std::istringstream expected(ReadWhole(std::filesystem::path(NOX_SAMPLES_DIR) / "problems.txt"));
   std::string found;
-  for (const auto& path : SamplePaths())
+  for (const auto& path : SamplePaths()) {
     found += Describe(path.filename().string(), Check(ReadWhole(path)));
+  }
   std::istringstream answers(found);
   std::string expectedLine, answer;
   while (std::getline(expected, expectedLine)) {
@@ -70,13 +75,14 @@ TEST(TaskDocumentCheck, AnswersTheSamplesWordForWord) {
 }
 
 TEST(TaskDocumentCheck, SamplesHaveProblemsAsTheirNamesSay) {
-  const VirtualTime::Zone zone(kNewYork);
-  for (const auto& path : SamplePaths())
+  const VirtualTime::Zone zone(NewYork);
+  for (const auto& path : SamplePaths()) {
     EXPECT_EQ(NameBegins(path, "good-"), Check(ReadWhole(path)).empty()) << path;
+  }
 }
 
 TEST(TaskDocumentCheck, FindsNoFaultWithTheExampleOfTheManual) {
-  const VirtualTime::Zone zone(kNewYork);
+  const VirtualTime::Zone zone(NewYork);
   const std::string page = ReadWhole(NOX_DOCUMENT_PAGE);
   const std::size_t begin = page.find("<Task ");
   const std::size_t end = page.find("</Task>", begin);
@@ -86,7 +92,7 @@ TEST(TaskDocumentCheck, FindsNoFaultWithTheExampleOfTheManual) {
 }
 
 TEST(TaskDocumentCheck, TellsAllProblemsAtOnceInTheOrderOfTheirPlaces) {
-  const VirtualTime::Zone zone(kNewYork);
+  const VirtualTime::Zone zone(NewYork);
   const auto problems = Check(
       "<Task Enabled=\"yes\" Owner=\"me\">\n"
       "  <Schedule>\n"
@@ -97,7 +103,9 @@ TEST(TaskDocumentCheck, TellsAllProblemsAtOnceInTheOrderOfTheirPlaces) {
       "  </Schedule>\n"
       "</Task>");
   std::vector<std::pair<unsigned, unsigned>> places;
-  for (const auto& problem : problems) places.emplace_back(problem.m_Line, problem.m_Column);
+  for (const auto& problem : problems) {
+    places.emplace_back(problem.m_Line, problem.m_Column);
+  }
   const std::vector<std::pair<unsigned, unsigned>> expected = {{1, 1}, {1, 7},  {1, 21},
                                                                {3, 5}, {4, 14}, {5, 7}};
   EXPECT_EQ(expected, places) << Describe("", problems);
@@ -110,7 +118,7 @@ TEST(TaskDocumentCheck, CountsColumnsInCharacters) {
 }
 
 TEST(TaskDocumentCheck, FindsAttributesAfterValuesWithQuotesBracketsAndLineEnds) {
-  const VirtualTime::Zone zone(kNewYork);
+  const VirtualTime::Zone zone(NewYork);
   const auto problems =
       Check(TaskWith("<Trigger Description='a \"b\" > c'\n\t Type = \"-1\"\n  Intervall=\"1\" />"));
   ASSERT_EQ(1U, problems.size()) << Describe("", problems);
@@ -119,7 +127,7 @@ TEST(TaskDocumentCheck, FindsAttributesAfterValuesWithQuotesBracketsAndLineEnds)
 }
 
 TEST(TaskDocumentCheck, DeadTriggerBesideALivingOneIsAWarning) {
-  const VirtualTime::Zone zone(kNewYork);
+  const VirtualTime::Zone zone(NewYork);
   const std::string dead = "<Trigger Type=\"6\"/>";
   const std::string living = "<Trigger Type=\"-1\"/>";
   const auto both = Check(TaskWith(dead + living));
@@ -131,7 +139,7 @@ TEST(TaskDocumentCheck, DeadTriggerBesideALivingOneIsAWarning) {
 }
 
 TEST(TaskDocumentCheck, SaysDeletedOnlyWhenAllTriggersHaveEnded) {
-  const VirtualTime::Zone zone(kNewYork);
+  const VirtualTime::Zone zone(NewYork);
   const std::string ended =
       "<Trigger Type=\"1\"><BeginDate>2026/01/05 08:00:00</BeginDate>"
       "<EndDate>2026/01/31 08:00:00</EndDate></Trigger>";
@@ -145,13 +153,13 @@ TEST(TaskDocumentCheck, TriggerEndsAfterTheSecondOfItsEndDate) {
   const std::string xml = TaskWith(
       "<Trigger Type=\"1\"><BeginDate>2026/01/05 08:00:00</BeginDate>"
       "<EndDate>2026/06/15 12:00:00</EndDate></Trigger>");
-  EXPECT_TRUE(Check(xml, kJune2026).empty());
-  EXPECT_TRUE(Mentions(Check(xml, kJune2026 + 1), "ended on 2026-06-15 12:00:00"));
+  EXPECT_TRUE(Check(xml, June2026).empty());
+  EXPECT_TRUE(Mentions(Check(xml, June2026 + 1), "ended on 2026-06-15 12:00:00"));
 }
 
 TEST(TaskDocumentCheck, RefusesDocumentsBeyondTheirSize) {
   const std::string xml = TaskWith("<Trigger Type=\"-1\"/>");
-  const std::size_t padding = NoxAgent::kMaxTaskDocumentBytes - xml.size();
+  const std::size_t padding = NoxAgent::MaxTaskDocumentBytes - xml.size();
   EXPECT_TRUE(Check(xml + std::string(padding, ' ')).empty());
   const auto problems = Check(xml + std::string(padding + 1, ' '));
   ASSERT_EQ(1U, problems.size());
@@ -166,7 +174,9 @@ TEST(TaskDocumentCheck, RefusesWhatCannotBeWrittenInAscii) {
 
 TEST(TaskDocumentCheck, SurvivesNestingBeyondTheParsersBounds) {
   std::string deep;
-  for (int i = 0; i < 100000; ++i) deep += "<a>";
+  for (int i = 0; i < 100000; ++i) {
+    deep += "<a>";
+  }
   const auto problems = Check("<Task>" + deep);
   ASSERT_EQ(1U, problems.size());
   EXPECT_EQ(TaskDocumentSeverity::Error, problems[0].m_Severity);
@@ -184,54 +194,55 @@ TEST_P(TaskDocumentCheckSkippedStart, IsFoundOnDaysOnWhichTheTriggerFires) {
   const SkippedStartRow& row = GetParam();
   const VirtualTime::Zone zone(row.m_Zone);
   const auto problems = Check(TaskWith(row.m_Trigger));
-  if (*row.m_Expected == '\0')
+  if (*row.m_Expected == '\0') {
     EXPECT_TRUE(problems.empty()) << row.m_Zone << row.m_Trigger << Describe("", problems);
-  else
+  } else {
     EXPECT_TRUE(Mentions(problems, row.m_Expected))
         << row.m_Zone << row.m_Trigger << Describe("", problems);
+  }
 }
 
-constexpr const char* kBerlin = "CET-1CEST,M3.5.0,M10.5.0/3";
-constexpr const char* kMidnightGap = "<+00>0<+01>,M3.4.0/0,M10.4.0/1";
+constexpr const char* Berlin = "CET-1CEST,M3.5.0,M10.5.0/3";
+constexpr const char* MidnightGap = "<+00>0<+01>,M3.4.0/0,M10.4.0/1";
 
 INSTANTIATE_TEST_SUITE_P(
     Rows, TaskDocumentCheckSkippedStart,
     testing::Values(
         SkippedStartRow{
             "UTC0", "<Trigger Type='1'><BeginDate>2026/01/05 02:30:00</BeginDate></Trigger>", ""},
-        SkippedStartRow{kBerlin,
+        SkippedStartRow{Berlin,
                         "<Trigger Type='1'><BeginDate>2026/01/05 02:30:00</BeginDate></Trigger>",
                         "there is no 2027-03-28 02:30:00"},
         SkippedStartRow{
-            kBerlin, "<Trigger Type='1'><BeginDate>2026/01/05 03:00:00</BeginDate></Trigger>", ""},
-        SkippedStartRow{kBerlin,
+            Berlin, "<Trigger Type='1'><BeginDate>2026/01/05 03:00:00</BeginDate></Trigger>", ""},
+        SkippedStartRow{Berlin,
                         "<Trigger Type='1'><BeginDate>2026/01/05 02:30:00</BeginDate>"
                         "<EndDate>2027-03-28 00:00:00</EndDate></Trigger>",
                         ""},
         // The clocks go forward on Sundays, so a weekly trigger on Mondays never meets it.
-        SkippedStartRow{kBerlin,
+        SkippedStartRow{Berlin,
                         "<Trigger Type='2'><BeginDate>2026/01/05 02:30:00</BeginDate>"
                         "<DaysOfWeek>2</DaysOfWeek></Trigger>",
                         ""},
-        SkippedStartRow{kBerlin,
+        SkippedStartRow{Berlin,
                         "<Trigger Type='2'><BeginDate>2026/01/05 02:30:00</BeginDate>"
                         "<DaysOfWeek>1</DaysOfWeek></Trigger>",
                         "there is no 2027-03-28 02:30:00"},
-        SkippedStartRow{kBerlin,
+        SkippedStartRow{Berlin,
                         "<Trigger Type='3'><BeginDate>2026/01/05 02:30:00</BeginDate>"
                         "<DaysOfMonth>1</DaysOfMonth><MonthsOfYear>4095</MonthsOfYear></Trigger>",
                         ""},
-        SkippedStartRow{kBerlin,
+        SkippedStartRow{Berlin,
                         "<Trigger Type='4'><BeginDate>2026/01/05 02:30:00</BeginDate><Week>5</Week>"
                         "<DaysOfWeek>1</DaysOfWeek><MonthsOfYear>4</MonthsOfYear></Trigger>",
                         "there is no 2027-03-28 02:30:00"},
-        SkippedStartRow{kBerlin,
+        SkippedStartRow{Berlin,
                         "<Trigger Type='0'><BeginDate>2027/03/28 02:30:00</BeginDate></Trigger>",
                         "there is no 2027-03-28 02:30:00"},
-        SkippedStartRow{kBerlin,
+        SkippedStartRow{Berlin,
                         "<Trigger Type='1'><BeginDate>2026/3/29 2:30:00</BeginDate></Trigger>",
                         "every start has that time of day"},
-        SkippedStartRow{kMidnightGap,
+        SkippedStartRow{MidnightGap,
                         "<Trigger Type='1'><BeginDate>2026-01-05</BeginDate></Trigger>",
                         "there is no 2027-03-28 00:00:00"}));
 
@@ -243,7 +254,7 @@ struct ValueRow {
 class TaskDocumentCheckValue : public testing::TestWithParam<ValueRow> {};
 
 TEST_P(TaskDocumentCheckValue, IsToldAsTheSchedulerReadsIt) {
-  const VirtualTime::Zone zone(kNewYork);
+  const VirtualTime::Zone zone(NewYork);
   const auto problems = Check(TaskWith(GetParam().m_Trigger));
   EXPECT_TRUE(Mentions(problems, GetParam().m_Expected))
       << GetParam().m_Trigger << Describe("", problems);

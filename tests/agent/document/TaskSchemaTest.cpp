@@ -1,11 +1,12 @@
 // docs/task.xsd against the checker: what the schema refuses the checker tells as well, and what
 // the checker finds no fault with is valid.
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include "agent/document/TaskDocumentCheck.h"
 #include "tests/agent/document/Samples.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace NoxAgentTest {
 
@@ -26,15 +27,18 @@ int Validate(const std::string& path) {
 }
 
 int ExpectedStatus(const std::filesystem::path& path) {
-  if (NameBegins(path, "broken-")) return 1;
+  if (NameBegins(path, "broken-")) {
+    return 1;
+  }
   return NameBegins(path, "schema-") ? 3 : 0;
 }
 
 }  // namespace
 
 TEST(TaskSchema, JudgesTheSamplesAsTheirNamesSay) {
-  for (const auto& path : SamplePaths())
+  for (const auto& path : SamplePaths()) {
     EXPECT_EQ(ExpectedStatus(path), Validate(path.string())) << path;
+  }
 }
 
 }  // namespace NoxAgentTest

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr const char* kHandler = "{7C0A1D52-3B4E-4F6A-9A51-2D8E6C9B4F10}";
+constexpr const char* Handler = "{7C0A1D52-3B4E-4F6A-9A51-2D8E6C9B4F10}";
 
 std::string Between(const std::string& text, const std::string& begin, const std::string& end) {
   const std::size_t from = text.find(begin);
@@ -128,7 +128,7 @@ std::string AgentFixture::Trigger(int type, const std::string& begin, const std:
 }
 
 std::string AgentFixture::Document(const std::string& triggers) {
-  return std::string("<Task Enabled='1'><HandlerCLSID>") + kHandler + "</HandlerCLSID><Schedule>" +
+  return std::string("<Task Enabled='1'><HandlerCLSID>") + Handler + "</HandlerCLSID><Schedule>" +
          triggers + "</Schedule></Task>";
 }
 

@@ -1,11 +1,12 @@
 // The agent as a process: its start, its signals, its end.
+#include "tests/agent/e2e/AgentFixture.h"
+
 #include <gtest/gtest.h>
+
 #include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
-
-#include "tests/agent/e2e/AgentFixture.h"
 
 namespace fs = std::filesystem;
 

@@ -1,11 +1,11 @@
 // noxctl against the real agent.
+#include "agent/library/Json.h"
+#include "tests/agent/e2e/AgentFixture.h"
+
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <memory>
-
-#include "agent/library/Json.h"
-#include "tests/agent/e2e/AgentFixture.h"
 
 using NoxAgent::Json;
 

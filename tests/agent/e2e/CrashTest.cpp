@@ -1,13 +1,14 @@
 // The agent is killed at any moment: no task file is ever half written, nothing is lost, and no job
 // ever runs twice at the same time.
+#include "tests/agent/e2e/AgentFixture.h"
+
 #include <BaseSDK/AXmlDoc.h>
+
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <filesystem>
 #include <random>
-
-#include "tests/agent/e2e/AgentFixture.h"
 
 using BaseSDK::AString;
 using BaseSDK::AXmlDoc;
@@ -54,27 +55,27 @@ TEST_F(Crash, EndsTheOldRunBeforeTheTaskRunsAgain) {
 }
 
 TEST_F(Crash, LeavesEveryTaskFileOldOrNew) {
-  constexpr int kTasks = 6;
-  constexpr int kCrashes = 8;
+  constexpr int Tasks = 6;
+  constexpr int Crashes = 8;
   StartAgent();
-  for (int i = 0; i < kTasks; ++i) {
+  for (int i = 0; i < Tasks; ++i) {
     const std::string id = "task" + std::to_string(i);
     AddJob(id, "exec 9>" + id + ".lock; flock -n 9 || echo second >> copies; sleep 0.05");
     AddTask(id, Trigger(1, FromNow(0), "Interval='1' IntervalUnit='SECOND' Duration='60'"));
   }
   std::mt19937 random(20050301);
-  for (int crash = 0; crash < kCrashes; ++crash) {
+  for (int crash = 0; crash < Crashes; ++crash) {
     SCOPED_TRACE(crash);
     // Among the writes that the next due second brings.
     const std::string before = LastRun("task0");
     ASSERT_TRUE(WaitUntil([&] { return LastRun("task0") != before; }));
     (void)usleep(static_cast<useconds_t>(random() % 20000));
     KillAgent();
-    ExpectWholeTaskFiles(kTasks);
+    ExpectWholeTaskFiles(Tasks);
     StartAgent();
   }
   EXPECT_FALSE(m_Directory.Has("copies"));
-  for (int i = 0; i < kTasks; ++i) {
+  for (int i = 0; i < Tasks; ++i) {
     EXPECT_TRUE(WaitForState("task" + std::to_string(i), "Ok"));
   }
 }

@@ -1,12 +1,12 @@
 // What `make run` shows.
+#include "tests/agent/e2e/Program.h"
+#include "tests/support/TempDir.h"
+
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <filesystem>
 #include <string>
-
-#include "tests/agent/e2e/Program.h"
-#include "tests/support/TempDir.h"
 
 namespace {
 

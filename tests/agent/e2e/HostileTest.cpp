@@ -1,4 +1,6 @@
 // Clients that mean no good, against the real agent.
+#include "tests/agent/e2e/AgentFixture.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -11,8 +13,6 @@
 #include <sstream>
 #include <thread>
 
-#include "tests/agent/e2e/AgentFixture.h"
-
 namespace {
 
 // What a client sends before it says that this was all, and the status of the answer.
@@ -21,12 +21,12 @@ struct Row {
   int m_Status;
 };
 
-constexpr int kTooManyConnections = 503;
-constexpr unsigned kMaxConnections = 64;
-constexpr const char* kStalledRequest =
+constexpr int TooManyConnections = 503;
+constexpr unsigned MaxConnections = 64;
+constexpr const char* StalledRequest =
     "POST /v1/refresh HTTP/1.1\r\nHost: agent\r\nContent-Length: 100\r\n\r\n{";
 // A start that comes this much after its time is not called late yet.
-constexpr long kSecondsUntilLate = 59;
+constexpr long SecondsUntilLate = 59;
 
 std::string Post(const std::string& target, const std::string& body) {
   return "POST " + target +
@@ -124,7 +124,7 @@ class Hostile : public AgentFixture {
     std::vector<std::unique_ptr<HttpClient>> stalled;
     for (int number = 0; number < 20; ++number) {
       stalled.push_back(std::make_unique<HttpClient>(Socket()));
-      stalled.back()->Send(kStalledRequest);
+      stalled.back()->Send(StalledRequest);
     }
     std::vector<std::thread> clients;
     for (int number = 0; number < 8; ++number) {
@@ -226,12 +226,12 @@ TEST_F(Hostile, TasksRunAtTheirSecondWhileTheAgentIsUnderAttack) {
       while (!isOver) {
         std::vector<std::unique_ptr<HttpClient>> stalled;
         try {
-          for (unsigned one = 0; one < kMaxConnections / 3; ++one) {
+          for (unsigned one = 0; one < MaxConnections / 3; ++one) {
             stalled.push_back(std::make_unique<HttpClient>(Socket()));
-            stalled.back()->Send(kStalledRequest);
+            stalled.back()->Send(StalledRequest);
           }
           const std::string answer = stalled.back()->ReadAll();
-          refused += answer.starts_with("HTTP/1.1 " + std::to_string(kTooManyConnections)) ? 1 : 0;
+          refused += answer.starts_with("HTTP/1.1 " + std::to_string(TooManyConnections)) ? 1 : 0;
         } catch (const std::exception&) {
           // Closed without a word: there are far too many.
         }
@@ -263,7 +263,7 @@ TEST_F(Hostile, TasksRunAtTheirSecondWhileTheAgentIsUnderAttack) {
     const long due = Seconds(begins[number], "%Y/%m/%d %H:%M:%S");
     const long started = Seconds(LastRun(id), "%Y-%m-%d %H:%M:%S");
     EXPECT_GE(started, due) << LastRun(id);
-    EXPECT_LE(started, due + kSecondsUntilLate) << LastRun(id);
+    EXPECT_LE(started, due + SecondsUntilLate) << LastRun(id);
     RecordProperty(id, std::to_string(started - due) + " s after its time");
   }
   EXPECT_TRUE(WaitUntil([&] {

@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr int kPatienceMilliseconds = 120000;
+constexpr int PatienceMilliseconds = 120000;
 
 [[noreturn]] void Fail(const char* action) {
   throw std::system_error(errno, std::generic_category(), action);
@@ -23,7 +23,7 @@ constexpr int kPatienceMilliseconds = 120000;
 bool ReadMore(int fd, std::string& text) {
   pollfd handle{fd, POLLIN, 0};
   std::array<char, 4096> buffer;
-  if (poll(&handle, 1, kPatienceMilliseconds) != 1) {
+  if (poll(&handle, 1, PatienceMilliseconds) != 1) {
     throw std::runtime_error("the agent does not answer; so far: " + text);
   }
   const ssize_t got = read(fd, buffer.data(), buffer.size());

@@ -1,8 +1,8 @@
 // The control socket as any HTTP client meets it.
-#include <gtest/gtest.h>
-
 #include "agent/library/Json.h"
 #include "tests/agent/e2e/AgentFixture.h"
+
+#include <gtest/gtest.h>
 
 using NoxAgent::Json;
 

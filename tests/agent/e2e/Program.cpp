@@ -14,10 +14,10 @@
 
 namespace {
 
-constexpr uid_t kNobody = 65534;
-constexpr int kPauseMilliseconds = 10;
-constexpr int kPatienceMilliseconds = 120000;
-constexpr int kSignalled = 1000;
+constexpr uid_t Nobody = 65534;
+constexpr int PauseMilliseconds = 10;
+constexpr int PatienceMilliseconds = 120000;
+constexpr int Signalled = 1000;
 
 std::string ReadFile(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
@@ -50,7 +50,7 @@ std::vector<std::string> Environment(const Command& command) {
 }
 
 bool BecomeNobody() {
-  return setgroups(0, nullptr) == 0 && setgid(kNobody) == 0 && setuid(kNobody) == 0;
+  return setgroups(0, nullptr) == 0 && setgid(Nobody) == 0 && setuid(Nobody) == 0;
 }
 
 pid_t Start(const Command& command, int input, int output, int error) {
@@ -80,7 +80,7 @@ int OpenFile(const std::filesystem::path& path, int flags) {
 }
 
 int StatusOf(int status) {
-  return WIFEXITED(status) ? WEXITSTATUS(status) : kSignalled + WTERMSIG(status);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : Signalled + WTERMSIG(status);
 }
 
 pid_t StartWithFiles(const Command& command, const std::filesystem::path& input,
@@ -151,9 +151,9 @@ Program::Result Program::Run(const Command& command, const std::filesystem::path
 }
 
 void PauseBeforeAskingAgain() {
-  (void)poll(nullptr, 0, kPauseMilliseconds);
+  (void)poll(nullptr, 0, PauseMilliseconds);
 }
 
 bool IsPatienceOver(int asked) {
-  return asked > kPatienceMilliseconds / kPauseMilliseconds;
+  return asked > PatienceMilliseconds / PauseMilliseconds;
 }

@@ -1,4 +1,6 @@
 // Tasks come due, run, and their files tell the truth.
+#include "tests/agent/e2e/AgentFixture.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -6,8 +8,6 @@
 #include <iterator>
 #include <sstream>
 #include <vector>
-
-#include "tests/agent/e2e/AgentFixture.h"
 
 namespace {
 
@@ -146,13 +146,13 @@ TEST_F(Runs, WaitUntilAPolicyRefreshIsOver) {
 TEST_F(Runs, GoOnManyAtATime) {
   StartAgent();
   EXPECT_EQ(Ctl({"notify", "1"}).m_Status, 0);
-  constexpr int kTasks = 25;
-  for (int i = 0; i < kTasks; ++i) {
+  constexpr int Tasks = 25;
+  for (int i = 0; i < Tasks; ++i) {
     AddAsapTask("task" + std::to_string(i), "echo run >> runs");
   }
   EXPECT_EQ(Ctl({"notify", "2"}).m_Status, 0);
-  for (int i = 0; i < kTasks; ++i) {
+  for (int i = 0; i < Tasks; ++i) {
     EXPECT_TRUE(WaitForState("task" + std::to_string(i), "Ok"));
   }
-  EXPECT_EQ(CountLines("runs"), static_cast<std::size_t>(kTasks));
+  EXPECT_EQ(CountLines("runs"), static_cast<std::size_t>(Tasks));
 }

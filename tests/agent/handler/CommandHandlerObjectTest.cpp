@@ -1,6 +1,9 @@
 // The plug-in as the agent meets it: through its shared object.
 #include "agent/handler/CommandHandlerObject.h"
 
+#include "tests/agent/handler/run/SupervisorFixture.h"
+#include "tests/support/ThreadCount.h"
+
 #include <AgentInterfacesV3/AMsgIn.h>
 #include <AgentInterfacesV3/AMsgQueue.h>
 #include <AgentInterfacesV3/AMsgReply.h>
@@ -8,23 +11,26 @@
 #include <AgentInterfacesV3/INoxScheduledTaskHandler.h>
 #include <AgentInterfacesV3/InterfaceIds.h>
 #include <AgentInterfacesV3/MakeProxy.h>
-#include <dlfcn.h>
+
 #include <gtest/gtest.h>
+
+#include <dlfcn.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <string>
 
-#include "tests/agent/handler/run/SupervisorFixture.h"
-#include "tests/support/ThreadCount.h"
-
 using BaseSDK::AGuid;
 using BaseSDK::AString;
 using namespace Corvane::AgentInterfacesV3;
 
+namespace NoxHandlerTest {
+
+using namespace NoxHandler;
+
 namespace {
 
-constexpr int kQueue = 7;
+constexpr int Queue = 7;
 
 std::size_t CountEntries(const char* directory) {
   const std::filesystem::directory_iterator entries(directory);
@@ -47,9 +53,9 @@ class CommandHandlerObject : public SupervisorFixture {
   void Load() {
     m_Library = dlopen(NOX_COMMAND_HANDLER, RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(m_Library, nullptr) << dlerror();
-    m_Queue = std::make_unique<AMsgQueue>(kQueue);
+    m_Queue = std::make_unique<AMsgQueue>(Queue);
   }
-  int Initialize() { return Find<InitializeFunction>("PluginInitialize")(kQueue); }
+  int Initialize() { return Find<InitializeFunction>("PluginInitialize")(Queue); }
   int Uninitialize(bool forced) { return Find<UninitializeFunction>("PluginUninitialize")(forced); }
   INoxInterfaceFactory* Factory() {
     AString text;
@@ -110,7 +116,7 @@ TEST_F(CommandHandlerObject, ReportsWhatRuns) {
   Load();
   ASSERT_EQ(Initialize(), 1);
   void* object = nullptr;
-  ASSERT_EQ(MakeProxy(kQueue, INoxScheduledTaskHandler::GetIID(), object), 1);
+  ASSERT_EQ(MakeProxy(Queue, INoxScheduledTaskHandler::GetIID(), object), 1);
   const CIClient<INoxScheduledTaskHandler> handler(static_cast<INoxScheduledTaskHandler*>(object));
   AString report;
   EXPECT_EQ(handler->ObjectDebugInfo(report), 1);
@@ -215,3 +221,5 @@ TEST_F(CommandHandlerObject, SaysWhatIsWrongWithItsConfiguration) {
     }
   }
 }
+
+}  // namespace NoxHandlerTest

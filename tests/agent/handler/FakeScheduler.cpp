@@ -1,5 +1,7 @@
 #include "tests/agent/handler/FakeScheduler.h"
 
+#include "agent/Protocol.h"
+
 #include <chrono>
 #include <utility>
 
@@ -7,11 +9,13 @@ using BaseSDK::AGuid;
 using BaseSDK::AString;
 using Corvane::AgentInterfacesV3::INoxTaskScheduler;
 
+namespace NoxHandlerTest {
+
 namespace {
 
-constexpr const char* kClassId = "{5E0C8B0E-8A57-4D0B-9A7B-0B6E6F1D2A31}";
+constexpr const char* ClassId = NoxAgent::SchedulerClassId;
 // How long a test waits for what has to come; only a failing one waits so long.
-constexpr std::chrono::seconds kPatience{120};
+constexpr std::chrono::seconds Patience{120};
 
 }  // namespace
 
@@ -63,13 +67,13 @@ std::vector<std::string> FakeScheduler::States() const {
 
 std::vector<std::string> FakeScheduler::WaitForStates(std::size_t count) const {
   std::unique_lock lock(m_Lock);
-  (void)m_Changed.wait_for(lock, kPatience, [&] { return m_States.size() >= count; });
+  (void)m_Changed.wait_for(lock, Patience, [&] { return m_States.size() >= count; });
   return m_States;
 }
 
 bool FakeScheduler::WaitForOffers(std::size_t count) const {
   std::unique_lock lock(m_Lock);
-  return m_Changed.wait_for(lock, kPatience, [&] { return m_Offers >= count; });
+  return m_Changed.wait_for(lock, Patience, [&] { return m_Offers >= count; });
 }
 
 AString FakeScheduler::GetConfigString(const AString& section, const AString& key,
@@ -87,7 +91,7 @@ long FakeScheduler::OpenObject(const AString& classId, const AGuid& interfaceId,
   object = nullptr;
   ++m_Offers;
   m_Changed.notify_all();
-  if (!m_IsThere || classId != AString(kClassId) || !(interfaceId == INoxTaskScheduler::GetIID())) {
+  if (!m_IsThere || classId != AString(ClassId) || !(interfaceId == INoxTaskScheduler::GetIID())) {
     return -1;
   }
   object = static_cast<INoxTaskScheduler*>(this);
@@ -118,3 +122,5 @@ long FakeScheduler::GetTaskXML(const AString& taskId, AString& taskXml) {
   taskXml = AString(found->second.c_str());
   return 1;
 }
+
+}  // namespace NoxHandlerTest

@@ -11,8 +11,10 @@
 #include <string>
 #include <vector>
 
-// The agent and its task scheduler, as the command handler sees them: it is the process's host
-// while it lives, knows the tasks it was given, and remembers the states it was told. Any thread.
+namespace NoxHandlerTest {
+
+/// The agent and its task scheduler, as the command handler sees them: it is the process's host
+/// while it lives, knows the tasks it was given, and remembers the states it was told. Any thread.
 class FakeScheduler : public AgentSDK::AHost, public Corvane::AgentInterfacesV3::INoxTaskScheduler {
  public:
   FakeScheduler();
@@ -20,23 +22,23 @@ class FakeScheduler : public AgentSDK::AHost, public Corvane::AgentInterfacesV3:
 
   void AddStoredTask(const std::string& taskId, const std::string& xml = "<Task/>");
   void RemoveTask(const std::string& taskId);
-  // Whether tasks are in the scheduler's memory; those that are not cannot be told a state.
+  /// Whether tasks are in the scheduler's memory; those that are not cannot be told a state.
   void HoldTasks(bool hold);
   void SetConfig(const std::string& key, const std::string& value);
   void ForgetConfig(const std::string& key);
-  // Called whenever a task's document is asked for, on the thread that asks.
+  /// Called whenever a task's document is asked for, on the thread that asks.
   void OnQuestion(std::function<void()> call);
-  // Whether the scheduler's object can be opened.
+  /// Whether the scheduler's object can be opened.
   void BeThere(bool there);
 
-  // The states told so far, as "ID State", in order.
+  /// The states told so far, as "ID State", in order.
   std::vector<std::string> States() const;
-  // Waits until so many were told; those told, whatever came of the wait.
+  /// Waits until so many were told; those told, whatever came of the wait.
   std::vector<std::string> WaitForStates(std::size_t count) const;
-  // Waits until a state was offered so often, taken or not.
+  /// Waits until a state was offered so often, taken or not.
   bool WaitForOffers(std::size_t count) const;
 
-  // AHost
+  /// AHost
   long Subscribe(const BaseSDK::AString&, const long*, unsigned) override { return 1; }
   long PostNotification(long, const BaseSDK::AString&) override { return 1; }
   BaseSDK::AString GetConfigString(const BaseSDK::AString& section, const BaseSDK::AString& key,
@@ -44,7 +46,7 @@ class FakeScheduler : public AgentSDK::AHost, public Corvane::AgentInterfacesV3:
   long OpenObject(const BaseSDK::AString& classId, const BaseSDK::AGuid& interfaceId,
                   unsigned long flags, void*& object) override;
 
-  // INoxTaskScheduler: what handlers use.
+  /// INoxTaskScheduler: what handlers use.
   long SetRunState(const BaseSDK::AString& taskId, const BaseSDK::AString& state) override;
   long GetTaskXML(const BaseSDK::AString& taskId, BaseSDK::AString& taskXml) override;
   long Release() override { return 0; }
@@ -76,3 +78,5 @@ class FakeScheduler : public AgentSDK::AHost, public Corvane::AgentInterfacesV3:
   bool m_Holds = true;
   bool m_IsThere = true;
 };
+
+}  // namespace NoxHandlerTest

@@ -9,9 +9,11 @@
 #include <cerrno>
 #include <system_error>
 
+namespace NoxHandlerTest {
+
 namespace {
 
-constexpr int kPatienceMilliseconds = 120000;
+constexpr int PatienceMilliseconds = 120000;
 
 }  // namespace
 
@@ -32,7 +34,7 @@ Fifo::~Fifo() {
 
 std::string Fifo::ReadLine() {
   while (m_Text.find('\n') == std::string::npos) {
-    if (!Fill(kPatienceMilliseconds)) {
+    if (!Fill(PatienceMilliseconds)) {
       return std::string();
     }
   }
@@ -68,3 +70,5 @@ bool Fifo::Fill(int milliseconds) {
   m_Text.append(buffer.data(), static_cast<std::size_t>(got));
   return true;
 }
+
+}  // namespace NoxHandlerTest

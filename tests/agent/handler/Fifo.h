@@ -2,7 +2,9 @@
 
 #include <string>
 
-// A named pipe between a test and the jobs it runs: how one waits for the other without sleeping.
+namespace NoxHandlerTest {
+
+/// A named pipe between a test and the jobs it runs: how one waits for the other without sleeping.
 class Fifo {
  public:
   explicit Fifo(const std::string& path);
@@ -11,11 +13,11 @@ class Fifo {
   ~Fifo();
 
   const std::string& Path() const { return m_Path; }
-  // The next line that a job writes; empty when none comes in two minutes.
+  /// The next line that a job writes; empty when none comes in two minutes.
   std::string ReadLine();
-  // Whether a line is there already.
+  /// Whether a line is there already.
   bool HasLine();
-  // Lets one job's "read" return.
+  /// Lets one job's "read" return.
   void WriteLine(const std::string& line = "go");
 
  private:
@@ -25,3 +27,5 @@ class Fifo {
   int m_Fd;
   std::string m_Text;
 };
+
+}  // namespace NoxHandlerTest

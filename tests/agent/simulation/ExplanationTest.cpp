@@ -1,15 +1,15 @@
 #include "agent/client/Explanation.h"
 
-#include <gtest/gtest.h>
-
-#include <VirtualTime/Zone.h>
-
-#include <algorithm>
-
 #include "agent/document/DocumentSource.h"
 #include "agent/document/ProblemList.h"
 #include "agent/simulation/Simulation.h"
 #include "tests/agent/simulation/TaskText.h"
+
+#include <VirtualTime/Zone.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
 
 namespace NoxAgentTest {
 
@@ -19,8 +19,8 @@ using Strings = std::vector<std::string>;
 
 namespace {
 
-constexpr const char* kBerlin = "CET-1CEST,M3.5.0,M10.5.0/3";
-constexpr long kDay = 86400;
+constexpr const char* Berlin = "CET-1CEST,M3.5.0,M10.5.0/3";
+constexpr long Day = 86400;
 
 RuleWords WordsOf(const std::string& trigger) {
   const DocumentSource source(TaskText(trigger));
@@ -56,18 +56,23 @@ Strings DaysRun(const std::string& trigger, long from, int days) {
       BaseSDK::ADateTime(from - 1).ToString("%Y-%m-%d %H:%M:%S Ok").ToUtf8();
   request.m_Documents = {{"task", TaskText(trigger, lastRun)}};
   request.m_From = from;
-  request.m_To = from + days * kDay - 1;
+  request.m_To = from + days * Day - 1;
   Strings runs;
-  for (const SimulationEvent& event : Simulate(request))
-    if (event.m_Kind == Kind::Run) runs.push_back(Show(event.m_Time));
+  for (const SimulationEvent& event : Simulate(request)) {
+    if (event.m_Kind == Kind::Run) {
+      runs.push_back(Show(event.m_Time));
+    }
+  }
   return runs;
 }
 
 Strings DaysInWords(const RuleWords& words, long from, int days) {
   Strings starts;
   for (int day = 0; day < days; ++day) {
-    const long noon = from + day * kDay + kDay / 2;
-    if (words.ReasonsAgainst(noon).empty()) starts.push_back(Show(words.StartOnDayOf(noon)));
+    const long noon = from + day * Day + Day / 2;
+    if (words.ReasonsAgainst(noon).empty()) {
+      starts.push_back(Show(words.StartOnDayOf(noon)));
+    }
   }
   return starts;
 }
@@ -78,42 +83,43 @@ struct RuleRow {
 };
 
 const std::vector<RuleRow>& RuleRows() {
-  static const std::string begin = Begin("2005/03/01 08:00:00");
-  static const std::vector<RuleRow> rows = {
-      {TriggerText(1, begin), "daily at 08:00:00"},
-      {TriggerText(1, begin + Element("DaysInterval", 3)),
+  const std::string start = Begin("2005/03/01 08:00:00");
+  static const std::vector<RuleRow> Rows = {
+      {TriggerText(1, start), "daily at 08:00:00"},
+      {TriggerText(1, start + Element("DaysInterval", 3)),
        "every 3rd day counted from 2005-03-01 at 08:00:00"},
-      {TriggerText(2, begin + Element("DaysOfWeek", 62)),
+      {TriggerText(2, start + Element("DaysOfWeek", 62)),
        "weekly on Monday, Tuesday, Wednesday, Thursday and Friday at 08:00:00"},
-      {TriggerText(2, begin + Element("WeeksInterval", 2) + Element("DaysOfWeek", 34)),
+      {TriggerText(2, start + Element("WeeksInterval", 2) + Element("DaysOfWeek", 34)),
        "weekly, every 2nd week counted from the week of 2005-02-27, on Monday and Friday at "
        "08:00:00"},
-      {TriggerText(2, begin), "weekly on no weekday at all at 08:00:00"},
-      {TriggerText(3, begin + Element("DaysOfMonth", 16385) + Element("MonthsOfYear", 4095)),
+      {TriggerText(2, start), "weekly on no weekday at all at 08:00:00"},
+      {TriggerText(3, start + Element("DaysOfMonth", 16385) + Element("MonthsOfYear", 4095)),
        "monthly on days 1 and 15 of every month at 08:00:00"},
-      {TriggerText(3, begin + Element("DaysOfMonth", 2) + Element("MonthsOfYear", 5)),
+      {TriggerText(3, start + Element("DaysOfMonth", 2) + Element("MonthsOfYear", 5)),
        "monthly on day 2 of January and March at 08:00:00"},
-      {TriggerText(4, begin + Element("DaysOfWeek", 2) + Element("MonthsOfYear", 4095)),
+      {TriggerText(4, start + Element("DaysOfWeek", 2) + Element("MonthsOfYear", 4095)),
        "monthly on Monday of week 1 (days 1 to 6) of every month at 08:00:00"},
       {TriggerText(
-           4, begin + Element("DaysOfWeek", 127) + Element("Week", 5) + Element("MonthsOfYear", 4)),
+           4, start + Element("DaysOfWeek", 127) + Element("Week", 5) + Element("MonthsOfYear", 4)),
        "monthly on every weekday of week 5 (days 28 to 31) of March at 08:00:00"},
       {TriggerText(0, Begin("2005/03/20 08:00:00")), "once, on 2005-03-20 at 08:00:00"},
-      {TriggerText(-2, begin), "daily at 08:00:00"},
+      {TriggerText(-2, start), "daily at 08:00:00"},
   };
-  return rows;
+  return Rows;
 }
 
 }  // namespace
 
 TEST(RuleWords, TellTheRule) {
-  const VirtualTime::Zone zone(kBerlin);
-  for (const RuleRow& row : RuleRows())
+  const VirtualTime::Zone zone(Berlin);
+  for (const RuleRow& row : RuleRows()) {
     EXPECT_EQ(WordsOf(row.m_Trigger).Rule(), row.m_Words) << row.m_Trigger;
+  }
 }
 
 TEST(RuleWords, TellTheRepetition) {
-  const VirtualTime::Zone zone(kBerlin);
+  const VirtualTime::Zone zone(Berlin);
   const auto rule = [](const std::string& attributes) {
     return WordsOf(TriggerText(1, Begin("2005/03/01 08:00:00"), attributes)).Rule();
   };
@@ -134,13 +140,12 @@ TEST(RuleWords, TellWhatNeverFires) {
 
 // The words are a second telling of the schedule: here they are held against the first.
 TEST(RuleWords, AgreeWithTheSchedulerOnTheDays) {
-  for (const char* const zoneName : {kBerlin, "EST5EDT,M3.2.0,M11.1.0", "UTC0"}) {
+  for (const char* const zoneName : {Berlin, "EST5EDT,M3.2.0,M11.1.0", "UTC0"}) {
     const VirtualTime::Zone zone(zoneName);
     for (const RuleRow& row : RuleRows()) {
-      constexpr int kDays = 40;
+      constexpr int Days = 40;
       const long from = Local("2005-03-10 00:00:00");
-      EXPECT_EQ(DaysInWords(WordsOf(row.m_Trigger), from, kDays),
-                DaysRun(row.m_Trigger, from, kDays))
+      EXPECT_EQ(DaysInWords(WordsOf(row.m_Trigger), from, Days), DaysRun(row.m_Trigger, from, Days))
           << zoneName << ' ' << row.m_Trigger;
     }
   }
@@ -168,7 +173,7 @@ TEST(RuleWords, TellEveryReasonAgainstADay) {
 }
 
 TEST(Explanation, TellsWhyADailyTaskIsNotDue) {
-  const VirtualTime::Zone zone(kBerlin);
+  const VirtualTime::Zone zone(Berlin);
   const auto explanation =
       Explained(TaskText(TriggerText(1, Begin("2024/03/01 08:00:00")), "2024-03-04 08:00:00 Ok"),
                 "2024-03-04 12:00:00");
@@ -187,7 +192,7 @@ TEST(Explanation, TellsWhyADailyTaskIsNotDue) {
 }
 
 TEST(Explanation, TellsOfADueTask) {
-  const VirtualTime::Zone zone(kBerlin);
+  const VirtualTime::Zone zone(Berlin);
   const std::string xml =
       TaskText(TriggerText(1, Begin("2024/03/01 08:00:00")), "2024-03-03 08:00:00 Ok");
   EXPECT_EQ(Explained(xml, "2024-03-04 08:00:00").Verdict(), "The task runs: a trigger is due.");
@@ -199,7 +204,7 @@ TEST(Explanation, TellsOfADueTask) {
 }
 
 TEST(Explanation, UnfinishedRunCountsAsNeverRun) {
-  const VirtualTime::Zone zone(kBerlin);
+  const VirtualTime::Zone zone(Berlin);
   const auto explanation = Explained(
       TaskText(TriggerText(1, Begin("2024/03/01 08:00:00")), "2024-03-04 08:00:00 Started"),
       "2024-03-04 12:00:00");
@@ -209,7 +214,7 @@ TEST(Explanation, UnfinishedRunCountsAsNeverRun) {
 }
 
 TEST(Explanation, RunAtOrAfterTheMomentIsSaidToBeSo) {
-  const VirtualTime::Zone zone(kBerlin);
+  const VirtualTime::Zone zone(Berlin);
   const std::string xml =
       TaskText(TriggerText(1, Begin("2024/03/01 08:00:00")), "2024-03-04 08:00:00 Ok");
   EXPECT_NE(Text(Explained(xml, "2024-03-04 08:00:00")).find("the task did run"),
@@ -222,7 +227,7 @@ TEST(Explanation, RunAtOrAfterTheMomentIsSaidToBeSo) {
 }
 
 TEST(Explanation, TellsWhatKeepsATaskFromRunningForGood) {
-  const VirtualTime::Zone zone(kBerlin);
+  const VirtualTime::Zone zone(Berlin);
   const std::string trigger = TriggerText(1, Begin("2024/03/01 08:00:00"));
   EXPECT_EQ(Explained(TaskText(trigger, {}, false), "2024-03-04 12:00:00").Verdict(),
             "The task does not run: it is disabled.");
@@ -237,7 +242,7 @@ TEST(Explanation, TellsWhatKeepsATaskFromRunningForGood) {
 }
 
 TEST(Explanation, DueInWordsAndInJsonIsWhatTheSchedulerSays) {
-  const VirtualTime::Zone zone(kBerlin);
+  const VirtualTime::Zone zone(Berlin);
   const std::string xml =
       TaskText(TriggerText(1, Begin("2024/03/01 08:00:00"), "Interval=\"30\" Duration=\"120\""),
                "2024-03-04 08:00:10 Ok");

@@ -1,16 +1,16 @@
 // noxctl simulate, next and explain as people call them; the real nox-simulate answers.
-#include <gtest/gtest.h>
-
-#include <VirtualTime/Zone.h>
-
-#include <sstream>
-
 #include "agent/client/Client.h"
 #include "agent/client/ExitCode.h"
 #include "agent/client/RunCalendar.h"
 #include "agent/client/TimeArgument.h"
 #include "tests/agent/simulation/TaskText.h"
 #include "tests/support/TempDir.h"
+
+#include <VirtualTime/Zone.h>
+
+#include <gtest/gtest.h>
+
+#include <sstream>
 
 namespace NoxAgentTest {
 
@@ -41,7 +41,7 @@ class SimulateCommands : public testing::Test {
   std::ostringstream m_Out, m_Err;
 };
 
-constexpr const char* kNewYork = "EST5EDT,M3.2.0,M11.1.0";
+constexpr const char* NewYork = "EST5EDT,M3.2.0,M11.1.0";
 
 }  // namespace
 
@@ -49,7 +49,7 @@ TEST_F(SimulateCommands, SimulateListsRunsWithTheirLocalTime) {
   const std::string file = DailyFile();
   const std::string before = m_Dir.Read("backup.xml");
   ASSERT_EQ(Run({"simulate", file, "--from", "2024-03-10", "--to", "2024-03-11T12:00", "--zone",
-                 kNewYork}),
+                 NewYork}),
             0)
       << m_Err.str();
   EXPECT_NE(m_Out.str().find("2024-03-10 00:00:00 -0500  backup  run"), std::string::npos)
@@ -87,9 +87,11 @@ TEST_F(SimulateCommands, OptionsMayStandBeforeTheFilesAndSeveralTimes) {
       << m_Err.str();
   std::vector<std::string> events;
   const Json answer = Json::Parse(m_Out.str());
-  for (const Json& event : answer.Items())
-    if (event["event"] != "notification")
+  for (const Json& event : answer.Items()) {
+    if (event["event"] != "notification") {
       events.push_back(event["time"].Text().substr(11, 8) + " " + event["event"].Text());
+    }
+  }
   EXPECT_EQ(events, (std::vector<std::string>{
                         "01:00:00 gate closed", "03:00:00 gate opened", "03:00:00 run",
                         "03:00:00 finished", "04:01:00 clock set", "04:01:00 run",
@@ -125,7 +127,7 @@ TEST_F(SimulateCommands, DocumentThatIsNoneIsRefused) {
 }
 
 TEST_F(SimulateCommands, NextTellsTheRunsAndWhenThereAreNone) {
-  ASSERT_EQ(Run({"next", DailyFile(), "-n", "2", "--from", "2024-03-10", "--zone", kNewYork}), 0)
+  ASSERT_EQ(Run({"next", DailyFile(), "-n", "2", "--from", "2024-03-10", "--zone", NewYork}), 0)
       << m_Err.str();
   EXPECT_NE(m_Out.str().find("2024-03-10 00:00:00 -0500"), std::string::npos) << m_Out.str();
   EXPECT_NE(m_Out.str().find("2024-03-10 03:30:00 -0400"), std::string::npos) << m_Out.str();
@@ -144,7 +146,7 @@ TEST_F(SimulateCommands, SimulateOfASpanWithoutEventsSaysSo) {
 }
 
 TEST_F(SimulateCommands, NoLineEndsInABlank) {
-  ASSERT_EQ(Run({"next", DailyFile(), "--from", "2024-03-10", "--zone", kNewYork}), 0);
+  ASSERT_EQ(Run({"next", DailyFile(), "--from", "2024-03-10", "--zone", NewYork}), 0);
   EXPECT_EQ(m_Out.str().find(" \n"), std::string::npos) << m_Out.str();
 }
 
@@ -170,10 +172,12 @@ TEST_F(SimulateCommands, ExplainTellsThatTheGateOfAFileIsAssumed) {
 TEST(TimeArgument, TakesTheFormsOfLocalTime) {
   const VirtualTime::Zone zone("UTC0");
   for (const char* const text : {"2024-03-10 00:00:00", "2024-03-10T00:00:00", "2024-03-10 00:00",
-                                 "2024-03-10T00:00", "2024-03-10"})
+                                 "2024-03-10T00:00", "2024-03-10"}) {
     EXPECT_EQ(ReadTime("--at", text), 1710028800) << text;
-  for (const char* const text : {"", "10:00", "2024-3-1", "2024-02-30", "2024-03-10 24:00"})
+  }
+  for (const char* const text : {"", "10:00", "2024-3-1", "2024-02-30", "2024-03-10 24:00"}) {
     EXPECT_THROW((void)ReadTime("--at", text), CommandError) << text;
+  }
   EXPECT_EQ(ReadClockStep("--clock-step", "2024-03-10=-60").m_Seconds, -60);
   EXPECT_THROW((void)ReadClockStep("--clock-step", "2024-03-10=60"), CommandError);
 }

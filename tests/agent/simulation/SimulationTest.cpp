@@ -1,14 +1,14 @@
 // The real plug-in, loaded from its shared object, under virtual time.
 #include "agent/simulation/Simulation.h"
 
-#include <gtest/gtest.h>
+#include "tests/agent/simulation/TaskText.h"
 
 #include <VirtualTime/Zone.h>
 
+#include <gtest/gtest.h>
+
 #include <string>
 #include <vector>
-
-#include "tests/agent/simulation/TaskText.h"
 
 namespace NoxAgentTest {
 
@@ -18,8 +18,8 @@ using Strings = std::vector<std::string>;
 
 namespace {
 
-constexpr const char* kNewYork = "EST5EDT,M3.2.0,M11.1.0";
-constexpr long kEnd = 2147483647;
+constexpr const char* NewYork = "EST5EDT,M3.2.0,M11.1.0";
+constexpr long End = 2147483647;
 
 std::string Daily(const std::string& begin, const std::string& attributes = {}) {
   return TriggerText(1, Begin(begin), attributes);
@@ -29,7 +29,7 @@ SimulationRequest Request(const std::string& xml, const std::string& from, const
   SimulationRequest request;
   request.m_Documents.push_back({"task", xml});
   request.m_From = Local(from);
-  request.m_To = to.empty() ? kEnd : Local(to);
+  request.m_To = to.empty() ? End : Local(to);
   return request;
 }
 
@@ -42,25 +42,36 @@ SimulationRequest NextRequest(const std::string& xml, const std::string& from, u
 
 std::string Line(const SimulationEvent& event) {
   std::string line = Show(event.m_Time) + " " + ToJson(event).At("event").Text();
-  if (!event.m_State.empty()) line += " " + event.m_State;
-  if (event.m_Late) line += " late";
-  if (event.m_NeverRun) line += " never-run";
-  if (event.m_KillAtEnd) line += " kill";
+  if (!event.m_State.empty()) {
+    line += " " + event.m_State;
+  }
+  if (event.m_Late) {
+    line += " late";
+  }
+  if (event.m_NeverRun) {
+    line += " never-run";
+  }
+  if (event.m_KillAtEnd) {
+    line += " kill";
+  }
   return line;
 }
 
 // All but notifications.
 Strings Lines(const std::vector<SimulationEvent>& events) {
   Strings lines;
-  for (const SimulationEvent& event : events)
-    if (event.m_Kind != Kind::Notification) lines.push_back(Line(event));
+  for (const SimulationEvent& event : events) {
+    if (event.m_Kind != Kind::Notification) {
+      lines.push_back(Line(event));
+    }
+  }
   return lines;
 }
 
 }  // namespace
 
 TEST(Simulate, RunsEachDayAtItsLocalTimeAcrossTheChangeOfTheClock) {
-  const VirtualTime::Zone zone(kNewYork);
+  const VirtualTime::Zone zone(NewYork);
   const auto request = Request(TaskText(Daily("2024/03/09 02:30:00", "KillAtEnd=\"1\"")),
                                "2024-03-09 00:00:00", "2024-03-12 00:00:00");
   EXPECT_EQ(Lines(Simulate(request)), (Strings{"2024-03-09 02:30:00 -0500 run Ok never-run kill",
@@ -157,7 +168,7 @@ TEST(Simulate, HandlerThatIsNoClassIdentifierIsToldOf) {
 }
 
 TEST(Simulate, SameRequestSameAnswer) {
-  const VirtualTime::Zone zone(kNewYork);
+  const VirtualTime::Zone zone(NewYork);
   auto request = Request(TaskText(Daily("2024/03/01 08:00:00", "Interval=\"20\" Duration=\"180\"")),
                          "2024-03-01 00:00:00", "2024-04-01 00:00:00");
   request.m_Documents.push_back({"other", TaskText(Daily("2024/03/01 08:20:00"))});
@@ -178,8 +189,8 @@ TEST(SimulationRequest, SurvivesTheWayToTheProgram) {
   request.m_ClockSteps = {{6, -7}};
   request.m_RunSeconds = 8;
   request.m_FailAt = {9};
-  const auto Json = ToJson(request);
-  EXPECT_EQ(Json, ToJson(SimulationRequestFrom(Json)));
+  const auto json = ToJson(request);
+  EXPECT_EQ(json, ToJson(SimulationRequestFrom(json)));
 }
 
 struct NextRow {
@@ -199,32 +210,34 @@ TEST_P(FindNext, TellsTheComingRuns) {
   const auto count = static_cast<unsigned>(row.m_Runs.size() + (row.m_Ends ? 1 : 0));
   const NextRuns answer = FindNextRuns(NextRequest(row.m_Xml, row.m_From, count));
   Strings runs;
-  for (const SimulationEvent& event : answer.m_Runs) runs.push_back(Show(event.m_Time));
+  for (const SimulationEvent& event : answer.m_Runs) {
+    runs.push_back(Show(event.m_Time));
+  }
   EXPECT_EQ(runs, row.m_Runs) << row.m_Name << ' ' << row.m_Zone << ' ' << row.m_Xml;
-  EXPECT_TRUE(!row.m_Ends || answer.m_SearchedUntil == kEnd) << answer.m_SearchedUntil;
+  EXPECT_TRUE(!row.m_Ends || answer.m_SearchedUntil == End) << answer.m_SearchedUntil;
 }
 
-const std::string kRan = "2024-03-01 12:00:00 Ok";
+const std::string Ran = "2024-03-01 12:00:00 Ok";
 
 INSTANTIATE_TEST_SUITE_P(
     Rows, FindNext,
     testing::Values(
         NextRow{
             "AcrossSpring",
-            kNewYork,
+            NewYork,
             TaskText(Daily("2024/03/01 02:30:00"), "2024-03-08 02:30:00 Ok"),
             "2024-03-08 12:00:00",
             {"2024-03-09 02:30:00 -0500", "2024-03-10 03:30:00 -0400", "2024-03-11 02:30:00 -0400"},
             false},
         NextRow{"AcrossAutumn",
-                kNewYork,
+                NewYork,
                 TaskText(Daily("2024/03/01 01:30:00"), "2024-11-02 01:30:00 Ok"),
                 "2024-11-02 12:00:00",
                 {"2024-11-03 01:30:00 -0400", "2024-11-04 01:30:00 -0500"},
                 false},
         NextRow{"Repetitions",
                 "UTC0",
-                TaskText(Daily("2024/03/01 08:00:00", "Interval=\"30\" Duration=\"60\""), kRan),
+                TaskText(Daily("2024/03/01 08:00:00", "Interval=\"30\" Duration=\"60\""), Ran),
                 "2024-03-02 07:00:00",
                 {"2024-03-02 08:00:00 +0000", "2024-03-02 08:30:00 +0000",
                  "2024-03-02 09:00:00 +0000", "2024-03-03 08:00:00 +0000"},
@@ -234,7 +247,7 @@ INSTANTIATE_TEST_SUITE_P(
                 TaskText(TriggerText(3, Begin("2024/01/01 08:00:00") +
                                             Element("DaysOfMonth", 1L << 28) +
                                             Element("MonthsOfYear", 2)),
-                         kRan),
+                         Ran),
                 "2024-03-02 07:00:00",
                 {"2028-02-29 08:00:00 +0000", "2032-02-29 08:00:00 +0000"},
                 false},
@@ -243,7 +256,7 @@ INSTANTIATE_TEST_SUITE_P(
                 TaskText(TriggerText(3, Begin("2024/01/01 08:00:00") +
                                             Element("DaysOfMonth", 1L << 29) +
                                             Element("MonthsOfYear", 2)),
-                         kRan),
+                         Ran),
                 "2024-03-02 07:00:00",
                 {},
                 true},
@@ -274,24 +287,29 @@ INSTANTIATE_TEST_SUITE_P(
         // Whatever the scheduler runs is told, also what its own search for the next run misses.
         NextRow{"JustAfterMidnight",
                 "UTC0",
-                TaskText(Daily("2024/03/01 00:00:10"), kRan),
+                TaskText(Daily("2024/03/01 00:00:10"), Ran),
                 "2024-03-01 23:59:30",
                 {"2024-03-02 00:00:10 +0000", "2024-03-03 00:00:10 +0000"},
                 false}),
     [](const auto& row) { return row.param.m_Name; });
 
 TEST(FindNextRuns, AgreesWithTheSimulationOfAllTime) {
-  const VirtualTime::Zone zone(kNewYork);
+  const VirtualTime::Zone zone(NewYork);
   const std::string xml =
       TaskText(TriggerText(2, Begin("2024/01/03 23:30:00") + Element("WeeksInterval", 2) +
                                   Element("DaysOfWeek", 9)),
                "2024-01-03 23:30:00 Ok");
   const auto request = Request(xml, "2024-01-04 12:00:00", "2024-05-01 00:00:00");
   Strings simulated, found;
-  for (const auto& event : Simulate(request))
-    if (event.m_Kind == Kind::Run) simulated.push_back(Line(event));
+  for (const auto& event : Simulate(request)) {
+    if (event.m_Kind == Kind::Run) {
+      simulated.push_back(Line(event));
+    }
+  }
   auto next = NextRequest(xml, "2024-01-04 12:00:00", static_cast<unsigned>(simulated.size()));
-  for (const auto& event : FindNextRuns(next).m_Runs) found.push_back(Line(event));
+  for (const auto& event : FindNextRuns(next).m_Runs) {
+    found.push_back(Line(event));
+  }
   EXPECT_GT(simulated.size(), 10U);
   EXPECT_EQ(simulated, found);
 }

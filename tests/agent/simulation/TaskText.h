@@ -31,7 +31,7 @@ inline std::string TaskText(const std::string& triggers, const std::string& last
          triggers + "</Schedule>" + history + "</Task>";
 }
 
-// Seconds since the epoch of "2024-03-10 08:00:00" in the zone in force.
+/// Seconds since the epoch of "2024-03-10 08:00:00" in the zone in force.
 inline long Local(const std::string& time) {
   return BaseSDK::ADateTime(BaseSDK::AString::FromUtf8(time)).GetTime();
 }

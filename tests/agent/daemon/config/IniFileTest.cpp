@@ -1,8 +1,8 @@
 #include "agent/daemon/config/IniFile.h"
 
-#include <gtest/gtest.h>
-
 #include "tests/support/TempDir.h"
+
+#include <gtest/gtest.h>
 
 using BaseSDK::AString;
 

@@ -1,9 +1,9 @@
 #include "agent/daemon/config/PluginConfig.h"
 
-#include <gtest/gtest.h>
-
 #include "agent/daemon/AgentError.h"
 #include "tests/support/TempDir.h"
+
+#include <gtest/gtest.h>
 
 using BaseSDK::AString;
 

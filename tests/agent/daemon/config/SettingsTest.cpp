@@ -1,12 +1,12 @@
 #include "agent/daemon/config/Settings.h"
 
-#include <gtest/gtest.h>
-
-#include <map>
-
 #include "agent/daemon/AgentError.h"
 #include "agent/daemon/config/BuiltInPlugins.h"
 #include "tests/support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
 
 using BaseSDK::ALogger;
 using BaseSDK::AString;

@@ -1,9 +1,10 @@
 #include "agent/daemon/control/Api.h"
 
-#include <AgentInterfacesV3/AInterfaceTable.h>
-#include <gtest/gtest.h>
-
 #include "tests/agent/daemon/TestAgent.h"
+
+#include <AgentInterfacesV3/AInterfaceTable.h>
+
+#include <gtest/gtest.h>
 
 using Corvane::AgentInterfacesV3::AInterfaceTable;
 namespace NoxAgent {
@@ -120,7 +121,7 @@ TEST_F(ApiTest, OpensObjectsByTheirClassForPlugins) {
   AgentSDK::AHost& host = m_Agent.m_Host;
   const BaseSDK::AGuid handler("{5D1F6B0A-94C7-4E0B-8A35-6E2B7F91C004}");
   void* object = nullptr;
-  ASSERT_GT(host.OpenObject(TestAgent::kClassId, handler, 0, object), 0);
+  ASSERT_GT(host.OpenObject(TestAgent::ClassId, handler, 0, object), 0);
   auto* const opened = static_cast<HandlerCalls::Handler*>(object);
   EXPECT_EQ(opened->RunTasksEx("a:0:0:0;"), 1);
   EXPECT_FALSE(m_Agent.m_HandlerCalls.WaitUntilNone(0));
@@ -135,7 +136,7 @@ TEST_F(ApiTest, OpensObjectsByTheirClassForPlugins) {
   EXPECT_LT(host.OpenObject("", handler, 0, object), 0);
   EXPECT_LT(host.OpenObject("{AAAAAAAA-0000-0000-0000-000000000002}", handler, 0, object), 0)
       << "it does not serve this interface";
-  EXPECT_LT(host.OpenObject(TestAgent::kClassId, handler, 1, object), 0);
+  EXPECT_LT(host.OpenObject(TestAgent::ClassId, handler, 1, object), 0);
 }
 
 TEST_F(ApiTest, RefusesToGuessWhichPluginAsks) {

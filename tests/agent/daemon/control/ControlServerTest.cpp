@@ -1,16 +1,17 @@
 #include "agent/daemon/control/ControlServer.h"
 
-#include <fcntl.h>
+#include "tests/agent/daemon/TestAgent.h"
+#include "tests/agent/daemon/control/RawClient.h"
+
 #include <gtest/gtest.h>
+
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <fstream>
 #include <thread>
 #include <vector>
-
-#include "tests/agent/daemon/TestAgent.h"
-#include "tests/agent/daemon/control/RawClient.h"
 
 namespace NoxAgent {
 namespace {
@@ -36,22 +37,22 @@ class ControlServerTest : public testing::Test {
   TestAgent m_Agent;
 };
 
-constexpr unsigned kLong = TestAgent::LongPatience.m_ToRead;
+constexpr unsigned Long = TestAgent::LongPatience.m_ToRead;
 
 // Each gives clients hardly any time for one thing, and all the time they need for everything else.
 class ControlServerThatReadsBriefly : public ControlServerTest {
  protected:
-  ControlServerThatReadsBriefly() : ControlServerTest({1, kLong, kLong, kLong}) {}
+  ControlServerThatReadsBriefly() : ControlServerTest({1, Long, Long, Long}) {}
 };
 
 class ControlServerThatKeepsBriefly : public ControlServerTest {
  protected:
-  ControlServerThatKeepsBriefly() : ControlServerTest({kLong, kLong, kLong, 1}) {}
+  ControlServerThatKeepsBriefly() : ControlServerTest({Long, Long, Long, 1}) {}
 };
 
 class ControlServerWithoutTimeToWait : public ControlServerTest {
  protected:
-  ControlServerWithoutTimeToWait() : ControlServerTest({kLong, kLong, 1, kLong}) {}
+  ControlServerWithoutTimeToWait() : ControlServerTest({Long, Long, 1, Long}) {}
 };
 
 TEST_F(ControlServerTest, ServesAtASocketOfMode0660) {
@@ -441,12 +442,12 @@ TEST_F(ControlServerTest, MemoryStaysLevelUnderHostileRequests) {
   };
   // A leak of the bodies of a round would be more than 100 MiB, each time. What each thread keeps
   // for good is less, but which of them is at work for the first time is anyone's guess.
-  constexpr long kLevel = 20 * 1024;
+  constexpr long Level = 20 * 1024;
   long grown = growth();
-  for (int attempt = 0; attempt < 5 && grown >= kLevel; ++attempt) {
+  for (int attempt = 0; attempt < 5 && grown >= Level; ++attempt) {
     grown = growth();
   }
-  EXPECT_LT(grown, kLevel);
+  EXPECT_LT(grown, Level);
 }
 
 }  // namespace

@@ -1,11 +1,11 @@
 #include "agent/daemon/control/EnumerationHandles.h"
 
+#include "tests/agent/daemon/TestAgent.h"
+
 #include <gtest/gtest.h>
 
 #include <set>
 #include <thread>
-
-#include "tests/agent/daemon/TestAgent.h"
 
 namespace NoxAgent {
 namespace {

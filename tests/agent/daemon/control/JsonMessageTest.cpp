@@ -1,11 +1,12 @@
 #include "agent/daemon/control/JsonMessage.h"
 
-#include <AgentInterfacesV3/INoxObjectTable.h>
-#include <AgentInterfacesV3/INoxTaskSchedulerTable.h>
-#include <gtest/gtest.h>
-
 #include "agent/daemon/control/RequestError.h"
 #include "agent/library/Json.h"
+
+#include <AgentInterfacesV3/INoxObjectTable.h>
+#include <AgentInterfacesV3/INoxTaskSchedulerTable.h>
+
+#include <gtest/gtest.h>
 
 using BaseSDK::AString;
 using namespace Corvane::AgentInterfacesV3;

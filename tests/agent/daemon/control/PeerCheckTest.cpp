@@ -1,28 +1,29 @@
 #include "agent/daemon/control/PeerCheck.h"
 
 #include <gtest/gtest.h>
+
 #include <sys/socket.h>
 #include <unistd.h>
 
 namespace NoxAgent {
 namespace {
 
-constexpr uid_t kStranger = 54321;
+constexpr uid_t Stranger = 54321;
 
 TEST(PeerCheck, AdmitsRootAndTheAgentsOwnUser) {
   const PeerCheck check(std::nullopt);
   const gid_t groups[] = {54321};
   EXPECT_TRUE(check.Admits(0, groups, 1));
   EXPECT_TRUE(check.Admits(::geteuid(), groups, 1));
-  EXPECT_FALSE(check.Admits(kStranger, groups, 1));
+  EXPECT_FALSE(check.Admits(Stranger, groups, 1));
 }
 
 TEST(PeerCheck, AdmitsTheMembersOfTheGroup) {
   const PeerCheck check(gid_t{77});
   const gid_t groups[] = {5, 77, 9};
-  EXPECT_TRUE(check.Admits(kStranger, groups, 3));
-  EXPECT_FALSE(check.Admits(kStranger, groups, 1));
-  EXPECT_FALSE(check.Admits(kStranger, groups, 0));
+  EXPECT_TRUE(check.Admits(Stranger, groups, 3));
+  EXPECT_FALSE(check.Admits(Stranger, groups, 1));
+  EXPECT_FALSE(check.Admits(Stranger, groups, 0));
 }
 
 TEST(PeerCheck, AsksTheKernelWhoConnected) {

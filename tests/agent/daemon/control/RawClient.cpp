@@ -14,7 +14,7 @@
 namespace NoxAgent {
 namespace {
 
-constexpr int kPatienceMilliseconds = 30000;
+constexpr int PatienceMilliseconds = 30000;
 
 }  // namespace
 
@@ -70,7 +70,7 @@ std::string RawClient::ReadUntil(const std::string& end) {
 
 bool RawClient::ReadMore() {
   pollfd entry{m_Fd, POLLIN, 0};
-  if (::poll(&entry, 1, kPatienceMilliseconds) != 1) {
+  if (::poll(&entry, 1, PatienceMilliseconds) != 1) {
     throw std::runtime_error("no more came after: " + m_Input);
   }
   char buffer[65536];

@@ -1,15 +1,15 @@
 #include "agent/daemon/control/TaskBorder.h"
 
-#include <gtest/gtest.h>
-
 #include "tests/agent/daemon/TestAgent.h"
+
+#include <gtest/gtest.h>
 
 using BaseSDK::AString;
 namespace NoxAgent {
 namespace {
 
 // A handler's class identifier, begin date and anything else of a daily task.
-std::string Document(const std::string& handler = TestAgent::kClassId,
+std::string Document(const std::string& handler = TestAgent::ClassId,
                      const std::string& date = "2035/01/01 08:00:00",
                      const std::string& more = {}) {
   return "<Task>\n<HandlerCLSID>" + handler +
@@ -109,7 +109,7 @@ TEST_F(TaskBorderTest, RefusesDocumentsThatAreNone) {
   for (const std::string& bad :
        {std::string(), std::string("text"), std::string("<Other/>"),
         std::string("<Task>\x01</Task>"),
-        Document(TestAgent::kClassId, "2035/01/01 08:00:00",
+        Document(TestAgent::ClassId, "2035/01/01 08:00:00",
                  "<Description>" + std::string(1024 * 1024, 'x') + "</Description>")}) {
     EXPECT_EQ(Add(bad)["error"]["code"], "bad-document") << bad.substr(0, 60);
     EXPECT_EQ(Add(bad, "?force=1")["error"]["code"], "bad-document") << bad.substr(0, 60);
@@ -119,7 +119,7 @@ TEST_F(TaskBorderTest, RefusesDocumentsThatAreNone) {
 
 TEST_F(TaskBorderTest, WritesWhatIsNotAsciiAsReferences) {
   const std::string description = "<Description>caf\xC3\xA9 \xF0\x9F\x98\x80</Description>";
-  const Json answer = Add(Document(TestAgent::kClassId, "2035/01/01 08:00:00", description));
+  const Json answer = Add(Document(TestAgent::ClassId, "2035/01/01 08:00:00", description));
   EXPECT_EQ(answer["result"], 1) << answer;
   const std::string stored = Stored();
   EXPECT_NE(stored.find("caf&#"), std::string::npos) << stored;
@@ -147,12 +147,12 @@ TEST_F(TaskBorderTest, RefusesWhatWouldNeverRunUnlessForced) {
     const char* m_Why;
     std::string m_Document;
   } rows[] = {
-      {"no trigger", "<Task><HandlerCLSID>" + std::string(TestAgent::kClassId) +
+      {"no trigger", "<Task><HandlerCLSID>" + std::string(TestAgent::ClassId) +
                          "</HandlerCLSID><Schedule/></Task>"},
-      {"unknown type", "<Task><HandlerCLSID>" + std::string(TestAgent::kClassId) +
+      {"unknown type", "<Task><HandlerCLSID>" + std::string(TestAgent::ClassId) +
                            "</HandlerCLSID><Schedule><Trigger Type=\"9\"/></Schedule></Task>"},
-      {"no date", Document(TestAgent::kClassId, "tomorrow")},
-      {"ended", Document(TestAgent::kClassId, "2001/01/01 08:00:00",
+      {"no date", Document(TestAgent::ClassId, "tomorrow")},
+      {"ended", Document(TestAgent::ClassId, "2001/01/01 08:00:00",
                          "<EndDate>2001/02/01 08:00:00</EndDate>")},
       {"no handler", Document("")},
       {"unknown handler", Document("{AAAAAAAA-0000-0000-0000-00000000000F}")},
@@ -177,7 +177,7 @@ TEST_F(TaskBorderTest, NamesThePlaceOfAHandlerThatIsNotThere) {
 }
 
 TEST_F(TaskBorderTest, PassesWhatIsMerelyOddAndSaysSo) {
-  const Json answer = Add(Document(TestAgent::kClassId, "2035/01/01 08:00:00", "<Odd>1</Odd>"));
+  const Json answer = Add(Document(TestAgent::ClassId, "2035/01/01 08:00:00", "<Odd>1</Odd>"));
   EXPECT_EQ(answer["result"], 1) << answer;
   ASSERT_TRUE(answer.Has("warnings")) << answer;
   EXPECT_EQ(answer["warnings"].At(0)["line"], 3) << answer;

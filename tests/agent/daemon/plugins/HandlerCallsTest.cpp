@@ -1,10 +1,10 @@
 #include "agent/daemon/plugins/HandlerCalls.h"
 
+#include "tests/support/FakeHandler.h"
+
 #include <gtest/gtest.h>
 
 #include <thread>
-
-#include "tests/support/FakeHandler.h"
 
 using BaseSDK::AString;
 

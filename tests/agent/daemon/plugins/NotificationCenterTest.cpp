@@ -1,8 +1,8 @@
 #include "agent/daemon/plugins/NotificationCenter.h"
 
-#include <gtest/gtest.h>
-
 #include "tests/agent/daemon/TestAgent.h"
+
+#include <gtest/gtest.h>
 
 namespace NoxAgent {
 namespace {

@@ -1,20 +1,22 @@
 #include "agent/daemon/plugins/PluginLifecycle.h"
 
+#include "agent/daemon/AgentError.h"
+#include "tests/agent/daemon/TestAgent.h"
+#include "tests/support/FakeHandler.h"
+#include "tests/support/ForwardingFileSystem.h"
+#include "tests/support/LogCapture.h"
+
 #include <BaseSDK/AEvent.h>
 #include <BaseSDK/AThreadRest.h>
+
 #include <gtest/gtest.h>
+
 #include <sys/stat.h>
 
 #include <condition_variable>
 #include <mutex>
 #include <string_view>
 #include <thread>
-
-#include "agent/daemon/AgentError.h"
-#include "tests/agent/daemon/TestAgent.h"
-#include "tests/support/FakeHandler.h"
-#include "tests/support/ForwardingFileSystem.h"
-#include "tests/support/LogCapture.h"
 
 using BaseSDK::AString;
 namespace NoxAgent {
@@ -55,7 +57,7 @@ class HoldingFileSystem : public TestSupport::ForwardingFileSystem {
   bool m_Released = false;
 };
 
-constexpr const char* kTaskConfig =
+constexpr const char* TaskConfig =
     "task_storage_path=%installdir%/tasks\ntask_file_extension=.vsk\n";
 
 std::string ErrorOfLoad(TestAgent& agent) {
@@ -100,7 +102,7 @@ TEST(PluginLifecycle, UnloadsInReverseOrderAndTellsWhoIsLeft) {
 TEST(PluginLifecycle, APluginIsToldOfEveryGoingItsOwnToo) {
   TestSupport::LogCapture log;
   TestAgent agent;
-  agent.Add("scheduler", kTaskConfig, "NoxTaskScheduler").Add("two").Load();
+  agent.Add("scheduler", TaskConfig, "NoxTaskScheduler").Add("two").Load();
   EXPECT_TRUE(agent.m_Lifecycle.UnloadAll());
   EXPECT_TRUE(log.Has(BaseSDK::ALogger::Trace, "Started plugin two unregistration"));
   EXPECT_TRUE(log.Has(BaseSDK::ALogger::Trace, "Started plugin scheduler unregistration"));
@@ -137,7 +139,7 @@ TEST(PluginLifecycle, GivesUpOnARequestThatDoesNotComeBack) {
 TEST(PluginLifecycle, LeavesASchedulerWhoseThreadIsAtWork) {
   HoldingFileSystem files;
   TestAgent agent(TestAgent::ShortDrainMilliseconds);
-  agent.Add("scheduler", kTaskConfig, "NoxTaskScheduler");
+  agent.Add("scheduler", TaskConfig, "NoxTaskScheduler");
   std::filesystem::create_directories(agent.m_Dir / "state/tasks");
   agent.m_Dir.Write("state/tasks/held.vsk", "<Task/>");
   agent.Load();
@@ -157,7 +159,7 @@ TEST(PluginLifecycle, LeavesASchedulerWhoseThreadIsAtWork) {
 TEST(PluginLifecycle, LeavesASchedulerWhoseThreadIsAtWorkAlsoWhenItsConfigurationIsBad) {
   HoldingFileSystem files;
   TestAgent agent(TestAgent::ShortDrainMilliseconds);
-  agent.Add("scheduler", std::string(kTaskConfig) + "typo=1\n", "NoxTaskScheduler");
+  agent.Add("scheduler", std::string(TaskConfig) + "typo=1\n", "NoxTaskScheduler");
   std::filesystem::create_directories(agent.m_Dir / "state/tasks");
   agent.m_Dir.Write("state/tasks/held.vsk", "<Task/>");
   TestSupport::LogCapture log;

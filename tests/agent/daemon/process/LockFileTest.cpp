@@ -1,7 +1,11 @@
 #include "agent/daemon/process/LockFile.h"
 
-#include <fcntl.h>
+#include "agent/daemon/AgentError.h"
+#include "tests/support/TempDir.h"
+
 #include <gtest/gtest.h>
+
+#include <fcntl.h>
 #include <sched.h>
 #include <sys/file.h>
 #include <sys/wait.h>
@@ -10,9 +14,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-
-#include "agent/daemon/AgentError.h"
-#include "tests/support/TempDir.h"
 
 using BaseSDK::AString;
 namespace fs = std::filesystem;

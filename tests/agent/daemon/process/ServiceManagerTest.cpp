@@ -1,6 +1,9 @@
 #include "agent/daemon/process/ServiceManager.h"
 
+#include "tests/support/TempDir.h"
+
 #include <gtest/gtest.h>
+
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -8,8 +11,6 @@
 
 #include <cstring>
 #include <map>
-
-#include "tests/support/TempDir.h"
 
 using BaseSDK::AString;
 

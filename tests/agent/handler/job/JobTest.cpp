@@ -1,20 +1,25 @@
 #include "agent/handler/job/Job.h"
 
+#include "tests/support/TempDir.h"
+
 #include <gtest/gtest.h>
+
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "tests/support/TempDir.h"
-
 using BaseSDK::AString;
 using TestSupport::TempDir;
+
+namespace NoxHandlerTest {
+
+using namespace NoxHandler;
 
 namespace {
 
 std::string ErrorOf(const std::string& text) {
   try {
-    (void)CJob::Parse("/jobs/a.job", AString(text.c_str()));
-  } catch (const CJobError& error) {
+    (void)Job::Parse("/jobs/a.job", AString(text.c_str()));
+  } catch (const JobError& error) {
     return error.what();
   }
   return "no error";
@@ -22,21 +27,21 @@ std::string ErrorOf(const std::string& text) {
 
 std::string LoadErrorOf(const std::filesystem::path& path) {
   try {
-    (void)CJob::Load(AString(path.c_str()));
-  } catch (const CJobError& error) {
+    (void)Job::Load(AString(path.c_str()));
+  } catch (const JobError& error) {
     return error.what();
   }
   return "no error";
 }
 
-CJob Parsed(const std::string& text) {
-  return CJob::Parse("/jobs/a.job", AString(text.c_str()));
+Job Parsed(const std::string& text) {
+  return Job::Parse("/jobs/a.job", AString(text.c_str()));
 }
 
 }  // namespace
 
 TEST(Job, ReadsEveryKey) {
-  const CJob job = Parsed(
+  const Job job = Parsed(
       "; what it is for\n"
       "[Job]\r\n"
       "command = /usr/bin/env\n"
@@ -54,17 +59,17 @@ TEST(Job, ReadsEveryKey) {
   EXPECT_EQ(job.m_User, "nobody");
   EXPECT_EQ(job.m_Directory, "/tmp");
   EXPECT_EQ(job.m_TimeoutSeconds, 300);
-  EXPECT_EQ(job.m_Overlap, EOverlap::Queue);
+  EXPECT_EQ(job.m_Overlap, OverlapRule::Queue);
   EXPECT_EQ(job.m_Environment,
             (std::map<std::string, std::string>{{"A_1", "one = two"}, {"B", ""}}));
 }
 
 TEST(Job, NeedsNothingButACommand) {
-  const CJob job = Parsed("[Job]\ncommand=true");
+  const Job job = Parsed("[Job]\ncommand=true");
   EXPECT_EQ(job.m_Command, "true");
   EXPECT_TRUE(job.m_Arguments.empty());
   EXPECT_EQ(job.m_TimeoutSeconds, 0);
-  EXPECT_EQ(job.m_Overlap, EOverlap::Skip);
+  EXPECT_EQ(job.m_Overlap, OverlapRule::Skip);
 }
 
 TEST(Job, MayBeginWithAByteOrderMark) {
@@ -174,3 +179,5 @@ TEST(Job, RefusesForRootAFileThatOthersMayHaveWritten) {
     EXPECT_NE(LoadErrorOf(directory / "a.job"), "no error");
   }
 }
+
+}  // namespace NoxHandlerTest

@@ -2,22 +2,28 @@
 
 #include <gtest/gtest.h>
 
+namespace NoxHandlerTest {
+
+using namespace NoxHandler;
+
 TEST(Overlap, KnowsItsThreeWords) {
-  EXPECT_EQ(ParseOverlap("skip"), EOverlap::Skip);
-  EXPECT_EQ(ParseOverlap("queue"), EOverlap::Queue);
-  EXPECT_EQ(ParseOverlap("kill"), EOverlap::Kill);
+  EXPECT_EQ(ParseOverlap("skip"), OverlapRule::Skip);
+  EXPECT_EQ(ParseOverlap("queue"), OverlapRule::Queue);
+  EXPECT_EQ(ParseOverlap("kill"), OverlapRule::Kill);
   EXPECT_EQ(ParseOverlap(""), std::nullopt);
   EXPECT_EQ(ParseOverlap("Kill"), std::nullopt);
 }
 
 TEST(Overlap, IsTheJobsChoiceForARepetition) {
-  for (const EOverlap wanted : {EOverlap::Skip, EOverlap::Queue, EOverlap::Kill}) {
+  for (const OverlapRule wanted : {OverlapRule::Skip, OverlapRule::Queue, OverlapRule::Kill}) {
     EXPECT_EQ(DecideOverlap(wanted, false), wanted);
   }
 }
 
 TEST(Overlap, TakesANeverRunDispatchOfARunningTaskForTheReloadsEcho) {
-  for (const EOverlap wanted : {EOverlap::Skip, EOverlap::Queue, EOverlap::Kill}) {
-    EXPECT_EQ(DecideOverlap(wanted, true), EOverlap::Skip);
+  for (const OverlapRule wanted : {OverlapRule::Skip, OverlapRule::Queue, OverlapRule::Kill}) {
+    EXPECT_EQ(DecideOverlap(wanted, true), OverlapRule::Skip);
   }
 }
+
+}  // namespace NoxHandlerTest

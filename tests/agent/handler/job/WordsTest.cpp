@@ -4,6 +4,10 @@
 
 using Words = std::vector<std::string>;
 
+namespace NoxHandlerTest {
+
+using namespace NoxHandler;
+
 TEST(Words, SplitAtBlanksOutsideOfQuotes) {
   const struct {
     const char* m_Text;
@@ -36,3 +40,5 @@ TEST(Words, RefuseWhatIsNotClosed) {
     EXPECT_FALSE(SplitWords(text).has_value()) << text;
   }
 }
+
+}  // namespace NoxHandlerTest

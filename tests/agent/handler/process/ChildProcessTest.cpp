@@ -1,25 +1,30 @@
 #include "agent/handler/process/ChildProcess.h"
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <unistd.h>
-
 #include "agent/handler/job/Job.h"
 #include "agent/handler/process/Launch.h"
 #include "agent/handler/task/TaskBatch.h"
 
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace NoxHandlerTest {
+
+using namespace NoxHandler;
+
 // The next agent waits for the locks of one that was killed, copies included, and ends then what it
 // finds in the sessions of its runs: a process that is in none yet would run on beside it.
 TEST(ChildProcess, HasItsSessionBeforeItLetsGoOfTheAgentsDescriptors) {
-  CJob job;
+  Job job;
   job.m_Command = "/bin/true";
-  CTaskBatch::CEntry entry;
+  TaskBatch::Entry entry;
   entry.m_TaskId = "a";
-  const CLaunch launch(job, entry, "token");
+  const Launch launch(job, entry, "token");
   for (int round = 0; round < 200; ++round) {
     int fds[2];
     ASSERT_EQ(pipe2(fds, O_CLOEXEC), 0);
-    const CChildProcess child(launch);
+    const ChildProcess child(launch);
     (void)close(fds[1]);
     char byte = 0;
     EXPECT_EQ(read(fds[0], &byte, 1), 0) << "returns when the child has let go of its copy";
@@ -27,3 +32,5 @@ TEST(ChildProcess, HasItsSessionBeforeItLetsGoOfTheAgentsDescriptors) {
     (void)close(fds[0]);
   }
 }
+
+}  // namespace NoxHandlerTest

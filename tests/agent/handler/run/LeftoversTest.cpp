@@ -1,17 +1,22 @@
 #include "agent/handler/run/Leftovers.h"
 
+#include "agent/handler/run/RunRecords.h"
+#include "agent/handler/system/ProcessTable.h"
+#include "tests/agent/handler/run/SupervisorFixture.h"
+
 #include <gtest/gtest.h>
+
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <string>
 
-#include "agent/handler/run/RunRecords.h"
-#include "agent/handler/system/ProcessTable.h"
-#include "tests/agent/handler/run/SupervisorFixture.h"
-
 using BaseSDK::AString;
+
+namespace NoxHandlerTest {
+
+using namespace NoxHandler;
 
 namespace {
 
@@ -39,15 +44,15 @@ class Leftovers : public SupervisorFixture {
     }
   }
 
-  CRunRecord Record() const {
-    const auto process = CProcessTable::Find(m_Leader);
-    return {m_Leader, process ? process->m_StartTicks : 1, CProcessTable::BootId(), "token"};
+  RunRecord Record() const {
+    const auto process = ProcessTable::Find(m_Leader);
+    return {m_Leader, process ? process->m_StartTicks : 1, ProcessTable::BootId(), "token"};
   }
 
-  void EndLeftovers(const CRunRecord& record, std::chrono::milliseconds grace = LongGrace) {
-    const CRunRecords records(AString((m_Directory / "records").c_str()));
+  void EndLeftovers(const RunRecord& record, std::chrono::milliseconds grace = LongGrace) {
+    const RunRecords records(AString((m_Directory / "records").c_str()));
     ASSERT_EQ(records.Write("a", record), 0);
-    CLeftovers::End(records, grace);
+    NoxHandler::Leftovers::End(records, grace);
     EXPECT_TRUE(records.All().empty());
   }
 
@@ -78,7 +83,7 @@ TEST_F(Leftovers, AreKilledWhenTheyDoNotEnd) {
 TEST_F(Leftovers, AreFoundWhenTheirCommandIsGone) {
   StartSession("sh -c 'echo $$ > $STARTED; exec sleep 1000' &");
   const std::string left = Started();
-  const CRunRecord record = Record();
+  const RunRecord record = Record();
   Reap();
   EndLeftovers(record);
   EXPECT_FALSE(IsAlive(left));
@@ -87,7 +92,7 @@ TEST_F(Leftovers, AreFoundWhenTheirCommandIsGone) {
 TEST_F(Leftovers, AreNotProcessesThatOnlyBearTheNumber) {
   StartSession("echo $$ > $STARTED; exec sleep 1000");
   const std::string pid = Started();
-  CRunRecord record = Record();
+  RunRecord record = Record();
   record.m_StartTicks += 1;
   EndLeftovers(record);
   EXPECT_TRUE(IsAlive(pid));
@@ -96,7 +101,7 @@ TEST_F(Leftovers, AreNotProcessesThatOnlyBearTheNumber) {
 TEST_F(Leftovers, AreNotProcessesOfASessionWithoutTheRunsToken) {
   StartSession("sh -c 'echo $$ > $STARTED; exec sleep 1000' &");
   const std::string left = Started();
-  CRunRecord record = Record();
+  RunRecord record = Record();
   Reap();
   record.m_Token = "toke";
   EndLeftovers(record);
@@ -106,7 +111,7 @@ TEST_F(Leftovers, AreNotProcessesOfASessionWithoutTheRunsToken) {
 TEST_F(Leftovers, DoNotOutliveTheMachine) {
   StartSession("echo $$ > $STARTED; exec sleep 1000");
   const std::string pid = Started();
-  CRunRecord record = Record();
+  RunRecord record = Record();
   record.m_BootId = "another-boot";
   EndLeftovers(record);
   EXPECT_TRUE(IsAlive(pid));
@@ -115,7 +120,7 @@ TEST_F(Leftovers, DoNotOutliveTheMachine) {
 TEST_F(Leftovers, AreEndedBeforeTheirTaskRunsAgain) {
   StartSession("echo $$ > $STARTED; exec sleep 1000");
   const std::string left = Started();
-  const CRunRecords records(AString((m_Directory / "records").c_str()));
+  const RunRecords records(AString((m_Directory / "records").c_str()));
   ASSERT_EQ(records.Write("a", Record()), 0);
   AddJob("a", "kill -0 " + left + " 2>/dev/null && ps -o stat= -p " + left +
                   " | grep -qv Z && exit 1; exit 0");
@@ -123,3 +128,5 @@ TEST_F(Leftovers, AreEndedBeforeTheirTaskRunsAgain) {
   Dispatch("a");
   EXPECT_EQ(m_Scheduler.WaitForStates(1), std::vector<std::string>{"a Ok"});
 }
+
+}  // namespace NoxHandlerTest

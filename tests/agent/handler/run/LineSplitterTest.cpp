@@ -5,8 +5,12 @@
 using BaseSDK::AString;
 using Lines = std::vector<AString>;
 
+namespace NoxHandlerTest {
+
+using namespace NoxHandler;
+
 TEST(LineSplitter, PutsPiecesTogether) {
-  CLineSplitter splitter;
+  LineSplitter splitter;
   EXPECT_EQ(splitter.Add("one\ntw"), Lines{"one"});
   EXPECT_EQ(splitter.Add("o"), Lines{});
   EXPECT_EQ(splitter.Add("\n\nthree\nfour"), (Lines{"two", "", "three"}));
@@ -15,27 +19,29 @@ TEST(LineSplitter, PutsPiecesTogether) {
 }
 
 TEST(LineSplitter, HidesControlCharactersFromTerminals) {
-  CLineSplitter splitter;
+  LineSplitter splitter;
   EXPECT_EQ(splitter.Add("a\tb\x1b[2Jc\rd\r\n"), Lines{"a\tb?[2Jc?d"});
   EXPECT_EQ(splitter.Add("\x7f\xC2\x9B\n"), Lines{"??"});
 }
 
 TEST(LineSplitter, ReplacesBytesThatAreNotText) {
-  CLineSplitter splitter;
+  LineSplitter splitter;
   EXPECT_EQ(splitter.Add("a\xFF\xC3\xA4\n"), Lines{"a\xEF\xBF\xBD\xC3\xA4"});
 }
 
 TEST(LineSplitter, CutsALineThatIsTooLong) {
-  CLineSplitter splitter;
-  const std::string part(CLineSplitter::MaxLineBytes, 'x');
+  LineSplitter splitter;
+  const std::string part(LineSplitter::MaxLineBytes, 'x');
   EXPECT_EQ(splitter.Add(part), Lines{});
   EXPECT_EQ(splitter.Add("y"), Lines{part.c_str()});
   EXPECT_EQ(splitter.Add("z\n"), Lines{"yz"});
 }
 
 TEST(LineSplitter, DoesNotCutWithinACharacter) {
-  CLineSplitter splitter;
-  const std::string part(CLineSplitter::MaxLineBytes - 1, 'x');
+  LineSplitter splitter;
+  const std::string part(LineSplitter::MaxLineBytes - 1, 'x');
   EXPECT_EQ(splitter.Add(part + "\xE2\x82\xAC"), Lines{part.c_str()});
   EXPECT_EQ(splitter.Add("\n"), Lines{"\xE2\x82\xAC"});
 }
+
+}  // namespace NoxHandlerTest

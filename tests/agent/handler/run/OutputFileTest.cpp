@@ -1,15 +1,19 @@
 #include "agent/handler/run/OutputFile.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempDir.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 using BaseSDK::ALogger;
 using BaseSDK::AString;
 using TestSupport::LogCapture;
 using TestSupport::TempDir;
+
+namespace NoxHandlerTest {
+
+using namespace NoxHandler;
 
 namespace {
 
@@ -29,7 +33,7 @@ std::string NumberedLines(int from, int to) {
 
 TEST(OutputFile, GrowsAsOutputComes) {
   const TempDir directory;
-  COutputFile file(Name(directory));
+  OutputFile file(Name(directory));
   file.Append("one\n");
   EXPECT_EQ(directory.Read("a.log"), "one\n");
   file.Append("two");
@@ -38,8 +42,8 @@ TEST(OutputFile, GrowsAsOutputComes) {
 
 TEST(OutputFile, KeepsWhatEarlierRunsPutOut) {
   const TempDir directory;
-  COutputFile(Name(directory)).Append("first\n");
-  COutputFile(Name(directory)).Append("second\n");
+  OutputFile(Name(directory)).Append("first\n");
+  OutputFile(Name(directory)).Append("second\n");
   EXPECT_EQ(directory.Read("a.log"), "first\nsecond\n");
 }
 
@@ -47,14 +51,14 @@ TEST(OutputFile, KeepsTheLast64KiBFromALineOn) {
   const TempDir directory;
   const std::string all = NumberedLines(0, 100000);
   {
-    COutputFile file(Name(directory));
+    OutputFile file(Name(directory));
     for (std::size_t i = 0; i < all.size(); i += 1000) {
       file.Append(std::string_view(all).substr(i, 1000));
     }
   }
   const std::string kept = directory.Read("a.log");
-  EXPECT_LE(kept.size(), COutputFile::KeepBytes);
-  EXPECT_GT(kept.size(), COutputFile::KeepBytes - 20);
+  EXPECT_LE(kept.size(), OutputFile::KeepBytes);
+  EXPECT_GT(kept.size(), OutputFile::KeepBytes - 20);
   EXPECT_TRUE(all.ends_with(kept));
   EXPECT_TRUE(kept.starts_with("line "));
 }
@@ -63,26 +67,26 @@ TEST(OutputFile, CutsExactlyAtALineThatBeginsThere) {
   const TempDir directory;
   const std::string line = std::string(1023, 'x') + "\n";
   {
-    COutputFile file(Name(directory));
+    OutputFile file(Name(directory));
     for (int i = 0; i < 65; ++i) {
       file.Append(line);
     }
   }
-  EXPECT_EQ(directory.Read("a.log").size(), COutputFile::KeepBytes);
+  EXPECT_EQ(directory.Read("a.log").size(), OutputFile::KeepBytes);
 }
 
 TEST(OutputFile, NeverHoldsMoreThanTwiceWhatItKeeps) {
   const TempDir directory;
-  COutputFile file(Name(directory));
+  OutputFile file(Name(directory));
   for (int i = 0; i < 50; ++i) {
     file.Append(std::string(9999, 'x'));
-    EXPECT_LE(directory.Read("a.log").size(), 2 * COutputFile::KeepBytes);
+    EXPECT_LE(directory.Read("a.log").size(), 2 * OutputFile::KeepBytes);
   }
 }
 
 TEST(OutputFile, WritesNotesOnLinesOfTheirOwn) {
   const TempDir directory;
-  COutputFile file(Name(directory));
+  OutputFile file(Name(directory));
   file.Append("no end");
   file.AppendNote("over");
   file.AppendNote("again");
@@ -95,10 +99,12 @@ TEST(OutputFile, WritesNotesOnLinesOfTheirOwn) {
 TEST(OutputFile, SaysOnceThatItCannotBeWritten) {
   const LogCapture log;
   const TempDir directory;
-  COutputFile file(AString((directory / "missing/a.log").c_str()));
+  OutputFile file(AString((directory / "missing/a.log").c_str()));
   file.Append("one\n");
   file.AppendNote("two");
   ASSERT_EQ(log.Lines().size(), 1u);
   EXPECT_EQ(log.Messages(ALogger::Warning).size(), 1u);
   EXPECT_EQ(log.CountContaining("Cannot open the output file"), 1u);
 }
+
+}  // namespace NoxHandlerTest

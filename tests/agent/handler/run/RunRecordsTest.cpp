@@ -1,28 +1,32 @@
 #include "agent/handler/run/RunRecords.h"
 
+#include "tests/support/LogCapture.h"
+#include "tests/support/TempDir.h"
+
 #include <gtest/gtest.h>
 
 #include <cerrno>
-
-#include "tests/support/LogCapture.h"
-#include "tests/support/TempDir.h"
 
 using BaseSDK::ALogger;
 using BaseSDK::AString;
 using TestSupport::LogCapture;
 using TestSupport::TempDir;
 
+namespace NoxHandlerTest {
+
+using namespace NoxHandler;
+
 namespace {
 
-CRunRecords RecordsIn(const TempDir& directory) {
-  return CRunRecords(AString(directory.Path().c_str()));
+RunRecords RecordsIn(const TempDir& directory) {
+  return RunRecords(AString(directory.Path().c_str()));
 }
 
 }  // namespace
 
 TEST(RunRecords, GivesBackWhatWasWritten) {
   const TempDir directory;
-  const CRunRecords records = RecordsIn(directory);
+  const RunRecords records = RecordsIn(directory);
   ASSERT_EQ(records.Write("a.b", {1234, 5678901234567ULL, "boot", "token"}), 0);
   const auto all = records.All();
   ASSERT_EQ(all.size(), 1u);
@@ -35,7 +39,7 @@ TEST(RunRecords, GivesBackWhatWasWritten) {
 
 TEST(RunRecords, ForgetsWhatWasRemoved) {
   const TempDir directory;
-  const CRunRecords records = RecordsIn(directory);
+  const RunRecords records = RecordsIn(directory);
   ASSERT_EQ(records.Write("a", {2, 1, "boot", "token"}), 0);
   records.Remove("a");
   records.Remove("b");
@@ -58,7 +62,9 @@ TEST(RunRecords, DeletesWhatCannotBeReadAndSaysSo) {
 
 TEST(RunRecords, ReportsThatItCannotWrite) {
   const TempDir directory;
-  const CRunRecords records(AString((directory / "missing").c_str()));
+  const RunRecords records(AString((directory / "missing").c_str()));
   EXPECT_EQ(records.Write("a", {2, 1, "boot", "token"}), ENOENT);
   EXPECT_TRUE(records.All().empty());
 }
+
+}  // namespace NoxHandlerTest

@@ -1,16 +1,22 @@
 // How commands are started and what becomes of them.
+#include "tests/agent/handler/run/SupervisorFixture.h"
+
 #include <BaseSDK/ADateTime.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
 #include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
 #include <string>
 
-#include "tests/agent/handler/run/SupervisorFixture.h"
-
 using BaseSDK::ALogger;
+
+namespace NoxHandlerTest {
+
+using namespace NoxHandler;
 
 namespace {
 
@@ -139,7 +145,7 @@ TEST_F(Run, HasAnEnvironmentOfItsOwn) {
 }
 
 TEST_F(Run, StartsLikeAFreshProgram) {
-  const CFileDescriptor leak(dup(STDERR_FILENO));  // without close-on-exec
+  const FileDescriptor leak(dup(STDERR_FILENO));  // without close-on-exec
   EXPECT_EQ(RunToEnd("ls -1 /proc/self/fd | wc -l; read line || echo at end\n"
                      "grep -E 'Sig(Blk|Ign)' /proc/self/status\n"
                      "ps -o sid=,pgid= -p $$ | awk -v me=$$ '{print ($1 == me && $2 == me)}'\n"
@@ -165,7 +171,7 @@ TEST_F(Run, LosesNoneOfItsOutput) {
   EXPECT_EQ(LogCount("Task 'a': 20000"), 1u);
   EXPECT_EQ(m_Log.CountContaining("Task 'a': "), 20000u);
   EXPECT_NE(Output("a").find("\n20000\n-- "), std::string::npos);
-  EXPECT_LE(Output("a").size(), COutputFile::KeepBytes);
+  EXPECT_LE(Output("a").size(), OutputFile::KeepBytes);
 }
 
 TEST_F(Run, IsNotOverBeforeItsCommand) {
@@ -247,3 +253,5 @@ TEST_F(Run, IsEndedAtTheEndOfItsActivePeriod) {
   // Not time(): that may lag by a tick.
   EXPECT_GE(std::chrono::system_clock::now().time_since_epoch(), std::chrono::seconds(begin + 60));
 }
+
+}  // namespace NoxHandlerTest

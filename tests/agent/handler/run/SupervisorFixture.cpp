@@ -1,15 +1,20 @@
 #include "tests/agent/handler/run/SupervisorFixture.h"
 
+#include "agent/Protocol.h"
+#include "agent/handler/system/ProcessHandle.h"
+#include "agent/handler/system/ProcessTable.h"
+
 #include <poll.h>
 #include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
 
-#include "agent/handler/system/ProcessHandle.h"
-#include "agent/handler/system/ProcessTable.h"
-
 using BaseSDK::AString;
+
+namespace NoxHandlerTest {
+
+using namespace NoxHandler;
 
 namespace {
 
@@ -49,14 +54,14 @@ void SupervisorFixture::Dispatch(const std::string& name, bool neverRun, bool ki
 }
 
 void SupervisorFixture::StartSupervisor(std::chrono::milliseconds killGrace, std::size_t maxRuns) {
-  CHandlerSettings settings;
+  HandlerSettings settings;
   settings.m_JobPath = Text(m_Directory / "jobs");
   settings.m_OutputPath = Text(m_Directory / "output");
   settings.m_RecordPath = Text(m_Directory / "records");
-  settings.m_SchedulerClassId = "{5E0C8B0E-8A57-4D0B-9A7B-0B6E6F1D2A31}";
+  settings.m_SchedulerClassId = NoxAgent::SchedulerClassId;
   settings.m_KillGrace = killGrace;
   settings.m_MaxRuns = maxRuns;
-  m_Supervisor = std::make_unique<CSupervisor>(settings);
+  m_Supervisor = std::make_unique<Supervisor>(settings);
   m_Supervisor->Start();
 }
 
@@ -78,13 +83,15 @@ unsigned SupervisorFixture::LogCount(const std::string& part) const {
 }
 
 bool SupervisorFixture::IsAlive(const std::string& pid) {
-  const auto process = CProcessTable::Find(std::stoi(pid));
+  const auto process = ProcessTable::Find(std::stoi(pid));
   return process && process->m_State != 'Z';
 }
 
 bool SupervisorFixture::WaitForEnd(const std::string& pid) {
-  const CFileDescriptor handle = CProcessHandle::Open(std::stoi(pid));
+  const FileDescriptor handle = ProcessHandle::Open(std::stoi(pid));
   pollfd end{handle.Get(), POLLIN, 0};
-  constexpr int kPatienceMilliseconds = 120000;
-  return !handle || poll(&end, 1, kPatienceMilliseconds) == 1;
+  constexpr int PatienceMilliseconds = 120000;
+  return !handle || poll(&end, 1, PatienceMilliseconds) == 1;
 }
+
+}  // namespace NoxHandlerTest

@@ -1,19 +1,23 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <memory>
-#include <string>
-
 #include "agent/handler/run/Supervisor.h"
 #include "tests/agent/handler/FakeScheduler.h"
 #include "tests/agent/handler/Fifo.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempDir.h"
 
-// A supervisor with its directories, and jobs that are shell scripts. In a script, $STARTED is the
-// pipe that Started() reads, and $GATE the one that OpenGate() writes.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+
+namespace NoxHandlerTest {
+
+using namespace NoxHandler;
+
+/// A supervisor with its directories, and jobs that are shell scripts. In a script, $STARTED is the
+/// pipe that Started() reads, and $GATE the one that OpenGate() writes.
 class SupervisorFixture : public testing::Test {
  protected:
   static constexpr std::chrono::seconds LongGrace{60};
@@ -21,23 +25,23 @@ class SupervisorFixture : public testing::Test {
   SupervisorFixture();
   ~SupervisorFixture() override;
 
-  // The task "name", known to the scheduler, whose job runs the script; `keys` are further lines of
-  // the job's section.
+  /// The task "name", known to the scheduler, whose job runs the script; `keys` are further lines
+  /// of the job's section.
   void AddJob(const std::string& name, const std::string& script, const std::string& keys = "");
   void Dispatch(const std::string& name, bool neverRun = true, bool killAtEnd = false);
-  // By default nothing is killed, however long a busy machine takes to end it.
+  /// By default nothing is killed, however long a busy machine takes to end it.
   void StartSupervisor(std::chrono::milliseconds killGrace = LongGrace, std::size_t maxRuns = 200);
-  // Runs one job to its end; the state it ended in.
+  /// Runs one job to its end; the state it ended in.
   std::string RunToEnd(const std::string& script, const std::string& keys = "");
 
-  // What the next started job says.
+  /// What the next started job says.
   std::string Started() { return m_Started.ReadLine(); }
   void OpenGate() { m_Gate.WriteLine(); }
   std::string Output(const std::string& name) const;
   unsigned LogCount(const std::string& part) const;
-  // Whether the process is alive (one that has ended and is not yet forgotten is not).
+  /// Whether the process is alive (one that has ended and is not yet forgotten is not).
   static bool IsAlive(const std::string& pid);
-  // Waits until it is not.
+  /// Waits until it is not.
   static bool WaitForEnd(const std::string& pid);
 
   TestSupport::TempDir m_Directory;
@@ -45,5 +49,7 @@ class SupervisorFixture : public testing::Test {
   FakeScheduler m_Scheduler;
   Fifo m_Started;
   Fifo m_Gate;
-  std::unique_ptr<CSupervisor> m_Supervisor;
+  std::unique_ptr<Supervisor> m_Supervisor;
 };
+
+}  // namespace NoxHandlerTest

@@ -1,13 +1,17 @@
 #include "agent/handler/run/Supervisor.h"
 
+#include "tests/agent/handler/run/SupervisorFixture.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <atomic>
 
-#include "tests/agent/handler/run/SupervisorFixture.h"
-
 using States = std::vector<std::string>;
+
+namespace NoxHandlerTest {
+
+using namespace NoxHandler;
 
 namespace {
 
@@ -33,25 +37,25 @@ class Supervisor : public SupervisorFixture {
 }  // namespace
 
 TEST_F(Supervisor, RunsManyTasksAtOnce) {
-  constexpr int kTasks = 40;
-  std::vector<CTaskBatch::CEntry> batch;
-  for (int i = 0; i < kTasks; ++i) {
+  constexpr int Tasks = 40;
+  std::vector<TaskBatch::Entry> batch;
+  for (int i = 0; i < Tasks; ++i) {
     const std::string name = "task" + std::to_string(i);
     AddGatedJob(name);
     batch.push_back({BaseSDK::AString(name.c_str()), false, true, false});
   }
   StartSupervisor();
   m_Supervisor->Post(batch);
-  for (int i = 0; i < kTasks; ++i) {
+  for (int i = 0; i < Tasks; ++i) {
     ASSERT_NE(Started(), "");
   }
-  for (int i = 0; i < kTasks; ++i) {
+  for (int i = 0; i < Tasks; ++i) {
     OpenGate();
   }
-  States states = m_Scheduler.WaitForStates(kTasks);
+  States states = m_Scheduler.WaitForStates(Tasks);
   EXPECT_EQ(std::count_if(states.begin(), states.end(),
                           [](const std::string& state) { return state.ends_with(" Ok"); }),
-            kTasks);
+            Tasks);
 }
 
 TEST_F(Supervisor, LetsTasksWaitWhenAsManyRunAsMay) {
@@ -279,3 +283,5 @@ TEST_F(Supervisor, RunsNothingThatItCannotNote) {
   EXPECT_EQ(LogCount("cannot note the run on disk: No such file or directory"), 1u);
   EXPECT_FALSE(m_Started.HasLine());
 }
+
+}  // namespace NoxHandlerTest

@@ -1,6 +1,7 @@
 #include "agent/handler/system/ProcessTable.h"
 
 #include <gtest/gtest.h>
+
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -8,6 +9,10 @@
 #include <algorithm>
 #include <csignal>
 #include <string>
+
+namespace NoxHandlerTest {
+
+using namespace NoxHandler;
 
 namespace {
 
@@ -54,19 +59,19 @@ class Waiter {
 }  // namespace
 
 TEST(ProcessTable, FindsTheTestItself) {
-  const auto self = CProcessTable::Find(getpid());
+  const auto self = ProcessTable::Find(getpid());
   ASSERT_TRUE(self.has_value());
   EXPECT_EQ(self->m_Pid, getpid());
   EXPECT_EQ(self->m_Group, getpgrp());
   EXPECT_EQ(self->m_Session, getsid(0));
   EXPECT_EQ(self->m_State, 'R');
   EXPECT_GT(self->m_StartTicks, 0u);
-  EXPECT_EQ(CProcessTable::Find(getpid())->m_StartTicks, self->m_StartTicks);
+  EXPECT_EQ(ProcessTable::Find(getpid())->m_StartTicks, self->m_StartTicks);
 }
 
 TEST(ProcessTable, ReadsPastAnyName) {
   const Waiter waiter(") Z 1 2 (");
-  const auto process = CProcessTable::Find(waiter.Pid());
+  const auto process = ProcessTable::Find(waiter.Pid());
   ASSERT_TRUE(process.has_value());
   EXPECT_EQ(process->m_Session, waiter.Pid());
   EXPECT_TRUE(process->m_State == 'S' || process->m_State == 'R') << process->m_State;
@@ -78,24 +83,24 @@ TEST(ProcessTable, KnowsWhoIsGone) {
     const Waiter waiter;
     pid = waiter.Pid();
   }
-  EXPECT_FALSE(CProcessTable::Find(pid).has_value());
-  EXPECT_FALSE(CProcessTable::HasVariable(pid, "PATH=/"));
+  EXPECT_FALSE(ProcessTable::Find(pid).has_value());
+  EXPECT_FALSE(ProcessTable::HasVariable(pid, "PATH=/"));
 }
 
 TEST(ProcessTable, ListsASessionWithoutThoseThatHaveEnded) {
   const Waiter waiter;
-  const auto session = CProcessTable::OfSession(waiter.Pid());
+  const auto session = ProcessTable::OfSession(waiter.Pid());
   ASSERT_EQ(session.size(), 1u);
   EXPECT_EQ(session[0].m_Pid, waiter.Pid());
   waiter.Kill();
-  EXPECT_TRUE(CProcessTable::OfSession(waiter.Pid()).empty());
-  EXPECT_EQ(CProcessTable::Find(waiter.Pid())->m_State, 'Z');
+  EXPECT_TRUE(ProcessTable::OfSession(waiter.Pid()).empty());
+  EXPECT_EQ(ProcessTable::Find(waiter.Pid())->m_State, 'Z');
 }
 
 // A run may have to end before its command came as far as to make its session.
 TEST(ProcessTable, ListsTheLeaderOfASessionThatIsYetToBeMade) {
   const Waiter waiter("waiter", false);
-  const auto session = CProcessTable::OfSession(waiter.Pid());
+  const auto session = ProcessTable::OfSession(waiter.Pid());
   ASSERT_EQ(session.size(), 1u);
   EXPECT_EQ(session[0].m_Pid, waiter.Pid());
 }
@@ -111,22 +116,24 @@ TEST(ProcessTable, KnowsTheVariablesOfAProcessThatBecomesAnotherProgram) {
                  const_cast<char* const*>(variables));
     _exit(127);
   }
-  while (!CProcessTable::HasVariable(pid, "NOX_RUN_ID=token")) {
-    ASSERT_TRUE(CProcessTable::Find(pid).has_value());  // it is yet to begin
+  while (!ProcessTable::HasVariable(pid, "NOX_RUN_ID=token")) {
+    ASSERT_TRUE(ProcessTable::Find(pid).has_value());  // it is yet to begin
   }
   int missed = 0;
   for (int i = 0; i < 20000; ++i) {
-    missed += CProcessTable::HasVariable(pid, "NOX_RUN_ID=token") ? 0 : 1;
+    missed += ProcessTable::HasVariable(pid, "NOX_RUN_ID=token") ? 0 : 1;
   }
   EXPECT_EQ(missed, 0);
-  EXPECT_FALSE(CProcessTable::HasVariable(pid, "NOX_RUN_ID=toke"));
+  EXPECT_FALSE(ProcessTable::HasVariable(pid, "NOX_RUN_ID=toke"));
   (void)kill(pid, SIGKILL);
   (void)waitpid(pid, nullptr, 0);
 }
 
 TEST(ProcessTable, NamesTheBootInOneWord) {
-  const std::string id = CProcessTable::BootId();
+  const std::string id = ProcessTable::BootId();
   EXPECT_EQ(id.size(), 36u);
   EXPECT_EQ(id.find_first_of(" \n"), std::string::npos);
-  EXPECT_EQ(CProcessTable::BootId(), id);
+  EXPECT_EQ(ProcessTable::BootId(), id);
 }
+
+}  // namespace NoxHandlerTest

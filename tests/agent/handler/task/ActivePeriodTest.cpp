@@ -1,6 +1,7 @@
 #include "agent/handler/task/ActivePeriod.h"
 
 #include <BaseSDK/ADateTime.h>
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -9,6 +10,10 @@
 
 using BaseSDK::ADateTime;
 using BaseSDK::AString;
+
+namespace NoxHandlerTest {
+
+using namespace NoxHandler;
 
 namespace {
 
@@ -25,12 +30,12 @@ class ActivePeriod : public testing::Test {
 
   static std::string EndFor(const std::string& triggers, const char* runStart) {
     const AString xml(("<Task><Schedule>" + triggers + "</Schedule></Task>").c_str());
-    const auto end = CActivePeriod::EndFor(xml, ADateTime(AString(runStart)).GetTime());
+    const auto end = NoxHandler::ActivePeriod::EndFor(xml, ADateTime(AString(runStart)).GetTime());
     return end ? ADateTime(*end).ToString("%Y-%m-%d %H:%M:%S").ToUtf8() : "none";
   }
 };
 
-constexpr const char* kBerlin = "CET-1CEST,M3.5.0,M10.5.0/3";
+constexpr const char* Berlin = "CET-1CEST,M3.5.0,M10.5.0/3";
 
 std::string Trigger(const std::string& attributes, const std::string& children,
                     const std::string& begin = "2024/01/01 08:00:00") {
@@ -41,7 +46,7 @@ std::string Trigger(const std::string& attributes, const std::string& children,
 }  // namespace
 
 TEST_F(ActivePeriod, EndsADurationAfterTheStartThatTheRunBelongsTo) {
-  UseZone(kBerlin);
+  UseZone(Berlin);
   const struct {
     std::string m_Triggers;
     const char* m_RunStart;
@@ -83,7 +88,7 @@ TEST_F(ActivePeriod, EndsADurationAfterTheStartThatTheRunBelongsTo) {
 }
 
 TEST_F(ActivePeriod, GivesARunAfterThePeriodAWholeDuration) {
-  UseZone(kBerlin);
+  UseZone(Berlin);
   EXPECT_EQ(EndFor(Trigger("Type='1' Duration='60'", ""), "2024-05-03 12:00:00"),
             "2024-05-03 13:00:00");
   EXPECT_EQ(EndFor(Trigger("Type='0' Duration='60'", ""), "2024-05-03 12:00:00"),
@@ -91,14 +96,14 @@ TEST_F(ActivePeriod, GivesARunAfterThePeriodAWholeDuration) {
 }
 
 TEST_F(ActivePeriod, GrantsTheLastRepetitionItsFiveSeconds) {
-  UseZone(kBerlin);
+  UseZone(Berlin);
   const std::string trigger = Trigger("Type='1' Duration='120' Interval='30'", "");
   EXPECT_EQ(EndFor(trigger, "2024-05-03 10:00:05"), "2024-05-03 10:00:00");
   EXPECT_EQ(EndFor(trigger, "2024-05-03 10:00:06"), "2024-05-03 12:00:06");
 }
 
 TEST_F(ActivePeriod, IsSetByTheTriggerThatWasDueLast) {
-  UseZone(kBerlin);
+  UseZone(Berlin);
   const std::string early = Trigger("Type='1' Duration='600'", "", "2024/01/01 06:00:00");
   const std::string later = Trigger("Type='1' Duration='60'", "", "2024/01/01 08:00:00");
   EXPECT_EQ(EndFor(early + later, "2024-05-03 08:00:01"), "2024-05-03 09:00:00");
@@ -107,14 +112,14 @@ TEST_F(ActivePeriod, IsSetByTheTriggerThatWasDueLast) {
 }
 
 TEST_F(ActivePeriod, TakesTheEarlierEndOfTwoTriggersThatAreDueTogether) {
-  UseZone(kBerlin);
+  UseZone(Berlin);
   const std::string longer = Trigger("Type='1' Duration='600'", "");
   const std::string shorter = Trigger("Type='1' Duration='60'", "");
   EXPECT_EQ(EndFor(longer + shorter, "2024-05-03 08:00:00"), "2024-05-03 09:00:00");
 }
 
 TEST_F(ActivePeriod, HasNoEndWithoutATriggerThatSetsOne) {
-  UseZone(kBerlin);
+  UseZone(Berlin);
   const char* const rows[] = {
       "",
       "<Trigger Type='1' Duration='60'><BeginDate>2024/01/01 08:00:00</BeginDate></Trigger>",
@@ -133,7 +138,7 @@ TEST_F(ActivePeriod, HasNoEndWithoutATriggerThatSetsOne) {
   for (const char* row : rows) {
     EXPECT_EQ(EndFor(row, "2024-05-03 08:00:00"), "none") << row;
   }
-  EXPECT_FALSE(CActivePeriod::EndFor("", 0).has_value());
+  EXPECT_FALSE(NoxHandler::ActivePeriod::EndFor("", 0).has_value());
 }
 
 TEST_F(ActivePeriod, EndsWithTheLastMomentOfA32BitClockAtTheLatest) {
@@ -141,3 +146,5 @@ TEST_F(ActivePeriod, EndsWithTheLastMomentOfA32BitClockAtTheLatest) {
   EXPECT_EQ(EndFor(Trigger("Type='1' Duration='2000000000'", ""), "2024-05-03 08:00:00"),
             "2038-01-19 03:14:07");
 }
+
+}  // namespace NoxHandlerTest
