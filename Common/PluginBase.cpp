@@ -1,21 +1,8 @@
 #include "Common/PluginBase.h"
 
-#include <BaseSDK/ALogger.h>
-#include <BaseSDK/ASingleton.h>
-
-using BaseSDK::ALogger;
+#include "Common/Log.h"
 
 namespace {
-
-constexpr char SourceName[] = "Common/PluginBase";
-
-struct FileLogger {
-  ALogger& m_Logger = ALogger::GetLogger("Corvane::Agent::Common::PluginBase");
-};
-
-ALogger& Log() {
-  return BaseSDK::ASingleton<FileLogger>::Instance().m_Logger;
-}
 
 /// Owned here, from PluginInitialize to an agreed PluginUninitialize. A plain pointer, because a
 /// process that ends without unloading must not destroy an object whose threads still run.
@@ -23,10 +10,9 @@ APluginBase* serverObject = nullptr;
 
 void LogRefusal(bool forced) {
   if (forced) {
-    ALOG(Log(), ALogger::Warning, SourceName,
-         L"PluginUninitialize(): Plugin failed forced unload!\n");
+    PLUGIN_LOG(Frame, Warning, L"PluginUninitialize(): Plugin failed forced unload!\n");
   } else {
-    ALOG(Log(), ALogger::Trace, SourceName, L"PluginUninitialize(): Plugin refused to unload.\n");
+    PLUGIN_LOG(Frame, Trace, L"PluginUninitialize(): Plugin refused to unload.\n");
   }
 }
 
@@ -36,8 +22,8 @@ int UninitializeObject(bool forced) {
     LogRefusal(forced);
     return result;
   }
-  ALOG(Log(), ALogger::Trace, SourceName,
-       L"PluginUninitialize(): Plugin agreed to unload - destroying server class.");
+  PLUGIN_LOG(Frame, Trace,
+             L"PluginUninitialize(): Plugin agreed to unload - destroying server class.");
   delete serverObject;
   serverObject = nullptr;
   return result;
@@ -51,7 +37,7 @@ int PluginInitialize(int queue) {
   if (serverObject != nullptr) return 1;
   serverObject = PluginMain();
   if (serverObject == nullptr) {
-    ALOG(Log(), ALogger::Error, SourceName, L"PluginInitialize(): Failed to create server class\n");
+    PLUGIN_LOG(Frame, Error, L"PluginInitialize(): Failed to create server class\n");
     return -1;
   }
   // Kept on purpose: an object without a queue stays, uninitialised, and a second call answers 1.
@@ -61,9 +47,9 @@ int PluginInitialize(int queue) {
 }
 
 int PluginUninitialize(bool forced) {
-  ALOG(Log(), ALogger::Trace, SourceName, L"PluginUninitialize(): enter.");
+  PLUGIN_LOG(Frame, Trace, L"PluginUninitialize(): enter.");
   const int result = serverObject == nullptr ? 1 : UninitializeObject(forced);
-  ALOG(Log(), ALogger::Trace, SourceName, L"PluginUninitialize(): leave.");
+  PLUGIN_LOG(Frame, Trace, L"PluginUninitialize(): leave.");
   return result;
 }
 

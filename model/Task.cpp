@@ -1,31 +1,23 @@
 #include "model/Task.h"
 
+#include "Common/Log.h"
+#include "Common/NotificationCodes.h"
 #include "model/TaskDocument.h"
 #include "scheduler/TaskSchedulerObject.h"
 #include "storage/TaskStorage.h"
 
 #include <AgentSDK/NTracker.h>
 #include <BaseSDK/ADateTime.h>
-#include <BaseSDK/ALogger.h>
 
 #include <memory>
 
 using BaseSDK::ADateTime;
-using BaseSDK::ALogger;
 using BaseSDK::AString;
 
 namespace {
 
-constexpr const char* sourceName = "Task";
-constexpr long taskChanged = 100;  // the notification: document replaced or next run moved
-
-ALogger& Logger() {
-  static ALogger& logger = ALogger::GetLogger("Corvane::Agent::TaskScheduler");
-  return logger;
-}
-
 void PostTaskChanged(const AString& taskID) {
-  (void)AgentSDK::NTracker::PostNotification(taskChanged, taskID);  // nobody need listen
+  (void)AgentSDK::NTracker::PostNotification(Nox::TaskChanged, taskID);  // nobody need listen
 }
 
 }  // namespace
@@ -48,9 +40,9 @@ CTask::~CTask() {
 /// A run that did not finish counts as none, so that the task is due for it again.
 void CTask::ReadLastRun(const AString& date, const AString& time, const AString& state) {
   if (!state.IsEmpty() && state != L"Ok") {
-    ALOG(Logger(), ALogger::Warning, sourceName,
-         AString(L"Task '%1' did not finish last time, the last known state is '%2'")
-             .Arg(m_TaskID, state));
+    PLUGIN_LOG(Task, Warning,
+               AString(L"Task '%1' did not finish last time, the last known state is '%2'")
+                   .Arg(m_TaskID, state));
     return;
   }
   const long startTime = ADateTime(date + L" " + time).GetTime();
@@ -104,8 +96,7 @@ void CTask::UpdateClosestRun() {
 
 long CTask::Enable(bool enable) {
   if (m_Enabled == enable) {
-    ALOG(Logger(), ALogger::Trace, sourceName,
-         AString(L"Task '%1' enable state is not changed").Arg(m_TaskID));
+    PLUGIN_LOG(Task, Trace, AString(L"Task '%1' enable state is not changed").Arg(m_TaskID));
     return -1;
   }
   m_Enabled = enable;
@@ -119,13 +110,11 @@ void CTask::RegisterRun() {
   const AString startTime = now.ToString(L"%Y-%m-%d %H:%M:%S");
   WriteHistory(CTaskDocument::HistoryOf(startTime, L"Started"));
   m_LastRun = now.GetTime();
-  ALOG(Logger(), ALogger::Information, sourceName,
-       AString(L"Task ID = %1 was RUN on %2").Arg(m_TaskID, startTime));
+  PLUGIN_LOG(Task, Information, AString(L"Task ID = %1 was RUN on %2").Arg(m_TaskID, startTime));
 }
 
 void CTask::SetRunState(const AString& state) {
-  ALOG(Logger(), ALogger::Trace, sourceName,
-       AString(L"Set run state to '%1' for task ID = %2").Arg(state, m_TaskID));
+  PLUGIN_LOG(Task, Trace, AString(L"Set run state to '%1' for task ID = %2").Arg(state, m_TaskID));
   if (m_Late) {
     m_Late = false;
     PostTaskChanged(m_TaskID);

@@ -1,14 +1,13 @@
 #pragma once
 
-#include <BaseSDK/ALong32.h>
+#include "Common/Long32.h"
+
 #include <BaseSDK/AString.h>
+#include <BaseSDK/AXmlDoc.h>
 
 #include <cstdint>
+#include <ctime>
 #include <optional>
-
-namespace BaseSDK {
-class AXmlDoc;
-}
 
 /// One schedule rule of a task: one `Trigger` element, and the arithmetic that says when it starts.
 ///
@@ -92,7 +91,7 @@ class CTaskTrigger {
     std::optional<bool> m_Late;
     bool m_Expired = false;
     /// The next start or repetition; at or before now when there is none to sleep for.
-    long m_NextStart = BaseSDK::Long32Min;
+    long m_NextStart = Nox::Long32Min;
   };
 
   // Reading the element. The two answers are whether the trigger can fire at all.

@@ -94,8 +94,8 @@ bool CTaskTrigger::ReadKind(const AXmlDoc& doc) {
 }
 
 void CTaskTrigger::ReadRepetition(const AXmlDoc& doc) {
-  m_Interval = BaseSDK::Mul32(ReadNumber(doc, L"/Trigger/@Interval"), ReadSecondsPerUnit(doc));
-  m_Duration = BaseSDK::Mul32(ReadNumber(doc, L"/Trigger/@Duration"), secondsPerMinute);
+  m_Interval = Nox::Mul32(ReadNumber(doc, L"/Trigger/@Interval"), ReadSecondsPerUnit(doc));
+  m_Duration = Nox::Mul32(ReadNumber(doc, L"/Trigger/@Duration"), secondsPerMinute);
   // Kept on purpose: with an interval a negative duration stays, and then moves the moments that
   // the due test looks at into the future.
   if (m_Interval == 0) m_Duration = std::max(m_Duration, 0L);

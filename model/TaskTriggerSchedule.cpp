@@ -1,12 +1,14 @@
 #include "model/TaskTrigger.h"
 
+#include "model/LocalTime.h"
+
 #include <algorithm>
 #include <ctime>
 
-using BaseSDK::Add32;
-using BaseSDK::Long32Min;
-using BaseSDK::Mul32;
-using BaseSDK::Sub32;
+using Nox::Add32;
+using Nox::Long32Min;
+using Nox::Mul32;
+using Nox::Sub32;
 
 namespace {
 
@@ -23,7 +25,7 @@ constexpr long searchAheadSeconds = 60;
 constexpr long searchSpanSeconds = 7300 * secondsPerDay;
 
 long CurrentTime() {
-  return BaseSDK::Clamp32(std::time(nullptr));
+  return Nox::Clamp32(std::time(nullptr));
 }
 
 std::tm LocalFields(long moment) {
@@ -39,7 +41,7 @@ long MomentOnDay(std::tm day, const std::tm& clock) {
   day.tm_min = clock.tm_min;
   day.tm_sec = clock.tm_sec;
   day.tm_isdst = -1;
-  return BaseSDK::MakeTime32(day);
+  return Nox::MakeTime32(day);
 }
 
 bool HasBit(std::uint32_t mask, int bit) {

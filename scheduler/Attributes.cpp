@@ -8,10 +8,7 @@ using BaseSDK::AString;
 
 namespace {
 
-using AttributeMap = TaskSchedulerObject_i::AStringMap;
-
-constexpr long FirstEventTrigger = 6;
-constexpr long SecondEventTrigger = 7;
+using AttributeMap = TaskSchedulerObject_i::AttributeMap;
 
 AString Number(long value) {
   return AString().SetNum(value, 'd');
@@ -35,11 +32,11 @@ class RunValues {
 
   AString ValueOf(const CTaskTrigger& trigger) {
     if (!m_TaskEnabled) return L"0";
-    if (trigger.m_Type == FirstEventTrigger) {
+    if (trigger.m_Type == CTaskTrigger::FirstEvent) {
       m_FirstEvent = true;
       return L"2";
     }
-    if (trigger.m_Type == SecondEventTrigger) {
+    if (trigger.m_Type == CTaskTrigger::SecondEvent) {
       m_SecondEvent = true;
       return L"1";
     }
@@ -82,8 +79,8 @@ void InsertTriggers(AttributeMap& attributes, const CTask& task) {
 
 }  // namespace
 
-long TaskSchedulerObject_i::GetTaskAttributes(const AString& taskID, AStringMap& attributes,
-                                              const AStringMap* /*inputAttributes*/) {
+long TaskSchedulerObject_i::GetTaskAttributes(const AString& taskID, AttributeMap& attributes,
+                                              const AttributeMap* /*inputAttributes*/) {
   AMutexGuard guard(m_StateLock);
   CTask* const task = FindTask(taskID);
   if (task == nullptr) return -1;

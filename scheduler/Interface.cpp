@@ -1,7 +1,7 @@
 // The operations of INoxTaskScheduler, but for the attributes.
+#include "Common/Log.h"
 #include "model/Task.h"
 #include "model/TaskDocument.h"
-#include "scheduler/Log.h"
 #include "scheduler/TaskSchedulerObject.h"
 #include "storage/TaskStorage.h"
 
@@ -14,21 +14,21 @@ using BaseSDK::AString;
 
 long TaskSchedulerObject_i::AddTask(const AString& taskID, const AString& taskXML,
                                     AString& newTaskID) {
-  SCHEDULER_LOG(Trace, AString(L"TaskSchedulerObject_i::AddTask(\"%1\")").Arg(taskID));
+  PLUGIN_LOG(Scheduler, Trace, AString(L"TaskSchedulerObject_i::AddTask(\"%1\")").Arg(taskID));
   AString storedXML;
   if (GetTaskXML(taskID, storedXML) < 0) return AddNewTask(taskID, taskXML, newTaskID);
   newTaskID = taskID;
-  SCHEDULER_LOG(
-      Trace,
+  PLUGIN_LOG(
+      Scheduler, Trace,
       AString(L"Task ID = %1 already exists, update its XML (only history must remain the same)")
           .Arg(taskID));
   AString newXML = taskXML;
   // An empty document has no history either.
   const AString history = CTaskDocument(storedXML).History();
   if (history.IsEmpty()) {
-    SCHEDULER_LOG(Trace, L"History node is empty\n");
+    PLUGIN_LOG(Scheduler, Trace, L"History node is empty\n");
   } else {
-    SCHEDULER_LOG(Trace, L"History node is not empty, moving it to the new XML\n");
+    PLUGIN_LOG(Scheduler, Trace, L"History node is not empty, moving it to the new XML\n");
     UpdateTaskHistoryNode(newXML, history);
   }
   return ReplaceTask(taskID, newXML);
@@ -36,7 +36,8 @@ long TaskSchedulerObject_i::AddTask(const AString& taskID, const AString& taskXM
 
 long TaskSchedulerObject_i::AddNewTask(const AString& taskID, const AString& taskXML,
                                        AString& newTaskID) {
-  SCHEDULER_LOG(Trace, AString(L"Task ID = \"%1\" doesn't exist, create new one").Arg(taskID));
+  PLUGIN_LOG(Scheduler, Trace,
+             AString(L"Task ID = \"%1\" doesn't exist, create new one").Arg(taskID));
   const long result = WithLastError(m_Storage->AddTask(taskID, taskXML, newTaskID));
   if (result >= 1) {
     AMutexGuard guard(m_StateLock);
@@ -48,7 +49,8 @@ long TaskSchedulerObject_i::AddNewTask(const AString& taskID, const AString& tas
 long TaskSchedulerObject_i::ReplaceTask(const AString& taskID, const AString& taskXML) {
   const long result = WithLastError(m_Storage->SetTaskXML(taskID, taskXML));
   if (result < 1) {
-    SCHEDULER_LOG(Warning, AString(L"Failed to change task XML for the task ID = %1").Arg(taskID));
+    PLUGIN_LOG(Scheduler, Warning,
+               AString(L"Failed to change task XML for the task ID = %1").Arg(taskID));
     return result;
   }
   AMutexGuard guard(m_StateLock);
@@ -96,8 +98,8 @@ long TaskSchedulerObject_i::SetRunState(const AString& taskID, const AString& ru
   // Kept on purpose: 0 for done, unlike the other operations. Callers rely on it.
   constexpr long Done = 0;
   constexpr long UnknownTask = 1;
-  SCHEDULER_LOG(Trace,
-                AString(L"Try setting run state '%1' for task ID = %2").Arg(runState, taskID));
+  PLUGIN_LOG(Scheduler, Trace,
+             AString(L"Try setting run state '%1' for task ID = %2").Arg(runState, taskID));
   AMutexGuard guard(m_StateLock);
   CTask* const task = FindTask(taskID);
   if (task == nullptr) return UnknownTask;

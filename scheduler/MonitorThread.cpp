@@ -1,14 +1,16 @@
 #include "scheduler/MonitorThread.h"
 
+#include "Common/Log.h"
+#include "Common/Long32.h"
+#include "model/LocalTime.h"
 #include "model/Task.h"
-#include "scheduler/Log.h"
 #include "scheduler/TaskSchedulerObject.h"
 #include "storage/TaskStorage.h"
 
 #include <AgentInterfacesV3/CIClient.h>
 #include <AgentInterfacesV3/CIGetObjectInterface.h>
 #include <AgentInterfacesV3/INoxScheduledTaskHandler.h>
-#include <BaseSDK/ALong32.h>
+#include <BaseSDK/AClockSkewBehavior.h>
 #include <BaseSDK/AMutex.h>
 #include <BaseSDK/AStringTokenizer.h>
 #include <BaseSDK/AUrl.h>
@@ -32,15 +34,14 @@ namespace {
 constexpr long CycleSeconds = 3600;
 constexpr long MillisecondsPerSecond = 1000;
 
-/// A sleep ends when the clock is set or the machine resumes, and with the second it is for.
-constexpr auto MonitorSkewBehavior = BaseSDK::ClockSkewEndOnSet | BaseSDK::ClockSkewEndOnResume |
-                                     BaseSDK::ClockSkewAlignToSecond | BaseSDK::ClockSkewNeverEarly;
-static_assert(MonitorSkewBehavior == 15);
+/// The host's number for a sleep that ends when the clock is set or the machine resumes, and with
+/// the second that it is for.
+constexpr auto MonitorSkewBehavior = static_cast<BaseSDK::AClockSkewBehavior>(15);
 
 constexpr unsigned long NoOpenFlags = 0;
 
 long Now() {
-  return BaseSDK::Clamp32(time(nullptr));
+  return Nox::Clamp32(time(nullptr));
 }
 
 AString Count(std::size_t value) {
@@ -56,9 +57,9 @@ long SecondsUntilMidnight() {
   fields.tm_hour = 0;
   fields.tm_min = 0;
   fields.tm_sec = 0;
-  const long midnight = BaseSDK::MakeTime32(fields);
+  const long midnight = Nox::MakeTime32(fields);
   // The last day of 32-bit time has no midnight to wait for; the end of the cycle bounds the sleep.
-  return BaseSDK::Sub32(midnight == -1 ? BaseSDK::Long32Max : midnight, now);
+  return Nox::Sub32(midnight == -1 ? Nox::Long32Max : midnight, now);
 }
 
 /// What a due test says about a task.
@@ -96,10 +97,10 @@ class CMonitorThread::Cycle {
  public:
   explicit Cycle(TaskSchedulerObject_i& scheduler) : m_Scheduler(scheduler) {}
 
-  void Load() NOX_EXCLUDES(m_Scheduler.m_StateLock);
+  void Load() PLUGIN_EXCLUDES(m_Scheduler.m_StateLock);
   /// The batches of the tasks that are due now. Lowers `sleepSeconds` to the next run.
-  RunBatch Evaluate(long& sleepSeconds) NOX_EXCLUDES(m_Scheduler.m_StateLock);
-  void Purge() NOX_EXCLUDES(m_Scheduler.m_StateLock);
+  RunBatch Evaluate(long& sleepSeconds) PLUGIN_EXCLUDES(m_Scheduler.m_StateLock);
+  void Purge() PLUGIN_EXCLUDES(m_Scheduler.m_StateLock);
 
   /// No longer than to the cycle's end, and never negative.
   long BoundSleep(long sleepSeconds) const;
@@ -107,9 +108,9 @@ class CMonitorThread::Cycle {
   bool IsOver() const { return Now() >= m_Deadline || Now() < m_Start; }
 
  private:
-  void LoadTask(const AString& taskID) NOX_REQUIRES(m_Scheduler.m_StateLock);
-  DueTest TestTask(CTask& task, long& sleepSeconds) NOX_REQUIRES(m_Scheduler.m_StateLock);
-  void DeleteExpiredTask(const AString& taskID) NOX_REQUIRES(m_Scheduler.m_StateLock);
+  void LoadTask(const AString& taskID) PLUGIN_REQUIRES(m_Scheduler.m_StateLock);
+  DueTest TestTask(CTask& task, long& sleepSeconds) PLUGIN_REQUIRES(m_Scheduler.m_StateLock);
+  void DeleteExpiredTask(const AString& taskID) PLUGIN_REQUIRES(m_Scheduler.m_StateLock);
 
   TaskSchedulerObject_i& m_Scheduler;
   long m_Start = 0;
@@ -133,7 +134,7 @@ void CMonitorThread::Run() {
     } while (!IsStopRequested() && !cycle.IsOver());
     cycle.Purge();
   } while (!IsStopRequested());
-  SCHEDULER_LOG(Trace, L"Exiting the Task Thread.\n");
+  PLUGIN_LOG(Scheduler, Trace, L"Exiting the Task Thread.\n");
 }
 
 void CMonitorThread::DispatchTasks(const RunBatch& batch) {
@@ -144,7 +145,8 @@ void CMonitorThread::DispatchBatch(const AString& handlerCLSID, const AString& b
   CIClient<INoxScheduledTaskHandler> handler;
   if (CIGetObjectInterface(handlerCLSID, INoxScheduledTaskHandler::GetIID(), NoOpenFlags,
                            handler.Slot()) < 0) {
-    SCHEDULER_LOG(Information, AString(L"Failed to open task handler ID = %1").Arg(handlerCLSID));
+    PLUGIN_LOG(Scheduler, Information,
+               AString(L"Failed to open task handler ID = %1").Arg(handlerCLSID));
     return;
   }
   if (Accepts(*handler.Get(), batchText)) RecordAcceptedRuns(batchText);
@@ -163,8 +165,8 @@ void CMonitorThread::RecordAcceptedRuns(const AString& batchText) {
 }
 
 void CMonitorThread::Sleep(long sleepSeconds) {
-  SCHEDULER_LOG(
-      Trace,
+  PLUGIN_LOG(
+      Scheduler, Trace,
       AString(L"Task Thread is sleeping for %1 seconds.").Arg(AString().SetNum(sleepSeconds, 'd')));
   // Whatever ends the wait, the next iteration finds out what there is to do.
   (void)m_WakeEvent.Wait(static_cast<unsigned long>(sleepSeconds) * MillisecondsPerSecond,
@@ -178,7 +180,7 @@ bool CMonitorThread::IsStopRequested() const {
 void CMonitorThread::Cycle::Load() {
   {
     AMutexGuard guard(m_Scheduler.m_StateLock);
-    SCHEDULER_LOG(Trace, L"REFRESH TASK LIST!\n");
+    PLUGIN_LOG(Scheduler, Trace, L"REFRESH TASK LIST!\n");
     CTaskStorage& storage = *m_Scheduler.Storage();
     unsigned long handle = 0;
     AString taskID;
@@ -190,7 +192,7 @@ void CMonitorThread::Cycle::Load() {
     storage.FindClose(handle);
   }
   m_Start = Now();
-  m_Deadline = BaseSDK::Add32(m_Start, CycleSeconds);
+  m_Deadline = Nox::Add32(m_Start, CycleSeconds);
 }
 
 void CMonitorThread::Cycle::LoadTask(const AString& taskID) {
@@ -207,8 +209,9 @@ CMonitorThread::RunBatch CMonitorThread::Cycle::Evaluate(long& sleepSeconds) {
   std::vector<AString> expired;
   for (const auto& [key, task] : m_Scheduler.m_Tasks) {
     if (task == nullptr) {
-      SCHEDULER_LOG(Information, AString(L"Unexpected empty task '%1', total tasks - %2")
-                                     .Arg(key, Count(m_Scheduler.m_Tasks.size())));
+      PLUGIN_LOG(Scheduler, Information,
+                 AString(L"Unexpected empty task '%1', total tasks - %2")
+                     .Arg(key, Count(m_Scheduler.m_Tasks.size())));
       continue;
     }
     const AString taskID = task->m_TaskID;
@@ -234,7 +237,7 @@ DueTest CMonitorThread::Cycle::TestTask(CTask& task, long& sleepSeconds) {
 }
 
 void CMonitorThread::Cycle::DeleteExpiredTask(const AString& taskID) {
-  SCHEDULER_LOG(Trace, AString(L"Task ID = %1 is expired, deleting it.").Arg(taskID));
+  PLUGIN_LOG(Scheduler, Trace, AString(L"Task ID = %1 is expired, deleting it.").Arg(taskID));
   // A file that stays comes back with the next load; until then the task is gone.
   (void)m_Scheduler.Storage()->DeleteTask(taskID);
   // Kept on purpose: not destroyed here. A batch that names the task is yet to be dispatched.
@@ -243,8 +246,9 @@ void CMonitorThread::Cycle::DeleteExpiredTask(const AString& taskID) {
 
 void CMonitorThread::Cycle::Purge() {
   AMutexGuard guard(m_Scheduler.m_StateLock);
-  SCHEDULER_LOG(Trace, AString(L"Deleting all (%1) task from the tasks list...")
-                           .Arg(Count(m_Scheduler.m_Tasks.size())));
+  PLUGIN_LOG(Scheduler, Trace,
+             AString(L"Deleting all (%1) task from the tasks list...")
+                 .Arg(Count(m_Scheduler.m_Tasks.size())));
   m_Scheduler.m_Tasks.clear();
   m_Retired.clear();
 }
@@ -252,9 +256,9 @@ void CMonitorThread::Cycle::Purge() {
 long CMonitorThread::Cycle::BoundSleep(long sleepSeconds) const {
   // The clock stands at the end of 32-bit time. Nothing will be due, and there is no deadline left
   // to wait for: without this the monitor would go round without ever sleeping.
-  if (Now() == BaseSDK::Long32Max) return CycleSeconds;
-  if (BaseSDK::Add32(Now(), sleepSeconds) > m_Deadline) {
-    sleepSeconds = BaseSDK::Sub32(m_Deadline, Now());
+  if (Now() == Nox::Long32Max) return CycleSeconds;
+  if (Nox::Add32(Now(), sleepSeconds) > m_Deadline) {
+    sleepSeconds = Nox::Sub32(m_Deadline, Now());
   }
   return sleepSeconds < 0 ? 0 : sleepSeconds;
 }

@@ -1,5 +1,6 @@
 // The agent's notifications and the processing gate.
-#include "scheduler/Log.h"
+#include "Common/Log.h"
+#include "Common/NotificationCodes.h"
 #include "scheduler/TaskSchedulerObject.h"
 
 using BaseSDK::AMutexGuard;
@@ -18,9 +19,6 @@ enum NotificationKind : long {
   UnregistrationFinished = 7,
   SubscribedNotification = 10,
 };
-
-constexpr long FirstEventCode = 302;
-constexpr long SecondEventCode = 300;
 
 AString Decimal(std::uint32_t count) {
   return AString().SetNum(static_cast<unsigned>(count), 'u');
@@ -76,14 +74,14 @@ void TaskSchedulerObject_i::OpenGateAfter(const wchar_t* message) {
   // Kept on purpose: opens whatever the install task count says. The end of the agent's start-up or
   // of a policy refresh takes precedence over plug-ins that are still being installed.
   OpenGate();
-  SCHEDULER_LOG(Trace, message);
+  PLUGIN_LOG(Scheduler, Trace, message);
   m_MonitorThread.Rouse();
 }
 
 void TaskSchedulerObject_i::CloseGateForPolicyRefresh() {
-  SCHEDULER_LOG(Trace,
-                L"Policy Refresh Started. Task processing is disabled until policy refresh is "
-                L"complete");
+  PLUGIN_LOG(Scheduler, Trace,
+             L"Policy Refresh Started. Task processing is disabled until policy refresh is "
+             L"complete");
   CloseGate();
 }
 
@@ -91,10 +89,10 @@ void TaskSchedulerObject_i::BeginInstallTask(const wchar_t* message, const AStri
   AMutexGuard guard(m_CountLock);
   ++m_InstallTaskCount;
   CloseGate();
-  SCHEDULER_LOG(Trace, AString(message).Arg(plugin));
-  SCHEDULER_LOG(Information,
-                AString(L"Number of Install/Uninstall tasks: %1. Task processing is disabled")
-                    .Arg(Decimal(m_InstallTaskCount)));
+  PLUGIN_LOG(Scheduler, Trace, AString(message).Arg(plugin));
+  PLUGIN_LOG(Scheduler, Information,
+             AString(L"Number of Install/Uninstall tasks: %1. Task processing is disabled")
+                 .Arg(Decimal(m_InstallTaskCount)));
 }
 
 void TaskSchedulerObject_i::EndInstallTask(const wchar_t* message, const AString& plugin) {
@@ -102,25 +100,24 @@ void TaskSchedulerObject_i::EndInstallTask(const wchar_t* message, const AString
   // Kept on purpose: a finish without a start wraps to 4294967295, and only as many more of them,
   // or the agent's own notifications, open the gate again.
   --m_InstallTaskCount;
-  SCHEDULER_LOG(Trace, AString(message).Arg(plugin));
+  PLUGIN_LOG(Scheduler, Trace, AString(message).Arg(plugin));
   if (m_InstallTaskCount != 0) {
-    SCHEDULER_LOG(
-        Information,
-        AString(L"Number of Install/Uninstall tasks: %1. Task processing remains disabled")
-            .Arg(Decimal(m_InstallTaskCount)));
+    PLUGIN_LOG(Scheduler, Information,
+               AString(L"Number of Install/Uninstall tasks: %1. Task processing remains disabled")
+                   .Arg(Decimal(m_InstallTaskCount)));
     return;
   }
-  SCHEDULER_LOG(Trace, L"Enabling task processing");
+  PLUGIN_LOG(Scheduler, Trace, L"Enabling task processing");
   OpenGate();
   m_MonitorThread.Rouse();
 }
 
 void TaskSchedulerObject_i::RecordNotification(long code, const AString& text) {
-  if (code != FirstEventCode && code != SecondEventCode) return;
-  SCHEDULER_LOG(
-      Trace,
+  if (code != Nox::FirstEvent && code != Nox::SecondEvent) return;
+  PLUGIN_LOG(
+      Scheduler, Trace,
       AString(L"Received %1 subscribed notification: %2").Arg(AString().SetNum(code, 'd'), text));
   AMutexGuard guard(m_StateLock);
-  (code == FirstEventCode ? m_Notification302 : m_Notification300) = true;
+  (code == Nox::FirstEvent ? m_Notification302 : m_Notification300) = true;
   m_MonitorThread.Rouse();
 }

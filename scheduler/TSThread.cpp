@@ -1,13 +1,15 @@
 #include "scheduler/TSThread.h"
 
-#include "scheduler/Log.h"
+#include "Common/Log.h"
 
 #include <sys/select.h>
 
-using BaseSDK::AEvent;
 using BaseSDK::AString;
 
 namespace {
+
+/// The host's reset mode in which one wait consumes the set event.
+constexpr int AutoReset = 0;
 
 constexpr int MaxWakeUps = 30;
 constexpr long WakeUpPauseMicroseconds = 100000;
@@ -23,7 +25,7 @@ void Pause() {
 CTSThread::CTSThread(TaskSchedulerObject_i* scheduler, const AString& param)
     : m_Stop(false),
       m_Refresh(false),
-      m_WakeEvent(AEvent::AutoReset),
+      m_WakeEvent(AutoReset),
       m_pScheduler(scheduler),
       m_Param(param) {}
 
@@ -35,8 +37,8 @@ bool CTSThread::Shutdown() {
   m_Stop.store(true, std::memory_order_relaxed);
   for (int wakeUpsLeft = MaxWakeUps; IsRunning(); --wakeUpsLeft) {
     if (wakeUpsLeft == 0) {
-      SCHEDULER_LOG(Information,
-                    AString(L"Failed to stop the thread with Param = \"%1\"").Arg(m_Param));
+      PLUGIN_LOG(Scheduler, Information,
+                 AString(L"Failed to stop the thread with Param = \"%1\"").Arg(m_Param));
       return false;
     }
     // Set before every pause, for the thread may have missed the last one between its look at the

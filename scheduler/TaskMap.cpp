@@ -1,6 +1,6 @@
 // The tasks in memory: single changes, each of which rouses the monitor.
+#include "Common/Log.h"
 #include "model/Task.h"
-#include "scheduler/Log.h"
 #include "scheduler/TaskSchedulerObject.h"
 
 #include <new>
@@ -15,8 +15,8 @@ void TaskSchedulerObject_i::StartTaskThread(const AString& taskID, const AString
   if (task != nullptr) {
     m_Tasks[taskID] = std::move(task);
   } else {
-    SCHEDULER_LOG(Information,
-                  AString(L"Failed to allocate memory for new task ID = %1.").Arg(taskID));
+    PLUGIN_LOG(Scheduler, Information,
+               AString(L"Failed to allocate memory for new task ID = %1.").Arg(taskID));
   }
   m_MonitorThread.Rouse();
 }

@@ -1,8 +1,9 @@
 // Life cycle, configuration and identification.
 #include "scheduler/TaskSchedulerObject.h"
 
+#include "Common/Log.h"
+#include "Common/NotificationCodes.h"
 #include "model/Task.h"
-#include "scheduler/Log.h"
 #include "storage/TaskStorage.h"
 
 #include <AgentInterfacesV3/InterfaceIds.h>
@@ -20,14 +21,14 @@ using namespace Corvane::AgentInterfacesV3;
 
 namespace {
 
-constexpr long SubscribedCodes[] = {300, 302};
+constexpr long SubscribedCodes[] = {Nox::SecondEvent, Nox::FirstEvent};
 constexpr int FrameVersion = 3;
 
 void Subscribe() {
   if (AgentSDK::NTracker::Subscribe(L"Corvane.NoxTaskScheduler", SubscribedCodes,
                                     static_cast<unsigned>(std::size(SubscribedCodes))) < 1) {
-    SCHEDULER_LOG(Error,
-                  L"TaskSchedulerObject_i::Initialize(), failed to subscribe to notifications");
+    PLUGIN_LOG(Scheduler, Error,
+               L"TaskSchedulerObject_i::Initialize(), failed to subscribe to notifications");
   }
 }
 
@@ -41,11 +42,11 @@ AString ConfiguredText(const wchar_t* key) {
 TaskSchedulerObject_i::TaskSchedulerObject_i() : m_MonitorThread(this, L"") {}
 
 TaskSchedulerObject_i::~TaskSchedulerObject_i() {
-  SCHEDULER_LOG(Trace, L"TaskSchedulerObject_i destructor.\n");
+  PLUGIN_LOG(Scheduler, Trace, L"TaskSchedulerObject_i destructor.\n");
 }
 
 int TaskSchedulerObject_i::Initialize() {
-  SCHEDULER_LOG(Trace, L"TaskSchedulerObject_i::Initialize()\n");
+  PLUGIN_LOG(Scheduler, Trace, L"TaskSchedulerObject_i::Initialize()\n");
   Subscribe();
   const AString path = ConfiguredText(L"task_storage_path");
   const AString extension = ConfiguredText(L"task_file_extension");
@@ -58,7 +59,7 @@ int TaskSchedulerObject_i::Initialize() {
 
 int TaskSchedulerObject_i::Uninitialize(unsigned int forced) {
   if (forced == 0) return -1;
-  SCHEDULER_LOG(Trace, L"TaskSchedulerObject_i::Uninitialize()\n");
+  PLUGIN_LOG(Scheduler, Trace, L"TaskSchedulerObject_i::Uninitialize()\n");
   // A monitor that does not end is left running and told of; the agent insists, so the rest goes
   // on.
   (void)m_MonitorThread.Shutdown();
@@ -67,17 +68,17 @@ int TaskSchedulerObject_i::Uninitialize(unsigned int forced) {
 }
 
 int TaskSchedulerObject_i::AgentStart() {
-  SCHEDULER_LOG(Trace, L"TaskSchedulerObject_i::AgentStart()\n");
+  PLUGIN_LOG(Scheduler, Trace, L"TaskSchedulerObject_i::AgentStart()\n");
   return 1;
 }
 
 int TaskSchedulerObject_i::AgentStop() {
-  SCHEDULER_LOG(Trace, L"TaskSchedulerObject_i::AgentStop()\n");
+  PLUGIN_LOG(Scheduler, Trace, L"TaskSchedulerObject_i::AgentStop()\n");
   return 1;
 }
 
 int TaskSchedulerObject_i::AgentRefresh() {
-  SCHEDULER_LOG(Trace, L"TaskSchedulerObject_i::AgentRefresh()\n");
+  PLUGIN_LOG(Scheduler, Trace, L"TaskSchedulerObject_i::AgentRefresh()\n");
   return 1;
 }
 

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "Common/PluginBase.h"
+#include "Common/ThreadAnnotations.h"
 #include "scheduler/MonitorThread.h"
 
 #include <AgentInterfacesV3/INoxTaskScheduler_impl.h>
+#include <BaseSDK/ALtstr.h>
+#include <BaseSDK/AMap.h>
 #include <BaseSDK/AMutex.h>
 #include <BaseSDK/AString.h>
-#include <BaseSDK/ThreadAnnotations.h>
 
 #include <atomic>
 #include <cstdint>
@@ -30,7 +32,9 @@ class CTaskStorage;
 class TaskSchedulerObject_i : public Corvane::AgentInterfacesV3::INoxTaskScheduler_impl,
                               public APluginBase {
  public:
-  using AStringMap = Corvane::AgentInterfacesV3::AStringMap;
+  /// The attributes of a task by their keys.
+  using AttributeMap =
+      BaseSDK::Container::AMap<BaseSDK::AString, BaseSDK::AString, BaseSDK::ALtstr>;
 
   /// Starts nothing and subscribes to nothing; the gate is closed.
   TaskSchedulerObject_i();
@@ -38,9 +42,9 @@ class TaskSchedulerObject_i : public Corvane::AgentInterfacesV3::INoxTaskSchedul
 
   // INoxObject
 
-  int ObjectDebugInfo(BaseSDK::AString& report) override NOX_EXCLUDES(m_StateLock);
+  int ObjectDebugInfo(BaseSDK::AString& report) override PLUGIN_EXCLUDES(m_StateLock);
   int NotifyObject(long kind, long code, const BaseSDK::AString& text) override
-      NOX_EXCLUDES(m_StateLock, m_CountLock);
+      PLUGIN_EXCLUDES(m_StateLock, m_CountLock);
 
   // INoxVeskClientAgent: acknowledged, nothing more. The gate opens through NotifyObject.
 
@@ -56,18 +60,19 @@ class TaskSchedulerObject_i : public Corvane::AgentInterfacesV3::INoxTaskSchedul
   // INoxTaskScheduler
 
   long AddTask(const BaseSDK::AString& taskID, const BaseSDK::AString& taskXML,
-               BaseSDK::AString& newTaskID) override NOX_EXCLUDES(m_StateLock);
-  long DeleteTask(const BaseSDK::AString& taskID) override NOX_EXCLUDES(m_StateLock);
+               BaseSDK::AString& newTaskID) override PLUGIN_EXCLUDES(m_StateLock);
+  long DeleteTask(const BaseSDK::AString& taskID) override PLUGIN_EXCLUDES(m_StateLock);
   long GetTaskXML(const BaseSDK::AString& taskID, BaseSDK::AString& taskXML) override;
   long FindFirstTask(unsigned long& handle, BaseSDK::AString& taskID) override;
   long FindNextTask(unsigned long handle, BaseSDK::AString& taskID) override;
   long FindClose(unsigned long handle) override;
   long RefreshTaskList() override;
   long SetRunState(const BaseSDK::AString& taskID, const BaseSDK::AString& runState) override
-      NOX_EXCLUDES(m_StateLock);
-  long GetTaskAttributes(const BaseSDK::AString& taskID, AStringMap& attributes,
-                         const AStringMap* inputAttributes) override NOX_EXCLUDES(m_StateLock);
-  long EnableTask(const BaseSDK::AString& taskIDs, bool enable) override NOX_EXCLUDES(m_StateLock);
+      PLUGIN_EXCLUDES(m_StateLock);
+  long GetTaskAttributes(const BaseSDK::AString& taskID, AttributeMap& attributes,
+                         const AttributeMap* inputAttributes) override PLUGIN_EXCLUDES(m_StateLock);
+  long EnableTask(const BaseSDK::AString& taskIDs, bool enable) override
+      PLUGIN_EXCLUDES(m_StateLock);
 
   // INoxInterfaceFactory and APluginBase
 
@@ -99,42 +104,42 @@ class TaskSchedulerObject_i : public Corvane::AgentInterfacesV3::INoxTaskSchedul
   void OpenGateAfter(const wchar_t* message);
   void CloseGateForPolicyRefresh();
   void BeginInstallTask(const wchar_t* message, const BaseSDK::AString& plugin)
-      NOX_EXCLUDES(m_CountLock);
+      PLUGIN_EXCLUDES(m_CountLock);
   void EndInstallTask(const wchar_t* message, const BaseSDK::AString& plugin)
-      NOX_EXCLUDES(m_CountLock);
-  void RecordNotification(long code, const BaseSDK::AString& text) NOX_EXCLUDES(m_StateLock);
+      PLUGIN_EXCLUDES(m_CountLock);
+  void RecordNotification(long code, const BaseSDK::AString& text) PLUGIN_EXCLUDES(m_StateLock);
 
   // The interface
   long AddNewTask(const BaseSDK::AString& taskID, const BaseSDK::AString& taskXML,
-                  BaseSDK::AString& newTaskID) NOX_EXCLUDES(m_StateLock);
+                  BaseSDK::AString& newTaskID) PLUGIN_EXCLUDES(m_StateLock);
   long ReplaceTask(const BaseSDK::AString& taskID, const BaseSDK::AString& taskXML)
-      NOX_EXCLUDES(m_StateLock);
+      PLUGIN_EXCLUDES(m_StateLock);
   /// Copies the storage's code; passes `result` on.
   long WithLastError(long result);
 
   // The task map. Both rouse the monitor, which waits for the state lock then.
   /// Puts a task into the map in place of the one of that ID.
   void StartTaskThread(const BaseSDK::AString& taskID, const BaseSDK::AString& taskXML)
-      NOX_REQUIRES(m_StateLock);
+      PLUGIN_REQUIRES(m_StateLock);
   /// Takes a task out of the map.
-  void StopTaskThread(const BaseSDK::AString& taskID) NOX_REQUIRES(m_StateLock);
+  void StopTaskThread(const BaseSDK::AString& taskID) PLUGIN_REQUIRES(m_StateLock);
   /// Null when there is no memory for the task.
   std::unique_ptr<CTask> MakeTask(const BaseSDK::AString& taskID, const BaseSDK::AString& taskXML);
   /// Null when there is no such task.
-  CTask* FindTask(const BaseSDK::AString& taskID) const NOX_REQUIRES(m_StateLock);
+  CTask* FindTask(const BaseSDK::AString& taskID) const PLUGIN_REQUIRES(m_StateLock);
 
   std::unique_ptr<CTaskStorage> m_Storage;
   BaseSDK::AMutex m_StateLock;
-  bool m_Notification302 NOX_GUARDED_BY(m_StateLock) = false;
-  bool m_Notification300 NOX_GUARDED_BY(m_StateLock) = false;
+  bool m_Notification302 PLUGIN_GUARDED_BY(m_StateLock) = false;
+  bool m_Notification300 PLUGIN_GUARDED_BY(m_StateLock) = false;
   // Result code of the operations' last storage call. Written without a lock by whichever request
   // comes last; relaxed, for it orders nothing.
   std::atomic<unsigned long> m_LastError = 0;
-  TaskMap m_Tasks NOX_GUARDED_BY(m_StateLock);
+  TaskMap m_Tasks PLUGIN_GUARDED_BY(m_StateLock);
   CMonitorThread m_MonitorThread;
   // The gate. Written with and without the count lock, read by the monitor without one: a reading
   // that is one iteration late is fine. Relaxed: the event that rouses the monitor orders it.
   std::atomic<bool> m_ProcessingEnabled = false;
-  std::uint32_t m_InstallTaskCount NOX_GUARDED_BY(m_CountLock) = 0;
+  std::uint32_t m_InstallTaskCount PLUGIN_GUARDED_BY(m_CountLock) = 0;
   BaseSDK::AMutex m_CountLock;
 };

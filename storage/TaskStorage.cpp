@@ -1,5 +1,7 @@
 #include "storage/TaskStorage.h"
 
+#include "Common/NotificationCodes.h"
+
 #include <AgentSDK/NTracker.h>
 #include <BaseSDK/AFile.h>
 #include <BaseSDK/AStringEncoder.h>
@@ -18,10 +20,6 @@ using BaseSDK::Wrappers::Sys;
 
 namespace {
 
-constexpr long TaskReplaced = 100;
-constexpr long TaskDeleted = 101;
-constexpr long TaskAdded = 102;
-
 constexpr wchar_t InventedPrefix[] = L"corvane_task_";
 
 constexpr int OpenMade = O_RDWR;
@@ -30,6 +28,8 @@ static_assert(OpenMade == 2 && OpenNew == 0xC2);
 constexpr int FileMode = 0644;
 
 constexpr unsigned long NoRemoveFlags = 0;
+/// The host's flag of a rename that replaces an existing target.
+constexpr unsigned long RenameReplacing = 2;
 
 // The result of a notification is nobody's business here: the change stands in either case.
 void Announce(long code, const AString& taskID) {
@@ -94,12 +94,12 @@ long CTaskStorage::AddTask(const AString& taskID, const AString& taskXML, AStrin
     return -1;
   }
   if (invented) {
-    m_LastError.store(AFile::Rename(file.m_Name, file.m_Name + m_Extension, AFile::ReplaceExisting),
+    m_LastError.store(AFile::Rename(file.m_Name, file.m_Name + m_Extension, RenameReplacing),
                       std::memory_order_relaxed);
   }
   newTaskID = invented ? LastComponent(file.m_Name) : taskID;
   // Kept on purpose: announced also when the rename failed; the document is on disk by then.
-  Announce(TaskAdded, newTaskID);
+  Announce(Nox::TaskAdded, newTaskID);
   return Result();
 }
 
@@ -133,7 +133,7 @@ long CTaskStorage::SetTaskXML(const AString& taskID, const AString& taskXML) {
   // Kept on purpose: a write that failed is success. The task in memory goes on with the new
   // document, and its next change writes the file again.
   (void)AFile::Write(GetTaskFilename(taskID), taskXML, AUtf8Encoding());
-  Announce(TaskReplaced, taskID);
+  Announce(Nox::TaskChanged, taskID);
   return 1;
 }
 
@@ -154,7 +154,7 @@ long CTaskStorage::DeleteTask(const AString& taskID) {
   if (taskID.IsEmpty()) return Fail(ERR_INVALID_ARGUMENT);
   const unsigned long code = AFile::Remove(GetTaskFilename(taskID), NoRemoveFlags);
   m_LastError.store(code, std::memory_order_relaxed);
-  if (code == 0) Announce(TaskDeleted, taskID);
+  if (code == 0) Announce(Nox::TaskDeleted, taskID);
   return Result();
 }
 

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "Common/ThreadAnnotations.h"
+
 #include <BaseSDK/AMutex.h>
 #include <BaseSDK/AString.h>
-#include <BaseSDK/ThreadAnnotations.h>
 
 #include <atomic>
 #include <cstddef>
@@ -33,22 +34,23 @@ class CTaskStorage {
   /// also when only the last step, the rename of an invented file, failed. An existing file is
   /// ERR_FILE_WRITE and stays as it is.
   long AddTask(const BaseSDK::AString& taskID, const BaseSDK::AString& taskXML,
-               BaseSDK::AString& newTaskID) NOX_EXCLUDES(m_Lock);
+               BaseSDK::AString& newTaskID) PLUGIN_EXCLUDES(m_Lock);
   /// Creates or replaces the task's file. Fails only for an empty ID or document.
   long SetTaskXML(const BaseSDK::AString& taskID, const BaseSDK::AString& taskXML)
-      NOX_EXCLUDES(m_Lock);
+      PLUGIN_EXCLUDES(m_Lock);
   /// Reads the task's file; `taskXML` is left alone on failure.
-  long GetTaskXML(const BaseSDK::AString& taskID, BaseSDK::AString& taskXML) NOX_EXCLUDES(m_Lock);
+  long GetTaskXML(const BaseSDK::AString& taskID, BaseSDK::AString& taskXML)
+      PLUGIN_EXCLUDES(m_Lock);
   /// Deletes the task's file.
-  long DeleteTask(const BaseSDK::AString& taskID) NOX_EXCLUDES(m_Lock);
+  long DeleteTask(const BaseSDK::AString& taskID) PLUGIN_EXCLUDES(m_Lock);
 
   /// An enumeration: FindFirstTask with a handle of 0, FindNextTask until it fails, FindClose, also
   /// when FindFirstTask failed. The order is the directory's own; every entry counts as a task.
   /// Files may come and go in between. The handle belongs to the caller.
-  long FindFirstTask(unsigned long& handle, BaseSDK::AString& taskID) NOX_EXCLUDES(m_Lock);
+  long FindFirstTask(unsigned long& handle, BaseSDK::AString& taskID) PLUGIN_EXCLUDES(m_Lock);
   /// 0 for a handle of 0, which is a failure too. Delivers the entries "." and ".." like others.
-  long FindNextTask(unsigned long handle, BaseSDK::AString& taskID) NOX_EXCLUDES(m_Lock);
-  void FindClose(unsigned long handle) NOX_EXCLUDES(m_Lock);
+  long FindNextTask(unsigned long handle, BaseSDK::AString& taskID) PLUGIN_EXCLUDES(m_Lock);
+  void FindClose(unsigned long handle) PLUGIN_EXCLUDES(m_Lock);
 
   /// Path, ID and extension in a row; the ID is neither checked nor escaped.
   BaseSDK::AString GetTaskFilename(const BaseSDK::AString& taskID) const;
@@ -58,13 +60,14 @@ class CTaskStorage {
  private:
   struct NewFile;
 
-  long Fail(unsigned long code) NOX_REQUIRES(m_Lock);
-  long Result() const NOX_REQUIRES(m_Lock);
+  long Fail(unsigned long code) PLUGIN_REQUIRES(m_Lock);
+  long Result() const PLUGIN_REQUIRES(m_Lock);
   NewFile OpenInventedFile() const;
   NewFile OpenNamedFile(const BaseSDK::AString& taskID) const;
   /// Closes the file in every case; the outcome is in m_LastError.
-  void WriteNewFile(const NewFile& file, const char* bytes, std::size_t count) NOX_REQUIRES(m_Lock);
-  bool ReadEntry(unsigned long handle, BaseSDK::AString& name) NOX_REQUIRES(m_Lock);
+  void WriteNewFile(const NewFile& file, const char* bytes, std::size_t count)
+      PLUGIN_REQUIRES(m_Lock);
+  bool ReadEntry(unsigned long handle, BaseSDK::AString& name) PLUGIN_REQUIRES(m_Lock);
 
   BaseSDK::AMutex m_Lock;
   BaseSDK::AString m_Path;  // constant after construction; ends in "/"

@@ -13,7 +13,7 @@ using BaseSDK::AString;
 
 class AttributesTest : public SchedulerFixture {
  protected:
-  using Map = TaskSchedulerObject_i::AStringMap;
+  using Map = TaskSchedulerObject_i::AttributeMap;
 
   /// Puts the one task T1 into memory while the gate is closed, so that nothing runs.
   void Load(const std::string& document) {

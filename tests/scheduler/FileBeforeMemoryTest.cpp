@@ -59,7 +59,7 @@ TEST_F(FileBeforeMemoryTest,
     EXPECT_EQ(1, m_Scheduler->AddTask(L"T1", AString::FromUtf8(document), id));
   });
   EXPECT_TRUE(IsStored("2030-01-01")) << "the file has the document before, and its run";
-  TaskSchedulerObject_i::AStringMap attributes;
+  TaskSchedulerObject_i::AttributeMap attributes;
   EXPECT_EQ(1, m_Scheduler->GetTaskAttributes(L"T1", attributes, nullptr));
   EXPECT_EQ(AString(L"1925020800"), attributes[L"t6"]) << "2031-01-01 08:00:00";
   RunUntil(Begin + Hour);

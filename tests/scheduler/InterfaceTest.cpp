@@ -109,7 +109,7 @@ TEST_F(InterfaceTest, AddTaskOfAnExistingTaskCarriesItsHistoryIntoTheNewDocument
           history + "\n</Task>",
       Stored("T1"));
   EXPECT_TRUE(Traced(L"History node is not empty, moving it to the new XML\n"));
-  TaskSchedulerObject_i::AStringMap attributes;
+  TaskSchedulerObject_i::AttributeMap attributes;
   EXPECT_EQ(1, m_Scheduler->GetTaskAttributes(L"T1", attributes, nullptr));
   EXPECT_EQ(AString(L"1109577600"), attributes[L"t3"]) << "in memory, too: 2005-02-28 08:00:00";
 }
@@ -277,7 +277,7 @@ TEST_F(InterfaceTest, IsCalledFromManyThreadsBesideTheMonitor) {
   const auto work = [this](const wchar_t* taskID) {
     for (int i = 0; i < Rounds; ++i) {
       AString id;
-      TaskSchedulerObject_i::AStringMap attributes;
+      TaskSchedulerObject_i::AttributeMap attributes;
       EXPECT_EQ(1, m_Scheduler->AddTask(taskID, AString::FromUtf8(Later()), id));
       EXPECT_EQ(0, m_Scheduler->SetRunState(taskID, L"Ok"));
       EXPECT_EQ(1, m_Scheduler->GetTaskAttributes(taskID, attributes, nullptr));

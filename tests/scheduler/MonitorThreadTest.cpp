@@ -165,7 +165,7 @@ TEST_F(MonitorThreadTest, AnIdWithTheMarksOfABatchIsOneEntry) {
 TEST_F(MonitorThreadTest, AHandlerMayCallTheSchedulerFromWithin) {
   Store("T1", Task(AsSoonAsPossible()));
   Start();
-  TaskSchedulerObject_i::AStringMap attributes;
+  TaskSchedulerObject_i::AttributeMap attributes;
   m_Handler.Observe([&](const FakeHandler::Call&) {
     EXPECT_EQ(1, m_Scheduler->GetTaskAttributes(L"T1", attributes, nullptr));
     EXPECT_EQ(0, m_Scheduler->SetRunState(L"T1", L"Running"));

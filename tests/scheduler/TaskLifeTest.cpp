@@ -303,7 +303,7 @@ TEST_F(TaskLifeTest, AnEmptyEntryDoesNotKeepTheOthersFromRunning) {
 TEST_F(TaskLifeTest, AnEmptyEntryIsAnUnknownTaskToTheInterface) {
   Start();
   SCHEDULER_INSIDE(*m_Scheduler, m_Tasks)[L"a"] = nullptr;
-  TaskSchedulerObject_i::AStringMap attributes;
+  TaskSchedulerObject_i::AttributeMap attributes;
   EXPECT_EQ(1, m_Scheduler->SetRunState(L"a", L"Ok"));
   EXPECT_EQ(-1, m_Scheduler->EnableTask(L"a", false));
   EXPECT_EQ(-1, m_Scheduler->GetTaskAttributes(L"a", attributes, nullptr));
@@ -382,7 +382,7 @@ TEST_F(TaskLifeTest, AttributesRefreshTheClosestRunOnce) {
   StoreTasks({"a"});
   Start();
   Journal().clear();
-  TaskSchedulerObject_i::AStringMap attributes;
+  TaskSchedulerObject_i::AttributeMap attributes;
   EXPECT_EQ(1, m_Scheduler->GetTaskAttributes(L"a", attributes, nullptr));
   EXPECT_THAT(Journal(), ElementsAre("updated a"));
 }

@@ -318,7 +318,7 @@ void Simulation::AskTask() {
       (result != 1 || text.ToUtf8() != m_Ledger.ExpectedText(taskId))) {
     m_Verdict.Violation("the document of '" + taskId + "' reads as:\n" + text.ToUtf8());
   }
-  AStringMap attributes;
+  AttributeMap attributes;
   if (m_Scheduler->GetTaskAttributes(Wide(taskId), attributes, nullptr) == 1 &&
       attributes[L"t0"].ToUtf8() != taskId) {
     m_Verdict.Violation("the attributes of '" + taskId + "' are those of another task");

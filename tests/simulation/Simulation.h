@@ -42,7 +42,7 @@ class Simulation : private Host::Observer {
 
  private:
   using Clock = VirtualTime::VirtualClock;
-  using AStringMap = TaskSchedulerObject_i::AStringMap;
+  using AttributeMap = TaskSchedulerObject_i::AttributeMap;
 
   void Live();
 

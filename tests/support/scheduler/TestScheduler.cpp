@@ -100,7 +100,7 @@ std::string TestScheduler::Report() {
 }
 
 std::string TestScheduler::Attribute(const std::string& id, const std::string& name) {
-  TaskSchedulerObject_i::AStringMap attributes;
+  TaskSchedulerObject_i::AttributeMap attributes;
   (void)m_Object->GetTaskAttributes(Wide(id), attributes, nullptr);
   const auto found = attributes.find(Wide(name));
   return found != attributes.end() ? found->second.ToUtf8() : std::string();

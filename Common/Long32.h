@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+
+namespace Nox {
+
+/// Arithmetic on times and counts, which are signed 32-bit numbers in a `long` at both word sizes:
+/// every result beyond that range is the nearest end of it. It never wraps, so a date in 2038 stays
+/// the last one instead of becoming 1901.
+///
+/// The host kit has the same for itself (BaseSDK/ALong32.h); a plug-in may use the host's names
+/// alone, so this is its own.
+constexpr long Long32Max = 2147483647L;
+constexpr long Long32Min = -Long32Max - 1;
+
+constexpr long Clamp32(std::int64_t value) {
+  return value > Long32Max ? Long32Max : value < Long32Min ? Long32Min : static_cast<long>(value);
+}
+
+/// The operands of these three are in the signed 32-bit range.
+constexpr long Add32(long left, long right) {
+  return Clamp32(std::int64_t{left} + std::int64_t{right});
+}
+constexpr long Sub32(long left, long right) {
+  return Clamp32(std::int64_t{left} - std::int64_t{right});
+}
+constexpr long Mul32(long left, long right) {
+  return Clamp32(std::int64_t{left} * std::int64_t{right});
+}
+
+}  // namespace Nox
