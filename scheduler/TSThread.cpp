@@ -9,7 +9,7 @@ using BaseSDK::AString;
 namespace {
 
 /// The host's reset mode in which one wait consumes the set event.
-constexpr int AutoReset = 0;
+constexpr int ResetByOneWait = 0;
 
 constexpr int MaxWakeUps = 30;
 constexpr long WakeUpPauseMicroseconds = 100000;
@@ -25,7 +25,7 @@ void Pause() {
 CTSThread::CTSThread(TaskSchedulerObject_i* scheduler, const AString& param)
     : m_Stop(false),
       m_Refresh(false),
-      m_WakeEvent(AutoReset),
+      m_WakeEvent(ResetByOneWait),
       m_pScheduler(scheduler),
       m_Param(param) {}
 
