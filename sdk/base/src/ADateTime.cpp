@@ -132,6 +132,7 @@ AString ADateTime::ToString(const AString& format) const {
     return AString();
   }
   std::ostringstream text;
+  text.exceptions(std::ios::badbit);  // or it would end the text where there is no more memory
   text.imbue(std::locale::classic());
   text << std::put_time(&local, format.ToUtf8().c_str());
   return AString::FromUtf8(text.str());

@@ -111,6 +111,7 @@ int RenameFile(const std::string& from, const std::string& to, bool replace) {
 int ReplaceFile(const std::string& path, const std::string& bytes) {
   unsigned mode = 0;
   std::string temporary;
+  const std::string directory = DirectoryOf(path);
   int fd = -1;
   int error = ModeToKeep(path, mode);
   error = error != 0 ? error : CreateUnique(TemporaryPrefix(path), temporary, fd);
@@ -125,7 +126,7 @@ int ReplaceFile(const std::string& path, const std::string& bytes) {
     (void)Unlink(temporary);  // the first error is the one to tell
     return error;
   }
-  return FlushDirectoryOf(path);
+  return FlushDirectory(directory);
 }
 
 int ReadBounded(const std::string& path, std::string& bytes) {
@@ -135,9 +136,13 @@ int ReadBounded(const std::string& path, std::string& bytes) {
   if (error != 0) {
     return error;
   }
-  const int readError = ReadAll(fd, AFile::MaxReadBytes, bytes);
-  (void)AFileSystem::Current().Close(fd);  // nothing was written that could be lost
-  return readError;
+  struct Closer {
+    int m_Fd;
+    // Nothing was written that could be lost.
+    ~Closer() { (void)AFileSystem::Current().Close(m_Fd); }
+  };
+  const Closer closer{fd};
+  return ReadAll(fd, AFile::MaxReadBytes, bytes);
 }
 
 int ListTemporaries(const std::string& directory, std::vector<std::string>& names) {
@@ -179,15 +184,21 @@ unsigned long AFile::MakeTemp(const AString& nameTemplate, AString& name) {
     return ResultFromErrno(EINVAL);
   }
   int error = CreateUnique(prefix, path, fd);
-  if (error == 0) {
-    error = AFileSystem::Current().Close(fd);
-    if (error == 0) {
-      name = AString::FromUtf8(path);
-    } else {
-      (void)Unlink(path);
-    }
+  if (error != 0) {
+    return ResultFromErrno(error);
   }
-  return ResultFromErrno(error);
+  error = AFileSystem::Current().Close(fd);
+  if (error != 0) {
+    (void)Unlink(path);
+    return ResultFromErrno(error);
+  }
+  try {
+    name = AString::FromUtf8(path);
+  } catch (...) {
+    (void)Unlink(path);  // nobody would learn its name
+    throw;
+  }
+  return 0;
 }
 
 unsigned long AFile::Read(const AString& name, AString& text, const AEncoding& encoding) {
@@ -208,18 +219,21 @@ unsigned long AFile::Write(const AString& name, const AString& text, const AEnco
 unsigned long AFile::Remove(const AString& name, unsigned long flags) {
   std::string path;
   int error = ToPath(name, path) && flags == 0 ? 0 : EINVAL;
+  const std::string directory = DirectoryOf(path);
   error = error != 0 ? error : Unlink(path);
-  return ResultFromErrno(error != 0 ? error : FlushDirectoryOf(path));
+  return ResultFromErrno(error != 0 ? error : FlushDirectory(directory));
 }
 
 unsigned long AFile::Rename(const AString& from, const AString& to, unsigned long flags) {
   std::string source;
   std::string target;
   const bool valid = ToPath(from, source) && ToPath(to, target) && (flags & ~ReplaceExisting) == 0;
+  const std::string left = DirectoryOf(source);
+  const std::string entered = DirectoryOf(target);
   int error = valid ? RenameFile(source, target, flags == ReplaceExisting) : EINVAL;
-  error = error != 0 ? error : FlushDirectoryOf(target);
-  if (error == 0 && DirectoryPart(source) != DirectoryPart(target)) {
-    error = FlushDirectoryOf(source);
+  error = error != 0 ? error : FlushDirectory(entered);
+  if (error == 0 && left != entered) {
+    error = FlushDirectory(left);
   }
   return ResultFromErrno(error);
 }

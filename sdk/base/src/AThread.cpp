@@ -3,7 +3,7 @@
 #include <BaseSDK/ThreadHooks.h>
 
 #include <atomic>
-#include <system_error>
+#include <exception>
 #include <thread>
 
 namespace BaseSDK {
@@ -46,7 +46,7 @@ bool AThread::Start() {
       AThreadRest::OnEnd();
       Platform::OnThreadEnd();
     });
-  } catch (const std::system_error&) {
+  } catch (const std::exception&) {
     m_State->m_Running = false;
     AThreadRest::OnEnd();
     Platform::OnThreadEnd();

@@ -55,16 +55,20 @@ int FlushFile(int fd) {
   return error == EINVAL || error == EROFS ? 0 : error;
 }
 
-int FlushDirectoryOf(std::string_view path) {
-  const std::string part(DirectoryPart(path));
+int FlushDirectory(const std::string& directory) {
   int fd = -1;
-  const int openError = OpenFile(part.empty() ? "." : part.c_str(), O_RDONLY | O_DIRECTORY, 0, fd);
+  const int openError = OpenFile(directory.c_str(), O_RDONLY | O_DIRECTORY, 0, fd);
   if (openError != 0) {
     return openError;
   }
   const int error = FlushFile(fd);
   const int closeError = AFileSystem::Current().Close(fd);
   return error != 0 ? error : closeError;
+}
+
+std::string DirectoryOf(std::string_view path) {
+  const std::string_view part = DirectoryPart(path);
+  return std::string(part.empty() ? "." : part);
 }
 
 std::string_view DirectoryPart(std::string_view path) {

@@ -16,8 +16,11 @@ int WriteAll(int fd, const void* data, std::size_t size, std::size_t& written);
 int ReadAll(int fd, std::size_t most, std::string& bytes);
 /// Flushes; what has no disk behind it, such as a pipe, counts as flushed.
 int FlushFile(int fd);
-/// Flushes the directory that holds `path`, so that a new, renamed or deleted name stays so.
-int FlushDirectoryOf(std::string_view path);
+/// Flushes a directory, so that a new, renamed or deleted name in it stays so.
+int FlushDirectory(const std::string& directory);
+/// The directory that holds `path`, for FlushDirectory. Ask before you change what is to be
+/// flushed: this takes memory, and a change must not end in an exception.
+std::string DirectoryOf(std::string_view path);
 
 /// `path` up to and with its last "/"; empty when it has none.
 std::string_view DirectoryPart(std::string_view path);

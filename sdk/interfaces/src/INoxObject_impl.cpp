@@ -2,6 +2,8 @@
 #include <AgentInterfacesV3/INoxObject_impl.h>
 
 #include <exception>
+#include <new>
+#include <utility>
 
 #include "RequestDecoding.h"
 
@@ -9,10 +11,15 @@ namespace Corvane::AgentInterfacesV3 {
 namespace {
 
 long AnswerFailure(const AMsgIn& request, const char* reason) {
-  request.Reply().SetError(AMsgError::OperationFailed,
-                           BaseSDK::AString("%1::%2 failed: %3")
-                               .Arg(BaseSDK::AString::FromUtf8(request.Interface()),
-                                    BaseSDK::AString::FromUtf8(request.Operation()), reason));
+  BaseSDK::AString text;
+  try {
+    text = BaseSDK::AString("%1::%2 failed: %3")
+               .Arg(BaseSDK::AString::FromUtf8(request.Interface()),
+                    BaseSDK::AString::FromUtf8(request.Operation()), reason);
+  } catch (const std::bad_alloc&) {
+    // The code says it without words.
+  }
+  request.Reply().SetError(AMsgError::OperationFailed, std::move(text));
   return -1;
 }
 

@@ -7,7 +7,7 @@ namespace BaseSDK {
 
 /// Whole files. Every routine returns a code of AResult.h, 0 for success; all may be called from
 /// any thread. They reach the system through AFileSystem only. A name that holds a zero character
-/// is EINVAL.
+/// is EINVAL. A routine that throws, for want of memory, has changed nothing.
 struct AFile {
   /// For Rename: the target is replaced when it exists. Without it that is an error (EEXIST).
   static constexpr unsigned long ReplaceExisting = 2;
