@@ -36,12 +36,17 @@ BaseSDK::ALogger& Logger() {
 }  // namespace Nox
 
 /// Logs `message`, an expression for an AString that is evaluated only when the level is enabled.
-/// `origin` and `level` are plain names, such as Scheduler and Trace.
-#define PLUGIN_LOG(origin, level, message)                                                   \
-  do {                                                                                       \
-    ::BaseSDK::ALogger& pluginLogger = ::Nox::Logger<::Nox::LogOrigin::origin>();            \
-    if (pluginLogger.IsEnabled(::BaseSDK::ALogger::level)) {                                 \
-      pluginLogger.Log(::BaseSDK::ALogger::level, message, ::Nox::LogOrigin::origin::Source, \
-                       __LINE__);                                                            \
-    }                                                                                        \
+/// `origin` and `level` are plain names, such as Scheduler and Trace. Throws nothing: a line that
+/// there is no memory for, or that the log refuses, is left out, and the work that it tells of goes
+/// on.
+#define PLUGIN_LOG(origin, level, message)                                                     \
+  do {                                                                                         \
+    try {                                                                                      \
+      ::BaseSDK::ALogger& pluginLogger = ::Nox::Logger<::Nox::LogOrigin::origin>();            \
+      if (pluginLogger.IsEnabled(::BaseSDK::ALogger::level)) {                                 \
+        pluginLogger.Log(::BaseSDK::ALogger::level, message, ::Nox::LogOrigin::origin::Source, \
+                         __LINE__);                                                            \
+      }                                                                                        \
+    } catch (...) {                                                                            \
+    }                                                                                          \
   } while (false)

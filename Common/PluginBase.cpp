@@ -1,6 +1,9 @@
 #include "Common/PluginBase.h"
 
+#include "Common/Failure.h"
 #include "Common/Log.h"
+
+using BaseSDK::AString;
 
 namespace {
 
@@ -29,12 +32,7 @@ int UninitializeObject(bool forced) {
   return result;
 }
 
-}  // namespace
-
-APluginBase::~APluginBase() = default;
-
-int PluginInitialize(int queue) {
-  if (serverObject != nullptr) return 1;
+int InitializeObject(int queue) {
   serverObject = PluginMain();
   if (serverObject == nullptr) {
     PLUGIN_LOG(Frame, Error, L"PluginInitialize(): Failed to create server class\n");
@@ -46,13 +44,37 @@ int PluginInitialize(int queue) {
   return serverObject->Initialize();
 }
 
+/// What `call` answers. An exception stays here, for the agent is not bound to know of any; it
+/// makes a failure of the call.
+template <class Call>
+int Answer(const wchar_t* function, Call call) {
+  try {
+    return call();
+  } catch (...) {
+    PLUGIN_LOG(Frame, Warning, AString(L"%1(): %2").Arg(function, Nox::FailureText()));
+    return -1;
+  }
+}
+
+}  // namespace
+
+APluginBase::~APluginBase() = default;
+
+int PluginInitialize(int queue) {
+  if (serverObject != nullptr) return 1;
+  return Answer(L"PluginInitialize", [queue] { return InitializeObject(queue); });
+}
+
 int PluginUninitialize(bool forced) {
   PLUGIN_LOG(Frame, Trace, L"PluginUninitialize(): enter.");
-  const int result = serverObject == nullptr ? 1 : UninitializeObject(forced);
+  const int result = serverObject == nullptr ? 1 : Answer(L"PluginUninitialize", [forced] {
+    return UninitializeObject(forced);
+  });
   PLUGIN_LOG(Frame, Trace, L"PluginUninitialize(): leave.");
   return result;
 }
 
 int PluginGetAttributeV3(const char* name, BaseSDK::AString& value) {
-  return serverObject == nullptr ? -1 : serverObject->GetAttribute(name, value);
+  if (serverObject == nullptr) return -1;
+  return Answer(L"PluginGetAttributeV3", [&] { return serverObject->GetAttribute(name, value); });
 }

@@ -37,6 +37,10 @@ bool NearEndOfRange(std::int64_t moment) {
 
 }  // namespace
 
+long Now() {
+  return Clamp32(std::time(nullptr));
+}
+
 long MakeTime32(std::tm& fields) {
   const std::tm wanted = fields;
   const std::time_t moment = std::mktime(&fields);

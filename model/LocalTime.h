@@ -4,6 +4,9 @@
 
 namespace Nox {
 
+/// What time() says, kept inside the signed 32-bit range.
+long Now();
+
 /// mktime: local time to seconds since the epoch; `fields` is normalised as mktime does it. -1 when
 /// it fails or the moment lies outside the signed 32-bit range; -1 is also the moment one second
 /// before the epoch, which callers treat as no time.

@@ -1,29 +1,30 @@
 #include "model/Task.h"
 
+#include "Common/Failure.h"
 #include "Common/Log.h"
-#include "Common/NotificationCodes.h"
+#include "Common/Notifications.h"
 #include "model/TaskDocument.h"
 #include "scheduler/TaskSchedulerObject.h"
 #include "storage/TaskStorage.h"
 
-#include <AgentSDK/NTracker.h>
 #include <BaseSDK/ADateTime.h>
 
 #include <memory>
+#include <utility>
 
 using BaseSDK::ADateTime;
 using BaseSDK::AString;
 
-namespace {
+namespace {}  // namespace
 
-void PostTaskChanged(const AString& taskID) {
-  (void)AgentSDK::NTracker::PostNotification(Nox::TaskChanged, taskID);  // nobody need listen
-}
+CTask::CTask(TaskSchedulerObject_i* scheduler, const AString& taskID)
+    : m_pScheduler(scheduler), m_TaskID(taskID) {}
 
-}  // namespace
-
+// By way of the other constructor: when an exception ends this one, the triggers made until then
+// are deleted by the destructor.
 CTask::CTask(TaskSchedulerObject_i* scheduler, const AString& taskID, const AString& taskXML)
-    : m_pScheduler(scheduler), m_TaskID(taskID), m_TaskXML(taskXML) {
+    : CTask(scheduler, taskID) {
+  m_TaskXML = taskXML;
   CTaskDocument document(taskXML);
   m_HandlerCLSID = document.HandlerClassId();
   m_Enabled = document.IsEnabled();
@@ -86,7 +87,7 @@ bool CTask::IsDue(bool firstEvent, bool secondEvent, long& sleepSeconds, bool& l
     anyChange = anyChange || nextRunChanged;
   }
   m_Late = late;
-  if (anyChange) PostTaskChanged(m_TaskID);
+  if (anyChange) Nox::Announce(Nox::TaskChanged, m_TaskID);
   return due;
 }
 
@@ -99,10 +100,18 @@ long CTask::Enable(bool enable) {
     PLUGIN_LOG(Task, Trace, AString(L"Task '%1' enable state is not changed").Arg(m_TaskID));
     return -1;
   }
-  m_Enabled = enable;
-  const CTaskDocument document(m_TaskXML);
-  return m_pScheduler->Storage()->SetTaskXML(m_TaskID,
-                                             document.Rewritten(enable, document.History()));
+  try {
+    m_Enabled = enable;
+    const CTaskDocument document(m_TaskXML);
+    return m_pScheduler->Storage()->SetTaskXML(m_TaskID,
+                                               document.Rewritten(enable, document.History()));
+  } catch (...) {
+    m_Enabled = !enable;  // as the file says
+    PLUGIN_LOG(Task, Warning,
+               AString(L"Enable state of task ID = %1 could not be written: %2")
+                   .Arg(m_TaskID, Nox::FailureText()));
+    return -1;
+  }
 }
 
 void CTask::RegisterRun() {
@@ -117,7 +126,7 @@ void CTask::SetRunState(const AString& state) {
   PLUGIN_LOG(Task, Trace, AString(L"Set run state to '%1' for task ID = %2").Arg(state, m_TaskID));
   if (m_Late) {
     m_Late = false;
-    PostTaskChanged(m_TaskID);
+    Nox::Announce(Nox::TaskChanged, m_TaskID);
   }
   const CTaskDocument::Run run = CTaskDocument(m_TaskXML).LastRun();
   if (run.m_Date.IsEmpty()) return;  // never ran
@@ -125,8 +134,16 @@ void CTask::SetRunState(const AString& state) {
 }
 
 /// Kept on purpose: the result of the write is not looked at. The run goes on whatever the disk
-/// does, and memory remembers it until the next load.
+/// does, and memory remembers it until the next load. After an exception memory and file are both
+/// as they were.
 void CTask::WriteHistory(const AString& history) {
-  TaskSchedulerObject_i::UpdateTaskHistoryNode(m_TaskXML, history);
-  (void)m_pScheduler->Storage()->SetTaskXML(m_TaskID, m_TaskXML);
+  AString document = m_TaskXML;
+  TaskSchedulerObject_i::UpdateTaskHistoryNode(document, history);
+  std::swap(m_TaskXML, document);
+  try {
+    (void)m_pScheduler->Storage()->SetTaskXML(m_TaskID, m_TaskXML);
+  } catch (...) {
+    std::swap(m_TaskXML, document);
+    throw;
+  }
 }

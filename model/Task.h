@@ -15,9 +15,9 @@ class TaskSchedulerObject_i;
 /// the storage's lock for that.
 class CTask {
  public:
-  /// Never fails: a document that cannot be read makes an enabled task without triggers, which is
-  /// never due and asks to be deleted at its first due test. `scheduler` is borrowed; it and its
-  /// storage must outlive the task.
+  /// A document that cannot be read makes an enabled task without triggers, which is never due and
+  /// asks to be deleted at its first due test. Fails only for want of memory, with an exception.
+  /// `scheduler` is borrowed; it and its storage must outlive the task.
   CTask(TaskSchedulerObject_i* scheduler, const BaseSDK::AString& taskID,
         const BaseSDK::AString& taskXML);
   CTask(const CTask&) = delete;  // the triggers point to m_LastRun
@@ -37,18 +37,19 @@ class CTask {
   void UpdateClosestRun();
 
   /// Writes the enabled state into the task's file and returns the storage's result; -1 when the
-  /// task is in that state already. m_TaskXML and the triggers stay as they are: the caller has the
-  /// task loaded again.
+  /// task is in that state already, or when there is no memory for the change: it is then as it
+  /// was. m_TaskXML and the triggers stay as they are in any case: the caller has the task loaded
+  /// again.
   long Enable(bool enable);
 
   /// Records that a run starts now, in memory and in the file. A file that cannot be written stays
-  /// as it was, and nobody is told.
+  /// as it was, and nobody is told. An exception means that nothing has been recorded anywhere.
   void RegisterRun();
 
   /// Replaces the state of the latest run, "Started" until now, in memory and in the file; nothing
   /// is written for a task that never ran. `state` is one word without markup: it is written as it
   /// is. "Ok" marks a finished run; after any other state the next load takes the run for
-  /// unfinished.
+  /// unfinished. An exception means that the entry is as it was.
   void SetRunState(const BaseSDK::AString& state);
 
   TaskSchedulerObject_i* m_pScheduler;  ///< borrowed
@@ -61,6 +62,8 @@ class CTask {
   bool m_Late = false;  ///< the last due test found the task late; until a run state is set
 
  private:
+  CTask(TaskSchedulerObject_i* scheduler, const BaseSDK::AString& taskID);
+
   void ReadLastRun(const BaseSDK::AString& date, const BaseSDK::AString& time,
                    const BaseSDK::AString& state);
   void AddTrigger(const BaseSDK::AString& element);

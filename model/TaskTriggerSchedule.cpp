@@ -24,10 +24,6 @@ constexpr long searchAheadSeconds = 60;
 /// Twenty years of 365 days: without an end date the search for the next run gives up there.
 constexpr long searchSpanSeconds = 7300 * secondsPerDay;
 
-long CurrentTime() {
-  return Nox::Clamp32(std::time(nullptr));
-}
-
 std::tm LocalFields(long moment) {
   const std::time_t time = moment;
   std::tm fields{};
@@ -106,8 +102,7 @@ bool CTaskTrigger::CountSelects(long days, const std::tm& day, const std::tm& be
 
 bool CTaskTrigger::IsDue(bool firstEvent, bool secondEvent, long& sleepSeconds, bool& late,
                          bool& expired, bool& nextRunChanged) {
-  return IsDueAt(CurrentTime(), firstEvent, secondEvent, sleepSeconds, late, expired,
-                 nextRunChanged);
+  return IsDueAt(Nox::Now(), firstEvent, secondEvent, sleepSeconds, late, expired, nextRunChanged);
 }
 
 bool CTaskTrigger::IsDueAt(long now, bool firstEvent, bool secondEvent, long& sleepSeconds,
@@ -247,7 +242,7 @@ void CTaskTrigger::UpdateClosestRun(bool taskEnabled) {
     m_ClosestRun = NoTime;
     return;
   }
-  const long now = CurrentTime();
+  const long now = Nox::Now();
   long sleepSeconds = 0;
   bool late = false;
   bool expired = false;

@@ -7,6 +7,7 @@
 
 #include <BaseSDK/AText.h>
 
+#include <utility>
 #include <vector>
 
 using BaseSDK::AMutexGuard;
@@ -72,7 +73,13 @@ long TaskSchedulerObject_i::GetTaskXML(const AString& taskID, AString& taskXML) 
 }
 
 long TaskSchedulerObject_i::FindFirstTask(unsigned long& handle, AString& taskID) {
-  return WithLastError(m_Storage->FindFirstTask(handle, taskID));
+  try {
+    return WithLastError(m_Storage->FindFirstTask(handle, taskID));
+  } catch (...) {
+    // The caller gets no handle that it could close.
+    m_Storage->FindClose(std::exchange(handle, 0));
+    throw;
+  }
 }
 
 long TaskSchedulerObject_i::FindNextTask(unsigned long handle, AString& taskID) {

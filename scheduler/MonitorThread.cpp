@@ -1,26 +1,21 @@
 #include "scheduler/MonitorThread.h"
 
+#include "Common/Failure.h"
 #include "Common/Log.h"
 #include "Common/Long32.h"
 #include "model/LocalTime.h"
-#include "model/Task.h"
+#include "scheduler/MonitorCycle.h"
 #include "scheduler/TaskSchedulerObject.h"
-#include "storage/TaskStorage.h"
 
 #include <AgentInterfacesV3/CIClient.h>
 #include <AgentInterfacesV3/CIGetObjectInterface.h>
 #include <AgentInterfacesV3/INoxScheduledTaskHandler.h>
 #include <BaseSDK/AClockSkewBehavior.h>
-#include <BaseSDK/AMutex.h>
 #include <BaseSDK/AStringTokenizer.h>
-#include <BaseSDK/AUrl.h>
 
 #include <ctime>
-#include <memory>
-#include <utility>
 #include <vector>
 
-using BaseSDK::AMutexGuard;
 using BaseSDK::AString;
 using BaseSDK::AStringTokenizer;
 using Corvane::AgentInterfacesV3::CIClient;
@@ -30,8 +25,6 @@ using Corvane::AgentInterfacesV3::TASK_HANDLER_DECLINED;
 
 namespace {
 
-/// How long the tasks in memory are used before they are loaded again.
-constexpr long CycleSeconds = 3600;
 constexpr long MillisecondsPerSecond = 1000;
 
 /// The host's number for a sleep that ends when the clock is set or the machine resumes, and with
@@ -40,16 +33,8 @@ constexpr auto MonitorSkewBehavior = static_cast<BaseSDK::AClockSkewBehavior>(15
 
 constexpr unsigned long NoOpenFlags = 0;
 
-long Now() {
-  return Nox::Clamp32(time(nullptr));
-}
-
-AString Count(std::size_t value) {
-  return AString().SetNum(static_cast<unsigned long>(value), 'u');
-}
-
 long SecondsUntilMidnight() {
-  const long now = Now();
+  const long now = Nox::Now();
   const std::time_t moment = now;
   std::tm fields{};
   localtime_r(&moment, &fields);
@@ -62,24 +47,16 @@ long SecondsUntilMidnight() {
   return Nox::Sub32(midnight == -1 ? Nox::Long32Max : midnight, now);
 }
 
-/// What a due test says about a task.
-struct DueTest {
-  bool m_Due = false;
-  bool m_Late = false;
-  bool m_NeverRun = false;
-  bool m_AllExpired = false;
-  bool m_DeleteTask = false;
-  bool m_KillAtEnd = false;
-};
-
-AString BatchFlag(bool value) {
-  return AString().SetNum(value ? 1 : 0, 'd');
-}
-
-AString BatchEntry(const AString& taskID, const DueTest& test) {
-  return AString(L"%1:%2:%3:%4;")
-      .Arg(BaseSDK::AUrl::Encode(taskID), BatchFlag(test.m_Late), BatchFlag(test.m_NeverRun),
-           BatchFlag(test.m_KillAtEnd));
+/// The task IDs of a batch, URL-encoded as they stand in it.
+std::vector<AString> TaskIDs(const AString& batchText) {
+  constexpr int DropEmpty = 0;
+  constexpr int FirstTwo = 2;
+  const AStringTokenizer entries(batchText, L";");
+  std::vector<AString> taskIDs;
+  for (std::size_t i = 0; i < entries.Count(); ++i) {
+    taskIDs.push_back(AStringTokenizer(entries.Token(i), L":", DropEmpty, FirstTwo).Token(0));
+  }
+  return taskIDs;
 }
 
 /// Whether the handler takes the batch; any result but the refusal of one of its two operations
@@ -90,34 +67,18 @@ bool Accepts(INoxScheduledTaskHandler& handler, const AString& batchText) {
   return result > 0 || handler.RunTasks(batchText) != TASK_HANDLER_DECLINED;
 }
 
+/// No failure of a part of an iteration ends the loop.
+template <class Work>
+void Outlive(Work work) {
+  try {
+    work();
+  } catch (...) {
+    PLUGIN_LOG(Scheduler, Warning,
+               AString(L"An iteration of the task thread failed: %1").Arg(Nox::FailureText()));
+  }
+}
+
 }  // namespace
-
-/// One refresh cycle: the tasks in memory from their load to their purge.
-class CMonitorThread::Cycle {
- public:
-  explicit Cycle(TaskSchedulerObject_i& scheduler) : m_Scheduler(scheduler) {}
-
-  void Load() PLUGIN_EXCLUDES(m_Scheduler.m_StateLock);
-  /// The batches of the tasks that are due now. Lowers `sleepSeconds` to the next run.
-  RunBatch Evaluate(long& sleepSeconds) PLUGIN_EXCLUDES(m_Scheduler.m_StateLock);
-  void Purge() PLUGIN_EXCLUDES(m_Scheduler.m_StateLock);
-
-  /// No longer than to the cycle's end, and never negative.
-  long BoundSleep(long sleepSeconds) const;
-  /// The hour is over, or the clock has gone back before its beginning.
-  bool IsOver() const { return Now() >= m_Deadline || Now() < m_Start; }
-
- private:
-  void LoadTask(const AString& taskID) PLUGIN_REQUIRES(m_Scheduler.m_StateLock);
-  DueTest TestTask(CTask& task, long& sleepSeconds) PLUGIN_REQUIRES(m_Scheduler.m_StateLock);
-  void DeleteExpiredTask(const AString& taskID) PLUGIN_REQUIRES(m_Scheduler.m_StateLock);
-
-  TaskSchedulerObject_i& m_Scheduler;
-  long m_Start = 0;
-  long m_Deadline = 0;
-  /// Tasks that left the map without being destroyed there: expired, or replaced at the load.
-  std::vector<std::unique_ptr<CTask>> m_Retired;
-};
 
 // A cycle loads all tasks, then goes round in iterations (evaluate, dispatch, sleep) until its hour
 // is over, the clock has gone back before its beginning, or a stop is requested, and at last purges
@@ -128,39 +89,68 @@ void CMonitorThread::Run() {
     Cycle cycle(*m_pScheduler);
     cycle.Load();
     do {
-      long sleepSeconds = SecondsUntilMidnight();
-      if (m_pScheduler->IsProcessingEnabled()) DispatchTasks(cycle.Evaluate(sleepSeconds));
-      Sleep(cycle.BoundSleep(sleepSeconds));
+      Iterate(cycle);
     } while (!IsStopRequested() && !cycle.IsOver());
     cycle.Purge();
   } while (!IsStopRequested());
   PLUGIN_LOG(Scheduler, Trace, L"Exiting the Task Thread.\n");
 }
 
+void CMonitorThread::Iterate(Cycle& cycle) {
+  long sleepSeconds = SecondsUntilMidnight();
+  Outlive([&] {
+    if (m_pScheduler->IsProcessingEnabled()) {
+      DispatchTasks(cycle.Evaluate(sleepSeconds));
+    }
+  });
+  // Also after a failure, or one that stays would become a loop without a pause.
+  Outlive([&] { Sleep(cycle.BoundSleep(sleepSeconds)); });
+}
+
 void CMonitorThread::DispatchTasks(const RunBatch& batch) {
-  for (const auto& [handlerCLSID, batchText] : batch) DispatchBatch(handlerCLSID, batchText);
+  for (const auto& [handlerCLSID, batchText] : batch) {
+    if (batchText.empty()) continue;  // none of its tasks could be registered
+    try {
+      DispatchBatch(handlerCLSID, AString(batchText.c_str()));
+    } catch (...) {
+      PLUGIN_LOG(Scheduler, Warning,
+                 AString(L"Task handler ID = %1 failed: %2").Arg(handlerCLSID, Nox::FailureText()));
+    }
+  }
 }
 
 void CMonitorThread::DispatchBatch(const AString& handlerCLSID, const AString& batchText) {
+  // Taken apart before the call, so that a batch that was accepted is also recorded.
+  const std::vector<AString> taskIDs = TaskIDs(batchText);
   CIClient<INoxScheduledTaskHandler> handler;
-  if (CIGetObjectInterface(handlerCLSID, INoxScheduledTaskHandler::GetIID(), NoOpenFlags,
-                           handler.Slot()) < 0) {
+  const long opened = CIGetObjectInterface(handlerCLSID, INoxScheduledTaskHandler::GetIID(),
+                                           NoOpenFlags, handler.Slot());
+  if (opened < 0) {
     PLUGIN_LOG(Scheduler, Information,
                AString(L"Failed to open task handler ID = %1").Arg(handlerCLSID));
     return;
   }
-  if (Accepts(*handler.Get(), batchText)) RecordAcceptedRuns(batchText);
+  if (!Accepts(*handler.Get(), batchText)) return;
+  // Kept on purpose: the ID stays URL-encoded, as handlers see it. A task whose ID the encoding
+  // changes gets no run state from here; its handler reports it.
+  for (const AString& taskID : taskIDs) RecordAcceptedRun(taskID);
 }
 
-void CMonitorThread::RecordAcceptedRuns(const AString& batchText) {
-  constexpr int DropEmpty = 0;
-  constexpr int FirstTwo = 2;
-  const AStringTokenizer entries(batchText, L";");
-  for (std::size_t i = 0; i < entries.Count(); ++i) {
-    const AStringTokenizer pieces(entries.Token(i), L":", DropEmpty, FirstTwo);
-    // Kept on purpose: the ID stays URL-encoded, as handlers see it. A task whose ID the encoding
-    // changes gets no run state from here; its handler reports it.
-    (void)m_pScheduler->SetRunState(pieces.Token(0), L"Ok");
+void CMonitorThread::RecordAcceptedRun(const AString& taskID) {
+  // Worth a second try: a run without its state counts as unfinished, and runs again after the next
+  // load.
+  if (!TryToRecord(taskID)) (void)TryToRecord(taskID);
+}
+
+bool CMonitorThread::TryToRecord(const AString& taskID) {
+  try {
+    (void)m_pScheduler->SetRunState(taskID, L"Ok");
+    return true;
+  } catch (...) {
+    PLUGIN_LOG(Scheduler, Warning,
+               AString(L"Run state of task ID = %1 could not be recorded: %2")
+                   .Arg(taskID, Nox::FailureText()));
+    return false;
   }
 }
 
@@ -175,90 +165,4 @@ void CMonitorThread::Sleep(long sleepSeconds) {
 
 bool CMonitorThread::IsStopRequested() const {
   return m_Stop.load(std::memory_order_relaxed);
-}
-
-void CMonitorThread::Cycle::Load() {
-  {
-    AMutexGuard guard(m_Scheduler.m_StateLock);
-    PLUGIN_LOG(Scheduler, Trace, L"REFRESH TASK LIST!\n");
-    CTaskStorage& storage = *m_Scheduler.Storage();
-    unsigned long handle = 0;
-    AString taskID;
-    long found = storage.FindFirstTask(handle, taskID);
-    while (found > 0) {
-      LoadTask(taskID);
-      found = storage.FindNextTask(handle, taskID);
-    }
-    storage.FindClose(handle);
-  }
-  m_Start = Now();
-  m_Deadline = Nox::Add32(m_Start, CycleSeconds);
-}
-
-void CMonitorThread::Cycle::LoadTask(const AString& taskID) {
-  AString taskXML;
-  if (m_Scheduler.Storage()->GetTaskXML(taskID, taskXML) <= 0) return;
-  auto task = m_Scheduler.MakeTask(taskID, taskXML);
-  m_Scheduler.m_Tasks[taskID].swap(task);
-  if (task != nullptr) m_Retired.push_back(std::move(task));
-}
-
-CMonitorThread::RunBatch CMonitorThread::Cycle::Evaluate(long& sleepSeconds) {
-  AMutexGuard guard(m_Scheduler.m_StateLock);
-  RunBatch batch;
-  std::vector<AString> expired;
-  for (const auto& [key, task] : m_Scheduler.m_Tasks) {
-    if (task == nullptr) {
-      PLUGIN_LOG(Scheduler, Information,
-                 AString(L"Unexpected empty task '%1', total tasks - %2")
-                     .Arg(key, Count(m_Scheduler.m_Tasks.size())));
-      continue;
-    }
-    const AString taskID = task->m_TaskID;
-    const DueTest test = TestTask(*task, sleepSeconds);
-    if (test.m_Due) {
-      batch[task->m_HandlerCLSID] += BatchEntry(taskID, test);
-      task->RegisterRun();
-    }
-    if (test.m_AllExpired && test.m_DeleteTask) expired.push_back(taskID);
-  }
-  for (const AString& taskID : expired) DeleteExpiredTask(taskID);
-  m_Scheduler.m_Notification302 = false;
-  m_Scheduler.m_Notification300 = false;
-  return batch;
-}
-
-DueTest CMonitorThread::Cycle::TestTask(CTask& task, long& sleepSeconds) {
-  DueTest test;
-  test.m_Due = task.IsDue(m_Scheduler.m_Notification302, m_Scheduler.m_Notification300,
-                          sleepSeconds, test.m_Late, test.m_NeverRun, test.m_AllExpired,
-                          test.m_DeleteTask, test.m_KillAtEnd);
-  return test;
-}
-
-void CMonitorThread::Cycle::DeleteExpiredTask(const AString& taskID) {
-  PLUGIN_LOG(Scheduler, Trace, AString(L"Task ID = %1 is expired, deleting it.").Arg(taskID));
-  // A file that stays comes back with the next load; until then the task is gone.
-  (void)m_Scheduler.Storage()->DeleteTask(taskID);
-  // Kept on purpose: not destroyed here. A batch that names the task is yet to be dispatched.
-  m_Retired.push_back(std::move(m_Scheduler.m_Tasks.extract(taskID).mapped()));
-}
-
-void CMonitorThread::Cycle::Purge() {
-  AMutexGuard guard(m_Scheduler.m_StateLock);
-  PLUGIN_LOG(Scheduler, Trace,
-             AString(L"Deleting all (%1) task from the tasks list...")
-                 .Arg(Count(m_Scheduler.m_Tasks.size())));
-  m_Scheduler.m_Tasks.clear();
-  m_Retired.clear();
-}
-
-long CMonitorThread::Cycle::BoundSleep(long sleepSeconds) const {
-  // The clock stands at the end of 32-bit time. Nothing will be due, and there is no deadline left
-  // to wait for: without this the monitor would go round without ever sleeping.
-  if (Now() == Nox::Long32Max) return CycleSeconds;
-  if (Nox::Add32(Now(), sleepSeconds) > m_Deadline) {
-    sleepSeconds = Nox::Sub32(m_Deadline, Now());
-  }
-  return sleepSeconds < 0 ? 0 : sleepSeconds;
 }

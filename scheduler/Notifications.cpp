@@ -1,6 +1,6 @@
 // The agent's notifications and the processing gate.
+#include "Common/Notifications.h"
 #include "Common/Log.h"
-#include "Common/NotificationCodes.h"
 #include "scheduler/TaskSchedulerObject.h"
 
 using BaseSDK::AMutexGuard;

@@ -1,7 +1,9 @@
 #include "scheduler/TaskSchedulerObject.h"
 
-#include <new>
-
 APluginBase* PluginMain() {
-  return new (std::nothrow) TaskSchedulerObject_i;
+  try {
+    return new TaskSchedulerObject_i;
+  } catch (...) {
+    return nullptr;
+  }
 }

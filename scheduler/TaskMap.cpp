@@ -3,7 +3,7 @@
 #include "model/Task.h"
 #include "scheduler/TaskSchedulerObject.h"
 
-#include <new>
+#include <memory>
 #include <utility>
 
 using BaseSDK::AString;
@@ -11,9 +11,9 @@ using BaseSDK::AString;
 void TaskSchedulerObject_i::StartTaskThread(const AString& taskID, const AString& taskXML) {
   // The old task goes first, so that an allocation that fails leaves none rather than a stale one.
   m_Tasks.erase(taskID);
-  std::unique_ptr<CTask> task = MakeTask(taskID, taskXML);
-  if (task != nullptr) {
-    m_Tasks[taskID] = std::move(task);
+  TaskMap::node_type task = MakeTask(taskID, taskXML);
+  if (!task.empty() && task.mapped() != nullptr) {
+    m_Tasks.insert(std::move(task));
   } else {
     PLUGIN_LOG(Scheduler, Information,
                AString(L"Failed to allocate memory for new task ID = %1.").Arg(taskID));
@@ -26,9 +26,16 @@ void TaskSchedulerObject_i::StopTaskThread(const AString& taskID) {
   m_MonitorThread.Rouse();
 }
 
-std::unique_ptr<CTask> TaskSchedulerObject_i::MakeTask(const AString& taskID,
-                                                       const AString& taskXML) {
-  return std::unique_ptr<CTask>(new (std::nothrow) CTask(this, taskID, taskXML));
+TaskSchedulerObject_i::TaskMap::node_type TaskSchedulerObject_i::MakeTask(const AString& taskID,
+                                                                          const AString& taskXML) {
+  TaskMap made;
+  try {
+    std::unique_ptr<CTask>& task = made[taskID];
+    task = std::make_unique<CTask>(this, taskID, taskXML);
+  } catch (...) {
+    // As far as it came: perhaps a place without a task.
+  }
+  return made.empty() ? TaskMap::node_type() : made.extract(made.begin());
 }
 
 CTask* TaskSchedulerObject_i::FindTask(const AString& taskID) const {

@@ -2,7 +2,7 @@
 #include "scheduler/TaskSchedulerObject.h"
 
 #include "Common/Log.h"
-#include "Common/NotificationCodes.h"
+#include "Common/Notifications.h"
 #include "model/Task.h"
 #include "storage/TaskStorage.h"
 
@@ -13,7 +13,7 @@
 #include <cstdint>
 #include <cstring>
 #include <iterator>
-#include <new>
+#include <memory>
 
 using BaseSDK::AGuid;
 using BaseSDK::AString;
@@ -53,8 +53,8 @@ int TaskSchedulerObject_i::Initialize() {
   // Kept on purpose: the storage's own defaults are never reached from here. A configuration that
   // lacks a key is a mistake, and tasks must not be looked for in a place nobody chose.
   if (path.IsEmpty() || extension.IsEmpty()) return -1;
-  m_Storage.reset(new (std::nothrow) CTaskStorage(path, extension));
-  return m_Storage != nullptr && m_MonitorThread.Start() ? 1 : -1;
+  m_Storage = std::make_unique<CTaskStorage>(path, extension);
+  return m_MonitorThread.Start() ? 1 : -1;
 }
 
 int TaskSchedulerObject_i::Uninitialize(unsigned int forced) {

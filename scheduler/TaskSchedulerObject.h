@@ -118,13 +118,15 @@ class TaskSchedulerObject_i : public Corvane::AgentInterfacesV3::INoxTaskSchedul
   long WithLastError(long result);
 
   // The task map. Both rouse the monitor, which waits for the state lock then.
-  /// Puts a task into the map in place of the one of that ID.
+  /// Puts a task into the map in place of the one of that ID. Without memory for it there is none
+  /// of that ID until the next load.
   void StartTaskThread(const BaseSDK::AString& taskID, const BaseSDK::AString& taskXML)
       PLUGIN_REQUIRES(m_StateLock);
   /// Takes a task out of the map.
   void StopTaskThread(const BaseSDK::AString& taskID) PLUGIN_REQUIRES(m_StateLock);
-  /// Null when there is no memory for the task.
-  std::unique_ptr<CTask> MakeTask(const BaseSDK::AString& taskID, const BaseSDK::AString& taskXML);
+  /// A task with its place in the map, so that putting it there takes no more memory. When there is
+  /// not enough, a place without a task, or not even that.
+  TaskMap::node_type MakeTask(const BaseSDK::AString& taskID, const BaseSDK::AString& taskXML);
   /// Null when there is no such task.
   CTask* FindTask(const BaseSDK::AString& taskID) const PLUGIN_REQUIRES(m_StateLock);
 

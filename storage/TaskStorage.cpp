@@ -1,8 +1,7 @@
 #include "storage/TaskStorage.h"
 
-#include "Common/NotificationCodes.h"
+#include "Common/Notifications.h"
 
-#include <AgentSDK/NTracker.h>
 #include <BaseSDK/AFile.h>
 #include <BaseSDK/AStringEncoder.h>
 #include <BaseSDK/AUtf8Encoding.h>
@@ -10,7 +9,8 @@
 
 #include <fcntl.h>
 
-using AgentSDK::NTracker;
+#include <utility>
+
 using BaseSDK::AFile;
 using BaseSDK::AMutexGuard;
 using BaseSDK::AString;
@@ -31,11 +31,6 @@ constexpr unsigned long NoRemoveFlags = 0;
 /// The host's flag of a rename that replaces an existing target.
 constexpr unsigned long RenameReplacing = 2;
 
-// The result of a notification is nobody's business here: the change stands in either case.
-void Announce(long code, const AString& taskID) {
-  (void)NTracker::PostNotification(code, taskID);
-}
-
 AString LastComponent(const AString& path) {
   const std::size_t slash = path.ReverseFind(L'/');
   return slash == AString::npos ? path : path.Mid(slash + 1);
@@ -54,9 +49,34 @@ int OpenFile(const AString& name, int flags) {
 
 }  // namespace
 
-struct CTaskStorage::NewFile {
+/// The file of a task that is being added: closed and removed again, unless it is kept.
+class CTaskStorage::NewFile {
+ public:
+  NewFile() = default;
+  NewFile(const NewFile&) = delete;
+  NewFile& operator=(const NewFile&) = delete;
+  ~NewFile() {
+    Close();
+    if (m_Exists) Remove();
+  }
+
+  void Close() {
+    if (m_Fd != -1) (void)Sys::Close(std::exchange(m_Fd, -1));
+  }
+  void Keep() { m_Exists = false; }
+
   AString m_Name;
   int m_Fd = -1;
+  bool m_Exists = false;  // as long as it is ours to remove
+
+ private:
+  void Remove() {
+    try {
+      (void)AFile::Remove(m_Name, NoRemoveFlags);
+    } catch (...) {
+      // No memory for that either. What lies there is no whole document, and so no task for long.
+    }
+  }
 };
 
 CTaskStorage::CTaskStorage(const AString& path, const AString& extension)
@@ -82,48 +102,52 @@ long CTaskStorage::AddTask(const AString& taskID, const AString& taskXML, AStrin
   AMutexGuard guard(m_Lock);
   if (taskXML.IsEmpty()) return Fail(ERR_INVALID_ARGUMENT);
   m_LastError.store(0, std::memory_order_relaxed);
+  // Whatever takes memory is made before the file is safe: when there is none, no file stays that
+  // the caller does not learn of.
   const AStringEncoder bytes(taskXML, AStringEncoder::Utf8);
   const bool invented = taskID.IsEmpty();
-  const NewFile file = invented ? OpenInventedFile() : OpenNamedFile(taskID);
+  NewFile file;
+  if (invented) {
+    OpenInventedFile(file);
+  } else {
+    OpenNamedFile(taskID, file);
+  }
   if (file.m_Fd == -1) return Fail(ERR_FILE_WRITE);
+  const AString finalName = invented ? file.m_Name + m_Extension : file.m_Name;
+  AString addedID = invented ? LastComponent(file.m_Name) : taskID;
   // Kept on purpose: as many bytes as the document has characters, so one with characters outside
   // ASCII is cut. Whoever creates tasks keeps to ASCII; SetTaskXML writes all.
   WriteNewFile(file, bytes.c_str(), taskXML.Length());
-  if (Result() != 1) {
-    (void)AFile::Remove(file.m_Name, NoRemoveFlags);
-    return -1;
-  }
+  if (Result() != 1) return -1;
   if (invented) {
-    m_LastError.store(AFile::Rename(file.m_Name, file.m_Name + m_Extension, RenameReplacing),
+    m_LastError.store(AFile::Rename(file.m_Name, finalName, RenameReplacing),
                       std::memory_order_relaxed);
   }
-  newTaskID = invented ? LastComponent(file.m_Name) : taskID;
+  file.Keep();
+  newTaskID = std::move(addedID);
   // Kept on purpose: announced also when the rename failed; the document is on disk by then.
-  Announce(Nox::TaskAdded, newTaskID);
+  Nox::Announce(Nox::TaskAdded, newTaskID);
   return Result();
 }
 
-CTaskStorage::NewFile CTaskStorage::OpenInventedFile() const {
-  NewFile file;
-  if (AFile::MakeTemp(m_Path + InventedPrefix, file.m_Name) != 0) return file;
+void CTaskStorage::OpenInventedFile(NewFile& file) const {
+  if (AFile::MakeTemp(m_Path + InventedPrefix, file.m_Name) != 0) return;
+  file.m_Exists = true;
   file.m_Fd = OpenFile(file.m_Name, OpenMade);
-  if (file.m_Fd == -1) (void)AFile::Remove(file.m_Name, NoRemoveFlags);
-  return file;
 }
 
-CTaskStorage::NewFile CTaskStorage::OpenNamedFile(const AString& taskID) const {
-  NewFile file;
+void CTaskStorage::OpenNamedFile(const AString& taskID, NewFile& file) const {
   file.m_Name = GetTaskFilename(taskID);
   file.m_Fd = OpenFile(file.m_Name, OpenNew);
-  return file;
+  file.m_Exists = file.m_Fd != -1;
 }
 
-void CTaskStorage::WriteNewFile(const NewFile& file, const char* bytes, std::size_t count) {
+void CTaskStorage::WriteNewFile(NewFile& file, const char* bytes, std::size_t count) {
   std::size_t written = 0;
   unsigned long code = Sys::Write(file.m_Fd, bytes, count, written);
   if (code == 0 && written != count) code = ERR_FILE_WRITE;
   m_LastError.store(code, std::memory_order_relaxed);
-  (void)Sys::Close(file.m_Fd);
+  file.Close();
 }
 
 long CTaskStorage::SetTaskXML(const AString& taskID, const AString& taskXML) {
@@ -133,7 +157,7 @@ long CTaskStorage::SetTaskXML(const AString& taskID, const AString& taskXML) {
   // Kept on purpose: a write that failed is success. The task in memory goes on with the new
   // document, and its next change writes the file again.
   (void)AFile::Write(GetTaskFilename(taskID), taskXML, AUtf8Encoding());
-  Announce(Nox::TaskChanged, taskID);
+  Nox::Announce(Nox::TaskChanged, taskID);
   return 1;
 }
 
@@ -154,7 +178,7 @@ long CTaskStorage::DeleteTask(const AString& taskID) {
   if (taskID.IsEmpty()) return Fail(ERR_INVALID_ARGUMENT);
   const unsigned long code = AFile::Remove(GetTaskFilename(taskID), NoRemoveFlags);
   m_LastError.store(code, std::memory_order_relaxed);
-  if (code == 0) Announce(Nox::TaskDeleted, taskID);
+  if (code == 0) Nox::Announce(Nox::TaskDeleted, taskID);
   return Result();
 }
 

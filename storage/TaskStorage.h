@@ -13,8 +13,9 @@
 /// with the task ID. docs/files.md describes the directory.
 ///
 /// Operations return 1 for success and -1 for failure, with the code in m_LastError, unless they
-/// say otherwise. All may be called from any thread. The storage lock comes after the scheduler's
-/// state lock where both are held.
+/// say otherwise. For want of memory they throw, and have changed nothing on disk then. All may be
+/// called from any thread. The storage lock comes after the scheduler's state lock where both are
+/// held.
 class CTaskStorage {
  public:
   /// Codes of the storage's own; other codes are those of the base library's file routines.
@@ -45,8 +46,10 @@ class CTaskStorage {
   long DeleteTask(const BaseSDK::AString& taskID) PLUGIN_EXCLUDES(m_Lock);
 
   /// An enumeration: FindFirstTask with a handle of 0, FindNextTask until it fails, FindClose, also
-  /// when FindFirstTask failed. The order is the directory's own; every entry counts as a task.
-  /// Files may come and go in between. The handle belongs to the caller.
+  /// when FindFirstTask failed: whenever the handle is not 0 afterwards, also after an exception.
+  /// The order is the directory's own; every entry counts as a task. Files may come and go in
+  /// between. An exception costs one entry: the next call delivers the one behind it. The handle
+  /// belongs to the caller.
   long FindFirstTask(unsigned long& handle, BaseSDK::AString& taskID) PLUGIN_EXCLUDES(m_Lock);
   /// 0 for a handle of 0, which is a failure too. Delivers the entries "." and ".." like others.
   long FindNextTask(unsigned long handle, BaseSDK::AString& taskID) PLUGIN_EXCLUDES(m_Lock);
@@ -58,15 +61,15 @@ class CTaskStorage {
   BaseSDK::AString GetTaskID(const BaseSDK::AString& fileName) const;
 
  private:
-  struct NewFile;
+  class NewFile;
 
   long Fail(unsigned long code) PLUGIN_REQUIRES(m_Lock);
   long Result() const PLUGIN_REQUIRES(m_Lock);
-  NewFile OpenInventedFile() const;
-  NewFile OpenNamedFile(const BaseSDK::AString& taskID) const;
+  // These two leave the descriptor at -1 when there is no opening the file.
+  void OpenInventedFile(NewFile& file) const;
+  void OpenNamedFile(const BaseSDK::AString& taskID, NewFile& file) const;
   /// Closes the file in every case; the outcome is in m_LastError.
-  void WriteNewFile(const NewFile& file, const char* bytes, std::size_t count)
-      PLUGIN_REQUIRES(m_Lock);
+  void WriteNewFile(NewFile& file, const char* bytes, std::size_t count) PLUGIN_REQUIRES(m_Lock);
   bool ReadEntry(unsigned long handle, BaseSDK::AString& name) PLUGIN_REQUIRES(m_Lock);
 
   BaseSDK::AMutex m_Lock;

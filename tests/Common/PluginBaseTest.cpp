@@ -9,6 +9,7 @@
 #include <AgentInterfacesV3/AMsgIn.h>
 #include <AgentInterfacesV3/AMsgQueue.h>
 
+#include <stdexcept>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -31,6 +32,7 @@ using TestSupport::SlotOf;
 /// What the objects of this file answer, and what became of them.
 struct World {
   bool m_NoMemory = false;
+  bool m_Throws = false;
   int m_Initialized = 1;
   int m_Uninitialized = 1;
   std::vector<std::string> m_Calls{};
@@ -40,12 +42,13 @@ World world;
 
 void Note(std::string call) {
   world.m_Calls.push_back(std::move(call));
+  if (world.m_Throws) throw std::runtime_error("broken");
 }
 
 class FakeServer : public APluginBase {
  public:
   FakeServer() { Note("made"); }
-  ~FakeServer() override { Note("destroyed"); }
+  ~FakeServer() override { world.m_Calls.push_back("destroyed"); }
 
   long ProcessRequest(const AMsgIn* /*request*/) override { return 1; }
   int QueryInterface(const UUID& /*interfaceId*/, void*& /*object*/) override { return 10; }
@@ -73,7 +76,7 @@ class PluginBaseTest : public ::testing::Test {
  protected:
   PluginBaseTest() { world = World(); }
   ~PluginBaseTest() override {
-    world.m_Uninitialized = 1;
+    world = World();
     EXPECT_EQ(1, PluginUninitialize(true));
   }
 
@@ -107,6 +110,30 @@ TEST_F(PluginBaseTest, InitializeFailsWithoutAnObjectAndSaysSo) {
   EXPECT_EQ("Corvane::Agent::Common::PluginBase", line.m_Channel);
   EXPECT_EQ("Common/PluginBase", line.m_Source);
   EXPECT_GT(line.m_Number, 0);
+}
+
+TEST_F(PluginBaseTest, AnExceptionOfTheObjectIsAFailureOfTheCallAndTheObjectStays) {
+  EXPECT_EQ(1, PluginInitialize(Queue));
+  world.m_Throws = true;
+  AString value(L"before");
+  EXPECT_EQ(-1, PluginGetAttributeV3("name", value));
+  EXPECT_EQ(-1, PluginUninitialize(true));
+  EXPECT_THAT(m_Log.Messages(ALogger::Warning),
+              ElementsAre(L"PluginGetAttributeV3(): broken", L"PluginUninitialize(): broken"));
+  EXPECT_THAT(Traces(),
+              ElementsAre(L"PluginUninitialize(): enter.", L"PluginUninitialize(): leave."));
+  world.m_Throws = false;
+  EXPECT_EQ(1, PluginUninitialize(true));
+  EXPECT_EQ("destroyed", world.m_Calls.back());
+}
+
+TEST_F(PluginBaseTest, AnExceptionWhileTheObjectIsMadeLeavesNone) {
+  world.m_Throws = true;
+  EXPECT_EQ(-1, PluginInitialize(Queue));
+  EXPECT_THAT(m_Log.Messages(ALogger::Warning), ElementsAre(L"PluginInitialize(): broken"));
+  world.m_Throws = false;
+  EXPECT_EQ(1, PluginInitialize(Queue));
+  EXPECT_THAT(world.m_Calls, ElementsAre("made", "made", "Initialize"));
 }
 
 TEST_F(PluginBaseTest, InitializeTriesAgainAfterNoObject) {

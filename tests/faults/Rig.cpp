@@ -42,6 +42,10 @@ Rig::Snapshot Rig::Look() const {
   return snapshot;
 }
 
+void Rig::WriteFile(const std::string& name, const std::string& content) {
+  m_Memory.WriteFile(m_Scheduler.Directory().Path().string() + '/' + name, content);
+}
+
 std::vector<std::string> Rig::Others() const {
   std::vector<std::string> others;
   for (const std::string& name : m_Memory.Names(m_Scheduler.Directory().Path().string())) {

@@ -29,6 +29,7 @@ class Rig {
   TestSupport::FailingFileSystem& Files() { return m_Failing; }
 
   Snapshot Look() const;
+  void WriteFile(const std::string& name, const std::string& content);
   /// Names in the directory that are no task files.
   std::vector<std::string> Others() const;
   std::size_t OpenHandles() const { return m_Memory.OpenHandles(); }

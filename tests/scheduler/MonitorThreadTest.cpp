@@ -1,9 +1,12 @@
 // Whole passes of the monitor in virtual time, with real tasks and files: who runs when.
 #include "tests/scheduler/SchedulerFixture.h"
+#include "tests/support/ForwardingFileSystem.h"
 
 #include <AgentInterfacesV3/INoxScheduledTaskHandler.h>
 #include <BaseSDK/AGuid.h>
 
+#include <new>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -185,6 +188,171 @@ TEST_F(MonitorThreadTest, TheRunIsOnDiskBeforeTheHandlerIsCalled) {
   EXPECT_EQ(Started, seen);
   EXPECT_EQ(Ok, StoredRun("T1"));
   EXPECT_EQ(2U, m_Host.CountNotifications(100, L"T1"));
+}
+
+// Exceptions from outside
+
+TEST_F(MonitorThreadTest, AHandlerThatThrowsDropsItsBatchAndNoOtherAndIsReleased) {
+  FakeHandler other;
+  m_Host.AddHandler(OtherHandler, other);
+  Store("T1", Task(AsSoonAsPossible()));
+  Store("T2", Task(AsSoonAsPossible(), "", OtherHandler));
+  Start();
+  m_Handler.Observe([](const FakeHandler::Call&) { throw std::runtime_error("gone"); });
+  OpenGate();
+  EXPECT_THAT(Operations(), ElementsAre("RunTasksEx")) << "it may have taken the batch";
+  EXPECT_THAT(m_Log.Messages(ALogger::Warning),
+              ElementsAre(AString(L"Task handler ID = %1 failed: gone").Arg(Handler)));
+  EXPECT_EQ(Started, StoredRun("T1"));
+  EXPECT_EQ(Ok, StoredRun("T2"));
+  EXPECT_EQ(1U, m_Handler.Releases());
+  m_Handler.Observe({});
+  RunUntil(Begin + Hour);
+  EXPECT_EQ("2005-03-01 09:00:00 Ok", StoredRun("T1")) << "an unfinished run runs again";
+}
+
+TEST_F(MonitorThreadTest, WhatIsThrownNeedNotBeAStandardException) {
+  Store("T1", Task(AsSoonAsPossible()));
+  Start();
+  m_Handler.Observe([](const FakeHandler::Call&) { throw 1; });
+  OpenGate();
+  EXPECT_THAT(m_Log.Messages(ALogger::Warning),
+              ElementsAre(AString(L"Task handler ID = %1 failed: unknown exception").Arg(Handler)));
+}
+
+TEST_F(MonitorThreadTest, ANotificationThatThrowsKeepsNothingFromRunning) {
+  Store("T1", Task(AsSoonAsPossible()));
+  Store("T2", Task(Ended()));
+  Start();
+  m_Host.Observe([](const TestSupport::FakeHost::Notification&) { throw std::bad_alloc(); });
+  OpenGate();
+  EXPECT_EQ(Ok, StoredRun("T1"));
+  EXPECT_FALSE(Knows(L"T2"));
+  EXPECT_THAT(m_Log.Messages(ALogger::Warning), IsEmpty());
+}
+
+/// An agent that fails when a handler is to be opened.
+class ThrowingHost : public TestSupport::FakeHost {
+ public:
+  long OpenObject(const AString& /*classId*/, const BaseSDK::AGuid& /*interfaceId*/,
+                  unsigned long /*flags*/, void*& /*object*/) override {
+    throw std::runtime_error("no agent");
+  }
+};
+
+TEST_F(MonitorThreadTest, AnOpeningThatThrowsDropsTheBatch) {
+  Store("T1", Task(AsSoonAsPossible()));
+  Start();
+  const ThrowingHost host;
+  OpenGate();
+  EXPECT_THAT(m_Log.Messages(ALogger::Warning),
+              ElementsAre(AString(L"Task handler ID = %1 failed: no agent").Arg(Handler)));
+  EXPECT_EQ(Started, StoredRun("T1"));
+  OpenGate();
+  EXPECT_EQ(1U, m_Log.Messages(ALogger::Warning).size()) << "the run stays registered";
+  Stop();
+}
+
+/// Files that throw where they are told to, as often as they are told to.
+class ThrowingFiles : public TestSupport::ForwardingFileSystem {
+ public:
+  ThrowingFiles() : ForwardingFileSystem(AFileSystem::Current()), m_Before(Replace(this)) {}
+  ~ThrowingFiles() override { (void)Replace(m_Before); }
+
+  int Rename(const char* from, const char* to, bool replace) override {
+    Throw(m_Renames);
+    return ForwardingFileSystem::Rename(from, to, replace);
+  }
+  int ReadDirectory(unsigned long handle, const char*& name) override {
+    Throw(m_ReadDirectories);
+    return ForwardingFileSystem::ReadDirectory(handle, name);
+  }
+  int Unlink(const char* path) override {
+    Throw(m_Unlinks);
+    return ForwardingFileSystem::Unlink(path);
+  }
+
+  unsigned m_Renames = 0;
+  unsigned m_ReadDirectories = 0;
+  unsigned m_Unlinks = 0;
+
+ private:
+  static void Throw(unsigned& times) {
+    if (times == 0) return;
+    --times;
+    throw std::runtime_error("broken");
+  }
+
+  AFileSystem* const m_Before;
+};
+
+TEST_F(MonitorThreadTest, ADirectoryThatThrowsForEverEndsTheLoadAndNotTheLoop) {
+  Store("T1", Task(AsSoonAsPossible()));
+  ThrowingFiles files;
+  files.m_ReadDirectories = 4000000000U;
+  StartWithOpenGate();
+  EXPECT_FALSE(Knows(L"T1"));
+  EXPECT_EQ(1000U, m_Log.Count(ALogger::Warning, L"A stored task could not be loaded: broken"));
+  files.m_ReadDirectories = 0;
+  RunUntil(Begin + Hour);
+  EXPECT_EQ("2005-03-01 09:00:00 Ok", StoredRun("T1"));
+  Stop();
+}
+
+TEST_F(MonitorThreadTest, ARunThatCannotBeRegisteredMissesItsTurnAndRunsAtTheNext) {
+  Store("T1", Task(AsSoonAsPossible()));
+  Store("T2", Task(AsSoonAsPossible()));
+  Start();
+  ThrowingFiles files;
+  files.m_Renames = 1;
+  OpenGate();
+  EXPECT_THAT(m_Log.Messages(ALogger::Warning),
+              ElementsAre(L"Task ID = T1 missed its turn: broken"));
+  EXPECT_THAT(Batches(), ElementsAre("T2:0:1:0;"));
+  OpenGate();
+  EXPECT_THAT(Batches(), ElementsAre("T2:0:1:0;", "T1:0:1:0;"));
+  OpenGate();
+  EXPECT_EQ(2U, Batches().size());
+  Stop();
+}
+
+TEST_F(MonitorThreadTest, ABatchOfRunsThatCouldNotBeRegisteredIsHandedToNobody) {
+  Store("T1", Task(AsSoonAsPossible()));
+  Start();
+  ThrowingFiles files;
+  files.m_Renames = 1;
+  OpenGate();
+  EXPECT_TRUE(m_Host.Openings().empty());
+  Stop();
+}
+
+TEST_F(MonitorThreadTest, ARunStateThatCannotBeRecordedIsTriedASecondTime) {
+  Store("T1", Task(AsSoonAsPossible()));
+  Start();
+  ThrowingFiles files;
+  m_Handler.Observe([&](const FakeHandler::Call&) { files.m_Renames = 1; });
+  OpenGate();
+  EXPECT_THAT(m_Log.Messages(ALogger::Warning),
+              ElementsAre(L"Run state of task ID = T1 could not be recorded: broken"));
+  EXPECT_EQ(Ok, StoredRun("T1"));
+  Stop();
+}
+
+TEST_F(MonitorThreadTest, AnExpiredTaskWhoseFileCannotBeDeletedIsBackAtTheNextLoad) {
+  Store("T1", Task(Ended()));
+  Store("T2", Task(Ended()));
+  Start();
+  ThrowingFiles files;
+  files.m_Unlinks = 1;
+  OpenGate();
+  EXPECT_THAT(m_Log.Messages(ALogger::Warning),
+              ElementsAre(L"Task ID = T1 could not be deleted: broken"));
+  EXPECT_FALSE(Knows(L"T1"));
+  EXPECT_FALSE(Knows(L"T2"));
+  EXPECT_TRUE(m_Directory.Has("T1.vsk"));
+  RunUntil(Begin + Hour);
+  EXPECT_FALSE(m_Directory.Has("T1.vsk"));
+  Stop();
 }
 
 // When tasks run

@@ -2,7 +2,6 @@
 
 #include "model/Task.h"
 
-#include <cstddef>
 #include <new>
 #include <string>
 
@@ -36,6 +35,7 @@ std::string NameOf(const CTask& task) {
 
 CTask::CTask(TaskSchedulerObject_i* scheduler, const AString& taskID, const AString& taskXML)
     : m_pScheduler(scheduler), m_TaskID(taskID), m_TaskXML(taskXML), m_HandlerCLSID(taskXML) {
+  if (ScriptedTask::s_NoMemory) throw std::bad_alloc();
   m_LastRun = static_cast<long>(++ScriptedTask::s_Made[taskID.ToUtf8()]);
   Note("made " + NameOf(*this));
 }
@@ -77,27 +77,3 @@ void CTask::RegisterRun() {
 void CTask::SetRunState(const AString& state) {
   Note("state " + NameOf(*this) + " " + state.ToUtf8());
 }
-
-// The linker sends the scheduler's allocations without exception here (--wrap), which also works
-// where a sanitizer brings operators of its own.
-extern "C" {
-
-using Allocate = void*(std::size_t, const std::nothrow_t&);
-
-#if __SIZEOF_POINTER__ == 4
-Allocate __real__ZnwjRKSt9nothrow_t;
-Allocate __wrap__ZnwjRKSt9nothrow_t;
-
-void* __wrap__ZnwjRKSt9nothrow_t(std::size_t size, const std::nothrow_t& tag) {
-  return ScriptedTask::s_NoMemory ? nullptr : __real__ZnwjRKSt9nothrow_t(size, tag);
-}
-#else
-Allocate __real__ZnwmRKSt9nothrow_t;
-Allocate __wrap__ZnwmRKSt9nothrow_t;
-
-void* __wrap__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow_t& tag) {
-  return ScriptedTask::s_NoMemory ? nullptr : __real__ZnwmRKSt9nothrow_t(size, tag);
-}
-#endif
-
-}  // extern "C"

@@ -26,7 +26,7 @@ struct ScriptedTask {
   /// that is made again under the same ID is "T1#2".
   static std::vector<std::string> s_Journal;
   static std::map<std::string, unsigned> s_Made;
-  /// As long as it is set there is no memory for tasks, the storage or the server object.
+  /// As long as it is set there is no memory for tasks.
   static bool s_NoMemory;
 
   static void Reset();

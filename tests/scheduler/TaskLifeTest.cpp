@@ -337,21 +337,6 @@ TEST_F(TaskLifeTest, ANewTaskThatThereIsNoMemoryForIsAbsentAndTheMonitorIsWokenA
   EXPECT_EQ(before + 1, Iterations());
 }
 
-TEST_F(TaskLifeTest, WithoutMemoryForTheStorageThereIsNoMonitorEither) {
-  ScriptedTask::s_NoMemory = true;
-  EXPECT_EQ(-1, m_Scheduler->Initialize());
-  EXPECT_EQ(nullptr, m_Scheduler->Storage());
-  EXPECT_FALSE(SCHEDULER_INSIDE(*m_Scheduler, m_MonitorThread).IsRunning());
-}
-
-TEST_F(TaskLifeTest, WithoutMemoryForTheServerObjectThePluginIsNotInitialised) {
-  ScriptedTask::s_NoMemory = true;
-  EXPECT_EQ(nullptr, PluginMain());
-  EXPECT_EQ(-1, PluginInitialize(1));
-  EXPECT_THAT(m_Log.Messages(ALogger::Error),
-              ElementsAre(L"PluginInitialize(): Failed to create server class\n"));
-}
-
 TEST_F(TaskLifeTest, ADeletedTaskIsDestroyedAtOnce) {
   StoreTasks({"a"});
   StartWithOpenGate();

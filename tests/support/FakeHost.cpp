@@ -122,8 +122,8 @@ long FakeHost::OpenObject(const AString& classId, const AGuid& interfaceId, unsi
   const bool known =
       found != m_Handlers.end() && interfaceId.Compare(INoxScheduledTaskHandler::GetIID()) == 0;
   const long result = !known ? -1 : m_OpenFailure.value_or(1);
-  object = result < 0 ? nullptr : static_cast<INoxScheduledTaskHandler*>(found->second);
   m_Openings.push_back({classId, interfaceId, flags, result});
+  object = result < 0 ? nullptr : static_cast<INoxScheduledTaskHandler*>(found->second);
   return result;
 }
 

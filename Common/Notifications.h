@@ -1,5 +1,8 @@
 #pragma once
 
+#include <AgentSDK/NTracker.h>
+#include <BaseSDK/AString.h>
+
 namespace Nox {
 
 // The agent's notifications by their codes.
@@ -13,5 +16,15 @@ constexpr long TaskAdded = 102;
 // for the other.
 constexpr long SecondEvent = 300;
 constexpr long FirstEvent = 302;
+
+/// Tells the agent of a change. The change stands whatever becomes of the news: neither a refusal
+/// nor an exception, such as for want of memory, gets to the caller. [any thread, locks may be
+/// held]
+inline void Announce(long code, const BaseSDK::AString& taskID) noexcept {
+  try {
+    (void)AgentSDK::NTracker::PostNotification(code, taskID);
+  } catch (...) {
+  }
+}
 
 }  // namespace Nox
