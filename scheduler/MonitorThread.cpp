@@ -125,7 +125,7 @@ void CMonitorThread::DispatchBatch(const AString& handlerCLSID, const AString& b
   CIClient<INoxScheduledTaskHandler> handler;
   const long opened = CIGetObjectInterface(handlerCLSID, INoxScheduledTaskHandler::GetIID(),
                                            NoOpenFlags, handler.Slot());
-  if (opened < 0) {
+  if (opened < 0 || handler.Get() == nullptr) {
     PLUGIN_LOG(Scheduler, Information,
                AString(L"Failed to open task handler ID = %1").Arg(handlerCLSID));
     return;

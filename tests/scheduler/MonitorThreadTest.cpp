@@ -144,6 +144,15 @@ TEST_F(MonitorThreadTest, AHandlerThatDoesNotOpenDropsItsBatchAndNoOther) {
   EXPECT_EQ(1U, m_Handler.Releases());
 }
 
+TEST_F(MonitorThreadTest, AHandlerThatOpensWithoutAnObjectHasNotOpened) {
+  m_Host.AddNothing(OtherHandler);
+  Store("T1", Task(AsSoonAsPossible(), "", OtherHandler));
+  StartWithOpenGate();
+  EXPECT_THAT(m_Log.Messages(ALogger::Information),
+              ::testing::Contains(AString(L"Failed to open task handler ID = ") + OtherHandler));
+  EXPECT_EQ(Started, StoredRun("T1"));
+}
+
 TEST_F(MonitorThreadTest, ATaskWithoutHandlerIsOfferedToNobody) {
   Store("T1", "<Task>" + AsSoonAsPossible() + "</Task>");
   StartWithOpenGate();

@@ -26,6 +26,11 @@ void FakeHost::AddHandler(const AString& classId, FakeHandler& handler) {
   m_Handlers[classId] = &handler;
 }
 
+void FakeHost::AddNothing(const AString& classId) {
+  const AMutexGuard guard(m_Lock);
+  m_Handlers[classId] = nullptr;
+}
+
 void FakeHost::RemoveHandler(const AString& classId) {
   const AMutexGuard guard(m_Lock);
   m_Handlers.erase(classId);

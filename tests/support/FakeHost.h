@@ -49,6 +49,8 @@ class FakeHost : public AgentSDK::AHost {
   /// `handler` is what opening this class identifier gives from now on; borrowed. An identifier
   /// that was never added does not open.
   void AddHandler(const BaseSDK::AString& classId, FakeHandler& handler);
+  /// Opening this class identifier succeeds from now on, and gives no object.
+  void AddNothing(const BaseSDK::AString& classId);
   void RemoveHandler(const BaseSDK::AString& classId);
   /// Known class identifiers open with this negative result too, as long as one is given.
   void FailOpening(std::optional<long> result);
