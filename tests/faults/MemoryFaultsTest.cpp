@@ -283,15 +283,16 @@ struct Texts {
   const AString m_Nothing{};
 };
 
+/// As a caller far away: of a call that ends in an exception it sees no handle.
 long Enumerate(TaskSchedulerObject_i& object) {
   unsigned long handle = 0;
   AString id;
-  struct Closer {
+  long found = object.FindFirstTask(handle, id);
+  const struct Closer {
     ~Closer() { (void)m_Object.FindClose(m_Handle); }
     TaskSchedulerObject_i& m_Object;
-    unsigned long& m_Handle;
+    unsigned long m_Handle;
   } closer{object, handle};
-  long found = object.FindFirstTask(handle, id);
   while (found > 0) found = object.FindNextTask(handle, id);
   return 1;
 }
