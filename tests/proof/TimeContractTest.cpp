@@ -48,6 +48,24 @@ TEST(TimeContract, StartThatANightHasTwiceIsItsFirst) {
   EXPECT_EQ(scheduler.Handler().Calls()[0].m_Time, 1730611800) << "05:30 UTC";
 }
 
+// Kept on purpose: what is written is local time, and the form of it is fixed.
+TEST(TimeContract, RunInTheSecondShowingOfAnHourIsReadAsInTheFirstAndComesAgainOnce) {
+  Running scheduler(newYork, "2024-11-03 00:10:00");
+  scheduler.AddTask(
+      "job", TaskXml()
+                 .With(TriggerXml::Daily("2024/11/01 00:00:00").EveryMinutes(30).ForMinutes(1440))
+                 .LastRun("2024-11-03 00:00:00 Ok"));
+  constexpr long midnightUtc = 1730592000;
+  scheduler.Clock().RunUntil(midnightUtc + 8 * 3600L + 60);
+  const auto at = [](long hour, long minute) { return midnightUtc + hour * 3600 + minute * 60; };
+  std::vector<long> moments;
+  for (const auto& call : scheduler.Handler().Calls()) moments.push_back(call.m_Time);
+  EXPECT_EQ(moments, (std::vector<long>{at(4, 30), at(5, 0), at(5, 30), at(6, 0), at(6, 10),
+                                        at(6, 30), at(7, 0), at(7, 30), at(8, 0)}));
+  EXPECT_EQ(scheduler.TimedBatches()[3], "2024-11-03 01:00:00 job:0:0:0;") << "standard time";
+  EXPECT_EQ(scheduler.TimedBatches()[4], "2024-11-03 01:10:00 job:1:0:0;") << "the same, late";
+}
+
 TEST(TimeContract, EveryTwoDaysCanRunOnNeighbouringDays) {
   EXPECT_EQ(RunTimes(newYork, "2024-03-09 00:00:00", "2024-03-15 00:00:00",
                      TriggerXml::Daily("2024/03/09 08:00:00", 2)),
