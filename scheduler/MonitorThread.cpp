@@ -33,17 +33,27 @@ constexpr auto MonitorSkewBehavior = static_cast<BaseSDK::AClockSkewBehavior>(15
 
 constexpr unsigned long NoOpenFlags = 0;
 
+/// A day that the zone leaves out, when it moves to the other side of the date line, has no
+/// midnight either: on 2011-12-30 in Apia mktime fails. The clock goes on from the evening before
+/// to the midnight of the day after, and that is the one to wait for. Taken for a moment, the
+/// failure would lie in the past, and the monitor would go round without sleeping until the day is
+/// over.
+///
+/// The last day of 32-bit time has none at all: the end of the cycle bounds the sleep.
 long SecondsUntilMidnight() {
   const long now = Nox::Now();
   const std::time_t moment = now;
-  std::tm fields{};
-  localtime_r(&moment, &fields);
-  fields.tm_mday += 1;
-  fields.tm_hour = 0;
-  fields.tm_min = 0;
-  fields.tm_sec = 0;
-  const long midnight = Nox::MakeTime32(fields);
-  // The last day of 32-bit time has no midnight to wait for; the end of the cycle bounds the sleep.
+  std::tm today{};
+  localtime_r(&moment, &today);
+  today.tm_hour = 0;
+  today.tm_min = 0;
+  today.tm_sec = 0;
+  long midnight = -1;
+  for (int days = 1; days <= 2 && midnight == -1; ++days) {
+    std::tm fields = today;
+    fields.tm_mday += days;
+    midnight = Nox::MakeTime32(fields);
+  }
   return Nox::Sub32(midnight == -1 ? Nox::Long32Max : midnight, now);
 }
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <string>
 #include <vector>
 
 namespace {
@@ -280,5 +281,39 @@ TEST_F(MonitorInNewYorkTest, ADailyTaskKeepsItsLocalTimeAcrossTheChange) {
   EXPECT_THAT(CallTimes(),
               ElementsAre(1709989200 + Hour, 1709989200 + 24 * Hour, 1709989200 + 48 * Hour));
 }
+
+// A day that the zone leaves out
+
+struct MissingDay {
+  const char* m_Zone;
+  long m_Midnight;  ///< the end of the day before and the beginning of the day after
+  const char* m_Begin;
+  const char* m_LastRun;
+};
+
+class MonitorOnAMissingDayTest : public MonitorCycleTest,
+                                 public ::testing::WithParamInterface<MissingDay> {
+ protected:
+  MonitorOnAMissingDayTest() : MonitorCycleTest(GetParam().m_Zone) {}
+};
+
+TEST_P(MonitorOnAMissingDayTest, SleepsUntilTheMidnightThatEndsTheDayBefore) {
+  const long midnight = GetParam().m_Midnight;
+  Clock().Start(midnight - 30 * Minute - 20);
+  Store("T1", Task(Daily(GetParam().m_Begin), History(GetParam().m_LastRun)));
+  StartWithOpenGate();
+  EXPECT_EQ("1820", Sleeps().back());
+  RunUntil(midnight + 20 * Minute);
+  EXPECT_THAT(Sleeps(), ElementsAre("1820", "1820", "600", "1180"))
+      << "once before the gate was open; to midnight, to the start, to the end of the cycle";
+  EXPECT_THAT(CallTimes(), ElementsAre(midnight + 10 * Minute)) << "ten past, to the second";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Monitor, MonitorOnAMissingDayTest,
+    ::testing::Values(
+        MissingDay{"Pacific/Kwajalein", 745934400, "1993-08-01 00:10:00", "1993-08-20 00:10:00 Ok"},
+        MissingDay{"Pacific/Apia", 1325239200, "2011-12-01 00:10:00", "2011-12-29 00:10:00 Ok"}),
+    [](const auto& row) { return std::string(row.param.m_Zone).substr(8); });
 
 }  // namespace
