@@ -1,6 +1,7 @@
 #include <BaseSDK/ADateTime.h>
 #include <BaseSDK/ALong32.h>
 
+#include <algorithm>
 #include <ctime>
 #include <iomanip>
 #include <locale>
@@ -97,29 +98,31 @@ long ReadDefault(std::wstring_view text) {
   return timed && text.empty() ? ToMoment(local) : Unreadable;
 }
 
-bool IsBlank(const char* text) {
-  return std::string_view(text).find_first_not_of(" \t\n\v\f\r") == std::string_view::npos;
+std::wstring_view Trimmed(std::wstring_view text) {
+  constexpr std::wstring_view blanks = L" \t\n\v\f\r";
+  text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+  return text.substr(0, text.find_last_not_of(blanks) + 1);  // npos + 1 is 0
 }
 
-long ReadFormat(const AString& text, const AString& format) {
+long ReadFormat(std::wstring_view text, const AString& format) {
   // A zero byte would end the text for strptime and hide what follows.
-  if (text.Str().find(L'\0') != std::wstring::npos) {
+  if (text.find(L'\0') != std::wstring_view::npos) {
     return Unreadable;
   }
   std::tm local{};
   local.tm_year = 70;
   local.tm_mday = 1;
-  const std::string bytes = text.ToUtf8();
+  const std::string bytes = AString(text.data(), text.size()).ToUtf8();
   const char* const rest = strptime(bytes.c_str(), format.ToUtf8().c_str(), &local);
-  return rest != nullptr && IsBlank(rest) ? ToMoment(local) : Unreadable;
+  return rest != nullptr && *rest == '\0' ? ToMoment(local) : Unreadable;
 }
 
 }  // namespace
 
-ADateTime::ADateTime(const AString& text) : m_Time(ReadDefault(text.Str())) {}
+ADateTime::ADateTime(const AString& text) : m_Time(ReadDefault(Trimmed(text.Str()))) {}
 
 ADateTime::ADateTime(const AString& text, const AString& format, int mode)
-    : m_Time(mode == 0 ? ReadFormat(text, format) : Unreadable) {}
+    : m_Time(mode == 0 ? ReadFormat(Trimmed(text.Str()), format) : Unreadable) {}
 
 ADateTime ADateTime::Now() {
   return ADateTime(Clamp32(::time(nullptr)));

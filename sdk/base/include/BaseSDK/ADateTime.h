@@ -16,12 +16,12 @@ class ADateTime {
 
   /// The default reading: "YYYY-MM-DD HH:MM:SS", the same with "/" between the numbers of the date
   /// or with "T" before the time, or the date alone (midnight). Every field has all its digits and
-  /// lies in its range, and the day exists in its month. Nothing stands before or after. Anything
-  /// else gives 0.
+  /// lies in its range, and the day exists in its month. White space may stand before and after,
+  /// nothing else. Anything else gives 0.
   explicit ADateTime(const AString& text);
 
   /// Reads like strptime, then wants the fields to be in range and the whole text used up, but for
-  /// white space at the end; otherwise 0. A field that the format lacks is that of
+  /// white space before and after; otherwise 0. A field that the format lacks is that of
   /// 1 January 1970, midnight. `mode` is 0, local time; any other value gives 0.
   ADateTime(const AString& text, const AString& format, int mode);
 
