@@ -9,6 +9,7 @@
 #include <AgentInterfacesV3/AMsgIn.h>
 #include <AgentInterfacesV3/AMsgQueue.h>
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
@@ -69,6 +70,28 @@ class FakeServer : public APluginBase {
   }
 };
 
+std::optional<int> openResult;
+
+}  // namespace
+
+// The linker sends the frame's opening of the queue here (--wrap).
+extern "C" {
+
+using OpenQueue = int(AMsgQueueServer*, int);
+
+OpenQueue __real__ZN7Corvane17AgentInterfacesV315AMsgQueueServer4OpenEi;
+OpenQueue __wrap__ZN7Corvane17AgentInterfacesV315AMsgQueueServer4OpenEi;
+
+int __wrap__ZN7Corvane17AgentInterfacesV315AMsgQueueServer4OpenEi(AMsgQueueServer* server,
+                                                                  int queue) {
+  return openResult ? *openResult
+                    : __real__ZN7Corvane17AgentInterfacesV315AMsgQueueServer4OpenEi(server, queue);
+}
+
+}  // extern "C"
+
+namespace {
+
 constexpr int Queue = 7;
 constexpr int NoQueue = 8;
 
@@ -91,6 +114,18 @@ TEST_F(PluginBaseTest, InitializeMakesTheObjectOpensItsQueueAndInitializesIt) {
   EXPECT_THAT(world.m_Calls, ElementsAre("made", "Initialize"));
   EXPECT_TRUE(m_Queue.HasObject());
   EXPECT_THAT(m_Log.Lines(), IsEmpty());
+}
+
+TEST_F(PluginBaseTest, OnlyANegativeResultOfTheQueueKeepsTheObjectFromBeingInitialized) {
+  for (const int result : {0, 1, -1, -2147483647 - 1}) {
+    world = World();
+    openResult = result;
+    world.m_Initialized = 5;
+    EXPECT_EQ(result < 0 ? result : 5, PluginInitialize(Queue));
+    EXPECT_EQ(result < 0 ? 1U : 2U, world.m_Calls.size());
+    openResult.reset();
+    EXPECT_EQ(1, PluginUninitialize(true));
+  }
 }
 
 TEST_F(PluginBaseTest, InitializeTwiceIsOneAndMakesNoSecondObject) {

@@ -157,6 +157,69 @@ TEST_F(TaskRun, StateAfterALateRunTellsOfTheLatenessAndOfTheDocument) {
   EXPECT_EQ(Changes(), 3u);
 }
 
+// What a notification can see. Listeners look at the task and its file when they are told.
+
+TEST_F(TaskRun, IsOneInstantInMemoryAndInTheFileAlsoWhenTheClockMovesMeanwhile) {
+  CTask& task = Make(TaskXml().With(daily));
+  m_Scheduler.Host().Observe([this](const auto&) { m_Scheduler.Clock().StepWallClock(7); });
+  task.RegisterRun();
+  EXPECT_EQ(task.m_LastRun, m_Scheduler.Local(noon));
+  EXPECT_NE(FileText().find("<RunTime>2005-03-01 12:00:00 Started</RunTime>"), std::string::npos);
+}
+
+TEST_F(TaskRun, IsInTheDocumentFirstThenInTheFileThenTheLastRunThenInTheLog) {
+  CTask& task = Make(TaskXml().With(daily));
+  unsigned told = 0;
+  m_Scheduler.Host().Observe([&](const auto&) {
+    ++told;
+    EXPECT_EQ(task.m_TaskXML.ToUtf8(), FileText());
+    EXPECT_NE(FileText().find(" Started</RunTime>"), std::string::npos);
+    EXPECT_EQ(task.m_LastRun, -1);
+    EXPECT_EQ(m_Scheduler.Log().CountContaining(L"was RUN on"), 0u);
+  });
+  long lastRunAtLog = 0;
+  m_Scheduler.Log().Observe([&](const auto&) { lastRunAtLog = task.m_LastRun; });
+  task.RegisterRun();
+  EXPECT_EQ(told, 1u);
+  EXPECT_EQ(lastRunAtLog, m_Scheduler.Local(noon));
+}
+
+TEST_F(TaskRun, StateIsLoggedThenTheLatenessClearedAndToldOfThenWritten) {
+  CTask& task = Make(TaskXml().With(daily).LastRun("2005-02-28 08:00:00 Ok"));
+  EXPECT_TRUE(IsDueAt(noon));
+  ASSERT_TRUE(task.m_Late);
+  bool lateAtLog = false;
+  m_Scheduler.Log().Observe([&](const auto&) { lateAtLog = task.m_Late; });
+  std::vector<bool> writtenWhenTold;
+  m_Scheduler.Host().Observe([&](const auto&) {
+    EXPECT_FALSE(task.m_Late);
+    EXPECT_EQ(m_Scheduler.Log().CountContaining(L"Set run state to 'Failed'"), 1u);
+    const bool inMemory = task.m_TaskXML.Find(L" Failed</RunTime>") != AString::npos;
+    EXPECT_EQ(inMemory, m_Scheduler.HasFile("t"));
+    writtenWhenTold.push_back(inMemory);
+  });
+  task.SetRunState("Failed");
+  EXPECT_TRUE(lateAtLog);
+  EXPECT_EQ(writtenWhenTold, (std::vector<bool>{false, true}));
+}
+
+TEST_F(TaskRun, DueTestHasSettledTheLatenessWhenItTellsOfANextRun) {
+  CTask& task = Make(TaskXml().With(daily));
+  task.m_Triggers[0]->m_NextRun = 1;
+  bool lateWhenTold = false;
+  m_Scheduler.Host().Observe([&](const auto&) { lateWhenTold = task.m_Late; });
+  EXPECT_TRUE(IsDueAt(noon));
+  EXPECT_TRUE(lateWhenTold);
+}
+
+TEST_F(TaskRun, EnabledIsSetBeforeTheFileIsWritten) {
+  CTask& task = Make(TaskXml().With(daily));
+  bool enabledWhenTold = true;
+  m_Scheduler.Host().Observe([&](const auto&) { enabledWhenTold = task.m_Enabled; });
+  EXPECT_EQ(task.Enable(false), 1);
+  EXPECT_FALSE(enabledWhenTold);
+}
+
 TEST_F(TaskRun, GoesOnInMemoryWhenTheFileCannotBeWritten) {
   CTask& task = Make(TaskXml().With(daily).Utf8(), "no/such/directory");
   task.RegisterRun();

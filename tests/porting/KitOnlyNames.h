@@ -1,5 +1,5 @@
-// What our kit has put into headers of the host's. The plug-in must do without: the closed host need
-// not have it. Read before each of its sources, behind those headers.
+// What our kit has put into headers of the host's. The plug-in must do without: the closed host
+// need not have it. Read before each of its sources, behind those headers.
 #undef ALOG
 #undef NOX_ACQUIRE
 #undef NOX_ACQUIRED_AFTER

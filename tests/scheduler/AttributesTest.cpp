@@ -92,6 +92,19 @@ TEST_F(AttributesTest, EventTriggersHaveTheirOwnRunValues) {
   EXPECT_EQ("1", attributes.at(L"t8").ToUtf8()) << "a trigger of type 6 was seen";
 }
 
+TEST_F(AttributesTest, TheFirstEventIsT8AndTheSecondT7) {
+  Load(Task(Daily("2005-03-02 09:00:00")));
+  CTaskTrigger& trigger = *InMemory().m_Triggers[0];
+  trigger.m_Type = CTaskTrigger::FirstEvent;
+  const Map first = Attributes();
+  EXPECT_EQ("0", first.at(L"t7").ToUtf8());
+  EXPECT_EQ("1", first.at(L"t8").ToUtf8());
+  trigger.m_Type = CTaskTrigger::SecondEvent;
+  const Map second = Attributes();
+  EXPECT_EQ("1", second.at(L"t7").ToUtf8());
+  EXPECT_EQ("0", second.at(L"t8").ToUtf8());
+}
+
 TEST_F(AttributesTest, ATriggerThatNeverFiresHasNoRun) {
   Load(Task("<Trigger Type=\"1\"/>"));
   const Map attributes = Attributes();

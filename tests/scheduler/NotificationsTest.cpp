@@ -1,7 +1,11 @@
 // The agent's notifications and the processing gate.
+#include "tests/scheduler/EventWatch.h"
 #include "tests/scheduler/SchedulerFixture.h"
 #include "tests/scheduler/SchedulerInside.h"
+#include "tests/support/LockState.h"
 
+#include <atomic>
+#include <cstdint>
 #include <string>
 #include <thread>
 #include <vector>
@@ -9,6 +13,7 @@
 namespace {
 
 using BaseSDK::ALogger;
+using BaseSDK::AMutex;
 using BaseSDK::AString;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
@@ -108,9 +113,137 @@ TEST_F(NotificationsTest, TheEndOfAPolicyRefreshOnPurposeOpensTheGateWhileAPlugi
   Notify(2);
   EXPECT_TRUE(IsGateOpen());
   EXPECT_EQ(1U, Count());
+  m_Log.Clear();
   Notify(5, 0, L"one");
   EXPECT_TRUE(IsGateOpen());
   EXPECT_EQ(0U, Count());
+  EXPECT_THAT(Said(), ElementsAre(L"Finished plugin one registration", L"Enabling task processing"))
+      << "it is opened again";
+  EXPECT_EQ(1U, Iterations());
+}
+
+// In what order things happen
+
+TEST_F(NotificationsTest, WhoeverRousesTheMonitorRaisesTheRefreshFlagFirst) {
+  const struct {
+    long m_Kind;
+    long m_Code;
+  } rows[] = {{0, 0}, {2, 0}, {5, 0}, {7, 0}, {10, 300}, {10, 302}};
+  for (const auto& row : rows) {
+    SCHEDULER_INSIDE(*m_Scheduler, m_InstallTaskCount) = 1;
+    THREAD_INSIDE(SCHEDULER_INSIDE(*m_Scheduler, m_MonitorThread), m_Refresh) = false;
+    std::vector<bool> seen;
+    const EventWatch watch([&] { seen.push_back(IsRefreshRequested()); });
+    Notify(row.m_Kind, row.m_Code);
+    EXPECT_THAT(seen, ElementsAre(true)) << row.m_Kind << ", " << row.m_Code;
+  }
+}
+
+TEST_F(NotificationsTest, TheGateMovesBeforeOrAfterTheLogAsItsKindWants) {
+  struct Row {
+    long m_Kind;
+    std::uint32_t m_Count;
+    bool m_Before;
+    std::vector<bool> m_AtLines;  ///< whether the gate is open when each line is logged
+  };
+  const Row rows[] = {{0, 0, false, {true}},         {2, 0, false, {true}},
+                      {1, 0, true, {true}},          {4, 0, true, {false, false}},
+                      {6, 0, true, {false, false}},  {5, 1, false, {false, false}},
+                      {7, 1, false, {false, false}}, {5, 2, true, {true, true}}};
+  for (const Row& row : rows) {
+    SCHEDULER_INSIDE(*m_Scheduler, m_InstallTaskCount) = row.m_Count;
+    std::atomic<bool>& gate = SCHEDULER_INSIDE(*m_Scheduler, m_ProcessingEnabled);
+    gate = row.m_Before;
+    std::vector<bool> seen;
+    m_Log.Observe([&](const TestSupport::LogCapture::Line& line) {
+      if (line.m_Message.Find(L"sleeping") == AString::npos) seen.push_back(gate);
+    });
+    Notify(row.m_Kind);
+    m_Log.Observe({});
+    EXPECT_EQ(row.m_AtLines, seen) << row.m_Kind;
+  }
+}
+
+TEST_F(NotificationsTest, ARegistrationIsToldOfBeforeTheNumberOfThem) {
+  for (const long kind : {4L, 5L}) {
+    SCHEDULER_INSIDE(*m_Scheduler, m_InstallTaskCount) = 4;
+    m_Log.Clear();
+    Notify(kind, 0, L"one");
+    ASSERT_EQ(2U, m_Log.Lines().size());
+    EXPECT_EQ(ALogger::Trace, m_Log.Lines()[0].m_Level);
+    EXPECT_EQ(ALogger::Information, m_Log.Lines()[1].m_Level);
+  }
+}
+
+TEST_F(NotificationsTest, AreCountedBeforeTheyAreToldOf) {
+  const struct {
+    long m_Kind;
+    std::uint32_t m_Count;
+  } rows[] = {{4, 8}, {6, 8}, {5, 6}, {7, 6}};
+  for (const auto& row : rows) {
+    SCHEDULER_INSIDE(*m_Scheduler, m_InstallTaskCount) = 7;
+    std::vector<unsigned> seen;
+    m_Log.Observe([&](const TestSupport::LogCapture::Line&) { seen.push_back(Count()); });
+    Notify(row.m_Kind);
+    m_Log.Observe({});
+    EXPECT_THAT(seen, ElementsAre(row.m_Count, row.m_Count)) << row.m_Kind;
+  }
+}
+
+// Which locks are taken
+
+TEST_F(NotificationsTest, RegistrationsAreToldOfUnderTheCountLockAlone) {
+  AMutex& countLock = SCHEDULER_INSIDE(*m_Scheduler, m_CountLock);
+  AMutex& stateLock = SCHEDULER_INSIDE(*m_Scheduler, m_StateLock);
+  for (const long kind : {4L, 6L, 5L, 7L}) {
+    SCHEDULER_INSIDE(*m_Scheduler, m_InstallTaskCount) = 5;
+    unsigned lines = 0;
+    m_Log.Observe([&](const TestSupport::LogCapture::Line&) {
+      ++lines;
+      EXPECT_FALSE(TestSupport::IsFree(countLock)) << kind;
+      EXPECT_TRUE(TestSupport::IsFree(stateLock)) << kind;
+    });
+    Notify(kind);
+    m_Log.Observe({});
+    EXPECT_EQ(2U, lines) << kind;
+  }
+}
+
+TEST_F(NotificationsTest, TheLastRegistrationRousesUnderTheCountLockAndAnEventUnderTheStateLock) {
+  const auto isFree = [this](bool count) {
+    return TestSupport::IsFree(count ? SCHEDULER_INSIDE(*m_Scheduler, m_CountLock)
+                                     : SCHEDULER_INSIDE(*m_Scheduler, m_StateLock));
+  };
+  for (const long kind : {5L, 7L, 10L}) {
+    SCHEDULER_INSIDE(*m_Scheduler, m_InstallTaskCount) = 1;
+    const EventWatch watch([&] {
+      EXPECT_EQ(kind == 10, isFree(true)) << kind;
+      EXPECT_EQ(kind != 10, isFree(false)) << kind;
+    });
+    Notify(kind, 300);
+  }
+}
+
+TEST_F(NotificationsTest, NeedNoLockThatIsNotTheirs) {
+  const struct {
+    long m_Kind;
+    bool m_NeedsCount;
+    bool m_NeedsState;
+  } rows[] = {{0, false, false}, {1, false, false}, {2, false, false},
+              {3, false, false}, {4, true, false},  {5, true, false},
+              {6, true, false},  {7, true, false},  {10, false, true}};
+  for (const auto& row : rows) {
+    const auto notify = [&] { EXPECT_EQ(0, m_Scheduler->NotifyObject(row.m_Kind, 300, L"x")); };
+    if (!row.m_NeedsCount) {
+      EXPECT_TRUE(TestSupport::RunsWhileHeld(SCHEDULER_INSIDE(*m_Scheduler, m_CountLock), notify))
+          << row.m_Kind;
+    }
+    if (!row.m_NeedsState) {
+      EXPECT_TRUE(TestSupport::RunsWhileHeld(SCHEDULER_INSIDE(*m_Scheduler, m_StateLock), notify))
+          << row.m_Kind;
+    }
+    Clock().Settle();
+  }
 }
 
 TEST_F(NotificationsTest, AFinishThatLeavesACountLeavesAnOpenGateOpen) {

@@ -1,4 +1,5 @@
 // When the state lock is held and when it is free, seen from within.
+#include "tests/scheduler/EventWatch.h"
 #include "tests/scheduler/SchedulerFixture.h"
 #include "tests/scheduler/SchedulerInside.h"
 #include "tests/support/ForwardingFileSystem.h"
@@ -78,6 +79,36 @@ TEST_F(StateLockTest, IsFreeWhileAHandlerIsCalledAndWhileTheMonitorSleeps) {
   EXPECT_THAT(m_Seen, Not(IsEmpty()));
   EXPECT_THAT(m_Seen, Each(true));
   EXPECT_TRUE(IsFree());
+}
+
+TEST_F(StateLockTest, IsNotNeededToRefreshToReadAndToEnumerate) {
+  Store("T1", Task(Daily("2030-01-01 08:00:00")));
+  Start();
+  BaseSDK::AMutex& lock = SCHEDULER_INSIDE(*m_Scheduler, m_StateLock);
+  AString text;
+  unsigned long handle = 0;
+  EXPECT_TRUE(TestSupport::RunsWhileHeld(lock, [&] { (void)m_Scheduler->RefreshTaskList(); }));
+  EXPECT_TRUE(
+      TestSupport::RunsWhileHeld(lock, [&] { (void)m_Scheduler->GetTaskXML(L"T1", text); }));
+  EXPECT_TRUE(
+      TestSupport::RunsWhileHeld(lock, [&] { (void)m_Scheduler->FindFirstTask(handle, text); }));
+  EXPECT_TRUE(
+      TestSupport::RunsWhileHeld(lock, [&] { (void)m_Scheduler->FindNextTask(handle, text); }));
+  EXPECT_TRUE(TestSupport::RunsWhileHeld(lock, [&] { (void)m_Scheduler->FindClose(handle); }));
+  Clock().Settle();
+}
+
+TEST_F(StateLockTest, IsHeldWhileAChangedTaskRousesTheMonitorAndFreeWhenEnabledOnesDo) {
+  Start();
+  {
+    const EventWatch watch([this] { Look(); });
+    AString id;
+    EXPECT_EQ(1, m_Scheduler->AddTask(L"T1", AString::FromUtf8(Task(AsSoonAsPossible())), id));
+    EXPECT_EQ(1, m_Scheduler->EnableTask(L"T1", false));
+    EXPECT_EQ(1, m_Scheduler->RefreshTaskList());
+    EXPECT_EQ(1, m_Scheduler->DeleteTask(L"T1"));
+  }
+  EXPECT_THAT(m_Seen, ::testing::ElementsAre(false, true, true, false));
 }
 
 TEST_F(StateLockTest, IsFreeWhileACallerStoresADocumentAndHeldWhileATaskWritesItsOwn) {

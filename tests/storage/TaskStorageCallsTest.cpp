@@ -21,6 +21,7 @@
 namespace {
 
 using BaseSDK::AString;
+using TestSupport::FakeHost;
 
 /// The answers of the routines below, and what they were asked.
 struct Library {
@@ -150,7 +151,7 @@ class TaskStorageCallsTest : public ::testing::Test {
 
   long Add(const wchar_t* taskID) { return m_Storage.AddTask(taskID, L"<T/>", m_ID); }
 
-  TestSupport::FakeHost m_Host;
+  FakeHost m_Host;
   CTaskStorage m_Storage{L"/tasks", L".vsk"};
   AString m_ID{L"before"};
 };
@@ -244,6 +245,41 @@ TEST_F(TaskStorageCallsTest, AddTaskOnPurposeAsksForAsManyBytesAsThereAreCharact
       "Write 17 \xc3\xa4"
       "b",
       library.m_Calls[1]);
+}
+
+TEST_F(TaskStorageCallsTest, TellsOfAChangeWhenItHasBeenMade) {
+  m_Host.Observe(
+      [](const FakeHost::Notification& notification) { Note("Post ", notification.m_Code); });
+  EXPECT_EQ(1, Add(L""));
+  EXPECT_EQ("Rename", library.m_Calls.at(4).substr(0, 6));
+  EXPECT_EQ("Post 102", library.m_Calls.at(5));
+  library = Library();
+  EXPECT_EQ(1, Add(L"T1"));
+  EXPECT_EQ((Calls{"Open /tasks/T1.vsk 0xc2 0644", "Write 17 <T/>", "Close 17", "Post 102"}),
+            library.m_Calls);
+  library = Library();
+  EXPECT_EQ(1, m_Storage.SetTaskXML(L"T1", L"<T/>"));
+  EXPECT_EQ((Calls{"WriteFile /tasks/T1.vsk <T/> as UTF-8", "Post 100"}), library.m_Calls);
+  library = Library();
+  EXPECT_EQ(1, m_Storage.DeleteTask(L"T1"));
+  EXPECT_EQ((Calls{"Remove /tasks/T1.vsk 0", "Post 101"}), library.m_Calls);
+}
+
+TEST_F(TaskStorageCallsTest, FindFirstTaskOpensNothingForAHandleInUse) {
+  unsigned long handle = 7;
+  EXPECT_EQ(-1, m_Storage.FindFirstTask(handle, m_ID));
+  EXPECT_EQ(Calls{}, library.m_Calls);
+}
+
+TEST_F(TaskStorageCallsTest, FindCloseLeavesEveryLastErrorAlone) {
+  for (const unsigned long code : {0UL, SomeFailure, 1UL}) {
+    library.m_Remove = code;
+    (void)m_Storage.DeleteTask(L"T1");
+    for (const unsigned long handle : {99UL, 0UL}) {
+      m_Storage.FindClose(handle);
+      EXPECT_EQ(code, m_Storage.m_LastError) << handle;
+    }
+  }
 }
 
 TEST_F(TaskStorageCallsTest, SetTaskXmlOnPurposeDoesNotLookAtTheResultOfTheWrite) {

@@ -1,6 +1,7 @@
 #include "storage/TaskStorage.h"
 
 #include "tests/support/FakeHost.h"
+#include "tests/support/RawSlots.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -89,6 +90,7 @@ TEST_F(TaskStorageTest, ReadsTheIdOutOfAFileName) {
       {L"notes.txt", L"notes.txt"},
       {L"T1.vsk.bak", L"T1"},
       {L"a.vsk.old", L"a"},
+      {L"a.vsk.b.vsk", L"a"},
       {L".vsk", L""},
       {L"/x/y/", L""},
       {L"", L""},
@@ -313,17 +315,43 @@ TEST_F(TaskStorageTest, EveryOperationThatSucceedsTakesBackTheLastError) {
   m_Storage.FindClose(handle);
 }
 
-TEST_F(TaskStorageTest, HasOneVirtualOperationAndItsMembersInOrder) {
-  // The destructor's two slots are all: the table ends there, so the object begins with its address
-  // and the members follow.
-  EXPECT_TRUE(std::has_virtual_destructor_v<CTaskStorage>);
+/// Opens one private member: an explicit instantiation may name it.
+template <class Tag, auto Member>
+struct Opener {
+  friend constexpr auto MemberOf(Tag) { return Member; }
+};
+struct Lock {
+  friend constexpr auto MemberOf(Lock);
+};
+struct Path {
+  friend constexpr auto MemberOf(Path);
+};
+struct Extension {
+  friend constexpr auto MemberOf(Extension);
+};
+template struct Opener<Lock, &CTaskStorage::m_Lock>;
+template struct Opener<Path, &CTaskStorage::m_Path>;
+template struct Opener<Extension, &CTaskStorage::m_Extension>;
+
+TEST_F(TaskStorageTest, HasItsMembersInTheirOrder) {
   const auto* const begin = reinterpret_cast<const char*>(&m_Storage);
-  const auto* const lastError = reinterpret_cast<const char*>(&m_Storage.m_LastError);
-  const auto lockAndPath =
-      static_cast<std::ptrdiff_t>(sizeof(BaseSDK::AMutex) + sizeof(AString) + sizeof(void*));
-  EXPECT_GE(lastError - begin, lockAndPath);
-  EXPECT_GE(begin + sizeof(CTaskStorage) - lastError,
-            static_cast<std::ptrdiff_t>(sizeof(unsigned long) + sizeof(AString)));
+  const auto* const lock = reinterpret_cast<const char*>(&(m_Storage.*MemberOf(Lock())));
+  EXPECT_EQ(begin + sizeof(void*), lock) << "behind the address of the virtual functions";
+  EXPECT_LT(static_cast<const void*>(lock), &(m_Storage.*MemberOf(Path())));
+  EXPECT_LT(static_cast<const void*>(&(m_Storage.*MemberOf(Path()))), &m_Storage.m_LastError);
+  EXPECT_LT(static_cast<const void*>(&m_Storage.m_LastError), &(m_Storage.*MemberOf(Extension())));
+}
+
+/// Its operation comes behind all that the storage has.
+class WithOneMore : public CTaskStorage {
+ public:
+  using CTaskStorage::CTaskStorage;
+  virtual void OneMore() {}
+};
+
+TEST_F(TaskStorageTest, HasNoVirtualOperationButItsDestructor) {
+  EXPECT_TRUE(std::has_virtual_destructor_v<CTaskStorage>);
+  EXPECT_EQ(2, TestSupport::SlotOf(&WithOneMore::OneMore)) << "a destructor takes two slots";
 }
 
 }  // namespace

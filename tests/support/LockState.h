@@ -3,6 +3,7 @@
 
 #include <BaseSDK/AMutex.h>
 
+#include <chrono>
 #include <future>
 
 namespace TestSupport {
@@ -16,6 +17,21 @@ inline bool IsFree(BaseSDK::AMutex& lock) {
                       return true;
                     })
       .get();
+}
+
+/// Whether `call` gets to its end on a thread of its own while the lock is held. It takes a minute
+/// to find that out only when it does not.
+template <class Call>
+bool RunsWhileHeld(BaseSDK::AMutex& lock, const Call& call) {
+  std::future<void> running;
+  bool runs = false;
+  {
+    const BaseSDK::AMutexGuard guard(lock);
+    running = std::async(std::launch::async, call);
+    runs = running.wait_for(std::chrono::minutes(1)) == std::future_status::ready;
+  }
+  running.get();
+  return runs;
 }
 
 }  // namespace TestSupport

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 namespace TestSupport {
 
@@ -16,13 +17,18 @@ using BaseSDK::AString;
 class LogCapture::Sink : public BaseSDK::ALogSink {
  public:
   void Write(const BaseSDK::ALogRecord& record) noexcept override {
-    const AMutexGuard guard(m_Lock);
     try {
-      m_Lines.push_back(
-          {record.m_Level, record.m_Channel, record.m_Message, record.m_Source, record.m_Line});
+      const Line line{record.m_Level, record.m_Channel, record.m_Message, record.m_Source,
+                      record.m_Line};
+      if (const Observer observer = Keep(line)) observer(line);
     } catch (const std::bad_alloc&) {
       // Where a test takes the memory away, the line is lost, as it would be on a full machine.
     }
+  }
+
+  void Observe(Observer observer) {
+    const AMutexGuard guard(m_Lock);
+    m_Observer = std::move(observer);
   }
 
   std::vector<Line> Lines() {
@@ -36,8 +42,15 @@ class LogCapture::Sink : public BaseSDK::ALogSink {
   }
 
  private:
+  Observer Keep(const Line& line) {
+    const AMutexGuard guard(m_Lock);
+    m_Lines.push_back(line);
+    return m_Observer;
+  }
+
   BaseSDK::AMutex m_Lock;
   std::vector<Line> m_Lines NOX_GUARDED_BY(m_Lock);
+  Observer m_Observer NOX_GUARDED_BY(m_Lock);
 };
 
 LogCapture::LogCapture(ALogger::Level level) : m_Sink(std::make_shared<Sink>()) {
@@ -48,6 +61,10 @@ LogCapture::LogCapture(ALogger::Level level) : m_Sink(std::make_shared<Sink>()) 
 LogCapture::~LogCapture() {
   ALogConfig::RemoveSink(m_Sink);
   ALogConfig::SetDefaultLevel(ALogger::Information);
+}
+
+void LogCapture::Observe(Observer observer) {
+  m_Sink->Observe(std::move(observer));
 }
 
 std::vector<LogCapture::Line> LogCapture::Lines() const {

@@ -5,6 +5,7 @@
 #include <BaseSDK/AString.h>
 #include <BaseSDK/ThreadAnnotations.h>
 
+#include <functional>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -28,6 +29,10 @@ class LogCapture {
   LogCapture(const LogCapture&) = delete;
   LogCapture& operator=(const LogCapture&) = delete;
   ~LogCapture();
+
+  /// Sees a line when it is logged, on the logging thread and with its locks.
+  using Observer = std::function<void(const Line&)>;
+  void Observe(Observer observer);
 
   std::vector<Line> Lines() const;
   void Clear();
