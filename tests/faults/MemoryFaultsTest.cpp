@@ -357,6 +357,9 @@ struct CallRig : FullRig {
     for (const char* name : {"t0", "t3", "t5", "t6", "td0", "tr0"}) {
       world.m_Memory += Scheduler().Attribute("known-task", name) + ' ';
     }
+    for (const auto& task : SCHEDULER_INSIDE(Scheduler().Object(), m_Tasks)) {
+      if (task.second != nullptr) world.m_Memory += task.second->m_TaskXML.ToUtf8();
+    }
     return world;
   }
 };

@@ -17,6 +17,11 @@ class TaskFixture : public testing::Test {
   static constexpr const char* noon = "2005-03-01 12:00:00";
 
   TaskFixture() { EXPECT_TRUE(m_Scheduler.Start()); }
+  /// What a test has observed with is gone by now, and taking the scheduler down still logs.
+  ~TaskFixture() override {
+    m_Scheduler.Host().Observe({});
+    m_Scheduler.Log().Observe({});
+  }
 
   CTask& Make(const std::string& document, const char* id = "t") {
     m_Task =

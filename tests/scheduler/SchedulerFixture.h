@@ -35,7 +35,13 @@ class SchedulerFixture : public ::testing::Test {
     m_Host.AddHandler(Handler, m_Handler);
     m_Scheduler = std::make_unique<TaskSchedulerObject_i>();
   }
-  ~SchedulerFixture() override { Stop(); }
+  ~SchedulerFixture() override {
+    // What a test has observed with is gone by now, and stopping still logs.
+    m_Host.Observe({});
+    m_Handler.Observe({});
+    m_Log.Observe({});
+    Stop();
+  }
 
   static VirtualTime::VirtualClock& Clock() { return VirtualTime::VirtualClock::Instance(); }
 

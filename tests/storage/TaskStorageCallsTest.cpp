@@ -247,6 +247,17 @@ TEST_F(TaskStorageCallsTest, AddTaskOnPurposeAsksForAsManyBytesAsThereAreCharact
       library.m_Calls[1]);
 }
 
+TEST_F(TaskStorageCallsTest, AddTaskTakesBackTheLastErrorBeforeItTouchesTheDisk) {
+  for (const wchar_t* taskID : {L"T1", L""}) {
+    library = Library();
+    EXPECT_EQ(-1, m_Storage.DeleteTask(L""));
+    std::vector<unsigned long> seen;
+    library.m_OnCall = [&] { seen.push_back(m_Storage.m_LastError); };
+    EXPECT_EQ(1, Add(taskID));
+    EXPECT_EQ(std::vector<unsigned long>(library.m_Calls.size(), 0UL), seen);
+  }
+}
+
 TEST_F(TaskStorageCallsTest, TellsOfAChangeWhenItHasBeenMade) {
   m_Host.Observe(
       [](const FakeHost::Notification& notification) { Note("Post ", notification.m_Code); });
