@@ -40,7 +40,9 @@ int InitializeObject(int queue) {
   }
   // Kept on purpose: an object without a queue stays, uninitialised, and a second call answers 1.
   const int opened = serverObject->AMsgQueueServer::Open(queue);
-  if (opened < 0) return opened;
+  if (opened < 0) {
+    return opened;
+  }
   return serverObject->Initialize();
 }
 
@@ -61,7 +63,9 @@ int Answer(const wchar_t* function, Call call) {
 APluginBase::~APluginBase() = default;
 
 int PluginInitialize(int queue) {
-  if (serverObject != nullptr) return 1;
+  if (serverObject != nullptr) {
+    return 1;
+  }
   return Answer(L"PluginInitialize", [queue] { return InitializeObject(queue); });
 }
 
@@ -75,6 +79,8 @@ int PluginUninitialize(bool forced) {
 }
 
 int PluginGetAttributeV3(const char* name, BaseSDK::AString& value) {
-  if (serverObject == nullptr) return -1;
+  if (serverObject == nullptr) {
+    return -1;
+  }
   return Answer(L"PluginGetAttributeV3", [&] { return serverObject->GetAttribute(name, value); });
 }

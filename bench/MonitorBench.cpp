@@ -1,10 +1,10 @@
 // The whole plug-in over many task files.
+#include "bench/Workbench.h"
+
 #include <benchmark/benchmark.h>
 
 #include <ctime>
 #include <optional>
-
-#include "bench/Workbench.h"
 
 namespace {
 

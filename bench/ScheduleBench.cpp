@@ -1,9 +1,9 @@
 // The arithmetic of one trigger.
+#include "model/TaskTrigger.h"
+
 #include <benchmark/benchmark.h>
 
 #include <ctime>
-
-#include "model/TaskTrigger.h"
 
 namespace {
 
@@ -27,7 +27,9 @@ void NextRunOfDailyTrigger(benchmark::State& state) {
   long lastRun = -1;
   CTaskTrigger trigger = Daily(&lastRun);
   const long now = time(nullptr);
-  for (auto _ : state) trigger.CalculateNextRunTime(now, false);
+  for (auto _ : state) {
+    trigger.CalculateNextRunTime(now, false);
+  }
 }
 BENCHMARK(NextRunOfDailyTrigger);
 
@@ -39,7 +41,9 @@ void NextRunOn30February(benchmark::State& state) {
       L"<DaysOfMonth>536870912</DaysOfMonth><MonthsOfYear>2</MonthsOfYear></Trigger>",
       &lastRun);
   const long now = 1109635200;
-  for (auto _ : state) trigger.CalculateNextRunTime(now, false);
+  for (auto _ : state) {
+    trigger.CalculateNextRunTime(now, false);
+  }
 }
 BENCHMARK(NextRunOn30February)->Unit(benchmark::Microsecond);
 

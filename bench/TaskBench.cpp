@@ -1,12 +1,13 @@
 // One task: built, held in memory, its run registered.
+#include "bench/Workbench.h"
+#include "model/Task.h"
+
 #include <benchmark/benchmark.h>
+
 #include <malloc.h>
 
 #include <memory>
 #include <vector>
-
-#include "bench/Workbench.h"
-#include "model/Task.h"
 
 namespace {
 
@@ -15,7 +16,9 @@ using BaseSDK::AString;
 void BuildTask(benchmark::State& state) {
   const std::string document = Workbench::DailyTask();
   const AString text = AString::FromUtf8(document);
-  for (auto _ : state) benchmark::DoNotOptimize(CTask(nullptr, L"T1", text));
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(CTask(nullptr, L"T1", text));
+  }
   state.counters["document_bytes"] = static_cast<double>(document.size());
 }
 BENCHMARK(BuildTask)->Unit(benchmark::Microsecond);
@@ -28,8 +31,9 @@ void MemoryOfLoadedTasks(benchmark::State& state) {
     std::vector<std::unique_ptr<CTask>> tasks;
     tasks.reserve(count);
     const auto before = mallinfo2().uordblks;
-    for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i) {
       tasks.push_back(std::make_unique<CTask>(nullptr, L"T1", text));
+    }
     bytes = static_cast<double>(mallinfo2().uordblks - before);
   }
   state.counters["bytes_per_task"] = bytes / static_cast<double>(count);
@@ -42,9 +46,13 @@ void RegisterRun(benchmark::State& state) {
   Workbench::Handler handler;
   const Workbench::Host host(directory.Path(), handler);
   TaskSchedulerObject_i scheduler;
-  if (scheduler.Initialize() != 1) state.SkipWithError("the plug-in did not start");
+  if (scheduler.Initialize() != 1) {
+    state.SkipWithError("the plug-in did not start");
+  }
   CTask task(&scheduler, L"T1", AString::FromUtf8(Workbench::DailyTask()));
-  for (auto _ : state) task.RegisterRun();
+  for (auto _ : state) {
+    task.RegisterRun();
+  }
   (void)scheduler.Uninitialize(1);
 }
 BENCHMARK(RegisterRun)->Unit(benchmark::Microsecond)->UseRealTime();

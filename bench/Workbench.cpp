@@ -46,7 +46,9 @@ std::string TaskDueAt(long due) {
 
 TaskDirectory::TaskDirectory() {
   std::string name = (std::filesystem::temp_directory_path() / "nox_bench_XXXXXX").string();
-  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary directory: " + name);
+  if (mkdtemp(name.data()) == nullptr) {
+    throw std::runtime_error("no temporary directory: " + name);
+  }
   m_Path = name;
 }
 
@@ -55,8 +57,9 @@ TaskDirectory::~TaskDirectory() {
 }
 
 void TaskDirectory::Fill(long count, const std::string& document) const {
-  for (long i = 0; i < count; ++i)
+  for (long i = 0; i < count; ++i) {
     std::ofstream(m_Path / ("task" + std::to_string(i) + ".vsk")) << document;
+  }
 }
 
 AString TaskDirectory::Path() const {
@@ -66,7 +69,9 @@ AString TaskDirectory::Path() const {
 long Handler::RunTasksEx(const AString&) {
   const double now = FineNow();
   const std::lock_guard guard(m_Lock);
-  if (m_CallTime == 0) m_CallTime = now;
+  if (m_CallTime == 0) {
+    m_CallTime = now;
+  }
   m_Called.notify_all();
   return 1;
 }
@@ -85,7 +90,9 @@ Host::~Host() {
 }
 
 AString Host::GetConfigString(const AString&, const AString& key, const AString& fallback) {
-  if (key == L"task_storage_path") return m_TaskPath;
+  if (key == L"task_storage_path") {
+    return m_TaskPath;
+  }
   return key == L"task_file_extension" ? AString(L".vsk") : fallback;
 }
 
@@ -95,7 +102,9 @@ long Host::OpenObject(const AString&, const BaseSDK::AGuid&, unsigned long, void
 }
 
 void SleepListener::Write(const BaseSDK::ALogRecord& record) noexcept {
-  if (record.m_Message.Find(L"Task Thread is sleeping") == AString::npos) return;
+  if (record.m_Message.Find(L"Task Thread is sleeping") == AString::npos) {
+    return;
+  }
   const std::lock_guard guard(m_Lock);
   ++m_Sleeps;
   m_Slept.notify_all();
@@ -119,7 +128,9 @@ Plugin::~Plugin() {
 }
 
 void Plugin::Start() {
-  if (m_Scheduler.Initialize() != 1) throw std::runtime_error("the plug-in did not start");
+  if (m_Scheduler.Initialize() != 1) {
+    throw std::runtime_error("the plug-in did not start");
+  }
   m_Listener->WaitForSleep();
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "scheduler/TaskSchedulerObject.h"
+
 #include <AgentInterfacesV3/INoxScheduledTaskHandler.h>
 #include <AgentSDK/AHost.h>
 #include <BaseSDK/ALogSink.h>
@@ -9,8 +11,6 @@
 #include <memory>
 #include <mutex>
 #include <string>
-
-#include "scheduler/TaskSchedulerObject.h"
 
 /// What the benchmarks share: a task directory, an agent of a few lines, and the real plug-in.
 namespace Workbench {

@@ -30,12 +30,16 @@ CTask::CTask(TaskSchedulerObject_i* scheduler, const AString& taskID, const AStr
   m_Enabled = document.IsEnabled();
   const CTaskDocument::Run run = document.LastRun();
   ReadLastRun(run.m_Date, run.m_Time, run.m_State);
-  for (const AString& element : document.Triggers()) AddTrigger(element);
+  for (const AString& element : document.Triggers()) {
+    AddTrigger(element);
+  }
   UpdateClosestRun();
 }
 
 CTask::~CTask() {
-  for (const CTaskTrigger* trigger : m_Triggers) delete trigger;
+  for (const CTaskTrigger* trigger : m_Triggers) {
+    delete trigger;
+  }
 }
 
 /// A run that did not finish counts as none, so that the task is due for it again.
@@ -87,12 +91,16 @@ bool CTask::IsDue(bool firstEvent, bool secondEvent, long& sleepSeconds, bool& l
     anyChange = anyChange || nextRunChanged;
   }
   m_Late = late;
-  if (anyChange) Nox::Announce(Nox::TaskChanged, m_TaskID);
+  if (anyChange) {
+    Nox::Announce(Nox::TaskChanged, m_TaskID);
+  }
   return due;
 }
 
 void CTask::UpdateClosestRun() {
-  for (CTaskTrigger* trigger : m_Triggers) trigger->UpdateClosestRun(m_Enabled);
+  for (CTaskTrigger* trigger : m_Triggers) {
+    trigger->UpdateClosestRun(m_Enabled);
+  }
 }
 
 long CTask::Enable(bool enable) {
@@ -129,7 +137,9 @@ void CTask::SetRunState(const AString& state) {
     Nox::Announce(Nox::TaskChanged, m_TaskID);
   }
   const CTaskDocument::Run run = CTaskDocument(m_TaskXML).LastRun();
-  if (run.m_Date.IsEmpty()) return;  // never ran
+  if (run.m_Date.IsEmpty()) {
+    return;  // never ran
+  }
   WriteHistory(CTaskDocument::HistoryOf(run.m_Date + L" " + run.m_Time, state));
 }
 

@@ -33,8 +33,12 @@ AString CTaskDocument::History() const {
 
 std::vector<AString> CTaskDocument::Triggers() {
   std::vector<AString> triggers;
-  if (!m_Doc.Find(L"//Trigger")) return triggers;
-  while (m_Doc.Read()) triggers.push_back(m_Doc.GetValue());
+  if (!m_Doc.Find(L"//Trigger")) {
+    return triggers;
+  }
+  while (m_Doc.Read()) {
+    triggers.push_back(m_Doc.GetValue());
+  }
   return triggers;
 }
 

@@ -37,7 +37,9 @@ bool ReadDisabled(const AXmlDoc& doc) {
 
 long ReadSecondsPerUnit(const AXmlDoc& doc) {
   const AString unit = doc.SelectSingleNode(L"/Trigger/@IntervalUnit");
-  if (unit.EqualsNoCase(L"HOUR")) return secondsPerHour;
+  if (unit.EqualsNoCase(L"HOUR")) {
+    return secondsPerHour;
+  }
   return unit.EqualsNoCase(L"SECOND") ? 1 : secondsPerMinute;
 }
 
@@ -48,7 +50,9 @@ long KnownTime(const ADateTime& date) {
 long ReadBeginDate(const AXmlDoc& doc) {
   const AString text = doc.SelectSingleNode(L"/Trigger/BeginDate/text()");
   const long time = KnownTime(ADateTime(text));
-  if (time != CTaskTrigger::NoTime) return time;
+  if (time != CTaskTrigger::NoTime) {
+    return time;
+  }
   return KnownTime(ADateTime(text, L"%Y/%m/%d %H:%M:%S", 0));
 }
 
@@ -81,12 +85,16 @@ CTaskTrigger::CTaskTrigger(const AString& element, long* lastRun) : m_pLastRun(l
 }
 
 bool CTaskTrigger::ReadKind(const AXmlDoc& doc) {
-  if (ReadDisabled(doc)) return false;
+  if (ReadDisabled(doc)) {
+    return false;
+  }
   m_Description = doc.SelectSingleNode(L"/Trigger/@Description");
   m_Type = ReadNumber(doc, L"/Trigger/@Type");
   // Kept on purpose: the two event types are refused here although the due test knows them, while
   // negative types without a meaning pass and fire every day.
-  if (m_Type > MonthlyByWeekday) return false;
+  if (m_Type > MonthlyByWeekday) {
+    return false;
+  }
   if (m_Description.IsEmpty() && m_Type == AsSoonAsPossible) {
     m_Description = L"Run as soon as possible";
   }
@@ -98,15 +106,21 @@ void CTaskTrigger::ReadRepetition(const AXmlDoc& doc) {
   m_Duration = Nox::Mul32(ReadNumber(doc, L"/Trigger/@Duration"), secondsPerMinute);
   // Kept on purpose: with an interval a negative duration stays, and then moves the moments that
   // the due test looks at into the future.
-  if (m_Interval == 0) m_Duration = std::max(m_Duration, 0L);
+  if (m_Interval == 0) {
+    m_Duration = std::max(m_Duration, 0L);
+  }
   m_KillAtEnd = ReadNumber(doc, L"/Trigger/@KillAtEnd") != 0;
 }
 
 bool CTaskTrigger::ReadDates(const AXmlDoc& doc) {
   m_BeginDate = ReadBeginDate(doc);
   m_EndDate = ReadEndDate(doc);
-  if (m_BeginDate == NoTime && m_Type != AsSoonAsPossible) return false;
-  if (m_EndDate != NoTime) m_EndDate = std::max(m_EndDate, m_BeginDate);
+  if (m_BeginDate == NoTime && m_Type != AsSoonAsPossible) {
+    return false;
+  }
+  if (m_EndDate != NoTime) {
+    m_EndDate = std::max(m_EndDate, m_BeginDate);
+  }
   return true;
 }
 

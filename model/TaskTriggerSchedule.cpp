@@ -1,6 +1,5 @@
-#include "model/TaskTrigger.h"
-
 #include "model/LocalTime.h"
+#include "model/TaskTrigger.h"
 
 #include <algorithm>
 #include <ctime>
@@ -57,17 +56,27 @@ bool IsMultiple(long number, long divisor) {
 }  // namespace
 
 long CTaskTrigger::GetTriggerStartTime(const long& t) const {
-  if (m_Type == AsSoonAsPossible) return t;
+  if (m_Type == AsSoonAsPossible) {
+    return t;
+  }
   const std::tm day = LocalFields(t);
   // First, for it spares the costly conversion on most days of a monthly rule.
-  if (!MasksSelect(day)) return NoTime;
+  if (!MasksSelect(day)) {
+    return NoTime;
+  }
   const std::tm begin = LocalFields(m_BeginDate);
   const long start = MomentOnDay(day, begin);
-  if (start == NoTime) return NoTime;
+  if (start == NoTime) {
+    return NoTime;
+  }
   const long days = Sub32(start, m_BeginDate) / secondsPerDay;
-  if (days < 0) return NoTime;
+  if (days < 0) {
+    return NoTime;
+  }
   // Less than a day before the begin counts as no day: only the begin's own day may start then.
-  if (days == 0 && t < m_BeginDate && day.tm_mday != begin.tm_mday) return NoTime;
+  if (days == 0 && t < m_BeginDate && day.tm_mday != begin.tm_mday) {
+    return NoTime;
+  }
   return CountSelects(days, day, begin) ? start : NoTime;
 }
 
@@ -125,7 +134,9 @@ bool CTaskTrigger::IsDueAt(long now, bool firstEvent, bool secondEvent, long& sl
 }
 
 CTaskTrigger::Finding CTaskTrigger::Examine(long now, bool firstEvent, bool secondEvent) const {
-  if (m_Disabled) return {};
+  if (m_Disabled) {
+    return {};
+  }
   Finding found;
   switch (m_Type) {
     case SecondEvent:
@@ -147,7 +158,9 @@ CTaskTrigger::Finding CTaskTrigger::ExamineDated(long now) const {
   Finding found;
   if (now < m_BeginDate) {
     const long start = GetTriggerStartTime(now);
-    if (start != NoTime) found.m_NextStart = start;
+    if (start != NoTime) {
+      found.m_NextStart = start;
+    }
     return found;
   }
   if (m_EndDate != NoTime && now > m_EndDate) {
@@ -156,7 +169,9 @@ CTaskTrigger::Finding CTaskTrigger::ExamineDated(long now) const {
   }
   const long start = LatestStartNotYetRun(now);
   found.m_Due = StillToRun(start, now);
-  if (found.m_Due) found.m_Late = Sub32(now, start) > punctualSeconds;
+  if (found.m_Due) {
+    found.m_Late = Sub32(now, start) > punctualSeconds;
+  }
   found.m_NextStart = NextStartAfter(now);
   return found;
 }
@@ -182,24 +197,38 @@ long CTaskTrigger::LatestStartNotYetRun(long now) const {
   long lastStart = Long32Min;
   for (long cursor = candidate;; cursor = Add32(cursor, secondsPerDay)) {
     const long start = GetTriggerStartTime(cursor);
-    if (start > now) return candidate;
+    if (start > now) {
+      return candidate;
+    }
     if (start != NoTime) {
       candidate = start;
-      if (lastRun == NoTime || lastRun < start) return candidate;
+      if (lastRun == NoTime || lastRun < start) {
+        return candidate;
+      }
       if (Repeats() && Sub32(now, start) <= Add32(m_Duration, graceSeconds)) {
         return RepetitionFrom(start, now, 0);
       }
-      if (start > lastStart) cursor = lastStart = start;
+      if (start > lastStart) {
+        cursor = lastStart = start;
+      }
     }
-    if (cursor >= now || (lastRun != NoTime && lastRun < candidate)) return candidate;
+    if (cursor >= now || (lastRun != NoTime && lastRun < candidate)) {
+      return candidate;
+    }
   }
 }
 
 bool CTaskTrigger::StillToRun(long start, long now) const {
   const long lastRun = *m_pLastRun;
-  if (start > now) return false;
-  if (lastRun == NoTime) return true;
-  if (lastRun >= start) return false;
+  if (start > now) {
+    return false;
+  }
+  if (lastRun == NoTime) {
+    return true;
+  }
+  if (lastRun >= start) {
+    return false;
+  }
   return m_Type != Once || lastRun < Add32(m_BeginDate, m_Duration);
 }
 
@@ -207,8 +236,12 @@ bool CTaskTrigger::StillToRun(long start, long now) const {
 long CTaskTrigger::NextStartAfter(long now) const {
   const long periodAgo = Sub32(now, m_Duration);
   long next = GetTriggerStartTime(periodAgo);
-  if (next == NoTime || next < periodAgo) next = GetTriggerStartTime(now);
-  if (!Repeats() || next == NoTime || next > now) return next;
+  if (next == NoTime || next < periodAgo) {
+    next = GetTriggerStartTime(now);
+  }
+  if (!Repeats() || next == NoTime || next > now) {
+    return next;
+  }
   const long repetition = RepetitionFrom(next, now, 1);
   return repetition <= Add32(next, m_Duration) ? repetition : next;
 }
@@ -221,9 +254,15 @@ long CTaskTrigger::RepetitionFrom(long start, long now, long ahead) const {
 
 void CTaskTrigger::CalculateNextRunTime(long from, bool expired) {
   m_NextRun = NoTime;
-  if (m_Disabled || expired || m_Type == FirstEvent || m_Type == SecondEvent) return;
-  if (m_EndDate != NoTime && from >= m_EndDate) return;
-  if (from >= m_BeginDate && m_Type == Once) return;
+  if (m_Disabled || expired || m_Type == FirstEvent || m_Type == SecondEvent) {
+    return;
+  }
+  if (m_EndDate != NoTime && from >= m_EndDate) {
+    return;
+  }
+  if (from >= m_BeginDate && m_Type == Once) {
+    return;
+  }
 
   const long first = std::max(from, m_BeginDate);
   const long limit = m_EndDate != NoTime ? m_EndDate : Add32(first, searchSpanSeconds);

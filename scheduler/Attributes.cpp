@@ -31,7 +31,9 @@ class RunValues {
   explicit RunValues(bool taskEnabled) : m_TaskEnabled(taskEnabled) {}
 
   AString ValueOf(const CTaskTrigger& trigger) {
-    if (!m_TaskEnabled) return L"0";
+    if (!m_TaskEnabled) {
+      return L"0";
+    }
     if (trigger.m_Type == CTaskTrigger::FirstEvent) {
       m_FirstEvent = true;
       return L"2";
@@ -40,8 +42,12 @@ class RunValues {
       m_SecondEvent = true;
       return L"1";
     }
-    if (trigger.m_ClosestRun <= 0) return L"0";
-    if (m_Earliest == 0 || trigger.m_ClosestRun < m_Earliest) m_Earliest = trigger.m_ClosestRun;
+    if (trigger.m_ClosestRun <= 0) {
+      return L"0";
+    }
+    if (m_Earliest == 0 || trigger.m_ClosestRun < m_Earliest) {
+      m_Earliest = trigger.m_ClosestRun;
+    }
     return Number(trigger.m_ClosestRun);
   }
 
@@ -83,7 +89,9 @@ long TaskSchedulerObject_i::GetTaskAttributes(const AString& taskID, AttributeMa
                                               const AttributeMap* /*inputAttributes*/) {
   AMutexGuard guard(m_StateLock);
   CTask* const task = FindTask(taskID);
-  if (task == nullptr) return -1;
+  if (task == nullptr) {
+    return -1;
+  }
   InsertTask(attributes, *task);
   task->UpdateClosestRun();
   InsertTriggers(attributes, *task);

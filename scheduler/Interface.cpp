@@ -17,7 +17,9 @@ long TaskSchedulerObject_i::AddTask(const AString& taskID, const AString& taskXM
                                     AString& newTaskID) {
   PLUGIN_LOG(Scheduler, Trace, AString(L"TaskSchedulerObject_i::AddTask(\"%1\")").Arg(taskID));
   AString storedXML;
-  if (GetTaskXML(taskID, storedXML) < 0) return AddNewTask(taskID, taskXML, newTaskID);
+  if (GetTaskXML(taskID, storedXML) < 0) {
+    return AddNewTask(taskID, taskXML, newTaskID);
+  }
   newTaskID = taskID;
   PLUGIN_LOG(
       Scheduler, Trace,
@@ -109,7 +111,9 @@ long TaskSchedulerObject_i::SetRunState(const AString& taskID, const AString& ru
              AString(L"Try setting run state '%1' for task ID = %2").Arg(runState, taskID));
   AMutexGuard guard(m_StateLock);
   CTask* const task = FindTask(taskID);
-  if (task == nullptr) return UnknownTask;
+  if (task == nullptr) {
+    return UnknownTask;
+  }
   task->SetRunState(runState);
   return Done;
 }
@@ -122,9 +126,13 @@ long TaskSchedulerObject_i::EnableTask(const AString& taskIDs, bool enable) {
     AMutexGuard guard(m_StateLock);
     for (const AString& taskID : ids) {
       CTask* const task = FindTask(taskID);
-      if (task != nullptr && task->Enable(enable) >= 0) result = 1;
+      if (task != nullptr && task->Enable(enable) >= 0) {
+        result = 1;
+      }
     }
   }
-  if (result == 1) m_MonitorThread.Rouse();
+  if (result == 1) {
+    m_MonitorThread.Rouse();
+  }
   return result;
 }

@@ -88,7 +88,9 @@ void CMonitorThread::Cycle::LoadTasks() {
   AString taskID;
   for (int failures = 0; failures < MaxFailures;) {
     try {
-      if (!stored.Next(taskID)) return;
+      if (!stored.Next(taskID)) {
+        return;
+      }
       LoadTask(taskID);
     } catch (...) {
       ++failures;
@@ -100,9 +102,13 @@ void CMonitorThread::Cycle::LoadTasks() {
 
 void CMonitorThread::Cycle::LoadTask(const AString& taskID) {
   AString taskXML;
-  if (m_Scheduler.Storage()->GetTaskXML(taskID, taskXML) <= 0) return;
+  if (m_Scheduler.Storage()->GetTaskXML(taskID, taskXML) <= 0) {
+    return;
+  }
   auto task = m_Scheduler.MakeTask(taskID, taskXML);
-  if (task.empty()) throw std::bad_alloc();
+  if (task.empty()) {
+    throw std::bad_alloc();
+  }
   // A place without a task is told of at every pass.
   Retire(taskID);
   m_Scheduler.m_Tasks.insert(std::move(task));
@@ -131,7 +137,9 @@ CMonitorThread::RunBatch CMonitorThread::Cycle::Evaluate(long& sleepSeconds) {
                  AString(L"Task ID = %1 missed its turn: %2").Arg(key, Nox::FailureText()));
     }
   }
-  for (const AString& taskID : expired) DeleteExpiredTask(taskID);
+  for (const AString& taskID : expired) {
+    DeleteExpiredTask(taskID);
+  }
   m_Scheduler.m_Notification302 = false;
   m_Scheduler.m_Notification300 = false;
   return batch;
@@ -150,7 +158,9 @@ void CMonitorThread::Cycle::EvaluateTask(CTask& task, long& sleepSeconds, RunBat
     task.RegisterRun();
     batchText += entry.c_str();
   }
-  if (test.m_AllExpired && test.m_DeleteTask) expired.push_back(taskID);
+  if (test.m_AllExpired && test.m_DeleteTask) {
+    expired.push_back(taskID);
+  }
 }
 
 CMonitorThread::Cycle::DueTest CMonitorThread::Cycle::TestTask(CTask& task, long& sleepSeconds) {
@@ -191,7 +201,9 @@ bool CMonitorThread::Cycle::IsOver() const {
 long CMonitorThread::Cycle::BoundSleep(long sleepSeconds) const {
   // The clock stands at the end of 32-bit time. Nothing will be due, and there is no deadline left
   // to wait for: without this the monitor would go round without ever sleeping.
-  if (Now() == Nox::Long32Max) return CycleSeconds;
+  if (Now() == Nox::Long32Max) {
+    return CycleSeconds;
+  }
   if (Nox::Add32(Now(), sleepSeconds) > m_Deadline) {
     sleepSeconds = Nox::Sub32(m_Deadline, Now());
   }

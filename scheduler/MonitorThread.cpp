@@ -73,7 +73,9 @@ std::vector<AString> TaskIDs(const AString& batchText) {
 /// does.
 bool Accepts(INoxScheduledTaskHandler& handler, const AString& batchText) {
   const long result = handler.RunTasksEx(batchText);
-  if (result == TASK_HANDLER_DECLINED) return false;
+  if (result == TASK_HANDLER_DECLINED) {
+    return false;
+  }
   return result > 0 || handler.RunTasks(batchText) != TASK_HANDLER_DECLINED;
 }
 
@@ -119,7 +121,9 @@ void CMonitorThread::Iterate(Cycle& cycle) {
 
 void CMonitorThread::DispatchTasks(const RunBatch& batch) {
   for (const auto& [handlerCLSID, batchText] : batch) {
-    if (batchText.empty()) continue;  // none of its tasks could be registered
+    if (batchText.empty()) {
+      continue;  // none of its tasks could be registered
+    }
     try {
       DispatchBatch(handlerCLSID, AString(batchText.c_str()));
     } catch (...) {
@@ -140,16 +144,22 @@ void CMonitorThread::DispatchBatch(const AString& handlerCLSID, const AString& b
                AString(L"Failed to open task handler ID = %1").Arg(handlerCLSID));
     return;
   }
-  if (!Accepts(*handler.Get(), batchText)) return;
+  if (!Accepts(*handler.Get(), batchText)) {
+    return;
+  }
   // Kept on purpose: the ID stays URL-encoded, as handlers see it. A task whose ID the encoding
   // changes gets no run state from here; its handler reports it.
-  for (const AString& taskID : taskIDs) RecordAcceptedRun(taskID);
+  for (const AString& taskID : taskIDs) {
+    RecordAcceptedRun(taskID);
+  }
 }
 
 void CMonitorThread::RecordAcceptedRun(const AString& taskID) {
   // Worth a second try: a run without its state counts as unfinished, and runs again after the next
   // load.
-  if (!TryToRecord(taskID)) (void)TryToRecord(taskID);
+  if (!TryToRecord(taskID)) {
+    (void)TryToRecord(taskID);
+  }
 }
 
 bool CMonitorThread::TryToRecord(const AString& taskID) {

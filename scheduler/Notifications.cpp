@@ -1,5 +1,6 @@
 // The agent's notifications and the processing gate.
 #include "Common/Notifications.h"
+
 #include "Common/Log.h"
 #include "scheduler/TaskSchedulerObject.h"
 
@@ -113,7 +114,9 @@ void TaskSchedulerObject_i::EndInstallTask(const wchar_t* message, const AString
 }
 
 void TaskSchedulerObject_i::RecordNotification(long code, const AString& text) {
-  if (code != Nox::FirstEvent && code != Nox::SecondEvent) return;
+  if (code != Nox::FirstEvent && code != Nox::SecondEvent) {
+    return;
+  }
   PLUGIN_LOG(
       Scheduler, Trace,
       AString(L"Received %1 subscribed notification: %2").Arg(AString().SetNum(code, 'd'), text));

@@ -10,7 +10,9 @@ int TaskSchedulerObject_i::ObjectDebugInfo(AString& report) {
   report = L"Currently running tasks:\n";
   {
     AMutexGuard guard(m_StateLock);
-    for (const auto& entry : m_Tasks) report += L" " + entry.first + L"\n";
+    for (const auto& entry : m_Tasks) {
+      report += L" " + entry.first + L"\n";
+    }
   }
   report += IsProcessingEnabled() ? L"\n\nTask processing is enabled.\n"
                                   : L"\n\nTask processing is disabled.\n";

@@ -52,13 +52,17 @@ int TaskSchedulerObject_i::Initialize() {
   const AString extension = ConfiguredText(L"task_file_extension");
   // Kept on purpose: the storage's own defaults are never reached from here. A configuration that
   // lacks a key is a mistake, and tasks must not be looked for in a place nobody chose.
-  if (path.IsEmpty() || extension.IsEmpty()) return -1;
+  if (path.IsEmpty() || extension.IsEmpty()) {
+    return -1;
+  }
   m_Storage = std::make_unique<CTaskStorage>(path, extension);
   return m_MonitorThread.Start() ? 1 : -1;
 }
 
 int TaskSchedulerObject_i::Uninitialize(unsigned int forced) {
-  if (forced == 0) return -1;
+  if (forced == 0) {
+    return -1;
+  }
   PLUGIN_LOG(Scheduler, Trace, L"TaskSchedulerObject_i::Uninitialize()\n");
   // A monitor that does not end is left running and told of; the agent insists, so the rest goes
   // on.
@@ -107,7 +111,9 @@ int TaskSchedulerObject_i::GetVersion() {
 }
 
 int TaskSchedulerObject_i::GetAttribute(const char* name, AString& value) {
-  if (std::strcmp(name, "InterfaceFactory") != 0) return -1;
+  if (std::strcmp(name, "InterfaceFactory") != 0) {
+    return -1;
+  }
   const auto address = reinterpret_cast<std::uintptr_t>(static_cast<INoxInterfaceFactory*>(this));
   value.SetNum(static_cast<unsigned long>(address), 'x');
   return 1;

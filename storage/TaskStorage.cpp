@@ -57,11 +57,15 @@ class CTaskStorage::NewFile {
   NewFile& operator=(const NewFile&) = delete;
   ~NewFile() {
     Close();
-    if (m_Exists) Remove();
+    if (m_Exists) {
+      Remove();
+    }
   }
 
   void Close() {
-    if (m_Fd != -1) (void)Sys::Close(std::exchange(m_Fd, -1));
+    if (m_Fd != -1) {
+      (void)Sys::Close(std::exchange(m_Fd, -1));
+    }
   }
   void Keep() { m_Exists = false; }
 
@@ -100,7 +104,9 @@ long CTaskStorage::Result() const {
 
 long CTaskStorage::AddTask(const AString& taskID, const AString& taskXML, AString& newTaskID) {
   AMutexGuard guard(m_Lock);
-  if (taskXML.IsEmpty()) return Fail(ERR_INVALID_ARGUMENT);
+  if (taskXML.IsEmpty()) {
+    return Fail(ERR_INVALID_ARGUMENT);
+  }
   m_LastError.store(0, std::memory_order_relaxed);
   // Whatever takes memory is made before the file is safe: when there is none, no file stays that
   // the caller does not learn of.
@@ -112,13 +118,17 @@ long CTaskStorage::AddTask(const AString& taskID, const AString& taskXML, AStrin
   } else {
     OpenNamedFile(taskID, file);
   }
-  if (file.m_Fd == -1) return Fail(ERR_FILE_WRITE);
+  if (file.m_Fd == -1) {
+    return Fail(ERR_FILE_WRITE);
+  }
   const AString finalName = invented ? file.m_Name + m_Extension : file.m_Name;
   AString addedID = invented ? LastComponent(file.m_Name) : taskID;
   // Kept on purpose: as many bytes as the document has characters, so one with characters outside
   // ASCII is cut. Whoever creates tasks keeps to ASCII; SetTaskXML writes all.
   WriteNewFile(file, bytes.c_str(), taskXML.Length());
-  if (Result() != 1) return -1;
+  if (Result() != 1) {
+    return -1;
+  }
   if (invented) {
     m_LastError.store(AFile::Rename(file.m_Name, finalName, RenameReplacing),
                       std::memory_order_relaxed);
@@ -131,7 +141,9 @@ long CTaskStorage::AddTask(const AString& taskID, const AString& taskXML, AStrin
 }
 
 void CTaskStorage::OpenInventedFile(NewFile& file) const {
-  if (AFile::MakeTemp(m_Path + InventedPrefix, file.m_Name) != 0) return;
+  if (AFile::MakeTemp(m_Path + InventedPrefix, file.m_Name) != 0) {
+    return;
+  }
   file.m_Exists = true;
   file.m_Fd = OpenFile(file.m_Name, OpenMade);
 }
@@ -145,14 +157,18 @@ void CTaskStorage::OpenNamedFile(const AString& taskID, NewFile& file) const {
 void CTaskStorage::WriteNewFile(NewFile& file, const char* bytes, std::size_t count) {
   std::size_t written = 0;
   unsigned long code = Sys::Write(file.m_Fd, bytes, count, written);
-  if (code == 0 && written != count) code = ERR_FILE_WRITE;
+  if (code == 0 && written != count) {
+    code = ERR_FILE_WRITE;
+  }
   m_LastError.store(code, std::memory_order_relaxed);
   file.Close();
 }
 
 long CTaskStorage::SetTaskXML(const AString& taskID, const AString& taskXML) {
   AMutexGuard guard(m_Lock);
-  if (taskID.IsEmpty() || taskXML.IsEmpty()) return Fail(ERR_INVALID_ARGUMENT);
+  if (taskID.IsEmpty() || taskXML.IsEmpty()) {
+    return Fail(ERR_INVALID_ARGUMENT);
+  }
   m_LastError.store(0, std::memory_order_relaxed);
   // Kept on purpose: a write that failed is success. The task in memory goes on with the new
   // document, and its next change writes the file again.
@@ -175,24 +191,36 @@ long CTaskStorage::GetTaskXML(const AString& taskID, AString& taskXML) {
 
 long CTaskStorage::DeleteTask(const AString& taskID) {
   AMutexGuard guard(m_Lock);
-  if (taskID.IsEmpty()) return Fail(ERR_INVALID_ARGUMENT);
+  if (taskID.IsEmpty()) {
+    return Fail(ERR_INVALID_ARGUMENT);
+  }
   const unsigned long code = AFile::Remove(GetTaskFilename(taskID), NoRemoveFlags);
   m_LastError.store(code, std::memory_order_relaxed);
-  if (code == 0) Nox::Announce(Nox::TaskDeleted, taskID);
+  if (code == 0) {
+    Nox::Announce(Nox::TaskDeleted, taskID);
+  }
   return Result();
 }
 
 long CTaskStorage::FindFirstTask(unsigned long& handle, AString& taskID) {
   AMutexGuard guard(m_Lock);
-  if (handle != 0) return Fail(ERR_INVALID_ARGUMENT);
+  if (handle != 0) {
+    return Fail(ERR_INVALID_ARGUMENT);
+  }
   const AStringEncoder localPath(m_Path, AStringEncoder::Local);
   const unsigned long code = Sys::Opendir(localPath.c_str(), handle);
   m_LastError.store(code, std::memory_order_relaxed);
-  if (code != 0) return -1;
-  if (handle == 0) return 1;
+  if (code != 0) {
+    return -1;
+  }
+  if (handle == 0) {
+    return 1;
+  }
   AString name;
   do {
-    if (!ReadEntry(handle, name)) return -1;
+    if (!ReadEntry(handle, name)) {
+      return -1;
+    }
   } while (IsDirectoryItself(name));
   taskID = GetTaskID(name);
   return 1;
@@ -206,7 +234,9 @@ long CTaskStorage::FindNextTask(unsigned long handle, AString& taskID) {
   }
   m_LastError.store(0, std::memory_order_relaxed);
   AString name;
-  if (!ReadEntry(handle, name)) return -1;
+  if (!ReadEntry(handle, name)) {
+    return -1;
+  }
   // Kept on purpose: unlike FindFirstTask, "." and ".." are delivered; their documents do not read.
   taskID = GetTaskID(name);
   return 1;
@@ -214,7 +244,9 @@ long CTaskStorage::FindNextTask(unsigned long handle, AString& taskID) {
 
 void CTaskStorage::FindClose(unsigned long handle) {
   AMutexGuard guard(m_Lock);
-  if (handle != 0) (void)Sys::Closedir(handle);
+  if (handle != 0) {
+    (void)Sys::Closedir(handle);
+  }
 }
 
 bool CTaskStorage::ReadEntry(unsigned long handle, AString& name) {

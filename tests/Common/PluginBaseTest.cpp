@@ -3,11 +3,11 @@
 #include "tests/support/LogCapture.h"
 #include "tests/support/RawSlots.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <AgentInterfacesV3/AMsgIn.h>
 #include <AgentInterfacesV3/AMsgQueue.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <optional>
 #include <stdexcept>
@@ -43,7 +43,9 @@ World world;
 
 void Note(std::string call) {
   world.m_Calls.push_back(std::move(call));
-  if (world.m_Throws) throw std::runtime_error("broken");
+  if (world.m_Throws) {
+    throw std::runtime_error("broken");
+  }
 }
 
 class FakeServer : public APluginBase {

@@ -21,11 +21,17 @@ Plan plan;
 thread_local int spared = 0;
 
 bool Fails() {
-  if (!plan.m_IsOn.load(std::memory_order_acquire) || spared > 0) return false;
-  if ((std::this_thread::get_id() == plan.m_Test) != plan.m_IsMine) return false;
+  if (!plan.m_IsOn.load(std::memory_order_acquire) || spared > 0) {
+    return false;
+  }
+  if ((std::this_thread::get_id() == plan.m_Test) != plan.m_IsMine) {
+    return false;
+  }
   const long left = --plan.m_Left;
   const bool fails = left == 0 || (left < 0 && plan.m_Repeats);
-  if (fails) plan.m_HasFailed = true;
+  if (fails) {
+    plan.m_HasFailed = true;
+  }
   return fails;
 }
 
@@ -35,7 +41,9 @@ void* Allocate(std::size_t size) {
 
 void* AllocateOrThrow(std::size_t size) {
   void* const memory = Allocate(size);
-  if (memory == nullptr) throw std::bad_alloc();
+  if (memory == nullptr) {
+    throw std::bad_alloc();
+  }
   return memory;
 }
 

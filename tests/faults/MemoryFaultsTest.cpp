@@ -1,13 +1,20 @@
 // Memory running out at every allocation in turn: on the monitor's thread over a whole load, pass,
 // dispatch and purge, and on a caller's over every operation. Nothing is lost, nothing runs twice,
 // and the monitor goes on.
-#include <gtest/gtest.h>
+#include "model/Task.h"
+#include "tests/faults/FailingMemory.h"
+#include "tests/faults/Rig.h"
+#include "tests/scheduler/SchedulerInside.h"
+#include "tests/support/ForwardingFileSystem.h"
+#include "tests/support/LockState.h"
 
 #include <AgentInterfacesV3/AMsgIn.h>
 #include <AgentInterfacesV3/AMsgQueue.h>
 #include <AgentInterfacesV3/AMsgReply.h>
 #include <AgentInterfacesV3/INoxScheduledTaskHandler.h>
 #include <BaseSDK/AEvent.h>
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <functional>
@@ -17,13 +24,6 @@
 #include <stdexcept>
 #include <string>
 #include <vector>
-
-#include "model/Task.h"
-#include "tests/faults/FailingMemory.h"
-#include "tests/faults/Rig.h"
-#include "tests/scheduler/SchedulerInside.h"
-#include "tests/support/ForwardingFileSystem.h"
-#include "tests/support/LockState.h"
 
 namespace {
 
@@ -293,7 +293,9 @@ long Enumerate(TaskSchedulerObject_i& object) {
     TaskSchedulerObject_i& m_Object;
     unsigned long m_Handle;
   } closer{object, handle};
-  while (found > 0) found = object.FindNextTask(handle, id);
+  while (found > 0) {
+    found = object.FindNextTask(handle, id);
+  }
   return 1;
 }
 
@@ -358,7 +360,9 @@ struct CallRig : FullRig {
       world.m_Memory += Scheduler().Attribute("known-task", name) + ' ';
     }
     for (const auto& task : SCHEDULER_INSIDE(Scheduler().Object(), m_Tasks)) {
-      if (task.second != nullptr) world.m_Memory += task.second->m_TaskXML.ToUtf8();
+      if (task.second != nullptr) {
+        world.m_Memory += task.second->m_TaskXML.ToUtf8();
+      }
     }
     return world;
   }
@@ -409,7 +413,9 @@ class OperationFaults : public testing::TestWithParam<Call> {
 };
 
 TEST_P(OperationFaults, EveryAllocationFailsOnce) {
-  for (long number = 1; Fail(number); ++number) ASSERT_FALSE(testing::Test::HasFailure());
+  for (long number = 1; Fail(number); ++number) {
+    ASSERT_FALSE(testing::Test::HasFailure());
+  }
 }
 
 std::string NameOf(const testing::TestParamInfo<Call>& info) {

@@ -1,14 +1,14 @@
 #pragma once
 
+#include "tests/support/FailingFileSystem.h"
+#include "tests/support/MemoryFileSystem.h"
+#include "tests/support/scheduler/TestScheduler.h"
+
 #include <functional>
 #include <map>
 #include <ostream>
 #include <string>
 #include <vector>
-
-#include "tests/support/FailingFileSystem.h"
-#include "tests/support/MemoryFileSystem.h"
-#include "tests/support/scheduler/TestScheduler.h"
 
 namespace Faults {
 

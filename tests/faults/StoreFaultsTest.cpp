@@ -1,3 +1,5 @@
+#include "tests/faults/Rig.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -5,8 +7,6 @@
 #include <functional>
 #include <iostream>
 #include <string>
-
-#include "tests/faults/Rig.h"
 
 namespace Faults {
 namespace {

@@ -49,8 +49,9 @@ struct World {
 
 long Count(AXmlDoc& document, const AString& path) {
   long count = 0;
-  for (bool found = document.Find(path) && document.Read(); found; found = document.Read())
+  for (bool found = document.Find(path) && document.Read(); found; found = document.Read()) {
     ++count;
+  }
   return count;
 }
 
@@ -110,12 +111,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   AString rewritten = text;
   TaskSchedulerObject_i::UpdateTaskHistoryNode(rewritten, CTaskDocument(text).History());
   const bool isOrderly = IsOrderly(text);
-  if (isOrderly)
+  if (isOrderly) {
     RequireSameTask(task, CTask(&world.m_Scheduler, L"t", rewritten));
+  }
 
   Require(task.Enable(!task.m_Enabled) == 1, "a task is switched");
-  if (isOrderly)
+  if (isOrderly) {
     RequireSameTask(task, CTask(&world.m_Scheduler, L"t", world.Stored(task)));
+  }
 
   task.RegisterRun();
   task.SetRunState(L"Ok");

@@ -1,15 +1,17 @@
 // How tasks and triggers lie in memory: others read their members directly.
+#include "model/Task.h"
+
 #include <gtest/gtest.h>
 
 #include <type_traits>
-
-#include "model/Task.h"
 
 namespace {
 
 template <std::size_t N>
 void ExpectInOrder(const void* const (&members)[N]) {
-  for (std::size_t i = 1; i < N; ++i) EXPECT_LT(members[i - 1], members[i]) << "member " << i;
+  for (std::size_t i = 1; i < N; ++i) {
+    EXPECT_LT(members[i - 1], members[i]) << "member " << i;
+  }
 }
 
 TEST(TaskTriggerLayout, HasItsMembersInOrderAndNothingVirtual) {

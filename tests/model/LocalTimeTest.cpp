@@ -3,6 +3,7 @@
 
 #include <BaseSDK/ALong32.h>
 #include <VirtualTime/Zone.h>
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -86,7 +87,9 @@ TEST(LocalTime, IsWhatTheFieldsAndTheZoneSayWhateverWasAskedBefore) {
       std::tm earlier = FieldsOf({2024, month, 1, 12, 0});
       (void)std::mktime(&earlier);
       std::tm fields = FieldsOf(row.clock);
-      if (row.clock.m_Year == 1901) fields.tm_sec = 51;
+      if (row.clock.m_Year == 1901) {
+        fields.tm_sec = 51;
+      }
       EXPECT_EQ(MakeTime32(fields), row.moment) << row.why << ", after month " << month;
     }
   }

@@ -10,7 +10,9 @@
 namespace Moment {
 
 long At(const std::string& text) {
-  if (text == "-") return -1;
+  if (text == "-") {
+    return -1;
+  }
   std::tm fields{};
   int offset = 0;
   int length = -1;
@@ -29,7 +31,9 @@ long At(const std::string& text) {
 }
 
 std::string Show(long moment) {
-  if (moment == -1) return "-";
+  if (moment == -1) {
+    return "-";
+  }
   const std::time_t time = moment;
   std::tm fields{};
   localtime_r(&time, &fields);

@@ -1,14 +1,14 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
-
 #include "model/Task.h"
 #include "tests/model/Moment.h"
 #include "tests/model/TriggerTable.h"
 #include "tests/support/scheduler/TestScheduler.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
 
 /// One task of a scheduler whose gate is closed: nobody but the test touches it. The zone is New
 /// York's, the clock shows noon of Tuesday, 2005-03-01.

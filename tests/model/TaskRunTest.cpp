@@ -1,5 +1,4 @@
 #include "model/Task.h"
-
 #include "tests/model/TaskFixture.h"
 
 using BaseSDK::ALogger;

@@ -294,7 +294,9 @@ TEST_F(TaskDue, RefreshesTheClosestRunOfEachTrigger) {
   }
   task.m_Enabled = false;
   task.UpdateClosestRun();
-  for (const CTaskTrigger* trigger : task.m_Triggers) EXPECT_EQ(trigger->m_ClosestRun, -1);
+  for (const CTaskTrigger* trigger : task.m_Triggers) {
+    EXPECT_EQ(trigger->m_ClosestRun, -1);
+  }
 }
 
 using TaskEnable = TaskFixture;

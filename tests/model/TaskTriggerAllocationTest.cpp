@@ -1,13 +1,13 @@
 // A due test takes no memory: the monitor asks every trigger of every task, each time it wakes.
-#include <gtest/gtest.h>
+#include "tests/model/Moment.h"
+#include "tests/model/TriggerTable.h"
 
 #include <VirtualTime/Zone.h>
 
+#include <gtest/gtest.h>
+
 #include <cstdlib>
 #include <new>
-
-#include "tests/model/Moment.h"
-#include "tests/model/TriggerTable.h"
 
 namespace {
 
@@ -18,7 +18,9 @@ long allocations = 0;
 void* operator new(std::size_t size) {
   ++allocations;
   void* const memory = std::malloc(size == 0 ? 1 : size);
-  if (memory == nullptr) throw std::bad_alloc();
+  if (memory == nullptr) {
+    throw std::bad_alloc();
+  }
   return memory;
 }
 

@@ -1,8 +1,9 @@
-#include <VirtualTime/Zone.h>
-#include <gtest/gtest.h>
-
 #include "tests/model/Moment.h"
 #include "tests/model/TriggerTable.h"
+
+#include <VirtualTime/Zone.h>
+
+#include <gtest/gtest.h>
 
 // Runs across changes of the clock, as they come about when the trigger is asked like the monitor
 // does it.

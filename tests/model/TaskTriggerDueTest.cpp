@@ -1,8 +1,9 @@
-#include <VirtualTime/Zone.h>
-#include <gtest/gtest.h>
-
 #include "tests/model/Moment.h"
 #include "tests/model/TriggerTable.h"
+
+#include <VirtualTime/Zone.h>
+
+#include <gtest/gtest.h>
 
 // The due test: one row per question. A sleep of 0 means that the sleep asked for stays as it was.
 // clang-format off

@@ -1,9 +1,10 @@
-#include <VirtualTime/VirtualClock.h>
-#include <VirtualTime/Zone.h>
-#include <gtest/gtest.h>
-
 #include "tests/model/Moment.h"
 #include "tests/model/TriggerTable.h"
+
+#include <VirtualTime/VirtualClock.h>
+#include <VirtualTime/Zone.h>
+
+#include <gtest/gtest.h>
 
 namespace {
 
@@ -23,7 +24,9 @@ void Check(const NextRow& row) {
 
 template <std::size_t N>
 void CheckAll(const NextRow (&rows)[N]) {
-  for (const NextRow& row : rows) Check(row);
+  for (const NextRow& row : rows) {
+    Check(row);
+  }
 }
 
 // clang-format off

@@ -1,8 +1,9 @@
-#include <VirtualTime/Zone.h>
-#include <gtest/gtest.h>
-
 #include "model/TaskTrigger.h"
 #include "tests/model/Moment.h"
+
+#include <VirtualTime/Zone.h>
+
+#include <gtest/gtest.h>
 
 using BaseSDK::AString;
 

@@ -1,6 +1,6 @@
-#include <gtest/gtest.h>
-
 #include "tests/model/TriggerTable.h"
+
+#include <gtest/gtest.h>
 
 // Repetitions within the active period after a start, and periods without any: one row per
 // question.

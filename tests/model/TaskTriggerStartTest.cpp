@@ -1,8 +1,9 @@
-#include <VirtualTime/Zone.h>
-#include <gtest/gtest.h>
-
 #include "tests/model/Moment.h"
 #include "tests/model/TriggerTable.h"
+
+#include <VirtualTime/Zone.h>
+
+#include <gtest/gtest.h>
 
 // The start on a day: one row per day asked about.
 // clang-format off

@@ -1,8 +1,9 @@
-#include <VirtualTime/Zone.h>
-#include <gtest/gtest.h>
-
 #include "tests/model/Moment.h"
 #include "tests/model/TriggerTable.h"
+
+#include <VirtualTime/Zone.h>
+
+#include <gtest/gtest.h>
 
 // The walk over days comes to an end, whatever the clock and the last run say.
 namespace {

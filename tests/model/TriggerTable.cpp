@@ -1,11 +1,11 @@
 #include "tests/model/TriggerTable.h"
 
+#include "tests/model/Moment.h"
+
 #include <VirtualTime/VirtualClock.h>
 #include <VirtualTime/Zone.h>
 
 #include <algorithm>
-
-#include "tests/model/Moment.h"
 
 std::string AskedTrigger::AnswerAt(long now, bool firstEvent, bool secondEvent) {
   VirtualTime::VirtualClock::Instance().Start(now);
@@ -15,8 +15,12 @@ std::string AskedTrigger::AnswerAt(long now, bool firstEvent, bool secondEvent) 
   const bool due =
       m_Trigger.IsDue(firstEvent, secondEvent, m_SleepSeconds, late, expired, m_NextRunChanged);
   std::string answer = late ? "late" : due ? "due" : "";
-  if (late && !due) answer += " but not due";
-  if (expired) answer += answer.empty() ? "expired" : " expired";
+  if (late && !due) {
+    answer += " but not due";
+  }
+  if (expired) {
+    answer += answer.empty() ? "expired" : " expired";
+  }
   return answer.empty() ? "-" : answer;
 }
 

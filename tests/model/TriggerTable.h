@@ -1,11 +1,11 @@
 #pragma once
 
+#include "model/TaskTrigger.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
-
-#include "model/TaskTrigger.h"
 
 // Zones as rules, which need no zone files.
 constexpr const char* utc = "UTC0";
@@ -56,11 +56,15 @@ void CheckStart(const StartRow& row);
 
 template <std::size_t N>
 void CheckAll(const DueRow (&rows)[N]) {
-  for (const DueRow& row : rows) CheckDue(row);
+  for (const DueRow& row : rows) {
+    CheckDue(row);
+  }
 }
 template <std::size_t N>
 void CheckAll(const StartRow (&rows)[N]) {
-  for (const StartRow& row : rows) CheckStart(row);
+  for (const StartRow& row : rows) {
+    CheckStart(row);
+  }
 }
 
 /// The moments at which a never-run trigger runs between two moments when it is asked as the

@@ -35,9 +35,13 @@ Civil CaseMaker::NextCivil(int firstYear, int lastYear) {
   civil.month = static_cast<int>(Between(1, 12));
   civil.day = static_cast<int>(OneIn(4) ? Between(1, 2) : Between(1, 28));
   static const long changeMonths[] = {3, 4, 9, 10, 11, 2, 12, 1};
-  if (OneIn(2)) civil.month = static_cast<int>(OneOf(changeMonths));
+  if (OneIn(2)) {
+    civil.month = static_cast<int>(OneOf(changeMonths));
+  }
   static const long lastDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  if (OneIn(5)) civil.day = static_cast<int>(lastDays[civil.month - 1]);
+  if (OneIn(5)) {
+    civil.day = static_cast<int>(lastDays[civil.month - 1]);
+  }
   static const long edgeSeconds[] = {0,    1800,  3599,  3600,  5400,  7200,  8999,  9000,
                                      9900, 10800, 28800, 43200, 82800, 84600, 86399, 86100};
   const long clock = OneIn(3) ? Between(0, 86399) : OneOf(edgeSeconds);
@@ -50,11 +54,17 @@ Civil CaseMaker::NextCivil(int firstYear, int lastYear) {
 void CaseMaker::AddRepetition(Rule& rule) {
   static const long minutes[] = {1, 5, 30, 60, 120, 480, 1439, 1440, 1500, 2880, 10080};
   static const long intervals[] = {1, 5, 7, 15, 30, 60, 90, 120, 600, 1440, 3000};
-  if (OneIn(2)) return;
+  if (OneIn(2)) {
+    return;
+  }
   rule.durationMinutes = OneIn(12) ? Between(-200, 200000) : OneOf(minutes);
   rule.interval = OneIn(10) ? Between(-3, 3) : OneOf(intervals);
-  if (OneIn(6)) rule.intervalUnit = OneIn(2) ? "hour" : "Second";
-  if (OneIn(40)) rule.interval = OneIn(2) ? lastMoment : firstMoment;
+  if (OneIn(6)) {
+    rule.intervalUnit = OneIn(2) ? "hour" : "Second";
+  }
+  if (OneIn(40)) {
+    rule.interval = OneIn(2) ? lastMoment : firstMoment;
+  }
 }
 
 void CaseMaker::AddDayRule(Rule& rule) {
@@ -70,16 +80,24 @@ void CaseMaker::AddDayRule(Rule& rule) {
   rule.daysOfMonth = OneIn(3) ? Between(1, lastMoment) : OneOf(dateMasks);
   rule.monthsOfYear = OneIn(3) ? Between(1, 4095) : OneOf(monthMasks);
   // Masks that never match walk the whole twenty years: a few are enough.
-  if (OneIn(400)) rule.daysOfWeek = OneIn(2) ? 0 : -1;
-  if (OneIn(400)) rule.daysOfMonth = 0;
-  if (OneIn(400)) rule.monthsOfYear = 0;
+  if (OneIn(400)) {
+    rule.daysOfWeek = OneIn(2) ? 0 : -1;
+  }
+  if (OneIn(400)) {
+    rule.daysOfMonth = 0;
+  }
+  if (OneIn(400)) {
+    rule.monthsOfYear = 0;
+  }
 }
 
 Rule CaseMaker::NextRule() {
   static const long types[] = {0, 1, 1, 2, 2, 3, 3, 4, 4, -2};
   Rule rule;
   rule.type = OneOf(types);
-  if (OneIn(50)) rule.type = Between(-3, 8);
+  if (OneIn(50)) {
+    rule.type = Between(-3, 8);
+  }
   rule.disabledByDocument = OneIn(200);
   rule.hasBegin = !OneIn(100);
   rule.begin = OneIn(10) ? NextCivil(1970, 1999) : NextCivil(2000, 2037);
@@ -104,13 +122,23 @@ long CaseMaker::MomentNear(const PlainSchedule::Trigger& trigger, long day) {
                                 30,  58,  59,  60, 1800, 3600, 10800, 39600, 43200, 82800};
   long long moment = day;
   const auto start = PlainSchedule::StartOnDayOf(trigger, day);
-  if (start != PlainSchedule::never && !OneIn(5)) moment = start;
-  if (OneIn(3)) moment += trigger.duration;
-  if (OneIn(3) && trigger.interval < 1000000) moment += trigger.interval * Between(1, 4);
+  if (start != PlainSchedule::never && !OneIn(5)) {
+    moment = start;
+  }
+  if (OneIn(3)) {
+    moment += trigger.duration;
+  }
+  if (OneIn(3) && trigger.interval < 1000000) {
+    moment += trigger.interval * Between(1, 4);
+  }
   moment += OneIn(4) ? Between(-90000, 90000) : OneOf(nudges);
   // The ends of the range, and rarely: from one to the other every day of 68 years is walked.
-  if (OneIn(500)) moment = OneIn(2) ? lastMoment - Between(0, 200000) : Between(0, 86400 * 3);
-  if (OneIn(60) && trigger.end > 0) moment = trigger.end + Between(-2, 2);
+  if (OneIn(500)) {
+    moment = OneIn(2) ? lastMoment - Between(0, 200000) : Between(0, 86400 * 3);
+  }
+  if (OneIn(60) && trigger.end > 0) {
+    moment = trigger.end + Between(-2, 2);
+  }
   return Bounded(std::max<long long>(moment, 0));
 }
 
@@ -121,9 +149,13 @@ Case CaseMaker::NextCase(const Rule& rule, const PlainSchedule::Trigger& trigger
   const long day = DayAfter(trigger);
   made.now = MomentNear(trigger, day);
   // Half of the last runs belong to the same start: that is where repetitions are told apart.
-  if (!OneIn(3)) made.lastRun = MomentNear(trigger, OneIn(2) ? day : DayAfter(trigger));
+  if (!OneIn(3)) {
+    made.lastRun = MomentNear(trigger, OneIn(2) ? day : DayAfter(trigger));
+  }
   // Most runs lie in the past; one in the future is allowed, and rare.
-  if (made.lastRun > made.now && !OneIn(10)) std::swap(made.lastRun, made.now);
+  if (made.lastRun > made.now && !OneIn(10)) {
+    std::swap(made.lastRun, made.now);
+  }
   made.sleepSeconds = OneIn(3) ? 0 : Between(0, 86400);
   return made;
 }

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "tests/proof/PlainSchedule.h"
+
 #include <random>
 #include <string>
-
-#include "tests/proof/PlainSchedule.h"
 
 /// One moment at which one trigger is asked whether it is due.
 struct Case {

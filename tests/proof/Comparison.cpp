@@ -41,8 +41,12 @@ Contestants::Contestants(const PlainSchedule::Rule& rule)
     : m_Plain(rule), m_Trigger(AString::FromUtf8(rule.ToXml()), &m_LastRun) {}
 
 std::string Contestants::DifferentReading() const {
-  if (m_Trigger.m_Disabled != m_Plain.disabled) return "disabled differs\n";
-  if (m_Plain.disabled) return {};
+  if (m_Trigger.m_Disabled != m_Plain.disabled) {
+    return "disabled differs\n";
+  }
+  if (m_Plain.disabled) {
+    return {};
+  }
   const auto read = ShowDefinition(m_Trigger.m_Type, m_Trigger.m_Interval, m_Trigger.m_Duration,
                                    m_Trigger.m_BeginDate, m_Trigger.m_EndDate);
   const auto wanted =
@@ -51,10 +55,14 @@ std::string Contestants::DifferentReading() const {
 }
 
 std::string Contestants::DifferentStart(long moment) const {
-  if (m_Plain.disabled) return {};
+  if (m_Plain.disabled) {
+    return {};
+  }
   const std::int64_t given = m_Trigger.GetTriggerStartTime(moment);
   const std::int64_t wanted = PlainSchedule::StartOnDayOf(m_Plain, moment);
-  if (given == wanted) return {};
+  if (given == wanted) {
+    return {};
+  }
   return "start: model " + std::to_string(given) + ", plain " + std::to_string(wanted) + "\n";
 }
 
@@ -64,7 +72,8 @@ std::string Contestants::Disagreement(const Case& asked) {
   const Answer wanted =
       PlainSchedule::Evaluate(m_Plain, asked.lastRun, asked.now, asked.sleepSeconds);
   std::string difference = DifferentReading() + DifferentStart(asked.now);
-  if (Show(given) != Show(wanted))
+  if (Show(given) != Show(wanted)) {
     difference += "model: " + Show(given) + "\nplain: " + Show(wanted) + "\n";
+  }
   return difference.empty() ? "" : difference + asked.AsRow(wanted);
 }

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <string>
-
 #include "model/TaskTrigger.h"
 #include "tests/proof/Case.h"
+
+#include <string>
 
 /// Asks the trigger whether it is due at `now`; moves the virtual clock there.
 PlainSchedule::Answer Ask(CTaskTrigger& trigger, long now, long sleepSeconds);

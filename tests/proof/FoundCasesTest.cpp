@@ -1,8 +1,9 @@
 // Cases on which the two implementations once disagreed, with the answer that was right.
-#include <VirtualTime/Zone.h>
-#include <gtest/gtest.h>
-
 #include "tests/proof/Comparison.h"
+
+#include <VirtualTime/Zone.h>
+
+#include <gtest/gtest.h>
 
 namespace {
 

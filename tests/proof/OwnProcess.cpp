@@ -1,6 +1,7 @@
 #include "tests/proof/OwnProcess.h"
 
 #include <gtest/gtest.h>
+
 #include <sys/wait.h>
 #include <unistd.h>
 

@@ -36,7 +36,9 @@ class Calendar {
     date.tm_wday = 5;
     date.tm_yday = 304;
     for (; date.tm_year < 139; date = DayAfter(date)) {
-      if (date.tm_mday == 1) m_MonthStarts.push_back(firstDay + static_cast<long>(m_Dates.size()));
+      if (date.tm_mday == 1) {
+        m_MonthStarts.push_back(firstDay + static_cast<long>(m_Dates.size()));
+      }
       m_Dates.push_back(date);
     }
   }
@@ -59,9 +61,13 @@ class Calendar {
     const int length = lengths[date.tm_mon] + (isLeapYear && date.tm_mon == 1 ? 1 : 0);
     date.tm_wday = (date.tm_wday + 1) % 7;
     ++date.tm_yday;
-    if (++date.tm_mday <= length) return date;
+    if (++date.tm_mday <= length) {
+      return date;
+    }
     date.tm_mday = 1;
-    if (++date.tm_mon < 12) return date;
+    if (++date.tm_mon < 12) {
+      return date;
+    }
     date.tm_mon = 0;
     date.tm_yday = 0;
     ++date.tm_year;
@@ -96,11 +102,14 @@ class Offsets {
   /// All that the zone uses within two days of the UTC day, earliest first.
   const std::vector<std::int64_t>& AroundDay(std::int64_t dayNumber) {
     auto& offsets = m_AroundDay[dayNumber];
-    if (!offsets.empty()) return offsets;
+    if (!offsets.empty()) {
+      return offsets;
+    }
     for (std::int64_t quarter = dayNumber * 4 - 8; quarter <= dayNumber * 4 + 12; ++quarter) {
       const std::int64_t offset = AtQuarter(quarter);
-      if (std::find(offsets.begin(), offsets.end(), offset) == offsets.end())
+      if (std::find(offsets.begin(), offsets.end(), offset) == offsets.end()) {
         offsets.push_back(offset);
+      }
     }
     return offsets;
   }
@@ -108,12 +117,18 @@ class Offsets {
   /// Where the clocks are set forward within two days of the UTC day.
   const std::vector<Jump>& JumpsAroundDay(std::int64_t dayNumber) {
     const auto [entry, isNew] = m_JumpsAroundDay.try_emplace(dayNumber);
-    if (!isNew) return entry->second;
+    if (!isNew) {
+      return entry->second;
+    }
     for (std::int64_t quarter = dayNumber * 4 - 8; quarter <= dayNumber * 4 + 12; ++quarter) {
       const std::int64_t before = AtQuarter(quarter), after = AtQuarter(quarter + 1);
-      if (after <= before) continue;
+      if (after <= before) {
+        continue;
+      }
       std::int64_t moment = quarter * (day / 4);
-      while (AskedFields(moment).tm_gmtoff == before) moment += 60;
+      while (AskedFields(moment).tm_gmtoff == before) {
+        moment += 60;
+      }
       entry->second.push_back({moment, before, after});
     }
     return entry->second;
@@ -122,7 +137,9 @@ class Offsets {
  private:
   std::int64_t AtQuarter(std::int64_t quarter) {
     const auto [entry, isNew] = m_AtQuarter.try_emplace(quarter, 0);
-    if (isNew) entry->second = AskedFields(Bounded(quarter * (day / 4))).tm_gmtoff;
+    if (isNew) {
+      entry->second = AskedFields(Bounded(quarter * (day / 4))).tm_gmtoff;
+    }
     return entry->second;
   }
 
@@ -144,7 +161,9 @@ Offsets& TheOffsets() {
 
 std::tm LocalFields(std::int64_t moment) {
   const auto& offsets = TheOffsets().AroundDay(DayOf(moment));
-  if (offsets.size() != 1) return AskedFields(moment);
+  if (offsets.size() != 1) {
+    return AskedFields(moment);
+  }
   const std::int64_t shown = moment + offsets.front();
   std::tm fields = TheCalendar().DateOf(DayOf(shown));
   const std::int64_t clock = shown - DayOf(shown) * day;
@@ -170,8 +189,12 @@ bool SameLocalDay(std::int64_t a, std::int64_t b) {
 }
 
 std::int64_t IntervalSeconds(const Rule& rule) {
-  if (strcasecmp(rule.intervalUnit.c_str(), "HOUR") == 0) return Bounded(rule.interval * 3600LL);
-  if (strcasecmp(rule.intervalUnit.c_str(), "SECOND") == 0) return rule.interval;
+  if (strcasecmp(rule.intervalUnit.c_str(), "HOUR") == 0) {
+    return Bounded(rule.interval * 3600LL);
+  }
+  if (strcasecmp(rule.intervalUnit.c_str(), "SECOND") == 0) {
+    return rule.interval;
+  }
   return Bounded(rule.interval * 60LL);
 }
 
@@ -206,65 +229,97 @@ bool Repeats(const Trigger& trigger) {
 // The start, or the repetition of a start, that a run at `now` would be for.
 std::int64_t WhatARunNowWouldBeFor(const Trigger& trigger, std::int64_t lastRun, std::int64_t now) {
   std::int64_t from = lastRun;
-  if (StartOnDayOf(trigger, lastRun) > now)
+  if (StartOnDayOf(trigger, lastRun) > now) {
     from = StartOnDayOf(trigger, Bounded(lastRun - trigger.duration));
-  if (from == never) from = trigger.begin;
+  }
+  if (from == never) {
+    from = trigger.begin;
+  }
 
   std::int64_t candidate = from, cursor = from;
   while (true) {
     const std::int64_t start = StartOnDayOf(trigger, cursor);
     bool cursorIsStart = false;
-    if (start > now) return candidate;
+    if (start > now) {
+      return candidate;
+    }
     if (start != never) {
       candidate = start;
-      if (lastRun == never || lastRun < start) return candidate;
+      if (lastRun == never || lastRun < start) {
+        return candidate;
+      }
       const std::int64_t since = Bounded(now - start);
-      if (Repeats(trigger) && since <= Bounded(trigger.duration + 5))
+      if (Repeats(trigger) && since <= Bounded(trigger.duration + 5)) {
         return Bounded(start + Bounded(since / trigger.interval * trigger.interval));
+      }
       cursor = start;
       cursorIsStart = true;
     }
-    if (cursor >= now || (lastRun != never && lastRun < candidate)) return candidate;
+    if (cursor >= now || (lastRun != never && lastRun < candidate)) {
+      return candidate;
+    }
     cursor = Bounded(cursor + day);
     // A day of 25 hours still has the cursor on it: it must not find the same start for ever.
-    if (cursorIsStart && SameLocalDay(cursor, start)) cursor = Bounded(cursor + day);
+    if (cursorIsStart && SameLocalDay(cursor, start)) {
+      cursor = Bounded(cursor + day);
+    }
     // On the last day of 32-bit time there is nowhere to go on to.
-    if (cursorIsStart && SameLocalDay(cursor, start)) return candidate;
+    if (cursorIsStart && SameLocalDay(cursor, start)) {
+      return candidate;
+    }
   }
 }
 
 bool IsDueFor(const Trigger& trigger, std::int64_t candidate, std::int64_t lastRun,
               std::int64_t now) {
-  if (candidate > now) return false;
-  if (lastRun == never) return true;
-  if (lastRun >= candidate) return false;
+  if (candidate > now) {
+    return false;
+  }
+  if (lastRun == never) {
+    return true;
+  }
+  if (lastRun >= candidate) {
+    return false;
+  }
   return trigger.type != 0 || lastRun < Bounded(trigger.begin + trigger.duration);
 }
 
 std::int64_t NextStartOrRepetition(const Trigger& trigger, std::int64_t now) {
   const std::int64_t earlier = Bounded(now - trigger.duration);
   std::int64_t next = StartOnDayOf(trigger, earlier);
-  if (next == never || next < earlier) next = StartOnDayOf(trigger, now);
+  if (next == never || next < earlier) {
+    next = StartOnDayOf(trigger, now);
+  }
   if (Repeats(trigger) && next != never && next <= now) {
     const std::int64_t end = Bounded(next + trigger.duration);
     if (now <= end) {
       const std::int64_t steps = Bounded(now - next) / trigger.interval + 1;
       const std::int64_t repetition = Bounded(next + Bounded(steps * trigger.interval));
-      if (repetition <= end) next = repetition;
+      if (repetition <= end) {
+        next = repetition;
+      }
     }
   }
   return next;
 }
 
 std::int64_t FirstStartFrom(const Trigger& trigger, std::int64_t from, bool expired) {
-  if (trigger.disabled || expired || trigger.type == 6 || trigger.type == 7) return never;
-  if (trigger.end != never && from >= trigger.end) return never;
-  if (from >= trigger.begin && trigger.type == 0) return never;
+  if (trigger.disabled || expired || trigger.type == 6 || trigger.type == 7) {
+    return never;
+  }
+  if (trigger.end != never && from >= trigger.end) {
+    return never;
+  }
+  if (from >= trigger.begin && trigger.type == 0) {
+    return never;
+  }
   const std::int64_t first = from < trigger.begin ? trigger.begin : from;
   const std::int64_t limit = trigger.end != never ? trigger.end : Bounded(first + 630720000);
   for (std::int64_t cursor = first; cursor < limit; cursor = Bounded(cursor + day)) {
     const std::int64_t start = StartOnDayOf(trigger, cursor);
-    if (start == from || (start != never && start > from)) return start;
+    if (start == from || (start != never && start > from)) {
+      return start;
+    }
   }
   return never;
 }
@@ -280,13 +335,16 @@ std::int64_t MomentOf(const Civil& civil) {
   const std::int64_t dayNumber = TheCalendar().DayNumberOf(civil);
   std::int64_t first = highest + 1;
   for (const std::int64_t offset : TheOffsets().AroundDay(dayNumber)) {
-    if (Shows(Bounded(asIfUtc - offset), civil)) first = std::min(first, asIfUtc - offset);
+    if (Shows(Bounded(asIfUtc - offset), civil)) {
+      first = std::min(first, asIfUtc - offset);
+    }
   }
   if (first > highest) {
     // In the gap: the clock as it ran until then is taken to run on.
     for (const Jump& jump : TheOffsets().JumpsAroundDay(dayNumber)) {
-      if (asIfUtc - jump.offsetBefore >= jump.moment && asIfUtc - jump.offsetAfter < jump.moment)
+      if (asIfUtc - jump.offsetBefore >= jump.moment && asIfUtc - jump.offsetAfter < jump.moment) {
         first = std::min(first, asIfUtc - jump.offsetBefore);
+      }
     }
   }
   return first < lowest || first > highest ? never : first;
@@ -304,17 +362,25 @@ Trigger::Trigger(const Rule& rule) {
   }
   interval = IntervalSeconds(rule);
   duration = Bounded(rule.durationMinutes * 60LL);
-  if (interval == 0 && duration < 0) duration = 0;
+  if (interval == 0 && duration < 0) {
+    duration = 0;
+  }
   killAtEnd = rule.killAtEnd;
   begin = rule.hasBegin ? MomentOf(rule.begin) : never;
-  if (begin == 0) begin = never;
+  if (begin == 0) {
+    begin = never;
+  }
   end = rule.hasEnd ? MomentOf(rule.end) : never;
-  if (end == 0) end = never;
+  if (end == 0) {
+    end = never;
+  }
   if (begin == never && type != -1) {
     disabled = true;
     return;
   }
-  if (end != never && end < begin) end = begin;
+  if (end != never && end < begin) {
+    end = begin;
+  }
   daysInterval = std::max(rule.daysInterval, 1L);
   weeksInterval = std::max(rule.weeksInterval, 1L);
   week = rule.week >= 1 && rule.week <= 5 ? rule.week : 1;
@@ -324,14 +390,22 @@ Trigger::Trigger(const Rule& rule) {
 }
 
 std::int64_t StartOnDayOf(const Trigger& trigger, std::int64_t moment) {
-  if (trigger.type == -1) return moment;
+  if (trigger.type == -1) {
+    return moment;
+  }
   const std::tm at = LocalFields(moment), begin = LocalFields(trigger.begin);
   const std::int64_t start = MomentOf(Civil{at.tm_year + 1900, at.tm_mon + 1, at.tm_mday,
                                             begin.tm_hour, begin.tm_min, begin.tm_sec});
-  if (start == never) return never;
+  if (start == never) {
+    return never;
+  }
   const std::int64_t days = Bounded(start - trigger.begin) / day;
-  if (days < 0) return never;
-  if (days == 0 && moment < trigger.begin && at.tm_mday != begin.tm_mday) return never;
+  if (days < 0) {
+    return never;
+  }
+  if (days == 0 && moment < trigger.begin && at.tm_mday != begin.tm_mday) {
+    return never;
+  }
   return DayMatches(trigger, days, at, begin) ? start : never;
 }
 
@@ -347,7 +421,9 @@ Answer Evaluate(const Trigger& trigger, std::int64_t lastRun, std::int64_t now,
     answer.due = lastRun == never;
   } else if (now < trigger.begin) {
     next = StartOnDayOf(trigger, now);
-    if (next != never && next > now) LowerTo(answer.sleepSeconds, next - now);
+    if (next != never && next > now) {
+      LowerTo(answer.sleepSeconds, next - now);
+    }
   } else if (trigger.end != never && now > trigger.end) {
     answer.expired = true;
   } else {
@@ -355,7 +431,9 @@ Answer Evaluate(const Trigger& trigger, std::int64_t lastRun, std::int64_t now,
     answer.due = IsDueFor(trigger, candidate, lastRun, now);
     answer.late = answer.due && now - candidate > 59;
     next = NextStartOrRepetition(trigger, now);
-    if (next > now) LowerTo(answer.sleepSeconds, next - now);
+    if (next > now) {
+      LowerTo(answer.sleepSeconds, next - now);
+    }
   }
   answer.nextRun =
       next < 1 || next <= now ? FirstStartFrom(trigger, Bounded(now + 60), answer.expired) : next;
@@ -396,14 +474,28 @@ std::string Rule::ToXml() const {
     return std::string(text);
   };
   std::string xml = "<Trigger Type=\"" + std::to_string(type) + "\"";
-  if (disabledByDocument) xml += " Disabled=\"Y\"";
-  if (interval != 0) xml += " Interval=\"" + std::to_string(interval) + "\"";
-  if (!intervalUnit.empty()) xml += " IntervalUnit=\"" + intervalUnit + "\"";
-  if (durationMinutes != 0) xml += " Duration=\"" + std::to_string(durationMinutes) + "\"";
-  if (killAtEnd) xml += " KillAtEnd=\"1\"";
+  if (disabledByDocument) {
+    xml += " Disabled=\"Y\"";
+  }
+  if (interval != 0) {
+    xml += " Interval=\"" + std::to_string(interval) + "\"";
+  }
+  if (!intervalUnit.empty()) {
+    xml += " IntervalUnit=\"" + intervalUnit + "\"";
+  }
+  if (durationMinutes != 0) {
+    xml += " Duration=\"" + std::to_string(durationMinutes) + "\"";
+  }
+  if (killAtEnd) {
+    xml += " KillAtEnd=\"1\"";
+  }
   xml += ">";
-  if (hasBegin) xml += element("BeginDate", date(begin, '/'));
-  if (hasEnd) xml += element("EndDate", date(end, '-'));
+  if (hasBegin) {
+    xml += element("BeginDate", date(begin, '/'));
+  }
+  if (hasEnd) {
+    xml += element("EndDate", date(end, '-'));
+  }
   xml += element("DaysInterval", std::to_string(daysInterval));
   xml += element("WeeksInterval", std::to_string(weeksInterval));
   xml += element("DaysOfWeek", std::to_string(daysOfWeek));

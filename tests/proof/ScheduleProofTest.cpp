@@ -1,14 +1,15 @@
 // Two implementations of the schedule, asked the same questions over and over.
-#include <BaseSDK/ADateTime.h>
-#include <VirtualTime/VirtualClock.h>
-#include <VirtualTime/Zone.h>
-#include <gtest/gtest.h>
-
-#include <memory>
-
 #include "model/Task.h"
 #include "tests/proof/Comparison.h"
 #include "tests/proof/OwnProcess.h"
+
+#include <BaseSDK/ADateTime.h>
+#include <VirtualTime/VirtualClock.h>
+#include <VirtualTime/Zone.h>
+
+#include <gtest/gtest.h>
+
+#include <memory>
 
 namespace {
 
@@ -57,7 +58,9 @@ void CompareTriggers(const char* zoneName) {
     for (int moment = 0; moment < momentsPerRule; ++moment) {
       const std::string difference =
           contestants.Disagreement(maker.NextCase(rule, contestants.Plain()));
-      if (difference.empty()) continue;
+      if (difference.empty()) {
+        continue;
+      }
       ++disagreements;
       ADD_FAILURE() << difference;
     }

@@ -1,7 +1,7 @@
 // What docs/time.md promises, example by example.
-#include <gtest/gtest.h>
-
 #include "tests/support/scheduler/TestScheduler.h"
+
+#include <gtest/gtest.h>
 
 namespace {
 
@@ -29,8 +29,9 @@ Runs RunTimes(const char* zone, const std::string& from, const std::string& to,
   EXPECT_EQ(scheduler.AddTask("job", TaskXml().With(trigger)), 1);
   scheduler.RunUntil(to);
   Runs times;
-  for (const auto& call : scheduler.Handler().Calls())
+  for (const auto& call : scheduler.Handler().Calls()) {
     times.push_back(TestScheduler::Show(call.m_Time));
+  }
   return times;
 }
 
@@ -59,7 +60,9 @@ TEST(TimeContract, RunInTheSecondShowingOfAnHourIsReadAsInTheFirstAndComesAgainO
   scheduler.Clock().RunUntil(midnightUtc + 8 * 3600L + 60);
   const auto at = [](long hour, long minute) { return midnightUtc + hour * 3600 + minute * 60; };
   std::vector<long> moments;
-  for (const auto& call : scheduler.Handler().Calls()) moments.push_back(call.m_Time);
+  for (const auto& call : scheduler.Handler().Calls()) {
+    moments.push_back(call.m_Time);
+  }
   EXPECT_EQ(moments, (std::vector<long>{at(4, 30), at(5, 0), at(5, 30), at(6, 0), at(6, 10),
                                         at(6, 30), at(7, 0), at(7, 30), at(8, 0)}));
   EXPECT_EQ(scheduler.TimedBatches()[3], "2024-11-03 01:00:00 job:0:0:0;") << "standard time";

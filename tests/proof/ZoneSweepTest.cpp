@@ -1,6 +1,11 @@
 // Ten years of runs in every zone that the system knows: they end, and they only go forward.
+#include "model/TaskTrigger.h"
+#include "tests/proof/OwnProcess.h"
+#include "tests/support/TempDir.h"
+
 #include <VirtualTime/VirtualClock.h>
 #include <VirtualTime/Zone.h>
+
 #include <gtest/gtest.h>
 
 #include <ctime>
@@ -10,10 +15,6 @@
 #include <map>
 #include <sstream>
 #include <utility>
-
-#include "model/TaskTrigger.h"
-#include "tests/proof/OwnProcess.h"
-#include "tests/support/TempDir.h"
 
 namespace {
 
@@ -36,13 +37,21 @@ std::vector<std::string> SystemZones() {
   std::map<std::string, std::string> byContent;
   for (fs::recursive_directory_iterator at(root), end; at != end; ++at) {
     const std::string name = fs::relative(at->path(), root).string();
-    if (name == "posix" || name == "right") at.disable_recursion_pending();
-    if (!at->is_regular_file() || name == "localtime" || name == "posixrules") continue;
+    if (name == "posix" || name == "right") {
+      at.disable_recursion_pending();
+    }
+    if (!at->is_regular_file() || name == "localtime" || name == "posixrules") {
+      continue;
+    }
     const std::string content = Content(at->path());
-    if (content.rfind("TZif", 0) == 0) byContent.emplace(content, name);
+    if (content.rfind("TZif", 0) == 0) {
+      byContent.emplace(content, name);
+    }
   }
   std::vector<std::string> zones;
-  for (const auto& [content, name] : byContent) zones.push_back(name);
+  for (const auto& [content, name] : byContent) {
+    zones.push_back(name);
+  }
   return zones;
 }
 
@@ -70,8 +79,9 @@ std::string ClockOverTheSweep(const std::string& zone) {
   text << ClockAt(sweepStart).first << ' ' << ClockAt(sweepStart).second;
   for (long at = sweepStart; at < sweepEnd; at += week) {
     const auto [offset, isDaylight] = ClockAt(at + week);
-    if (ClockAt(at) != std::pair(offset, isDaylight))
+    if (ClockAt(at) != std::pair(offset, isDaylight)) {
       text << ' ' << ChangeBetween(at, at + week) << ' ' << offset << ' ' << isDaylight;
+    }
   }
   return text.str();
 }
@@ -79,9 +89,13 @@ std::string ClockOverTheSweep(const std::string& zone) {
 // One name for each different clock: zones that have agreed ever since would repeat the sweep.
 void WriteDifferentZones(const fs::path& file) {
   std::map<std::string, std::string> byClock;
-  for (const std::string& zone : SystemZones()) byClock.emplace(ClockOverTheSweep(zone), zone);
+  for (const std::string& zone : SystemZones()) {
+    byClock.emplace(ClockOverTheSweep(zone), zone);
+  }
   std::ofstream names(file);
-  for (const auto& [clock, zone] : byClock) names << zone << '\n';
+  for (const auto& [clock, zone] : byClock) {
+    names << zone << '\n';
+  }
 }
 
 std::vector<std::string> DifferentZones() {
@@ -126,7 +140,9 @@ void RunTenYears(const std::string& xml) {
       lastRun = now;
     }
     const long next = trigger.m_NextRun;
-    if (next == -1) return;
+    if (next == -1) {
+      return;
+    }
     ASSERT_GT(next, now) << xml;
     now = sleepSeconds > 0 && sleepSeconds < longestSleep ? now + sleepSeconds : next;
   }
@@ -136,7 +152,9 @@ void SweepZone(const std::string& name) {
   const VirtualTime::Zone zone(name.c_str());
   SCOPED_TRACE(name);
   for (const char* kind : kinds) {
-    for (const char* clock : clocks) RunTenYears(TriggerXml(kind, clock));
+    for (const char* clock : clocks) {
+      RunTenYears(TriggerXml(kind, clock));
+    }
   }
 }
 
@@ -148,7 +166,9 @@ TEST_P(ZoneSweep, TenYearsOfRunsEndAndOnlyGoForward) {
   for (std::size_t i = static_cast<std::size_t>(GetParam()); i < zones.size();
        i += 4 * NOX_ZONE_STRIDE) {
     InOwnProcess([&] { SweepZone(zones[i]); });
-    if (HasFailure()) return;
+    if (HasFailure()) {
+      return;
+    }
   }
 }
 

@@ -27,7 +27,9 @@ long LiveAllocations() {
 
 void* operator new(std::size_t size) {
   void* const memory = Allocate(size);
-  if (memory == nullptr) throw std::bad_alloc();
+  if (memory == nullptr) {
+    throw std::bad_alloc();
+  }
   return memory;
 }
 

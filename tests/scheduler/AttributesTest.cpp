@@ -1,8 +1,7 @@
 // A task's scheduling attributes.
+#include "model/Task.h"
 #include "tests/scheduler/SchedulerFixture.h"
 #include "tests/scheduler/SchedulerInside.h"
-
-#include "model/Task.h"
 
 #include <string>
 #include <utility>

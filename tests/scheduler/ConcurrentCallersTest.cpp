@@ -89,8 +89,12 @@ class Caller {
   /// Goes on to its last round or until requests are no longer delivered.
   void Run(std::latch& halfway) {
     for (m_Round = 0; m_Round < Rounds; ++m_Round) {
-      if (m_Round == Rounds / 2) halfway.count_down();
-      if (m_Agent.m_Queue.IsOpen()) CallEverything();
+      if (m_Round == Rounds / 2) {
+        halfway.count_down();
+      }
+      if (m_Agent.m_Queue.IsOpen()) {
+        CallEverything();
+      }
     }
   }
 
@@ -112,7 +116,9 @@ class Caller {
     (void)m_Scheduler->RefreshTaskList();
     Notify();
     (void)m_Scheduler->DeleteTask(AString::FromUtf8(gone));
-    if (m_Round % 4 == 3) DeleteAnInventedTask();
+    if (m_Round % 4 == 3) {
+      DeleteAnInventedTask();
+    }
   }
 
   AString Document(Kind kind) const {
@@ -136,9 +142,13 @@ class Caller {
   }
 
   void DeleteAnInventedTask() {
-    if (m_Invented.empty()) return;
+    if (m_Invented.empty()) {
+      return;
+    }
     const std::string taskID = *m_Invented.begin();
-    if (m_Scheduler->DeleteTask(AString::FromUtf8(taskID)) == CALL_NOT_DELIVERED) return;
+    if (m_Scheduler->DeleteTask(AString::FromUtf8(taskID)) == CALL_NOT_DELIVERED) {
+      return;
+    }
     m_Invented.erase(taskID);
   }
 
@@ -161,8 +171,12 @@ class Caller {
     unsigned long handle = 0;
     AString taskID;
     long found = m_Scheduler->FindFirstTask(handle, taskID);
-    while (found == 1) found = m_Scheduler->FindNextTask(handle, taskID);
-    if (handle != 0) (void)m_Scheduler->FindClose(handle);
+    while (found == 1) {
+      found = m_Scheduler->FindNextTask(handle, taskID);
+    }
+    if (handle != 0) {
+      (void)m_Scheduler->FindClose(handle);
+    }
   }
 
   /// Gate, counts and events; the gate is open at the end of each round.
@@ -188,10 +202,13 @@ void ExpectWhole(const TempDir& directory, const std::string& taskID) {
 
 void ExpectAcceptedTasksWhole(const Agent& agent,
                               const std::vector<std::unique_ptr<Caller>>& callers) {
-  for (const char* taskID : KeptTasks) ExpectWhole(agent.m_Directory, taskID);
+  for (const char* taskID : KeptTasks) {
+    ExpectWhole(agent.m_Directory, taskID);
+  }
   for (const auto& caller : callers) {
-    for (const std::string& taskID : caller->InventedTasks())
+    for (const std::string& taskID : caller->InventedTasks()) {
       ExpectWhole(agent.m_Directory, taskID);
+    }
   }
   // A deleted task may be there again: the monitor has just then recorded a run of it.
   for (const std::string& name : agent.m_Directory.Names()) {
@@ -204,13 +221,15 @@ void CallFromManyThreadsAndShutDownInTheMidst() {
   Agent agent;
   ASSERT_EQ(1, PluginInitialize(Queue));
   std::vector<std::unique_ptr<Caller>> callers;
-  for (int number = 0; number < Writers; ++number)
+  for (int number = 0; number < Writers; ++number) {
     callers.push_back(std::make_unique<Caller>(agent, number));
+  }
   std::latch halfway(Writers);
   {
     std::vector<std::jthread> threads;
-    for (const auto& caller : callers)
+    for (const auto& caller : callers) {
       threads.emplace_back([&halfway, &caller] { caller->Run(halfway); });
+    }
     halfway.wait();
     EXPECT_EQ(1, agent.ShutDown());
   }

@@ -25,7 +25,9 @@ int __real__ZN7BaseSDK6AEvent3SetEv(BaseSDK::AEvent* event);
 int __wrap__ZN7BaseSDK6AEvent3SetEv(BaseSDK::AEvent* event);
 
 int __wrap__ZN7BaseSDK6AEvent3SetEv(BaseSDK::AEvent* event) {
-  if (eventWatch) eventWatch();
+  if (eventWatch) {
+    eventWatch();
+  }
   return __real__ZN7BaseSDK6AEvent3SetEv(event);
 }
 

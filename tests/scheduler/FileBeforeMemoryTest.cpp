@@ -1,9 +1,8 @@
 // A caller changes the file first, without the state lock, and the task in memory after that. What
 // a run brings about that is recorded in between, as docs/threads-and-locks.md tells.
+#include "model/Task.h"
 #include "tests/scheduler/SchedulerFixture.h"
 #include "tests/scheduler/SchedulerInside.h"
-
-#include "model/Task.h"
 
 #include <functional>
 #include <semaphore>
@@ -26,7 +25,9 @@ class FileBeforeMemoryTest : public SchedulerFixture {
   void RecordARunWithin(long code, const std::function<void()>& call) {
     std::binary_semaphore fileChanged(0);
     m_Host.Observe([&](const TestSupport::FakeHost::Notification& notification) {
-      if (notification.m_Code == code) fileChanged.release();
+      if (notification.m_Code == code) {
+        fileChanged.release();
+      }
     });
     std::thread caller;
     {

@@ -1,8 +1,7 @@
 // The operations of INoxTaskScheduler, on real tasks and files.
+#include "storage/TaskStorage.h"
 #include "tests/scheduler/SchedulerFixture.h"
 #include "tests/scheduler/SchedulerInside.h"
-
-#include "storage/TaskStorage.h"
 
 #include <AgentInterfacesV3/AMsgIn.h>
 #include <AgentInterfacesV3/AMsgQueue.h>

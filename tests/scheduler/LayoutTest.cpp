@@ -1,6 +1,5 @@
 // The server object as binary callers see it: bases, slots and members, each in its order.
 #include "scheduler/TaskSchedulerObject.h"
-
 #include "tests/scheduler/SchedulerFixture.h"
 #include "tests/scheduler/SchedulerInside.h"
 #include "tests/support/RawSlots.h"
@@ -93,7 +92,9 @@ TEST(TaskSchedulerObjectLayout, HasTheOperationsOfItsInterfacesInTheirSlots) {
       {"EnableTask", SlotOf(&Object::EnableTask)},
   };
   std::ptrdiff_t slot = 2;  // behind the destructor, complete and deleting
-  for (const Row& row : rows) EXPECT_EQ(slot++, row.m_Slot) << row.m_Name;
+  for (const Row& row : rows) {
+    EXPECT_EQ(slot++, row.m_Slot) << row.m_Name;
+  }
 }
 
 TEST(TaskSchedulerObjectLayout, HasItsMembersInTheirOrder) {

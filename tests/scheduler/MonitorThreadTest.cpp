@@ -27,7 +27,9 @@ class MonitorThreadTest : public SchedulerFixture {
  protected:
   std::vector<std::string> Operations() const {
     std::vector<std::string> operations;
-    for (const FakeHandler::Call& call : m_Handler.Calls()) operations.push_back(call.m_Operation);
+    for (const FakeHandler::Call& call : m_Handler.Calls()) {
+      operations.push_back(call.m_Operation);
+    }
     return operations;
   }
 };
@@ -73,7 +75,9 @@ TEST_F(MonitorThreadTest, AHandlerIsReleasedAfterItsRunStatesAndBeforeTheNextIsO
   Start();
   unsigned releasesAtState = 1;
   m_Host.Observe([&](const TestSupport::FakeHost::Notification&) {
-    if (StoredRun("T1") == Ok && other.Calls().empty()) releasesAtState = m_Handler.Releases();
+    if (StoredRun("T1") == Ok && other.Calls().empty()) {
+      releasesAtState = m_Handler.Releases();
+    }
   });
   unsigned releasesAtNext = 0;
   other.Observe([&](const FakeHandler::Call&) { releasesAtNext = m_Handler.Releases(); });
@@ -114,7 +118,9 @@ TEST_F(MonitorThreadTest, TheHandlersAnswersDecideWhetherTheRunsAreRecorded) {
     Store("T2", Task(AsSoonAsPossible()));
     StartWithOpenGate();
     EXPECT_EQ(row.m_Operations, Operations());
-    for (const std::string& batch : Batches()) EXPECT_EQ("T1:0:1:0;T2:0:1:0;", batch);
+    for (const std::string& batch : Batches()) {
+      EXPECT_EQ("T1:0:1:0;T2:0:1:0;", batch);
+    }
     EXPECT_EQ(row.m_Accepted ? Ok : Started, StoredRun("T1"));
     EXPECT_EQ(row.m_Accepted ? Ok : Started, StoredRun("T2"));
     Stop();
@@ -287,7 +293,9 @@ class ThrowingFiles : public TestSupport::ForwardingFileSystem {
 
  private:
   static void Throw(unsigned& times) {
-    if (times == 0) return;
+    if (times == 0) {
+      return;
+    }
     --times;
     throw std::runtime_error("broken");
   }

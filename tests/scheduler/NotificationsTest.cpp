@@ -36,7 +36,9 @@ class NotificationsTest : public SchedulerFixture {
   std::vector<AString> Said() const {
     std::vector<AString> said;
     for (const AString& message : Traces()) {
-      if (message.Find(L"Task Thread is sleeping") == AString::npos) said.push_back(message);
+      if (message.Find(L"Task Thread is sleeping") == AString::npos) {
+        said.push_back(message);
+      }
     }
     return said;
   }
@@ -156,7 +158,9 @@ TEST_F(NotificationsTest, TheGateMovesBeforeOrAfterTheLogAsItsKindWants) {
     gate = row.m_Before;
     std::vector<bool> seen;
     m_Log.Observe([&](const TestSupport::LogCapture::Line& line) {
-      if (line.m_Message.Find(L"sleeping") == AString::npos) seen.push_back(gate);
+      if (line.m_Message.Find(L"sleeping") == AString::npos) {
+        seen.push_back(gate);
+      }
     });
     Notify(row.m_Kind);
     m_Log.Observe({});
@@ -310,7 +314,9 @@ TEST_F(NotificationsTest, OtherSubscribedCodesAreIgnoredWithoutAWord) {
 
 TEST_F(NotificationsTest, OtherKindsAreIgnoredWithoutAWord) {
   for (const bool open : {false, true}) {
-    if (open) Notify(0);
+    if (open) {
+      Notify(0);
+    }
     m_Log.Clear();
     for (const long kind : {3L, 8L, 9L, 11L, 12L, -1L, 2147483647L, -2147483647L - 1}) {
       Notify(kind, 300, L"data");

@@ -9,14 +9,14 @@
 #include "tests/support/TempDir.h"
 #include "tests/support/ThreadCount.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <AgentInterfacesV3/AMsgIn.h>
 #include <AgentInterfacesV3/AMsgQueue.h>
 #include <AgentInterfacesV3/AMsgReply.h>
 #include <BaseSDK/AGuid.h>
 #include <BaseSDK/AThreadRest.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <semaphore>

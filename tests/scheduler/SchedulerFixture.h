@@ -1,18 +1,17 @@
 #pragma once
 
 #include "scheduler/TaskSchedulerObject.h"
-
 #include "tests/support/FakeHandler.h"
 #include "tests/support/FakeHost.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempDir.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <BaseSDK/AString.h>
 #include <VirtualTime/VirtualClock.h>
 #include <VirtualTime/Zone.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <memory>
 #include <string>
@@ -97,7 +96,9 @@ class SchedulerFixture : public ::testing::Test {
   std::string StoredRun(const std::string& taskID) const {
     const std::string document = Stored(taskID);
     const std::size_t begin = document.find("<RunTime>");
-    if (begin == std::string::npos) return std::string();
+    if (begin == std::string::npos) {
+      return std::string();
+    }
     return document.substr(begin + 9, document.find("</RunTime>") - begin - 9);
   }
 
@@ -135,13 +136,16 @@ class SchedulerFixture : public ::testing::Test {
   /// When a handler was called, in order.
   std::vector<long> CallTimes() const {
     std::vector<long> times;
-    for (const TestSupport::FakeHandler::Call& call : m_Handler.Calls())
+    for (const TestSupport::FakeHandler::Call& call : m_Handler.Calls()) {
       times.push_back(call.m_Time);
+    }
     return times;
   }
   std::vector<std::string> Batches() const {
     std::vector<std::string> batches;
-    for (const BaseSDK::AString& batch : m_Handler.Batches()) batches.push_back(batch.ToUtf8());
+    for (const BaseSDK::AString& batch : m_Handler.Batches()) {
+      batches.push_back(batch.ToUtf8());
+    }
     return batches;
   }
 

@@ -35,7 +35,9 @@ std::string NameOf(const CTask& task) {
 
 CTask::CTask(TaskSchedulerObject_i* scheduler, const AString& taskID, const AString& taskXML)
     : m_pScheduler(scheduler), m_TaskID(taskID), m_TaskXML(taskXML), m_HandlerCLSID(taskXML) {
-  if (ScriptedTask::s_NoMemory) throw std::bad_alloc();
+  if (ScriptedTask::s_NoMemory) {
+    throw std::bad_alloc();
+  }
   m_LastRun = static_cast<long>(++ScriptedTask::s_Made[taskID.ToUtf8()]);
   Note("made " + NameOf(*this));
 }
@@ -55,7 +57,9 @@ bool CTask::IsDue(bool firstEvent, bool secondEvent, long& sleepSeconds, bool& l
   allExpired = answer.m_AllExpired;
   deleteTask = answer.m_DeleteTask;
   killAtEnd = answer.m_KillAtEnd;
-  if (answer.m_SleepSeconds < sleepSeconds) sleepSeconds = answer.m_SleepSeconds;
+  if (answer.m_SleepSeconds < sleepSeconds) {
+    sleepSeconds = answer.m_SleepSeconds;
+  }
   return answer.m_Due;
 }
 

@@ -34,7 +34,9 @@ std::string Schedule(Kind kind, int writer, int round) {
   const std::string label = "k" + std::to_string(static_cast<int>(kind)) + "w" +
                             std::to_string(writer) + "r" + std::to_string(round) + ";";
   std::string filling;
-  while (filling.size() < 6000) filling += label;
+  while (filling.size() < 6000) {
+    filling += label;
+  }
   return "<Schedule><Trigger " + TriggerOf(kind) + " Description=\"" + filling + "\">" +
          DatesOf(kind) + "</Trigger><!--" + label + "--></Schedule>";
 }
@@ -48,8 +50,9 @@ std::string ScheduleByLabel(const std::string& schedule) {
   const std::size_t at = schedule.find("Description=\"");
   int kind = -1, writer = -1, round = -1;
   if (at == std::string::npos ||
-      std::sscanf(schedule.c_str() + at, "Description=\"k%dw%dr%d;", &kind, &writer, &round) != 3)
+      std::sscanf(schedule.c_str() + at, "Description=\"k%dw%dr%d;", &kind, &writer, &round) != 3) {
     return {};
+  }
   const bool known = kind >= 0 && kind <= static_cast<int>(Kind::Expired) && writer >= 0 &&
                      writer < Writers && round >= 0 && round < Rounds;
   return known ? Schedule(static_cast<Kind>(kind), writer, round) : "";
@@ -57,7 +60,9 @@ std::string ScheduleByLabel(const std::string& schedule) {
 
 /// What may stand around the schedule: what a writer wrote, or what the scheduler makes of it.
 bool IsKnownFrame(const std::string& before, const std::string& after) {
-  if (before == "<Task>" + Handler() && after == "</Task>") return true;
+  if (before == "<Task>" + Handler() && after == "</Task>") {
+    return true;
+  }
   const auto isRewritten = testing::Matches(
       testing::MatchesRegex("\n\t(<TaskHistory>\n\t\t<RunTime>"
                             "[0-9]{4}-[0-9]{2}-[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2} "
@@ -81,10 +86,14 @@ std::string Fault(const std::string& text) {
   const std::string endTag = "</Schedule>";
   const std::size_t begin = text.find("<Schedule>");
   const std::size_t end = text.find(endTag);
-  if (begin == std::string::npos || end == std::string::npos) return "no schedule: " + text;
+  if (begin == std::string::npos || end == std::string::npos) {
+    return "no schedule: " + text;
+  }
   const std::size_t behind = end + endTag.size();
   const std::string schedule = text.substr(begin, behind - begin);
-  if (schedule != ScheduleByLabel(schedule)) return "a schedule that nobody wrote: " + schedule;
+  if (schedule != ScheduleByLabel(schedule)) {
+    return "a schedule that nobody wrote: " + schedule;
+  }
   const std::string before = text.substr(0, begin), after = text.substr(behind);
   return IsKnownFrame(before, after) ? "" : "not a known frame: " + before + "..." + after;
 }

@@ -4,9 +4,9 @@
 #include "tests/support/LogCapture.h"
 #include "tests/support/RawSlots.h"
 
-#include <gtest/gtest.h>
-
 #include <VirtualTime/VirtualClock.h>
+
+#include <gtest/gtest.h>
 
 #include <atomic>
 #include <functional>
@@ -64,7 +64,9 @@ TEST_F(TSThreadTest, ShutdownOfAThreadThatNeverStartedIsTrueAtOnce) {
 
 TEST_F(TSThreadTest, ShutdownWakesAThreadThatSleeps) {
   BodyThread thread([](BodyThread& self) {
-    while (!self.IsStopRequested()) EXPECT_EQ(AEvent::WasSet, self.Sleep());
+    while (!self.IsStopRequested()) {
+      EXPECT_EQ(AEvent::WasSet, self.Sleep());
+    }
   });
   ASSERT_TRUE(thread.Start());
   Clock().Settle();
@@ -118,7 +120,9 @@ class PlainThread : public CTSThread {
  public:
   PlainThread() : CTSThread(nullptr, L"plain") {}
   void Run() override {
-    while (!m_Stop) (void)m_WakeEvent.Wait(LongMilliseconds, BaseSDK::ClockSkewIgnore);
+    while (!m_Stop) {
+      (void)m_WakeEvent.Wait(LongMilliseconds, BaseSDK::ClockSkewIgnore);
+    }
   }
 };
 

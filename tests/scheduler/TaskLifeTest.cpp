@@ -1,10 +1,9 @@
 // What the scheduler does with the tasks in memory: when it makes, tests, runs, drops and destroys
 // them. The tasks are scripted.
+#include "model/Task.h"
 #include "tests/scheduler/SchedulerFixture.h"
 #include "tests/scheduler/SchedulerInside.h"
 #include "tests/scheduler/ScriptedTask.h"
-
-#include "model/Task.h"
 
 #include <algorithm>
 #include <string>
@@ -32,7 +31,9 @@ class TaskLifeTest : public SchedulerFixture {
   }
 
   void StoreTasks(const std::vector<const char*>& taskIDs) {
-    for (const char* taskID : taskIDs) Store(taskID, Handler);
+    for (const char* taskID : taskIDs) {
+      Store(taskID, Handler);
+    }
   }
   /// One evaluation more.
   void Round() {
@@ -46,7 +47,9 @@ TEST_F(TaskLifeTest, TasksAreTestedInTheOrderOfTheirIds) {
   StartWithOpenGate();
   std::vector<std::string> tested;
   for (const std::string& entry : Journal()) {
-    if (entry.starts_with("tested")) tested.push_back(entry.substr(7, entry.find(' ', 7) - 7));
+    if (entry.starts_with("tested")) {
+      tested.push_back(entry.substr(7, entry.find(' ', 7) - 7));
+    }
   }
   EXPECT_THAT(tested, ElementsAre("10", "9", "B", "a", "b"));
 }

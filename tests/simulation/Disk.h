@@ -1,12 +1,12 @@
 #pragma once
 
-#include <functional>
-#include <string>
-#include <vector>
-
 #include "tests/simulation/Random.h"
 #include "tests/support/FailingFileSystem.h"
 #include "tests/support/MemoryFileSystem.h"
+
+#include <functional>
+#include <string>
+#include <vector>
 
 namespace Simulation {
 

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "tests/proof/PlainSchedule.h"
+#include "tests/simulation/Random.h"
+
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "tests/proof/PlainSchedule.h"
-#include "tests/simulation/Random.h"
 
 namespace Simulation {
 

@@ -1,15 +1,15 @@
 #pragma once
 
+#include "tests/simulation/Disk.h"
+#include "tests/simulation/Document.h"
+#include "tests/simulation/Random.h"
+#include "tests/simulation/Verdict.h"
+
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <thread>
-
-#include "tests/simulation/Disk.h"
-#include "tests/simulation/Document.h"
-#include "tests/simulation/Random.h"
-#include "tests/simulation/Verdict.h"
 
 namespace Simulation {
 

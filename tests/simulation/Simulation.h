@@ -1,5 +1,12 @@
 #pragma once
 
+#include "scheduler/TaskSchedulerObject.h"
+#include "tests/simulation/Disk.h"
+#include "tests/simulation/Host.h"
+#include "tests/simulation/Ledger.h"
+#include "tests/simulation/Random.h"
+#include "tests/simulation/Verdict.h"
+
 #include <VirtualTime/VirtualClock.h>
 #include <VirtualTime/Zone.h>
 
@@ -8,13 +15,6 @@
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "scheduler/TaskSchedulerObject.h"
-#include "tests/simulation/Disk.h"
-#include "tests/simulation/Host.h"
-#include "tests/simulation/Ledger.h"
-#include "tests/simulation/Random.h"
-#include "tests/simulation/Verdict.h"
 
 namespace Simulation {
 

@@ -5,6 +5,8 @@
 //
 // Exit status 0 when nothing was violated, 1 when something was; the seed that is printed then
 // tells the same story every time.
+#include "tests/simulation/Simulation.h"
+
 #include <malloc.h>
 #include <unistd.h>
 
@@ -13,8 +15,6 @@
 #include <iostream>
 #include <optional>
 #include <string>
-
-#include "tests/simulation/Simulation.h"
 
 namespace {
 

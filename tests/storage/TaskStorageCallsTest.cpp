@@ -1,16 +1,15 @@
 // What the storage asks of the base library, call by call, and what it makes of every answer. The
 // routines are replaced at link time: definitions in the program come before a library's.
 #include "storage/TaskStorage.h"
-
 #include "tests/support/FakeHost.h"
 #include "tests/support/LockState.h"
-
-#include <gtest/gtest.h>
 
 #include <BaseSDK/AFile.h>
 #include <BaseSDK/AMutex.h>
 #include <BaseSDK/AUtf8Encoding.h>
 #include <BaseSDK/Sys.h>
+
+#include <gtest/gtest.h>
 
 #include <deque>
 #include <functional>
@@ -50,7 +49,9 @@ void Note(const Parts&... parts) {
   std::ostringstream text;
   (text << ... << parts);
   library.m_Calls.push_back(text.str());
-  if (library.m_OnCall) library.m_OnCall();
+  if (library.m_OnCall) {
+    library.m_OnCall();
+  }
 }
 
 /// Opens one private member: an explicit instantiation may name it.
@@ -69,7 +70,9 @@ namespace BaseSDK {
 
 unsigned long AFile::MakeTemp(const AString& nameTemplate, AString& name) {
   Note("MakeTemp ", nameTemplate.ToUtf8());
-  if (library.m_MakeTemp == 0) name = nameTemplate + L"a1B2c3";
+  if (library.m_MakeTemp == 0) {
+    name = nameTemplate + L"a1B2c3";
+  }
   return library.m_MakeTemp;
 }
 
@@ -402,7 +405,9 @@ TEST_F(TaskStorageCallsTest, EveryOperationHoldsTheLockThroughoutAndLetsItGo) {
     seen.clear();
     operation();
     EXPECT_EQ(looks, seen.size()) << name;
-    for (const bool isFree : seen) EXPECT_FALSE(isFree) << name;
+    for (const bool isFree : seen) {
+      EXPECT_FALSE(isFree) << name;
+    }
     EXPECT_TRUE(TestSupport::IsFree(lock)) << name;
   };
   holds("AddTask", 4, [&] { (void)Add(L"T1"); });

@@ -1,6 +1,5 @@
 // Every file system call of every operation failing, one after the other.
 #include "storage/TaskStorage.h"
-
 #include "tests/sdk/base/FailingFileSystem.h"
 #include "tests/support/FakeHost.h"
 #include "tests/support/TempDir.h"

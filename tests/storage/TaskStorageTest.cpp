@@ -4,9 +4,9 @@
 #include "tests/support/RawSlots.h"
 #include "tests/support/TempDir.h"
 
-#include <gtest/gtest.h>
-
 #include <BaseSDK/AResult.h>
+
+#include <gtest/gtest.h>
 
 #include <cerrno>
 #include <set>

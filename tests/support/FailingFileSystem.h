@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/support/ForwardingFileSystem.h"
+
 #include <BaseSDK/AMutex.h>
 #include <BaseSDK/ThreadAnnotations.h>
 
@@ -8,8 +10,6 @@
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "tests/support/ForwardingFileSystem.h"
 
 namespace TestSupport {
 

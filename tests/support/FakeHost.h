@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/support/FakeHandler.h"
+
 #include <AgentSDK/AHost.h>
 #include <BaseSDK/AGuid.h>
 #include <BaseSDK/AMutex.h>
@@ -12,8 +14,6 @@
 #include <ostream>
 #include <utility>
 #include <vector>
-
-#include "tests/support/FakeHandler.h"
 
 namespace TestSupport {
 

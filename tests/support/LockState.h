@@ -12,7 +12,9 @@ namespace TestSupport {
 inline bool IsFree(BaseSDK::AMutex& lock) {
   return std::async(std::launch::async,
                     [&lock] {
-                      if (!lock.TryLock()) return false;
+                      if (!lock.TryLock()) {
+                        return false;
+                      }
                       lock.Unlock();
                       return true;
                     })

@@ -20,7 +20,9 @@ class LogCapture::Sink : public BaseSDK::ALogSink {
     try {
       const Line line{record.m_Level, record.m_Channel, record.m_Message, record.m_Source,
                       record.m_Line};
-      if (const Observer observer = Keep(line)) observer(line);
+      if (const Observer observer = Keep(line)) {
+        observer(line);
+      }
     } catch (const std::bad_alloc&) {
       // Where a test takes the memory away, the line is lost, as it would be on a full machine.
     }

@@ -17,14 +17,18 @@ namespace {
 
 void* Load(const std::string& path) {
   void* const handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (handle == nullptr) throw std::runtime_error(dlerror());
+  if (handle == nullptr) {
+    throw std::runtime_error(dlerror());
+  }
   return handle;
 }
 
 template <class Function>
 Function Resolve(void* handle, const char* name) {
   void* const symbol = dlsym(handle, name);
-  if (symbol == nullptr) throw std::runtime_error(std::string("no function ") + name);
+  if (symbol == nullptr) {
+    throw std::runtime_error(std::string("no function ") + name);
+  }
   return reinterpret_cast<Function>(symbol);
 }
 
@@ -36,7 +40,9 @@ std::string Bytes(const std::string& path) {
 template <class T>
 T At(const std::string& bytes, std::size_t offset) {
   T value{};
-  if (offset + sizeof(T) > bytes.size()) throw std::runtime_error("cut short");
+  if (offset + sizeof(T) > bytes.size()) {
+    throw std::runtime_error("cut short");
+  }
   std::memcpy(&value, bytes.data() + offset, sizeof(T));
   return value;
 }
@@ -56,7 +62,9 @@ PluginLibrary::~PluginLibrary() {
 
 INoxInterfaceFactory* PluginLibrary::Factory() const {
   BaseSDK::AString value;
-  if (GetAttribute("InterfaceFactory", value) < 1) return nullptr;
+  if (GetAttribute("InterfaceFactory", value) < 1) {
+    return nullptr;
+  }
   const unsigned long long address = std::stoull(value.ToUtf8(), nullptr, 16);
   return reinterpret_cast<INoxInterfaceFactory*>(static_cast<std::uintptr_t>(address));
 }
@@ -73,11 +81,15 @@ std::vector<std::string> PluginLibrary::Exports(const std::string& path) {
   std::vector<std::string> names;
   for (std::size_t i = 0; i < header.e_shnum; ++i) {
     const Section table = sectionAt(i);
-    if (table.sh_type != SHT_DYNSYM) continue;
+    if (table.sh_type != SHT_DYNSYM) {
+      continue;
+    }
     const Section strings = sectionAt(table.sh_link);
     for (std::size_t at = 0; at < table.sh_size; at += sizeof(Symbol)) {
       const auto symbol = At<Symbol>(bytes, table.sh_offset + at);
-      if (symbol.st_shndx == SHN_UNDEF) continue;
+      if (symbol.st_shndx == SHN_UNDEF) {
+        continue;
+      }
       names.emplace_back(bytes.c_str() + strings.sh_offset + symbol.st_name);
     }
   }

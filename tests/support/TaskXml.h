@@ -1,11 +1,11 @@
 #pragma once
 
+#include "tests/support/TriggerXml.h"
+
 #include <BaseSDK/AString.h>
 
 #include <optional>
 #include <string>
-
-#include "tests/support/TriggerXml.h"
 
 namespace TestSupport {
 

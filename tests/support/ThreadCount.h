@@ -17,12 +17,18 @@ inline std::size_t CountThreads() {
   for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task")) {
     std::ifstream file(thread.path() / "stat");
     std::string stat;
-    if (!std::getline(file, stat)) continue;  // gone meanwhile
+    if (!std::getline(file, stat)) {
+      continue;  // gone meanwhile
+    }
     std::istringstream fields(stat.substr(stat.rfind(')') + 1));
     std::string other;
-    for (int field = 0; field < 6; ++field) fields >> other;
+    for (int field = 0; field < 6; ++field) {
+      fields >> other;
+    }
     unsigned long flags = 0;
-    if (fields >> flags && (flags & Exiting) == 0) ++count;
+    if (fields >> flags && (flags & Exiting) == 0) {
+      ++count;
+    }
   }
   return count;
 }

@@ -1,3 +1,6 @@
+#include "FileBytes.h"
+#include "Retry.h"
+
 #include <BaseSDK/AFile.h>
 #include <BaseSDK/AFileSystem.h>
 #include <BaseSDK/AResult.h>
@@ -11,9 +14,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "FileBytes.h"
-#include "Retry.h"
 
 namespace BaseSDK {
 

@@ -1,8 +1,8 @@
+#include "ALogRegistry.h"
+
 #include <BaseSDK/ALogConfig.h>
 
 #include <array>
-
-#include "ALogRegistry.h"
 
 namespace BaseSDK {
 

@@ -1,6 +1,6 @@
-#include <BaseSDK/ALogger.h>
-
 #include "ALogRegistry.h"
+
+#include <BaseSDK/ALogger.h>
 
 namespace BaseSDK {
 

@@ -21,9 +21,13 @@ std::time_t WithOffsetOfDayBefore(std::time_t moment, const std::tm& wanted) {
   std::tm before{};
   std::tm normal = wanted;  // timegm makes 32 October the 1 November that a clock can show
   const std::time_t utc = timegm(&normal);
-  if (utc == -1 || localtime_r(&dayBefore, &before) == nullptr) return moment;
+  if (utc == -1 || localtime_r(&dayBefore, &before) == nullptr) {
+    return moment;
+  }
   const std::time_t candidate = utc - before.tm_gmtoff;
-  if (candidate == moment) return moment;
+  if (candidate == moment) {
+    return moment;
+  }
   return ShowsSameClock(candidate, normal) || !ShowsSameClock(moment, normal) ? candidate : moment;
 }
 
@@ -38,10 +42,16 @@ long MakeTime32(std::tm& fields) {
   const std::time_t moment = std::mktime(&fields);
   // Compared as 64 bits: a 32-bit time_t is always in the range, a 64-bit one may not be.
   const std::int64_t wide = moment;
-  if (wide < Long32Min || wide > Long32Max) return -1;
-  if (wide == -1 || wanted.tm_isdst >= 0 || NearEndOfRange(wide)) return static_cast<long>(wide);
+  if (wide < Long32Min || wide > Long32Max) {
+    return -1;
+  }
+  if (wide == -1 || wanted.tm_isdst >= 0 || NearEndOfRange(wide)) {
+    return static_cast<long>(wide);
+  }
   const std::time_t settled = WithOffsetOfDayBefore(moment, wanted);
-  if (settled != moment) localtime_r(&settled, &fields);
+  if (settled != moment) {
+    localtime_r(&settled, &fields);
+  }
   return static_cast<long>(settled);
 }
 

@@ -1,3 +1,5 @@
+#include "Utf8.h"
+
 #include <BaseSDK/ALong32.h>
 #include <BaseSDK/AString.h>
 
@@ -5,8 +7,6 @@
 #include <charconv>
 #include <cstdint>
 #include <type_traits>
-
-#include "Utf8.h"
 
 namespace BaseSDK {
 

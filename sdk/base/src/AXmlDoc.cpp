@@ -1,14 +1,15 @@
+#include "XmlScanner.h"
+
 #include <BaseSDK/AXmlDoc.h>
+
+#include <pugixml.hpp>
 
 #include <algorithm>
 #include <cstdint>
 #include <iterator>
-#include <pugixml.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "XmlScanner.h"
 
 namespace BaseSDK {
 

@@ -1,13 +1,13 @@
 #include "FileBytes.h"
 
+#include "Retry.h"
+
 #include <BaseSDK/AFileSystem.h>
 
 #include <fcntl.h>
 
 #include <array>
 #include <cerrno>
-
-#include "Retry.h"
 
 namespace BaseSDK {
 

@@ -1,9 +1,9 @@
+#include "FileBytes.h"
+#include "Retry.h"
+
 #include <BaseSDK/AFileSystem.h>
 #include <BaseSDK/AResult.h>
 #include <BaseSDK/Sys.h>
-
-#include "FileBytes.h"
-#include "Retry.h"
 
 namespace BaseSDK::Wrappers {
 

@@ -1,9 +1,9 @@
 #include "XmlCursor.h"
 
-#include <algorithm>
-
 #include "Utf8.h"
 #include "XmlCharacter.h"
+
+#include <algorithm>
 
 namespace BaseSDK {
 

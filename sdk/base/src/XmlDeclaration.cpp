@@ -1,10 +1,10 @@
 #include "XmlDeclaration.h"
 
+#include "XmlCursor.h"
+
 #include <algorithm>
 #include <array>
 #include <string_view>
-
-#include "XmlCursor.h"
 
 namespace BaseSDK {
 

@@ -1,8 +1,8 @@
 #include "XmlDocType.h"
 
-#include <string_view>
-
 #include "XmlCursor.h"
+
+#include <string_view>
 
 namespace BaseSDK {
 

@@ -1,11 +1,11 @@
 #include "XmlScanner.h"
 
-#include <cstdint>
-#include <string>
-
 #include "XmlCharacter.h"
 #include "XmlDeclaration.h"
 #include "XmlDocType.h"
+
+#include <cstdint>
+#include <string>
 
 namespace BaseSDK {
 

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "XmlCursor.h"
+
 #include <cstddef>
 #include <set>
 #include <string_view>
 #include <vector>
-
-#include "XmlCursor.h"
 
 namespace BaseSDK {
 

@@ -1,6 +1,6 @@
-#include <AgentInterfacesV3/AMsgQueue.h>
-
 #include "AMsgChannel.h"
+
+#include <AgentInterfacesV3/AMsgQueue.h>
 
 namespace Corvane::AgentInterfacesV3 {
 

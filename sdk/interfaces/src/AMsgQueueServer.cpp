@@ -1,6 +1,6 @@
-#include <AgentInterfacesV3/AMsgQueueServer.h>
-
 #include "AMsgChannel.h"
+
+#include <AgentInterfacesV3/AMsgQueueServer.h>
 
 namespace Corvane::AgentInterfacesV3 {
 

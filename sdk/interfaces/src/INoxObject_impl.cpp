@@ -1,11 +1,11 @@
+#include "RequestDecoding.h"
+
 #include <AgentInterfacesV3/INoxObjectTable.h>
 #include <AgentInterfacesV3/INoxObject_impl.h>
 
 #include <exception>
 #include <new>
 #include <utility>
-
-#include "RequestDecoding.h"
 
 namespace Corvane::AgentInterfacesV3 {
 namespace {

@@ -1,7 +1,7 @@
+#include "RequestDecoding.h"
+
 #include <AgentInterfacesV3/INoxScheduledTaskHandlerTable.h>
 #include <AgentInterfacesV3/INoxScheduledTaskHandler_impl.h>
-
-#include "RequestDecoding.h"
 
 namespace Corvane::AgentInterfacesV3 {
 

@@ -1,7 +1,7 @@
+#include "RequestDecoding.h"
+
 #include <AgentInterfacesV3/INoxTaskSchedulerTable.h>
 #include <AgentInterfacesV3/INoxTaskScheduler_impl.h>
-
-#include "RequestDecoding.h"
 
 namespace Corvane::AgentInterfacesV3 {
 

@@ -1,7 +1,7 @@
+#include "RequestDecoding.h"
+
 #include <AgentInterfacesV3/INoxVeskClientAgentTable.h>
 #include <AgentInterfacesV3/INoxVeskClientAgent_impl.h>
-
-#include "RequestDecoding.h"
 
 namespace Corvane::AgentInterfacesV3 {
 

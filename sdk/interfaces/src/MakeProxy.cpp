@@ -1,3 +1,5 @@
+#include "RequestEncoding.h"
+
 #include <AgentInterfacesV3/INoxScheduledTaskHandler.h>
 #include <AgentInterfacesV3/INoxScheduledTaskHandlerTable.h>
 #include <AgentInterfacesV3/INoxTaskScheduler.h>
@@ -6,8 +8,6 @@
 #include <AgentInterfacesV3/MakeProxy.h>
 
 #include <utility>
-
-#include "RequestEncoding.h"
 
 namespace Corvane::AgentInterfacesV3 {
 namespace {

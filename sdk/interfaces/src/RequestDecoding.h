@@ -1,10 +1,10 @@
 #pragma once
 
-#include <array>
-#include <tuple>
-
 #include "ArgumentBinding.h"
 #include "RequestCheck.h"
+
+#include <array>
+#include <tuple>
 
 namespace Corvane::AgentInterfacesV3 {
 

@@ -1,13 +1,13 @@
 #pragma once
 
+#include "AMsgChannel.h"
+#include "ArgumentBinding.h"
+
 #include <AgentInterfacesV3/INoxObject.h>
 #include <BaseSDK/ALong32.h>
 
 #include <memory>
 #include <tuple>
-
-#include "AMsgChannel.h"
-#include "ArgumentBinding.h"
 
 namespace Corvane::AgentInterfacesV3 {
 

@@ -1,12 +1,12 @@
 // BaseSDK::AEvent again, on virtual time; found first because it is the executable's own.
+#include "Timeline.h"
+
 #include <BaseSDK/AEvent.h>
 #include <BaseSDK/AThreadRest.h>
 
 #include <algorithm>
 #include <deque>
 #include <utility>
-
-#include "Timeline.h"
 
 namespace BaseSDK {
 

@@ -1,10 +1,10 @@
 // Two functions of the C library, found before the library's own because they are the executable's.
+#include "Timeline.h"
+
 #include <sys/select.h>
 
 #include <cstdint>
 #include <ctime>
-
-#include "Timeline.h"
 
 using VirtualTime::Timeline;
 

@@ -1,6 +1,6 @@
-#include <BaseSDK/ThreadHooks.h>
-
 #include "Timeline.h"
+
+#include <BaseSDK/ThreadHooks.h>
 
 // Found before those of the base library, because they are the executable's own.
 namespace BaseSDK::Platform {

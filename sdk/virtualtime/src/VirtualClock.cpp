@@ -1,8 +1,8 @@
+#include "Timeline.h"
+
 #include <VirtualTime/VirtualClock.h>
 
 #include <utility>
-
-#include "Timeline.h"
 
 namespace VirtualTime {
 

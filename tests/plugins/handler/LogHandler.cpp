@@ -23,7 +23,9 @@ class LogHandler_i : public virtual INoxScheduledTaskHandler_impl, public APlugi
   // What the scheduler asks for, on its own thread: the tasks that are due.
   long RunTasksEx(const AString& batch) override {
     const AStringTokenizer entries(batch, L";");
-    for (std::size_t i = 0; i < entries.Count(); ++i) Run(AStringTokenizer(entries.Token(i), L":"));
+    for (std::size_t i = 0; i < entries.Count(); ++i) {
+      Run(AStringTokenizer(entries.Token(i), L":"));
+    }
     return 1;  // accepted: the scheduler records "Ok" for every one of them
   }
   long RunTasks(const AString& batch) override { return RunTasksEx(batch); }
@@ -38,7 +40,9 @@ class LogHandler_i : public virtual INoxScheduledTaskHandler_impl, public APlugi
   int Uninitialize(unsigned int /*forced*/) override { return 1; }
   int GetVersion() override { return 3; }
   int GetAttribute(const char* name, AString& value) override {
-    if (std::strcmp(name, "InterfaceFactory") != 0) return -1;
+    if (std::strcmp(name, "InterfaceFactory") != 0) {
+      return -1;
+    }
     INoxInterfaceFactory* const factory = this;
     value.SetNum(static_cast<unsigned long>(reinterpret_cast<std::uintptr_t>(factory)), 'x');
     return 1;
@@ -48,9 +52,12 @@ class LogHandler_i : public virtual INoxScheduledTaskHandler_impl, public APlugi
   }
   int QueryInterface(const AGuid& interfaceId, void*& object) override {
     object = nullptr;
-    if (interfaceId == IID_INoxScheduledTaskHandler)
+    if (interfaceId == IID_INoxScheduledTaskHandler) {
       object = static_cast<INoxScheduledTaskHandler_impl*>(this);
-    if (interfaceId == IID_INoxObject) object = static_cast<INoxObject_impl*>(this);
+    }
+    if (interfaceId == IID_INoxObject) {
+      object = static_cast<INoxObject_impl*>(this);
+    }
     return object == nullptr ? -1 : 0;
   }
 

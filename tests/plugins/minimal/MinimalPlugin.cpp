@@ -21,7 +21,9 @@ class MinimalObject_i : public virtual INoxObject_impl, public APluginBase {
   int Initialize() override { return 1; }
   int Uninitialize(unsigned int /*forced*/) override { return 1; }
   int GetAttribute(const char* name, AString& value) override {
-    if (std::strcmp(name, "InterfaceFactory") != 0) return -1;
+    if (std::strcmp(name, "InterfaceFactory") != 0) {
+      return -1;
+    }
     INoxInterfaceFactory* const factory = this;
     value.SetNum(static_cast<unsigned long>(reinterpret_cast<std::uintptr_t>(factory)), 'x');
     return 1;

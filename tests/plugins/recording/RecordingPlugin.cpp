@@ -1,6 +1,8 @@
 // A plug-in for tests of the agent: it serves the scheduler's and the handler's interfaces without
 // doing their work, remembers what it was told, and holds on, fails or refuses as its configuration
 // and the requests say. Its report lists what it was told, a line each.
+#include "Common/PluginBase.h"
+
 #include <AgentInterfacesV3/AMsgIn.h>
 #include <AgentInterfacesV3/INoxScheduledTaskHandlerTable.h>
 #include <AgentInterfacesV3/INoxScheduledTaskHandler_impl.h>
@@ -9,6 +11,7 @@
 #include <AgentSDK/NTracker.h>
 #include <BaseSDK/AMutex.h>
 #include <BaseSDK/AText.h>
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -18,8 +21,6 @@
 #include <stdexcept>
 #include <thread>
 #include <vector>
-
-#include "Common/PluginBase.h"
 
 using namespace Corvane::AgentInterfacesV3;
 using BaseSDK::AGuid;

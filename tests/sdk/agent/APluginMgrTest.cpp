@@ -1,7 +1,8 @@
-#include <AgentSDK/APluginMgr.h>
-#include <gtest/gtest.h>
-
 #include "tests/support/FakeHost.h"
+
+#include <AgentSDK/APluginMgr.h>
+
+#include <gtest/gtest.h>
 
 namespace {
 

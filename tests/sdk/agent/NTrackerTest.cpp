@@ -1,7 +1,8 @@
-#include <AgentSDK/NTracker.h>
-#include <gtest/gtest.h>
-
 #include "tests/support/FakeHost.h"
+
+#include <AgentSDK/NTracker.h>
+
+#include <gtest/gtest.h>
 
 namespace {
 

@@ -1,4 +1,5 @@
 #include <BaseSDK/ADateTime.h>
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>

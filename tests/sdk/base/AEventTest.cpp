@@ -1,5 +1,9 @@
+#include "SystemClockDouble.h"
+
 #include <BaseSDK/AEvent.h>
+
 #include <gtest/gtest.h>
+
 #include <sys/timerfd.h>
 
 #include <chrono>
@@ -9,8 +13,6 @@
 #include <system_error>
 #include <thread>
 #include <vector>
-
-#include "SystemClockDouble.h"
 
 namespace BaseSDK {
 namespace {

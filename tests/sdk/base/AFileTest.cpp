@@ -1,16 +1,18 @@
+#include "FailingFileSystem.h"
+#include "ScratchDirectory.h"
+
 #include <BaseSDK/AFile.h>
 #include <BaseSDK/AResult.h>
 #include <BaseSDK/AUtf8Encoding.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
 #include <sys/stat.h>
 
 #include <cerrno>
 #include <filesystem>
 #include <string>
-
-#include "FailingFileSystem.h"
-#include "ScratchDirectory.h"
 
 namespace BaseSDK {
 namespace {

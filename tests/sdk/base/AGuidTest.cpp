@@ -1,4 +1,5 @@
 #include <BaseSDK/AGuid.h>
+
 #include <gtest/gtest.h>
 
 namespace BaseSDK {

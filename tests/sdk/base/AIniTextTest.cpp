@@ -1,4 +1,5 @@
 #include <BaseSDK/AIniText.h>
+
 #include <gtest/gtest.h>
 
 namespace {

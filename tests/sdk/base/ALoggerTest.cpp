@@ -1,9 +1,13 @@
+#include "ScratchDirectory.h"
+
 #include <BaseSDK/ALogConfig.h>
 #include <BaseSDK/ALogSinks.h>
 #include <BaseSDK/ALogger.h>
 #include <BaseSDK/AMutex.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
 #include <pty.h>
 #include <unistd.h>
 
@@ -13,8 +17,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "ScratchDirectory.h"
 
 namespace BaseSDK {
 namespace {

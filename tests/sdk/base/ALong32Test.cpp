@@ -1,4 +1,5 @@
 #include <BaseSDK/ALong32.h>
+
 #include <gtest/gtest.h>
 
 namespace BaseSDK {

@@ -1,5 +1,6 @@
 #include <BaseSDK/ALtstr.h>
 #include <BaseSDK/AMap.h>
+
 #include <gtest/gtest.h>
 
 namespace BaseSDK {

@@ -1,4 +1,5 @@
 #include <BaseSDK/AResult.h>
+
 #include <gtest/gtest.h>
 
 #include <cerrno>

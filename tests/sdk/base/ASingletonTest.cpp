@@ -1,7 +1,9 @@
 #include <BaseSDK/ALogger.h>
 #include <BaseSDK/ASingleton.h>
-#include <dlfcn.h>
+
 #include <gtest/gtest.h>
+
+#include <dlfcn.h>
 
 namespace BaseSDK {
 namespace {

@@ -1,6 +1,7 @@
 #include <BaseSDK/AString.h>
 #include <BaseSDK/AStringEncoder.h>
 #include <BaseSDK/AUtf8Encoding.h>
+
 #include <gtest/gtest.h>
 
 #include <climits>

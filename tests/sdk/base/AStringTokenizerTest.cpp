@@ -1,4 +1,5 @@
 #include <BaseSDK/AStringTokenizer.h>
+
 #include <gtest/gtest.h>
 
 #include <vector>

@@ -1,4 +1,5 @@
 #include <BaseSDK/AText.h>
+
 #include <gtest/gtest.h>
 
 namespace BaseSDK {

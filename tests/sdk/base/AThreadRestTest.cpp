@@ -1,6 +1,7 @@
 #include <BaseSDK/AEvent.h>
 #include <BaseSDK/AThread.h>
 #include <BaseSDK/AThreadRest.h>
+
 #include <gtest/gtest.h>
 
 #include <atomic>

@@ -2,8 +2,10 @@
 #include <BaseSDK/AMutex.h>
 #include <BaseSDK/AThread.h>
 #include <BaseSDK/ThreadHooks.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
 #include <pthread.h>
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 #include <BaseSDK/AUrl.h>
+
 #include <gtest/gtest.h>
 
 #include <string>

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <BaseSDK/AXmlDoc.h>
+
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -30,7 +31,9 @@ inline void Check(const AString& text, const Row& row) {
 
 template <std::size_t Count>
 void CheckAll(const Row (&rows)[Count]) {
-  for (const Row& row : rows) Check(AString(row.m_Text), row);
+  for (const Row& row : rows) {
+    Check(AString(row.m_Text), row);
+  }
 }
 
 }  // namespace BaseSDK

@@ -1,4 +1,5 @@
 #include <BaseSDK/AXmlDoc.h>
+
 #include <gtest/gtest.h>
 
 #include <string>

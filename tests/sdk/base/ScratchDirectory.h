@@ -1,6 +1,7 @@
 #pragma once
 
 #include <BaseSDK/AString.h>
+
 #include <gtest/gtest.h>
 
 #include <cerrno>

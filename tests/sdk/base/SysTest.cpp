@@ -1,17 +1,19 @@
+#include "FailingFileSystem.h"
+#include "ScratchDirectory.h"
+
 #include <BaseSDK/AResult.h>
 #include <BaseSDK/Sys.h>
-#include <fcntl.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <set>
 #include <string>
-
-#include "FailingFileSystem.h"
-#include "ScratchDirectory.h"
 
 namespace BaseSDK::Wrappers {
 namespace {

@@ -4,6 +4,7 @@
 #include <AgentInterfacesV3/INoxTaskScheduler.h>
 #include <AgentInterfacesV3/INoxVeskClientAgent.h>
 #include <AgentInterfacesV3/InterfaceIds.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -1,5 +1,6 @@
 #include <AgentInterfacesV3/AMsgError.h>
 #include <BaseSDK/AResult.h>
+
 #include <gtest/gtest.h>
 
 #include <set>

@@ -1,4 +1,5 @@
 #include <AgentInterfacesV3/AMsgIn.h>
+
 #include <gtest/gtest.h>
 
 namespace {

@@ -1,4 +1,7 @@
+#include "tests/sdk/interfaces/RecordingObjects.h"
+
 #include <AgentInterfacesV3/AMsgQueue.h>
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -6,8 +9,6 @@
 #include <latch>
 #include <memory>
 #include <thread>
-
-#include "tests/sdk/interfaces/RecordingObjects.h"
 
 namespace {
 

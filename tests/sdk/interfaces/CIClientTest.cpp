@@ -1,13 +1,14 @@
+#include "tests/sdk/interfaces/RawSlots.h"
+#include "tests/support/FakeHandler.h"
+
 #include <AgentInterfacesV3/CIClient.h>
 #include <AgentInterfacesV3/INoxScheduledTaskHandler.h>
+
 #include <gtest/gtest.h>
 
 #include <cstddef>
 #include <new>
 #include <type_traits>
-
-#include "tests/sdk/interfaces/RawSlots.h"
-#include "tests/support/FakeHandler.h"
 
 namespace {
 

@@ -1,8 +1,9 @@
+#include "tests/support/FakeHost.h"
+
 #include <AgentInterfacesV3/CIGetObjectInterface.h>
 #include <AgentInterfacesV3/INoxScheduledTaskHandler.h>
-#include <gtest/gtest.h>
 
-#include "tests/support/FakeHost.h"
+#include <gtest/gtest.h>
 
 namespace {
 

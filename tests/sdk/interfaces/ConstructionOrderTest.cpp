@@ -1,4 +1,5 @@
 #include <AgentInterfacesV3/INoxTaskScheduler_impl.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
+#include "tests/sdk/interfaces/InterfacesPage.h"
+
 #include <fstream>
 #include <iostream>
 #include <iterator>
-
-#include "tests/sdk/interfaces/InterfacesPage.h"
 
 int main(int argc, char** argv) {
   std::ifstream file(argc == 2 ? argv[1] : "");

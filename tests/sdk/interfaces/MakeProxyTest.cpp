@@ -1,3 +1,6 @@
+#include "tests/sdk/interfaces/RecordingObjects.h"
+#include "tests/support/LogCapture.h"
+
 #include <AgentInterfacesV3/AMsgQueue.h>
 #include <AgentInterfacesV3/CIClient.h>
 #include <AgentInterfacesV3/INoxScheduledTaskHandler.h>
@@ -5,14 +8,12 @@
 #include <AgentInterfacesV3/INoxVeskClientAgent.h>
 #include <AgentInterfacesV3/InterfaceIds.h>
 #include <AgentInterfacesV3/MakeProxy.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <limits>
 #include <memory>
-
-#include "tests/sdk/interfaces/RecordingObjects.h"
-#include "tests/support/LogCapture.h"
 
 namespace {
 

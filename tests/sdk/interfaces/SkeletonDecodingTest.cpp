@@ -1,11 +1,12 @@
+#include "tests/sdk/interfaces/RecordingObjects.h"
+
 #include <AgentInterfacesV3/AInterfaceTable.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <limits>
 #include <stdexcept>
-
-#include "tests/sdk/interfaces/RecordingObjects.h"
 
 namespace {
 

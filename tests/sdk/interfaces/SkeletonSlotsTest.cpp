@@ -1,12 +1,13 @@
+#include "tests/sdk/interfaces/RawSlots.h"
+#include "tests/sdk/interfaces/RecordingObjects.h"
+
 #include <AgentInterfacesV3/AMsgIn.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstddef>
 #include <new>
-
-#include "tests/sdk/interfaces/RawSlots.h"
-#include "tests/sdk/interfaces/RecordingObjects.h"
 
 namespace {
 

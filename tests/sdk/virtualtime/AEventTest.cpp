@@ -1,11 +1,12 @@
+#include "tests/support/BodyThread.h"
+
 #include <BaseSDK/AEvent.h>
 #include <VirtualTime/VirtualClock.h>
+
 #include <gtest/gtest.h>
 
 #include <optional>
 #include <ostream>
-
-#include "tests/support/BodyThread.h"
 
 namespace {
 

@@ -1,7 +1,10 @@
 // Who holds the time, who does not, and in which order threads wake.
+#include "tests/support/BodyThread.h"
+
 #include <BaseSDK/AEvent.h>
 #include <BaseSDK/AMutex.h>
 #include <VirtualTime/VirtualClock.h>
+
 #include <gtest/gtest.h>
 
 #include <condition_variable>
@@ -10,8 +13,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "tests/support/BodyThread.h"
 
 namespace {
 

@@ -1,16 +1,18 @@
 // What the library does before Start. Another test of this program may have called Start already,
 // so each of these runs in a process of its own.
+#include "tests/support/BodyThread.h"
+
 #include <BaseSDK/AEvent.h>
 #include <VirtualTime/VirtualClock.h>
+
 #include <gtest/gtest.h>
+
 #include <sys/select.h>
 
 #include <chrono>
 #include <cstdlib>
 #include <ctime>
 #include <functional>
-
-#include "tests/support/BodyThread.h"
 
 namespace {
 

@@ -1,5 +1,7 @@
 #include <VirtualTime/VirtualClock.h>
+
 #include <gtest/gtest.h>
+
 #include <sys/select.h>
 #include <unistd.h>
 

@@ -1,14 +1,15 @@
+#include "tests/support/BodyThread.h"
+
 #include <BaseSDK/ADateTime.h>
 #include <BaseSDK/AEvent.h>
 #include <VirtualTime/VirtualClock.h>
+
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <ctime>
 #include <string>
 #include <vector>
-
-#include "tests/support/BodyThread.h"
 
 namespace {
 

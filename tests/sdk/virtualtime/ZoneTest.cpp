@@ -1,5 +1,6 @@
 #include <VirtualTime/VirtualClock.h>
 #include <VirtualTime/Zone.h>
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>

@@ -1,5 +1,12 @@
 #pragma once
 
+#include "scheduler/TaskSchedulerObject.h"
+#include "tests/support/FakeHandler.h"
+#include "tests/support/FakeHost.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/TaskXml.h"
+#include "tests/support/TempDir.h"
+
 #include <BaseSDK/AString.h>
 #include <VirtualTime/VirtualClock.h>
 #include <VirtualTime/Zone.h>
@@ -7,13 +14,6 @@
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "scheduler/TaskSchedulerObject.h"
-#include "tests/support/FakeHandler.h"
-#include "tests/support/FakeHost.h"
-#include "tests/support/LogCapture.h"
-#include "tests/support/TaskXml.h"
-#include "tests/support/TempDir.h"
 
 namespace TestSupport {
 

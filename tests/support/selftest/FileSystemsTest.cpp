@@ -1,21 +1,23 @@
 // The file systems that tests put in place behave as the system's, but for what they are told.
+#include "tests/support/FailingFileSystem.h"
+#include "tests/support/MemoryFileSystem.h"
+#include "tests/support/TempDir.h"
+
 #include <BaseSDK/AFile.h>
 #include <BaseSDK/AFileSystem.h>
 #include <BaseSDK/AResult.h>
 #include <BaseSDK/AUtf8Encoding.h>
 #include <BaseSDK/Sys.h>
-#include <fcntl.h>
+
 #include <gtest/gtest.h>
+
+#include <fcntl.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "tests/support/FailingFileSystem.h"
-#include "tests/support/MemoryFileSystem.h"
-#include "tests/support/TempDir.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
+#include "tests/support/scheduler/TestScheduler.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
-
-#include "tests/support/scheduler/TestScheduler.h"
 
 namespace {
 
