@@ -14,7 +14,7 @@ using BaseSDK::AString;
 namespace Workbench {
 namespace {
 
-constexpr long startupFinished = 0;
+constexpr long StartupFinished = 0;
 
 std::string Document(const std::string& trigger, const std::string& history) {
   return "<Task Enabled=\"1\">\n\t<HandlerCLSID>" + AString(HandlerClassId).ToUtf8() +
@@ -135,7 +135,7 @@ void Plugin::Start() {
 }
 
 void Plugin::Pass() {
-  (void)m_Scheduler.NotifyObject(startupFinished, 0, L"");
+  (void)m_Scheduler.NotifyObject(StartupFinished, 0, L"");
   WaitUntilAsleep();
 }
 

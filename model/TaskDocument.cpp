@@ -7,8 +7,8 @@ using BaseSDK::AString;
 namespace {
 
 // What AStringTokenizer calls it: empty tokens count, and what follows the third is dropped.
-constexpr int keepEmpty = 1;
-constexpr int runFields = 3;
+constexpr int KeepEmpty = 1;
+constexpr int RunFields = 3;
 
 }  // namespace
 
@@ -23,7 +23,7 @@ AString CTaskDocument::HandlerClassId() const {
 
 CTaskDocument::Run CTaskDocument::LastRun() const {
   const AString entry = m_Doc.SelectSingleNode(L"//RunTime/text()");
-  const BaseSDK::AStringTokenizer fields(entry, L" ", keepEmpty, runFields);
+  const BaseSDK::AStringTokenizer fields(entry, L" ", KeepEmpty, RunFields);
   return {fields.Token(0), fields.Token(1), fields.Token(2)};
 }
 

@@ -12,8 +12,8 @@ using BaseSDK::AXmlDoc;
 
 namespace {
 
-constexpr long secondsPerMinute = 60;
-constexpr long secondsPerHour = 3600;
+constexpr long SecondsPerMinute = 60;
+constexpr long SecondsPerHour = 3600;
 
 /// Decimal; 0 when absent or not a number.
 long ReadNumber(const AXmlDoc& doc, const wchar_t* path) {
@@ -38,9 +38,9 @@ bool ReadDisabled(const AXmlDoc& doc) {
 long ReadSecondsPerUnit(const AXmlDoc& doc) {
   const AString unit = doc.SelectSingleNode(L"/Trigger/@IntervalUnit");
   if (unit.EqualsNoCase(L"HOUR")) {
-    return secondsPerHour;
+    return SecondsPerHour;
   }
-  return unit.EqualsNoCase(L"SECOND") ? 1 : secondsPerMinute;
+  return unit.EqualsNoCase(L"SECOND") ? 1 : SecondsPerMinute;
 }
 
 long KnownTime(const ADateTime& date) {
@@ -103,7 +103,7 @@ bool CTaskTrigger::ReadKind(const AXmlDoc& doc) {
 
 void CTaskTrigger::ReadRepetition(const AXmlDoc& doc) {
   m_Interval = Nox::Mul32(ReadNumber(doc, L"/Trigger/@Interval"), ReadSecondsPerUnit(doc));
-  m_Duration = Nox::Mul32(ReadNumber(doc, L"/Trigger/@Duration"), secondsPerMinute);
+  m_Duration = Nox::Mul32(ReadNumber(doc, L"/Trigger/@Duration"), SecondsPerMinute);
   // Kept on purpose: with an interval a negative duration stays, and then moves the moments that
   // the due test looks at into the future.
   if (m_Interval == 0) {

@@ -13,15 +13,15 @@ namespace {
 
 /// A step of the walk over days. Local days may be longer or shorter; the time of day is taken from
 /// the begin date anew on each.
-constexpr long secondsPerDay = 86400;
+constexpr long SecondsPerDay = 86400;
 /// Later than this after its start a run counts as late.
-constexpr long punctualSeconds = 59;
+constexpr long PunctualSeconds = 59;
 /// The last repetition, at the very end of the active period, may be found this much after it.
-constexpr long graceSeconds = 5;
+constexpr long GraceSeconds = 5;
 /// The search for the next run leaves out the minute that is under way.
-constexpr long searchAheadSeconds = 60;
+constexpr long SearchAheadSeconds = 60;
 /// Twenty years of 365 days: without an end date the search for the next run gives up there.
-constexpr long searchSpanSeconds = 7300 * secondsPerDay;
+constexpr long SearchSpanSeconds = 7300 * SecondsPerDay;
 
 std::tm LocalFields(long moment) {
   const std::time_t time = moment;
@@ -69,7 +69,7 @@ long CTaskTrigger::GetTriggerStartTime(const long& t) const {
   if (start == NoTime) {
     return NoTime;
   }
-  const long days = Sub32(start, m_BeginDate) / secondsPerDay;
+  const long days = Sub32(start, m_BeginDate) / SecondsPerDay;
   if (days < 0) {
     return NoTime;
   }
@@ -125,7 +125,7 @@ bool CTaskTrigger::IsDueAt(long now, bool firstEvent, bool secondEvent, long& sl
 
   const long previous = m_NextRun;
   if (found.m_NextStart < 1 || found.m_NextStart <= now) {
-    CalculateNextRunTime(Add32(now, searchAheadSeconds), expired);
+    CalculateNextRunTime(Add32(now, SearchAheadSeconds), expired);
   } else {
     m_NextRun = found.m_NextStart;
   }
@@ -170,7 +170,7 @@ CTaskTrigger::Finding CTaskTrigger::ExamineDated(long now) const {
   const long start = LatestStartNotYetRun(now);
   found.m_Due = StillToRun(start, now);
   if (found.m_Due) {
-    found.m_Late = Sub32(now, start) > punctualSeconds;
+    found.m_Late = Sub32(now, start) > PunctualSeconds;
   }
   found.m_NextStart = NextStartAfter(now);
   return found;
@@ -195,7 +195,7 @@ long CTaskTrigger::LatestStartNotYetRun(long now) const {
   const long lastRun = *m_pLastRun;
   long candidate = WalkOrigin(now);
   long lastStart = Long32Min;
-  for (long cursor = candidate;; cursor = Add32(cursor, secondsPerDay)) {
+  for (long cursor = candidate;; cursor = Add32(cursor, SecondsPerDay)) {
     const long start = GetTriggerStartTime(cursor);
     if (start > now) {
       return candidate;
@@ -205,7 +205,7 @@ long CTaskTrigger::LatestStartNotYetRun(long now) const {
       if (lastRun == NoTime || lastRun < start) {
         return candidate;
       }
-      if (Repeats() && Sub32(now, start) <= Add32(m_Duration, graceSeconds)) {
+      if (Repeats() && Sub32(now, start) <= Add32(m_Duration, GraceSeconds)) {
         return RepetitionFrom(start, now, 0);
       }
       if (start > lastStart) {
@@ -265,8 +265,8 @@ void CTaskTrigger::CalculateNextRunTime(long from, bool expired) {
   }
 
   const long first = std::max(from, m_BeginDate);
-  const long limit = m_EndDate != NoTime ? m_EndDate : Add32(first, searchSpanSeconds);
-  for (long cursor = first; cursor < limit; cursor = Add32(cursor, secondsPerDay)) {
+  const long limit = m_EndDate != NoTime ? m_EndDate : Add32(first, SearchSpanSeconds);
+  for (long cursor = first; cursor < limit; cursor = Add32(cursor, SecondsPerDay)) {
     const long start = GetTriggerStartTime(cursor);
     if (start == from || (start != NoTime && start > from)) {
       m_NextRun = start;

@@ -18,10 +18,10 @@ using NoxAgent::IniFile;
 
 namespace {
 
-constexpr const char* fileName = "/etc/nox/file.ini";
+constexpr const char* FileName = "/etc/nox/file.ini";
 
 void RequirePlace(const std::exception& error) {
-  Require(std::string(error.what()).find(fileName) != std::string::npos, "an error names the file");
+  Require(std::string(error.what()).find(FileName) != std::string::npos, "an error names the file");
 }
 
 AString Print(const IniFile& file) {
@@ -37,9 +37,9 @@ AString Print(const IniFile& file) {
 
 void ReadConfiguration(const AString& text) {
   try {
-    const IniFile file = IniFile::Parse(fileName, text);
+    const IniFile file = IniFile::Parse(FileName, text);
     const AString printed = Print(file);
-    Require(Print(IniFile::Parse(fileName, printed)) == printed,
+    Require(Print(IniFile::Parse(FileName, printed)) == printed,
             "a configuration reads the same when it is written out");
     NoxAgent::Settings settings;
     NoxAgent::SettingsReader(file, settings).Read();
@@ -53,7 +53,7 @@ void ReadConfiguration(const AString& text) {
 
 void ReadJob(const AString& text) {
   try {
-    const Job job = Job::Parse(fileName, text);
+    const Job job = Job::Parse(FileName, text);
     Require(!job.m_Command.empty() && job.m_TimeoutSeconds >= 0, "a job is complete");
     Require(job.m_Directory.empty() || job.m_Directory[0] == '/', "a directory is absolute");
   } catch (const JobError& error) {

@@ -17,7 +17,7 @@ using Fuzz::Require;
 
 namespace {
 
-constexpr std::array zones = {
+constexpr std::array Zones = {
     "UTC0",
     "CET-1CEST,M3.5.0,M10.5.0/3",        // a gap and a repetition at night
     "EST5EDT,M3.2.0,M11.1.0",            //
@@ -66,7 +66,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::size_t headEnd = std::min(text.Find("\n"), text.Length());
   const BaseSDK::AStringTokenizer head(text.Left(headEnd), " ", 0, 3);
   const auto place = static_cast<std::size_t>(std::max(head.Token(0).ToLong(), 0L));
-  const VirtualTime::Zone zone(zones[place % zones.size()]);
+  const VirtualTime::Zone zone(Zones[place % Zones.size()]);
   long lastRun = head.Token(1).ToLong();
   const long now = std::max(head.Token(2).ToLong(), 0L);
   VirtualTime::VirtualClock::Instance().Start(now);

@@ -58,10 +58,10 @@ std::ostream& operator<<(std::ostream& out, const Clock& clock) {
              << ':' << clock.m_Minute;
 }
 
-constexpr const char* newYork = "EST5EDT,M3.2.0,M11.1.0";
-constexpr const char* lordHowe = "<+1030>-10:30<+11>-11,M10.1.0,M4.1.0";
-constexpr const char* saoPaulo = "<-03>3<-02>,M10.3.0/0,M2.3.0/0";
-constexpr const char* berlin = "CET-1CEST,M3.5.0,M10.5.0/3";
+constexpr const char* NewYork = "EST5EDT,M3.2.0,M11.1.0";
+constexpr const char* LordHowe = "<+1030>-10:30<+11>-11,M10.1.0,M4.1.0";
+constexpr const char* SaoPaulo = "<-03>3<-02>,M10.3.0/0,M2.3.0/0";
+constexpr const char* Berlin = "CET-1CEST,M3.5.0,M10.5.0/3";
 
 TEST(LocalTime, IsWhatTheFieldsAndTheZoneSayWhateverWasAskedBefore) {
   const struct {
@@ -70,13 +70,13 @@ TEST(LocalTime, IsWhatTheFieldsAndTheZoneSayWhateverWasAskedBefore) {
     long moment;
     const char* why;
   } rows[] = {
-      {newYork, {2024, 11, 3, 1, 30}, 1730611800, "shown twice: the first"},
-      {newYork, {2024, 11, 3, 1, 30, 0}, 1730615400, "a given flag decides by itself"},
-      {newYork, {2024, 3, 10, 2, 30}, 1710055800, "never shown: behind the gap"},
-      {lordHowe, {2024, 4, 7, 1, 45}, 1712414700, "shown twice, half an hour apart"},
-      {lordHowe, {2024, 10, 6, 2, 15}, 1728143100, "never shown, a gap of half an hour"},
-      {saoPaulo, {2018, 10, 21, 0, 0}, 1540090800, "a day that begins at one"},
-      {berlin, {2021, 10, 32, 0, 0}, 1635721200, "the day after a month's last, a change before"},
+      {NewYork, {2024, 11, 3, 1, 30}, 1730611800, "shown twice: the first"},
+      {NewYork, {2024, 11, 3, 1, 30, 0}, 1730615400, "a given flag decides by itself"},
+      {NewYork, {2024, 3, 10, 2, 30}, 1710055800, "never shown: behind the gap"},
+      {LordHowe, {2024, 4, 7, 1, 45}, 1712414700, "shown twice, half an hour apart"},
+      {LordHowe, {2024, 10, 6, 2, 15}, 1728143100, "never shown, a gap of half an hour"},
+      {SaoPaulo, {2018, 10, 21, 0, 0}, 1540090800, "a day that begins at one"},
+      {Berlin, {2021, 10, 32, 0, 0}, 1635721200, "the day after a month's last, a change before"},
       {"UTC0", {2038, 1, 19, 3, 14}, 2147483640, "the last minute of the range"},
       {"UTC0", {2038, 1, 19, 3, 15}, -1, "past the range"},
       {"UTC0", {1901, 12, 13, 20, 45}, -1, "before the range"},
@@ -106,7 +106,7 @@ TEST(LocalTime, NowEndsWith32BitTime) {
 }
 
 TEST(LocalTime, NormalisesTheFields) {
-  const VirtualTime::Zone zone(saoPaulo);
+  const VirtualTime::Zone zone(SaoPaulo);
   std::tm midnight = FieldsOf({2018, 10, 21, 0, 0});
   (void)MakeTime32(midnight);
   EXPECT_EQ(midnight.tm_hour, 1);
@@ -116,7 +116,7 @@ TEST(LocalTime, NormalisesTheFields) {
 // A run's time is written and read by the kit, and its trigger is reckoned here: were the two to
 // part, a run could be taken for another start's.
 TEST(LocalTime, IsTheKitsOnEveryQuarterOfAnHour) {
-  for (const char* name : {newYork, lordHowe, saoPaulo, berlin, "NZST-12NZDT-13,M9.5.0,M4.1.0/3"}) {
+  for (const char* name : {NewYork, LordHowe, SaoPaulo, Berlin, "NZST-12NZDT-13,M9.5.0,M4.1.0/3"}) {
     const VirtualTime::Zone zone(name);
     for (int quarter = 0; quarter < 366 * 96; ++quarter) {
       const Clock clock{2024, 1, 1 + quarter / 96, quarter / 4 % 24, quarter % 4 * 15};

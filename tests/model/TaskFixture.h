@@ -14,7 +14,7 @@
 /// York's, the clock shows noon of Tuesday, 2005-03-01.
 class TaskFixture : public testing::Test {
  protected:
-  static constexpr const char* noon = "2005-03-01 12:00:00";
+  static constexpr const char* Noon = "2005-03-01 12:00:00";
 
   TaskFixture() { EXPECT_TRUE(m_Scheduler.Start()); }
   /// What a test has observed with is gone by now, and taking the scheduler down still logs.
@@ -42,7 +42,7 @@ class TaskFixture : public testing::Test {
     return m_Scheduler.Log().Has(level, message);
   }
 
-  TestSupport::TestScheduler m_Scheduler{newYork, noon};
+  TestSupport::TestScheduler m_Scheduler{NewYork, Noon};
   std::unique_ptr<CTask> m_Task;
   long m_Sleep = 86400;
   bool m_IsLate = false;

@@ -72,14 +72,14 @@ TEST_F(TaskRun, StateReplacesStartedAndKeepsTheTime) {
                             "</TaskHistory>"),
             std::string::npos);
   EXPECT_EQ(task.m_TaskXML.ToUtf8(), FileText());
-  EXPECT_EQ(task.m_LastRun, m_Scheduler.Local(noon));
+  EXPECT_EQ(task.m_LastRun, m_Scheduler.Local(Noon));
 }
 
 TEST_F(TaskRun, FinishedIsTheLastRunOfTheNextLoad) {
   CTask& task = Make(TaskXml().With(daily));
   task.RegisterRun();
   task.SetRunState("Ok");
-  EXPECT_EQ(Make(FileText()).m_LastRun, m_Scheduler.Local(noon));
+  EXPECT_EQ(Make(FileText()).m_LastRun, m_Scheduler.Local(Noon));
 }
 
 TEST_F(TaskRun, UnfinishedIsNoneInTheNextLoad) {
@@ -135,7 +135,7 @@ TEST_F(TaskRun, StateOfARunWithoutADateIsNotWritten) {
 
 TEST_F(TaskRun, StateAfterALateTestTellsOnce) {
   CTask& task = Make(TaskXml().With(daily));
-  EXPECT_TRUE(IsDueAt(noon));
+  EXPECT_TRUE(IsDueAt(Noon));
   ASSERT_TRUE(task.m_Late);
   m_Scheduler.Host().ClearNotifications();
   task.SetRunState("Ok");
@@ -147,7 +147,7 @@ TEST_F(TaskRun, StateAfterALateTestTellsOnce) {
 
 TEST_F(TaskRun, StateAfterALateRunTellsOfTheLatenessAndOfTheDocument) {
   CTask& task = Make(TaskXml().With(daily));
-  EXPECT_TRUE(IsDueAt(noon));
+  EXPECT_TRUE(IsDueAt(Noon));
   task.RegisterRun();
   m_Scheduler.Host().ClearNotifications();
   task.SetRunState("Ok");
@@ -162,7 +162,7 @@ TEST_F(TaskRun, IsOneInstantInMemoryAndInTheFileAlsoWhenTheClockMovesMeanwhile) 
   CTask& task = Make(TaskXml().With(daily));
   m_Scheduler.Host().Observe([this](const auto&) { m_Scheduler.Clock().StepWallClock(7); });
   task.RegisterRun();
-  EXPECT_EQ(task.m_LastRun, m_Scheduler.Local(noon));
+  EXPECT_EQ(task.m_LastRun, m_Scheduler.Local(Noon));
   EXPECT_NE(FileText().find("<RunTime>2005-03-01 12:00:00 Started</RunTime>"), std::string::npos);
 }
 
@@ -180,12 +180,12 @@ TEST_F(TaskRun, IsInTheDocumentFirstThenInTheFileThenTheLastRunThenInTheLog) {
   m_Scheduler.Log().Observe([&](const auto&) { lastRunAtLog = task.m_LastRun; });
   task.RegisterRun();
   EXPECT_EQ(told, 1u);
-  EXPECT_EQ(lastRunAtLog, m_Scheduler.Local(noon));
+  EXPECT_EQ(lastRunAtLog, m_Scheduler.Local(Noon));
 }
 
 TEST_F(TaskRun, StateIsLoggedThenTheLatenessClearedAndToldOfThenWritten) {
   CTask& task = Make(TaskXml().With(daily).LastRun("2005-02-28 08:00:00 Ok"));
-  EXPECT_TRUE(IsDueAt(noon));
+  EXPECT_TRUE(IsDueAt(Noon));
   ASSERT_TRUE(task.m_Late);
   bool lateAtLog = false;
   m_Scheduler.Log().Observe([&](const auto&) { lateAtLog = task.m_Late; });
@@ -207,7 +207,7 @@ TEST_F(TaskRun, DueTestHasSettledTheLatenessWhenItTellsOfANextRun) {
   task.m_Triggers[0]->m_NextRun = 1;
   bool lateWhenTold = false;
   m_Scheduler.Host().Observe([&](const auto&) { lateWhenTold = task.m_Late; });
-  EXPECT_TRUE(IsDueAt(noon));
+  EXPECT_TRUE(IsDueAt(Noon));
   EXPECT_TRUE(lateWhenTold);
 }
 
@@ -223,7 +223,7 @@ TEST_F(TaskRun, GoesOnInMemoryWhenTheFileCannotBeWritten) {
   CTask& task = Make(TaskXml().With(daily).Utf8(), "no/such/directory");
   task.RegisterRun();
   task.SetRunState("Ok");
-  EXPECT_EQ(task.m_LastRun, m_Scheduler.Local(noon));
+  EXPECT_EQ(task.m_LastRun, m_Scheduler.Local(Noon));
   EXPECT_NE(task.m_TaskXML.Find(L"2005-03-01 12:00:00 Ok"), AString::npos);
   EXPECT_TRUE(m_Scheduler.Directory().Names().empty());
 }

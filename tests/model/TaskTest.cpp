@@ -93,7 +93,7 @@ TEST_F(TaskLoad, BuildsItsTriggersInDocumentOrderOnItsOwnLastRun) {
 
 TEST_F(TaskLoad, WorksOutTheClosestRunsWithoutTellingAnyone) {
   const CTask& task = Make(TaskXml().With(daily).With(tomorrow));
-  EXPECT_EQ(task.m_Triggers[0]->m_ClosestRun, m_Scheduler.Local(noon));
+  EXPECT_EQ(task.m_Triggers[0]->m_ClosestRun, m_Scheduler.Local(Noon));
   EXPECT_EQ(Moment::Show(task.m_Triggers[1]->m_ClosestRun), "2005-03-02 08:00:00 -0500");
   EXPECT_EQ(Changes(), 0u);
 }
@@ -110,7 +110,7 @@ TEST_F(TaskLoad, OfADocumentThatDoesNotParseMakesAnEmptyTaskThatAsksToBeDeleted)
   EXPECT_TRUE(task.m_Enabled);
   EXPECT_EQ(task.m_LastRun, -1);
   EXPECT_TRUE(task.m_Triggers.empty());
-  EXPECT_FALSE(IsDueAt(noon));
+  EXPECT_FALSE(IsDueAt(Noon));
   EXPECT_TRUE(m_NeverRun);
   EXPECT_TRUE(m_AllExpired);
   EXPECT_TRUE(m_DeleteTask);
@@ -131,7 +131,7 @@ TEST_F(TaskDue, WhenAnyTriggerIsDue) {
 
 TEST_F(TaskDue, DisabledTriggersKeepATaskFromExpiring) {
   Make(TaskXml().With(TriggerXml(daily).Disabled()).With(expiredDaily));
-  EXPECT_FALSE(IsDueAt(noon));
+  EXPECT_FALSE(IsDueAt(Noon));
   EXPECT_FALSE(m_AllExpired);
   EXPECT_FALSE(m_DeleteTask);
 }
@@ -142,7 +142,7 @@ TEST_F(TaskDue, ADisabledTaskIsNotDueAndWritesNoAnswer) {
   for (const bool flag : {false, true}) {
     m_Sleep = 12345;
     m_IsLate = m_NeverRun = m_AllExpired = m_DeleteTask = m_KillAtEnd = flag;
-    EXPECT_FALSE(IsDueAt(noon));
+    EXPECT_FALSE(IsDueAt(Noon));
     EXPECT_EQ(m_Sleep, 12345);
     for (const bool answer : {m_IsLate, m_NeverRun, m_AllExpired, m_DeleteTask, m_KillAtEnd}) {
       EXPECT_EQ(answer, flag);
@@ -153,12 +153,12 @@ TEST_F(TaskDue, ADisabledTaskIsNotDueAndWritesNoAnswer) {
 
 TEST_F(TaskDue, AsSoonAsPossibleAloneExpiresButIsNotDeleted) {
   CTask& task = Make(TaskXml().With(TriggerXml::Asap()));
-  EXPECT_TRUE(IsDueAt(noon));
+  EXPECT_TRUE(IsDueAt(Noon));
   EXPECT_TRUE(m_NeverRun);
   EXPECT_TRUE(m_AllExpired);
   EXPECT_FALSE(m_DeleteTask);
-  task.m_LastRun = m_Scheduler.Local(noon);
-  EXPECT_FALSE(IsDueAt(noon));
+  task.m_LastRun = m_Scheduler.Local(Noon);
+  EXPECT_FALSE(IsDueAt(Noon));
   EXPECT_FALSE(m_NeverRun);
   EXPECT_TRUE(m_AllExpired);
   EXPECT_FALSE(m_DeleteTask);
@@ -168,7 +168,7 @@ TEST_F(TaskDue, AsSoonAsPossibleBesideAnExpiredTriggerIsNotDeletedInEitherOrder)
   for (const bool asapFirst : {true, false}) {
     Make(asapFirst ? TaskXml().With(TriggerXml::Asap()).With(expiredDaily)
                    : TaskXml().With(expiredDaily).With(TriggerXml::Asap()));
-    EXPECT_TRUE(IsDueAt(noon));
+    EXPECT_TRUE(IsDueAt(Noon));
     EXPECT_TRUE(m_AllExpired);
     EXPECT_FALSE(m_DeleteTask);
   }
@@ -176,11 +176,11 @@ TEST_F(TaskDue, AsSoonAsPossibleBesideAnExpiredTriggerIsNotDeletedInEitherOrder)
 
 TEST_F(TaskDue, IsDeletedWhenEveryTriggerHasExpired) {
   Make(TaskXml().With(expiredDaily).With(expiredDaily));
-  EXPECT_FALSE(IsDueAt(noon));
+  EXPECT_FALSE(IsDueAt(Noon));
   EXPECT_TRUE(m_AllExpired);
   EXPECT_TRUE(m_DeleteTask);
   Make(TaskXml().With(expiredDaily).With(daily));
-  EXPECT_TRUE(IsDueAt(noon));
+  EXPECT_TRUE(IsDueAt(Noon));
   EXPECT_FALSE(m_AllExpired);
   EXPECT_FALSE(m_DeleteTask);
 }
@@ -204,7 +204,7 @@ TEST_F(TaskDue, IsLateWhenADueTriggerIs) {
 
 TEST_F(TaskDue, StaysLateWhenALaterTriggerIsPunctual) {
   Make(TaskXml().With(daily).With(TriggerXml::Daily("2005/03/01 12:00:00")));
-  EXPECT_TRUE(IsDueAt(noon));
+  EXPECT_TRUE(IsDueAt(Noon));
   EXPECT_TRUE(m_IsLate);
 }
 
@@ -212,7 +212,7 @@ TEST_F(TaskDue, IsNotLateWhenOneRunsAsSoonAsPossibleInEitherOrder) {
   for (const bool asapFirst : {true, false}) {
     const CTask& task = Make(asapFirst ? TaskXml().With(TriggerXml::Asap()).With(daily)
                                        : TaskXml().With(daily).With(TriggerXml::Asap()));
-    EXPECT_TRUE(IsDueAt(noon));
+    EXPECT_TRUE(IsDueAt(Noon));
     EXPECT_FALSE(m_IsLate);
     EXPECT_FALSE(task.m_Late);
   }
@@ -220,19 +220,19 @@ TEST_F(TaskDue, IsNotLateWhenOneRunsAsSoonAsPossibleInEitherOrder) {
 
 TEST_F(TaskDue, ForgetsItsLatenessAtTheNextTestThatIsNotLate) {
   CTask& task = Make(TaskXml().With(daily));
-  EXPECT_TRUE(IsDueAt(noon));
+  EXPECT_TRUE(IsDueAt(Noon));
   EXPECT_TRUE(task.m_Late);
-  task.m_LastRun = m_Scheduler.Local(noon);
-  EXPECT_FALSE(IsDueAt(noon));
+  task.m_LastRun = m_Scheduler.Local(Noon);
+  EXPECT_FALSE(IsDueAt(Noon));
   EXPECT_FALSE(task.m_Late);
 }
 
 TEST_F(TaskDue, KillsAtTheEndWhenADueTriggerWantsIt) {
   Make(TaskXml().With(TriggerXml(daily).KillAtEnd()).With(daily));
-  EXPECT_TRUE(IsDueAt(noon));
+  EXPECT_TRUE(IsDueAt(Noon));
   EXPECT_TRUE(m_KillAtEnd);
   Make(TaskXml().With(TriggerXml(tomorrow).KillAtEnd()).With(daily));
-  EXPECT_TRUE(IsDueAt(noon));
+  EXPECT_TRUE(IsDueAt(Noon));
   EXPECT_FALSE(m_KillAtEnd);
 }
 
@@ -241,7 +241,7 @@ TEST_F(TaskDue, SleepsUntilTheEarliestOfItsTriggers) {
            .With(TriggerXml::Daily("2005/03/01 14:00:00"))
            .With(TriggerXml::Daily("2005/03/01 13:00:00"))
            .With(TriggerXml::Daily("2005/03/01 15:00:00")));
-  EXPECT_FALSE(IsDueAt(noon));
+  EXPECT_FALSE(IsDueAt(Noon));
   EXPECT_EQ(m_Sleep, 3600);
   EXPECT_TRUE(m_NeverRun);
 }
@@ -266,7 +266,7 @@ TEST_F(TaskDue, HandsTheFirstEventToTheFirstAndTheSecondToTheSecondKindOfEventTr
 
 TEST_F(TaskDue, TellsThatANextRunMovedOncePerTest) {
   Make(TaskXml().With(daily).With(daily).LastRun("2005-03-01 08:00:00 Ok"));
-  EXPECT_FALSE(IsDueAt(noon));
+  EXPECT_FALSE(IsDueAt(Noon));
   EXPECT_EQ(Changes(), 0u);
   EXPECT_TRUE(IsDueAt("2005-03-02 08:00:00"));
   EXPECT_EQ(Changes(), 1u);
@@ -281,13 +281,13 @@ TEST_F(TaskDue, TellsOfAnyTriggerWhoseNextRunMoved) {
                : TaskXml().With(expiredDaily).With(daily));
     (void)IsDueAt("2005-03-02 08:00:00");
     EXPECT_EQ(Changes(), 1u);
-    m_Scheduler.Clock().Start(m_Scheduler.Local(noon));
+    m_Scheduler.Clock().Start(m_Scheduler.Local(Noon));
   }
 }
 
 TEST_F(TaskDue, RefreshesTheClosestRunOfEachTrigger) {
   CTask& task = Make(TaskXml().With(daily).With(tomorrow));
-  task.m_LastRun = m_Scheduler.Local(noon);
+  task.m_LastRun = m_Scheduler.Local(Noon);
   task.UpdateClosestRun();
   for (const CTaskTrigger* trigger : task.m_Triggers) {
     EXPECT_EQ(Moment::Show(trigger->m_ClosestRun), "2005-03-02 08:00:00 -0500");

@@ -34,16 +34,16 @@ void operator delete(void* memory, std::size_t /*size*/) noexcept {
 
 namespace {
 
-constexpr const char* daily =
+constexpr const char* Daily =
     R"(<Trigger Type="1" Interval="30" Duration="120"><BeginDate>2005/03/01 08:00:00</BeginDate>)"
     "</Trigger>";
-constexpr const char* february30 =
+constexpr const char* February30 =
     R"(<Trigger Type="3"><BeginDate>2005/03/01 08:00:00</BeginDate>)"
     "<DaysOfMonth>536870912</DaysOfMonth><MonthsOfYear>2</MonthsOfYear></Trigger>";
 
 TEST(TaskTriggerAllocation, ADueTestAndTheSearchForTheNextRunTakeNoMemory) {
-  const VirtualTime::Zone zone(newYork);
-  for (const char* xml : {daily, february30}) {
+  const VirtualTime::Zone zone(NewYork);
+  for (const char* xml : {Daily, February30}) {
     AskedTrigger asked(xml, Moment::At("2005-03-01 09:00:00 -0500"));
     CTaskTrigger& trigger = asked.m_Trigger;
     (void)asked.AnswerAt(Moment::At("2006-11-05 08:40:00 -0500"));

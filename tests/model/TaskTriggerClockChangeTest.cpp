@@ -30,13 +30,13 @@ void Check(const RunsRow& row) {
 // (1604210400) becomes 01:00 -0500.
 
 TEST(TaskTriggerClockChange, AStartInTheSkippedHourRunsAfterTheChange) {
-  Check({newYork, R"(<Trigger Type="1"><BeginDate>2020/03/07 02:30:00</BeginDate></Trigger>)",
+  Check({NewYork, R"(<Trigger Type="1"><BeginDate>2020/03/07 02:30:00</BeginDate></Trigger>)",
          "2020-03-07 00:00:00 -0500", "2020-03-10 00:00:00 -0400",
          {"2020-03-07 02:30:00 -0500", "2020-03-08 03:30:00 -0400", "2020-03-09 02:30:00 -0400"}});
 }
 
 TEST(TaskTriggerClockChange, AStartInTheRepeatedHourRunsOnceAtItsFirstShowing) {
-  for (const char* zone : {newYork, "America/New_York"}) {
+  for (const char* zone : {NewYork, "America/New_York"}) {
     Check({zone, R"(<Trigger Type="1"><BeginDate>2020/10/31 01:30:00</BeginDate></Trigger>)",
            "2020-10-31 00:00:00 -0400", "2020-11-04 00:00:00 -0500",
            {"2020-10-31 01:30:00 -0400", "2020-11-01 01:30:00 -0400", "2020-11-02 01:30:00 -0500",
@@ -45,14 +45,14 @@ TEST(TaskTriggerClockChange, AStartInTheRepeatedHourRunsOnceAtItsFirstShowing) {
 }
 
 TEST(TaskTriggerClockChange, AStartInTheFirstHourOfADayOf25HoursRunsOnceADay) {
-  Check({newYork, R"(<Trigger Type="1"><BeginDate>2020/10/31 00:30:00</BeginDate></Trigger>)",
+  Check({NewYork, R"(<Trigger Type="1"><BeginDate>2020/10/31 00:30:00</BeginDate></Trigger>)",
          "2020-10-31 00:00:00 -0400", "2020-11-04 00:00:00 -0500",
          {"2020-10-31 00:30:00 -0400", "2020-11-01 00:30:00 -0400", "2020-11-02 00:30:00 -0500",
           "2020-11-03 00:30:00 -0500"}});
 }
 
 TEST(TaskTriggerClockChange, RepetitionsAreElapsedTimeWhenAnHourIsRepeated) {
-  Check({newYork, R"(<Trigger Interval="30" Duration="180"><BeginDate>2020/11/01 00:00:00</BeginDate></Trigger>)",
+  Check({NewYork, R"(<Trigger Interval="30" Duration="180"><BeginDate>2020/11/01 00:00:00</BeginDate></Trigger>)",
          "2020-10-31 20:00:00 -0400", "2020-11-02 00:00:00 -0500",
          {"2020-11-01 00:00:00 -0400", "2020-11-01 00:30:00 -0400", "2020-11-01 01:00:00 -0400",
           "2020-11-01 01:30:00 -0400", "2020-11-01 01:00:00 -0500", "2020-11-01 01:30:00 -0500",
@@ -60,29 +60,29 @@ TEST(TaskTriggerClockChange, RepetitionsAreElapsedTimeWhenAnHourIsRepeated) {
 }
 
 TEST(TaskTriggerClockChange, RepetitionsAreElapsedTimeWhenAnHourIsSkipped) {
-  Check({newYork, R"(<Trigger Interval="30" Duration="120"><BeginDate>2020/03/08 01:00:00</BeginDate></Trigger>)",
+  Check({NewYork, R"(<Trigger Interval="30" Duration="120"><BeginDate>2020/03/08 01:00:00</BeginDate></Trigger>)",
          "2020-03-07 20:00:00 -0500", "2020-03-09 00:00:00 -0400",
          {"2020-03-08 01:00:00 -0500", "2020-03-08 01:30:00 -0500", "2020-03-08 03:00:00 -0400",
           "2020-03-08 03:30:00 -0400", "2020-03-08 04:00:00 -0400"}});
 }
 
 TEST(TaskTriggerClockChange, AStartInTheLastHourBeforeADayOf23HoursLosesThatDayOnPurpose) {
-  Check({newYork, R"(<Trigger Type="1"><BeginDate>2020/03/06 23:00:00</BeginDate></Trigger>)",
+  Check({NewYork, R"(<Trigger Type="1"><BeginDate>2020/03/06 23:00:00</BeginDate></Trigger>)",
          "2020-03-06 00:00:00 -0500", "2020-03-11 00:00:00 -0400",
          {"2020-03-06 23:00:00 -0500", "2020-03-07 23:00:00 -0500", "2020-03-09 23:00:00 -0400",
           "2020-03-10 23:00:00 -0400"}});
-  Check({newYork, R"(<Trigger Type="1"><BeginDate>2020/03/06 22:59:59</BeginDate></Trigger>)",
+  Check({NewYork, R"(<Trigger Type="1"><BeginDate>2020/03/06 22:59:59</BeginDate></Trigger>)",
          "2020-03-06 00:00:00 -0500", "2020-03-10 00:00:00 -0400",
          {"2020-03-06 22:59:59 -0500", "2020-03-07 22:59:59 -0500", "2020-03-08 22:59:59 -0400",
           "2020-03-09 22:59:59 -0400"}});
 }
 
 TEST(TaskTriggerClockChange, ATwoDayRhythmRunsOnNeighbouringDaysOnPurpose) {
-  Check({newYork, R"(<Trigger Type="1"><BeginDate>2020/03/05 08:00:00</BeginDate><DaysInterval>2</DaysInterval></Trigger>)",
+  Check({NewYork, R"(<Trigger Type="1"><BeginDate>2020/03/05 08:00:00</BeginDate><DaysInterval>2</DaysInterval></Trigger>)",
          "2020-03-05 00:00:00 -0500", "2020-03-13 00:00:00 -0400",
          {"2020-03-05 08:00:00 -0500", "2020-03-07 08:00:00 -0500", "2020-03-08 08:00:00 -0400",
           "2020-03-10 08:00:00 -0400", "2020-03-12 08:00:00 -0400"}});
-  Check({newYork, R"(<Trigger Type="1"><BeginDate>2020/03/07 08:00:00</BeginDate><DaysInterval>2</DaysInterval></Trigger>)",
+  Check({NewYork, R"(<Trigger Type="1"><BeginDate>2020/03/07 08:00:00</BeginDate><DaysInterval>2</DaysInterval></Trigger>)",
          "2020-03-07 00:00:00 -0500", "2020-03-12 00:00:00 -0400",
          {"2020-03-07 08:00:00 -0500", "2020-03-08 08:00:00 -0400", "2020-03-10 08:00:00 -0400"}});
 }
@@ -90,7 +90,7 @@ TEST(TaskTriggerClockChange, ATwoDayRhythmRunsOnNeighbouringDaysOnPurpose) {
 // Lord Howe: 2020-10-04 02:00 +1030 becomes 02:30 +1100; 2020-04-05 02:00 +1100 becomes 01:30 +1030.
 
 TEST(TaskTriggerClockChange, FollowsAHalfHourChange) {
-  for (const char* zone : {lordHowe, "Australia/Lord_Howe"}) {
+  for (const char* zone : {LordHowe, "Australia/Lord_Howe"}) {
     Check({zone, R"(<Trigger Type="1"><BeginDate>2020/10/03 02:15:00</BeginDate></Trigger>)",
            "2020-10-03 00:00:00 +1030", "2020-10-06 00:00:00 +1100",
            {"2020-10-03 02:15:00 +1030", "2020-10-04 02:45:00 +1100", "2020-10-05 02:15:00 +1100"}});
@@ -107,7 +107,7 @@ TEST(TaskTriggerClockChange, FollowsAHalfHourChange) {
 // of the 17th.
 
 TEST(TaskTriggerClockChange, FollowsAChangeAtMidnight) {
-  for (const char* zone : {midnightGap, "America/Sao_Paulo"}) {
+  for (const char* zone : {MidnightGap, "America/Sao_Paulo"}) {
     Check({zone, R"(<Trigger Type="1"><BeginDate>2017/10/14 00:30:00</BeginDate></Trigger>)",
            "2017-10-14 00:00:00 -0300", "2017-10-17 00:00:00 -0200",
            {"2017-10-14 00:30:00 -0300", "2017-10-15 01:30:00 -0200", "2017-10-16 00:30:00 -0200"}});
@@ -125,7 +125,7 @@ TEST(TaskTriggerClockChange, FollowsAChangeAtMidnight) {
 }
 
 TEST(TaskTriggerClockChange, FollowsAZoneWhoseWinterIsTheException) {
-  for (const char* zone : {dublin, "Europe/Dublin"}) {
+  for (const char* zone : {Dublin, "Europe/Dublin"}) {
     Check({zone, R"(<Trigger Type="1"><BeginDate>2020/03/28 01:30:00</BeginDate></Trigger>)",
            "2020-03-28 00:00:00 +0000", "2020-03-31 00:00:00 +0100",
            {"2020-03-28 01:30:00 +0000", "2020-03-29 02:30:00 +0100", "2020-03-30 01:30:00 +0100"}});
@@ -154,19 +154,19 @@ TEST(TaskTriggerClockChange, AStartInASkippedEndOfADayIsLostOnPurpose) {
 }
 
 TEST(TaskTriggerClockChange, ALateRunInTheLastHourBeforeADayOf23HoursDoesNotLoseThatDay) {
-  constexpr const char* trigger = R"(<Trigger Type="1"><BeginDate>2020/03/05 08:00:00</BeginDate></Trigger>)";
+  constexpr const char* Trigger = R"(<Trigger Type="1"><BeginDate>2020/03/05 08:00:00</BeginDate></Trigger>)";
   const DueRow rows[] = {
-      {newYork, trigger, "2020-03-07 23:50:00 -0500", "2020-03-08 08:00:05 -0400", "due", 0, "2020-03-09 08:00:00 -0400"},
+      {NewYork, Trigger, "2020-03-07 23:50:00 -0500", "2020-03-08 08:00:05 -0400", "due", 0, "2020-03-09 08:00:00 -0400"},
   };
   CheckAll(rows);
 }
 
 TEST(TaskTriggerClockChange, TheSecondShowingOfAStartThatRanIsNoStart) {
-  constexpr const char* trigger = R"(<Trigger Type="1"><BeginDate>2020/01/05 01:30:00</BeginDate></Trigger>)";
+  constexpr const char* Trigger = R"(<Trigger Type="1"><BeginDate>2020/01/05 01:30:00</BeginDate></Trigger>)";
   const DueRow rows[] = {
-      {newYork, trigger, "2020-11-01 01:30:00 -0400", "2020-11-01 01:30:00 -0500", "-", 0, "2020-11-02 01:30:00 -0500"},
-      {newYork, trigger, "2020-11-01 01:30:00 -0400", "2020-11-01 12:00:00 -0500", "-", 0, "2020-11-02 01:30:00 -0500"},
-      {newYork, trigger, "2020-10-31 01:30:00 -0400", "2020-11-01 01:30:00 -0500", "late", 0, "2020-11-02 01:30:00 -0500"},
+      {NewYork, Trigger, "2020-11-01 01:30:00 -0400", "2020-11-01 01:30:00 -0500", "-", 0, "2020-11-02 01:30:00 -0500"},
+      {NewYork, Trigger, "2020-11-01 01:30:00 -0400", "2020-11-01 12:00:00 -0500", "-", 0, "2020-11-02 01:30:00 -0500"},
+      {NewYork, Trigger, "2020-10-31 01:30:00 -0400", "2020-11-01 01:30:00 -0500", "late", 0, "2020-11-02 01:30:00 -0500"},
   };
   CheckAll(rows);
 }

@@ -10,157 +10,157 @@
 
 namespace {
 
-constexpr const char* daily = R"(<Trigger Type="1"><BeginDate>2005/03/01 08:00:00</BeginDate></Trigger>)";
+constexpr const char* Daily = R"(<Trigger Type="1"><BeginDate>2005/03/01 08:00:00</BeginDate></Trigger>)";
 
 TEST(TaskTriggerDue, DailyOnItsBeginDay) {
   const DueRow rows[] = {
-      {utc, daily, "-", "2005-02-28 09:00:00 +0000", "-", 0, "2005-03-01 08:00:00 +0000"},
-      {utc, daily, "-", "2005-02-28 23:59:30 +0000", "-", 0, "2005-03-01 08:00:00 +0000"},
-      {utc, daily, "-", "2005-03-01 00:00:00 +0000", "-", 28800, "2005-03-01 08:00:00 +0000"},
-      {utc, daily, "-", "2005-03-01 07:59:59 +0000", "-", 1, "2005-03-01 08:00:00 +0000"},
-      {utc, daily, "-", "2005-03-01 08:00:00 +0000", "due", 0, "2005-03-02 08:00:00 +0000"},
-      {utc, daily, "-", "2005-03-01 08:00:30 +0000", "due", 0, "2005-03-02 08:00:00 +0000"},
+      {Utc, Daily, "-", "2005-02-28 09:00:00 +0000", "-", 0, "2005-03-01 08:00:00 +0000"},
+      {Utc, Daily, "-", "2005-02-28 23:59:30 +0000", "-", 0, "2005-03-01 08:00:00 +0000"},
+      {Utc, Daily, "-", "2005-03-01 00:00:00 +0000", "-", 28800, "2005-03-01 08:00:00 +0000"},
+      {Utc, Daily, "-", "2005-03-01 07:59:59 +0000", "-", 1, "2005-03-01 08:00:00 +0000"},
+      {Utc, Daily, "-", "2005-03-01 08:00:00 +0000", "due", 0, "2005-03-02 08:00:00 +0000"},
+      {Utc, Daily, "-", "2005-03-01 08:00:30 +0000", "due", 0, "2005-03-02 08:00:00 +0000"},
   };
   CheckAll(rows);
 }
 
 TEST(TaskTriggerDue, IsLateFromTheSixtiethSecondOn) {
   const DueRow rows[] = {
-      {utc, daily, "-", "2005-03-01 08:00:59 +0000", "due", 0, "2005-03-02 08:00:00 +0000"},
-      {utc, daily, "-", "2005-03-01 08:01:00 +0000", "late", 0, "2005-03-02 08:00:00 +0000"},
-      {utc, daily, "-", "2005-03-01 08:01:05 +0000", "late", 0, "2005-03-02 08:00:00 +0000"},
+      {Utc, Daily, "-", "2005-03-01 08:00:59 +0000", "due", 0, "2005-03-02 08:00:00 +0000"},
+      {Utc, Daily, "-", "2005-03-01 08:01:00 +0000", "late", 0, "2005-03-02 08:00:00 +0000"},
+      {Utc, Daily, "-", "2005-03-01 08:01:05 +0000", "late", 0, "2005-03-02 08:00:00 +0000"},
   };
   CheckAll(rows);
 }
 
 TEST(TaskTriggerDue, NeverRunFindsTheStartOfItsBeginAndIsLateOnALaterDay) {
   const DueRow rows[] = {
-      {utc, daily, "-", "2005-03-03 07:00:00 +0000", "late", 3600, "2005-03-03 08:00:00 +0000"},
-      {utc, daily, "-", "2005-03-03 08:00:10 +0000", "late", 0, "2005-03-04 08:00:00 +0000"},
+      {Utc, Daily, "-", "2005-03-03 07:00:00 +0000", "late", 3600, "2005-03-03 08:00:00 +0000"},
+      {Utc, Daily, "-", "2005-03-03 08:00:10 +0000", "late", 0, "2005-03-04 08:00:00 +0000"},
   };
   CheckAll(rows);
 }
 
 TEST(TaskTriggerDue, DailyAfterARun) {
   const DueRow rows[] = {
-      {utc, daily, "2005-03-01 08:00:30 +0000", "2005-03-01 09:00:00 +0000", "-", 0, "2005-03-02 08:00:00 +0000"},
-      {utc, daily, "2005-03-01 08:00:30 +0000", "2005-03-02 07:00:00 +0000", "-", 3600, "2005-03-02 08:00:00 +0000"},
-      {utc, daily, "2005-03-01 08:00:30 +0000", "2005-03-02 08:00:00 +0000", "due", 0, "2005-03-03 08:00:00 +0000"},
-      {utc, daily, "2005-03-01 08:00:30 +0000", "2005-03-05 09:00:00 +0000", "late", 0, "2005-03-06 08:00:00 +0000"},
-      {utc, daily, "2005-03-02 07:59:59 +0000", "2005-03-02 08:00:05 +0000", "due", 0, "2005-03-03 08:00:00 +0000"},
-      {utc, daily, "2005-03-02 08:00:00 +0000", "2005-03-02 08:00:05 +0000", "-", 0, "2005-03-03 08:00:00 +0000"},
-      {utc, daily, "2005-01-01 12:00:00 +0000", "2005-03-01 08:00:05 +0000", "due", 0, "2005-03-02 08:00:00 +0000"},
+      {Utc, Daily, "2005-03-01 08:00:30 +0000", "2005-03-01 09:00:00 +0000", "-", 0, "2005-03-02 08:00:00 +0000"},
+      {Utc, Daily, "2005-03-01 08:00:30 +0000", "2005-03-02 07:00:00 +0000", "-", 3600, "2005-03-02 08:00:00 +0000"},
+      {Utc, Daily, "2005-03-01 08:00:30 +0000", "2005-03-02 08:00:00 +0000", "due", 0, "2005-03-03 08:00:00 +0000"},
+      {Utc, Daily, "2005-03-01 08:00:30 +0000", "2005-03-05 09:00:00 +0000", "late", 0, "2005-03-06 08:00:00 +0000"},
+      {Utc, Daily, "2005-03-02 07:59:59 +0000", "2005-03-02 08:00:05 +0000", "due", 0, "2005-03-03 08:00:00 +0000"},
+      {Utc, Daily, "2005-03-02 08:00:00 +0000", "2005-03-02 08:00:05 +0000", "-", 0, "2005-03-03 08:00:00 +0000"},
+      {Utc, Daily, "2005-01-01 12:00:00 +0000", "2005-03-01 08:00:05 +0000", "due", 0, "2005-03-02 08:00:00 +0000"},
   };
   CheckAll(rows);
 }
 
-constexpr const char* midnightly = R"(<Trigger Type="1"><BeginDate>2005/03/01 00:00:00</BeginDate></Trigger>)";
+constexpr const char* Midnightly = R"(<Trigger Type="1"><BeginDate>2005/03/01 00:00:00</BeginDate></Trigger>)";
 
 TEST(TaskTriggerDue, TheSearchForTheNextRunLeavesOutTheMinuteUnderWayOnPurpose) {
   const DueRow rows[] = {
-      {utc, midnightly, "2005-03-01 00:00:05 +0000", "2005-03-01 23:59:00 +0000", "-", 0, "2005-03-02 00:00:00 +0000"},
-      {utc, midnightly, "2005-03-01 00:00:05 +0000", "2005-03-01 23:59:01 +0000", "-", 0, "2005-03-03 00:00:00 +0000"},
-      {utc, midnightly, "2005-03-01 00:00:05 +0000", "2005-03-02 00:00:00 +0000", "due", 0, "2005-03-03 00:00:00 +0000"},
+      {Utc, Midnightly, "2005-03-01 00:00:05 +0000", "2005-03-01 23:59:00 +0000", "-", 0, "2005-03-02 00:00:00 +0000"},
+      {Utc, Midnightly, "2005-03-01 00:00:05 +0000", "2005-03-01 23:59:01 +0000", "-", 0, "2005-03-03 00:00:00 +0000"},
+      {Utc, Midnightly, "2005-03-01 00:00:05 +0000", "2005-03-02 00:00:00 +0000", "due", 0, "2005-03-03 00:00:00 +0000"},
   };
   CheckAll(rows);
 }
 
 TEST(TaskTriggerDue, ALastRunInTheFutureHoldsItBackUntilThen) {
   const DueRow rows[] = {
-      {utc, daily, "2005-03-10 09:00:00 +0000", "2005-03-05 09:00:00 +0000", "-", 0, "2005-03-06 08:00:00 +0000"},
-      {utc, daily, "2005-03-10 09:00:00 +0000", "2005-03-10 08:00:05 +0000", "-", 0, "2005-03-11 08:00:00 +0000"},
-      {utc, daily, "2005-03-10 09:00:00 +0000", "2005-03-11 08:00:05 +0000", "due", 0, "2005-03-12 08:00:00 +0000"},
+      {Utc, Daily, "2005-03-10 09:00:00 +0000", "2005-03-05 09:00:00 +0000", "-", 0, "2005-03-06 08:00:00 +0000"},
+      {Utc, Daily, "2005-03-10 09:00:00 +0000", "2005-03-10 08:00:05 +0000", "-", 0, "2005-03-11 08:00:00 +0000"},
+      {Utc, Daily, "2005-03-10 09:00:00 +0000", "2005-03-11 08:00:05 +0000", "due", 0, "2005-03-12 08:00:00 +0000"},
   };
   CheckAll(rows);
 }
 
 // Begins on a Tuesday, selects Mondays.
-constexpr const char* mondays = R"(<Trigger Type="2"><BeginDate>2005/03/01 08:00:00</BeginDate><DaysOfWeek>2</DaysOfWeek></Trigger>)";
+constexpr const char* Mondays = R"(<Trigger Type="2"><BeginDate>2005/03/01 08:00:00</BeginDate><DaysOfWeek>2</DaysOfWeek></Trigger>)";
 
 TEST(TaskTriggerDue, NeverRunIsDueAtItsBeginAlsoOnADayThatItsRuleDoesNotSelect) {
   const DueRow rows[] = {
-      {utc, mondays, "-", "2005-03-01 07:00:00 +0000", "-", 0, "2005-03-07 08:00:00 +0000"},
-      {utc, mondays, "-", "2005-03-01 08:00:10 +0000", "due", 0, "2005-03-07 08:00:00 +0000"},
-      {utc, mondays, "-", "2005-03-03 08:00:10 +0000", "late", 0, "2005-03-07 08:00:00 +0000"},
-      {utc, mondays, "-", "2005-03-07 08:00:10 +0000", "due", 0, "2005-03-14 08:00:00 +0000"},
-      {utc, mondays, "2005-03-01 08:00:10 +0000", "2005-03-02 08:00:10 +0000", "-", 0, "2005-03-07 08:00:00 +0000"},
-      {utc, mondays, "2005-03-01 08:00:10 +0000", "2005-03-07 08:00:10 +0000", "due", 0, "2005-03-14 08:00:00 +0000"},
+      {Utc, Mondays, "-", "2005-03-01 07:00:00 +0000", "-", 0, "2005-03-07 08:00:00 +0000"},
+      {Utc, Mondays, "-", "2005-03-01 08:00:10 +0000", "due", 0, "2005-03-07 08:00:00 +0000"},
+      {Utc, Mondays, "-", "2005-03-03 08:00:10 +0000", "late", 0, "2005-03-07 08:00:00 +0000"},
+      {Utc, Mondays, "-", "2005-03-07 08:00:10 +0000", "due", 0, "2005-03-14 08:00:00 +0000"},
+      {Utc, Mondays, "2005-03-01 08:00:10 +0000", "2005-03-02 08:00:10 +0000", "-", 0, "2005-03-07 08:00:00 +0000"},
+      {Utc, Mondays, "2005-03-01 08:00:10 +0000", "2005-03-07 08:00:10 +0000", "due", 0, "2005-03-14 08:00:00 +0000"},
   };
   CheckAll(rows);
 }
 
 // Begins on a Wednesday, every second week, Mondays and Fridays.
-constexpr const char* fortnight = R"(<Trigger Type="2"><BeginDate>2005/03/02 08:00:00</BeginDate><WeeksInterval>2</WeeksInterval><DaysOfWeek>34</DaysOfWeek></Trigger>)";
+constexpr const char* Fortnight = R"(<Trigger Type="2"><BeginDate>2005/03/02 08:00:00</BeginDate><WeeksInterval>2</WeeksInterval><DaysOfWeek>34</DaysOfWeek></Trigger>)";
 
 TEST(TaskTriggerDue, WeeklyEverySecondWeek) {
   const DueRow rows[] = {
-      {utc, fortnight, "2005-03-02 08:00:05 +0000", "2005-03-04 08:00:05 +0000", "due", 0, "2005-03-14 08:00:00 +0000"},
-      {utc, fortnight, "2005-03-04 08:00:05 +0000", "2005-03-11 08:00:05 +0000", "-", 0, "2005-03-14 08:00:00 +0000"},
-      {utc, fortnight, "2005-03-04 08:00:05 +0000", "2005-03-14 08:00:05 +0000", "due", 0, "2005-03-18 08:00:00 +0000"},
+      {Utc, Fortnight, "2005-03-02 08:00:05 +0000", "2005-03-04 08:00:05 +0000", "due", 0, "2005-03-14 08:00:00 +0000"},
+      {Utc, Fortnight, "2005-03-04 08:00:05 +0000", "2005-03-11 08:00:05 +0000", "-", 0, "2005-03-14 08:00:00 +0000"},
+      {Utc, Fortnight, "2005-03-04 08:00:05 +0000", "2005-03-14 08:00:05 +0000", "due", 0, "2005-03-18 08:00:00 +0000"},
   };
   CheckAll(rows);
 }
 
-constexpr const char* once = R"(<Trigger><BeginDate>2005/03/01 08:00:00</BeginDate></Trigger>)";
+constexpr const char* Once = R"(<Trigger><BeginDate>2005/03/01 08:00:00</BeginDate></Trigger>)";
 
 TEST(TaskTriggerDue, OnceIsDueOnceAndHasNoNextRun) {
   const DueRow rows[] = {
-      {utc, once, "-", "2005-02-20 08:00:00 +0000", "-", 0, "2005-03-01 08:00:00 +0000"},
-      {utc, once, "-", "2005-03-01 07:00:00 +0000", "-", 3600, "2005-03-01 08:00:00 +0000"},
-      {utc, once, "-", "2005-03-01 08:00:10 +0000", "due", 0, "-"},
-      {utc, once, "-", "2005-03-09 08:00:10 +0000", "late", 0, "-"},
-      {utc, once, "2005-03-01 08:00:10 +0000", "2005-03-01 08:00:11 +0000", "-", 0, "-"},
-      {utc, once, "2005-03-09 08:00:10 +0000", "2005-03-19 08:00:00 +0000", "-", 0, "-"},
-      {utc, once, "2005-02-01 12:00:00 +0000", "2005-03-01 08:00:10 +0000", "due", 0, "-"},
+      {Utc, Once, "-", "2005-02-20 08:00:00 +0000", "-", 0, "2005-03-01 08:00:00 +0000"},
+      {Utc, Once, "-", "2005-03-01 07:00:00 +0000", "-", 3600, "2005-03-01 08:00:00 +0000"},
+      {Utc, Once, "-", "2005-03-01 08:00:10 +0000", "due", 0, "-"},
+      {Utc, Once, "-", "2005-03-09 08:00:10 +0000", "late", 0, "-"},
+      {Utc, Once, "2005-03-01 08:00:10 +0000", "2005-03-01 08:00:11 +0000", "-", 0, "-"},
+      {Utc, Once, "2005-03-09 08:00:10 +0000", "2005-03-19 08:00:00 +0000", "-", 0, "-"},
+      {Utc, Once, "2005-02-01 12:00:00 +0000", "2005-03-01 08:00:10 +0000", "due", 0, "-"},
   };
   CheckAll(rows);
 }
 
-constexpr const char* ends = R"(<Trigger Type="1"><BeginDate>2005/03/01 08:00:00</BeginDate><EndDate>2005-03-03 08:00:00</EndDate></Trigger>)";
-constexpr const char* endsBefore = R"(<Trigger Type="1"><BeginDate>2005/03/01 08:00:00</BeginDate><EndDate>2005-02-01</EndDate></Trigger>)";
+constexpr const char* Ends = R"(<Trigger Type="1"><BeginDate>2005/03/01 08:00:00</BeginDate><EndDate>2005-03-03 08:00:00</EndDate></Trigger>)";
+constexpr const char* EndsBefore = R"(<Trigger Type="1"><BeginDate>2005/03/01 08:00:00</BeginDate><EndDate>2005-02-01</EndDate></Trigger>)";
 
 TEST(TaskTriggerDue, ExpiresTheSecondAfterItsEnd) {
   const DueRow rows[] = {
-      {utc, ends, "2005-03-02 08:00:05 +0000", "2005-03-02 09:00:00 +0000", "-", 0, "-"},
-      {utc, ends, "2005-03-02 08:00:05 +0000", "2005-03-03 07:00:00 +0000", "-", 3600, "2005-03-03 08:00:00 +0000"},
-      {utc, ends, "2005-03-02 08:00:05 +0000", "2005-03-03 08:00:00 +0000", "due", 0, "-"},
-      {utc, ends, "2005-03-02 08:00:05 +0000", "2005-03-03 08:00:01 +0000", "expired", 0, "-"},
-      {utc, ends, "-", "2005-03-04 08:00:00 +0000", "expired", 0, "-"},
+      {Utc, Ends, "2005-03-02 08:00:05 +0000", "2005-03-02 09:00:00 +0000", "-", 0, "-"},
+      {Utc, Ends, "2005-03-02 08:00:05 +0000", "2005-03-03 07:00:00 +0000", "-", 3600, "2005-03-03 08:00:00 +0000"},
+      {Utc, Ends, "2005-03-02 08:00:05 +0000", "2005-03-03 08:00:00 +0000", "due", 0, "-"},
+      {Utc, Ends, "2005-03-02 08:00:05 +0000", "2005-03-03 08:00:01 +0000", "expired", 0, "-"},
+      {Utc, Ends, "-", "2005-03-04 08:00:00 +0000", "expired", 0, "-"},
   };
   CheckAll(rows);
 }
 
 TEST(TaskTriggerDue, AnEndMovedUpToTheBeginLeavesOneSecond) {
   const DueRow rows[] = {
-      {utc, endsBefore, "-", "2005-03-01 07:59:59 +0000", "-", 1, "2005-03-01 08:00:00 +0000"},
-      {utc, endsBefore, "-", "2005-03-01 08:00:00 +0000", "due", 0, "-"},
-      {utc, endsBefore, "-", "2005-03-01 08:00:01 +0000", "expired", 0, "-"},
+      {Utc, EndsBefore, "-", "2005-03-01 07:59:59 +0000", "-", 1, "2005-03-01 08:00:00 +0000"},
+      {Utc, EndsBefore, "-", "2005-03-01 08:00:00 +0000", "due", 0, "-"},
+      {Utc, EndsBefore, "-", "2005-03-01 08:00:01 +0000", "expired", 0, "-"},
   };
   CheckAll(rows);
 }
 
-constexpr const char* asap = R"(<Trigger Type="-1"/>)";
-constexpr const char* asapDated = R"(<Trigger Type="-1"><BeginDate>2030/01/01 00:00:00</BeginDate><EndDate>2030-02-01</EndDate></Trigger>)";
+constexpr const char* Asap = R"(<Trigger Type="-1"/>)";
+constexpr const char* AsapDated = R"(<Trigger Type="-1"><BeginDate>2030/01/01 00:00:00</BeginDate><EndDate>2030-02-01</EndDate></Trigger>)";
 
 TEST(TaskTriggerDue, AsSoonAsPossibleIsDueWhileThereIsNoRunAndAlwaysExpired) {
   const DueRow rows[] = {
-      {utc, asap, "-", "2005-03-01 08:00:00 +0000", "due expired", 0, "-"},
-      {utc, asap, "2005-03-01 08:00:00 +0000", "2005-03-01 08:00:01 +0000", "expired", 0, "-"},
-      {utc, asapDated, "-", "2005-03-01 08:00:00 +0000", "due expired", 0, "-"},
+      {Utc, Asap, "-", "2005-03-01 08:00:00 +0000", "due expired", 0, "-"},
+      {Utc, Asap, "2005-03-01 08:00:00 +0000", "2005-03-01 08:00:01 +0000", "expired", 0, "-"},
+      {Utc, AsapDated, "-", "2005-03-01 08:00:00 +0000", "due expired", 0, "-"},
   };
   CheckAll(rows);
 }
 
-constexpr const char* disabled = R"(<Trigger Type="1" Disabled="yes"><BeginDate>2005/03/01 08:00:00</BeginDate></Trigger>)";
-constexpr const char* eventType = R"(<Trigger Type="6"><BeginDate>2005/03/01 08:00:00</BeginDate></Trigger>)";
-constexpr const char* withoutBegin = R"(<Trigger Type="1" Interval="1" Duration="60"/>)";
+constexpr const char* Disabled = R"(<Trigger Type="1" Disabled="yes"><BeginDate>2005/03/01 08:00:00</BeginDate></Trigger>)";
+constexpr const char* EventType = R"(<Trigger Type="6"><BeginDate>2005/03/01 08:00:00</BeginDate></Trigger>)";
+constexpr const char* WithoutBegin = R"(<Trigger Type="1" Interval="1" Duration="60"/>)";
 
 TEST(TaskTriggerDue, DisabledIsNeverDueAndNeverExpired) {
   const DueRow rows[] = {
-      {utc, disabled, "-", "2005-03-01 08:00:00 +0000", "-", 0, "-"},
-      {utc, eventType, "-", "2005-03-01 08:00:00 +0000", "-", 0, "-"},
-      {utc, withoutBegin, "-", "2005-03-01 08:00:00 +0000", "-", 0, "-"},
-      {utc, "", "-", "2005-03-01 08:00:00 +0000", "-", 0, "-"},
+      {Utc, Disabled, "-", "2005-03-01 08:00:00 +0000", "-", 0, "-"},
+      {Utc, EventType, "-", "2005-03-01 08:00:00 +0000", "-", 0, "-"},
+      {Utc, WithoutBegin, "-", "2005-03-01 08:00:00 +0000", "-", 0, "-"},
+      {Utc, "", "-", "2005-03-01 08:00:00 +0000", "-", 0, "-"},
   };
   CheckAll(rows);
 }
@@ -168,9 +168,9 @@ TEST(TaskTriggerDue, DisabledIsNeverDueAndNeverExpired) {
 // clang-format on
 
 TEST(TaskTriggerDue, EventTypesAreDueExactlyWhileTheirFlagIsSetThoughNoDocumentMakesThem) {
-  const VirtualTime::Zone zone(utc);
+  const VirtualTime::Zone zone(Utc);
   const long now = Moment::At("2005-03-01 08:00:00 +0000");
-  AskedTrigger asked(daily);
+  AskedTrigger asked(Daily);
   for (const bool first : {false, true}) {
     for (const bool second : {false, true}) {
       asked.m_Trigger.m_Type = CTaskTrigger::FirstEvent;
@@ -179,22 +179,22 @@ TEST(TaskTriggerDue, EventTypesAreDueExactlyWhileTheirFlagIsSetThoughNoDocumentM
       asked.m_Trigger.m_Type = CTaskTrigger::SecondEvent;
       EXPECT_EQ(asked.AnswerAt(now, first, second), second ? "due" : "-");
       EXPECT_EQ(asked.m_Trigger.m_NextRun, -1);
-      EXPECT_EQ(asked.m_SleepSeconds, AskedTrigger::longSleep);
+      EXPECT_EQ(asked.m_SleepSeconds, AskedTrigger::LongSleep);
     }
   }
 }
 
 TEST(TaskTriggerDue, EventFlagsDoNotMoveADatedOrDisabledTrigger) {
-  const VirtualTime::Zone zone(utc);
-  AskedTrigger dated(daily);
+  const VirtualTime::Zone zone(Utc);
+  AskedTrigger dated(Daily);
   EXPECT_EQ(dated.AnswerAt(Moment::At("2005-02-01 08:00:00 +0000"), true, true), "-");
-  AskedTrigger disabledEvent(eventType);
+  AskedTrigger disabledEvent(EventType);
   EXPECT_EQ(disabledEvent.AnswerAt(Moment::At("2005-03-01 08:00:00 +0000"), true, true), "-");
 }
 
 TEST(TaskTriggerDue, SaysWhetherTheNextRunMoved) {
-  const VirtualTime::Zone zone(utc);
-  AskedTrigger asked(daily);
+  const VirtualTime::Zone zone(Utc);
+  AskedTrigger asked(Daily);
   asked.AnswerAt(Moment::At("2005-03-01 07:00:00 +0000"));
   EXPECT_TRUE(asked.m_NextRunChanged);
   asked.AnswerAt(Moment::At("2005-03-01 07:30:00 +0000"));
@@ -204,8 +204,8 @@ TEST(TaskTriggerDue, SaysWhetherTheNextRunMoved) {
 }
 
 TEST(TaskTriggerDue, OnlyLowersTheSleep) {
-  const VirtualTime::Zone zone(utc);
-  AskedTrigger asked(daily);
+  const VirtualTime::Zone zone(Utc);
+  AskedTrigger asked(Daily);
   asked.AnswerAt(Moment::At("2005-03-01 07:00:00 +0000"));
   bool late = false;
   bool expired = false;
@@ -219,7 +219,7 @@ TEST(TaskTriggerDue, OnlyLowersTheSleep) {
 }
 
 TEST(TaskTriggerDue, LeavesTheFlagsOfTheCallerAloneUnlessItHasAnAnswer) {
-  const VirtualTime::Zone zone(utc);
+  const VirtualTime::Zone zone(Utc);
   long sleepSeconds = 0;
   bool changed = false;
   const auto ask = [&](const char* xml, bool late, bool expired) {
@@ -227,17 +227,17 @@ TEST(TaskTriggerDue, LeavesTheFlagsOfTheCallerAloneUnlessItHasAnAnswer) {
     asked.m_Trigger.IsDue(false, false, sleepSeconds, late, expired, changed);
     return std::pair(late, expired);
   };
-  AskedTrigger(daily).AnswerAt(Moment::At("2005-03-01 07:00:00 +0000"));
-  EXPECT_EQ(ask(daily, true, true), std::pair(true, true));
-  EXPECT_EQ(ask(asap, true, false), std::pair(true, true));  // due, but never assigns late
-  AskedTrigger(daily).AnswerAt(Moment::At("2005-03-01 08:00:00 +0000"));
-  EXPECT_EQ(ask(daily, true, false), std::pair(false, false));
+  AskedTrigger(Daily).AnswerAt(Moment::At("2005-03-01 07:00:00 +0000"));
+  EXPECT_EQ(ask(Daily, true, true), std::pair(true, true));
+  EXPECT_EQ(ask(Asap, true, false), std::pair(true, true));  // due, but never assigns late
+  AskedTrigger(Daily).AnswerAt(Moment::At("2005-03-01 08:00:00 +0000"));
+  EXPECT_EQ(ask(Daily, true, false), std::pair(false, false));
 }
 
 // A caller that comes with `expired` set has its trigger searched no next run.
 TEST(TaskTriggerDue, TakesAnExpiredFlagOfTheCallerForItsOwnInTheSearch) {
-  const VirtualTime::Zone zone(utc);
-  AskedTrigger asked(daily);
+  const VirtualTime::Zone zone(Utc);
+  AskedTrigger asked(Daily);
   asked.AnswerAt(Moment::At("2005-03-01 09:00:00 +0000"));
   EXPECT_EQ(Moment::Show(asked.m_Trigger.m_NextRun), "2005-03-02 08:00:00 +0000");
   long sleepSeconds = 0;

@@ -11,7 +11,7 @@ std::string AskedTrigger::AnswerAt(long now, bool firstEvent, bool secondEvent) 
   VirtualTime::VirtualClock::Instance().Start(now);
   bool late = false;
   bool expired = false;
-  m_SleepSeconds = longSleep;
+  m_SleepSeconds = LongSleep;
   const bool due =
       m_Trigger.IsDue(firstEvent, secondEvent, m_SleepSeconds, late, expired, m_NextRunChanged);
   std::string answer = late ? "late" : due ? "due" : "";
@@ -32,7 +32,8 @@ void CheckDue(const DueRow& row) {
   AskedTrigger asked(row.trigger, Moment::At(row.lastRun));
   EXPECT_EQ(Moment::Show(now), row.now) << "the row's own moment";
   EXPECT_EQ(asked.AnswerAt(now), row.answer);
-  EXPECT_EQ(asked.m_SleepSeconds, row.sleepSeconds == 0 ? asked.longSleep : row.sleepSeconds);
+  EXPECT_EQ(asked.m_SleepSeconds,
+            row.sleepSeconds == 0 ? AskedTrigger::LongSleep : row.sleepSeconds);
   EXPECT_EQ(Moment::Show(asked.m_Trigger.m_NextRun), row.nextRun);
   EXPECT_EQ(asked.m_NextRunChanged, asked.m_Trigger.m_NextRun != -1);
 }
@@ -47,7 +48,7 @@ void CheckStart(const StartRow& row) {
 }
 
 std::vector<std::string> RunsBetween(const char* trigger, const char* from, const char* to) {
-  constexpr long longestSleep = 1800;
+  constexpr long LongestSleep = 1800;
   AskedTrigger asked(trigger);
   std::vector<std::string> runs;
   for (long now = Moment::At(from); now < Moment::At(to);) {
@@ -56,7 +57,7 @@ std::vector<std::string> RunsBetween(const char* trigger, const char* from, cons
       runs.push_back(Moment::Show(now));
       asked.m_LastRun = now;
     }
-    now += std::min(asked.m_SleepSeconds, longestSleep - now % longestSleep);
+    now += std::min(asked.m_SleepSeconds, LongestSleep - now % LongestSleep);
   }
   return runs;
 }

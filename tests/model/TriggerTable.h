@@ -8,11 +8,11 @@
 #include <vector>
 
 // Zones as rules, which need no zone files.
-constexpr const char* utc = "UTC0";
-constexpr const char* newYork = "EST5EDT,M3.2.0,M11.1.0";
-constexpr const char* lordHowe = "<+1030>-10:30<+11>-11,M10.1.0,M4.1.0";
-constexpr const char* midnightGap = "<-03>3<-02>,M10.3.0/0,M2.3.0/0";
-constexpr const char* dublin = "IST-1GMT0,M10.5.0,M3.5.0/1";
+constexpr const char* Utc = "UTC0";
+constexpr const char* NewYork = "EST5EDT,M3.2.0,M11.1.0";
+constexpr const char* LordHowe = "<+1030>-10:30<+11>-11,M10.1.0,M4.1.0";
+constexpr const char* MidnightGap = "<-03>3<-02>,M10.3.0/0,M2.3.0/0";
+constexpr const char* Dublin = "IST-1GMT0,M10.5.0,M3.5.0/1";
 
 /// One due test. Moments are written as Moment::At reads them.
 struct DueRow {
@@ -43,11 +43,11 @@ class AskedTrigger {
   /// "due", "late", "expired", "due expired" or "-". The sleep asked for is in m_SleepSeconds.
   std::string AnswerAt(long now, bool firstEvent = false, bool secondEvent = false);
 
-  static constexpr long longSleep = 2147483647;
+  static constexpr long LongSleep = 2147483647;
 
   long m_LastRun;
   CTaskTrigger m_Trigger;
-  long m_SleepSeconds = longSleep;
+  long m_SleepSeconds = LongSleep;
   bool m_NextRunChanged = false;
 };
 

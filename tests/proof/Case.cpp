@@ -7,10 +7,10 @@ using PlainSchedule::Rule;
 
 namespace {
 
-constexpr long firstMoment = -2147483647, lastMoment = 2147483647;
+constexpr long FirstMoment = -2147483647, LastMoment = 2147483647;
 
 long Bounded(long long value) {
-  return static_cast<long>(std::clamp<long long>(value, firstMoment, lastMoment));
+  return static_cast<long>(std::clamp<long long>(value, FirstMoment, LastMoment));
 }
 
 }  // namespace
@@ -63,7 +63,7 @@ void CaseMaker::AddRepetition(Rule& rule) {
     rule.intervalUnit = OneIn(2) ? "hour" : "Second";
   }
   if (OneIn(40)) {
-    rule.interval = OneIn(2) ? lastMoment : firstMoment;
+    rule.interval = OneIn(2) ? LastMoment : FirstMoment;
   }
 }
 
@@ -77,7 +77,7 @@ void CaseMaker::AddDayRule(Rule& rule) {
   rule.weeksInterval = OneIn(20) ? Between(-2, 60) : OneOf(weekIntervals);
   rule.week = Between(0, 6);
   rule.daysOfWeek = OneIn(3) ? Between(1, 127) : OneOf(weekMasks);
-  rule.daysOfMonth = OneIn(3) ? Between(1, lastMoment) : OneOf(dateMasks);
+  rule.daysOfMonth = OneIn(3) ? Between(1, LastMoment) : OneOf(dateMasks);
   rule.monthsOfYear = OneIn(3) ? Between(1, 4095) : OneOf(monthMasks);
   // Masks that never match walk the whole twenty years: a few are enough.
   if (OneIn(400)) {
@@ -122,7 +122,7 @@ long CaseMaker::MomentNear(const PlainSchedule::Trigger& trigger, long day) {
                                 30,  58,  59,  60, 1800, 3600, 10800, 39600, 43200, 82800};
   long long moment = day;
   const auto start = PlainSchedule::StartOnDayOf(trigger, day);
-  if (start != PlainSchedule::never && !OneIn(5)) {
+  if (start != PlainSchedule::Never && !OneIn(5)) {
     moment = start;
   }
   if (OneIn(3)) {
@@ -134,7 +134,7 @@ long CaseMaker::MomentNear(const PlainSchedule::Trigger& trigger, long day) {
   moment += OneIn(4) ? Between(-90000, 90000) : OneOf(nudges);
   // The ends of the range, and rarely: from one to the other every day of 68 years is walked.
   if (OneIn(500)) {
-    moment = OneIn(2) ? lastMoment - Between(0, 200000) : Between(0, 86400 * 3);
+    moment = OneIn(2) ? LastMoment - Between(0, 200000) : Between(0, 86400 * 3);
   }
   if (OneIn(60) && trigger.end > 0) {
     moment = trigger.end + Between(-2, 2);

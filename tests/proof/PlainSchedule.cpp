@@ -11,18 +11,18 @@
 namespace PlainSchedule {
 namespace {
 
-constexpr std::int64_t day = 86400;
-constexpr std::int64_t lowest = -2147483648LL;
-constexpr std::int64_t highest = 2147483647LL;
+constexpr std::int64_t SecondsPerDay = 86400;
+constexpr std::int64_t Lowest = -2147483648LL;
+constexpr std::int64_t Highest = 2147483647LL;
 
 // Every sum and product ends at the ends of the 32-bit range.
 std::int64_t Bounded(std::int64_t value) {
-  return std::clamp(value, lowest, highest);
+  return std::clamp(value, Lowest, Highest);
 }
 
 // Rounded down also before 1970.
 std::int64_t DayOf(std::int64_t seconds) {
-  return seconds / day - (seconds % day < 0 ? 1 : 0);
+  return seconds / SecondsPerDay - (seconds % SecondsPerDay < 0 ? 1 : 0);
 }
 
 // Every day of 32-bit time and a few more, counted one at a time: nothing to get wrong.
@@ -37,7 +37,7 @@ class Calendar {
     date.tm_yday = 304;
     for (; date.tm_year < 139; date = DayAfter(date)) {
       if (date.tm_mday == 1) {
-        m_MonthStarts.push_back(firstDay + static_cast<long>(m_Dates.size()));
+        m_MonthStarts.push_back(FirstDay + static_cast<long>(m_Dates.size()));
       }
       m_Dates.push_back(date);
     }
@@ -45,7 +45,7 @@ class Calendar {
 
   /// A date as localtime_r tells it; the clock stands at midnight.
   const std::tm& DateOf(std::int64_t dayNumber) const {
-    return m_Dates.at(static_cast<std::size_t>(dayNumber - firstDay));
+    return m_Dates.at(static_cast<std::size_t>(dayNumber - FirstDay));
   }
   std::int64_t DayNumberOf(const Civil& c) const {
     const int monthsSinceFirst = (c.year - 1901) * 12 + c.month - 11;
@@ -53,7 +53,7 @@ class Calendar {
   }
 
  private:
-  static constexpr std::int64_t firstDay = -24898;
+  static constexpr std::int64_t FirstDay = -24898;
 
   static std::tm DayAfter(std::tm date) {
     static const int lengths[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
@@ -125,7 +125,7 @@ class Offsets {
       if (after <= before) {
         continue;
       }
-      std::int64_t moment = quarter * (day / 4);
+      std::int64_t moment = quarter * (SecondsPerDay / 4);
       while (AskedFields(moment).tm_gmtoff == before) {
         moment += 60;
       }
@@ -138,7 +138,7 @@ class Offsets {
   std::int64_t AtQuarter(std::int64_t quarter) {
     const auto [entry, isNew] = m_AtQuarter.try_emplace(quarter, 0);
     if (isNew) {
-      entry->second = AskedFields(Bounded(quarter * (day / 4))).tm_gmtoff;
+      entry->second = AskedFields(Bounded(quarter * (SecondsPerDay / 4))).tm_gmtoff;
     }
     return entry->second;
   }
@@ -166,7 +166,7 @@ std::tm LocalFields(std::int64_t moment) {
   }
   const std::int64_t shown = moment + offsets.front();
   std::tm fields = TheCalendar().DateOf(DayOf(shown));
-  const std::int64_t clock = shown - DayOf(shown) * day;
+  const std::int64_t clock = shown - DayOf(shown) * SecondsPerDay;
   fields.tm_hour = static_cast<int>(clock / 3600);
   fields.tm_min = static_cast<int>(clock / 60 % 60);
   fields.tm_sec = static_cast<int>(clock % 60);
@@ -174,7 +174,7 @@ std::tm LocalFields(std::int64_t moment) {
 }
 
 std::int64_t AsIfUtc(const Civil& c) {
-  return TheCalendar().DayNumberOf(c) * day + c.hour * 3600 + c.minute * 60 + c.second;
+  return TheCalendar().DayNumberOf(c) * SecondsPerDay + c.hour * 3600 + c.minute * 60 + c.second;
 }
 
 bool Shows(std::int64_t moment, const Civil& c) {
@@ -232,7 +232,7 @@ std::int64_t WhatARunNowWouldBeFor(const Trigger& trigger, std::int64_t lastRun,
   if (StartOnDayOf(trigger, lastRun) > now) {
     from = StartOnDayOf(trigger, Bounded(lastRun - trigger.duration));
   }
-  if (from == never) {
+  if (from == Never) {
     from = trigger.begin;
   }
 
@@ -243,9 +243,9 @@ std::int64_t WhatARunNowWouldBeFor(const Trigger& trigger, std::int64_t lastRun,
     if (start > now) {
       return candidate;
     }
-    if (start != never) {
+    if (start != Never) {
       candidate = start;
-      if (lastRun == never || lastRun < start) {
+      if (lastRun == Never || lastRun < start) {
         return candidate;
       }
       const std::int64_t since = Bounded(now - start);
@@ -255,13 +255,13 @@ std::int64_t WhatARunNowWouldBeFor(const Trigger& trigger, std::int64_t lastRun,
       cursor = start;
       cursorIsStart = true;
     }
-    if (cursor >= now || (lastRun != never && lastRun < candidate)) {
+    if (cursor >= now || (lastRun != Never && lastRun < candidate)) {
       return candidate;
     }
-    cursor = Bounded(cursor + day);
+    cursor = Bounded(cursor + SecondsPerDay);
     // A day of 25 hours still has the cursor on it: it must not find the same start for ever.
     if (cursorIsStart && SameLocalDay(cursor, start)) {
-      cursor = Bounded(cursor + day);
+      cursor = Bounded(cursor + SecondsPerDay);
     }
     // On the last day of 32-bit time there is nowhere to go on to.
     if (cursorIsStart && SameLocalDay(cursor, start)) {
@@ -275,7 +275,7 @@ bool IsDueFor(const Trigger& trigger, std::int64_t candidate, std::int64_t lastR
   if (candidate > now) {
     return false;
   }
-  if (lastRun == never) {
+  if (lastRun == Never) {
     return true;
   }
   if (lastRun >= candidate) {
@@ -287,10 +287,10 @@ bool IsDueFor(const Trigger& trigger, std::int64_t candidate, std::int64_t lastR
 std::int64_t NextStartOrRepetition(const Trigger& trigger, std::int64_t now) {
   const std::int64_t earlier = Bounded(now - trigger.duration);
   std::int64_t next = StartOnDayOf(trigger, earlier);
-  if (next == never || next < earlier) {
+  if (next == Never || next < earlier) {
     next = StartOnDayOf(trigger, now);
   }
-  if (Repeats(trigger) && next != never && next <= now) {
+  if (Repeats(trigger) && next != Never && next <= now) {
     const std::int64_t end = Bounded(next + trigger.duration);
     if (now <= end) {
       const std::int64_t steps = Bounded(now - next) / trigger.interval + 1;
@@ -305,23 +305,23 @@ std::int64_t NextStartOrRepetition(const Trigger& trigger, std::int64_t now) {
 
 std::int64_t FirstStartFrom(const Trigger& trigger, std::int64_t from, bool expired) {
   if (trigger.disabled || expired || trigger.type == 6 || trigger.type == 7) {
-    return never;
+    return Never;
   }
-  if (trigger.end != never && from >= trigger.end) {
-    return never;
+  if (trigger.end != Never && from >= trigger.end) {
+    return Never;
   }
   if (from >= trigger.begin && trigger.type == 0) {
-    return never;
+    return Never;
   }
   const std::int64_t first = from < trigger.begin ? trigger.begin : from;
-  const std::int64_t limit = trigger.end != never ? trigger.end : Bounded(first + 630720000);
-  for (std::int64_t cursor = first; cursor < limit; cursor = Bounded(cursor + day)) {
+  const std::int64_t limit = trigger.end != Never ? trigger.end : Bounded(first + 630720000);
+  for (std::int64_t cursor = first; cursor < limit; cursor = Bounded(cursor + SecondsPerDay)) {
     const std::int64_t start = StartOnDayOf(trigger, cursor);
-    if (start == from || (start != never && start > from)) {
+    if (start == from || (start != Never && start > from)) {
       return start;
     }
   }
-  return never;
+  return Never;
 }
 
 void LowerTo(std::int64_t& sleepSeconds, std::int64_t seconds) {
@@ -333,13 +333,13 @@ void LowerTo(std::int64_t& sleepSeconds, std::int64_t seconds) {
 std::int64_t MomentOf(const Civil& civil) {
   const std::int64_t asIfUtc = AsIfUtc(civil);
   const std::int64_t dayNumber = TheCalendar().DayNumberOf(civil);
-  std::int64_t first = highest + 1;
+  std::int64_t first = Highest + 1;
   for (const std::int64_t offset : TheOffsets().AroundDay(dayNumber)) {
     if (Shows(Bounded(asIfUtc - offset), civil)) {
       first = std::min(first, asIfUtc - offset);
     }
   }
-  if (first > highest) {
+  if (first > Highest) {
     // In the gap: the clock as it ran until then is taken to run on.
     for (const Jump& jump : TheOffsets().JumpsAroundDay(dayNumber)) {
       if (asIfUtc - jump.offsetBefore >= jump.moment && asIfUtc - jump.offsetAfter < jump.moment) {
@@ -347,7 +347,7 @@ std::int64_t MomentOf(const Civil& civil) {
       }
     }
   }
-  return first < lowest || first > highest ? never : first;
+  return first < Lowest || first > Highest ? Never : first;
 }
 
 Trigger::Trigger(const Rule& rule) {
@@ -366,19 +366,19 @@ Trigger::Trigger(const Rule& rule) {
     duration = 0;
   }
   killAtEnd = rule.killAtEnd;
-  begin = rule.hasBegin ? MomentOf(rule.begin) : never;
+  begin = rule.hasBegin ? MomentOf(rule.begin) : Never;
   if (begin == 0) {
-    begin = never;
+    begin = Never;
   }
-  end = rule.hasEnd ? MomentOf(rule.end) : never;
+  end = rule.hasEnd ? MomentOf(rule.end) : Never;
   if (end == 0) {
-    end = never;
+    end = Never;
   }
-  if (begin == never && type != -1) {
+  if (begin == Never && type != -1) {
     disabled = true;
     return;
   }
-  if (end != never && end < begin) {
+  if (end != Never && end < begin) {
     end = begin;
   }
   daysInterval = std::max(rule.daysInterval, 1L);
@@ -396,17 +396,17 @@ std::int64_t StartOnDayOf(const Trigger& trigger, std::int64_t moment) {
   const std::tm at = LocalFields(moment), begin = LocalFields(trigger.begin);
   const std::int64_t start = MomentOf(Civil{at.tm_year + 1900, at.tm_mon + 1, at.tm_mday,
                                             begin.tm_hour, begin.tm_min, begin.tm_sec});
-  if (start == never) {
-    return never;
+  if (start == Never) {
+    return Never;
   }
-  const std::int64_t days = Bounded(start - trigger.begin) / day;
+  const std::int64_t days = Bounded(start - trigger.begin) / SecondsPerDay;
   if (days < 0) {
-    return never;
+    return Never;
   }
   if (days == 0 && moment < trigger.begin && at.tm_mday != begin.tm_mday) {
-    return never;
+    return Never;
   }
-  return DayMatches(trigger, days, at, begin) ? start : never;
+  return DayMatches(trigger, days, at, begin) ? start : Never;
 }
 
 Answer Evaluate(const Trigger& trigger, std::int64_t lastRun, std::int64_t now,
@@ -418,13 +418,13 @@ Answer Evaluate(const Trigger& trigger, std::int64_t lastRun, std::int64_t now,
     // Nothing to look for.
   } else if (trigger.type == -1) {
     answer.expired = true;
-    answer.due = lastRun == never;
+    answer.due = lastRun == Never;
   } else if (now < trigger.begin) {
     next = StartOnDayOf(trigger, now);
-    if (next != never && next > now) {
+    if (next != Never && next > now) {
       LowerTo(answer.sleepSeconds, next - now);
     }
-  } else if (trigger.end != never && now > trigger.end) {
+  } else if (trigger.end != Never && now > trigger.end) {
     answer.expired = true;
   } else {
     const std::int64_t candidate = WhatARunNowWouldBeFor(trigger, lastRun, now);
@@ -444,7 +444,7 @@ TaskAnswer EvaluateTask(const std::vector<Trigger>& triggers, std::int64_t lastR
                         std::int64_t now, std::int64_t sleepSeconds) {
   TaskAnswer task;
   task.sleepSeconds = sleepSeconds;
-  task.neverRun = lastRun == never;
+  task.neverRun = lastRun == Never;
   task.allExpired = true;
   task.deleteTask = true;
   bool soonSeen = false;

@@ -45,7 +45,7 @@ struct Answer {
   std::int64_t sleepSeconds = 0, nextRun = -1;
 };
 
-constexpr std::int64_t never = -1;
+constexpr std::int64_t Never = -1;
 
 /// The moment at which the zone's clocks show `civil`: the first of two, or as far behind a gap as
 /// the time claims to lie; `never` outside 32 bits.

@@ -43,19 +43,19 @@ const char* const zones[] = {"America/New_York",
                              "CET-1CEST,M3.5.0,M10.5.0/3",
                              "<-03>3<-02>,M10.3.0/0,M2.3.0/0"};
 
-constexpr unsigned seed = 20050301;
+constexpr unsigned Seed = 20050301;
 
 // Reading a rule costs more than asking it, so each is asked at several moments.
-constexpr int momentsPerRule = 8;
+constexpr int MomentsPerRule = 8;
 
 void CompareTriggers(const char* zoneName) {
   const VirtualTime::Zone zone(zoneName);
-  CaseMaker maker(zoneName, seed);
+  CaseMaker maker(zoneName, Seed);
   int disagreements = 0;
-  for (int i = 0; i < NOX_PROOF_CASES && disagreements < 5; i += momentsPerRule) {
+  for (int i = 0; i < NOX_PROOF_CASES && disagreements < 5; i += MomentsPerRule) {
     const PlainSchedule::Rule rule = maker.NextRule();
     Contestants contestants(rule);
-    for (int moment = 0; moment < momentsPerRule; ++moment) {
+    for (int moment = 0; moment < MomentsPerRule; ++moment) {
       const std::string difference =
           contestants.Disagreement(maker.NextCase(rule, contestants.Plain()));
       if (difference.empty()) {
@@ -75,7 +75,7 @@ std::string LastRunXml(long lastRun) {
 // A task with up to three triggers, asked as a whole.
 void CompareTasks(const char* zoneName) {
   const VirtualTime::Zone zone(zoneName);
-  CaseMaker maker(zoneName, seed + 1);
+  CaseMaker maker(zoneName, Seed + 1);
   for (int i = 0; i < NOX_PROOF_CASES / 10; ++i) {
     const PlainSchedule::Rule first = maker.NextRule();
     const Case asked = maker.NextCase(first, PlainSchedule::Trigger(first));

@@ -10,9 +10,9 @@ using TestSupport::TestScheduler;
 using TestSupport::TriggerXml;
 using Runs = std::vector<std::string>;
 
-constexpr const char* newYork = "EST5EDT,M3.2.0,M11.1.0";
-constexpr const char* utc = "UTC0";
-constexpr long sunday = 1, monday = 2;
+constexpr const char* NewYork = "EST5EDT,M3.2.0,M11.1.0";
+constexpr const char* Utc = "UTC0";
+constexpr long Sunday = 1, Monday = 2;
 
 // A running scheduler with the gate open.
 struct Running : TestScheduler {
@@ -36,13 +36,13 @@ Runs RunTimes(const char* zone, const std::string& from, const std::string& to,
 }
 
 TEST(TimeContract, StartThatANightDoesNotHaveMovesBehindTheGap) {
-  EXPECT_EQ(RunTimes(newYork, "2024-03-09 00:00:00", "2024-03-12 00:00:00",
+  EXPECT_EQ(RunTimes(NewYork, "2024-03-09 00:00:00", "2024-03-12 00:00:00",
                      TriggerXml::Daily("2024/03/09 02:30:00")),
             (Runs{"2024-03-09 02:30:00", "2024-03-10 03:30:00", "2024-03-11 02:30:00"}));
 }
 
 TEST(TimeContract, StartThatANightHasTwiceIsItsFirst) {
-  Running scheduler(newYork, "2024-11-03 00:00:00");
+  Running scheduler(NewYork, "2024-11-03 00:00:00");
   scheduler.AddTask("job", TaskXml().With(TriggerXml::Daily("2024/11/03 01:30:00")));
   scheduler.RunUntil("2024-11-04 00:00:00");
   ASSERT_EQ(scheduler.Handler().Calls().size(), 1u);
@@ -51,14 +51,14 @@ TEST(TimeContract, StartThatANightHasTwiceIsItsFirst) {
 
 // Kept on purpose: what is written is local time, and the form of it is fixed.
 TEST(TimeContract, RunInTheSecondShowingOfAnHourIsReadAsInTheFirstAndComesAgainOnce) {
-  Running scheduler(newYork, "2024-11-03 00:10:00");
+  Running scheduler(NewYork, "2024-11-03 00:10:00");
   scheduler.AddTask(
       "job", TaskXml()
                  .With(TriggerXml::Daily("2024/11/01 00:00:00").EveryMinutes(30).ForMinutes(1440))
                  .LastRun("2024-11-03 00:00:00 Ok"));
-  constexpr long midnightUtc = 1730592000;
-  scheduler.Clock().RunUntil(midnightUtc + 8 * 3600L + 60);
-  const auto at = [](long hour, long minute) { return midnightUtc + hour * 3600 + minute * 60; };
+  constexpr long MidnightUtc = 1730592000;
+  scheduler.Clock().RunUntil(MidnightUtc + 8 * 3600L + 60);
+  const auto at = [](long hour, long minute) { return MidnightUtc + hour * 3600 + minute * 60; };
   std::vector<long> moments;
   for (const auto& call : scheduler.Handler().Calls()) {
     moments.push_back(call.m_Time);
@@ -70,7 +70,7 @@ TEST(TimeContract, RunInTheSecondShowingOfAnHourIsReadAsInTheFirstAndComesAgainO
 }
 
 TEST(TimeContract, EveryTwoDaysCanRunOnNeighbouringDays) {
-  EXPECT_EQ(RunTimes(newYork, "2024-03-09 00:00:00", "2024-03-15 00:00:00",
+  EXPECT_EQ(RunTimes(NewYork, "2024-03-09 00:00:00", "2024-03-15 00:00:00",
                      TriggerXml::Daily("2024/03/09 08:00:00", 2)),
             (Runs{"2024-03-09 08:00:00", "2024-03-10 08:00:00", "2024-03-12 08:00:00",
                   "2024-03-14 08:00:00"}));
@@ -78,52 +78,52 @@ TEST(TimeContract, EveryTwoDaysCanRunOnNeighbouringDays) {
 
 TEST(TimeContract, EveryTwoWeeksTakesSundayWithTheWeekBefore) {
   // The first run is the begin itself, which is due whatever the weekday.
-  EXPECT_EQ(RunTimes(newYork, "2024-03-06 00:00:00", "2024-03-31 00:00:00",
-                     TriggerXml::Weekly("2024/03/06 08:00:00", sunday, 2)),
+  EXPECT_EQ(RunTimes(NewYork, "2024-03-06 00:00:00", "2024-03-31 00:00:00",
+                     TriggerXml::Weekly("2024/03/06 08:00:00", Sunday, 2)),
             (Runs{"2024-03-06 08:00:00", "2024-03-10 08:00:00", "2024-03-24 08:00:00"}));
 }
 
 TEST(TimeContract, StartAt2330IsLostBeforeADayOf23Hours) {
-  EXPECT_EQ(RunTimes(newYork, "2024-03-08 12:00:00", "2024-03-12 12:00:00",
+  EXPECT_EQ(RunTimes(NewYork, "2024-03-08 12:00:00", "2024-03-12 12:00:00",
                      TriggerXml::Daily("2024/03/08 23:30:00")),
             (Runs{"2024-03-08 23:30:00", "2024-03-09 23:30:00", "2024-03-11 23:30:00"}));
 }
 
 TEST(TimeContract, RepetitionsPastMidnightStopOnADayThatTheRuleDoesNotSelect) {
   EXPECT_EQ(
-      RunTimes(utc, "2024-01-08 20:00:00", "2024-01-15 23:30:00",
-               TriggerXml::Weekly("2024/01/08 22:00:00", monday).EveryMinutes(60).ForMinutes(240)),
+      RunTimes(Utc, "2024-01-08 20:00:00", "2024-01-15 23:30:00",
+               TriggerXml::Weekly("2024/01/08 22:00:00", Monday).EveryMinutes(60).ForMinutes(240)),
       (Runs{"2024-01-08 22:00:00", "2024-01-08 23:00:00", "2024-01-09 00:00:00",
             "2024-01-15 22:00:00", "2024-01-15 23:00:00"}));
 }
 
 TEST(TimeContract, RepetitionsPastMidnightGoOnWhenTheNextDayIsSelectedToo) {
-  EXPECT_EQ(RunTimes(utc, "2024-01-08 20:00:00", "2024-01-09 12:00:00",
+  EXPECT_EQ(RunTimes(Utc, "2024-01-08 20:00:00", "2024-01-09 12:00:00",
                      TriggerXml::Daily("2024/01/08 22:00:00").EveryMinutes(60).ForMinutes(240)),
             (Runs{"2024-01-08 22:00:00", "2024-01-08 23:00:00", "2024-01-09 00:00:00",
                   "2024-01-09 01:00:00", "2024-01-09 02:00:00"}));
 }
 
 TEST(TimeContract, RepetitionsRoundTheClockRestBehindEachStartUntilTheFilesAreReadAgain) {
-  EXPECT_EQ(RunTimes(utc, "2024-01-09 07:10:00", "2024-01-09 08:25:00",
+  EXPECT_EQ(RunTimes(Utc, "2024-01-09 07:10:00", "2024-01-09 08:25:00",
                      TriggerXml::Daily("2024/01/08 07:30:00").EveryMinutes(10).ForMinutes(1440)),
             (Runs{"2024-01-09 07:10:00", "2024-01-09 07:20:00", "2024-01-09 07:30:00",
                   "2024-01-09 08:10:00", "2024-01-09 08:20:00"}));
-  EXPECT_EQ(RunTimes(utc, "2024-01-09 06:10:00", "2024-01-09 07:55:00",
+  EXPECT_EQ(RunTimes(Utc, "2024-01-09 06:10:00", "2024-01-09 07:55:00",
                      TriggerXml::Daily("2024/01/08 07:30:00").EveryMinutes(10).ForMinutes(1380)),
             (Runs{"2024-01-09 06:10:00", "2024-01-09 06:20:00", "2024-01-09 06:30:00",
                   "2024-01-09 07:30:00", "2024-01-09 07:40:00", "2024-01-09 07:50:00"}));
 }
 
 TEST(TimeContract, DurationWithoutIntervalIsNoRepetition) {
-  EXPECT_EQ(RunTimes(utc, "2024-01-08 07:00:00", "2024-01-09 12:00:00",
+  EXPECT_EQ(RunTimes(Utc, "2024-01-08 07:00:00", "2024-01-09 12:00:00",
                      TriggerXml::Daily("2024/01/08 08:00:00").ForMinutes(120)),
             (Runs{"2024-01-08 08:00:00", "2024-01-09 08:00:00"}));
 }
 
 TEST(TimeContract, TriggerThatNeverRanIsDueOnADayThatItsRuleDoesNotSelect) {
-  Running scheduler(utc, "2024-01-11 09:00:00");  // a Thursday
-  scheduler.AddTask("job", TaskXml().With(TriggerXml::Weekly("2024/01/10 08:00:00", sunday)));
+  Running scheduler(Utc, "2024-01-11 09:00:00");  // a Thursday
+  scheduler.AddTask("job", TaskXml().With(TriggerXml::Weekly("2024/01/10 08:00:00", Sunday)));
   scheduler.Clock().Settle();
   EXPECT_EQ(scheduler.TimedBatches(), (Runs{"2024-01-11 09:00:00 job:1:1:0;"}));
 }
@@ -131,7 +131,7 @@ TEST(TimeContract, TriggerThatNeverRanIsDueOnADayThatItsRuleDoesNotSelect) {
 TEST(TimeContract, EndBeforeTheBeginLeavesOneSecond) {
   const auto document =
       TaskXml().With(TriggerXml::Daily("2024/01/10 08:00:00").End("2024-01-09 00:00:00"));
-  Running inTime(utc, "2024-01-10 07:30:00");
+  Running inTime(Utc, "2024-01-10 07:30:00");
   inTime.AddTask("job", document);
   inTime.RunUntil("2024-01-10 10:00:00");
   EXPECT_EQ(inTime.TimedBatches(), (Runs{"2024-01-10 08:00:00 job:0:1:0;"}));
@@ -139,7 +139,7 @@ TEST(TimeContract, EndBeforeTheBeginLeavesOneSecond) {
 }
 
 TEST(TimeContract, EndBeforeTheBeginSeenLaterDeletesTheTaskUnrun) {
-  Running late(utc, "2024-01-10 08:00:01");
+  Running late(Utc, "2024-01-10 08:00:01");
   late.AddTask("job",
                TaskXml().With(TriggerXml::Daily("2024/01/10 08:00:00").End("2024-01-09 00:00:00")));
   late.Clock().Settle();
@@ -148,7 +148,7 @@ TEST(TimeContract, EndBeforeTheBeginSeenLaterDeletesTheTaskUnrun) {
 }
 
 TEST(TimeContract, LastRunInTheFutureHoldsTheTriggerBack) {
-  Running scheduler(utc, "2024-01-10 07:00:00");
+  Running scheduler(Utc, "2024-01-10 07:00:00");
   scheduler.AddTask(
       "job",
       TaskXml().With(TriggerXml::Daily("2024/01/01 08:00:00")).LastRun("2024-01-11 08:00:00 Ok"));
@@ -157,7 +157,7 @@ TEST(TimeContract, LastRunInTheFutureHoldsTheTriggerBack) {
 }
 
 TEST(TimeContract, ClockSetForwardOverStartsMakesOneLateRunAtOnce) {
-  Running scheduler(utc, "2024-01-10 07:00:00");
+  Running scheduler(Utc, "2024-01-10 07:00:00");
   scheduler.AddTask("job", TaskXml().With(TriggerXml::Daily("2024/01/10 08:00:00")));
   scheduler.RunUntil("2024-01-10 07:30:00");
   scheduler.Clock().StepWallClock(3 * 86400L);
@@ -166,7 +166,7 @@ TEST(TimeContract, ClockSetForwardOverStartsMakesOneLateRunAtOnce) {
 }
 
 TEST(TimeContract, ClockSetBackRunsNothingTwiceAndReadsTheFilesAgain) {
-  Running scheduler(utc, "2024-01-10 07:00:00");
+  Running scheduler(Utc, "2024-01-10 07:00:00");
   scheduler.AddTask("job", TaskXml().With(TriggerXml::Daily("2024/01/10 08:00:00")));
   scheduler.RunUntil("2024-01-10 08:30:00");
   const unsigned reloads = scheduler.Log().CountContaining(L"REFRESH TASK LIST!");
@@ -178,7 +178,7 @@ TEST(TimeContract, ClockSetBackRunsNothingTwiceAndReadsTheFilesAgain) {
 }
 
 TEST(TimeContract, SuspendOverAStartRunsItAtResuming) {
-  Running scheduler(utc, "2024-01-10 07:00:00");
+  Running scheduler(Utc, "2024-01-10 07:00:00");
   scheduler.AddTask("job", TaskXml().With(TriggerXml::Daily("2024/01/10 08:00:00")));
   scheduler.RunUntil("2024-01-10 07:30:00");
   scheduler.Clock().Suspend(7200);
@@ -187,7 +187,7 @@ TEST(TimeContract, SuspendOverAStartRunsItAtResuming) {
 }
 
 TEST(TimeContract, WhatWasMissedWhileTheAgentWasDownIsOneLateRun) {
-  TestScheduler scheduler(utc, "2024-01-10 07:00:00");
+  TestScheduler scheduler(Utc, "2024-01-10 07:00:00");
   ASSERT_TRUE(scheduler.Start());
   scheduler.AddTask(
       "job",
@@ -200,7 +200,7 @@ TEST(TimeContract, WhatWasMissedWhileTheAgentWasDownIsOneLateRun) {
 }
 
 TEST(TimeContract, FailedRunIsTriedAgainAtTheNextReadingOfTheFiles) {
-  Running scheduler(utc, "2024-01-10 07:30:00");
+  Running scheduler(Utc, "2024-01-10 07:30:00");
   scheduler.AddTask("job", TaskXml().With(TriggerXml::Daily("2024/01/10 08:00:00")));
   scheduler.RunUntil("2024-01-10 08:00:00");
   scheduler.SetRunState("job", "Failed");
@@ -212,7 +212,7 @@ TEST(TimeContract, FailedRunIsTriedAgainAtTheNextReadingOfTheFiles) {
 }
 
 TEST(TimeContract, DailyTaskHasItsNextRunTomorrowThoughTwentyYearsAheadAreOutOfRange) {
-  Running scheduler(utc, "2026-11-21 09:00:00");
+  Running scheduler(Utc, "2026-11-21 09:00:00");
   scheduler.AddTask(
       "job",
       TaskXml().With(TriggerXml::Daily("2005/03/01 08:00:00")).LastRun("2026-11-21 08:00:00 Ok"));
@@ -220,7 +220,7 @@ TEST(TimeContract, DailyTaskHasItsNextRunTomorrowThoughTwentyYearsAheadAreOutOfR
 }
 
 TEST(TimeContract, AfterTheLastSecondTheMonitorLooksOnceAnHourAndRunsNothing) {
-  Running scheduler(utc, "2038-01-19 03:00:00");
+  Running scheduler(Utc, "2038-01-19 03:00:00");
   scheduler.AddTask("job", TaskXml().With(TriggerXml::Daily("2038/01/19 03:10:00")));
   scheduler.RunFor(6 * 3600L);
   EXPECT_EQ(scheduler.Batches().size(), 1u);

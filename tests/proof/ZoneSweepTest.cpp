@@ -19,11 +19,11 @@
 namespace {
 
 namespace fs = std::filesystem;
-constexpr long tenYears = 3653L * 86400;
+constexpr long TenYears = 3653L * 86400;
 // The begin, ten years, and what the search for a next run looks at, with room for any offset.
-constexpr long sweepStart = 1109635200 - 3L * 86400;  // 2005-03-01 UTC
-constexpr long sweepEnd = sweepStart + tenYears + 100L * 86400;
-constexpr long longestSleep = 86400;
+constexpr long SweepStart = 1109635200 - 3L * 86400;  // 2005-03-01 UTC
+constexpr long SweepEnd = SweepStart + TenYears + 100L * 86400;
+constexpr long LongestSleep = 86400;
 
 std::string Content(const fs::path& file) {
   std::ostringstream text;
@@ -74,13 +74,13 @@ long ChangeBetween(long before, long after) {
 // All that the sweep can see of a zone. No clock changes twice in a week.
 std::string ClockOverTheSweep(const std::string& zone) {
   const VirtualTime::Zone set(zone.c_str());
-  constexpr long week = 7L * 86400;
+  constexpr long Week = 7L * 86400;
   std::ostringstream text;
-  text << ClockAt(sweepStart).first << ' ' << ClockAt(sweepStart).second;
-  for (long at = sweepStart; at < sweepEnd; at += week) {
-    const auto [offset, isDaylight] = ClockAt(at + week);
+  text << ClockAt(SweepStart).first << ' ' << ClockAt(SweepStart).second;
+  for (long at = SweepStart; at < SweepEnd; at += Week) {
+    const auto [offset, isDaylight] = ClockAt(at + Week);
     if (ClockAt(at) != std::pair(offset, isDaylight)) {
-      text << ' ' << ChangeBetween(at, at + week) << ' ' << offset << ' ' << isDaylight;
+      text << ' ' << ChangeBetween(at, at + Week) << ' ' << offset << ' ' << isDaylight;
     }
   }
   return text.str();
@@ -130,10 +130,10 @@ void RunTenYears(const std::string& xml) {
   CTaskTrigger trigger(BaseSDK::AString::FromUtf8(xml), &lastRun);
   ASSERT_FALSE(trigger.m_Disabled) << xml;
   auto& clock = VirtualTime::VirtualClock::Instance();
-  const long end = trigger.m_BeginDate + tenYears;
+  const long end = trigger.m_BeginDate + TenYears;
   for (long now = trigger.m_BeginDate; now < end;) {
     clock.Start(now);
-    long sleepSeconds = longestSleep;
+    long sleepSeconds = LongestSleep;
     bool late = false, expired = false, changed = false;
     if (trigger.IsDue(false, false, sleepSeconds, late, expired, changed)) {
       ASSERT_LT(lastRun, now) << xml;
@@ -144,7 +144,7 @@ void RunTenYears(const std::string& xml) {
       return;
     }
     ASSERT_GT(next, now) << xml;
-    now = sleepSeconds > 0 && sleepSeconds < longestSleep ? now + sleepSeconds : next;
+    now = sleepSeconds > 0 && sleepSeconds < LongestSleep ? now + sleepSeconds : next;
   }
 }
 

@@ -57,8 +57,8 @@ std::string Disk::FallIll(Random& random) {
       m_Memory.SetReadOnly(true);
       return "disk read-only";
     case 2: {
-      constexpr long kinds = FailingFileSystem::CloseDirectoryCall;
-      const auto kind = static_cast<FailingFileSystem::Kind>(random.Between(0, kinds));
+      constexpr long Kinds = FailingFileSystem::CloseDirectoryCall;
+      const auto kind = static_cast<FailingFileSystem::Kind>(random.Between(0, Kinds));
       const int error = random.OneOf({EIO, EACCES, ENOMEM, EMFILE});
       m_Failing.FailAll(kind, error);
       return "call kind " + std::to_string(kind) + " fails with " + std::to_string(error);

@@ -87,11 +87,11 @@ long RunEntry::LastRun() const {
 }
 
 std::optional<RunEntry> ParseEntry(const std::string& text) {
-  constexpr std::size_t timeLength = 19;
-  if (text.size() < timeLength + 1 || text[10] != ' ' || text[timeLength] != ' ') {
+  constexpr std::size_t TimeLength = 19;
+  if (text.size() < TimeLength + 1 || text[10] != ' ' || text[TimeLength] != ' ') {
     return std::nullopt;
   }
-  return RunEntry{text.substr(0, timeLength), text.substr(timeLength + 1)};
+  return RunEntry{text.substr(0, TimeLength), text.substr(TimeLength + 1)};
 }
 
 Document::Document(Random& random, int number, long now) : m_Number(number) {

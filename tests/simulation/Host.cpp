@@ -10,11 +10,11 @@ using Corvane::AgentInterfacesV3::INoxScheduledTaskHandler;
 using Corvane::AgentInterfacesV3::TASK_HANDLER_DECLINED;
 
 const char* Name(Manner manner) {
-  static constexpr const char* names[] = {
+  static constexpr const char* Names[] = {
       "accepts",     "accepts the old way",  "accepts by an error",
       "declines",    "declines the old way", "is missing",
       "takes hours", "reports failure",      "kills"};
-  return names[static_cast<std::size_t>(manner)];
+  return Names[static_cast<std::size_t>(manner)];
 }
 
 /// One opening of a handler; released by its client.

@@ -232,9 +232,9 @@ void Ledger::OnListed() {
 }
 
 void Ledger::OnPosted(long code, const std::string& taskId) {
-  constexpr long taskAdded = 102;
+  constexpr long TaskAdded = 102;
   // Announced also when the file could not be given its name.
-  if (code == taskAdded && IsByCaller() && m_Disk->Has(taskId)) {
+  if (code == TaskAdded && IsByCaller() && m_Disk->Has(taskId)) {
     OnReplaced(taskId, m_Disk->Text(taskId));  // written in place, with nothing to be seen
   }
 }
@@ -353,8 +353,8 @@ void Ledger::CheckRuns(Random& random, bool busy, bool clockChanges) {
     return;
   }
   CheckDispatches();
-  constexpr int samples = 20;
-  for (int i = 0; m_IsGateOpen && i < samples && !m_Tasks.empty(); ++i) {
+  constexpr int Samples = 20;
+  for (int i = 0; m_IsGateOpen && i < Samples && !m_Tasks.empty(); ++i) {
     const auto drawn =
         std::next(m_Tasks.begin(), static_cast<std::ptrdiff_t>(random.Below(m_Tasks.size())));
     CheckRunOf(drawn->first, drawn->second, clockChanges);

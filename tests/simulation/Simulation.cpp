@@ -71,16 +71,16 @@ void Simulation::Run() {
 }
 
 void Simulation::Live() {
-  constexpr long month = 30;
+  constexpr long Month = 30;
   const std::int64_t begin = TheClock().NowMilliseconds();
   long months = 0;
   for (long days = 0; days < m_Options.m_Days && !m_Verdict.IsViolated();) {
     Step();
     days = static_cast<long>((TheClock().NowMilliseconds() - begin) / (Day * 1000LL));
-    if (days / month > months && m_Options.m_OnMonth) {
+    if (days / Month > months && m_Options.m_OnMonth) {
       m_Options.m_OnMonth(days);
     }
-    months = days / month;
+    months = days / Month;
   }
 }
 

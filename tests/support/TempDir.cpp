@@ -16,8 +16,8 @@ namespace {
 /// In memory where the system offers that: stored tasks are flushed to the disk at every change,
 /// which takes hundredths of a second each on a real one.
 std::filesystem::path Parent() {
-  constexpr const char* inMemory = "/dev/shm";
-  return access(inMemory, W_OK | X_OK) == 0 ? std::filesystem::path(inMemory)
+  constexpr const char* InMemory = "/dev/shm";
+  return access(InMemory, W_OK | X_OK) == 0 ? std::filesystem::path(InMemory)
                                             : std::filesystem::temp_directory_path();
 }
 

@@ -21,8 +21,8 @@ constexpr bool IsLeapYear(int year) {
 
 /// `month` counts from 0.
 constexpr int DaysInMonth(int year, int month) {
-  constexpr int days[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  return month == 1 && IsLeapYear(year) ? 29 : days[month];
+  constexpr int Days[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  return month == 1 && IsLeapYear(year) ? 29 : Days[month];
 }
 
 /// A leap second, 60, is not one of these: no local time that mktime gives has it.
@@ -99,9 +99,9 @@ long ReadDefault(std::wstring_view text) {
 }
 
 std::wstring_view Trimmed(std::wstring_view text) {
-  constexpr std::wstring_view blanks = L" \t\n\v\f\r";
-  text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
-  return text.substr(0, text.find_last_not_of(blanks) + 1);  // npos + 1 is 0
+  constexpr std::wstring_view Blanks = L" \t\n\v\f\r";
+  text.remove_prefix(std::min(text.find_first_not_of(Blanks), text.size()));
+  return text.substr(0, text.find_last_not_of(Blanks) + 1);  // npos + 1 is 0
 }
 
 long ReadFormat(std::wstring_view text, const AString& format) {

@@ -104,8 +104,8 @@ class WallTimer {
 
   /// How long a poll may last: without a descriptor it has to come back and look.
   int PollMilliseconds() const {
-    constexpr int lookAgain = 1000;
-    return m_Fd >= 0 ? -1 : MillisecondsUntil(m_Deadline, CLOCK_REALTIME, lookAgain);
+    constexpr int LookAgain = 1000;
+    return m_Fd >= 0 ? -1 : MillisecondsUntil(m_Deadline, CLOCK_REALTIME, LookAgain);
   }
 
  private:
@@ -196,9 +196,9 @@ struct AEvent::Impl {
 
   /// The deadline has passed on the fine clock; time() follows with the next tick of the machine.
   int WaitForTick(const Moment& deadline) {
-    constexpr int pause = 1;  // millisecond; a tick is 1 to 10
+    constexpr int Pause = 1;  // millisecond; a tick is 1 to 10
     while (::time(nullptr) < deadline.m_Seconds && !IsBefore(Read(CLOCK_REALTIME), deadline)) {
-      Poll(-1, pause);
+      Poll(-1, Pause);
       if (Take()) {
         return WasSet;
       }

@@ -42,9 +42,9 @@ bool ToPath(const AString& name, std::string& path) {
 
 /// Creates and opens `prefix` + a random tail that no file has; `path` is its name.
 int CreateUnique(const std::string& prefix, std::string& path, int& fd) {
-  constexpr int attempts = 100;  // 62^6 names: only a broken file system is unlucky that often
+  constexpr int Attempts = 100;  // 62^6 names: only a broken file system is unlucky that often
   int error = EEXIST;
-  for (int i = 0; i < attempts && error == EEXIST; ++i) {
+  for (int i = 0; i < Attempts && error == EEXIST; ++i) {
     path = prefix + RandomTail();
     error = OpenFile(path.c_str(), O_RDWR | O_CREAT | O_EXCL, NewFileMode, fd);
   }
@@ -58,7 +58,7 @@ int Unlink(const std::string& path) {
 /// The mode to keep: that of the file at `path`; 0 when there is none to keep. Refuses what a
 /// rename must not replace.
 int ModeToKeep(const std::string& path, unsigned& mode) {
-  constexpr unsigned permissionBits = 07777;
+  constexpr unsigned PermissionBits = 07777;
   AFileSystem::Info info;
   mode = 0;
   const int error = Retry([&] { return AFileSystem::Current().GetInfo(path.c_str(), info); });
@@ -69,7 +69,7 @@ int ModeToKeep(const std::string& path, unsigned& mode) {
     return error;
   }
   if (S_ISREG(info.m_Mode)) {
-    mode = info.m_Mode & permissionBits;
+    mode = info.m_Mode & PermissionBits;
     return 0;
   }
   return S_ISLNK(info.m_Mode) ? 0 : S_ISDIR(info.m_Mode) ? EISDIR : EINVAL;
@@ -77,15 +77,15 @@ int ModeToKeep(const std::string& path, unsigned& mode) {
 
 /// "dir/T1.vsk" gives "dir/.T1."; the tail follows.
 std::string TemporaryPrefix(const std::string& path) {
-  constexpr std::size_t longestName = 255;
-  constexpr std::size_t longestStem = longestName - TailLength - 2;
+  constexpr std::size_t LongestName = 255;
+  constexpr std::size_t LongestStem = LongestName - TailLength - 2;
   const std::string_view directory = DirectoryPart(path);
   std::string_view stem = std::string_view(path).substr(directory.size());
   const std::size_t dot = stem.rfind('.');
   if (dot != std::string_view::npos && dot > 0) {
     stem = stem.substr(0, dot);
   }
-  return std::string(directory) + '.' + std::string(stem.substr(0, longestStem)) + '.';
+  return std::string(directory) + '.' + std::string(stem.substr(0, LongestStem)) + '.';
 }
 
 bool IsTemporary(std::string_view name) {

@@ -5,7 +5,7 @@
 namespace BaseSDK {
 namespace {
 
-constexpr wchar_t byteOrderMark = 0xFEFF;
+constexpr wchar_t ByteOrderMark = 0xFEFF;
 
 bool IsBlank(wchar_t character) {
   return character == L' ' || character == L'\t' || character == L'\r';
@@ -38,7 +38,7 @@ AString Quoted(const AString& text) {
 }  // namespace
 
 AIniText::AIniText(const AString& fileName, const AString& text) : m_FileName(fileName) {
-  std::size_t begin = text[0] == byteOrderMark ? 1 : 0;
+  std::size_t begin = text[0] == ByteOrderMark ? 1 : 0;
   unsigned number = 1;
   while (begin < text.Length()) {
     const std::size_t end = std::min(text.Find("\n", begin), text.Length());

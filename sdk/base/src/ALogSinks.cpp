@@ -42,8 +42,8 @@ std::string Tamed(const AString& message, std::string_view linePrefix) {
       tamed += '\n';
       tamed += linePrefix;
     } else if ((byte < 0x20 && c != '\t') || byte == 0x7F) {
-      constexpr char digits[] = "0123456789abcdef";
-      tamed += {'\\', 'x', digits[byte >> 4], digits[byte & 15]};
+      constexpr char Digits[] = "0123456789abcdef";
+      tamed += {'\\', 'x', Digits[byte >> 4], Digits[byte & 15]};
     } else {
       tamed += c;
     }

@@ -41,7 +41,7 @@ std::wstring_view Trimmed(std::wstring_view text) {
 
 /// Digits of `base` and nothing else; -1 otherwise. Stays above the 32-bit range once it is there.
 std::int64_t ReadDigits(std::wstring_view digits, int base) {
-  constexpr std::int64_t beyond = std::int64_t{Long32Max} + 2;
+  constexpr std::int64_t Beyond = std::int64_t{Long32Max} + 2;
   std::int64_t value = digits.empty() ? -1 : 0;
   for (const wchar_t c : digits) {
     const int digit = DigitValue(c);
@@ -49,7 +49,7 @@ std::int64_t ReadDigits(std::wstring_view digits, int base) {
       return -1;
     }
     value = value * base + digit;
-    value = value < beyond ? value : beyond;
+    value = value < Beyond ? value : Beyond;
   }
   return value;
 }

@@ -33,7 +33,7 @@ int EncodedByte(const std::string& text, std::size_t pos) {
 }  // namespace
 
 AString AUrl::Encode(const AString& text) {
-  constexpr char digits[] = "0123456789ABCDEF";
+  constexpr char Digits[] = "0123456789ABCDEF";
   std::string encoded;
   for (const char c : text.ToUtf8()) {
     if (IsUnreserved(c)) {
@@ -41,8 +41,8 @@ AString AUrl::Encode(const AString& text) {
     } else {
       const auto byte = static_cast<unsigned char>(c);
       encoded += '%';
-      encoded += digits[byte >> 4];
-      encoded += digits[byte & 15];
+      encoded += Digits[byte >> 4];
+      encoded += Digits[byte & 15];
     }
   }
   return AString::FromUtf8(encoded);

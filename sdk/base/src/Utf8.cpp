@@ -91,7 +91,7 @@ std::wstring Utf8ToWide(std::string_view bytes) {
 }
 
 std::string WideToUtf8(const std::wstring& text) {
-  constexpr std::uint32_t replacement = 0xFFFD;
+  constexpr std::uint32_t Replacement = 0xFFFD;
   std::string bytes;
   bytes.reserve(text.size());
   for (const wchar_t character : text) {
@@ -99,7 +99,7 @@ std::string WideToUtf8(const std::wstring& text) {
     if (value >= EscapedByte + 0x80u && value <= EscapedByte + 0xFFu) {
       bytes += static_cast<char>(value - EscapedByte);
     } else {
-      AppendUtf8(value > 0x10FFFF || IsSurrogate(value) ? replacement : value, bytes);
+      AppendUtf8(value > 0x10FFFF || IsSurrogate(value) ? Replacement : value, bytes);
     }
   }
   return bytes;

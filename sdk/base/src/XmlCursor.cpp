@@ -121,11 +121,11 @@ bool XmlCursor::Fail(std::size_t offset, std::string message) {
 }
 
 std::string XmlCursor::Quoted(std::string_view text) {
-  constexpr std::size_t longest = 64;
-  if (text.size() <= longest) {
+  constexpr std::size_t Longest = 64;
+  if (text.size() <= Longest) {
     return '"' + std::string(text) + '"';
   }
-  std::size_t end = longest;
+  std::size_t end = Longest;
   while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) {
     --end;
   }

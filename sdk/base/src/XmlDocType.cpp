@@ -37,12 +37,12 @@ bool ScanPublicId(XmlCursor& cursor) {
 
 /// ExternalID = "SYSTEM" space system-id | "PUBLIC" space public-id space system-id
 bool ScanExternalId(XmlCursor& cursor) {
-  constexpr const char* unspaced = "white space is missing in a document type declaration";
+  constexpr const char* Unspaced = "white space is missing in a document type declaration";
   if (cursor.Take("SYSTEM")) {
-    return ScanSpace(cursor, unspaced) && ScanSystemId(cursor);
+    return ScanSpace(cursor, Unspaced) && ScanSystemId(cursor);
   }
-  return !cursor.Take("PUBLIC") || (ScanSpace(cursor, unspaced) && ScanPublicId(cursor) &&
-                                    ScanSpace(cursor, unspaced) && ScanSystemId(cursor));
+  return !cursor.Take("PUBLIC") || (ScanSpace(cursor, Unspaced) && ScanPublicId(cursor) &&
+                                    ScanSpace(cursor, Unspaced) && ScanSystemId(cursor));
 }
 
 }  // namespace

@@ -19,11 +19,11 @@ bool IsPredefinedEntity(std::string_view name) {
 std::uint32_t ReferencedCharacter(std::string_view digits) {
   const bool isHex = !digits.empty() && digits.front() == 'x';
   const std::uint32_t base = isHex ? 16 : 10;
-  constexpr std::string_view values = "0123456789abcdef";
+  constexpr std::string_view Values = "0123456789abcdef";
   std::uint32_t value = 0;
   for (const char c : digits.substr(isHex ? 1 : 0)) {
     const char lower = c >= 'A' && c <= 'F' ? static_cast<char>(c - 'A' + 'a') : c;
-    const std::size_t digit = values.substr(0, base).find(lower);
+    const std::size_t digit = Values.substr(0, base).find(lower);
     if (digit == std::string_view::npos || value > 0x10FFFF) {
       return 0;
     }

@@ -6,10 +6,10 @@ namespace {
 
 // "<?xml" space version [ space encoding ] [ space standalone ] [ space ] "?>"
 TEST(AXmlDocProlog, XmlDeclaration) {
-  constexpr const char* misplaced = "an XML declaration may stand at the very beginning only";
-  constexpr const char* unspaced = "white space or \"?>\" is missing in an XML declaration";
-  constexpr const char* unversioned = "an XML declaration begins with its version";
-  constexpr const char* unordered =
+  constexpr const char* Misplaced = "an XML declaration may stand at the very beginning only";
+  constexpr const char* Unspaced = "white space or \"?>\" is missing in an XML declaration";
+  constexpr const char* Unversioned = "an XML declaration begins with its version";
+  constexpr const char* Unordered =
       "an XML declaration says version, encoding and standalone, in this order and once each";
   CheckAll({
       {"<?xml version='1.0'?><a/>"},
@@ -19,32 +19,32 @@ TEST(AXmlDocProlog, XmlDeclaration) {
       {"<?xml version='1.0' standalone='no'?><a/>"},
       {"<?xml version='1.0'\nencoding = \"utf-8\"\tstandalone =\"yes\"\r\n?>\n<a/>"},
       {"\xEF\xBB\xBF<?xml version='1.0'?><a/>"},
-      {" <?xml version='1.0'?><a/>", 1, 2, misplaced},
-      {"\n<?xml version='1.0'?><a/>", 2, 1, misplaced},
-      {"<!-- --><?xml version='1.0'?><a/>", 1, 9, misplaced},
-      {"<?xml version='1.0'?><?xml version='1.0'?><a/>", 1, 22, misplaced},
-      {"<a><?xml version='1.0'?></a>", 1, 4, misplaced},
-      {"<a/><?xml version='1.0'?>", 1, 5, misplaced},
-      {"<?xml?><a/>", 1, 6, unversioned},
-      {"<?xml ?><a/>", 1, 7, unversioned},
-      {"<?xml encoding='UTF-8'?><a/>", 1, 7, unversioned},
-      {"<?xml\nencoding='UTF-8' version='1.0'?><a/>", 2, 1, unversioned},
-      {"<?xml standalone='yes'?><a/>", 1, 7, unversioned},
-      {"<?xml VERSION='1.0'?><a/>", 1, 7, unversioned},
-      {"<?xml versions='1.0'?><a/>", 1, 7, unversioned},
-      {"<?xml version='1.0' version='1.0'?><a/>", 1, 21, unordered},
-      {"<?xml version='1.0' encoding='a' encoding='a'?><a/>", 1, 34, unordered},
-      {"<?xml version='1.0' standalone='no' standalone='no'?><a/>", 1, 37, unordered},
-      {"<?xml version='1.0' standalone='no' encoding='a'?><a/>", 1, 37, unordered},
-      {"<?xml version='1.0' encoding='a' version='1.0'?><a/>", 1, 34, unordered},
-      {"<?xml version='1.0' valid='no'?><a/>", 1, 21, unordered},
-      {"<?xml version='1.0' Encoding='a'?><a/>", 1, 21, unordered},
-      {"<?xml version='1.0'encoding='a'?><a/>", 1, 20, unspaced},
-      {"<?xml version='1.0' encoding='a'standalone='no'?><a/>", 1, 33, unspaced},
-      {"<?xml version='1.0'", 1, 20, unspaced},
-      {"<?xml version='1.0'><a/>", 1, 20, unspaced},
-      {"<?xml version='1.0'? ><a/>", 1, 20, unspaced},
-      {"<?xml='1.0'?><a/>", 1, 6, unspaced},
+      {" <?xml version='1.0'?><a/>", 1, 2, Misplaced},
+      {"\n<?xml version='1.0'?><a/>", 2, 1, Misplaced},
+      {"<!-- --><?xml version='1.0'?><a/>", 1, 9, Misplaced},
+      {"<?xml version='1.0'?><?xml version='1.0'?><a/>", 1, 22, Misplaced},
+      {"<a><?xml version='1.0'?></a>", 1, 4, Misplaced},
+      {"<a/><?xml version='1.0'?>", 1, 5, Misplaced},
+      {"<?xml?><a/>", 1, 6, Unversioned},
+      {"<?xml ?><a/>", 1, 7, Unversioned},
+      {"<?xml encoding='UTF-8'?><a/>", 1, 7, Unversioned},
+      {"<?xml\nencoding='UTF-8' version='1.0'?><a/>", 2, 1, Unversioned},
+      {"<?xml standalone='yes'?><a/>", 1, 7, Unversioned},
+      {"<?xml VERSION='1.0'?><a/>", 1, 7, Unversioned},
+      {"<?xml versions='1.0'?><a/>", 1, 7, Unversioned},
+      {"<?xml version='1.0' version='1.0'?><a/>", 1, 21, Unordered},
+      {"<?xml version='1.0' encoding='a' encoding='a'?><a/>", 1, 34, Unordered},
+      {"<?xml version='1.0' standalone='no' standalone='no'?><a/>", 1, 37, Unordered},
+      {"<?xml version='1.0' standalone='no' encoding='a'?><a/>", 1, 37, Unordered},
+      {"<?xml version='1.0' encoding='a' version='1.0'?><a/>", 1, 34, Unordered},
+      {"<?xml version='1.0' valid='no'?><a/>", 1, 21, Unordered},
+      {"<?xml version='1.0' Encoding='a'?><a/>", 1, 21, Unordered},
+      {"<?xml version='1.0'encoding='a'?><a/>", 1, 20, Unspaced},
+      {"<?xml version='1.0' encoding='a'standalone='no'?><a/>", 1, 33, Unspaced},
+      {"<?xml version='1.0'", 1, 20, Unspaced},
+      {"<?xml version='1.0'><a/>", 1, 20, Unspaced},
+      {"<?xml version='1.0'? ><a/>", 1, 20, Unspaced},
+      {"<?xml='1.0'?><a/>", 1, 6, Unspaced},
       {"<?xml version='1.0' ><a/>", 1, 21, "an XML declaration ends with \"?>\""},
       {"<?xml version='1.0' ", 1, 21, "an XML declaration ends with \"?>\""},
       {"<?xml version='1.0' ? ><a/>", 1, 21, "an XML declaration ends with \"?>\""},
@@ -57,33 +57,33 @@ TEST(AXmlDocProlog, XmlDeclaration) {
 }
 
 TEST(AXmlDocProlog, XmlVersion) {
-  constexpr const char* wrong = "a version is \"1.0\", or \"1.\" and other digits";
+  constexpr const char* Wrong = "a version is \"1.0\", or \"1.\" and other digits";
   CheckAll({
       // A reader of XML 1.0 takes documents of a later minor version for its own.
       {"<?xml version='1.1'?><a/>"},
       {"<?xml version='1.00'?><a/>"},
       {"<?xml version='1.9876543210'?><a/>"},
-      {"<?xml version=''?><a/>", 1, 16, wrong},
-      {"<?xml version='1'?><a/>", 1, 16, wrong},
-      {"<?xml version='1.'?><a/>", 1, 16, wrong},
-      {"<?xml version='2.0'?><a/>", 1, 16, wrong},
-      {"<?xml version='01.0'?><a/>", 1, 16, wrong},
-      {"<?xml version='1,0'?><a/>", 1, 16, wrong},
-      {"<?xml version='1.0.0'?><a/>", 1, 16, wrong},
-      {"<?xml version='1.0a'?><a/>", 1, 16, wrong},
-      {"<?xml version='-1.0'?><a/>", 1, 16, wrong},
-      {"<?xml version='1.0 '?><a/>", 1, 16, wrong},
-      {"<?xml version=' 1.0'?><a/>", 1, 16, wrong},
-      {"<?xml\n version='&#49;.0'?><a/>", 2, 11, wrong},
-      {"<?xml version='1.0\" encoding='UTF-8'?><a/>", 1, 16, wrong},
-      {"<?xml version='1.0?><a/>", 1, 16, wrong},
+      {"<?xml version=''?><a/>", 1, 16, Wrong},
+      {"<?xml version='1'?><a/>", 1, 16, Wrong},
+      {"<?xml version='1.'?><a/>", 1, 16, Wrong},
+      {"<?xml version='2.0'?><a/>", 1, 16, Wrong},
+      {"<?xml version='01.0'?><a/>", 1, 16, Wrong},
+      {"<?xml version='1,0'?><a/>", 1, 16, Wrong},
+      {"<?xml version='1.0.0'?><a/>", 1, 16, Wrong},
+      {"<?xml version='1.0a'?><a/>", 1, 16, Wrong},
+      {"<?xml version='-1.0'?><a/>", 1, 16, Wrong},
+      {"<?xml version='1.0 '?><a/>", 1, 16, Wrong},
+      {"<?xml version=' 1.0'?><a/>", 1, 16, Wrong},
+      {"<?xml\n version='&#49;.0'?><a/>", 2, 11, Wrong},
+      {"<?xml version='1.0\" encoding='UTF-8'?><a/>", 1, 16, Wrong},
+      {"<?xml version='1.0?><a/>", 1, 16, Wrong},
       {"<?xml version='1.\x01'?><a/>", 1, 18, "a character that XML does not allow"},
   });
 }
 
 // The text is decoded already, so the name is looked at, but never obeyed.
 TEST(AXmlDocProlog, AnyNameOfAnEncoding) {
-  constexpr const char* wrong =
+  constexpr const char* Wrong =
       "the name of an encoding is a letter, then letters, digits, \".\", \"_\" and \"-\"";
   CheckAll({
       {"<?xml version='1.0' encoding='ISO-8859-1'?><a>\xC3\xA4</a>"},
@@ -91,36 +91,36 @@ TEST(AXmlDocProlog, AnyNameOfAnEncoding) {
       {"<?xml version='1.0' encoding='US-ASCII'?><a>\xC3\xA4</a>"},
       {"<?xml version='1.0' encoding='x'?><a/>"},
       {"<?xml version='1.0' encoding='A1._-Z9z'?><a/>"},
-      {"<?xml version='1.0' encoding=''?><a/>", 1, 31, wrong},
-      {"<?xml version='1.0' encoding=' UTF-8'?><a/>", 1, 31, wrong},
-      {"<?xml version='1.0' encoding='UTF-8 '?><a/>", 1, 31, wrong},
-      {"<?xml version='1.0' encoding='8859'?><a/>", 1, 31, wrong},
-      {"<?xml version='1.0' encoding='-8'?><a/>", 1, 31, wrong},
-      {"<?xml version='1.0' encoding='UTF:8'?><a/>", 1, 31, wrong},
-      {"<?xml version='1.0' encoding='UTF/8'?><a/>", 1, 31, wrong},
-      {"<?xml version='1.0' encoding='\xC3\xA4'?><a/>", 1, 31, wrong},
+      {"<?xml version='1.0' encoding=''?><a/>", 1, 31, Wrong},
+      {"<?xml version='1.0' encoding=' UTF-8'?><a/>", 1, 31, Wrong},
+      {"<?xml version='1.0' encoding='UTF-8 '?><a/>", 1, 31, Wrong},
+      {"<?xml version='1.0' encoding='8859'?><a/>", 1, 31, Wrong},
+      {"<?xml version='1.0' encoding='-8'?><a/>", 1, 31, Wrong},
+      {"<?xml version='1.0' encoding='UTF:8'?><a/>", 1, 31, Wrong},
+      {"<?xml version='1.0' encoding='UTF/8'?><a/>", 1, 31, Wrong},
+      {"<?xml version='1.0' encoding='\xC3\xA4'?><a/>", 1, 31, Wrong},
   });
   const AXmlDoc document{AString("<?xml version='1.0' encoding='ISO-8859-1'?><a>\xC3\xA4</a>")};
   EXPECT_EQ(document.SelectSingleNode("/a/text()"), AString("\xC3\xA4"));
 }
 
 TEST(AXmlDocProlog, Standalone) {
-  constexpr const char* wrong = "standalone is \"yes\" or \"no\"";
+  constexpr const char* Wrong = "standalone is \"yes\" or \"no\"";
   CheckAll({
       {"<?xml version='1.0' standalone='yes'?><!DOCTYPE a SYSTEM 'a.dtd'><a/>"},
-      {"<?xml version='1.0' standalone='YES'?><a/>", 1, 33, wrong},
-      {"<?xml version='1.0' standalone='No'?><a/>", 1, 33, wrong},
-      {"<?xml version='1.0' standalone=''?><a/>", 1, 33, wrong},
-      {"<?xml version='1.0' standalone='yes '?><a/>", 1, 33, wrong},
-      {"<?xml version='1.0' standalone='true'?><a/>", 1, 33, wrong},
+      {"<?xml version='1.0' standalone='YES'?><a/>", 1, 33, Wrong},
+      {"<?xml version='1.0' standalone='No'?><a/>", 1, 33, Wrong},
+      {"<?xml version='1.0' standalone=''?><a/>", 1, 33, Wrong},
+      {"<?xml version='1.0' standalone='yes '?><a/>", 1, 33, Wrong},
+      {"<?xml version='1.0' standalone='true'?><a/>", 1, 33, Wrong},
       {"<?xml version='1.0' standalone=yes?><a/>", 1, 32, "a value in quotes is expected"},
   });
 }
 
 // "<!DOCTYPE" space name [ space external identifier ] [ space ] ">"
 TEST(AXmlDocProlog, DocumentType) {
-  constexpr const char* unspaced = "white space is missing in a document type declaration";
-  constexpr const char* unended = "\">\" is missing after a document type declaration";
+  constexpr const char* Unspaced = "white space is missing in a document type declaration";
+  constexpr const char* Unended = "\">\" is missing after a document type declaration";
   CheckAll({
       {"<!DOCTYPE a><a/>"},
       {"<!DOCTYPE\n\ta\r\n><a/>"},
@@ -137,23 +137,23 @@ TEST(AXmlDocProlog, DocumentType) {
       {"<!DOCTYPE \x02 a><a/>", 1, 11, "the name of the root element is expected"},
       {"<!doctype a><a/>", 1, 2, "a name is missing after \"<\""},
       {"<! DOCTYPE a><a/>", 1, 2, "a name is missing after \"<\""},
-      {"<!DOCTYPE a", 1, 12, unended},
-      {"<!DOCTYPE a b><a/>", 1, 13, unended},
-      {"<!DOCTYPE a -- c --><a/>", 1, 13, unended},
-      {"<!DOCTYPE a 'x'><a/>", 1, 13, unended},
-      {"<!DOCTYPE a'x'><a/>", 1, 12, unended},
-      {"<!DOCTYPE a <a/>", 1, 13, unended},
-      {"<!DOCTYPE a system 'x'><a/>", 1, 13, unended},
-      {"<!DOCTYPE aSYSTEM 'x'><a/>", 1, 19, unended},
-      {"<!DOCTYPE a/>", 1, 12, unended},
-      {"<!DOCTYPE a SYSTEM 'x' 'y'><a/>", 1, 24, unended},
-      {"<!DOCTYPE a SYSTEM 'x' NDATA n><a/>", 1, 24, unended},
-      {"<!DOCTYPE a SYSTEM'x'><a/>", 1, 19, unspaced},
-      {"<!DOCTYPE a SYSTEM><a/>", 1, 19, unspaced},
-      {"<!DOCTYPE a SYSTEMS 'x'><a/>", 1, 19, unspaced},
-      {"<!DOCTYPE a PUBLIC'x' 'y'><a/>", 1, 19, unspaced},
-      {"<!DOCTYPE a PUBLIC 'x''y'><a/>", 1, 23, unspaced},
-      {"<!DOCTYPE a PUBLIC 'x'><a/>", 1, 23, unspaced},
+      {"<!DOCTYPE a", 1, 12, Unended},
+      {"<!DOCTYPE a b><a/>", 1, 13, Unended},
+      {"<!DOCTYPE a -- c --><a/>", 1, 13, Unended},
+      {"<!DOCTYPE a 'x'><a/>", 1, 13, Unended},
+      {"<!DOCTYPE a'x'><a/>", 1, 12, Unended},
+      {"<!DOCTYPE a <a/>", 1, 13, Unended},
+      {"<!DOCTYPE a system 'x'><a/>", 1, 13, Unended},
+      {"<!DOCTYPE aSYSTEM 'x'><a/>", 1, 19, Unended},
+      {"<!DOCTYPE a/>", 1, 12, Unended},
+      {"<!DOCTYPE a SYSTEM 'x' 'y'><a/>", 1, 24, Unended},
+      {"<!DOCTYPE a SYSTEM 'x' NDATA n><a/>", 1, 24, Unended},
+      {"<!DOCTYPE a SYSTEM'x'><a/>", 1, 19, Unspaced},
+      {"<!DOCTYPE a SYSTEM><a/>", 1, 19, Unspaced},
+      {"<!DOCTYPE a SYSTEMS 'x'><a/>", 1, 19, Unspaced},
+      {"<!DOCTYPE a PUBLIC'x' 'y'><a/>", 1, 19, Unspaced},
+      {"<!DOCTYPE a PUBLIC 'x''y'><a/>", 1, 23, Unspaced},
+      {"<!DOCTYPE a PUBLIC 'x'><a/>", 1, 23, Unspaced},
       {"<a/><!DOCTYPE a>", 1, 5, "a document type declaration out of place"},
       {"<a><!DOCTYPE a></a>", 1, 4, "a document type declaration out of place"},
       {"<!DOCTYPE a><!DOCTYPE a><a/>", 1, 13, "a document type declaration out of place"},
@@ -161,16 +161,16 @@ TEST(AXmlDocProlog, DocumentType) {
 }
 
 TEST(AXmlDocProlog, SystemIdentifier) {
-  constexpr const char* missing = "a system identifier in quotes is expected";
+  constexpr const char* Missing = "a system identifier in quotes is expected";
   CheckAll({
       {"<!DOCTYPE a SYSTEM 'a.dtd'><a/>"},
       {"<!DOCTYPE a SYSTEM \"a>b<!--['.dtd#x\" ><a/>"},
       {"<!DOCTYPE a SYSTEM\n'\"\xC3\xA4&%x;'><a/>"},
       {"<!DOCTYPE a SYSTEM ''><a/>"},
-      {"<!DOCTYPE a SYSTEM x><a/>", 1, 20, missing},
-      {"<!DOCTYPE a SYSTEM ><a/>", 1, 20, missing},
-      {"<!DOCTYPE a PUBLIC 'x' ><a/>", 1, 24, missing},
-      {"<!DOCTYPE a PUBLIC 'x' [", 1, 24, missing},
+      {"<!DOCTYPE a SYSTEM x><a/>", 1, 20, Missing},
+      {"<!DOCTYPE a SYSTEM ><a/>", 1, 20, Missing},
+      {"<!DOCTYPE a PUBLIC 'x' ><a/>", 1, 24, Missing},
+      {"<!DOCTYPE a PUBLIC 'x' [", 1, 24, Missing},
       {"<!DOCTYPE a SYSTEM 'x>", 1, 21, "a system identifier is not closed"},
       {"<!DOCTYPE a SYSTEM 'x\"><a/>", 1, 21, "a system identifier is not closed"},
       {"<!DOCTYPE a SYSTEM '\x01'><a/>", 1, 21, "a character that XML does not allow"},
@@ -178,7 +178,7 @@ TEST(AXmlDocProlog, SystemIdentifier) {
 }
 
 TEST(AXmlDocProlog, PublicIdentifier) {
-  constexpr const char* wrong = "a character that no public identifier holds";
+  constexpr const char* Wrong = "a character that no public identifier holds";
   CheckAll({
       {"<!DOCTYPE a PUBLIC '' ''><a/>"},
       {"<!DOCTYPE a PUBLIC '-//X//DTD Y 1.0//EN' 'y.dtd'><a/>"},
@@ -186,31 +186,31 @@ TEST(AXmlDocProlog, PublicIdentifier) {
       {"<!DOCTYPE a PUBLIC x 'y'><a/>", 1, 20, "a public identifier in quotes is expected"},
       {"<!DOCTYPE a PUBLIC ><a/>", 1, 20, "a public identifier in quotes is expected"},
       {"<!DOCTYPE a PUBLIC 'x><a/>", 1, 21, "a public identifier is not closed"},
-      {"<!DOCTYPE a PUBLIC '[' 'y'><a/>", 1, 21, wrong},
-      {"<!DOCTYPE a PUBLIC '12{' 'y'><a/>", 1, 23, wrong},
-      {"<!DOCTYPE a PUBLIC '\"' 'y'><a/>", 1, 21, wrong},
-      {"<!DOCTYPE a PUBLIC '&' 'y'><a/>", 1, 21, wrong},
-      {"<!DOCTYPE a PUBLIC '<' 'y'><a/>", 1, 21, wrong},
-      {"<!DOCTYPE a PUBLIC '>' 'y'><a/>", 1, 21, wrong},
-      {"<!DOCTYPE a PUBLIC 'a\n]' 'y'><a/>", 2, 1, wrong},
-      {"<!DOCTYPE a PUBLIC '^' 'y'><a/>", 1, 21, wrong},
-      {"<!DOCTYPE a PUBLIC '~' 'y'><a/>", 1, 21, wrong},
-      {"<!DOCTYPE a PUBLIC 'a\tb' 'y'><a/>", 1, 22, wrong},
-      {"<!DOCTYPE a PUBLIC '\xC3\xA4' 'y'><a/>", 1, 21, wrong},
-      {"<!DOCTYPE a PUBLIC '[' 'y' [<!ELEMENT a ANY>]><a/>", 1, 21, wrong},
+      {"<!DOCTYPE a PUBLIC '[' 'y'><a/>", 1, 21, Wrong},
+      {"<!DOCTYPE a PUBLIC '12{' 'y'><a/>", 1, 23, Wrong},
+      {"<!DOCTYPE a PUBLIC '\"' 'y'><a/>", 1, 21, Wrong},
+      {"<!DOCTYPE a PUBLIC '&' 'y'><a/>", 1, 21, Wrong},
+      {"<!DOCTYPE a PUBLIC '<' 'y'><a/>", 1, 21, Wrong},
+      {"<!DOCTYPE a PUBLIC '>' 'y'><a/>", 1, 21, Wrong},
+      {"<!DOCTYPE a PUBLIC 'a\n]' 'y'><a/>", 2, 1, Wrong},
+      {"<!DOCTYPE a PUBLIC '^' 'y'><a/>", 1, 21, Wrong},
+      {"<!DOCTYPE a PUBLIC '~' 'y'><a/>", 1, 21, Wrong},
+      {"<!DOCTYPE a PUBLIC 'a\tb' 'y'><a/>", 1, 22, Wrong},
+      {"<!DOCTYPE a PUBLIC '\xC3\xA4' 'y'><a/>", 1, 21, Wrong},
+      {"<!DOCTYPE a PUBLIC '[' 'y' [<!ELEMENT a ANY>]><a/>", 1, 21, Wrong},
   });
 }
 
 // Entities and values of attributes could be declared there: leaving them out would change what the
 // document says.
 TEST(AXmlDocProlog, NoDeclarationsWithinTheDocument) {
-  constexpr const char* refused = "declarations within the document are not accepted";
+  constexpr const char* Refused = "declarations within the document are not accepted";
   CheckAll({
-      {"<!DOCTYPE a [<!ENTITY x 'y'>]><a>&x;</a>", 1, 13, refused},
-      {"<!DOCTYPE a[]><a/>", 1, 12, refused},
-      {"<!DOCTYPE a\n[ ]><a/>", 2, 1, refused},
-      {"<!DOCTYPE a SYSTEM 'x' [<!ATTLIST a b CDATA 'c'>]><a/>", 1, 24, refused},
-      {"<!DOCTYPE a PUBLIC 'x' 'y'[", 1, 27, refused},
+      {"<!DOCTYPE a [<!ENTITY x 'y'>]><a>&x;</a>", 1, 13, Refused},
+      {"<!DOCTYPE a[]><a/>", 1, 12, Refused},
+      {"<!DOCTYPE a\n[ ]><a/>", 2, 1, Refused},
+      {"<!DOCTYPE a SYSTEM 'x' [<!ATTLIST a b CDATA 'c'>]><a/>", 1, 24, Refused},
+      {"<!DOCTYPE a PUBLIC 'x' 'y'[", 1, 27, Refused},
       {"<!DOCTYPE a SYSTEM 'x'><a>&x;</a>", 1, 27, "there is no entity \"&x;\""},
       {"<!ENTITY x 'y'><a/>", 1, 2, "a name is missing after \"<\""},
       {"<!ELEMENT a ANY><a/>", 1, 2, "a name is missing after \"<\""},

@@ -58,14 +58,14 @@ TEST_F(VirtualClockTest, SecondsAreWholeAndRoundedDown) {
 }
 
 TEST_F(VirtualClockTest, TimeStaysInsideTheSigned32BitRange) {
-  constexpr long last = 2147483647L;
-  m_Clock.Start(last - 1);
+  constexpr long Last = 2147483647L;
+  m_Clock.Start(Last - 1);
   m_Clock.RunFor(86400000);
-  EXPECT_EQ(std::time(nullptr), last);
-  EXPECT_EQ(m_Clock.NowMilliseconds(), (std::int64_t{last} - 1) * 1000 + 86400000);
-  m_Clock.Start(-last - 1);
+  EXPECT_EQ(std::time(nullptr), Last);
+  EXPECT_EQ(m_Clock.NowMilliseconds(), (std::int64_t{Last} - 1) * 1000 + 86400000);
+  m_Clock.Start(-Last - 1);
   m_Clock.StepWallClock(-10);
-  EXPECT_EQ(std::time(nullptr), -last - 1);
+  EXPECT_EQ(std::time(nullptr), -Last - 1);
 }
 
 TEST_F(VirtualClockTest, RunUntilAPastTimeDoesOnlyWhatIsDueNow) {
