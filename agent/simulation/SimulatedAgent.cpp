@@ -6,6 +6,9 @@
 
 #include <AgentInterfacesV3/AMsgIn.h>
 #include <AgentInterfacesV3/AMsgReply.h>
+#include <BaseSDK/ADateTime.h>
+#include <BaseSDK/ALong32.h>
+#include <BaseSDK/AXmlDoc.h>
 #include <VirtualTime/VirtualClock.h>
 
 #include <variant>
@@ -33,6 +36,31 @@ AString Wide(const std::string& text) {
   return AString::FromUtf8(text);
 }
 
+// When the scheduler's present cycle began.
+long CycleBegin(const SimulationRequest& request) {
+  return request.m_Reading ? BaseSDK::Sub32(*request.m_Reading, SimulationRequest::CycleSeconds)
+                           : request.m_From;
+}
+
+std::string PathOf(const SimulationRequest::Document& document) {
+  return std::string(SimulatedHost::TaskDirectory) + "/" + document.m_Id + SimulatedHost::Extension;
+}
+
+// A document that, loaded, gives a task as the scheduler has it in memory.
+std::string DocumentOf(const SimulationRequest::Document& document) {
+  if (!document.m_Memory) {
+    return document.m_Xml;
+  }
+  const BaseSDK::AXmlDoc source(Wide(document.m_Xml));
+  AString text(document.m_Memory->m_Enabled ? "<Task Enabled=\"1\">" : "<Task Enabled=\"0\">");
+  text += source.SelectSingleNode("//HandlerCLSID") + source.SelectSingleNode("//Schedule");
+  if (document.m_Memory->m_LastRun != -1) {
+    text += BaseSDK::ADateTime(document.m_Memory->m_LastRun)
+                .ToString("<TaskHistory><RunTime>%Y-%m-%d %H:%M:%S Ok</RunTime></TaskHistory>");
+  }
+  return (text + "</Task>").ToUtf8();
+}
+
 }  // namespace
 
 SimulatedAgent::FilesInForce::FilesInForce(BaseSDK::AFileSystem& files)
@@ -49,16 +77,20 @@ SimulatedAgent::SimulatedAgent(const SimulationRequest& request)
       m_Host(m_Log, m_Handler),
       m_Scheduler(DefaultPaths::Plugin(Environment::OfProcess(), SchedulerFile)),
       m_Queue(QueueNumber) {
-  const std::string directory = std::string(SimulatedHost::TaskDirectory) + "/";
-  m_Files.MakeDirectory(directory);
+  m_Files.MakeDirectory(std::string(SimulatedHost::TaskDirectory) + "/");
   for (const auto& document : request.m_Documents) {
-    m_Files.WriteFile(directory + document.m_Id + SimulatedHost::Extension, document.m_Xml);
+    m_Files.WriteFile(PathOf(document), DocumentOf(document));
   }
-  VirtualClock::Instance().Start(request.m_From);
+  VirtualClock::Instance().Start(CycleBegin(request));
   if (m_Scheduler.Initialize(QueueNumber) != 1) {
     throw AgentError(AgentError::Kind::Failure, "the scheduler does not start");
   }
   VirtualClock::Instance().Settle();
+  // The tasks are in memory: from now on the files are what they are.
+  for (const auto& document : request.m_Documents) {
+    m_Files.WriteFile(PathOf(document), document.m_Xml);
+  }
+  VirtualClock::Instance().RunUntil(request.m_From);
 }
 
 SimulatedAgent::~SimulatedAgent() {

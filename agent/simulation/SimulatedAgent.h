@@ -24,8 +24,8 @@ class SimulatedAgent {
  public:
   using Attributes = std::map<std::string, std::string>;
 
-  /// Sets the clock to the beginning and starts the scheduler on copies of the documents, its gate
-  /// closed. Throws AgentError when the scheduler cannot be loaded.
+  /// Starts the scheduler on copies of the documents, its gate closed, and sets the clock to the
+  /// beginning. Throws AgentError when the scheduler cannot be loaded.
   explicit SimulatedAgent(const SimulationRequest& request);
   ~SimulatedAgent();
   SimulatedAgent(const SimulatedAgent&) = delete;

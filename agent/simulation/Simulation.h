@@ -13,7 +13,7 @@ namespace NoxAgent {
 
 struct NextRuns {
   std::vector<SimulationEvent> m_Runs;
-  /// No run but these begins from the request's m_From up to this moment.
+  /// No run but these begins from the request's m_Moment up to this one.
   long m_SearchedUntil = 0;
 };
 
@@ -24,8 +24,8 @@ std::vector<SimulationEvent> Simulate(const SimulationRequest& request);
 /// the scheduler's own next run is days away the time up to the day before it is left out.
 NextRuns FindNextRuns(const SimulationRequest& request);
 
-/// What the scheduler makes of the request's one task when it looks at it at m_From: before, during
-/// and after one pass with an open gate.
+/// What the scheduler makes of the request's one task when it looks at it at m_Moment: before,
+/// during and after one pass with an open gate. Until then it works as usual, from m_From on.
 TaskFacts FindTaskFacts(const SimulationRequest& request);
 
 }  // namespace NoxAgent

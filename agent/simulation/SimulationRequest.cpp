@@ -24,12 +24,39 @@ Command CommandOf(const std::string& name) {
   return static_cast<Command>(found - std::begin(CommandNames));
 }
 
+Json ToJson(const SimulationRequest::Document& document) {
+  Json answer = {{"id", document.m_Id}, {"xml", document.m_Xml}};
+  if (const auto& memory = document.m_Memory) {
+    answer["memory"] = {{"lastRun", memory->m_LastRun}, {"enabled", memory->m_Enabled}};
+  }
+  return answer;
+}
+
+SimulationRequest::Document DocumentFrom(const Json& json) {
+  SimulationRequest::Document document{json.At("id").Text(), json.At("xml").Text()};
+  if (const Json* const memory = json.Find("memory")) {
+    document.m_Memory = {memory->At("lastRun").Long(), memory->At("enabled").Bool()};
+  }
+  return document;
+}
+
+void Put(Json& json, const char* name, const std::optional<long>& value) {
+  if (value) {
+    json[name] = *value;
+  }
+}
+
+std::optional<long> OptionalLong(const Json& json, const char* name) {
+  const Json* const value = json.Find(name);
+  return value == nullptr ? std::nullopt : std::optional<long>(value->Long());
+}
+
 }  // namespace
 
 Json ToJson(const SimulationRequest& request) {
   Json documents = Json::List{};
   for (const auto& document : request.m_Documents) {
-    documents.Append({{"id", document.m_Id}, {"xml", document.m_Xml}});
+    documents.Append(ToJson(document));
   }
   Json gateClosed = Json::List{};
   for (const auto& [from, until] : request.m_GateClosed) {
@@ -47,9 +74,9 @@ Json ToJson(const SimulationRequest& request) {
                  {"gateClosed", gateClosed},
                  {"clockSteps", steps},
                  {"failAt", Json::List(request.m_FailAt.begin(), request.m_FailAt.end())}};
-  if (request.m_RunSeconds) {
-    answer["runSeconds"] = *request.m_RunSeconds;
-  }
+  Put(answer, "reading", request.m_Reading);
+  Put(answer, "moment", request.m_Moment);
+  Put(answer, "runSeconds", request.m_RunSeconds);
   return answer;
 }
 
@@ -57,7 +84,7 @@ SimulationRequest SimulationRequestFrom(const Json& request) {
   SimulationRequest answer;
   answer.m_Command = CommandOf(request.At("command").Text());
   for (const Json& document : request.At("documents").Items()) {
-    answer.m_Documents.push_back({document.At("id").Text(), document.At("xml").Text()});
+    answer.m_Documents.push_back(DocumentFrom(document));
   }
   answer.m_From = request.At("from").Long();
   answer.m_To = request.Long("to", answer.m_To);
@@ -71,9 +98,9 @@ SimulationRequest SimulationRequestFrom(const Json& request) {
   for (const Json& moment : request.Items("failAt")) {
     answer.m_FailAt.push_back(moment.Long());
   }
-  if (const Json* const seconds = request.Find("runSeconds")) {
-    answer.m_RunSeconds = seconds->Long();
-  }
+  answer.m_Reading = OptionalLong(request, "reading");
+  answer.m_Moment = OptionalLong(request, "moment");
+  answer.m_RunSeconds = OptionalLong(request, "runSeconds");
   return answer;
 }
 

@@ -12,14 +12,23 @@ namespace NoxAgent {
 /// What nox-simulate is asked for: noxctl writes it to the program's standard input as one JSON
 /// object. The zone is that of the process (TZ). docs/simulation.md explains the fields to users.
 struct SimulationRequest {
+  static constexpr long CycleSeconds = 3600;  ///< from one reading of the task files to the next
+
   enum class Command {
     Simulate,  ///< everything that happens from m_From to m_To
-    Next,      ///< the first m_Count runs from m_From on, none later than m_To
-    Explain,   ///< how the scheduler sees the one task at m_From
+    Next,      ///< the first m_Count runs from m_Moment on, none later than m_To
+    Explain,   ///< how the scheduler sees the one task at m_Moment
+  };
+  /// What a scheduler that runs already has of a task in memory. It need not be what it would read
+  /// from the document: a run that did not end with "Ok" is a run until the files are read next.
+  struct Memory {
+    long m_LastRun = -1;  ///< -1: the task counts as never run
+    bool m_Enabled = true;
   };
   struct Document {
     std::string m_Id;
-    std::string m_Xml;
+    std::string m_Xml;                    ///< as it lies in the task directory
+    std::optional<Memory> m_Memory = {};  ///< nothing: what the document says
   };
   struct ClockStep {
     long m_At = 0;
@@ -32,6 +41,11 @@ struct SimulationRequest {
   /// Seconds since the epoch, all of them.
   long m_From = 0;
   long m_To = 0;
+  /// When the scheduler reads the task files next, at most an hour after m_From; nothing: it starts
+  /// at m_From, and an hour later is when.
+  std::optional<long> m_Reading;
+  /// Not before m_From; nothing: m_From.
+  std::optional<long> m_Moment;
   unsigned m_Count = 0;
   std::vector<Span> m_GateClosed;  ///< from the first moment on, until the second
   std::vector<ClockStep> m_ClockSteps;

@@ -2,6 +2,18 @@
 
 namespace NoxAgent {
 
+namespace {
+
+Json ToJson(const std::optional<long>& moment) {
+  return moment ? Json(*moment) : Json();
+}
+
+std::optional<long> MomentFrom(const Json& json) {
+  return json.IsNull() ? std::nullopt : std::optional<long>(json.Long());
+}
+
+}  // namespace
+
 Json ToJson(const TaskFacts& facts) {
   Json triggers = Json::List{};
   for (const TaskFacts::Trigger& trigger : facts.m_Triggers) {
@@ -13,7 +25,9 @@ Json ToJson(const TaskFacts& facts) {
           {"triggers", triggers},
           {"run", facts.m_Run ? ToJson(*facts.m_Run) : Json()},
           {"deleted", facts.m_Deleted},
-          {"noHandler", facts.m_NoHandler}};
+          {"noHandler", facts.m_NoHandler},
+          {"goneSince", ToJson(facts.m_GoneSince)},
+          {"dueByReading", ToJson(facts.m_DueByReading)}};
 }
 
 TaskFacts TaskFactsFrom(const Json& line) {
@@ -29,6 +43,8 @@ TaskFacts TaskFactsFrom(const Json& line) {
   }
   facts.m_Deleted = line.At("deleted").Bool();
   facts.m_NoHandler = line.At("noHandler").Bool();
+  facts.m_GoneSince = MomentFrom(line.At("goneSince"));
+  facts.m_DueByReading = MomentFrom(line.At("dueByReading"));
   return facts;
 }
 

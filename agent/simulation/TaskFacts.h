@@ -24,6 +24,10 @@ struct TaskFacts {
   std::optional<SimulationEvent> m_Run;  ///< what a pass with an open gate starts
   bool m_Deleted = false;                ///< the pass deletes the task
   bool m_NoHandler = false;              ///< the pass records a run, but there is nobody to run it
+  /// Its task file is gone since this moment, before the pass: no trigger could fire any more.
+  std::optional<long> m_GoneSince;
+  /// When the next reading of the task files makes the task due as one that never ran.
+  std::optional<long> m_DueByReading;
 
   friend bool operator==(const TaskFacts&, const TaskFacts&) = default;
 };

@@ -181,7 +181,9 @@ TEST(Simulate, SameRequestSameAnswer) {
 
 TEST(SimulationRequest, SurvivesTheWayToTheProgram) {
   SimulationRequest request;
-  request.m_Documents = {{"a", "<Task/>"}};
+  request.m_Documents = {{"a", "<Task/>"}, {"b", "<Task/>", {{10, false}}}};
+  request.m_Reading = 11;
+  request.m_Moment = 12;
   request.m_From = 1;
   request.m_To = 2;
   request.m_Count = 3;
