@@ -116,16 +116,17 @@ std::optional<std::string> TaskXmlIn(const HttpResponse& response) {
   return answer ? std::optional<std::string>(OutText(*answer, "taskXml")) : std::nullopt;
 }
 
+AgentApi::Attributes TextsIn(const Json& object) {
+  AgentApi::Attributes texts;
+  for (const auto& [key, value] : object.Members()) {
+    texts[key] = value.Text();
+  }
+  return texts;
+}
+
 std::optional<AgentApi::Attributes> AttributesIn(const HttpResponse& response) {
   const std::optional<Json> answer = AnswerForTask(response);
-  if (!answer) {
-    return std::nullopt;
-  }
-  AgentApi::Attributes attributes;
-  for (const auto& [key, value] : answer->At("out").At("attributes").Members()) {
-    attributes[key] = value.Text();
-  }
-  return attributes;
+  return answer ? std::optional(TextsIn(answer->At("out").At("attributes"))) : std::nullopt;
 }
 
 }  // namespace
@@ -220,6 +221,16 @@ bool AgentApi::EnableTask(const std::string& id, bool enable) {
 bool AgentApi::SetRunState(const std::string& id, const std::string& state) {
   // Kept on purpose: this operation alone answers 0 for done and 1 for an unknown task.
   return ResultOf(Call("SetRunState", {{"taskId", id}, {"runState", state}})) == 0;
+}
+
+std::optional<AgentApi::Attributes> AgentApi::LatestRun(const std::string& id) {
+  const HttpResponse response =
+      Connection().Post("/v1/command/INoxCommandHandler/GetRun", BodyOf({{"taskId", id}}));
+  const auto answer = response.m_Status == HttpOk ? ObjectIn(response.m_Body) : std::nullopt;
+  if (!answer || answer->Long("result", -1) < 1) {
+    return std::nullopt;
+  }
+  return TextsIn(answer->At("out").At("run"));
 }
 
 Json AgentApi::Status() {

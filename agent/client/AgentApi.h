@@ -42,6 +42,10 @@ class AgentApi {
   bool EnableTask(const std::string& id, bool enable);
   bool SetRunState(const std::string& id, const std::string& state);
 
+  /// What the command handler tells of the task's latest run ("state", "reason" and so on: GetRun
+  /// of INoxCommandHandler); nothing when it knows of none, or cannot be asked.
+  std::optional<Attributes> LatestRun(const std::string& id);
+
   Json Status();
   void Refresh();
   void Notify(long kind, long code, const std::string& text);

@@ -26,10 +26,13 @@ bool IsRule(const std::string& text) {
   return !MatchPattern("(<[A-Za-z0-9+-]+>|[A-Za-z]{3,})[+-]?[0-9].*", text).empty();
 }
 
-void Refuse(const std::string& zone) {
-  throw CommandError(ExitCode::Usage, "there is no time zone \"" + zone +
-                                          "\"; name one like Europe/Berlin, or a rule like "
-                                          "CET-1CEST,M3.5.0,M10.5.0/3");
+const std::string& Checked(const std::string& zone) {
+  if (!zone.empty() && !IsZoneFile(zone) && !IsRule(zone)) {
+    throw CommandError(ExitCode::Usage, "there is no time zone \"" + zone +
+                                            "\"; name one like Europe/Berlin, or a rule like "
+                                            "CET-1CEST,M3.5.0,M10.5.0/3");
+  }
+  return zone;
 }
 
 void SetZone(const char* zone) {
@@ -43,12 +46,11 @@ void SetZone(const char* zone) {
 
 }  // namespace
 
-ChosenZone::ChosenZone(const std::string& zone) : m_Changes(!zone.empty()) {
+ChosenZone::ChosenZone(const std::string& zone) : ChosenZone(Checked(zone), Unchecked{}) {}
+
+ChosenZone::ChosenZone(const std::string& zone, Unchecked) : m_Changes(!zone.empty()) {
   if (!m_Changes) {
     return;
-  }
-  if (!IsZoneFile(zone) && !IsRule(zone)) {
-    Refuse(zone);
   }
   if (const char* const before = std::getenv("TZ")) {
     m_Before = before;

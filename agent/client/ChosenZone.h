@@ -5,7 +5,7 @@
 
 namespace NoxAgent {
 
-/// The time zone that a command was given with --zone.
+/// The time zone that a command works in: the one given with --zone, or the agent's.
 ///
 /// In force as the process's zone (TZ) while it lives, for this process and those that it starts.
 /// No other thread may work with local time while one begins or ends.
@@ -14,11 +14,17 @@ class ChosenZone {
   /// A name such as "Europe/Berlin" or a rule such as "CET-1CEST,M3.5.0,M10.5.0/3"; empty: the zone
   /// stays as it is. CommandError (Usage) for what is neither: the C library would take it for UTC.
   explicit ChosenZone(const std::string& zone);
+  /// The zone of a process as its TZ names it, ":/etc/localtime" for the machine's; empty: the zone
+  /// stays as it is.
+  static ChosenZone AsNamed(const std::string& zone) { return {zone, Unchecked{}}; }
   ~ChosenZone();
   ChosenZone(const ChosenZone&) = delete;
   ChosenZone& operator=(const ChosenZone&) = delete;
 
  private:
+  struct Unchecked {};
+  ChosenZone(const std::string& zone, Unchecked);
+
   const bool m_Changes;
   std::optional<std::string> m_Before;
 };

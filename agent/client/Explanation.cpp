@@ -1,8 +1,6 @@
 #include "agent/client/Explanation.h"
 
 #include "agent/client/LocalTime.h"
-#include "agent/document/DocumentSource.h"
-#include "agent/document/ProblemList.h"
 
 #include <BaseSDK/ADateTime.h>
 
@@ -31,18 +29,12 @@ std::string Joined(const std::vector<std::string>& reasons) {
   return text;
 }
 
-std::vector<RuleWords> ReadTriggers(const std::string& xml) {
-  const DocumentSource source(xml);
-  ProblemList ignored;  // `check` tells them
-  std::vector<RuleWords> triggers;
-  for (const auto& found : source.Document().select_nodes("//Trigger")) {
-    triggers.emplace_back(ReadTriggerFields(source, found.node(), ignored));
-  }
-  return triggers;
-}
-
 bool IsFinished(const RunEntry& run) {
   return run.m_State.empty() || run.m_State == "Ok";
+}
+
+Json OrNull(const std::optional<long>& moment) {
+  return moment ? Json(*moment) : Json();
 }
 
 const char* NameOf(Explanation::Gate gate) {
@@ -53,10 +45,12 @@ const char* NameOf(Explanation::Gate gate) {
 
 }  // namespace
 
-Explanation::Explanation(const SimulationRequest::Document& task, const TaskFacts& facts, Gate gate)
+Explanation::Explanation(const SimulationRequest::Document& task, const TaskFacts& facts, Gate gate,
+                         const std::optional<LiveTask>& live)
     : m_Id(task.m_Id),
       m_Facts(facts),
       m_Gate(gate),
+      m_Live(live),
       m_LastRun(ReadRunEntry(task.m_Xml)),
       m_Triggers(ReadTriggers(task.m_Xml)) {}
 
@@ -93,14 +87,26 @@ Json Explanation::ToJson() const {
           {"due", m_Facts.m_Run.has_value() || m_Facts.m_NoHandler},
           {"run", m_Facts.m_Run ? NoxAgent::ToJson(*m_Facts.m_Run) : Json()},
           {"deleted", m_Facts.m_Deleted},
+          {"goneSince", OrNull(m_Facts.m_GoneSince)},
+          {"dueByReading", OrNull(m_Facts.m_DueByReading)},
+          {"loaded", m_Live ? Json(m_Live->m_Memory.has_value()) : Json()},
+          {"latestRun", NoxAgent::ToJson(m_Live ? m_Live->m_Run : std::nullopt)},
           {"nextRun", NextRun()},
           {"verdict", Verdict()}};
 }
 
 std::vector<std::string> Explanation::Lines() const {
   std::vector<std::string> lines = {GateLine()};
-  lines.emplace_back(m_Facts.m_Enabled ? "The task is enabled." : "The task is disabled.");
-  lines.push_back(LastRunLine());
+  if (m_Live && !m_Live->m_Memory) {
+    lines.push_back("The scheduler has not read the task's file yet; it does " +
+                    m_Live->ReadingText() + ", and this is what it makes of it then.");
+  }
+  if (!m_Facts.m_GoneSince) {
+    lines.emplace_back(m_Facts.m_Enabled ? "The task is enabled." : "The task is disabled.");
+  }
+  for (const std::string& line : LastRunLines()) {
+    lines.push_back(line);
+  }
   if (m_Triggers.empty()) {
     lines.emplace_back("It has no trigger.");
   }
@@ -124,15 +130,41 @@ std::string Explanation::GateLine() const {
   }
 }
 
+// Judged by what the scheduler has in memory, which a moment that has passed is not.
+bool Explanation::IsFromMemory() const {
+  return m_Live && m_Live->m_Memory && m_Live->m_AskedAt <= m_Facts.m_At;
+}
+
+std::vector<std::string> Explanation::LastRunLines() const {
+  std::vector<std::string> lines = {LastRunLine()};
+  if (!m_Live) {
+    return lines;
+  }
+  if (m_Live->m_Run) {
+    for (const std::string& sentence : m_Live->m_Run->Sentences()) {
+      lines.push_back(sentence);
+    }
+  }
+  if (IsFromMemory() && m_Facts.m_LastRun > m_Live->m_AskedAt) {
+    lines.push_back("Until the moment asked about it runs as planned, the last time at " +
+                    LocalTimeText(m_Facts.m_LastRun) + ".");
+  }
+  return lines;
+}
+
 std::string Explanation::LastRunLine() const {
+  if (m_Live && m_Live->m_Memory && IsUnrecorded(m_Live->m_Memory->m_LastRun, m_LastRun)) {
+    return "Its last run began at " + LocalTimeText(m_Live->m_Memory->m_LastRun) +
+           ", but that could not be written into its file, and its state is unknown; from the next "
+           "reading of the task files on, " +
+           m_Live->ReadingText() + ", the scheduler knows only what the file says.";
+  }
   if (!m_LastRun) {
     return "It has never run.";
   }
   const std::string run = "Its last run began at " + m_LastRun->m_Start;
   if (!IsFinished(*m_LastRun)) {
-    return run + "; its state is \"" + m_LastRun->m_State +
-           "\", not \"Ok\": unless that changes, the task counts as never run from the next hourly "
-           "reading of the task files on, and is judged so here.";
+    return UnfinishedLine(run);
   }
   if (m_LastRun->m_Seconds == -1) {
     return run + ", which cannot be read: it counts as never run.";
@@ -147,6 +179,24 @@ std::string Explanation::LastRunLine() const {
   return finished +
          " That is after the moment asked about, and earlier runs are not kept: what follows is "
          "what the scheduler would make of the moment, knowing of that run.";
+}
+
+std::string Explanation::UnfinishedLine(const std::string& run) const {
+  const std::string state = run + "; its state is \"" + m_LastRun->m_State + "\", not \"Ok\": ";
+  if (!IsFromMemory()) {
+    return state +
+           "unless that changes, the task counts as never run from the next hourly reading of the "
+           "task files on, and is judged so here.";
+  }
+  if (m_Live->m_Memory->m_LastRun == -1) {
+    return state + "the task counts as never run.";
+  }
+  const std::string later =
+      "unless that changes, the task counts as never run from the next "
+      "reading of the task files on, " +
+      m_Live->ReadingText();
+  return state + later +
+         (m_Live->IsRunning() ? ". It is taken to end with \"Ok\" before." : ", and not before.");
 }
 
 bool Explanation::RanAtThisMoment() const {
@@ -215,10 +265,16 @@ long Explanation::NextRun() const {
       earliest = trigger.m_Next;
     }
   }
-  return earliest;
+  return m_Facts.m_DueByReading && (earliest == 0 || *m_Facts.m_DueByReading < earliest)
+             ? *m_Facts.m_DueByReading
+             : earliest;
 }
 
 std::string Explanation::Verdict() const {
+  if (m_Facts.m_GoneSince) {
+    return "The task does not run: the scheduler deletes it at " +
+           LocalTimeText(*m_Facts.m_GoneSince) + ", for no trigger will fire again.";
+  }
   if (!m_Facts.m_Enabled) {
     return "The task does not run: it is disabled.";
   }
@@ -259,7 +315,13 @@ std::string Explanation::WhyNot() const {
   }
   const long next = NextRun();
   if (next == 0) {
-    return "nothing is due, and nothing will be.";
+    const std::string reasons = WhyNever(m_Triggers, m_Facts.m_At);
+    return "nothing is due, and nothing will be" + (reasons.empty() ? "" : ": " + reasons) + ".";
+  }
+  if (m_Facts.m_DueByReading == next) {
+    return "nothing is due; when the scheduler reads its task files next, " +
+           (m_Live ? m_Live->ReadingText() : "within the hour") +
+           ", the task counts as never run, and is due at once.";
   }
   return "nothing is due; the next run is at " + LocalTimeText(next) + ", " +
          Distance(next - m_Facts.m_At) + " later.";

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "agent/client/LiveTask.h"
 #include "agent/client/RuleWords.h"
 #include "agent/client/TaskSummary.h"
 #include "agent/library/Json.h"
@@ -16,11 +17,13 @@ namespace NoxAgent {
 /// Why a task runs or does not run at one moment, in sentences.
 class Explanation {
  public:
-  enum class Gate { Open, Closed, Assumed };
+  using Gate = LiveTask::Gate;
 
   /// The words come from the document, what is due and what comes next from `facts`, which are of
-  /// this document. Local time (TZ).
-  Explanation(const SimulationRequest::Document& task, const TaskFacts& facts, Gate gate);
+  /// this document. `live`: what the agent knows, for a task of an agent's; BeginAsAgent made the
+  /// request for the facts then. Local time (TZ).
+  Explanation(const SimulationRequest::Document& task, const TaskFacts& facts, Gate gate,
+              const std::optional<LiveTask>& live = {});
 
   /// One sentence or two a line.
   void Print(std::ostream& out) const;
@@ -31,7 +34,10 @@ class Explanation {
 
  private:
   std::string GateLine() const;
+  std::vector<std::string> LastRunLines() const;
   std::string LastRunLine() const;
+  std::string UnfinishedLine(const std::string& run) const;
+  bool IsFromMemory() const;
   bool RanAtThisMoment() const;
   std::vector<std::string> TriggerLines(std::size_t index) const;
   std::string DayLine(const RuleWords& words) const;
@@ -45,6 +51,7 @@ class Explanation {
   const std::string m_Id;
   const TaskFacts m_Facts;
   const Gate m_Gate;
+  const std::optional<LiveTask> m_Live;
   const std::optional<RunEntry> m_LastRun;
   std::vector<RuleWords> m_Triggers;
 };

@@ -1,6 +1,8 @@
 #include "agent/client/RuleWords.h"
 
 #include "agent/client/LocalTime.h"
+#include "agent/document/DocumentSource.h"
+#include "agent/document/ProblemList.h"
 
 #include <BaseSDK/ADateTime.h>
 #include <BaseSDK/ALong32.h>
@@ -285,6 +287,77 @@ void RuleWords::AddMaskReasons(const Day& day, std::vector<std::string>& reasons
                       std::to_string(week) + " (days " + WeekDays[week - 1] + "), not in week " +
                       std::to_string(m_Week));
   }
+}
+
+std::string RuleWords::WhyNever(long moment) const {
+  if (m_Trigger.m_Disabled) {
+    return "is disabled";
+  }
+  if (!CanFire()) {
+    return m_Trigger.m_Type > Fields::MonthlyByWeekday ? "has a type that never fires"
+                                                       : "has no readable begin date";
+  }
+  if (!IsDated()) {
+    return "runs a task once, as soon as possible";
+  }
+  if (m_Trigger.m_End != -1 && m_Trigger.m_End < moment) {
+    return "ended at " + LocalTimeText(m_Trigger.m_End);
+  }
+  if (m_Trigger.m_Type == Fields::Once && m_Trigger.m_Begin < moment) {
+    return "starts once, and that was at " + LocalTimeText(m_Trigger.m_Begin);
+  }
+  return WhyNoDay();
+}
+
+std::string RuleWords::WhyNoDay() const {
+  // February with the day that most of its years lack.
+  constexpr int DaysOfMonths[] = {31, 29, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  const long type = m_Trigger.m_Type;
+  const bool byDate = type == Fields::MonthlyByDate, byWeekday = type == Fields::MonthlyByWeekday;
+  if ((type == Fields::Weekly || byWeekday) && m_Trigger.m_DaysOfWeek == 0) {
+    return "names no weekday";
+  }
+  if (byDate && m_Trigger.m_DaysOfMonth == 0) {
+    return "names no day of the month";
+  }
+  if ((byDate || byWeekday) && m_Trigger.m_MonthsOfYear == 0) {
+    return "names no month";
+  }
+  if (!byDate) {
+    return "";
+  }
+  for (int month = 0; month < 12; ++month) {
+    const long days = TriggerFields::AllDaysOfMonth >> (31 - DaysOfMonths[month]);
+    if (Has(m_Trigger.m_MonthsOfYear, month) && (m_Trigger.m_DaysOfMonth & days) != 0) {
+      return "";
+    }
+  }
+  return Months(m_Trigger.m_MonthsOfYear) + " never has " + MonthDays(m_Trigger.m_DaysOfMonth);
+}
+
+std::vector<RuleWords> ReadTriggers(const std::string& taskXml) {
+  const DocumentSource source(taskXml);
+  ProblemList ignored;  // `check` tells them
+  std::vector<RuleWords> triggers;
+  for (const auto& found : source.Document().select_nodes("//Trigger")) {
+    triggers.emplace_back(ReadTriggerFields(source, found.node(), ignored));
+  }
+  return triggers;
+}
+
+std::string WhyNever(const std::vector<RuleWords>& triggers, long moment) {
+  if (triggers.empty()) {
+    return "it has no trigger";
+  }
+  std::string reasons;
+  for (std::size_t i = 0; i < triggers.size(); ++i) {
+    const std::string reason = triggers[i].WhyNever(moment);
+    if (reason.empty()) {
+      return "";
+    }
+    reasons += (i == 0 ? "trigger " : "; trigger ") + std::to_string(i + 1) + " " + reason;
+  }
+  return reasons;
 }
 
 }  // namespace NoxAgent

@@ -30,6 +30,9 @@ class RuleWords {
   /// Why the local day of `moment` is none of its days, one reason an entry: empty when it is one.
   /// REQUIRES: IsDated().
   std::vector<std::string> ReasonsAgainst(long moment) const;
+  /// Why no start of its rule comes at or after the moment, so that it fires no more (or once, when
+  /// the task never ran); empty when there may be one.
+  std::string WhyNever(long moment) const;
   /// The start on the local day of `moment` if that is one of its days. REQUIRES: IsDated().
   long StartOnDayOf(long moment) const;
 
@@ -40,6 +43,7 @@ class RuleWords {
   bool LiesBeforeBegin(const Day& day) const;
   void AddCountReasons(const Day& day, std::vector<std::string>& reasons) const;
   void AddMaskReasons(const Day& day, std::vector<std::string>& reasons) const;
+  std::string WhyNoDay() const;
   std::string DayWords() const;
   std::string RepetitionWords() const;
 
@@ -48,5 +52,12 @@ class RuleWords {
   long m_EveryWeeks = 1;
   long m_Week = 1;
 };
+
+/// The triggers of a task document, in its order.
+std::vector<RuleWords> ReadTriggers(const std::string& taskXml);
+
+/// Why none of the triggers has a start at or after the moment, "it has no trigger" or "trigger 1
+/// names no weekday; trigger 2 ..."; empty when one may have.
+std::string WhyNever(const std::vector<RuleWords>& triggers, long moment);
 
 }  // namespace NoxAgent

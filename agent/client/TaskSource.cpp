@@ -43,10 +43,14 @@ bool IsFile(const std::string& name) {
   return name == "-" || name.find('/') != std::string::npos || ::access(name.c_str(), F_OK) == 0;
 }
 
-// The document of the agent's task `id`; nothing when it has none of that ID.
-std::optional<std::string> AskAgent(const std::string& id, const CommandContext& context) {
+// The agent's task `id`; nothing when it has none of that ID.
+std::optional<TaskSource> AskAgent(const std::string& id, const CommandContext& context) {
   try {
-    return context.Agent().TaskXml(id);
+    AgentApi agent = context.Agent();
+    // In this order the document is no older than the rest.
+    LiveTask live = ReadLiveTask(agent, id);
+    auto xml = agent.TaskXml(id);
+    return xml ? std::optional(TaskSource{{id, *std::move(xml)}, std::move(live)}) : std::nullopt;
   } catch (const CommandError& error) {
     if (error.Code() != ExitCode::Unreachable) {
       throw;
@@ -65,14 +69,14 @@ SimulationRequest::Document ReadTaskFile(const std::string& file, const CommandC
 
 TaskSource FindTask(const std::string& name, const CommandContext& context) {
   if (IsFile(name)) {
-    return {ReadTaskFile(name, context), false};
+    return {ReadTaskFile(name, context), std::nullopt};
   }
-  const auto xml = AskAgent(name, context);
-  if (!xml) {
+  auto source = AskAgent(name, context);
+  if (!source) {
     throw CommandError(ExitCode::Failed,
                        "the agent has no task " + name + ", and there is no file of that name");
   }
-  return {{name, *xml}, true};
+  return *std::move(source);
 }
 
 }  // namespace NoxAgent

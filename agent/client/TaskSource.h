@@ -1,6 +1,7 @@
 #pragma once
 
 #include "agent/client/CommandContext.h"
+#include "agent/client/LiveTask.h"
 #include "agent/simulation/SimulationRequest.h"
 
 #include <BaseSDK/AString.h>
@@ -15,10 +16,10 @@ namespace NoxAgent {
 /// its name is no task ID.
 SimulationRequest::Document ReadTaskFile(const std::string& file, const CommandContext& context);
 
-/// The task documents that a command is about: files, or what the agent has.
+/// The task that a command is about.
 struct TaskSource {
   SimulationRequest::Document m_Document;
-  bool m_FromAgent = false;
+  std::optional<LiveTask> m_Live;  ///< of a task of the agent's
 };
 
 /// `name` is a file if there is one of that name or it holds a slash; else it is the ID of one of

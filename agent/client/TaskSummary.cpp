@@ -37,6 +37,15 @@ std::optional<RunEntry> ReadRunEntry(const std::string& taskXml) {
   return RunEntryOf(BaseSDK::AXmlDoc(AString::FromUtf8(taskXml)));
 }
 
+bool IsUnrecorded(long lastRun, const std::optional<RunEntry>& recorded) {
+  if (lastRun <= 0 || !recorded) {
+    return lastRun > 0;
+  }
+  // An hour that comes twice is read as its first coming, so texts are compared as well.
+  const AString start = BaseSDK::ADateTime(lastRun).ToString("%Y-%m-%d %H:%M:%S");
+  return recorded->m_Seconds < lastRun && recorded->m_Start != start.ToUtf8();
+}
+
 TaskSummary Summarize(const std::string& id, const std::string& taskXml, const TaskReport& report) {
   const BaseSDK::AXmlDoc document(AString::FromUtf8(taskXml));
   TaskSummary task;

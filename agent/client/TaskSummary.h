@@ -18,6 +18,11 @@ struct RunEntry {
 /// Nothing when the document has no run entry.
 std::optional<RunEntry> ReadRunEntry(const std::string& taskXml);
 
+/// Whether the scheduler's last run (t3, seconds since the epoch) is later than the one that the
+/// document, read after it, tells of: it could not be written. This process's zone must be the
+/// agent's.
+bool IsUnrecorded(long lastRun, const std::optional<RunEntry>& recorded);
+
 /// One task at a glance, put together from its document and the scheduler's report.
 struct TaskSummary {
   std::string m_Id;

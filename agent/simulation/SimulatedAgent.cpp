@@ -86,9 +86,12 @@ SimulatedAgent::SimulatedAgent(const SimulationRequest& request)
     throw AgentError(AgentError::Kind::Failure, "the scheduler does not start");
   }
   VirtualClock::Instance().Settle();
-  // The tasks are in memory: from now on the files are what they are.
+  // The tasks are in memory: from now on the files are what they are. After a run that ends well
+  // there is no difference.
   for (const auto& document : request.m_Documents) {
-    m_Files.WriteFile(PathOf(document), document.m_Xml);
+    if (!document.m_Memory || !document.m_Memory->m_RunEndsOk) {
+      m_Files.WriteFile(PathOf(document), document.m_Xml);
+    }
   }
   VirtualClock::Instance().RunUntil(request.m_From);
 }

@@ -27,7 +27,9 @@ Command CommandOf(const std::string& name) {
 Json ToJson(const SimulationRequest::Document& document) {
   Json answer = {{"id", document.m_Id}, {"xml", document.m_Xml}};
   if (const auto& memory = document.m_Memory) {
-    answer["memory"] = {{"lastRun", memory->m_LastRun}, {"enabled", memory->m_Enabled}};
+    answer["memory"] = {{"lastRun", memory->m_LastRun},
+                        {"enabled", memory->m_Enabled},
+                        {"runEndsOk", memory->m_RunEndsOk}};
   }
   return answer;
 }
@@ -35,7 +37,8 @@ Json ToJson(const SimulationRequest::Document& document) {
 SimulationRequest::Document DocumentFrom(const Json& json) {
   SimulationRequest::Document document{json.At("id").Text(), json.At("xml").Text()};
   if (const Json* const memory = json.Find("memory")) {
-    document.m_Memory = {memory->At("lastRun").Long(), memory->At("enabled").Bool()};
+    document.m_Memory = {memory->At("lastRun").Long(), memory->At("enabled").Bool(),
+                         memory->At("runEndsOk").Bool()};
   }
   return document;
 }

@@ -24,6 +24,8 @@ struct SimulationRequest {
   struct Memory {
     long m_LastRun = -1;  ///< -1: the task counts as never run
     bool m_Enabled = true;
+    /// A run is under way, and is taken to end with "Ok" before the files are read next.
+    bool m_RunEndsOk = false;
   };
   struct Document {
     std::string m_Id;

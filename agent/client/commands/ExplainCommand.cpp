@@ -1,8 +1,8 @@
-#include "agent/client/ChosenZone.h"
 #include "agent/client/Explanation.h"
 #include "agent/client/Simulator.h"
 #include "agent/client/TaskSource.h"
 #include "agent/client/TimeArgument.h"
+#include "agent/client/ZoneInForce.h"
 #include "agent/client/commands/Commands.h"
 
 #include <ctime>
@@ -16,33 +16,31 @@ struct ExplainOptions {
   std::string m_Task, m_At, m_Zone;
 };
 
-// The scheduler's report on itself says it in its last line.
-Explanation::Gate GateOf(const Json& status) {
-  for (const Json& plugin : status.Items("plugins")) {
-    const std::string report = plugin.Text("report", "");
-    if (report.find("Task processing is enabled.") != std::string::npos) {
-      return Explanation::Gate::Open;
-    }
-    if (report.find("Task processing is disabled.") != std::string::npos) {
-      return Explanation::Gate::Closed;
-    }
-  }
-  return Explanation::Gate::Assumed;
-}
-
-void Explain(const ExplainOptions& options, const CommandContext& context) {
-  const ChosenZone zone(options.m_Zone);
-  const TaskSource source = FindTask(options.m_Task, context);
+SimulationRequest RequestFor(const ExplainOptions& options, const TaskSource& source) {
   SimulationRequest request;
   request.m_Command = SimulationRequest::Command::Explain;
   request.m_Documents.push_back(source.m_Document);
-  request.m_From = options.m_At.empty() ? std::time(nullptr) : ReadTime("--at", options.m_At);
-  const Explanation::Gate gate =
-      source.m_FromAgent ? GateOf(context.Agent().Status()) : Explanation::Gate::Assumed;
-  const TaskFacts facts = TaskFactsFrom(AskSimulator(request).at(0));
-  const Explanation explanation(source.m_Document, facts, gate);
+  const long now = source.m_Live ? source.m_Live->m_AskedAt : std::time(nullptr);
+  request.m_From = options.m_At.empty() ? now : ReadTime("--at", options.m_At);
+  if (source.m_Live) {
+    BeginAsAgent(*source.m_Live, request.m_From, request);
+  }
+  return request;
+}
+
+void Explain(const ExplainOptions& options, const CommandContext& context) {
+  const TaskSource source = FindTask(options.m_Task, context);
+  const ZoneInForce zone(options.m_Zone, source.m_Live);
+  const auto gate = source.m_Live ? source.m_Live->m_Gate : Explanation::Gate::Assumed;
+  const TaskFacts facts = TaskFactsFrom(AskSimulator(RequestFor(options, source)).at(0));
+  const Explanation explanation(source.m_Document, facts, gate, source.m_Live);
   if (context.m_Json) {
-    return context.PrintJson(explanation.ToJson());
+    Json answer = explanation.ToJson();
+    answer["notes"] = zone.Note().empty() ? Json::List{} : Json::List{zone.Note()};
+    return context.PrintJson(answer);
+  }
+  if (!zone.Note().empty()) {
+    context.m_Out << zone.Note() << '\n';
   }
   explanation.Print(context.m_Out);
 }

@@ -1,9 +1,11 @@
-#include "agent/client/ChosenZone.h"
 #include "agent/client/LocalTime.h"
+#include "agent/client/RuleWords.h"
 #include "agent/client/Simulator.h"
 #include "agent/client/TaskSource.h"
+#include "agent/client/TaskSummary.h"
 #include "agent/client/TextTable.h"
 #include "agent/client/TimeArgument.h"
+#include "agent/client/ZoneInForce.h"
 #include "agent/client/commands/Commands.h"
 #include "agent/simulation/SimulationEvent.h"
 
@@ -26,15 +28,98 @@ struct NextOptions {
   unsigned m_Count = UsualCount;
 };
 
-SimulationRequest RequestFor(const NextOptions& options, long now, const CommandContext& context) {
+// The answer to a request, and what belongs to it.
+struct Forecast {
+  long m_Now = 0;
+  long m_From = 0;  // the moment from which on runs are told
+  long m_To = 0;
+  unsigned m_Count = 0;
+  std::vector<SimulationEvent> m_Runs;
+  long m_SearchedUntil = 0;
+  std::vector<std::string> m_Notes;
+  std::string m_Never;          // why no further run comes, when that is certain
+  std::optional<long> m_Retry;  // the reading from which on an unfinished run counts for none
+
+  bool IsRetry(const SimulationEvent& run) const {
+    return run.m_NeverRun && m_Retry && run.m_Time == *m_Retry;
+  }
+};
+
+SimulationRequest RequestFor(const NextOptions& options, const TaskSource& source, long now) {
   SimulationRequest request;
   request.m_Command = SimulationRequest::Command::Next;
-  request.m_Documents.push_back(FindTask(options.m_Task, context).m_Document);
-  request.m_From = options.m_From.empty() ? now : ReadTime("--from", options.m_From);
-  request.m_To =
-      request.m_From > LastMoment - SearchSeconds ? LastMoment : request.m_From + SearchSeconds;
+  request.m_Documents.push_back(source.m_Document);
+  const long from = options.m_From.empty() ? now : ReadTime("--from", options.m_From);
+  request.m_From = from;
+  if (source.m_Live) {
+    BeginAsAgent(*source.m_Live, from, request);
+  }
+  request.m_To = from > LastMoment - SearchSeconds ? LastMoment : from + SearchSeconds;
   request.m_Count = options.m_Count;
   return request;
+}
+
+void Ask(const SimulationRequest& request, Forecast& forecast) {
+  for (const Json& line : AskSimulator(request)) {
+    if (const Json* const until = line.Find("searchedUntil")) {
+      forecast.m_SearchedUntil = until->Long();
+    } else {
+      forecast.m_Runs.push_back(SimulationEventFrom(line));
+    }
+  }
+}
+
+bool IsUnfinished(const std::optional<RunEntry>& run) {
+  return run && !run->m_State.empty() && run->m_State != "Ok";
+}
+
+// A run that the scheduler forgets when it reads the task's document next.
+std::string UnfinishedNote(const LiveTask& live, const RunEntry& run) {
+  const std::string reading = "when the scheduler reads its task files next, " + live.ReadingText();
+  if (live.IsRunning()) {
+    return "It is taken to end with \"Ok\". If it has not by then, the task counts as never run " +
+           reading + ".";
+  }
+  return "Its last run, begun at " + run.m_Start + ", has the state \"" + run.m_State +
+         "\", not \"Ok\": " + reading + ", the task counts as never run, and is due then.";
+}
+
+void AddNotes(const TaskSource& source, Forecast& forecast) {
+  if (!source.m_Live) {
+    return;
+  }
+  const LiveTask& live = *source.m_Live;
+  if (!live.m_Memory) {
+    forecast.m_Notes.push_back("The scheduler has not read the task's file yet; it does " +
+                               live.ReadingText() + ".");
+  }
+  if (live.m_Gate == LiveTask::Gate::Closed) {
+    forecast.m_Notes.emplace_back("The gate is closed: until it opens the agent lets no task run.");
+  }
+  if (live.m_Run) {
+    for (const std::string& sentence : live.m_Run->Sentences()) {
+      forecast.m_Notes.push_back(sentence);
+    }
+  }
+  const auto run = ReadRunEntry(source.m_Document.m_Xml);
+  if (live.m_Memory && live.m_Memory->m_LastRun != -1 && IsUnfinished(run)) {
+    forecast.m_Notes.push_back(UnfinishedNote(live, *run));
+  }
+}
+
+// Whether the document, or what the scheduler has of it, is of an enabled task.
+bool IsEnabled(const TaskSource& source) {
+  return source.m_Live && source.m_Live->m_Memory
+             ? source.m_Live->m_Memory->m_Enabled
+             : Summarize(source.m_Document.m_Id, source.m_Document.m_Xml, {}).m_Enabled;
+}
+
+std::string WhyNoMore(const TaskSource& source, const Forecast& forecast) {
+  if (!IsEnabled(source)) {
+    return "the task is disabled";
+  }
+  const long last = forecast.m_Runs.empty() ? forecast.m_From : forecast.m_Runs.back().m_Time + 1;
+  return WhyNever(ReadTriggers(source.m_Document.m_Xml), last);
 }
 
 std::string DistanceText(long seconds) {
@@ -45,58 +130,82 @@ std::string DistanceText(long seconds) {
   return seconds > 0 ? "in " + length : length + " ago";
 }
 
-void PrintTable(const std::vector<SimulationEvent>& runs, long now, std::ostream& out) {
+void PrintTable(const Forecast& forecast, std::ostream& out) {
   TextTable table({"NEXT RUN", "FROM NOW", "DETAILS"});
-  for (const SimulationEvent& run : runs) {
-    table.AddRow({LocalTimeText(run.m_Time), DistanceText(run.m_Time - now), RunFlagsText(run)});
+  for (const SimulationEvent& run : forecast.m_Runs) {
+    const std::string retry = forecast.IsRetry(run) ? "retry, " : "";
+    table.AddRow({LocalTimeText(run.m_Time), DistanceText(run.m_Time - forecast.m_Now),
+                  retry + RunFlagsText(run)});
   }
   table.Print(out);
 }
 
-std::string NoneText(const SimulationRequest& request, bool hasRuns) {
-  const std::string none = hasRuns ? "none after that " : "none ";
-  const long years = (request.m_To - request.m_From + YearSeconds / 2) / YearSeconds;
-  if (years < 2) {
-    return none + "until " + LocalTimeText(request.m_To);
+std::string NoneText(const Forecast& forecast) {
+  const std::string after = forecast.m_Runs.empty() ? "" : " after that";
+  if (!forecast.m_Never.empty()) {
+    return (after.empty() ? "never" : "none" + after) + ": " + forecast.m_Never;
   }
-  return none + "within " + std::to_string(years) + " years";
+  const long years = (forecast.m_To - forecast.m_From + YearSeconds / 2) / YearSeconds;
+  const std::string none = "none" + after;
+  const std::string span = years < 2 ? " until " + LocalTimeText(forecast.m_To)
+                                     : " within " + std::to_string(years) + " years";
+  return none + span + "; noxctl explain tells why";
 }
 
-Json ToJson(const std::vector<SimulationEvent>& runs, long now, long searchedUntil) {
+void Print(const Forecast& forecast, std::ostream& out) {
+  for (const std::string& note : forecast.m_Notes) {
+    out << note << '\n';
+  }
+  if (!forecast.m_Runs.empty()) {
+    PrintTable(forecast, out);
+  }
+  if (forecast.m_Runs.size() < forecast.m_Count) {
+    out << NoneText(forecast) << '\n';
+  }
+}
+
+Json ToJson(const Forecast& forecast, const TaskSource& source) {
   Json list = Json::List{};
-  for (const SimulationEvent& run : runs) {
+  for (const SimulationEvent& run : forecast.m_Runs) {
     list.Append({{"seconds", run.m_Time},
                  {"time", LocalTimeText(run.m_Time)},
-                 {"fromNow", run.m_Time - now},
+                 {"fromNow", run.m_Time - forecast.m_Now},
                  {"late", run.m_Late},
                  {"neverRun", run.m_NeverRun},
+                 {"retry", forecast.IsRetry(run)},
                  {"killAtEnd", run.m_KillAtEnd}});
   }
-  return {{"runs", list}, {"searchedUntil", searchedUntil}};
+  return {{"runs", list},
+          {"searchedUntil", forecast.m_SearchedUntil},
+          {"never", forecast.m_Never.empty() ? Json() : Json(forecast.m_Never)},
+          {"notes", forecast.m_Notes},
+          {"latestRun", ToJson(source.m_Live ? source.m_Live->m_Run : std::nullopt)}};
 }
 
 void Next(const NextOptions& options, const CommandContext& context) {
-  const ChosenZone zone(options.m_Zone);
-  const long now = std::time(nullptr);
-  const SimulationRequest request = RequestFor(options, now, context);
-  std::vector<SimulationEvent> runs;
-  long searchedUntil = 0;
-  for (const Json& line : AskSimulator(request)) {
-    if (const Json* const until = line.Find("searchedUntil")) {
-      searchedUntil = until->Long();
-    } else {
-      runs.push_back(SimulationEventFrom(line));
-    }
+  const TaskSource source = FindTask(options.m_Task, context);
+  const ZoneInForce zone(options.m_Zone, source.m_Live);
+  Forecast forecast;
+  forecast.m_Now = source.m_Live ? source.m_Live->m_AskedAt : std::time(nullptr);
+  const SimulationRequest request = RequestFor(options, source, forecast.m_Now);
+  forecast.m_From = request.m_Moment.value_or(request.m_From);
+  forecast.m_To = request.m_To;
+  forecast.m_Count = request.m_Count;
+  if (request.m_Documents[0].m_Memory) {
+    forecast.m_Retry = request.m_Reading.value_or(request.m_From + SimulationRequest::CycleSeconds);
+  }
+  Ask(request, forecast);
+  if (!zone.Note().empty()) {
+    forecast.m_Notes.push_back(zone.Note());
+  }
+  AddNotes(source, forecast);
+  if (forecast.m_Runs.size() < forecast.m_Count) {
+    forecast.m_Never = WhyNoMore(source, forecast);
   }
   if (context.m_Json) {
-    return context.PrintJson(ToJson(runs, now, searchedUntil));
+    return context.PrintJson(ToJson(forecast, source));
   }
-  if (!runs.empty()) {
-    PrintTable(runs, now, context.m_Out);
-  }
-  if (runs.size() < request.m_Count) {
-    context.m_Out << NoneText(request, !runs.empty()) << "; noxctl explain tells why\n";
-  }
+  Print(forecast, context.m_Out);
 }
 
 }  // namespace

@@ -202,6 +202,9 @@ std::string FakeAgent::Answer(const FakeRequest& request) {
   if (request.m_Target == "/v1/status") {
     return Response(200, Status().Dump());
   }
+  if (request.m_Target == "/v1/command/INoxCommandHandler/GetRun") {
+    return Response(200, LatestRun(request.m_Body.Text("taskId", "")).Dump());
+  }
   return Response(200, "{}");
 }
 
@@ -210,7 +213,18 @@ Json FakeAgent::Status() const {
   if (!m_Report.empty()) {
     scheduler["report"] = m_Report;
   }
-  return {{"version", "0.1.0"}, {"plugins", Json::List{scheduler}}};
+  Json status = {{"version", "0.1.0"}, {"plugins", Json::List{scheduler}}};
+  for (const auto& [name, value] : m_MoreStatus) {
+    status[name] = value;
+  }
+  return status;
+}
+
+Json FakeAgent::LatestRun(const std::string& id) const {
+  const auto task = m_Tasks.find(id);
+  return task == m_Tasks.end() || task->second.m_Run.empty()
+             ? Result(-1, {{"run", Json::Object{}}})
+             : Result(1, {{"run", task->second.m_Run}});
 }
 
 Json FakeAgent::Operation(const std::string& name, const Json& in) {

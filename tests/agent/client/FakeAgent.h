@@ -25,6 +25,8 @@ struct FakeTask {
   std::string m_Xml;
   bool m_Loaded = true;
   std::map<std::string, std::string> m_Attributes;
+  /// What the command handler tells of its latest run; empty: it knows of none.
+  std::map<std::string, std::string> m_Run = {};
 };
 
 /// An agent of a few lines: answers HTTP on a Unix socket from tasks in memory and records what it
@@ -50,6 +52,8 @@ class FakeAgent {
   void SetSteps(std::vector<Step> steps) { m_Steps = std::move(steps); }
   /// What the scheduler says of itself in the status.
   void SetReport(const std::string& report) { m_Report = report; }
+  /// More members of the status, such as "zone" and "nextReading".
+  void SetStatus(const Json::Object& members) { m_MoreStatus = members; }
   /// Every request is answered with this instead.
   void AnswerAlways(unsigned status, const std::string& body);
   /// Sends these bytes for an answer and closes the connection.
@@ -69,6 +73,7 @@ class FakeAgent {
   bool ServeRequest(int connection, bool isLast, std::string& input);
   std::string Answer(const FakeRequest& request);
   Json Status() const;
+  Json LatestRun(const std::string& id) const;
   Json Operation(const std::string& name, const Json& in);
   void Stream(int connection);
 
@@ -78,6 +83,7 @@ class FakeAgent {
   std::optional<std::string> m_Raw;
   unsigned m_RequestsPerConnection = 1000;
   std::string m_Report;
+  Json::Object m_MoreStatus;
 
   mutable std::mutex m_Lock;
   std::condition_variable m_Read;

@@ -151,6 +151,31 @@ TEST(RuleWords, AgreeWithTheSchedulerOnTheDays) {
   }
 }
 
+TEST(RuleWords, TellWhyNoStartComesAnyMore) {
+  const VirtualTime::Zone zone("UTC0");
+  const std::string begin = Begin("2024/01/03 08:00:00");
+  const auto why = [](const std::string& trigger) {
+    return WordsOf(trigger).WhyNever(Local("2024-02-01 00:00:00"));
+  };
+  const std::string days = Element("DaysOfWeek", 2), months = Element("MonthsOfYear", 2);
+  EXPECT_EQ(why(TriggerText(2, begin)), "names no weekday");
+  EXPECT_EQ(why(TriggerText(4, begin + months)), "names no weekday");
+  EXPECT_EQ(why(TriggerText(4, begin + days)), "names no month");
+  EXPECT_EQ(why(TriggerText(3, begin + months)), "names no day of the month");
+  EXPECT_EQ(why(TriggerText(3, begin + Element("DaysOfMonth", 1))), "names no month");
+  EXPECT_EQ(
+      why(TriggerText(3, begin + Element("DaysOfMonth", 1 << 30) + Element("MonthsOfYear", 8))),
+      "April never has day 31");
+  EXPECT_EQ(why(TriggerText(3, begin + Element("DaysOfMonth", 1 << 28) + months)), "")
+      << "there is a 29th of February";
+  EXPECT_EQ(why(TriggerText(4, begin + days + months + Element("Week", 5))), "");
+  EXPECT_EQ(why(TriggerText(0, begin)), "starts once, and that was at 2024-01-03 08:00:00 +0000");
+  EXPECT_EQ(why(TriggerText(1, begin)), "");
+  EXPECT_EQ(why(TriggerText(1, {})), "has no readable begin date");
+  EXPECT_EQ(why(TriggerText(1, begin, "Disabled=\"y\"")), "is disabled");
+  EXPECT_EQ(WhyNever(ReadTriggers(TaskText("")), 0), "it has no trigger");
+}
+
 TEST(RuleWords, TellEveryReasonAgainstADay) {
   const VirtualTime::Zone zone("UTC0");
   const std::string begin = Begin("2024/01/03 08:00:00");
@@ -237,8 +262,8 @@ TEST(Explanation, TellsWhatKeepsATaskFromRunningForGood) {
       TriggerText(1, Begin("2024/03/01 08:00:00") + "<EndDate>2024-03-02 08:00:00</EndDate>");
   EXPECT_EQ(
       Explained(TaskText(ended), "2024-03-04 12:00:00").Verdict(),
-      "The task does not run: nothing is due, and nothing will be. The scheduler then deletes "
-      "it, for no trigger will fire again.");
+      "The task does not run: nothing is due, and nothing will be: trigger 1 ended at 2024-03-02 "
+      "08:00:00 +0100. The scheduler then deletes it, for no trigger will fire again.");
 }
 
 TEST(Explanation, DueInWordsAndInJsonIsWhatTheSchedulerSays) {

@@ -28,7 +28,7 @@ class RunningScheduler : public testing::Test {
                             const std::string& memory) const {
     SimulationRequest request;
     request.m_Documents = {{"task", TaskText(trigger, lastRun)}};
-    request.m_Documents[0].m_Memory = {memory.empty() ? -1 : Local(memory), true};
+    request.m_Documents[0].m_Memory = {memory.empty() ? -1 : Local(memory), true, false};
     request.m_From = Local("2024-03-04 14:00:00");
     request.m_Reading = Local("2024-03-04 14:20:00");
     request.m_To = Local("2024-04-04 00:00:00");
@@ -62,6 +62,13 @@ TEST_F(RunningScheduler, TriesAFailedRunAgainAtTheReadingAndNotBefore) {
 TEST_F(RunningScheduler, RunsAFinishedTaskAtItsNextStart) {
   const auto request = Request(m_AtEight, "2024-03-04 08:00:00 Ok", "2024-03-04 08:00:00");
   EXPECT_EQ(Next(request, 1), Strings{"03-05 08:00"});
+}
+
+TEST_F(RunningScheduler, TakesARunUnderWayToEndWellWhenToldSo) {
+  auto request = Request(m_AtEight, "2024-03-04 08:00:00 Started", "2024-03-04 08:00:00");
+  request.m_Documents[0].m_Memory->m_RunEndsOk = true;
+  EXPECT_EQ(Next(request, 1), Strings{"03-05 08:00"});
+  EXPECT_TRUE(SimulationRequestFrom(ToJson(request)).m_Documents[0].m_Memory->m_RunEndsOk);
 }
 
 TEST_F(RunningScheduler, NeedsNoRetryAfterAStartThatComesFirst) {

@@ -134,7 +134,7 @@ TEST_F(SimulateCommands, NextTellsTheRunsAndWhenThereAreNone) {
   ASSERT_EQ(
       Run({"next", FileWith("never.xml", TaskText(TriggerText(6, {}))), "--from", "2010-01-01"}),
       0);
-  EXPECT_EQ(m_Out.str(), "none within 20 years; noxctl explain tells why\n");
+  EXPECT_EQ(m_Out.str(), "never: trigger 1 has a type that never fires\n");
 }
 
 TEST_F(SimulateCommands, SimulateOfASpanWithoutEventsSaysSo) {

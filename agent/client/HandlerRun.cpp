@@ -1,0 +1,95 @@
+#include "agent/client/HandlerRun.h"
+
+#include "agent/client/LocalTime.h"
+
+#include <BaseSDK/AString.h>
+
+#include <iterator>
+
+namespace NoxAgent {
+
+namespace {
+
+using Texts = std::map<std::string, std::string>;
+
+/// In the order of the phases.
+constexpr const char* PhaseNames[] = {"waiting", "running", "ended"};
+
+std::string TextIn(const Texts& run, const char* key) {
+  const auto found = run.find(key);
+  return found == run.end() ? "" : found->second;
+}
+
+std::optional<long> NumberIn(const Texts& run, const char* key) {
+  const std::string text = TextIn(run, key);
+  return text.empty() ? std::nullopt : std::optional(BaseSDK::AString::FromUtf8(text).ToLong(10));
+}
+
+std::string At(const char* preposition, const std::optional<long>& moment) {
+  return moment ? std::string(" ") + preposition + " " + LocalTimeText(*moment) : "";
+}
+
+std::string Because(const std::string& reason) {
+  return (reason.empty() ? "" : ": " + reason) + ".";
+}
+
+Json OrNull(const std::optional<long>& number) {
+  return number ? Json(*number) : Json();
+}
+
+Json OrNull(const std::string& text) {
+  return text.empty() ? Json() : Json(text);
+}
+
+}  // namespace
+
+std::optional<HandlerRun> ReadHandlerRun(const std::optional<Texts>& answer) {
+  if (!answer) {
+    return std::nullopt;
+  }
+  const std::string phase = TextIn(*answer, "state");
+  for (std::size_t i = 0; i < std::size(PhaseNames); ++i) {
+    if (phase == PhaseNames[i]) {
+      return HandlerRun{static_cast<HandlerRun::Phase>(i), NumberIn(*answer, "start"),
+                        NumberIn(*answer, "end"),          NumberIn(*answer, "pid"),
+                        TextIn(*answer, "result"),         TextIn(*answer, "reason"),
+                        NumberIn(*answer, "skipped"),      TextIn(*answer, "skipReason")};
+    }
+  }
+  return std::nullopt;
+}
+
+std::vector<std::string> HandlerRun::Sentences() const {
+  std::vector<std::string> sentences;
+  if (m_Phase == Phase::Running) {
+    const std::string process = m_Pid ? ", as process " + std::to_string(*m_Pid) : "";
+    sentences.push_back("A run is under way" + At("since", m_Start) + process + ".");
+  }
+  if (m_Phase == Phase::Waiting) {
+    sentences.push_back("A run waits to be started" + Because(m_Reason));
+  }
+  if (m_Phase == Phase::Ended && m_Result != "Ok") {
+    sentences.push_back("Its run" + At("of", m_Start) + " failed" + Because(m_Reason));
+  }
+  if (m_Skipped) {
+    sentences.push_back("Its start" + At("at", m_Skipped) + " was left out" +
+                        Because(m_SkipReason));
+  }
+  return sentences;
+}
+
+Json ToJson(const std::optional<HandlerRun>& run) {
+  if (!run) {
+    return {};
+  }
+  return {{"state", PhaseNames[static_cast<std::size_t>(run->m_Phase)]},
+          {"start", OrNull(run->m_Start)},
+          {"end", OrNull(run->m_End)},
+          {"pid", OrNull(run->m_Pid)},
+          {"result", OrNull(run->m_Result)},
+          {"reason", OrNull(run->m_Reason)},
+          {"skipped", OrNull(run->m_Skipped)},
+          {"skipReason", OrNull(run->m_SkipReason)}};
+}
+
+}  // namespace NoxAgent

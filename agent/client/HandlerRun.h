@@ -1,0 +1,36 @@
+#pragma once
+
+#include "agent/library/Json.h"
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace NoxAgent {
+
+/// What the command handler tells of the latest run of a task since the agent started.
+struct HandlerRun {
+  enum class Phase { Waiting, Running, Ended };
+
+  Phase m_Phase = Phase::Ended;
+  std::optional<long> m_Start, m_End;  ///< since the epoch, as far as known
+  std::optional<long> m_Pid;           ///< while running
+  std::string m_Result;                ///< "Ok" or "Failed" when ended, else empty
+  std::string m_Reason;                ///< in words, how it ended or what it waits for
+  std::optional<long> m_Skipped;       ///< the last start that was left out since it began
+  std::string m_SkipReason;
+
+  bool IsUnderWay() const { return m_Phase != Phase::Ended; }
+  /// What there is to know of it, a sentence each; none of a run that ended with "Ok". Local time.
+  std::vector<std::string> Sentences() const;
+};
+
+/// From the answer of the operation GetRun; nothing when there is none, or no state that is known.
+std::optional<HandlerRun> ReadHandlerRun(
+    const std::optional<std::map<std::string, std::string>>& answer);
+
+/// Null for nothing. The members are described in docs/json.md.
+Json ToJson(const std::optional<HandlerRun>& run);
+
+}  // namespace NoxAgent

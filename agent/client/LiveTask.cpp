@@ -1,0 +1,81 @@
+#include "agent/client/LiveTask.h"
+
+#include "agent/client/LocalTime.h"
+
+#include <BaseSDK/ALong32.h>
+#include <BaseSDK/AString.h>
+
+#include <algorithm>
+#include <ctime>
+
+namespace NoxAgent {
+
+namespace {
+
+// The scheduler's report on itself says it in its last line.
+LiveTask::Gate GateOf(const Json& status) {
+  for (const Json& plugin : status.Items("plugins")) {
+    const std::string report = plugin.Text("report", "");
+    if (report.find("Task processing is enabled.") != std::string::npos) {
+      return LiveTask::Gate::Open;
+    }
+    if (report.find("Task processing is disabled.") != std::string::npos) {
+      return LiveTask::Gate::Closed;
+    }
+  }
+  return LiveTask::Gate::Assumed;
+}
+
+std::optional<long> ReadingOf(const Json& status) {
+  const Json* const reading = status.Find("nextReading");
+  return reading == nullptr ? std::nullopt : std::optional(reading->Long());
+}
+
+long NumberIn(const AgentApi::Attributes& report, const char* key) {
+  const auto found = report.find(key);
+  return found == report.end() ? -1 : BaseSDK::AString::FromUtf8(found->second).ToLong(10);
+}
+
+}  // namespace
+
+std::string LiveTask::ReadingText() const {
+  return m_Reading ? "at " + LocalTimeText(*m_Reading) : "within the hour";
+}
+
+LiveTask ReadLiveTask(AgentApi& agent, const std::string& id) {
+  LiveTask task;
+  task.m_AskedAt = std::time(nullptr);
+  const Json status = agent.Status();
+  task.m_Gate = GateOf(status);
+  task.m_Zone = status.Text("zone", "");
+  task.m_ZoneName = status.Text("zoneName", task.m_Zone);
+  task.m_Reading = ReadingOf(status);
+  task.m_Run = ReadHandlerRun(agent.LatestRun(id));
+  if (const auto report = agent.TaskAttributes(id)) {
+    task.m_Memory = {NumberIn(*report, "t3"), NumberIn(*report, "t5") != 0, task.IsRunning()};
+  }
+  return task;
+}
+
+void BeginAsAgent(const LiveTask& task, long moment, SimulationRequest& request) {
+  const long now = task.m_AskedAt;
+  if (!task.m_Memory) {
+    request.m_From = std::max(moment, task.m_Reading.value_or(moment));
+    return;
+  }
+  if (moment < now) {
+    request.m_From = moment;
+    return;
+  }
+  request.m_From = now;
+  request.m_Documents.at(0).m_Memory = task.m_Memory;
+  if (task.m_Reading) {
+    request.m_Reading =
+        std::clamp(*task.m_Reading, now, BaseSDK::Add32(now, SimulationRequest::CycleSeconds));
+  }
+  if (moment > now) {
+    request.m_Moment = moment;
+  }
+}
+
+}  // namespace NoxAgent
