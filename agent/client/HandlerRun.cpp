@@ -59,6 +59,13 @@ std::optional<HandlerRun> ReadHandlerRun(const std::optional<Texts>& answer) {
   return std::nullopt;
 }
 
+std::string HandlerRun::ReasonAgainst(const std::string& state) const {
+  if (state == "Skipped") {
+    return m_SkipReason;
+  }
+  return m_Phase == Phase::Ended && m_Result != "Ok" ? m_Reason : "";
+}
+
 std::vector<std::string> HandlerRun::Sentences() const {
   std::vector<std::string> sentences;
   if (m_Phase == Phase::Running) {

@@ -22,6 +22,9 @@ struct HandlerRun {
   std::string m_SkipReason;
 
   bool IsUnderWay() const { return m_Phase != Phase::Ended; }
+  /// Why the task's last run has a state, other than "Ok", that it was left with: why the start was
+  /// left out for "Skipped", how the run ended otherwise. Empty when that is not known.
+  std::string ReasonAgainst(const std::string& state) const;
   /// What there is to know of it, a sentence each; none of a run that ended with "Ok". Local time.
   std::vector<std::string> Sentences() const;
 };

@@ -1,4 +1,6 @@
 #include "agent/Protocol.h"
+#include "agent/client/ChosenZone.h"
+#include "agent/client/HandlerRun.h"
 #include "agent/client/LocalTime.h"
 #include "agent/client/RunWatcher.h"
 #include "agent/client/commands/Commands.h"
@@ -31,31 +33,38 @@ std::string WordFor(const RunEvent& event) {
   }
 }
 
-std::string DetailFor(const RunEvent& event) {
+std::string DetailFor(const RunEvent& event, const std::string& reason) {
   if (event.m_Kind != RunEvent::Kind::Finished) {
     return {};
   }
   const std::string started = "  started " + event.m_Run.m_Start;
-  return event.m_Took ? started + ", took " + DurationText(*event.m_Took) : started;
+  return (event.m_Took ? started + ", took " + DurationText(*event.m_Took) : started) +
+         (reason.empty() ? "" : ": " + reason);
 }
 
-void PrintLine(const RunEvent& event, std::ostream& out) {
+void PrintLine(const RunEvent& event, const std::string& reason, std::ostream& out) {
   constexpr int UsualIdWidth = 20;
   constexpr int UsualStateWidth = 8;
   out << LocalTimeText(SecondsOf(event)) << "  " << std::left << std::setw(UsualIdWidth)
       << event.m_Task << "  ";
-  const std::string detail = DetailFor(event);
+  const std::string detail = DetailFor(event, reason);
   out << std::setw(detail.empty() ? 0 : UsualStateWidth) << WordFor(event) << detail << std::endl;
 }
 
-void PrintJsonLine(const RunEvent& event, std::ostream& out) {
+void PrintJsonLine(const RunEvent& event, const std::string& reason, std::ostream& out) {
   static constexpr const char* Names[] = {"started", "finished", "added", "deleted"};
   Json line = {{"time", LocalTimeText(SecondsOf(event))},
+               {"seconds", SecondsOf(event)},
                {"task", event.m_Task},
                {"event", Names[static_cast<int>(event.m_Kind)]}};
   if (!event.m_Run.m_Start.empty()) {
     line["start"] = event.m_Run.m_Start;
+    line["startSeconds"] = event.m_Run.m_Seconds == -1 ? Json() : Json(event.m_Run.m_Seconds);
     line["state"] = event.m_Run.m_State;
+  }
+  if (event.m_Kind == RunEvent::Kind::Finished) {
+    line["endSeconds"] = SecondsOf(event);
+    line["reason"] = reason.empty() ? Json() : Json(reason);
   }
   if (event.m_Took) {
     line["milliseconds"] = event.m_Took->count();
@@ -70,6 +79,8 @@ class Watch {
 
   // Returns when enough runs have finished.
   void Run() {
+    // The documents hold local times of the agent's.
+    const ChosenZone zone = ChosenZone::AsNamed(m_Context.Agent().Status().Text("zone", ""));
     m_Context.Agent().Follow([this] { KnowTasks(); }, [this](const Json& n) { return Next(n); });
     if (!IsEnough()) {
       throw CommandError(ExitCode::Unreachable,
@@ -130,11 +141,21 @@ class Watch {
     if (event.m_Kind == RunEvent::Kind::Finished) {
       ++m_Finished;
     }
+    const std::string reason = ReasonOf(event);
     if (m_Context.m_Json) {
-      PrintJsonLine(event, m_Context.m_Out);
+      PrintJsonLine(event, reason, m_Context.m_Out);
     } else {
-      PrintLine(event, m_Context.m_Out);
+      PrintLine(event, reason, m_Context.m_Out);
     }
+  }
+
+  // Why a run did not end well, as far as the command handler knows.
+  std::string ReasonOf(const RunEvent& event) const {
+    if (event.m_Kind != RunEvent::Kind::Finished || event.m_Run.m_State == "Ok") {
+      return {};
+    }
+    const auto run = ReadHandlerRun(m_Context.Agent().LatestRun(event.m_Task));
+    return run ? run->ReasonAgainst(event.m_Run.m_State) : "";
   }
 
   const WatchOptions& m_Options;

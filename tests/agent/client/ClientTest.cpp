@@ -293,6 +293,61 @@ TEST_F(Client, WatchTellsEachRunOnceWithItsOutcome) {
   EXPECT_EQ(expected, told);
 }
 
+TEST_F(Client, WatchTellsWhyARunFailedWhenTheHandlerKnows) {
+  const auto setRun = [](const char* runTime, std::map<std::string, std::string> run) {
+    return [runTime, run = std::move(run)](FakeAgent& agent) {
+      agent.SetTask("T1", {TaskXml(NowTrigger, runTime), true, {}, run});
+    };
+  };
+  const std::string changed = R"({"code":100,"id":"T1"})";
+  const auto steps = [&] {
+    return std::vector<FakeAgent::Step>{
+        {setRun(
+             "2026-06-15 08:00:00 Failed",
+             {{"state", "ended"}, {"result", "Failed"}, {"reason", "exit status 1 after 2.3 s"}}),
+         changed, 2},
+        {setRun("2026-06-15 09:00:00 Skipped", {{"state", "running"},
+                                                {"skipped", "1781506800"},
+                                                {"skipReason", "its previous run goes on"}}),
+         changed, 2},
+        {setRun("2026-06-15 10:00:00 Failed", {}), changed, 2}};
+  };
+  m_Agent.SetTask("T1", {TaskXml(NowTrigger), true, {}});
+  m_Agent.SetSteps(steps());
+  ASSERT_EQ(0, Run({"watch", "--runs", "3"})) << Err();
+  EXPECT_NE(std::string::npos, Out().find(": exit status 1 after 2.3 s\n")) << Out();
+  EXPECT_NE(std::string::npos, Out().find(": its previous run goes on\n")) << Out();
+  m_Agent.SetTask("T1", {TaskXml(NowTrigger), true, {}});
+  m_Agent.SetSteps(steps());
+  ASSERT_EQ(0, Run({"watch", "--runs", "3", "--json"})) << Err();
+  std::istringstream lines(Out());
+  Json::List finished;
+  for (std::string line; std::getline(lines, line);) {
+    if (const Json event = Json::Parse(line); event.At("event") == "finished") {
+      finished.push_back(event);
+    }
+  }
+  ASSERT_EQ(3U, finished.size());
+  EXPECT_EQ("exit status 1 after 2.3 s", finished[0].At("reason"));
+  EXPECT_EQ(1781503200, finished[0].At("startSeconds"));
+  EXPECT_EQ(finished[0].At("seconds"), finished[0].At("endSeconds"));
+  EXPECT_EQ(Json(), finished[2].At("reason"));
+}
+
+TEST_F(Client, WatchReadsTheAgentsTimesInTheAgentsZone) {
+  m_Agent.SetStatus({{"zone", "UTC0"}});
+  m_Agent.SetTask("T1", {TaskXml(NowTrigger), true, {}});
+  m_Agent.SetSteps(
+      {{[](FakeAgent& agent) {
+          agent.SetTask("T1", {TaskXml(NowTrigger, "2026-06-15 08:00:00 Ok"), true, {}});
+        },
+        R"({"code":100,"id":"T1"})", 1}});
+  EXPECT_EQ(0, Run({"watch", "--runs", "1", "--json"})) << Err();
+  const Json started = Json::Parse(Out().substr(0, Out().find('\n')));
+  EXPECT_EQ(1781510400, started.At("startSeconds"));
+  EXPECT_EQ("2026-06-15 08:00:00 +0000", started.At("time"));
+}
+
 TEST_F(Client, WatchOfOneTaskLeavesOutTheOthersAndSaysWhenTheAgentEnds) {
   m_Agent.SetTask("T1", {TaskXml(NowTrigger), true, {}});
   m_Agent.SetSteps({{{}, R"({"code":102,"id":"T2"})", 0}});

@@ -203,6 +203,8 @@ std::string FakeAgent::Answer(const FakeRequest& request) {
     return Response(200, Status().Dump());
   }
   if (request.m_Target == "/v1/command/INoxCommandHandler/GetRun") {
+    ++m_Reads;
+    m_Read.notify_all();
     return Response(200, LatestRun(request.m_Body.Text("taskId", "")).Dump());
   }
   return Response(200, "{}");

@@ -34,7 +34,8 @@ struct FakeTask {
 class FakeAgent {
  public:
   /// A step of the notification stream: first `m_Before` is done with the tasks, then the line is
-  /// sent. The next step waits until the client has read documents `m_Reads` times since.
+  /// sent. The next step waits until the client has read documents or latest runs `m_Reads` times
+  /// since.
   struct Step {
     std::function<void(FakeAgent&)> m_Before;
     std::string m_Line;
