@@ -1,6 +1,7 @@
 #include "agent/client/HttpConnection.h"
 
 #include "agent/client/ExitCode.h"
+#include "agent/client/SocketDenial.h"
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/local/stream_protocol.hpp>
@@ -66,9 +67,11 @@ struct HttpConnection::Impl {
   }
 
   [[noreturn]] void Fail(const char* doing, const beast::error_code& error) const {
-    throw CommandError(ExitCode::Unreachable,
-                       std::string("cannot ") + doing + " " + m_Path + ": " + error.message() +
-                           "; see that noxagentd runs, or name its socket with --socket");
+    const std::string hint = error == net::error::access_denied
+                                 ? SocketDenialHint(m_Path)
+                                 : "see that noxagentd runs, or name its socket with --socket";
+    throw CommandError(ExitCode::Unreachable, std::string("cannot ") + doing + " " + m_Path + ": " +
+                                                  error.message() + "; " + hint);
   }
 
   void Connect() {

@@ -1,17 +1,19 @@
-// Where the agent listens, by the same rules as the agent's own.
+// Where the agent listens.
 #pragma once
 
 #include <string>
 
 namespace NoxAgent {
 
-/// The directory of the agent's socket when none is named: /run/nox for root; for others "nox" in
-/// $XDG_RUNTIME_DIR, or else "run" in the state directory ($XDG_STATE_HOME/nox,
-/// ~/.local/state/nox).
-std::string DefaultRuntimeDirectory();
-
-/// The socket's path. `socket` is taken as it is when it is not empty; otherwise the socket lies in
-/// `runtimeDirectory`, or in the default one when that is empty too.
-std::string SocketPath(const std::string& socket, const std::string& runtimeDirectory);
+/// The socket's path:
+///
+/// 1. `socket`, when it is not empty;
+/// 2. control.sock in `runtimeDirectory`, or in $NOX_RUNTIME_DIR, when these are not empty;
+/// 3. that of an agent of the user's own, when it is there: in $XDG_RUNTIME_DIR/nox, or else in
+///    "run" of the state directory ($XDG_STATE_HOME/nox, ~/.local/state/nox); root has none;
+/// 4. that of the system's agent, when it is there, and for root;
+/// 5. that of the user's own, for the message that there is none.
+std::string SocketPath(const std::string& socket, const std::string& runtimeDirectory,
+                       const std::string& systemDirectory = "/run/nox");
 
 }  // namespace NoxAgent
