@@ -25,19 +25,17 @@ std::string DescribeError(const Json& error) {
   return text;
 }
 
-// The agent's error to a request, with its name for programs.
-class Refusal : public CommandError {
- public:
-  Refusal(unsigned status, const Json& error)
-      : CommandError(status == HttpUnprocessable ? ExitCode::Usage : ExitCode::Failed,
-                     "the agent refuses: " + DescribeError(error)),
-        m_Name(error.Text("code", "")) {}
+std::optional<CommandError::Place> PlaceOf(const Json& error) {
+  return error.Has("line") ? std::optional(CommandError::Place{error.At("line").Long(),
+                                                               error.At("column").Long()})
+                           : std::nullopt;
+}
 
-  const std::string& Name() const { return m_Name; }
-
- private:
-  std::string m_Name;
-};
+// The agent's error to a request.
+CommandError Refusal(unsigned status, const Json& error) {
+  return {status == HttpUnprocessable ? ExitCode::Usage : ExitCode::Failed,
+          "the agent refuses: " + DescribeError(error), error.Text("code", ""), PlaceOf(error)};
+}
 
 // An object that the text holds; nothing when it holds none.
 std::optional<Json> ObjectIn(const std::string& text) {
@@ -102,7 +100,7 @@ std::optional<Json> AnswerForTask(const HttpResponse& response) {
   try {
     Json answer = Answer(response);
     return ResultOf(answer) < 1 ? std::nullopt : std::optional<Json>(std::move(answer));
-  } catch (const Refusal& refusal) {
+  } catch (const CommandError& refusal) {
     // The task directory may hold files of other names, and they are enumerated as well.
     if (refusal.Name() == BadTaskId) {
       return std::nullopt;
@@ -170,6 +168,9 @@ std::string AgentApi::AddTask(const std::string& id, const std::string& xml, boo
 std::vector<std::string> AgentApi::TaskIds() {
   std::set<std::string> ids;
   Json answer = Call("FindFirstTask", Json::Object{});
+  if (answer.At("out").At("handle").IsWhole()) {
+    return {};  // the number 0: nothing was opened
+  }
   const std::string handle = OutText(answer, "handle");
   bool more = TakeId(answer, ids);
   while (more) {

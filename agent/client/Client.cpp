@@ -24,18 +24,9 @@ void AddGlobalOptions(CommandLine& line, CommandContext& context) {
   line.Version("noxctl " NOX_VERSION);
 }
 
-// Errors are one line each, so that they can be searched for and mailed.
-std::string OneLine(std::string text) {
-  while (!text.empty() && text.back() == '\n') {
-    text.pop_back();
-  }
-  std::replace(text.begin(), text.end(), '\n', ' ');
-  return text;
-}
-
-int Fail(const CommandContext& context, ExitCode code, const std::string& message) {
-  context.m_Err << "noxctl: " << OneLine(message) << '\n';
-  return static_cast<int>(code);
+int Fail(const CommandContext& context, const CommandError& error) {
+  context.PrintError(error);
+  return static_cast<int>(error.Code());
 }
 
 }  // namespace
@@ -52,13 +43,15 @@ int RunClient(const std::vector<std::string>& arguments, std::istream& in, std::
     (void)line.Parse(arguments, out);
     return static_cast<int>(context.m_ExitCode);
   } catch (const CommandLineError& error) {
-    return Fail(context, ExitCode::Usage, error.what());
+    // What could not be read may stand before the option.
+    context.m_Json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
+    return Fail(context, {ExitCode::Usage, error.what()});
   } catch (const CommandError& error) {
-    return Fail(context, error.Code(), error.what());
+    return Fail(context, error);
   } catch (const JsonError& error) {
-    return Fail(context, ExitCode::Failed,
-                std::string("an answer cannot be read: ") + error.what() +
-                    "; see that noxctl and noxagentd are of the same version");
+    return Fail(context,
+                {ExitCode::Failed, std::string("an answer cannot be read: ") + error.what() +
+                                       "; see that noxctl and noxagentd are of the same version"});
   }
 }
 

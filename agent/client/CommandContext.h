@@ -25,6 +25,10 @@ struct CommandContext {
 
   AgentApi Agent() const;
   void PrintJson(const Json& value) const;
+  /// One line on the error stream, of JSON if that was asked for: {"error": {"code", "message"}}
+  /// with "line" and "column" where a document is concerned, and "id" when the error is that of one
+  /// task among several.
+  void PrintError(const CommandError& error, const std::string& id = {}) const;
 };
 
 }  // namespace NoxAgent

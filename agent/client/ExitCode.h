@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -16,13 +17,25 @@ enum class ExitCode : int {
 /// Ends a command. What() is one line: what went wrong, and what to do about it.
 class CommandError : public std::runtime_error {
  public:
-  CommandError(ExitCode code, const std::string& message)
-      : std::runtime_error(message), m_Code(code) {}
+  /// Where in a task document.
+  struct Place {
+    long m_Line = 0;
+    long m_Column = 0;
+  };
+
+  CommandError(ExitCode code, const std::string& message, std::string name = {},
+               std::optional<Place> place = {})
+      : std::runtime_error(message), m_Code(code), m_Name(std::move(name)), m_Place(place) {}
 
   ExitCode Code() const { return m_Code; }
+  /// For programs: the agent's code ("bad-task-id") when it gave one, else by the exit code.
+  std::string Name() const;
+  const std::optional<Place>& InDocument() const { return m_Place; }
 
  private:
   ExitCode m_Code;
+  std::string m_Name;
+  std::optional<Place> m_Place;
 };
 
 }  // namespace NoxAgent

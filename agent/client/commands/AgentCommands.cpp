@@ -2,6 +2,8 @@
 #include "agent/client/StatusText.h"
 #include "agent/client/commands/Commands.h"
 
+#include <algorithm>
+#include <iterator>
 #include <memory>
 #include <optional>
 
@@ -25,6 +27,14 @@ void Status(const CommandContext& context) {
 }
 
 constexpr long Event = 10;
+constexpr const char* Kinds =
+    "0 start-up finished, 1 and 2 policy refresh started and finished, 4 and 5 registration of a "
+    "plug-in started and finished, 6 and 7 its unregistration, 10 event CODE";
+
+bool IsKind(long kind) {
+  constexpr long Known[] = {0, 1, 2, 4, 5, 6, 7, Event};
+  return std::find(std::begin(Known), std::end(Known), kind) != std::end(Known);
+}
 
 struct NotifyOptions {
   long m_Kind = 0;
@@ -33,6 +43,11 @@ struct NotifyOptions {
 };
 
 void Notify(const NotifyOptions& options, const CommandContext& context) {
+  if (!IsKind(options.m_Kind)) {
+    throw CommandError(ExitCode::Usage, "there is no notification of kind " +
+                                            std::to_string(options.m_Kind) + "; the kinds are " +
+                                            Kinds);
+  }
   if (options.m_Kind == Event && !options.m_Code) {
     throw CommandError(ExitCode::Usage, "an event (10) has a CODE; see noxctl notify --help");
   }
@@ -55,12 +70,7 @@ void AddAgentCommands(CommandLine& line, CommandContext& context) {
 
   CommandLine& notify = line.Command("notify", "Send a notification to all plug-ins");
   const auto options = std::make_shared<NotifyOptions>();
-  notify
-      .Argument("KIND", options->m_Kind,
-                "0 start-up finished, 1 and 2 policy refresh started and finished, 4 and 5 "
-                "registration of a plug-in started and finished, 6 and 7 its unregistration, "
-                "10 event CODE")
-      .Required();
+  notify.Argument("KIND", options->m_Kind, Kinds).Required();
   notify.Argument("CODE", options->m_Code, "the event's number, such as 300 or 302");
   notify.Argument("TEXT", options->m_Text, "the plug-in's name, or the event's data");
   notify.OnUse([options, &context] { Notify(*options, context); });

@@ -5,6 +5,7 @@
 
 #include <BaseSDK/AString.h>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 
@@ -118,35 +119,48 @@ void PrintDone(const std::vector<std::string>& ids, const char* done,
   }
 }
 
-void Delete(const std::vector<std::string>& ids, const CommandContext& context) {
-  AgentApi agent = context.Agent();
+// Does `act` with each task. One that fails is told and does not keep the others from it, unless
+// the agent cannot be reached any more.
+void ForEach(const std::vector<std::string>& ids, const char* done,
+             const std::function<void(const std::string&)>& act, CommandContext& context) {
+  std::vector<std::string> ready;
   for (const std::string& id : ids) {
-    if (!agent.DeleteTask(id)) {
-      FailUnknown(id);
+    try {
+      act(id);
+      ready.push_back(id);
+    } catch (const CommandError& error) {
+      if (error.Code() == ExitCode::Unreachable) {
+        PrintDone(ready, done, context);
+        throw;
+      }
+      context.PrintError(error, id);
+      context.m_ExitCode = std::max(context.m_ExitCode, error.Code());
     }
   }
-  PrintDone(ids, "deleted", context);
+  PrintDone(ready, done, context);
+}
+
+void Delete(AgentApi& agent, const std::string& id) {
+  if (!agent.DeleteTask(id)) {
+    FailUnknown(id);
+  }
 }
 
 // The scheduler gives one answer to "no such task" and "is so already".
-void Enable(const std::vector<std::string>& ids, bool enable, const CommandContext& context) {
-  AgentApi agent = context.Agent();
-  for (const std::string& id : ids) {
-    if (agent.EnableTask(id, enable)) {
-      continue;
-    }
-    const auto report = agent.TaskAttributes(id);
-    if (!report) {
-      FailNotLoaded(id);
-    }
-    const auto enabled = report->find("t5");
-    if (enabled == report->end() || (enabled->second == "1") != enable) {
-      throw CommandError(ExitCode::Failed, "the task " + id +
-                                               " could not be changed; see that its file can be "
-                                               "written");
-    }
+void Enable(AgentApi& agent, const std::string& id, bool enable) {
+  if (agent.EnableTask(id, enable)) {
+    return;
   }
-  PrintDone(ids, enable ? "enabled" : "disabled", context);
+  const auto report = agent.TaskAttributes(id);
+  if (!report) {
+    FailNotLoaded(id);
+  }
+  const auto enabled = report->find("t5");
+  if (enabled == report->end() || (enabled->second == "1") != enable) {
+    throw CommandError(ExitCode::Failed, "the task " + id +
+                                             " could not be changed; see that its file can be "
+                                             "written");
+  }
 }
 
 void SetState(const std::string& id, const std::string& state, const CommandContext& context) {
@@ -159,14 +173,18 @@ void SetState(const std::string& id, const std::string& state, const CommandCont
   context.m_Out << id << ' ' << state << '\n';
 }
 
-using Ids = std::vector<std::string>;
-
-void AddManyCommand(CommandLine& line, const char* name, const char* summary,
-                    std::function<void(const Ids&)> run) {
+// `done` is how a task is told of with which it went well.
+void AddManyCommand(CommandLine& line, const char* name, const char* summary, const char* done,
+                    std::function<void(AgentApi&, const std::string&)> act,
+                    CommandContext& context) {
   CommandLine& command = line.Command(name, summary);
-  const auto ids = std::make_shared<Ids>();
+  const auto ids = std::make_shared<std::vector<std::string>>();
   command.Argument("ID", *ids, "task IDs").Required();
-  command.OnUse([ids, run = std::move(run)] { run(*ids); });
+  command.OnUse([ids, done, act = std::move(act), &context] {
+    AgentApi agent = context.Agent();
+    ForEach(
+        *ids, done, [&](const std::string& id) { act(agent, id); }, context);
+  });
 }
 
 void AddOneCommand(CommandLine& line, const char* name, const char* summary,
@@ -182,12 +200,13 @@ void AddOneCommand(CommandLine& line, const char* name, const char* summary,
 void AddTaskCommands(CommandLine& line, CommandContext& context) {
   AddOneCommand(line, "show", "Print a task's document",
                 [&context](const std::string& id) { Show(id, context); });
-  AddManyCommand(line, "delete", "Delete tasks",
-                 [&context](const Ids& ids) { Delete(ids, context); });
-  AddManyCommand(line, "enable", "Enable tasks",
-                 [&context](const Ids& ids) { Enable(ids, true, context); });
-  AddManyCommand(line, "disable", "Disable tasks",
-                 [&context](const Ids& ids) { Enable(ids, false, context); });
+  AddManyCommand(line, "delete", "Delete tasks", "deleted", Delete, context);
+  AddManyCommand(
+      line, "enable", "Enable tasks", "enabled",
+      [](AgentApi& agent, const std::string& id) { Enable(agent, id, true); }, context);
+  AddManyCommand(
+      line, "disable", "Disable tasks", "disabled",
+      [](AgentApi& agent, const std::string& id) { Enable(agent, id, false); }, context);
   AddOneCommand(line, "attributes", "Print what the scheduler reports on a task",
                 [&context](const std::string& id) { Attributes(id, context); });
 

@@ -101,6 +101,16 @@ TEST_F(Client, ListClosesItsEnumeration) {
   EXPECT_EQ(1U, closed);
 }
 
+// As the agent does when the task directory cannot be read.
+TEST_F(Client, ListOfAnEnumerationThatWasNotOpenedIsEmpty) {
+  m_Agent.AnswerAlways(200, R"({"result":-1,"out":{"handle":0,"taskId":""}})");
+  EXPECT_EQ(0, Run({"list", "--json"})) << Err();
+  EXPECT_EQ("[]\n", Out());
+  for (const FakeRequest& request : m_Agent.Requests()) {
+    EXPECT_EQ(std::string::npos, request.m_Target.find("FindClose")) << "nothing is open";
+  }
+}
+
 TEST_F(Client, ListAsksAllOnOneConnection) {
   for (int number = 0; number < 100; ++number) {
     m_Agent.SetTask("T" + std::to_string(number), {TaskXml(NowTrigger), true, {}});
@@ -178,6 +188,77 @@ TEST_F(Client, DeleteDeletesEachOfItsTasks) {
   EXPECT_EQ(0, Run({"delete", "a", "b"}));
   EXPECT_EQ("deleted a\ndeleted b\n", Out());
   EXPECT_EQ(1, Run({"show", "a"}));
+}
+
+TEST_F(Client, AMissingTaskDoesNotKeepTheOthersFromBeingDone) {
+  const struct {
+    const char* m_Command;
+    const char* m_Done;
+  } rows[] = {{"delete", "deleted"}, {"enable", "enabled"}, {"disable", "disabled"}};
+  const auto setTasks = [this] {
+    m_Agent.SetTask("a", {TaskXml(NowTrigger), true, {}});
+    m_Agent.SetTask("b", {TaskXml(NowTrigger), true, {}});
+  };
+  for (const auto& row : rows) {
+    setTasks();
+    EXPECT_EQ(1, Run({row.m_Command, "a", "none", "b"})) << row.m_Command;
+    EXPECT_EQ(row.m_Done + std::string(" a\n") + row.m_Done + " b\n", Out());
+    EXPECT_EQ(Err().size() - 1, Err().find('\n')) << Err();
+    EXPECT_NE(std::string::npos, Err().find("task none; noxctl list shows the tasks")) << Err();
+    setTasks();
+    EXPECT_EQ(2, Run({row.m_Command, "a", "none", "bad id", "b", "--json"})) << row.m_Command;
+    EXPECT_EQ(Json({{row.m_Done, Json::List{"a", "b"}}}), JsonOut());
+    const std::size_t end = Err().find('\n');
+    const Json missing = Json::Parse(Err().substr(0, end)).At("error");
+    EXPECT_EQ("none", missing.At("id"));
+    EXPECT_EQ("failed", missing.At("code"));
+    const Json bad = Json::Parse(Err().substr(end)).At("error");
+    EXPECT_EQ("bad id", bad.At("id"));
+    EXPECT_EQ("bad-task-id", bad.At("code"));
+  }
+}
+
+TEST_F(Client, WhatWasDoneIsToldWhenTheAgentGoesAway) {
+  m_Agent.SetTask("a", {TaskXml(NowTrigger), true, {}});
+  m_Agent.EndAfter("/v1/scheduler/INoxTaskScheduler/DeleteTask");
+  EXPECT_EQ(3, Run({"delete", "a", "b", "--json"}));
+  EXPECT_EQ(Json({{"deleted", Json::List{"a"}}}), JsonOut());
+  EXPECT_EQ("unreachable", Json::Parse(Err()).At("error").At("code"));
+}
+
+TEST_F(Client, ErrorsAreJsonWhenTheAnswerIs) {
+  const auto error = [this] {
+    EXPECT_EQ("", Out());
+    EXPECT_EQ(Err().size() - 1, Err().find('\n')) << Err();
+    return Json::Parse(Err()).At("error");
+  };
+  EXPECT_EQ(1, Run({"show", "none", "--json"}));
+  EXPECT_EQ("failed", error().At("code"));
+  EXPECT_EQ("there is no task none; noxctl list shows the tasks", error().At("message"));
+  EXPECT_EQ(2, Run({"fly", "--json"}));
+  EXPECT_EQ("usage", error().At("code"));
+  EXPECT_EQ(3, RunAsGiven({"status", "--json", "--socket", "/none"}));
+  EXPECT_EQ("unreachable", error().At("code"));
+  EXPECT_EQ(2, Run({"add", "-", "--json"}, "<Task>\n<a></Task>"));
+  EXPECT_EQ("bad-document", error().At("code"));
+  EXPECT_EQ(2, error().At("line"));
+  EXPECT_EQ(2, Run({"add", "-", "--json"}, TaskXml(DeadTrigger)));
+  EXPECT_EQ("never-runs", error().At("code"));
+  m_Agent.AnswerAlways(
+      422, R"({"error":{"code":"bad-document","message":"no Task","line":3,"column":7}})");
+  EXPECT_EQ(2, Run({"add", "-", "--json"}, TaskXml(NowTrigger)));
+  EXPECT_EQ(Json({{"code", "bad-document"},
+                  {"message", "the agent refuses: no Task (line 3, column 7)"},
+                  {"line", 3},
+                  {"column", 7}}),
+            error());
+}
+
+TEST_F(Client, WarningsAreJsonWhenTheAnswerIs) {
+  EXPECT_EQ(0, Run({"add", "-", "--json"}, TaskXml(WarnedTrigger)));
+  const Json warning = Json::Parse(Err()).At("warning");
+  EXPECT_EQ(115, warning.At("column"));
+  EXPECT_EQ(0U, warning.At("message").Text().find("-: line 1, column 115: KillAtEnd")) << Err();
 }
 
 TEST_F(Client, EnableTakesATaskThatIsEnabledAlready) {
@@ -477,6 +558,15 @@ TEST_F(Client, BadUsageNamesWhatIsUnknownAndTheHelpThatKnows) {
   ExpectError("there is no command or option \"fly\"; see noxctl --help");
   EXPECT_EQ(2, RunAsGiven({"show"}));
   ExpectError("ID is required; see noxctl show --help");
+}
+
+TEST_F(Client, ANotificationOfAnUnknownKindIsBadUsage) {
+  for (const char* const kind : {"3", "8", "9", "11", "300"}) {
+    EXPECT_EQ(2, Run({"notify", kind}));
+    ExpectError("there is no notification of kind " + std::string(kind) +
+                "; the kinds are 0 start-up finished, 1 and 2 policy refresh");
+  }
+  EXPECT_TRUE(m_Agent.Requests().empty());
 }
 
 TEST_F(Client, AnEventWithoutItsCodeIsBadUsage) {

@@ -168,6 +168,9 @@ bool FakeAgent::ServeRequest(int connection, bool isLast, std::string& input) {
     request.m_Body = Json::Parse(input.substr(headEnd + 4, end - headEnd - 4));
   }
   input.erase(0, end);
+  if (HasEnded()) {
+    return false;
+  }
   if (m_Raw) {
     SendAll(connection, *m_Raw);
     return false;
@@ -184,14 +187,21 @@ bool FakeAgent::ServeRequest(int connection, bool isLast, std::string& input) {
   return true;
 }
 
+bool FakeAgent::HasEnded() const {
+  const std::lock_guard guard(m_Lock);
+  return m_HasEnded;
+}
+
 std::string FakeAgent::Answer(const FakeRequest& request) {
   const std::lock_guard guard(m_Lock);
+  m_HasEnded = m_HasEnded || request.m_Target == m_LastTarget;
   m_Requests.push_back(request);
   if (m_FixedStatus != 0) {
     return Response(m_FixedStatus, m_FixedBody);
   }
-  if (request.m_Body.IsObject() &&
-      request.m_Body.Text("taskId", "").find(' ') != std::string::npos) {
+  const Json& body = request.m_Body;
+  if (body.IsObject() &&
+      body.Text("taskId", body.Text("taskIds", "")).find(' ') != std::string::npos) {
     return Response(422, R"({"error":{"code":"bad-task-id","message":"a blank"}})");
   }
   constexpr const char* Operations = "/v1/scheduler/INoxTaskScheduler/";

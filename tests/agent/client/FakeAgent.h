@@ -60,6 +60,9 @@ class FakeAgent {
   /// Sends these bytes for an answer and closes the connection.
   void AnswerRaw(const std::string& bytes);
 
+  /// Answers a request for this target, and none after it.
+  void EndAfter(const std::string& target) { m_LastTarget = target; }
+
   /// After so many answers a connection is closed; 1000 unless set.
   void SetRequestsPerConnection(unsigned count) { m_RequestsPerConnection = count; }
 
@@ -72,6 +75,7 @@ class FakeAgent {
   void Serve(int connection);
   /// False when no other request can follow. `input` is what was received and not looked at yet.
   bool ServeRequest(int connection, bool isLast, std::string& input);
+  bool HasEnded() const;
   std::string Answer(const FakeRequest& request);
   Json Status() const;
   Json LatestRun(const std::string& id) const;
@@ -84,11 +88,13 @@ class FakeAgent {
   std::optional<std::string> m_Raw;
   unsigned m_RequestsPerConnection = 1000;
   std::string m_Report;
+  std::string m_LastTarget;
   Json::Object m_MoreStatus;
 
   mutable std::mutex m_Lock;
   std::condition_variable m_Read;
   bool m_Ending = false;
+  bool m_HasEnded = false;  ///< it has answered what it was to answer
   unsigned m_Reads = 0;
   std::map<std::string, FakeTask> m_Tasks;
   std::vector<FakeRequest> m_Requests;
