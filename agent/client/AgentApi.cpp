@@ -15,6 +15,7 @@ constexpr const char* BadTaskId = "bad-task-id";
 // Requests sent before the first answer is read: all of them fit into a socket's buffer.
 constexpr std::size_t AtOnce = 32;
 constexpr const char* Scheduler = "/v1/scheduler/INoxTaskScheduler/";
+constexpr const char* LatestRunTarget = "/v1/command/INoxCommandHandler/GetRun";
 
 // "message (line 3, column 7)"
 std::string DescribeError(const Json& error) {
@@ -127,6 +128,15 @@ std::optional<AgentApi::Attributes> AttributesIn(const HttpResponse& response) {
   return answer ? std::optional(TextsIn(answer->At("out").At("attributes"))) : std::nullopt;
 }
 
+// Whatever else it is, it is no run.
+std::optional<AgentApi::Attributes> RunIn(const HttpResponse& response) {
+  const auto answer = response.m_Status == HttpOk ? ObjectIn(response.m_Body) : std::nullopt;
+  if (!answer || answer->Long("result", -1) < 1) {
+    return std::nullopt;
+  }
+  return TextsIn(answer->At("out").At("run"));
+}
+
 }  // namespace
 
 HttpConnection& AgentApi::Connection() {
@@ -142,13 +152,18 @@ Json AgentApi::Call(const std::string& operation, const Json& arguments, const s
 
 std::vector<HttpResponse> AgentApi::CallAll(const std::string& operation,
                                             const std::vector<Json>& arguments) {
+  return PostAll(Scheduler + operation, arguments);
+}
+
+std::vector<HttpResponse> AgentApi::PostAll(const std::string& target,
+                                            const std::vector<Json>& arguments) {
   std::vector<HttpResponse> answers;
   while (answers.size() < arguments.size()) {
     std::vector<std::string> bodies;
     for (std::size_t i = answers.size(); i < arguments.size() && bodies.size() < AtOnce; ++i) {
       bodies.push_back(BodyOf(arguments[i]));
     }
-    for (HttpResponse& answer : Connection().PostAll(Scheduler + operation, bodies)) {
+    for (HttpResponse& answer : Connection().PostAll(target, bodies)) {
       answers.push_back(std::move(answer));
     }
   }
@@ -225,13 +240,22 @@ bool AgentApi::SetRunState(const std::string& id, const std::string& state) {
 }
 
 std::optional<AgentApi::Attributes> AgentApi::LatestRun(const std::string& id) {
-  const HttpResponse response =
-      Connection().Post("/v1/command/INoxCommandHandler/GetRun", BodyOf({{"taskId", id}}));
-  const auto answer = response.m_Status == HttpOk ? ObjectIn(response.m_Body) : std::nullopt;
-  if (!answer || answer->Long("result", -1) < 1) {
-    return std::nullopt;
+  return LatestRuns({id}).front();
+}
+
+std::vector<std::optional<AgentApi::Attributes>> AgentApi::LatestRuns(
+    const std::vector<std::string>& ids) {
+  std::vector<std::optional<Attributes>> runs;
+  for (const HttpResponse& response : PostAll(LatestRunTarget, ArgumentsFor(ids))) {
+    runs.push_back(RunIn(response));
   }
-  return TextsIn(answer->At("out").At("run"));
+  return runs;
+}
+
+Json AgentApi::Files() {
+  const HttpResponse response = Connection().Get("/v1/files");
+  const auto answer = response.m_Status == HttpOk ? ObjectIn(response.m_Body) : std::nullopt;
+  return answer.value_or(Json());
 }
 
 Json AgentApi::Status() {

@@ -45,8 +45,12 @@ class AgentApi {
   /// What the command handler tells of the task's latest run ("state", "reason" and so on: GetRun
   /// of INoxCommandHandler); nothing when it knows of none, or cannot be asked.
   std::optional<Attributes> LatestRun(const std::string& id);
+  std::vector<std::optional<Attributes>> LatestRuns(const std::vector<std::string>& ids);
 
   Json Status();
+  /// The files in the task directory that are not run ("refused" and "strays", see docs/http.md);
+  /// null when the agent does not tell.
+  Json Files();
   void Refresh();
   void Notify(long kind, long code, const std::string& text);
 
@@ -57,9 +61,10 @@ class AgentApi {
  private:
   /// The whole answer to an operation of the scheduler: "result" and "out".
   Json Call(const std::string& operation, const Json& arguments, const std::string& query = {});
-  /// The agent's answers to calls of one operation, in order.
+  /// The agent's answers to calls of one operation of the scheduler, in order.
   std::vector<HttpResponse> CallAll(const std::string& operation,
                                     const std::vector<Json>& arguments);
+  std::vector<HttpResponse> PostAll(const std::string& target, const std::vector<Json>& arguments);
   HttpConnection& Connection();
 
   std::string m_SocketPath;

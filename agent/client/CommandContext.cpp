@@ -43,4 +43,12 @@ void CommandContext::PrintError(const CommandError& error, const std::string& id
   m_Err << Json{{"error", members}} << '\n';
 }
 
+void CommandContext::PrintWarning(const Json& warning) const {
+  if (m_Json) {
+    m_Err << Json{{"warning", warning}} << '\n';
+  } else {
+    m_Err << "noxctl: warning: " << OneLine(warning.At("message").Text()) << '\n';
+  }
+}
+
 }  // namespace NoxAgent

@@ -29,6 +29,8 @@ struct CommandContext {
   /// with "line" and "column" where a document is concerned, and "id" when the error is that of one
   /// task among several.
   void PrintError(const CommandError& error, const std::string& id = {}) const;
+  /// Likewise {"warning": {"message", ...}}. `warning` has a "message".
+  void PrintWarning(const Json& warning) const;
 };
 
 }  // namespace NoxAgent

@@ -31,6 +31,20 @@ long NumberIn(const std::map<std::string, std::string>& report, const char* key)
   return found == report.end() ? 0 : AString::FromUtf8(found->second).ToLong(10);
 }
 
+std::string LocalText(long seconds) {
+  return BaseSDK::ADateTime(seconds).ToString("%Y-%m-%d %H:%M:%S").ToUtf8();
+}
+
+// The scheduler's own number of its last run, 0 or less when it counts none.
+void TakeLastRun(long lastRun, TaskSummary& task) {
+  task.m_Recorded = !IsUnrecorded(lastRun, task.m_LastRun);
+  if (!task.m_Recorded) {
+    task.m_LastRun = {LocalText(lastRun), lastRun, ""};
+  } else if (task.m_LastRun && lastRun > 0) {
+    task.m_LastRun->m_Seconds = lastRun;
+  }
+}
+
 }  // namespace
 
 std::optional<RunEntry> ReadRunEntry(const std::string& taskXml) {
@@ -42,26 +56,25 @@ bool IsUnrecorded(long lastRun, const std::optional<RunEntry>& recorded) {
     return lastRun > 0;
   }
   // An hour that comes twice is read as its first coming, so texts are compared as well.
-  const AString start = BaseSDK::ADateTime(lastRun).ToString("%Y-%m-%d %H:%M:%S");
-  return recorded->m_Seconds < lastRun && recorded->m_Start != start.ToUtf8();
+  return recorded->m_Seconds < lastRun && recorded->m_Start != LocalText(lastRun);
 }
 
-TaskSummary Summarize(const std::string& id, const std::string& taskXml, const TaskReport& report) {
+TaskSummary Summarize(const std::string& id, const std::string& taskXml, const TaskReport& report,
+                      const std::optional<HandlerRun>& run) {
   const BaseSDK::AXmlDoc document(AString::FromUtf8(taskXml));
   TaskSummary task;
   task.m_Id = id;
   task.m_Enabled = IsEnabled(document);
   task.m_LastRun = RunEntryOf(document);
   task.m_Loaded = report.has_value();
-  if (!report) {
-    return task;
+  if (report) {
+    task.m_NextRun = NumberIn(*report, "t6");
+    task.m_Late = NumberIn(*report, "t2") != 0;
+    TakeLastRun(NumberIn(*report, "t3"), task);
   }
-  task.m_NextRun = NumberIn(*report, "t6");
-  task.m_Late = NumberIn(*report, "t2") != 0;
-  // The agent may live in another zone than this process, and its own number needs no zone.
-  const long lastRun = NumberIn(*report, "t3");
-  if (task.m_LastRun && lastRun > 0) {
-    task.m_LastRun->m_Seconds = lastRun;
+  if (task.m_Recorded && task.m_LastRun && run && run->m_Skipped && run->m_Start) {
+    task.m_LastRun->m_Start = LocalText(*run->m_Start);
+    task.m_LastRun->m_Seconds = *run->m_Start;
   }
   return task;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "agent/client/HandlerRun.h"
+
 #include <map>
 #include <optional>
 #include <string>
@@ -27,14 +29,18 @@ bool IsUnrecorded(long lastRun, const std::optional<RunEntry>& recorded);
 struct TaskSummary {
   std::string m_Id;
   bool m_Enabled = true;
+  /// A start that the handler left out, which the document tells as a run, is not one here.
   std::optional<RunEntry> m_LastRun;
-  bool m_Loaded = false;  ///< the scheduler holds it in memory; what follows is known only then
-  long m_NextRun = 0;     ///< since the epoch, 0 for none
-  bool m_Late = false;    ///< it became due later than planned and has not reported back yet
+  bool m_Recorded = true;  ///< false: the last run could not be written, and its state is not known
+  bool m_Loaded = false;   ///< the scheduler holds it in memory; what follows is known only then
+  long m_NextRun = 0;      ///< since the epoch, 0 for none
+  bool m_Late = false;     ///< it became due later than planned and has not reported back yet
 };
 
 using TaskReport = std::optional<std::map<std::string, std::string>>;
 
-TaskSummary Summarize(const std::string& id, const std::string& taskXml, const TaskReport& report);
+/// The document must have been read after the report. This process's zone must be the agent's.
+TaskSummary Summarize(const std::string& id, const std::string& taskXml, const TaskReport& report,
+                      const std::optional<HandlerRun>& run = {});
 
 }  // namespace NoxAgent

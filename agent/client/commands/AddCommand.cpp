@@ -25,17 +25,6 @@ CommandError::Place PlaceOf(const TaskDocumentProblem& problem) {
   return {static_cast<long>(problem.m_Line), static_cast<long>(problem.m_Column)};
 }
 
-void Warn(const std::string& message, const TaskDocumentProblem& problem,
-          const CommandContext& context) {
-  if (!context.m_Json) {
-    context.m_Err << "noxctl: warning: " << message << '\n';
-    return;
-  }
-  const Json warning = {
-      {"message", message}, {"line", problem.m_Line}, {"column", problem.m_Column}};
-  context.m_Err << Json{{"warning", warning}} << '\n';
-}
-
 // The agent would say the same; asked here, the answer names the file and needs no agent.
 void Check(const AddOptions& options, const BaseSDK::AString& xml, const CommandContext& context) {
   const auto problems = CheckTaskDocument(xml, std::time(nullptr));
@@ -50,7 +39,10 @@ void Check(const AddOptions& options, const BaseSDK::AString& xml, const Command
                        canForce ? "never-runs" : "bad-document", PlaceOf(problem));
   }
   for (const TaskDocumentProblem& problem : problems) {
-    Warn(options.m_File + ": " + DescribeTaskDocumentProblem(problem).ToUtf8(), problem, context);
+    context.PrintWarning(
+        {{"message", options.m_File + ": " + DescribeTaskDocumentProblem(problem).ToUtf8()},
+         {"line", problem.m_Line},
+         {"column", problem.m_Column}});
   }
 }
 

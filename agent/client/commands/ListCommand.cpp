@@ -1,3 +1,4 @@
+#include "agent/client/ChosenZone.h"
 #include "agent/client/LocalTime.h"
 #include "agent/client/TaskSummary.h"
 #include "agent/client/TextTable.h"
@@ -15,12 +16,13 @@ constexpr std::ptrdiff_t DocumentsAtOnce = 100;
 
 void AddSummaries(AgentApi& agent, const std::vector<std::string>& ids,
                   std::vector<TaskSummary>& tasks) {
-  const auto documents = agent.TaskXmls(ids);
+  const auto runs = agent.LatestRuns(ids);
   const auto reports = agent.TaskAttributes(ids);
+  const auto documents = agent.TaskXmls(ids);  // no older than the reports
   // A task may go between the two questions, and not every file in the directory is a task.
   for (std::size_t i = 0; i < ids.size(); ++i) {
     if (documents[i]) {
-      tasks.push_back(Summarize(ids[i], *documents[i], reports[i]));
+      tasks.push_back(Summarize(ids[i], *documents[i], reports[i], ReadHandlerRun(runs[i])));
     }
   }
 }
@@ -39,6 +41,9 @@ std::vector<TaskSummary> Tasks(AgentApi& agent) {
 std::string StateText(const TaskSummary& task) {
   if (!task.m_LastRun) {
     return "-";
+  }
+  if (!task.m_Recorded) {
+    return "unknown";
   }
   return task.m_LastRun->m_State.empty() ? "?" : task.m_LastRun->m_State;
 }
@@ -72,16 +77,13 @@ Json TimeOrNull(long seconds) {
 Json ToJson(const TaskSummary& task) {
   Json state, lastRun;
   if (task.m_LastRun) {
-    state = task.m_LastRun->m_State;
+    state = task.m_Recorded ? Json(task.m_LastRun->m_State) : Json();
     lastRun = TimeOrNull(task.m_LastRun->m_Seconds);
   }
-  return {{"id", task.m_Id},
-          {"enabled", task.m_Enabled},
-          {"state", state},
-          {"lastRun", lastRun},
-          {"nextRun", TimeOrNull(task.m_NextRun)},
-          {"late", task.m_Late},
-          {"loaded", task.m_Loaded}};
+  return {
+      {"id", task.m_Id},     {"enabled", task.m_Enabled},   {"state", state},
+      {"lastRun", lastRun},  {"recorded", task.m_Recorded}, {"nextRun", TimeOrNull(task.m_NextRun)},
+      {"late", task.m_Late}, {"loaded", task.m_Loaded}};
 }
 
 void PrintTable(const std::vector<TaskSummary>& tasks, std::ostream& out) {
@@ -94,9 +96,36 @@ void PrintTable(const std::vector<TaskSummary>& tasks, std::ostream& out) {
   table.Print(out);
 }
 
+void WarnOfLostRecords(const std::vector<TaskSummary>& tasks, const CommandContext& context) {
+  for (const TaskSummary& task : tasks) {
+    if (!task.m_Recorded) {
+      context.PrintWarning({{"id", task.m_Id},
+                            {"message", "the last run of the task " + task.m_Id +
+                                            " could not be written into its file; see that the "
+                                            "task directory can be written and has room"}});
+    }
+  }
+}
+
+// Not on the table's stream, for scripts take its lines for tasks.
+void WarnOfFiles(const Json& files, const CommandContext& context) {
+  for (const char* const kind : {"strays", "refused"}) {
+    for (const Json& file : files.Items(kind)) {
+      const std::string name = file.Text("name", "");
+      context.PrintWarning({{"file", name},
+                            {"message", "the file " + name + " is no task: " +
+                                            file.Text("reason", "") + "; see noxctl files"}});
+    }
+  }
+}
+
 void List(const CommandContext& context) {
   AgentApi agent = context.Agent();
+  // The documents hold local times of the agent's.
+  const ChosenZone zone = ChosenZone::AsNamed(agent.Status().Text("zone", ""));
   const std::vector<TaskSummary> tasks = Tasks(agent);
+  WarnOfLostRecords(tasks, context);
+  WarnOfFiles(agent.Files(), context);
   if (!context.m_Json) {
     return PrintTable(tasks, context.m_Out);
   }

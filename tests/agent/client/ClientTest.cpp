@@ -86,6 +86,61 @@ TEST_F(Client, ListAlignsTasksWithTheirRunsInLocalTime) {
       Out());
 }
 
+// A full disk: the scheduler knows of a run that the file does not.
+TEST_F(Client, ListDoesNotPassAnOldStateForThatOfARunWithoutRecord) {
+  m_Agent.SetTask("backup", {TaskXml(NowTrigger, "2026-06-14 08:00:00 Ok"),
+                             true,
+                             {{"t3", "1781503200"}, {"t6", "1781589600"}}});
+  m_Agent.SetTask("first", {TaskXml(NowTrigger), true, {{"t3", "1781503200"}}});
+  EXPECT_EQ(0, Run({"list"})) << Err();
+  EXPECT_EQ(
+      "ID      ENABLED  STATE    LAST RUN                   NEXT RUN                   LATE\n"
+      "backup  yes      unknown  2026-06-15 08:00:00 +0200  2026-06-16 08:00:00 +0200  no\n"
+      "first   yes      unknown  2026-06-15 08:00:00 +0200  -                          no\n",
+      Out());
+  EXPECT_EQ(0U,
+            Err().find("noxctl: warning: the last run of the task backup could not be written"));
+  EXPECT_EQ(0, Run({"list", "--json"})) << Err();
+  EXPECT_EQ(Json(), JsonOut().At(0).At("state"));
+  EXPECT_EQ(false, JsonOut().At(0).At("recorded"));
+  EXPECT_EQ("backup", Json::Parse(Err().substr(0, Err().find('\n'))).At("warning").At("id"));
+}
+
+TEST_F(Client, ListTakesTheDocumentsTimesForTheAgentsZone) {
+  m_Agent.SetStatus({{"zone", "UTC0"}});
+  m_Agent.SetTask("a",
+                  {TaskXml(NowTrigger, "2026-06-15 06:00:00 Ok"), true, {{"t3", "1781503200"}}});
+  EXPECT_EQ(0, Run({"list"})) << Err();
+  EXPECT_NE(std::string::npos, Out().find("Ok     2026-06-15 06:00:00 +0000")) << Out();
+  EXPECT_EQ("", Err());
+}
+
+// The document tells the start that was left out as the run, with the state of the run before.
+TEST_F(Client, ListTellsTheLastRealRunWhenAStartWasLeftOut) {
+  m_Agent.SetTask("long", {TaskXml(NowTrigger, "2026-06-15 08:00:00 Started"),
+                           true,
+                           {{"t3", "1781503200"}},
+                           {{"state", "running"},
+                            {"start", "1781499600"},
+                            {"skipped", "1781503200"},
+                            {"skipReason", "its previous run goes on"}}});
+  EXPECT_EQ(0, Run({"list"})) << Err();
+  EXPECT_NE(std::string::npos, Out().find("Started  2026-06-15 07:00:00 +0200")) << Out();
+}
+
+TEST_F(Client, ListPointsToTheFilesThatAreNoTasks) {
+  m_Agent.SetFiles({{"strays", Json::List{Json{{"name", "a b.vsk"}, {"reason", "a blank"}}}},
+                    {"refused", Json::List{Json{{"name", "c.vsk"}, {"reason", "it is empty"}}}}});
+  EXPECT_EQ(0, Run({"list"}));
+  EXPECT_EQ(
+      "noxctl: warning: the file a b.vsk is no task: a blank; see noxctl files\n"
+      "noxctl: warning: the file c.vsk is no task: it is empty; see noxctl files\n",
+      Err());
+  EXPECT_EQ("ID  ENABLED  STATE  LAST RUN  NEXT RUN  LATE\n", Out());
+  EXPECT_EQ(0, Run({"list", "--json"}));
+  EXPECT_EQ("a b.vsk", Json::Parse(Err().substr(0, Err().find('\n'))).At("warning").At("file"));
+}
+
 TEST_F(Client, ListClosesItsEnumeration) {
   m_Agent.SetTask("a", {TaskXml(NowTrigger), true, {}});
   EXPECT_EQ(0, Run({"list", "--json"}));

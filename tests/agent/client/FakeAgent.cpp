@@ -217,7 +217,7 @@ std::string FakeAgent::Answer(const FakeRequest& request) {
     m_Read.notify_all();
     return Response(200, LatestRun(request.m_Body.Text("taskId", "")).Dump());
   }
-  return Response(200, "{}");
+  return Response(200, request.m_Target == "/v1/files" ? m_Files.Dump() : "{}");
 }
 
 Json FakeAgent::Status() const {

@@ -55,6 +55,8 @@ class FakeAgent {
   void SetReport(const std::string& report) { m_Report = report; }
   /// More members of the status, such as "zone" and "nextReading".
   void SetStatus(const Json::Object& members) { m_MoreStatus = members; }
+  /// The answer to GET /v1/files; an empty object unless set.
+  void SetFiles(const Json& files) { m_Files = files; }
   /// Every request is answered with this instead.
   void AnswerAlways(unsigned status, const std::string& body);
   /// Sends these bytes for an answer and closes the connection.
@@ -88,6 +90,7 @@ class FakeAgent {
   std::optional<std::string> m_Raw;
   unsigned m_RequestsPerConnection = 1000;
   std::string m_Report;
+  Json m_Files = Json::Object{};
   std::string m_LastTarget;
   Json::Object m_MoreStatus;
 
