@@ -1,5 +1,6 @@
 #include "agent/client/Client.h"
 
+#include "agent/client/Completion.h"
 #include "agent/client/commands/Commands.h"
 
 #include <algorithm>
@@ -39,6 +40,10 @@ int RunClient(const std::vector<std::string>& arguments, std::istream& in, std::
   line.Footer(std::string(CommandFooter) + ExitCodes + '\n');  // of the commands: they copy it
   AddAllCommands(line, context);
   line.Footer(std::string(ExitCodes) + " For check: 0 no problems, 1 warnings, 2 errors.\n");
+  if (!arguments.empty() && arguments.front() == CompletionCommand) {
+    Complete(line, {arguments.begin() + 1, arguments.end()}, context);
+    return static_cast<int>(ExitCode::Ok);
+  }
   try {
     (void)line.Parse(arguments, out);
     return static_cast<int>(context.m_ExitCode);

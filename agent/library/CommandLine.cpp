@@ -28,6 +28,21 @@ std::string UsageMessage(const CLI::App& app, const CLI::ParseError& error) {
   return what + "; see " + app.get_name() + " --help";
 }
 
+CommandLine::OptionForm FormOf(const CLI::Option& option) {
+  CommandLine::OptionForm form;
+  for (const std::string& name : option.get_snames()) {
+    form.m_Names.push_back("-" + name);
+  }
+  for (const std::string& name : option.get_lnames()) {
+    form.m_Names.push_back("--" + name);
+  }
+  if (option.get_items_expected_max() > 0) {
+    const std::string type = option.get_type_name();  // with what is checked behind a colon
+    form.m_Takes = type.substr(0, type.find(':'));
+  }
+  return form;
+}
+
 }  // namespace
 
 CommandLine::Value& CommandLine::Value::Required() {
@@ -128,6 +143,45 @@ CommandLine::Value CommandLine::Argument(const std::string& name, std::optional<
 CommandLine::Value CommandLine::Argument(const std::string& name, std::vector<std::string>& values,
                                          const std::string& help) {
   return Value(*m_Impl->m_App.add_option(name, values, help)).Takes("");
+}
+
+std::vector<std::string> CommandLine::Commands() const {
+  std::vector<std::string> names;
+  for (const auto& command : m_Impl->m_Commands) {
+    names.push_back(command->m_Impl->m_App.get_name());
+  }
+  return names;
+}
+
+const CommandLine* CommandLine::FindCommand(const std::string& name) const {
+  for (const auto& command : m_Impl->m_Commands) {
+    if (command->m_Impl->m_App.get_name() == name) {
+      return command.get();
+    }
+  }
+  return nullptr;
+}
+
+std::vector<CommandLine::OptionForm> CommandLine::Options() const {
+  std::vector<OptionForm> forms;
+  const CLI::App& app = m_Impl->m_App;
+  for (const CLI::Option* const option : app.get_options()) {
+    if (!option->get_positional()) {
+      forms.push_back(FormOf(*option));
+    }
+  }
+  return forms;
+}
+
+std::vector<CommandLine::ArgumentForm> CommandLine::Arguments() const {
+  std::vector<ArgumentForm> forms;
+  const CLI::App& app = m_Impl->m_App;
+  for (const CLI::Option* const option : app.get_options()) {
+    if (option->get_positional()) {
+      forms.push_back({option->get_name(true), option->get_expected_max() > 1});
+    }
+  }
+  return forms;
 }
 
 bool CommandLine::Parse(const std::vector<std::string>& words, std::ostream& out) {

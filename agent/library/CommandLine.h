@@ -83,6 +83,25 @@ class CommandLine {
   Value Argument(const std::string& name, std::vector<std::string>& values,
                  const std::string& help);
 
+  // What may stand on the line, for programs that help people to write it.
+
+  struct OptionForm {
+    std::vector<std::string> m_Names;  ///< "-n", "--count"
+    std::string m_Takes;               ///< what Takes said; empty for a flag
+  };
+  struct ArgumentForm {
+    std::string m_Name;
+    bool m_IsMany = false;  ///< it takes all that are left
+  };
+
+  /// In the order in which they were added.
+  std::vector<std::string> Commands() const;
+  /// Null when there is no command of the name.
+  const CommandLine* FindCommand(const std::string& name) const;
+  /// --help and --version included; of a command, its own alone.
+  std::vector<OptionForm> Options() const;
+  std::vector<ArgumentForm> Arguments() const;
+
   /// Reads the words behind the program's name. False when they asked for --help or --version,
   /// which is on `out` then. CommandLineError when they cannot be read.
   bool Parse(const std::vector<std::string>& words, std::ostream& out);

@@ -2,7 +2,7 @@
 // commands to the command line; their work is done while it is parsed.
 //
 // A new command: a file here with such a function, its declaration below, its call in
-// AddAllCommands, a section in noxctl.1 and a word in completion.bash (a test compares them).
+// AddAllCommands, a section in noxctl.1 (a test compares them). The shells' completions ask noxctl.
 #pragma once
 
 #include "agent/client/CommandContext.h"

@@ -644,14 +644,13 @@ TEST_F(Client, HelpAndVersionAreNoErrors) {
   EXPECT_EQ(0U, Out().rfind("noxctl 0.", 0)) << Out();
 }
 
-// Whoever adds a command tells the shell and the manual as well.
-TEST_F(Client, CommandsStandInTheCompletionAndTheManual) {
+// Whoever adds a command tells the manual as well; the shells ask noxctl itself.
+TEST_F(Client, CommandsStandInTheManual) {
   const auto read = [](const char* path) {
     std::ostringstream text;
     text << std::ifstream(path).rdbuf();
     return text.str();
   };
-  const std::string completion = read(NOX_COMPLETION);
   std::string manual = read(NOX_MANUAL);
   manual.erase(std::remove(manual.begin(), manual.end(), '\\'), manual.end());
   ASSERT_EQ(0, RunAsGiven({"--help"}));
@@ -661,7 +660,6 @@ TEST_F(Client, CommandsStandInTheCompletionAndTheManual) {
   for (std::string line; std::getline(lines, line) && !line.empty(); ++commands) {
     std::string name;
     std::istringstream(line) >> name;
-    EXPECT_NE(std::string::npos, completion.find(name)) << name;
     const bool inManual = manual.find(".B " + name + "\n") != std::string::npos ||
                           manual.find(".BR " + name + " ") != std::string::npos ||
                           manual.find(".BI " + name + " ") != std::string::npos;

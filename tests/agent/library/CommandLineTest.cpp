@@ -122,4 +122,24 @@ TEST(CommandLine, LetsThroughWhatACommandThrows) {
 
 }  // namespace
 
+TEST(CommandLine, TellsWhatMayStandOnIt) {
+  const Program program;
+  EXPECT_EQ((std::vector<std::string>{"add", "count"}), program.m_Line.Commands());
+  EXPECT_EQ(nullptr, program.m_Line.FindCommand("none"));
+  const CommandLine* const count = program.m_Line.FindCommand("count");
+  ASSERT_NE(nullptr, count);
+  std::string text;
+  for (const auto& option : count->Options()) {
+    for (const std::string& name : option.m_Names) {
+      text += name + " ";
+    }
+    text += option.m_Takes + "; ";
+  }
+  EXPECT_EQ("-h --help ; -n --number N; --seconds INT; --word TEXT; ", text);
+  ASSERT_EQ(1U, count->Arguments().size());
+  EXPECT_EQ("ID", count->Arguments()[0].m_Name);
+  EXPECT_TRUE(count->Arguments()[0].m_IsMany);
+  EXPECT_FALSE(program.m_Line.FindCommand("add")->Arguments()[0].m_IsMany);
+}
+
 }  // namespace NoxAgentTest
