@@ -252,10 +252,17 @@ std::vector<std::optional<AgentApi::Attributes>> AgentApi::LatestRuns(
   return runs;
 }
 
-Json AgentApi::Files() {
+std::vector<std::pair<std::string, std::string>> AgentApi::FilesThatAreNoTasks() {
   const HttpResponse response = Connection().Get("/v1/files");
-  const auto answer = response.m_Status == HttpOk ? ObjectIn(response.m_Body) : std::nullopt;
-  return answer.value_or(Json());
+  const Json answer =
+      response.m_Status == HttpOk ? ObjectIn(response.m_Body).value_or(Json()) : Json();
+  std::vector<std::pair<std::string, std::string>> files;
+  for (const char* const kind : {"strays", "refused"}) {
+    for (const Json& file : answer.Items(kind)) {
+      files.emplace_back(file.Text("name", ""), file.Text("reason", ""));
+    }
+  }
+  return files;
 }
 
 Json AgentApi::Status() {

@@ -48,9 +48,9 @@ class AgentApi {
   std::vector<std::optional<Attributes>> LatestRuns(const std::vector<std::string>& ids);
 
   Json Status();
-  /// The files in the task directory that are not run ("refused" and "strays", see docs/http.md);
-  /// null when the agent does not tell.
-  Json Files();
+  /// The names of files that are no tasks, each with the reason: those that were refused and those
+  /// that lie among the task files. Empty also when the agent does not tell.
+  std::vector<std::pair<std::string, std::string>> FilesThatAreNoTasks();
   void Refresh();
   void Notify(long kind, long code, const std::string& text);
 

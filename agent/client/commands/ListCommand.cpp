@@ -108,15 +108,21 @@ void WarnOfLostRecords(const std::vector<TaskSummary>& tasks, const CommandConte
 }
 
 // Not on the table's stream, for scripts take its lines for tasks.
-void WarnOfFiles(const Json& files, const CommandContext& context) {
-  for (const char* const kind : {"strays", "refused"}) {
-    for (const Json& file : files.Items(kind)) {
-      const std::string name = file.Text("name", "");
-      context.PrintWarning({{"file", name},
-                            {"message", "the file " + name + " is no task: " +
-                                            file.Text("reason", "") + "; see noxctl files"}});
-    }
+void WarnOfFiles(AgentApi& agent, const CommandContext& context) {
+  const auto files = agent.FilesThatAreNoTasks();
+  if (files.empty()) {
+    return;
   }
+  const auto& [name, reason] = files.front();
+  const std::string first = name + (reason.empty() ? "" : " (" + reason + ")");
+  const std::string text =
+      files.size() == 1 ? "the file " + first + " is no task"
+                        : std::to_string(files.size()) + " files are no tasks, such as " + first;
+  std::vector<std::string> names;
+  for (const auto& file : files) {
+    names.push_back(file.first);
+  }
+  context.PrintWarning({{"files", names}, {"message", text + "; see noxctl files"}});
 }
 
 void List(const CommandContext& context) {
@@ -125,7 +131,7 @@ void List(const CommandContext& context) {
   const ChosenZone zone = ChosenZone::AsNamed(agent.Status().Text("zone", ""));
   const std::vector<TaskSummary> tasks = Tasks(agent);
   WarnOfLostRecords(tasks, context);
-  WarnOfFiles(agent.Files(), context);
+  WarnOfFiles(agent, context);
   if (!context.m_Json) {
     return PrintTable(tasks, context.m_Out);
   }
