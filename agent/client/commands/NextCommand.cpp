@@ -39,6 +39,7 @@ struct Forecast {
   std::vector<std::string> m_Notes;
   std::string m_Never;          // why no further run comes, when that is certain
   std::optional<long> m_Retry;  // the reading from which on an unfinished run counts for none
+  bool m_KnowsReading = false;  // the agent tells when that is
 
   bool IsRetry(const SimulationEvent& run) const {
     return run.m_NeverRun && m_Retry && run.m_Time == *m_Retry;
@@ -133,7 +134,9 @@ std::string DistanceText(long seconds) {
 void PrintTable(const Forecast& forecast, std::ostream& out) {
   TextTable table({"NEXT RUN", "FROM NOW", "DETAILS"});
   for (const SimulationEvent& run : forecast.m_Runs) {
-    const std::string retry = forecast.IsRetry(run) ? "retry, " : "";
+    const std::string retry = !forecast.IsRetry(run)    ? ""
+                              : forecast.m_KnowsReading ? "retry, "
+                                                        : "retry (at the latest), ";
     table.AddRow({LocalTimeText(run.m_Time), DistanceText(run.m_Time - forecast.m_Now),
                   retry + RunFlagsText(run)});
   }
@@ -192,6 +195,7 @@ void Next(const NextOptions& options, const CommandContext& context) {
   forecast.m_To = request.m_To;
   forecast.m_Count = request.m_Count;
   if (request.m_Documents[0].m_Memory) {
+    forecast.m_KnowsReading = request.m_Reading.has_value();
     forecast.m_Retry = request.m_Reading.value_or(request.m_From + SimulationRequest::CycleSeconds);
   }
   Ask(request, forecast);

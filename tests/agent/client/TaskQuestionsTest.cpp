@@ -92,7 +92,7 @@ TEST_F(TaskQuestions, AnAgentThatDoesNotTellItsReadingMakesItWithinTheHour) {
   SetBackup("Failed");
   ASSERT_EQ(0, Run({"next", "backup", "-n", "1"})) << Err();
   ExpectOut("when the scheduler reads its task files next, within the hour, the task counts");
-  ExpectOut("2026-06-15 15:00:00 +0200  in 1 h    retry, late, never run");
+  ExpectOut("2026-06-15 15:00:00 +0200  in 1 h    retry (at the latest), late, never run");
   ASSERT_EQ(0, Run({"explain", "backup"})) << Err();
   ExpectOut("when the scheduler reads its task files next, within the hour, the task counts");
 }
