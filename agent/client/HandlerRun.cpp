@@ -53,7 +53,8 @@ std::optional<HandlerRun> ReadHandlerRun(const std::optional<Texts>& answer) {
       return HandlerRun{static_cast<HandlerRun::Phase>(i), NumberIn(*answer, "start"),
                         NumberIn(*answer, "end"),          NumberIn(*answer, "pid"),
                         TextIn(*answer, "result"),         TextIn(*answer, "reason"),
-                        NumberIn(*answer, "skipped"),      TextIn(*answer, "skipReason")};
+                        NumberIn(*answer, "queued"),       NumberIn(*answer, "skipped"),
+                        TextIn(*answer, "skipReason")};
     }
   }
   return std::nullopt;
@@ -78,6 +79,10 @@ std::vector<std::string> HandlerRun::Sentences() const {
   if (m_Phase == Phase::Ended && m_Result != "Ok") {
     sentences.push_back("Its run" + At("of", m_Start) + " failed" + Because(m_Reason));
   }
+  if (m_Queued) {
+    sentences.push_back("Its next run has been waiting for the end of that one" +
+                        At("since", m_Queued) + ".");
+  }
   if (m_Skipped) {
     sentences.push_back("Its start" + At("at", m_Skipped) + " was left out" +
                         Because(m_SkipReason));
@@ -95,6 +100,7 @@ Json ToJson(const std::optional<HandlerRun>& run) {
           {"pid", OrNull(run->m_Pid)},
           {"result", OrNull(run->m_Result)},
           {"reason", OrNull(run->m_Reason)},
+          {"queued", OrNull(run->m_Queued)},
           {"skipped", OrNull(run->m_Skipped)},
           {"skipReason", OrNull(run->m_SkipReason)}};
 }

@@ -18,6 +18,7 @@ struct HandlerRun {
   std::optional<long> m_Pid;           ///< while running
   std::string m_Result;                ///< "Ok" or "Failed" when ended, else empty
   std::string m_Reason;                ///< in words, how it ended or what it waits for
+  std::optional<long> m_Queued;        ///< since when the next run waits for the end of this one
   std::optional<long> m_Skipped;       ///< the last start that was left out since it began
   std::string m_SkipReason;
 

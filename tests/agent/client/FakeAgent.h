@@ -52,18 +52,30 @@ class FakeAgent {
   void RemoveTask(const std::string& id);
   void SetSteps(std::vector<Step> steps) { m_Steps = std::move(steps); }
   /// What the scheduler says of itself in the status.
-  void SetReport(const std::string& report) { m_Report = report; }
+  void SetReport(const std::string& report) {
+    const std::lock_guard guard(m_Lock);
+    m_Report = report;
+  }
   /// More members of the status, such as "zone" and "nextReading".
-  void SetStatus(const Json::Object& members) { m_MoreStatus = members; }
+  void SetStatus(const Json::Object& members) {
+    const std::lock_guard guard(m_Lock);
+    m_MoreStatus = members;
+  }
   /// The answer to GET /v1/files; an empty object unless set.
-  void SetFiles(const Json& files) { m_Files = files; }
+  void SetFiles(const Json& files) {
+    const std::lock_guard guard(m_Lock);
+    m_Files = files;
+  }
   /// Every request is answered with this instead.
   void AnswerAlways(unsigned status, const std::string& body);
   /// Sends these bytes for an answer and closes the connection.
   void AnswerRaw(const std::string& bytes);
 
   /// Answers a request for this target, and none after it.
-  void EndAfter(const std::string& target) { m_LastTarget = target; }
+  void EndAfter(const std::string& target) {
+    const std::lock_guard guard(m_Lock);
+    m_LastTarget = target;
+  }
 
   /// After so many answers a connection is closed; 1000 unless set.
   void SetRequestsPerConnection(unsigned count) { m_RequestsPerConnection = count; }
