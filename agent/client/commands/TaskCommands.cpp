@@ -135,6 +135,9 @@ void ForEach(const std::vector<std::string>& ids, const char* done,
       }
       context.PrintError(error, id);
       context.m_ExitCode = std::max(context.m_ExitCode, error.Code());
+    } catch (const JsonError&) {
+      PrintDone(ready, done, context);
+      throw;
     }
   }
   PrintDone(ready, done, context);

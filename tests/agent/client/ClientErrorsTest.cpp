@@ -65,6 +65,14 @@ TEST_F(Client, WhatWasDoneIsToldWhenTheAgentGoesAway) {
   EXPECT_EQ("unreachable", Json::Parse(Err()).At("error").At("code"));
 }
 
+TEST_F(Client, WhatWasDoneIsToldWhenAnAnswerCannotBeRead) {
+  m_Agent.SetTask("a", {TaskXml(NowTrigger), true, {}});
+  m_Agent.AnswerNothingFor("b");
+  EXPECT_EQ(1, Run({"delete", "a", "b"}));
+  EXPECT_EQ("deleted a\n", Out());
+  EXPECT_NE(std::string::npos, Err().find("an answer cannot be read")) << Err();
+}
+
 TEST_F(Client, ErrorsAreJsonWhenTheAnswerIs) {
   const auto error = [this] {
     EXPECT_EQ("", Out());

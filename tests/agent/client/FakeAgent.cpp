@@ -241,6 +241,9 @@ Json FakeAgent::LatestRun(const std::string& id) const {
 
 Json FakeAgent::Operation(const std::string& name, const Json& in) {
   const std::string id = in.Text("taskId", in.Text("taskIds", ""));
+  if (!id.empty() && id == m_Unanswered) {
+    return Json::Object{};
+  }
   const std::string handle = name == "FindFirstTask" ? "" : Handle;
   if (name.rfind("Find", 0) == 0 && in.Text("handle", "") != handle) {
     return Result(-1);

@@ -68,6 +68,11 @@ class FakeAgent {
   }
   /// Every request is answered with this instead.
   void AnswerAlways(unsigned status, const std::string& body);
+  /// A call of an operation of the scheduler for this task is answered with an empty object.
+  void AnswerNothingFor(const std::string& id) {
+    const std::lock_guard guard(m_Lock);
+    m_Unanswered = id;
+  }
   /// Sends these bytes for an answer and closes the connection.
   void AnswerRaw(const std::string& bytes);
 
@@ -104,6 +109,7 @@ class FakeAgent {
   std::string m_Report;
   Json m_Files = Json::Object{};
   std::string m_LastTarget;
+  std::string m_Unanswered;
   Json::Object m_MoreStatus;
 
   mutable std::mutex m_Lock;
