@@ -15,7 +15,7 @@ namespace BaseSDK {
 
 namespace {
 
-std::atomic<AFileSystem*> g_Replacement{nullptr};
+std::atomic<AFileSystem*> installed{nullptr};
 
 /// 0 when the call gave no error, else its errno.
 template <class Result>
@@ -32,12 +32,12 @@ DIR* DirectoryOf(unsigned long handle) {
 AFileSystem& AFileSystem::Current() {
   // Never destroyed: plug-ins and static objects may still close files while the process ends.
   static AFileSystem& theDefault = *new AFileSystem;
-  AFileSystem* const replacement = g_Replacement;
+  AFileSystem* const replacement = installed;
   return replacement != nullptr ? *replacement : theDefault;
 }
 
 AFileSystem* AFileSystem::Replace(AFileSystem* fileSystem) {
-  return g_Replacement.exchange(fileSystem);
+  return installed.exchange(fileSystem);
 }
 
 int AFileSystem::Open(const char* path, int flags, unsigned mode, int& fd) {

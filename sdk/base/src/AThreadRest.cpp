@@ -10,7 +10,7 @@ namespace BaseSDK {
 
 namespace {
 
-thread_local bool t_AtWork = false;
+thread_local bool atWork = false;
 
 class AWorkCount {
  public:
@@ -51,7 +51,7 @@ class AWorkCount {
 
 }  // namespace
 
-AThreadRest::AThreadRest() : m_WasAtWork(std::exchange(t_AtWork, false)) {
+AThreadRest::AThreadRest() : m_WasAtWork(std::exchange(atWork, false)) {
   if (m_WasAtWork) {
     AWorkCount::Instance().Remove();
   }
@@ -60,7 +60,7 @@ AThreadRest::AThreadRest() : m_WasAtWork(std::exchange(t_AtWork, false)) {
 AThreadRest::~AThreadRest() {
   if (m_WasAtWork) {
     AWorkCount::Instance().Add();
-    t_AtWork = true;
+    atWork = true;
   }
 }
 
@@ -73,11 +73,11 @@ void AThreadRest::OnStart() {
 }
 
 void AThreadRest::OnEnter() {
-  t_AtWork = true;
+  atWork = true;
 }
 
 void AThreadRest::OnEnd() {
-  t_AtWork = false;
+  atWork = false;
   AWorkCount::Instance().Remove();
 }
 

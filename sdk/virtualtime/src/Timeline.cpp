@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::int64_t MillisecondsPerSecond = 1000;
 
-thread_local bool t_IsOwnThread = false;
+thread_local bool isOwnThread = false;
 
 std::int64_t RealMilliseconds() {
   timespec now{};
@@ -151,11 +151,11 @@ void Timeline::RemoveThread() {
 }
 
 void Timeline::NoteOwnThread() {
-  t_IsOwnThread = true;
+  isOwnThread = true;
 }
 
 bool Timeline::IsOwnThread() {
-  return t_IsOwnThread;
+  return isOwnThread;
 }
 
 int Timeline::Park(Lock& lock, ParkedWait& wait, Clock clock, std::int64_t deadline, Rank rank) {
@@ -167,10 +167,10 @@ int Timeline::Park(Lock& lock, ParkedWait& wait, Clock clock, std::int64_t deadl
   m_Alarms[clock].emplace(Key{deadline, rank, wait.m_Number}, Alarm{&wait, nullptr});
   const bool isThread = rank == ThreadRank;
   m_ParkedThreads += isThread ? 1 : 0;
-  m_Awake -= t_IsOwnThread ? 1 : 0;
+  m_Awake -= isOwnThread ? 1 : 0;
   WaitForRelease(lock, wait);
   m_ParkedThreads -= isThread ? 1 : 0;
-  if (!t_IsOwnThread) {
+  if (!isOwnThread) {
     --m_Awake;  // takes part inside its wait only
     Advance();
   }
