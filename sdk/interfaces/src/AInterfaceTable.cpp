@@ -1,4 +1,5 @@
 #include <AgentInterfacesV3/AInterfaceTable.h>
+#include <AgentInterfacesV3/INoxCommandHandlerTable.h>
 #include <AgentInterfacesV3/INoxObjectTable.h>
 #include <AgentInterfacesV3/INoxScheduledTaskHandlerTable.h>
 #include <AgentInterfacesV3/INoxTaskSchedulerTable.h>
@@ -7,9 +8,9 @@
 namespace Corvane::AgentInterfacesV3 {
 
 std::span<const AInterfaceTable* const> AInterfaceTable::All() {
-  static constexpr const AInterfaceTable* Tables[] = {&INoxObjectTable, &INoxVeskClientAgentTable,
-                                                      &INoxTaskSchedulerTable,
-                                                      &INoxScheduledTaskHandlerTable};
+  static constexpr const AInterfaceTable* Tables[] = {
+      &INoxObjectTable, &INoxVeskClientAgentTable, &INoxTaskSchedulerTable,
+      &INoxScheduledTaskHandlerTable, &INoxCommandHandlerTable};
   return Tables;
 }
 

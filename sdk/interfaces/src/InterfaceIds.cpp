@@ -1,3 +1,5 @@
+#include <AgentInterfacesV3/INoxCommandHandler.h>
+#include <AgentInterfacesV3/INoxCommandHandlerTable.h>
 #include <AgentInterfacesV3/INoxObject.h>
 #include <AgentInterfacesV3/INoxScheduledTaskHandler.h>
 #include <AgentInterfacesV3/INoxScheduledTaskHandlerTable.h>
@@ -14,6 +16,7 @@ const AGuid IID_INoxObject(INoxObjectTable.m_Identifier);
 const AGuid IID_INoxVeskClientAgent(INoxVeskClientAgentTable.m_Identifier);
 const AGuid IID_INoxTaskScheduler(INoxTaskSchedulerTable.m_Identifier);
 const AGuid IID_INoxScheduledTaskHandler(INoxScheduledTaskHandlerTable.m_Identifier);
+const AGuid IID_INoxCommandHandler(INoxCommandHandlerTable.m_Identifier);
 
 const AGuid& INoxObject::GetIID() {
   return IID_INoxObject;
@@ -26,6 +29,9 @@ const AGuid& INoxTaskScheduler::GetIID() {
 }
 const AGuid& INoxScheduledTaskHandler::GetIID() {
   return IID_INoxScheduledTaskHandler;
+}
+const AGuid& INoxCommandHandler::GetIID() {
+  return IID_INoxCommandHandler;
 }
 
 }  // namespace Corvane::AgentInterfacesV3

@@ -1,5 +1,7 @@
 #include "RequestEncoding.h"
 
+#include <AgentInterfacesV3/INoxCommandHandler.h>
+#include <AgentInterfacesV3/INoxCommandHandlerTable.h>
 #include <AgentInterfacesV3/INoxScheduledTaskHandler.h>
 #include <AgentInterfacesV3/INoxScheduledTaskHandlerTable.h>
 #include <AgentInterfacesV3/INoxTaskScheduler.h>
@@ -137,6 +139,27 @@ class ATaskHandlerProxy final : public AObjectProxy<INoxScheduledTaskHandler> {
   }
 };
 
+class ACommandHandlerProxy final : public AObjectProxy<INoxCommandHandler> {
+ public:
+  using AObjectProxy::AObjectProxy;
+
+  long GetRun(const AString& taskId, AStringMap& run) override {
+    return Call<"GetRun", &Self::GetRun>(taskId, run);
+  }
+  long CheckJob(const AString& taskId, AString& problem) override {
+    return Call<"CheckJob", &Self::CheckJob>(taskId, problem);
+  }
+
+ private:
+  using Self = INoxCommandHandler;
+
+  template <AName Operation, auto Method, class... Arguments>
+  long Call(Arguments&&... arguments) const {
+    return ARemoteCall<INoxCommandHandlerTable, Operation, Method>::On(
+        Channel(), std::forward<Arguments>(arguments)...);
+  }
+};
+
 /// The pointer to `Interface` itself, as the client casts it back; owned by the client from here
 /// on.
 template <class Interface, class Proxy>
@@ -155,6 +178,7 @@ constexpr AMaker Makers[] = {
     {&INoxVeskClientAgent::GetIID, &NewProxy<INoxVeskClientAgent, AClientAgentProxy>},
     {&INoxTaskScheduler::GetIID, &NewProxy<INoxTaskScheduler, ATaskSchedulerProxy>},
     {&INoxScheduledTaskHandler::GetIID, &NewProxy<INoxScheduledTaskHandler, ATaskHandlerProxy>},
+    {&INoxCommandHandler::GetIID, &NewProxy<INoxCommandHandler, ACommandHandlerProxy>},
 };
 
 }  // namespace

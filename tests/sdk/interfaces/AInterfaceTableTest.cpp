@@ -1,4 +1,5 @@
 #include <AgentInterfacesV3/AInterfaceTable.h>
+#include <AgentInterfacesV3/INoxCommandHandler.h>
 #include <AgentInterfacesV3/INoxObject.h>
 #include <AgentInterfacesV3/INoxScheduledTaskHandler.h>
 #include <AgentInterfacesV3/INoxTaskScheduler.h>
@@ -36,6 +37,7 @@ TEST(AInterfaceTable, OperationsStandInSlotOrder) {
                           "FindClose", "RefreshTaskList", "SetRunState", "GetTaskAttributes",
                           "EnableTask"));
   EXPECT_THAT(OperationsOf("INoxScheduledTaskHandler"), ElementsAre("RunTasks", "RunTasksEx"));
+  EXPECT_THAT(OperationsOf("INoxCommandHandler"), ElementsAre("GetRun", "CheckJob"));
 }
 
 TEST(AInterfaceTable, ParentsComeFirst) {
@@ -44,7 +46,7 @@ TEST(AInterfaceTable, ParentsComeFirst) {
     EXPECT_TRUE(table->m_Parent == nullptr || seen.count(table->m_Parent) == 1) << table->m_Name;
     seen.insert(table);
   }
-  EXPECT_EQ(seen.size(), 4U);
+  EXPECT_EQ(seen.size(), 5U);
 }
 
 TEST(AInterfaceTable, IdentifiersAreValidAndDistinct) {
@@ -65,10 +67,12 @@ TEST(AInterfaceTable, IdentifiersAreThoseOfTheClientInterfaces) {
   EXPECT_EQ(identifierOf("INoxVeskClientAgent"), IID_INoxVeskClientAgent);
   EXPECT_EQ(identifierOf("INoxTaskScheduler"), IID_INoxTaskScheduler);
   EXPECT_EQ(identifierOf("INoxScheduledTaskHandler"), IID_INoxScheduledTaskHandler);
+  EXPECT_EQ(identifierOf("INoxCommandHandler"), IID_INoxCommandHandler);
   EXPECT_EQ(INoxObject::GetIID(), IID_INoxObject);
   EXPECT_EQ(INoxVeskClientAgent::GetIID(), IID_INoxVeskClientAgent);
   EXPECT_EQ(INoxTaskScheduler::GetIID(), IID_INoxTaskScheduler);
   EXPECT_EQ(INoxScheduledTaskHandler::GetIID(), IID_INoxScheduledTaskHandler);
+  EXPECT_EQ(INoxCommandHandler::GetIID(), IID_INoxCommandHandler);
 }
 
 TEST(AInterfaceTable, FindsByNameExactly) {

@@ -3,6 +3,7 @@
 
 #include <AgentInterfacesV3/AMsgQueue.h>
 #include <AgentInterfacesV3/CIClient.h>
+#include <AgentInterfacesV3/INoxCommandHandler.h>
 #include <AgentInterfacesV3/INoxScheduledTaskHandler.h>
 #include <AgentInterfacesV3/INoxTaskScheduler.h>
 #include <AgentInterfacesV3/INoxVeskClientAgent.h>
@@ -189,6 +190,26 @@ TEST(MakeProxyOfHandlers, TheSchedulersCallsReachTheHandler) {
   EXPECT_THAT(handler.m_Calls.All(),
               ElementsAre("RunTasksEx(\"a:0:1:0;\")", "RunTasks(\"b:1:0:0;\")"));
   queue.Close();
+}
+
+TEST(MakeProxyOfHandlers, QuestionsAboutRunsAndJobsReachTheHandler) {
+  AMsgQueue queue(Number);
+  RecordingObjects::CommandHandler handler;
+  ASSERT_EQ(handler.Open(Number), 1);
+  {
+    CIClient<INoxCommandHandler> client;
+    Open(client);
+    AStringMap run{{"state", "of before"}, {"old", "1"}};
+    EXPECT_EQ(client->GetRun("a", run), 61);
+    EXPECT_EQ(run, (AStringMap{{"state", "running"}}));
+    AString problem;
+    EXPECT_EQ(client->CheckJob("b", problem), -62);
+    EXPECT_EQ(problem, "no such job");
+    queue.Close();
+    EXPECT_EQ(client->GetRun("a", run), CALL_NOT_DELIVERED);
+    EXPECT_EQ(run, (AStringMap{{"state", "running"}}));
+  }
+  EXPECT_THAT(handler.m_Calls.All(), ElementsAre("GetRun(\"a\")", "CheckJob(\"b\")"));
 }
 
 }  // namespace

@@ -173,4 +173,27 @@ long Handler::RunTasksEx(const AString& batch) {
   return 52;
 }
 
+int CommandHandler::ObjectDebugInfo(AString& report) {
+  m_Calls.Add(Call("ObjectDebugInfo"));
+  report = "the command handler's report";
+  return 2;
+}
+
+int CommandHandler::NotifyObject(long kind, long code, const AString& text) {
+  m_Calls.Add(Call("NotifyObject", kind, code, text));
+  return 0;
+}
+
+long CommandHandler::GetRun(const AString& taskId, AStringMap& run) {
+  m_Calls.Add(Call("GetRun", taskId));
+  run = {{"state", "running"}};
+  return 61;
+}
+
+long CommandHandler::CheckJob(const AString& taskId, AString& problem) {
+  m_Calls.Add(Call("CheckJob", taskId));
+  problem = "no such job";
+  return -62;
+}
+
 }  // namespace RecordingObjects

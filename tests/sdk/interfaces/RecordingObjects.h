@@ -1,5 +1,6 @@
 #pragma once
 
+#include <AgentInterfacesV3/INoxCommandHandler_impl.h>
 #include <AgentInterfacesV3/INoxScheduledTaskHandler_impl.h>
 #include <AgentInterfacesV3/INoxTaskScheduler_impl.h>
 #include <BaseSDK/AString.h>
@@ -69,6 +70,17 @@ class Handler : public Corvane::AgentInterfacesV3::INoxScheduledTaskHandler_impl
   int NotifyObject(long kind, long code, const AString& text) override;
   long RunTasks(const AString& batch) override;
   long RunTasksEx(const AString& batch) override;
+};
+
+/// Serves INoxObject and INoxCommandHandler.
+class CommandHandler : public Corvane::AgentInterfacesV3::INoxCommandHandler_impl {
+ public:
+  Calls m_Calls;
+
+  int ObjectDebugInfo(AString& report) override;
+  int NotifyObject(long kind, long code, const AString& text) override;
+  long GetRun(const AString& taskId, AStringMap& run) override;
+  long CheckJob(const AString& taskId, AString& problem) override;
 };
 
 }  // namespace RecordingObjects

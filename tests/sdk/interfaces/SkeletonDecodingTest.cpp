@@ -286,4 +286,22 @@ TEST(SkeletonDecodingOfHandlers, ServesObjectAndHandlerOperations) {
   EXPECT_THAT(handler.m_Calls.All(), ElementsAre("RunTasksEx(\"a:0:1:0;\")", "ObjectDebugInfo()"));
 }
 
+TEST(SkeletonDecodingOfHandlers, TellsOfRunsAndJobs) {
+  RecordingObjects::CommandHandler handler;
+  AMsgReply reply;
+  AMsgIn run("INoxCommandHandler", "GetRun", reply);
+  run.Set("taskId", AString("a"));
+  EXPECT_EQ(handler.ProcessRequest(&run), 1);
+  EXPECT_EQ(reply.Result(), 61);
+  EXPECT_EQ(std::get<AStringMap>(reply.Out().at("run")), (AStringMap{{"state", "running"}}));
+  AMsgIn check("INoxCommandHandler", "CheckJob", reply);
+  check.Set("taskId", AString("b"));
+  EXPECT_EQ(handler.ProcessRequest(&check), 1);
+  EXPECT_EQ(reply.Result(), -62);
+  EXPECT_EQ(std::get<AString>(reply.Out().at("problem")), "no such job");
+  const AMsgIn unnamed("INoxCommandHandler", "CheckJob", reply);
+  EXPECT_EQ(handler.ProcessRequest(&unnamed), -1);
+  EXPECT_EQ(reply.ErrorCode(), AMsgError::MissingArgument);
+}
+
 }  // namespace

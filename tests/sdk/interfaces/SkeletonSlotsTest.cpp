@@ -13,6 +13,7 @@ namespace {
 
 using namespace Corvane::AgentInterfacesV3;
 using BaseSDK::AString;
+using RecordingObjects::CommandHandler;
 using RecordingObjects::Handler;
 using RecordingObjects::Scheduler;
 using testing::ElementsAre;
@@ -45,6 +46,8 @@ enum Slot : std::size_t {
   EnableTask,
   HandlerRunTasks = AgentStart,
   HandlerRunTasksEx = AgentStop,
+  HandlerGetRun = AgentStart,
+  HandlerCheckJob = AgentStop,
 };
 
 static_assert(EnableTask == 23);
@@ -136,6 +139,20 @@ TEST_F(SkeletonSlots, HandlerOperationsFollowThoseOfTheObject) {
               ElementsAre("ObjectDebugInfo()", "RunTasks(\"a\")", "RunTasksEx(\"b\")"));
 }
 
+TEST_F(SkeletonSlots, CommandHandlerOperationsFollowThoseOfTheObject) {
+  CommandHandler handler;
+  void* const self = static_cast<INoxCommandHandler_impl*>(&handler);
+  AStringMap run;
+  EXPECT_EQ((RawSlots::Call<int, AString*>(self, ObjectDebugInfo, &m_Out)), 2);
+  EXPECT_EQ((RawSlots::Call<long, const AString*, AStringMap*>(self, HandlerGetRun, &m_A, &run)),
+            61);
+  EXPECT_EQ((RawSlots::Call<long, const AString*, AString*>(self, HandlerCheckJob, &m_B, &m_Out)),
+            -62);
+  EXPECT_EQ(m_Out, "no such job");
+  EXPECT_THAT(handler.m_Calls.All(),
+              ElementsAre("ObjectDebugInfo()", "GetRun(\"a\")", "CheckJob(\"b\")"));
+}
+
 TEST(SkeletonDestructorSlots, TheFirstDestroysAndTheSecondAlsoFrees) {
   unsigned destroyed = 0;
   alignas(Scheduler) std::byte storage[sizeof(Scheduler)];
@@ -157,6 +174,7 @@ TEST(SkeletonSizes, SkeletonsHaveNoDataOfTheirOwn) {
   EXPECT_EQ(sizeof(INoxVeskClientAgent_impl), Expected);
   EXPECT_EQ(sizeof(INoxTaskScheduler_impl), Expected);
   EXPECT_EQ(sizeof(INoxScheduledTaskHandler_impl), Expected);
+  EXPECT_EQ(sizeof(INoxCommandHandler_impl), Expected);
 }
 
 }  // namespace

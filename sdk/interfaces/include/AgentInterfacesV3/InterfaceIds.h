@@ -9,5 +9,6 @@ extern const BaseSDK::AGuid IID_INoxObject;
 extern const BaseSDK::AGuid IID_INoxVeskClientAgent;
 extern const BaseSDK::AGuid IID_INoxTaskScheduler;
 extern const BaseSDK::AGuid IID_INoxScheduledTaskHandler;
+extern const BaseSDK::AGuid IID_INoxCommandHandler;
 
 }  // namespace Corvane::AgentInterfacesV3

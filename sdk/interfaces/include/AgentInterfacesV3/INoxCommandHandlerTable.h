@@ -1,0 +1,29 @@
+#pragma once
+
+#include <AgentInterfacesV3/INoxObjectTable.h>
+
+namespace Corvane::AgentInterfacesV3 {
+
+inline constexpr AInterfaceTable::AOperation INoxCommandHandlerOperations[] = {
+    {"GetRun",
+     "Tells of a task's latest run since the agent started. `run` holds \"state\" (\"running\", "
+     "\"waiting\" or \"ended\"), \"start\" and \"end\" in seconds since the epoch, as far as "
+     "known; "
+     "while running \"pid\"; when ended \"result\" (\"Ok\" or \"Failed\") and \"reason\", in "
+     "words; "
+     "and, when a start was left out since the run began, \"skipped\", the moment of the last one, "
+     "and \"skipReason\". The result is 1, or -1 when no run is known.",
+     {{"taskId", AMsgType::String, AInterfaceTable::ADirection::In, false},
+      {"run", AMsgType::StringMap, AInterfaceTable::ADirection::Out, false}}},
+    {"CheckJob",
+     "Tries whether a task's job can be read and run. The result is 1, or -1 when not; `problem` "
+     "then says why, with file, line and key where there are any.",
+     {{"taskId", AMsgType::String, AInterfaceTable::ADirection::In, false},
+      {"problem", AMsgType::String, AInterfaceTable::ADirection::Out, false}}},
+};
+
+inline constexpr AInterfaceTable INoxCommandHandlerTable = {
+    "INoxCommandHandler", "{5D1F6B0A-94C7-4E0B-8A35-6E2B7F91C005}", &INoxObjectTable,
+    INoxCommandHandlerOperations};
+
+}  // namespace Corvane::AgentInterfacesV3

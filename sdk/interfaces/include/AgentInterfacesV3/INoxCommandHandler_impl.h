@@ -1,0 +1,20 @@
+#pragma once
+
+#include <AgentInterfacesV3/INoxObject_impl.h>
+
+namespace Corvane::AgentInterfacesV3 {
+
+/// The skeleton of INoxCommandHandler, for plug-ins that run jobs. INoxCommandHandler.h says what
+/// the operations and their results mean.
+class INoxCommandHandler_impl : public virtual INoxObject_impl {
+ public:
+  INoxCommandHandler_impl();
+  ~INoxCommandHandler_impl() override;
+
+  long CallMethod(const AMsgIn* request) override;
+
+  virtual long GetRun(const BaseSDK::AString& taskId, AStringMap& run) = 0;
+  virtual long CheckJob(const BaseSDK::AString& taskId, BaseSDK::AString& problem) = 0;
+};
+
+}  // namespace Corvane::AgentInterfacesV3
