@@ -3,6 +3,7 @@
 #include "agent/handler/Log.h"
 #include "agent/handler/SettingsReader.h"
 
+#include <AgentInterfacesV3/INoxCommandHandlerTable.h>
 #include <AgentInterfacesV3/INoxObject_impl.h>
 #include <AgentInterfacesV3/INoxScheduledTaskHandler.h>
 #include <AgentInterfacesV3/InterfaceIds.h>
@@ -29,14 +30,14 @@ CommandHandlerObject_i::CommandHandlerObject_i() = default;
 
 CommandHandlerObject_i::~CommandHandlerObject_i() = default;
 
+long CommandHandlerObject_i::CallMethod(const AMsgIn* request) {
+  return request->Interface() == INoxCommandHandlerTable.m_Name
+             ? INoxCommandHandler_impl::CallMethod(request)
+             : INoxScheduledTaskHandler_impl::CallMethod(request);
+}
+
 int CommandHandlerObject_i::ObjectDebugInfo(AString& report) {
-  const auto running =
-      m_Supervisor ? m_Supervisor->Running() : std::vector<Supervisor::RunningTask>();
-  report =
-      AString("Command handler: %1 running\n").Arg(DecimalText(static_cast<long>(running.size())));
-  for (const Supervisor::RunningTask& run : running) {
-    report += AString("  task '%1', process %2\n").Arg(run.m_TaskId, DecimalText(run.m_Pid));
-  }
+  report = m_Supervisor ? m_Supervisor->Latest().Report() : LatestRuns().Report();
   return Success;
 }
 
@@ -61,6 +62,16 @@ long CommandHandlerObject_i::RunTasksEx(const AString& batch) {
   return TASK_HANDLER_DECLINED;
 }
 
+long CommandHandlerObject_i::GetRun(const AString& taskId, AStringMap& run) {
+  run = m_Supervisor ? m_Supervisor->Latest().Describe(taskId) : AStringMap();
+  return run.empty() ? Failure : Success;
+}
+
+long CommandHandlerObject_i::CheckJob(const AString& taskId, AString& problem) {
+  problem = m_Supervisor ? m_Supervisor->ProblemOfJob(taskId) : AString("the handler does not run");
+  return problem.IsEmpty() ? Success : Failure;
+}
+
 int CommandHandlerObject_i::QueryInterface(const UUID& interfaceId, void*& object) {
   return QueryInterface(AGuid(interfaceId), object);
 }
@@ -69,6 +80,8 @@ int CommandHandlerObject_i::QueryInterface(const AGuid& interfaceId, void*& obje
   object = nullptr;
   if (interfaceId == IID_INoxScheduledTaskHandler) {
     object = static_cast<INoxScheduledTaskHandler_impl*>(this);
+  } else if (interfaceId == IID_INoxCommandHandler) {
+    object = static_cast<INoxCommandHandler_impl*>(this);
   } else if (interfaceId == IID_INoxObject) {
     object = static_cast<INoxObject_impl*>(this);
   }

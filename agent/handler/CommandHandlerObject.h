@@ -3,6 +3,7 @@
 #include "Common/PluginBase.h"
 #include "agent/handler/run/Supervisor.h"
 
+#include <AgentInterfacesV3/INoxCommandHandler_impl.h>
 #include <AgentInterfacesV3/INoxScheduledTaskHandler_impl.h>
 #include <BaseSDK/AGuid.h>
 #include <BaseSDK/AString.h>
@@ -19,10 +20,14 @@ namespace NoxHandler {
 /// "Started" by then; "Ok" or "Failed" follows when a command has ended.
 class CommandHandlerObject_i
     : public virtual Corvane::AgentInterfacesV3::INoxScheduledTaskHandler_impl,
+      public virtual Corvane::AgentInterfacesV3::INoxCommandHandler_impl,
       public APluginBase {
  public:
   CommandHandlerObject_i();
   ~CommandHandlerObject_i() override;
+
+  /// To the skeleton that the request's interface belongs to.
+  long CallMethod(const Corvane::AgentInterfacesV3::AMsgIn* request) override;
 
   /// INoxObject
   int ObjectDebugInfo(BaseSDK::AString& report) override;
@@ -32,6 +37,10 @@ class CommandHandlerObject_i
   /// decline. Entries that cannot be read are logged and left out. [any thread]
   long RunTasks(const BaseSDK::AString& batch) override;
   long RunTasksEx(const BaseSDK::AString& batch) override;
+
+  /// INoxCommandHandler [any thread]
+  long GetRun(const BaseSDK::AString& taskId, Corvane::AgentInterfacesV3::AStringMap& run) override;
+  long CheckJob(const BaseSDK::AString& taskId, BaseSDK::AString& problem) override;
 
   /// APluginBase
   int QueryInterface(const UUID& interfaceId, void*& object) override;

@@ -19,6 +19,10 @@ struct HandlerSettings {
   static constexpr std::chrono::seconds AfterKill{10};
   /// How many runs go on at the same time; each takes three descriptors of the usual 1024.
   std::size_t m_MaxRuns = 200;
+
+  BaseSDK::AString JobFile(const BaseSDK::AString& taskId) const {
+    return BaseSDK::AString("%1/%2.job").Arg(m_JobPath, taskId);
+  }
 };
 
 }  // namespace NoxHandler

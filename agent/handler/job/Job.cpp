@@ -62,6 +62,7 @@ class JobReader {
     }
     for (const auto& [name, take] : Keys) {
       if (entry.m_Key == AString(name)) {
+        m_Job.m_Lines[name] = entry.m_Line;
         const AString reason = (this->*take)(entry.m_Value);
         return reason.IsEmpty() ? reason : AString("%1: %2").Arg(entry.m_Key, reason);
       }
@@ -140,6 +141,7 @@ const std::array<JobReader::Key, 6> JobReader::Keys{{{"command", &JobReader::Tak
 
 Job ReadJob(const AIniText& ini) {
   JobReader reader;
+  reader.m_Job.m_FileName = ini.FileName();
   for (const AIniText::Section& section : ini.Sections()) {
     for (const AIniText::Entry& entry : section.m_Entries) {
       if (const AString reason = reader.Take(section.m_Name, entry); !reason.IsEmpty()) {
@@ -151,7 +153,10 @@ Job ReadJob(const AIniText& ini) {
 }
 
 JobError SystemError(const AString& what, const AString& fileName) {
-  return JobError(AString("cannot %1 the job file %2: %3").Arg(what, fileName, strerror(errno)));
+  return JobError(
+      errno == ENOENT
+          ? AString("there is no job file %1").Arg(fileName)
+          : AString("cannot %1 the job file %2: %3").Arg(what, fileName, strerror(errno)));
 }
 
 void RefuseUnsafe(const AString& fileName, const struct stat& info) {
@@ -207,6 +212,14 @@ Job Job::Load(const AString& fileName) {
   RefuseUnsafe(fileName, info);
   const std::string bytes = ReadBytes(file.Get(), fileName);
   return Parse(fileName, BaseSDK::AUtf8Encoding().Decode(bytes));
+}
+
+JobError Job::ErrorAt(const char* key, const AString& reason) const {
+  const auto line = m_Lines.find(key);
+  const AString place = line == m_Lines.end()
+                            ? m_FileName
+                            : AString("%1:%2").Arg(m_FileName, AString().SetNum(line->second, 'u'));
+  return JobError(AString("%1: %2: %3").Arg(place, key, reason));
 }
 
 }  // namespace NoxHandler

@@ -21,6 +21,8 @@ struct Job {
   std::map<std::string, std::string> m_Environment;
   long m_TimeoutSeconds = 0;  ///< 0: none
   OverlapRule m_Overlap = OverlapRule::Skip;
+  BaseSDK::AString m_FileName;
+  std::map<std::string, unsigned> m_Lines;  ///< where in the file the keys stand, from 1
 
   /// Throws JobError that names file, line and key for whatever is wrong with the text.
   static Job Parse(const BaseSDK::AString& fileName, const BaseSDK::AString& text);
@@ -28,6 +30,9 @@ struct Job {
   /// Parse of a file. When the agent runs as root, a file that others than root may have written
   /// is refused too: it would hand them root's rights.
   static Job Load(const BaseSDK::AString& fileName);
+
+  /// "FILE:LINE: key: reason", for what is wrong with a value as things stand on the machine.
+  JobError ErrorAt(const char* key, const BaseSDK::AString& reason) const;
 };
 
 }  // namespace NoxHandler

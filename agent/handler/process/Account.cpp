@@ -71,14 +71,14 @@ Account Account::Find(const std::string& user) {
     return getpwnam_r(user.c_str(), entry, buffer, size, found);
   });
   if (!account) {
-    throw JobError(AString("user: there is no user \"%1\"").Arg(user.c_str()));
+    throw JobError(AString("there is no user \"%1\"").Arg(user.c_str()));
   }
   if (account->m_Uid == geteuid()) {
     return *account;
   }
   if (geteuid() != 0) {
-    throw JobError(AString("user: only an agent that runs as root can run a command as \"%1\"")
-                       .Arg(user.c_str()));
+    throw JobError(
+        AString("only an agent that runs as root can run a command as \"%1\"").Arg(user.c_str()));
   }
   account->m_Groups = GroupsOf(*account);
   account->m_Switch = true;

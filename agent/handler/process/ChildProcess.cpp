@@ -68,15 +68,15 @@ pid_t ForkWithSignalsBlocked(const ChildStart& start) {
   return pid;
 }
 
-AString DescribeFailure(const ChildStart::Failure& failure) {
+AString DescribeFailure(const ChildProcess::Names& names, const ChildStart::Failure& failure) {
   const AString reason = strerror(failure.m_Errno);
   switch (failure.m_Stage) {
     case ChildStart::User:
-      return AString("cannot become the job's user: %1").Arg(reason);
+      return AString("cannot become the job's user %1: %2").Arg(names.m_User, reason);
     case ChildStart::Directory:
-      return AString("cannot enter the job's directory: %1").Arg(reason);
+      return AString("cannot enter the job's directory %1: %2").Arg(names.m_Directory, reason);
     case ChildStart::Program:
-      return AString("cannot run the job's command: %1").Arg(reason);
+      return AString("cannot run the job's command %1: %2").Arg(names.m_Command, reason);
     case ChildStart::Streams:
       break;
   }
@@ -85,7 +85,9 @@ AString DescribeFailure(const ChildStart::Failure& failure) {
 
 }  // namespace
 
-ChildProcess::ChildProcess(const Launch& launch) {
+ChildProcess::ChildProcess(const Launch& launch)
+    : m_Names{launch.m_Account.m_Name.c_str(), launch.m_Directory.c_str(),
+              launch.m_Arguments.front().c_str()} {
   Pipe go = MakePipe();
   Pipe output = MakePipe();
   Pipe failure = MakePipe();
@@ -140,7 +142,7 @@ AString ChildProcess::StartFailure() const {
   if (read(m_Failure.Get(), &failure, sizeof failure) != sizeof failure) {
     return AString();
   }
-  return DescribeFailure(failure);
+  return DescribeFailure(m_Names, failure);
 }
 
 void ChildProcess::Reap() {

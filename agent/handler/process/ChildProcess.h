@@ -18,6 +18,13 @@ namespace NoxHandler {
 /// alone one that has not.
 class ChildProcess {
  public:
+  /// For the words about a start that failed.
+  struct Names {
+    BaseSDK::AString m_User;
+    BaseSDK::AString m_Directory;
+    BaseSDK::AString m_Command;
+  };
+
   /// Creates the process, which waits for Go() before it becomes the command. Throws JobError when
   /// the system refuses.
   explicit ChildProcess(const Launch& launch);
@@ -47,6 +54,7 @@ class ChildProcess {
   void Reap();
 
  private:
+  const Names m_Names;
   pid_t m_Pid = -1;  ///< -1 when reaped
   FileDescriptor m_PidFd;
   FileDescriptor m_Output;

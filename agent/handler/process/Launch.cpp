@@ -26,6 +26,14 @@ Variables BaseEnvironment(const Account& account) {
   return variables;
 }
 
+Account FindAccount(const Job& job) {
+  try {
+    return Account::Find(job.m_User);
+  } catch (const JobError& error) {
+    throw job.ErrorAt("user", error.Message());
+  }
+}
+
 std::vector<std::string> CandidatesFor(const std::string& command, const std::string& path) {
   if (command.find('/') != std::string::npos) {
     return {command};
@@ -46,7 +54,7 @@ std::vector<std::string> CandidatesFor(const std::string& command, const std::st
 }  // namespace
 
 Launch::Launch(const Job& job, const TaskBatch::Entry& entry, const std::string& token)
-    : m_Account(Account::Find(job.m_User)),
+    : m_Account(FindAccount(job)),
       m_Arguments{job.m_Command},
       m_Directory(job.m_Directory),
       m_MustEnterDirectory(!job.m_Directory.empty()) {

@@ -23,7 +23,8 @@ struct Launch {
 
   /// The environment is the user's (HOME, USER, LOGNAME, SHELL), the agent's PATH, LANG and TZ,
   /// NOX_TASK_ID, NOX_LATE ("0" or "1"), NOX_RUN_ID with the given token, and what the job sets.
-  /// Nothing else of the agent's environment gets through. Throws JobError as Account::Find does.
+  /// Nothing else of the agent's environment gets through. Throws JobError when the job's user
+  /// cannot be had.
   Launch(const Job& job, const TaskBatch::Entry& entry, const std::string& token);
 };
 

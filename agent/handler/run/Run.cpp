@@ -2,6 +2,7 @@
 
 #include "agent/handler/Log.h"
 #include "agent/handler/process/Launch.h"
+#include "agent/handler/system/WallClock.h"
 
 #include <unistd.h>
 
@@ -35,11 +36,6 @@ std::string MakeToken() {
   return token;
 }
 
-// Of the fine clock that also drives timers: time() may lag it by a tick.
-long WallSeconds() {
-  return static_cast<long>(std::chrono::system_clock::to_time_t(std::chrono::system_clock::now()));
-}
-
 AString SecondsText(Run::Clock::duration duration) {
   const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(duration).count();
   const std::string fraction = std::to_string(1000 + milliseconds % 1000).substr(1);
@@ -65,6 +61,7 @@ Run::Run(const TaskBatch::Entry& entry, const Job& job, std::optional<long> peri
       m_PeriodEnd(periodEnd),
       m_KillGrace(settings.m_KillGrace),
       m_Records(records),
+      m_StartTime(WallSeconds()),
       m_Child(Launch(job, entry, m_Token)),
       m_FirstPid(m_Child.Pid()),
       m_Session(m_FirstPid),
@@ -199,34 +196,36 @@ void Run::Finish() {
   }
   m_Child.CloseOutput();
   LogLines(m_Lines.Finish());
-  const AString outcome =
-      AString("%1 after %2").Arg(DescribeEnd(), SecondsText(Clock::now() - m_Start));
-  m_Output.AppendNote(outcome);
+  m_Outcome = DescribeEnd();
+  m_Output.AppendNote(m_Outcome);
   const bool succeeded = Succeeded();
   ALOG(HandlerLog(), succeeded ? ALogger::Information : ALogger::Warning, HandlerSource,
        AString(succeeded ? "Task '%1' succeeded: %2" : "Task '%1' failed: %2")
-           .Arg(m_TaskId, outcome));
+           .Arg(m_TaskId, m_Outcome));
   m_Child.Reap();
   m_Records.Remove(m_TaskId);
   m_IsOver = true;
 }
 
 AString Run::DescribeEnd() const {
-  switch (m_Reason) {
-    case EndReason::Timeout:
-      return AString("ended because its timeout of %1 s was over")
-          .Arg(DecimalText(m_TimeoutSeconds));
-    case EndReason::PeriodEnd:
-      return "ended because its active period was over";
-    case EndReason::Replaced:
-      return "ended because the task came due again";
-    case EndReason::Shutdown:
-      return "ended because the command handler stops";
-    case EndReason::None:
-      break;
-  }
   if (const AString failure = m_Child.StartFailure(); !failure.IsEmpty()) {
     return failure;
+  }
+  return AString("%1 after %2").Arg(DescribeReason(), SecondsText(Clock::now() - m_Start));
+}
+
+AString Run::DescribeReason() const {
+  switch (m_Reason) {
+    case EndReason::Timeout:
+      return AString("ended by its timeout of %1 s").Arg(DecimalText(m_TimeoutSeconds));
+    case EndReason::PeriodEnd:
+      return "ended by the end of its active period";
+    case EndReason::Replaced:
+      return "ended for the task's next run";
+    case EndReason::Shutdown:
+      return "ended by the end of the command handler";
+    case EndReason::None:
+      break;
   }
   return m_End->m_Exited
              ? AString("exit status %1").Arg(DecimalText(m_End->m_Code))

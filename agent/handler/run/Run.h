@@ -58,8 +58,12 @@ class Run {
   bool IsOver() const { return m_IsOver; }
   /// Exit status 0, and not because the run had to end. REQUIRES: IsOver.
   bool Succeeded() const;
+  /// How it ended, in words, such as "exit status 1 after 2.300 s". REQUIRES: IsOver.
+  const BaseSDK::AString& Outcome() const { return m_Outcome; }
   OverlapRule Overlap() const { return m_Overlap; }
   pid_t Pid() const { return m_FirstPid; }
+  /// Seconds since the epoch.
+  long StartTime() const { return m_StartTime; }
 
  private:
   void NoteStart(const Job& job) const;
@@ -69,6 +73,7 @@ class Run {
   void KillWhenDue();
   void Finish();
   BaseSDK::AString DescribeEnd() const;
+  BaseSDK::AString DescribeReason() const;
   void LogLines(const std::vector<BaseSDK::AString>& lines) const;
 
   const BaseSDK::AString m_TaskId;
@@ -79,6 +84,7 @@ class Run {
   const std::chrono::milliseconds m_KillGrace;
   const RunRecords& m_Records;
   const Clock::time_point m_Start = Clock::now();
+  const long m_StartTime;
 
   ChildProcess m_Child;
   const pid_t m_FirstPid;  ///< stays when the process is reaped
@@ -88,6 +94,7 @@ class Run {
 
   EndReason m_Reason = EndReason::None;
   std::optional<ChildProcess::Outcome> m_End;  ///< once the command has ended
+  BaseSDK::AString m_Outcome;                  ///< once the run is over
   std::optional<Clock::time_point> m_KillAt;   ///< once its processes were asked to end
   bool m_Killed = false;
   bool m_IsOver = false;

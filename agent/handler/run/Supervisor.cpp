@@ -1,7 +1,9 @@
 #include "agent/handler/run/Supervisor.h"
 
 #include "agent/handler/Log.h"
+#include "agent/handler/process/LaunchTrial.h"
 #include "agent/handler/run/Leftovers.h"
+#include "agent/handler/system/WallClock.h"
 #include "agent/handler/task/ActivePeriod.h"
 
 #include <algorithm>
@@ -9,6 +11,7 @@
 #include <ctime>
 #include <exception>
 #include <limits>
+#include <new>
 
 using BaseSDK::ALogger;
 using BaseSDK::AMutexGuard;
@@ -78,14 +81,21 @@ bool Supervisor::Stop() {
   return true;
 }
 
-std::vector<Supervisor::RunningTask> Supervisor::Running() const {
-  AMutexGuard guard(m_Lock);
-  return m_Running;
+AString Supervisor::ProblemOfJob(const AString& taskId) const {
+  if (!TaskBatch::IsTaskId(taskId)) {
+    return AString("no job file can bear the ID \"%1\"").Arg(taskId);
+  }
+  try {
+    LaunchTrial::Check(Job::Load(m_Settings.JobFile(taskId)));
+    return AString();
+  } catch (const JobError& error) {
+    return error.Message();
+  }
 }
 
 bool Supervisor::IsBusy() const {
   AMutexGuard guard(m_Lock);
-  return !m_Running.empty() || m_IsStarting || !m_Posted.empty();
+  return m_IsBusy || !m_Posted.empty();
 }
 
 // Each turn: take what was posted, let the runs whose handles or clocks call for it go on, report,
@@ -102,7 +112,7 @@ void Supervisor::Main() {
     }
     AdvanceRuns();
     m_Reporter.Retry();
-    PublishRunning();
+    PublishBusy();
     if (IsFinished()) {
       break;
     }
@@ -119,7 +129,7 @@ bool Supervisor::TakePosted(std::vector<TaskBatch::Entry>& entries) {
   AMutexGuard guard(m_Lock);
   if (!m_Stop) {
     entries.swap(m_Posted);
-    m_IsStarting = !entries.empty();
+    m_IsBusy = m_IsBusy || !entries.empty();
   }
   m_Posted.clear();
   return m_Stop;
@@ -129,9 +139,9 @@ void Supervisor::Dispatch(const TaskBatch::Entry& entry) {
   if (const auto slot = m_Slots.find(entry.m_TaskId); slot != m_Slots.end()) {
     DispatchToRunning(slot->second, entry);
   } else if (IsWaiting(entry.m_TaskId)) {
-    LogSkip(entry.m_TaskId, "is waiting to start already");
+    LeaveOut(entry, "it is waiting to start already");
   } else if (entry.m_NeverRun && m_Reporter.HasKept(entry.m_TaskId)) {
-    LogSkip(entry.m_TaskId, "has just run; its state is yet to be recorded");
+    LeaveOut(entry, "it has just run, and its state is yet to be recorded");
   } else {
     m_Reporter.Cancel(entry.m_TaskId);
     StartOrWait(entry);
@@ -148,6 +158,7 @@ void Supervisor::StartOrWait(const TaskBatch::Entry& entry) {
     StartRun(entry);
   } else {
     LogSkip(entry.m_TaskId, "as many runs go on as may: starts after one of them");
+    m_Latest.NoteWaiting(entry.m_TaskId, "as many runs go on as may; it starts after one of them");
     m_Waiting.push_back(entry);
   }
 }
@@ -163,11 +174,10 @@ void Supervisor::StartWaiting() {
 void Supervisor::DispatchToRunning(Slot& slot, const TaskBatch::Entry& entry) {
   switch (DecideOverlap(slot.m_Run->Overlap(), entry.m_NeverRun)) {
     case OverlapRule::Skip:
-      LogSkip(entry.m_TaskId, "its previous run goes on: left out");
+      LeaveOut(entry, "its previous run goes on");
       break;
     case OverlapRule::Queue:
-      LogSkip(entry.m_TaskId, "its previous run goes on: starts after it");
-      slot.m_Next = entry;
+      Queue(slot, entry);
       break;
     case OverlapRule::Kill:
       LogSkip(entry.m_TaskId, "its previous run goes on: ending that one first");
@@ -177,19 +187,48 @@ void Supervisor::DispatchToRunning(Slot& slot, const TaskBatch::Entry& entry) {
   }
 }
 
-void Supervisor::StartRun(const TaskBatch::Entry& entry) {
-  try {
-    m_Slots[entry.m_TaskId].m_Run = MakeRun(entry);
-  } catch (const std::exception& error) {
-    m_Slots.erase(entry.m_TaskId);
-    ALOG(HandlerLog(), ALogger::Error, HandlerSource,
-         AString("Task '%1' failed: %2").Arg(entry.m_TaskId, AString(error.what())));
-    m_Reporter.Report(entry.m_TaskId, "Failed");
+void Supervisor::Queue(Slot& slot, const TaskBatch::Entry& entry) {
+  if (slot.m_Next) {
+    LeaveOut(entry, "its next run is waiting to start already");
+    return;
+  }
+  LogSkip(entry.m_TaskId, "its previous run goes on: starts after it");
+  m_Latest.NoteQueued(entry.m_TaskId, WallSeconds());
+  slot.m_Next = entry;
+}
+
+void Supervisor::LeaveOut(const TaskBatch::Entry& entry, const char* why) {
+  ALOG(HandlerLog(), ALogger::Information, HandlerSource,
+       AString("Task '%1' is due, but %2: left out").Arg(entry.m_TaskId, why));
+  // A task that is handed over as never run while its run goes on was read anew: no start of it is
+  // lost.
+  if (!entry.m_NeverRun) {
+    m_Latest.NoteSkip(entry.m_TaskId, why, WallSeconds());
   }
 }
 
+void Supervisor::StartRun(const TaskBatch::Entry& entry) {
+  try {
+    Slot& slot = m_Slots[entry.m_TaskId];
+    slot.m_Run = MakeRun(entry);
+    m_Latest.NoteStart(entry.m_TaskId, slot.m_Run->StartTime(), slot.m_Run->Pid());
+  } catch (const std::bad_alloc&) {
+    Fail(entry.m_TaskId, "the agent has no memory left");
+  } catch (const std::exception& error) {
+    Fail(entry.m_TaskId, error.what());
+  }
+}
+
+void Supervisor::Fail(const AString& taskId, const AString& reason) {
+  m_Slots.erase(taskId);
+  ALOG(HandlerLog(), ALogger::Error, HandlerSource,
+       AString("Task '%1' failed: %2").Arg(taskId, reason));
+  m_Latest.NoteFailure(taskId, reason, WallSeconds());
+  m_Reporter.Report(taskId, "Failed");
+}
+
 std::unique_ptr<Run> Supervisor::MakeRun(const TaskBatch::Entry& entry) const {
-  const Job job = Job::Load(AString("%1/%2.job").Arg(m_Settings.m_JobPath, entry.m_TaskId));
+  const Job job = Job::Load(m_Settings.JobFile(entry.m_TaskId));
   std::optional<long> periodEnd;
   if (entry.m_KillAtEnd) {
     periodEnd = ActivePeriod::EndFor(m_Reporter.TaskXml(entry.m_TaskId), std::time(nullptr));
@@ -220,6 +259,7 @@ void Supervisor::AdvanceRuns() {
       ++it;
       continue;
     }
+    m_Latest.NoteEnd(taskId, slot.m_Run->Succeeded(), slot.m_Run->Outcome(), WallSeconds());
     if (slot.m_Next) {
       next.push_back(*slot.m_Next);  // the state on record is already that of this run: "Started"
     } else {
@@ -240,14 +280,9 @@ bool Supervisor::NeedsAdvance(const Slot& slot) const {
          std::any_of(begin, end, [](const pollfd& handle) { return handle.revents != 0; });
 }
 
-void Supervisor::PublishRunning() {
-  std::vector<RunningTask> running;
-  for (const auto& [taskId, slot] : m_Slots) {
-    running.push_back({taskId, static_cast<long>(slot.m_Run->Pid())});
-  }
+void Supervisor::PublishBusy() {
   AMutexGuard guard(m_Lock);
-  m_Running.swap(running);
-  m_IsStarting = false;
+  m_IsBusy = !m_Slots.empty();
 }
 
 bool Supervisor::IsFinished() const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "agent/handler/HandlerSettings.h"
+#include "agent/handler/run/LatestRuns.h"
 #include "agent/handler/run/Run.h"
 #include "agent/handler/run/RunRecords.h"
 #include "agent/handler/system/WakeHandle.h"
@@ -26,11 +27,6 @@ namespace NoxHandler {
 /// that have to end, and tells the scheduler how they went. Never more than one run of a task.
 class Supervisor {
  public:
-  struct RunningTask {
-    BaseSDK::AString m_TaskId;
-    long m_Pid;
-  };
-
   /// Throws std::system_error when the system has no descriptors left.
   explicit Supervisor(const HandlerSettings& settings);
   Supervisor(const Supervisor&) = delete;
@@ -48,8 +44,10 @@ class Supervisor {
   /// [agent thread]
   bool Stop() NOX_EXCLUDES(m_Lock);
 
-  /// What runs now, by task ID. [any thread]
-  std::vector<RunningTask> Running() const NOX_EXCLUDES(m_Lock);
+  /// What became of the tasks' runs. [any thread]
+  const LatestRuns& Latest() const { return m_Latest; }
+  /// Why the task's job could not be run as things stand; empty when it could. [any thread]
+  BaseSDK::AString ProblemOfJob(const BaseSDK::AString& taskId) const;
   /// Whether anything runs, is being started, or was posted and not looked at yet. [any thread]
   bool IsBusy() const NOX_EXCLUDES(m_Lock);
 
@@ -65,15 +63,18 @@ class Supervisor {
   bool TakePosted(std::vector<TaskBatch::Entry>& entries) NOX_EXCLUDES(m_Lock);
   void Dispatch(const TaskBatch::Entry& entry);
   void DispatchToRunning(Slot& slot, const TaskBatch::Entry& entry);
+  void Queue(Slot& slot, const TaskBatch::Entry& entry);
+  void LeaveOut(const TaskBatch::Entry& entry, const char* why);
   bool IsWaiting(const BaseSDK::AString& taskId) const;
   void StartOrWait(const TaskBatch::Entry& entry);
   void StartWaiting();
   void StartRun(const TaskBatch::Entry& entry);
+  void Fail(const BaseSDK::AString& taskId, const BaseSDK::AString& reason);
   std::unique_ptr<Run> MakeRun(const TaskBatch::Entry& entry) const;
   void BeginStop();
   void AdvanceRuns();
   bool NeedsAdvance(const Slot& slot) const;
-  void PublishRunning() NOX_EXCLUDES(m_Lock);
+  void PublishBusy() NOX_EXCLUDES(m_Lock);
   bool IsFinished() const;
   void GiveUp();
   void Wait();
@@ -84,6 +85,7 @@ class Supervisor {
   const WakeHandle m_Wake;  ///< something was posted, or Stop was called
   const WakeHandle m_Done;  ///< the thread's work is over
   std::thread m_Thread;
+  LatestRuns m_Latest;
 
   /// The thread's own.
   StateReporter m_Reporter;
@@ -95,8 +97,7 @@ class Supervisor {
 
   mutable BaseSDK::AMutex m_Lock;
   std::vector<TaskBatch::Entry> m_Posted NOX_GUARDED_BY(m_Lock);
-  std::vector<RunningTask> m_Running NOX_GUARDED_BY(m_Lock);
-  bool m_IsStarting NOX_GUARDED_BY(m_Lock) = false;  ///< taken from m_Posted, not in m_Running yet
+  bool m_IsBusy NOX_GUARDED_BY(m_Lock) = false;  ///< with runs, or with what it took from m_Posted
   bool m_Stop NOX_GUARDED_BY(m_Lock) = false;
 };
 

@@ -16,12 +16,6 @@ constexpr std::size_t Fields = 4;
 // Room for the endings of the task's files within the 255 bytes of a file name.
 constexpr std::size_t MaxIdBytes = 240;
 
-bool IsFileName(const AString& id) {
-  const std::string bytes = id.ToUtf8();
-  return !bytes.empty() && bytes.front() != '.' && bytes.size() <= MaxIdBytes &&
-         bytes.find('/') == std::string::npos && bytes.find('\0') == std::string::npos;
-}
-
 std::optional<bool> ReadFlag(const AString& text) {
   if (text == AString("1")) {
     return true;
@@ -35,13 +29,19 @@ std::optional<TaskBatch::Entry> ReadEntry(const AString& text) {
   const auto late = ReadFlag(fields.Token(1));
   const auto neverRun = ReadFlag(fields.Token(2));
   const auto killAtEnd = ReadFlag(fields.Token(3));
-  if (fields.Count() != Fields || !IsFileName(id) || !late || !neverRun || !killAtEnd) {
+  if (fields.Count() != Fields || !TaskBatch::IsTaskId(id) || !late || !neverRun || !killAtEnd) {
     return std::nullopt;
   }
   return TaskBatch::Entry{id, *late, *neverRun, *killAtEnd};
 }
 
 }  // namespace
+
+bool TaskBatch::IsTaskId(const AString& id) {
+  const std::string bytes = id.ToUtf8();
+  return !bytes.empty() && bytes.front() != '.' && bytes.size() <= MaxIdBytes &&
+         bytes.find('/') == std::string::npos && bytes.find('\0') == std::string::npos;
+}
 
 TaskBatch TaskBatch::Parse(const AString& text) {
   TaskBatch batch;

@@ -22,6 +22,9 @@ struct TaskBatch {
   std::vector<BaseSDK::AString> m_Invalid;  ///< entries that cannot be read, as they stand
 
   static TaskBatch Parse(const BaseSDK::AString& text);
+
+  /// Whether the task's files can bear its ID: a plain file name with room for their endings.
+  static bool IsTaskId(const BaseSDK::AString& id);
 };
 
 }  // namespace NoxHandler

@@ -50,7 +50,7 @@ TEST_F(Runs, SayFailedWithoutAJob) {
   StartAgent();
   AddTask("a", "<Trigger Type='-1'/>");
   EXPECT_TRUE(WaitForState("a", "Failed"));
-  EXPECT_TRUE(m_Agent->WaitForOutput("Task 'a' failed: cannot open the job file"));
+  EXPECT_TRUE(m_Agent->WaitForOutput("Task 'a' failed: there is no job file"));
 }
 
 TEST_F(Runs, SayStartedWhileTheCommandRuns) {

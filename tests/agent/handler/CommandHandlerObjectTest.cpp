@@ -8,6 +8,7 @@
 #include <AgentInterfacesV3/AMsgQueue.h>
 #include <AgentInterfacesV3/AMsgReply.h>
 #include <AgentInterfacesV3/CIClient.h>
+#include <AgentInterfacesV3/INoxCommandHandler.h>
 #include <AgentInterfacesV3/INoxScheduledTaskHandler.h>
 #include <AgentInterfacesV3/InterfaceIds.h>
 #include <AgentInterfacesV3/MakeProxy.h>
@@ -120,21 +121,73 @@ TEST_F(CommandHandlerObject, ReportsWhatRuns) {
   const CIClient<INoxScheduledTaskHandler> handler(static_cast<INoxScheduledTaskHandler*>(object));
   AString report;
   EXPECT_EQ(handler->ObjectDebugInfo(report), 1);
-  EXPECT_EQ(report, AString("Command handler: 0 running\n"));
+  EXPECT_EQ(report, AString("Command handler: 0 running, 0 waiting\n"));
   (void)handler->RunTasksEx("a:0:1:0;");
-  (void)Started();
+  const std::string pid = Started();
+  ASSERT_TRUE(WaitUntil([&] {
+    return handler->ObjectDebugInfo(report) == 1 && report.Find("1 running") != AString::npos;
+  }));
+  EXPECT_EQ(
+      report,
+      AString(
+          ("Command handler: 1 running, 0 waiting\n  task 'a', process " + pid + "\n").c_str()));
   EXPECT_EQ(handler->NotifyObject(0, 0, ""), 0);
   OpenGate();
   (void)m_Scheduler.WaitForStates(1);
 }
 
-TEST_F(CommandHandlerObject, ServesItsTwoInterfaces) {
+TEST_F(CommandHandlerObject, TellsOfRuns) {
+  AddJob("a", "exit 3");
+  Load();
+  ASSERT_EQ(Initialize(), 1);
+  CIClient<INoxCommandHandler> handler;
+  ASSERT_EQ(MakeProxy(Queue, INoxCommandHandler::GetIID(), handler.Slot()), 1);
+  AStringMap run;
+  EXPECT_EQ(handler->GetRun("a", run), -1);
+  EXPECT_TRUE(run.empty());
+  (void)RunTasks("RunTasksEx", "a:0:1:0;");
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), std::vector<std::string>{"a Failed"});
+  EXPECT_EQ(handler->GetRun("a", run), 1);
+  EXPECT_EQ(run["state"], AString("ended"));
+  EXPECT_EQ(run["result"], AString("Failed"));
+  EXPECT_EQ(run["reason"].Find("exit status 3 after "), 0u);
+}
+
+TEST_F(CommandHandlerObject, SaysWhetherAJobCanBeRun) {
+  AddJob("good", "exit 0");
+  AddJob("stranger", "exit 0", "user = nosuchuser");
+  AddJob("bad", "exit 0", "overlap = maybe");
+  Load();
+  ASSERT_EQ(Initialize(), 1);
+  CIClient<INoxCommandHandler> handler;
+  ASSERT_EQ(MakeProxy(Queue, INoxCommandHandler::GetIID(), handler.Slot()), 1);
+  AString problem("of before");
+  EXPECT_EQ(handler->CheckJob("good", problem), 1);
+  EXPECT_EQ(problem, AString());
+  const std::string jobs = (m_Directory / "jobs").string();
+  const struct {
+    const char* m_TaskId;
+    std::string m_Problem;
+  } rows[] = {
+      {"none", "there is no job file " + jobs + "/none.job"},
+      {"stranger", jobs + "/stranger.job:4: user: there is no user \"nosuchuser\""},
+      {"bad", jobs + "/bad.job:4: overlap: is to be skip, queue or kill"},
+      {"../x", "no job file can bear the ID \"../x\""},
+      {"", "no job file can bear the ID \"\""},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(handler->CheckJob(row.m_TaskId, problem), -1);
+    EXPECT_EQ(problem.ToUtf8(), row.m_Problem);
+  }
+}
+
+TEST_F(CommandHandlerObject, ServesItsThreeInterfaces) {
   Load();
   ASSERT_EQ(Initialize(), 1);
   INoxInterfaceFactory* const factory = Factory();
   EXPECT_EQ(factory->GetVersion(), 3);
   void* object = nullptr;
-  for (const AGuid& id : {IID_INoxScheduledTaskHandler, IID_INoxObject}) {
+  for (const AGuid& id : {IID_INoxScheduledTaskHandler, IID_INoxCommandHandler, IID_INoxObject}) {
     EXPECT_EQ(factory->QueryInterface(id, object), 0);
     EXPECT_NE(object, nullptr);
     EXPECT_EQ(factory->QueryInterface(id.Value(), object), 0);

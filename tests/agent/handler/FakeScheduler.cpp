@@ -55,6 +55,11 @@ void FakeScheduler::OnQuestion(std::function<void()> call) {
   m_OnQuestion = std::move(call);
 }
 
+void FakeScheduler::OnState(std::function<void()> call) {
+  const std::lock_guard lock(m_Lock);
+  m_OnState = std::move(call);
+}
+
 void FakeScheduler::BeThere(bool there) {
   const std::lock_guard lock(m_Lock);
   m_IsThere = there;
@@ -99,7 +104,12 @@ long FakeScheduler::OpenObject(const AString& classId, const AGuid& interfaceId,
 }
 
 long FakeScheduler::SetRunState(const AString& taskId, const AString& state) {
-  const std::lock_guard lock(m_Lock);
+  std::unique_lock lock(m_Lock);
+  if (const std::function<void()> call = m_OnState) {
+    lock.unlock();
+    call();
+    lock.lock();
+  }
   if (!m_Holds || !m_Tasks.contains(taskId.ToUtf8())) {
     return 1;
   }

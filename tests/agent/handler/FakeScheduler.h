@@ -28,6 +28,8 @@ class FakeScheduler : public AgentSDK::AHost, public Corvane::AgentInterfacesV3:
   void ForgetConfig(const std::string& key);
   /// Called whenever a task's document is asked for, on the thread that asks.
   void OnQuestion(std::function<void()> call);
+  /// Called whenever a state is told, before it counts as told, on the thread that tells it.
+  void OnState(std::function<void()> call);
   /// Whether the scheduler's object can be opened.
   void BeThere(bool there);
 
@@ -74,6 +76,7 @@ class FakeScheduler : public AgentSDK::AHost, public Corvane::AgentInterfacesV3:
   std::map<std::string, std::string> m_Config;
   std::vector<std::string> m_States;
   std::function<void()> m_OnQuestion;
+  std::function<void()> m_OnState;
   std::size_t m_Offers = 0;
   bool m_Holds = true;
   bool m_IsThere = true;

@@ -142,9 +142,8 @@ TEST(Job, NamesFileLineAndKeyOfWhatIsWrong) {
 
 TEST(Job, SaysWhichFileCannotBeOpened) {
   const TempDir directory;
-  EXPECT_EQ(
-      LoadErrorOf(directory / "a.job"),
-      "cannot open the job file " + (directory / "a.job").string() + ": No such file or directory");
+  EXPECT_EQ(LoadErrorOf(directory / "a.job"),
+            "there is no job file " + (directory / "a.job").string());
 }
 
 TEST(Job, RefusesWhatIsNoRegularFile) {

@@ -67,9 +67,9 @@ TEST_F(Run, IsFailedWithoutAJobFile) {
   Dispatch("a");
   EXPECT_EQ(m_Scheduler.WaitForStates(1), std::vector<std::string>{"a Failed"});
   EXPECT_EQ(m_Log.Messages(ALogger::Error).size(), 1u);
-  EXPECT_EQ(LogCount("Task 'a' failed: cannot open the job file " +
-                     (m_Directory / "jobs/a.job").string() + ": No such file or directory"),
-            1u);
+  EXPECT_EQ(
+      LogCount("Task 'a' failed: there is no job file " + (m_Directory / "jobs/a.job").string()),
+      1u);
 }
 
 TEST_F(Run, IsFailedWithABadJobFile) {
@@ -89,8 +89,9 @@ TEST_F(Run, IsFailedWhenThereIsNoSuchCommand) {
     Dispatch("a");
     ASSERT_EQ(m_Scheduler.WaitForStates(before + 1).size(), before + 1);
     EXPECT_EQ(m_Scheduler.States().back(), "a Failed");
-    EXPECT_EQ(LogCount("Task 'a' failed: cannot run the job's command: No such file or directory"),
-              before + 1);
+    EXPECT_EQ(LogCount(std::string("Task 'a' failed: cannot run the job's command ") + command +
+                       ": No such file or directory"),
+              1u);
   }
 }
 
@@ -101,17 +102,20 @@ TEST_F(Run, IsFailedWhenTheCommandMayNotBeExecuted) {
   StartSupervisor();
   Dispatch("a");
   EXPECT_EQ(m_Scheduler.WaitForStates(1), std::vector<std::string>{"a Failed"});
-  EXPECT_EQ(LogCount("cannot run the job's command: Permission denied"), 1u);
+  EXPECT_EQ(LogCount("cannot run the job's command " + (m_Directory / "file").string() +
+                     ": Permission denied"),
+            1u);
 }
 
 TEST_F(Run, IsFailedWhenTheDirectoryIsMissing) {
   EXPECT_EQ(RunToEnd("exit 0", "directory = /nonexistent"), "a Failed");
-  EXPECT_EQ(LogCount("cannot enter the job's directory: No such file or directory"), 1u);
+  EXPECT_EQ(LogCount("cannot enter the job's directory /nonexistent: No such file or directory"),
+            1u);
 }
 
 TEST_F(Run, IsFailedWhenThereIsNoSuchUser) {
   EXPECT_EQ(RunToEnd("exit 0", "user = nosuchuser"), "a Failed");
-  EXPECT_EQ(LogCount("user: there is no user \"nosuchuser\""), 1u);
+  EXPECT_EQ(LogCount("a.job:4: user: there is no user \"nosuchuser\""), 1u);
 }
 
 // Root runs it as that user, everybody else is told that it cannot.
@@ -123,7 +127,7 @@ TEST_F(Run, BecomesAnotherUserForRootAlone) {
     EXPECT_EQ(Output("a").find("65534\n65534\n/nonexistent nobody\n"), 0u) << Output("a");
   } else {
     EXPECT_EQ(state, "a Failed");
-    EXPECT_EQ(LogCount("user: only an agent that runs as root"), 1u);
+    EXPECT_EQ(LogCount("a.job:4: user: only an agent that runs as root"), 1u);
   }
 }
 
@@ -203,7 +207,7 @@ TEST_F(Run, EndsWhatItsCommandLeavesBehind) {
 TEST_F(Run, IsEndedByItsTimeout) {
   const auto begin = Clock::now();
   EXPECT_EQ(RunToEnd("sleep 1000", "timeout = 1"), "a Failed");
-  const auto told = TimeTold("Task 'a' failed: ended because its timeout of 1 s was over after ");
+  const auto told = TimeTold("Task 'a' failed: ended by its timeout of 1 s after ");
   EXPECT_GE(told.count(), 1);
   EXPECT_LE(told, Clock::now() - begin);
 }
@@ -231,7 +235,7 @@ TEST_F(Run, IsKilledWithAllItsProcessesWhenItDoesNotEnd) {
   EXPECT_FALSE(IsAlive(first));
   EXPECT_FALSE(IsAlive(second));
   EXPECT_EQ(LogCount("Task 'a' does not end when asked to: killing it"), 1u);
-  EXPECT_EQ(LogCount("Task 'a' failed: ended because the task came due again after "), 1u);
+  EXPECT_EQ(LogCount("Task 'a' failed: ended for the task's next run after "), 1u);
 }
 
 TEST_F(Run, EndsAlsoWhenItWasStopped) {
@@ -249,7 +253,7 @@ TEST_F(Run, IsEndedAtTheEndOfItsActivePeriod) {
   StartSupervisor();
   Dispatch("a", true, true);
   EXPECT_EQ(m_Scheduler.WaitForStates(1), std::vector<std::string>{"a Failed"});
-  EXPECT_EQ(LogCount("ended because its active period was over"), 1u);
+  EXPECT_EQ(LogCount("ended by the end of its active period after "), 1u);
   // Not time(): that may lag by a tick.
   EXPECT_GE(std::chrono::system_clock::now().time_since_epoch(), std::chrono::seconds(begin + 60));
 }

@@ -18,6 +18,8 @@ using namespace NoxHandler;
 
 namespace {
 
+constexpr int PatienceMilliseconds = 120000;
+
 AString Text(const std::filesystem::path& path) {
   return AString(path.c_str());
 }
@@ -82,6 +84,13 @@ unsigned SupervisorFixture::LogCount(const std::string& part) const {
   return m_Log.CountContaining(AString(part.c_str()));
 }
 
+bool SupervisorFixture::WaitUntil(const std::function<bool()>& condition) {
+  for (int waited = 0; waited < PatienceMilliseconds && !condition(); ++waited) {
+    (void)poll(nullptr, 0, 1);
+  }
+  return condition();
+}
+
 bool SupervisorFixture::IsAlive(const std::string& pid) {
   const auto process = ProcessTable::Find(std::stoi(pid));
   return process && process->m_State != 'Z';
@@ -90,7 +99,6 @@ bool SupervisorFixture::IsAlive(const std::string& pid) {
 bool SupervisorFixture::WaitForEnd(const std::string& pid) {
   const FileDescriptor handle = ProcessHandle::Open(std::stoi(pid));
   pollfd end{handle.Get(), POLLIN, 0};
-  constexpr int PatienceMilliseconds = 120000;
   return !handle || poll(&end, 1, PatienceMilliseconds) == 1;
 }
 

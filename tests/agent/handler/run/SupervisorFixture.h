@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -38,6 +39,8 @@ class SupervisorFixture : public testing::Test {
   std::string Started() { return m_Started.ReadLine(); }
   void OpenGate() { m_Gate.WriteLine(); }
   std::string Output(const std::string& name) const;
+  /// Looks again and again; false when it never came true.
+  static bool WaitUntil(const std::function<bool()>& condition);
   unsigned LogCount(const std::string& part) const;
   /// Whether the process is alive (one that has ended and is not yet forgotten is not).
   static bool IsAlive(const std::string& pid);

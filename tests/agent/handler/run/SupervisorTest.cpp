@@ -1,12 +1,16 @@
 #include "agent/handler/run/Supervisor.h"
 
+#include "agent/handler/system/WallClock.h"
 #include "tests/agent/handler/run/SupervisorFixture.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <atomic>
+#include <map>
 
+using BaseSDK::AString;
 using States = std::vector<std::string>;
 
 namespace NoxHandlerTest {
@@ -27,6 +31,14 @@ class Supervisor : public SupervisorFixture {
     const std::size_t before = m_Scheduler.States().size();
     Dispatch("settle");
     (void)m_Scheduler.WaitForStates(before + 1);
+  }
+  using RunFacts = std::map<std::string, std::string>;
+  RunFacts Run(const std::string& name) const {
+    RunFacts facts;
+    for (const auto& [key, value] : m_Supervisor->Latest().Describe(AString(name.c_str()))) {
+      facts[key.ToUtf8()] = value.ToUtf8();
+    }
+    return facts;
   }
   static States Without(States states, const std::string& unwanted) {
     std::erase(states, unwanted);
@@ -77,7 +89,7 @@ TEST_F(Supervisor, LetsTasksWaitWhenAsManyRunAsMay) {
   OpenGate();
   EXPECT_EQ(m_Scheduler.WaitForStates(3), (States{"a Ok", "c Ok", "b Ok"}));
   EXPECT_EQ(LogCount("as many runs go on as may"), 2u);
-  EXPECT_EQ(LogCount("Task 'c' is due, but is waiting to start already"), 1u);
+  EXPECT_EQ(LogCount("Task 'c' is due, but it is waiting to start already: left out"), 1u);
 }
 
 TEST_F(Supervisor, StartsNoneThatWaitWhenItStops) {
@@ -90,20 +102,83 @@ TEST_F(Supervisor, StartsNoneThatWaitWhenItStops) {
   EXPECT_EQ(m_Scheduler.States(), States{"a Failed"});
 }
 
-TEST_F(Supervisor, KnowsWhatRuns) {
-  AddGatedJob("a");
+TEST_F(Supervisor, TellsOfARunFromItsStartToItsEnd) {
+  AddJob("a", "echo $$ > $STARTED; read line < $GATE; exit 7");
   StartSupervisor();
+  const long before = WallSeconds();
+  EXPECT_TRUE(Run("a").empty());
   Dispatch("a");
   const std::string pid = Started();
   Settle();
-  const auto running = m_Supervisor->Running();
-  const auto found = std::find_if(running.begin(), running.end(), [](const auto& run) {
-    return run.m_TaskId == BaseSDK::AString("a");
-  });
-  ASSERT_NE(found, running.end());
-  EXPECT_EQ(std::to_string(found->m_Pid), pid);
+  RunFacts run = Run("a");
+  const long start = std::stol(run["start"]);
+  EXPECT_GE(start, before);
+  EXPECT_LE(start, WallSeconds());
+  EXPECT_EQ(run, (RunFacts{{"state", "running"}, {"pid", pid}, {"start", run["start"]}}));
   EXPECT_TRUE(m_Supervisor->IsBusy());
   OpenGate();
+  EXPECT_EQ(m_Scheduler.WaitForStates(2).back(), "a Failed");
+  run = Run("a");
+  EXPECT_THAT(run["reason"], testing::MatchesRegex("exit status 7 after [0-9]+\\.[0-9]{3} s"));
+  EXPECT_GE(std::stol(run["end"]), start);
+  EXPECT_EQ(run, (RunFacts{{"state", "ended"},
+                           {"start", std::to_string(start)},
+                           {"end", run["end"]},
+                           {"result", "Failed"},
+                           {"reason", run["reason"]}}));
+}
+
+// Whoever hears of the state asks how it came to be.
+TEST_F(Supervisor, KnowsTheEndOfARunBeforeTheSchedulerDoes) {
+  AddJob("a", "exit 0");
+  std::string state;
+  m_Scheduler.OnState([&] { state = Run("a")["state"]; });
+  StartSupervisor();
+  Dispatch("a");
+  (void)m_Scheduler.WaitForStates(1);
+  ASSERT_TRUE(m_Supervisor->Stop());
+  EXPECT_EQ(state, "ended");
+}
+
+TEST_F(Supervisor, TellsOfARunThatCouldNotStart) {
+  m_Scheduler.AddStoredTask("a");
+  StartSupervisor();
+  Dispatch("a");
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Failed"});
+  RunFacts run = Run("a");
+  EXPECT_EQ(
+      run, (RunFacts{{"state", "ended"},
+                     {"start", run["start"]},
+                     {"end", run["start"]},
+                     {"result", "Failed"},
+                     {"reason", "there is no job file " + (m_Directory / "jobs/a.job").string()}}));
+}
+
+TEST_F(Supervisor, TellsOfRunsThatWait) {
+  AddGatedJob("a", "overlap = queue");
+  AddGatedJob("b");
+  StartSupervisor(LongGrace, 1);
+  Dispatch("a");
+  const std::string pid = Started();
+  m_Supervisor->Post({{"b", false, true, false}, {"a", false, false, false}});
+  m_Supervisor->Post({{"a", false, false, false}});
+  ASSERT_TRUE(WaitUntil([&] { return Run("a").contains("skipped"); }));
+  EXPECT_EQ(Run("b"),
+            (RunFacts{{"state", "waiting"},
+                      {"reason", "as many runs go on as may; it starts after one of them"}}));
+  RunFacts run = Run("a");
+  EXPECT_EQ(run["state"], "running");
+  EXPECT_TRUE(run.contains("queued"));
+  EXPECT_EQ(run["skipReason"], "its next run is waiting to start already");
+  EXPECT_EQ(
+      m_Supervisor->Latest().Report(),
+      AString(("Command handler: 1 running, 2 waiting\n"
+               "  task 'a', process " +
+               pid +
+               "; its next run is waiting for the end of this one\n"
+               "  task 'b', waiting: as many runs go on as may; it starts after one of them\n")
+                  .c_str()));
+  ASSERT_TRUE(m_Supervisor->Stop());
 }
 
 TEST_F(Supervisor, IsBusyWhileItStartsWhatWasPosted) {
@@ -133,6 +208,7 @@ TEST_F(Supervisor, StartsNoSecondCopyWhenTheReloadDispatchesARunningTaskAgain) {
     Dispatch(overlap, true);
     Settle();
     EXPECT_TRUE(IsAlive(pid));
+    EXPECT_FALSE(Run(overlap).contains("skipped")) << "no start of it was lost";
     OpenGate();
     const States states = m_Scheduler.WaitForStates(before + 2);
     EXPECT_EQ(states.back(), overlap + " Ok");
@@ -149,6 +225,10 @@ TEST_F(Supervisor, LeavesARepetitionOutWhenTheJobWantsThat) {
   Dispatch("a", false);
   Settle();
   EXPECT_EQ(LogCount("Task 'a' is due, but its previous run goes on: left out"), 1u);
+  RunFacts run = Run("a");
+  EXPECT_EQ(run["state"], "running");
+  EXPECT_EQ(run["skipReason"], "its previous run goes on");
+  EXPECT_GE(std::stol(run["skipped"]), std::stol(run["start"]));
   OpenGate();
   EXPECT_EQ(m_Scheduler.WaitForStates(2).back(), "a Ok");
   Settle();
@@ -188,7 +268,7 @@ TEST_F(Supervisor, EndsTheRunForARepetitionWhenTheJobWantsThat) {
   OpenGate();
   EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Ok"});
   EXPECT_NE(first, second);
-  EXPECT_EQ(LogCount("ended because the task came due again"), 1u);
+  EXPECT_EQ(LogCount("ended for the task's next run"), 1u);
 }
 
 TEST_F(Supervisor, ReportsAStateAgainThatTheSchedulerCouldNotTake) {
@@ -248,7 +328,7 @@ TEST_F(Supervisor, EndsAllRunsWhenItStops) {
   ASSERT_TRUE(m_Supervisor->Stop());
   EXPECT_FALSE(IsAlive(pid));
   EXPECT_EQ(m_Scheduler.States(), States{"a Failed"});
-  EXPECT_EQ(LogCount("Task 'a' failed: ended because the command handler stops"), 1u);
+  EXPECT_EQ(LogCount("Task 'a' failed: ended by the end of the command handler"), 1u);
   EXPECT_FALSE(m_Supervisor->IsBusy());
   EXPECT_FALSE(m_Started.HasLine());
   EXPECT_TRUE(std::filesystem::is_empty(m_Directory / "records"));

@@ -1,0 +1,159 @@
+#include "agent/handler/run/LatestRuns.h"
+
+#include "agent/handler/Log.h"
+
+using BaseSDK::AMutexGuard;
+using BaseSDK::AString;
+using Corvane::AgentInterfacesV3::AStringMap;
+
+namespace NoxHandler {
+
+namespace {
+
+const char* NameOf(LatestRuns::Phase phase) {
+  switch (phase) {
+    case LatestRuns::Phase::Waiting:
+      return "waiting";
+    case LatestRuns::Phase::Running:
+      return "running";
+    case LatestRuns::Phase::Ended:
+      break;
+  }
+  return "ended";
+}
+
+void Put(AStringMap& run, const char* key, std::optional<long> moment) {
+  if (moment) {
+    run.emplace(key, DecimalText(*moment));
+  }
+}
+
+AString ReportLine(const AString& taskId, const LatestRuns::Facts& facts) {
+  if (facts.m_Phase == LatestRuns::Phase::Waiting) {
+    return AString("  task '%1', waiting: %2\n").Arg(taskId, facts.m_Reason);
+  }
+  return AString("  task '%1', process %2%3\n")
+      .Arg(taskId, DecimalText(facts.m_Pid),
+           facts.m_Queued ? "; its next run is waiting for the end of this one" : "");
+}
+
+}  // namespace
+
+void LatestRuns::NoteWaiting(const AString& taskId, const AString& reason) {
+  Facts facts;
+  facts.m_Reason = reason;
+  AMutexGuard guard(m_Lock);
+  (void)Renew(taskId, facts);
+}
+
+void LatestRuns::NoteStart(const AString& taskId, long start, long pid) {
+  Facts facts;
+  facts.m_Phase = Phase::Running;
+  facts.m_Start = start;
+  facts.m_Pid = pid;
+  AMutexGuard guard(m_Lock);
+  (void)Renew(taskId, facts);
+}
+
+void LatestRuns::NoteEnd(const AString& taskId, bool succeeded, const AString& reason, long end) {
+  AMutexGuard guard(m_Lock);
+  Facts facts = m_Runs[taskId].m_Facts;
+  facts.m_Phase = Phase::Ended;
+  facts.m_Pid = 0;
+  facts.m_Queued.reset();
+  facts.m_End = end;
+  facts.m_Succeeded = succeeded;
+  facts.m_Reason = reason;
+  EnterEnded(taskId, Renew(taskId, facts));
+}
+
+void LatestRuns::NoteFailure(const AString& taskId, const AString& reason, long moment) {
+  Facts facts;
+  facts.m_Phase = Phase::Ended;
+  facts.m_Start = facts.m_End = moment;
+  facts.m_Reason = reason;
+  AMutexGuard guard(m_Lock);
+  EnterEnded(taskId, Renew(taskId, facts));
+}
+
+void LatestRuns::NoteQueued(const AString& taskId, long moment) {
+  AMutexGuard guard(m_Lock);
+  if (const auto found = m_Runs.find(taskId); found != m_Runs.end()) {
+    found->second.m_Facts.m_Queued = moment;
+  }
+}
+
+void LatestRuns::NoteSkip(const AString& taskId, const AString& reason, long moment) {
+  AMutexGuard guard(m_Lock);
+  if (const auto found = m_Runs.find(taskId); found != m_Runs.end()) {
+    found->second.m_Facts.m_Skipped = moment;
+    found->second.m_Facts.m_SkipReason = reason;
+  }
+}
+
+std::optional<LatestRuns::Facts> LatestRuns::Find(const AString& taskId) const {
+  AMutexGuard guard(m_Lock);
+  const auto found = m_Runs.find(taskId);
+  return found == m_Runs.end() ? std::nullopt : std::optional(found->second.m_Facts);
+}
+
+AStringMap LatestRuns::Describe(const AString& taskId) const {
+  AStringMap run;
+  const auto facts = Find(taskId);
+  if (!facts) {
+    return run;
+  }
+  run.emplace("state", NameOf(facts->m_Phase));
+  Put(run, "start", facts->m_Start);
+  Put(run, "end", facts->m_End);
+  Put(run, "queued", facts->m_Queued);
+  Put(run, "skipped", facts->m_Skipped);
+  if (facts->m_Skipped) {
+    run.emplace("skipReason", facts->m_SkipReason);
+  }
+  if (facts->m_Phase == Phase::Running) {
+    run.emplace("pid", DecimalText(facts->m_Pid));
+  } else {
+    run.emplace("reason", facts->m_Reason);
+  }
+  if (facts->m_Phase == Phase::Ended) {
+    run.emplace("result", facts->m_Succeeded ? "Ok" : "Failed");
+  }
+  return run;
+}
+
+AString LatestRuns::Report() const {
+  long running = 0;
+  long waiting = 0;
+  AString lines;
+  AMutexGuard guard(m_Lock);
+  for (const auto& [taskId, entry] : m_Runs) {
+    const Facts& facts = entry.m_Facts;
+    if (facts.m_Phase != Phase::Ended) {
+      running += facts.m_Phase == Phase::Running ? 1 : 0;
+      waiting += facts.m_Phase == Phase::Waiting || facts.m_Queued ? 1 : 0;
+      lines += ReportLine(taskId, facts);
+    }
+  }
+  return AString("Command handler: %1 running, %2 waiting\n")
+             .Arg(DecimalText(running), DecimalText(waiting)) +
+         lines;
+}
+
+LatestRuns::Entry& LatestRuns::Renew(const AString& taskId, const Facts& facts) {
+  Entry& entry = m_Runs[taskId];
+  m_Ended.erase(entry.m_EndedAs);
+  entry = {facts, 0};
+  return entry;
+}
+
+void LatestRuns::EnterEnded(const AString& taskId, Entry& entry) {
+  entry.m_EndedAs = ++m_Ends;
+  m_Ended.emplace(entry.m_EndedAs, taskId);
+  if (m_Ended.size() > m_MostEnded) {
+    m_Runs.erase(m_Ended.begin()->second);
+    m_Ended.erase(m_Ended.begin());
+  }
+}
+
+}  // namespace NoxHandler

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <AgentInterfacesV3/AMsgValue.h>
+#include <BaseSDK/AMutex.h>
+#include <BaseSDK/AString.h>
+#include <BaseSDK/ThreadAnnotations.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+
+namespace NoxHandler {
+
+/// What is known of each task's latest run since the agent started, for whoever asks: the
+/// supervisor notes what happens, other threads read it. Moments are seconds since the epoch. [any
+/// thread]
+class LatestRuns {
+ public:
+  enum class Phase { Waiting, Running, Ended };
+
+  struct Facts {
+    Phase m_Phase = Phase::Waiting;
+    std::optional<long> m_Start;
+    std::optional<long> m_End;
+    long m_Pid = 0;                 ///< while running
+    bool m_Succeeded = false;       ///< when ended
+    BaseSDK::AString m_Reason;      ///< how it ended, or what it waits for; empty while running
+    std::optional<long> m_Queued;   ///< since when the next run waits for the end of this one
+    std::optional<long> m_Skipped;  ///< the last start that was left out since this run began
+    BaseSDK::AString m_SkipReason;
+  };
+
+  /// Some ten megabytes.
+  static constexpr std::size_t MostEnded = 20000;
+
+  /// `mostEnded`: of how many ended runs is told; the oldest are forgotten first.
+  explicit LatestRuns(std::size_t mostEnded = MostEnded) : m_MostEnded(mostEnded) {}
+
+  /// Each of the first four begins anew: what was known of the task before is forgotten, except
+  /// that an end keeps the start of the run that it ends.
+  void NoteWaiting(const BaseSDK::AString& taskId, const BaseSDK::AString& reason)
+      NOX_EXCLUDES(m_Lock);
+  void NoteStart(const BaseSDK::AString& taskId, long start, long pid) NOX_EXCLUDES(m_Lock);
+  void NoteEnd(const BaseSDK::AString& taskId, bool succeeded, const BaseSDK::AString& reason,
+               long end) NOX_EXCLUDES(m_Lock);
+  /// A run that could not be started.
+  void NoteFailure(const BaseSDK::AString& taskId, const BaseSDK::AString& reason, long moment)
+      NOX_EXCLUDES(m_Lock);
+  /// A start that waits for the end of the run under way, or that is left out. Nothing is noted of
+  /// a task of which no run is known.
+  void NoteQueued(const BaseSDK::AString& taskId, long moment) NOX_EXCLUDES(m_Lock);
+  void NoteSkip(const BaseSDK::AString& taskId, const BaseSDK::AString& reason, long moment)
+      NOX_EXCLUDES(m_Lock);
+
+  std::optional<Facts> Find(const BaseSDK::AString& taskId) const NOX_EXCLUDES(m_Lock);
+  /// The task's run as INoxCommandHandler::GetRun tells it; empty when none is known.
+  Corvane::AgentInterfacesV3::AStringMap Describe(const BaseSDK::AString& taskId) const
+      NOX_EXCLUDES(m_Lock);
+  /// For the object's report: how many run and wait, and a line for each of them.
+  BaseSDK::AString Report() const NOX_EXCLUDES(m_Lock);
+
+ private:
+  struct Entry {
+    Facts m_Facts;
+    std::uint64_t m_EndedAs = 0;  ///< its key in m_Ended, 0 when it has not ended
+  };
+
+  Entry& Renew(const BaseSDK::AString& taskId, const Facts& facts) NOX_REQUIRES(m_Lock);
+  void EnterEnded(const BaseSDK::AString& taskId, Entry& entry) NOX_REQUIRES(m_Lock);
+
+  const std::size_t m_MostEnded;
+  mutable BaseSDK::AMutex m_Lock;
+  std::map<BaseSDK::AString, Entry> m_Runs NOX_GUARDED_BY(m_Lock);
+  std::map<std::uint64_t, BaseSDK::AString> m_Ended NOX_GUARDED_BY(m_Lock);  ///< in their order
+  std::uint64_t m_Ends NOX_GUARDED_BY(m_Lock) = 0;
+};
+
+}  // namespace NoxHandler

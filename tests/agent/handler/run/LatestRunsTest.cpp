@@ -1,0 +1,97 @@
+#include "agent/handler/run/LatestRuns.h"
+
+#include <gtest/gtest.h>
+
+using BaseSDK::AString;
+using Corvane::AgentInterfacesV3::AStringMap;
+
+namespace NoxHandlerTest {
+
+using namespace NoxHandler;
+
+TEST(LatestRuns, KnowNothingOfATaskThatNeverRan) {
+  LatestRuns runs;
+  runs.NoteSkip("a", "why", 5);
+  runs.NoteQueued("a", 5);
+  EXPECT_TRUE(runs.Describe("a").empty());
+  EXPECT_EQ(runs.Report(), AString("Command handler: 0 running, 0 waiting\n"));
+}
+
+TEST(LatestRuns, DescribeEachPhase) {
+  LatestRuns runs;
+  runs.NoteWaiting("a", "too many");
+  EXPECT_EQ(runs.Describe("a"), (AStringMap{{"state", "waiting"}, {"reason", "too many"}}));
+  runs.NoteStart("a", 100, 7);
+  EXPECT_EQ(runs.Describe("a"), (AStringMap{{"state", "running"}, {"start", "100"}, {"pid", "7"}}));
+  runs.NoteEnd("a", true, "exit status 0", 130);
+  EXPECT_EQ(runs.Describe("a"), (AStringMap{{"state", "ended"},
+                                            {"start", "100"},
+                                            {"end", "130"},
+                                            {"result", "Ok"},
+                                            {"reason", "exit status 0"}}));
+  runs.NoteFailure("a", "no job", 200);
+  EXPECT_EQ(runs.Describe("a"), (AStringMap{{"state", "ended"},
+                                            {"start", "200"},
+                                            {"end", "200"},
+                                            {"result", "Failed"},
+                                            {"reason", "no job"}}));
+}
+
+TEST(LatestRuns, KeepWhatWasLeftOutUntilTheNextRunBegins) {
+  LatestRuns runs;
+  runs.NoteStart("a", 100, 7);
+  runs.NoteSkip("a", "first", 110);
+  runs.NoteSkip("a", "second", 120);
+  runs.NoteEnd("a", true, "fine", 130);
+  AStringMap run = runs.Describe("a");
+  EXPECT_EQ(run["start"], AString("100"));
+  EXPECT_EQ(run["skipped"], AString("120"));
+  EXPECT_EQ(run["skipReason"], AString("second"));
+  runs.NoteStart("a", 140, 8);
+  EXPECT_EQ(runs.Describe("a").count("skipped"), 0u);
+}
+
+TEST(LatestRuns, TellOfTheNextRunThatIsQueuedUntilThisOneEnds) {
+  LatestRuns runs;
+  runs.NoteStart("a", 100, 7);
+  runs.NoteQueued("a", 110);
+  EXPECT_EQ(runs.Describe("a").at("queued"), AString("110"));
+  runs.NoteEnd("a", true, "fine", 130);
+  EXPECT_EQ(runs.Describe("a").count("queued"), 0u);
+}
+
+TEST(LatestRuns, ForgetTheOldestEndedOnesFirst) {
+  LatestRuns runs(2);
+  runs.NoteStart("running", 1, 7);
+  runs.NoteWaiting("waiting", "too many");
+  for (const char* taskId : {"a", "b", "c"}) {
+    runs.NoteFailure(taskId, "no job", 2);
+  }
+  EXPECT_TRUE(runs.Describe("a").empty());
+  for (const char* taskId : {"b", "c", "running", "waiting"}) {
+    EXPECT_FALSE(runs.Describe(taskId).empty()) << taskId;
+  }
+  // One that has begun anew is none of the ended ones, and ends as the youngest.
+  runs.NoteStart("b", 3, 8);
+  runs.NoteFailure("d", "no job", 4);
+  runs.NoteEnd("b", true, "fine", 5);
+  EXPECT_TRUE(runs.Describe("c").empty());
+  EXPECT_FALSE(runs.Describe("b").empty());
+  EXPECT_FALSE(runs.Describe("d").empty());
+}
+
+TEST(LatestRuns, ReportWhatRunsAndWaits) {
+  LatestRuns runs;
+  runs.NoteStart("a", 100, 7);
+  runs.NoteStart("b", 100, 8);
+  runs.NoteQueued("b", 110);
+  runs.NoteWaiting("c", "too many");
+  runs.NoteFailure("d", "no job", 110);
+  EXPECT_EQ(runs.Report(), AString("Command handler: 2 running, 2 waiting\n"
+                                   "  task 'a', process 7\n"
+                                   "  task 'b', process 8; its next run is waiting for the end of "
+                                   "this one\n"
+                                   "  task 'c', waiting: too many\n"));
+}
+
+}  // namespace NoxHandlerTest
