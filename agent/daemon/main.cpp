@@ -3,10 +3,11 @@
 #include "agent/daemon/AgentError.h"
 #include "agent/daemon/process/LogSetup.h"
 
+#include <BaseSDK/ASystemZone.h>
+
 #include <unistd.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <exception>
 
 namespace {
@@ -27,8 +28,7 @@ int main(int argc, char** argv) {
     if (options.m_Answered) {
       return 0;
     }
-    // Without TZ the C library looks at the zone file on every conversion of a local time.
-    (void)::setenv("TZ", ":/etc/localtime", 0);
+    BaseSDK::ASystemZone::Hold();
     NoxAgent::Environment environment = NoxAgent::Environment::OfProcess();
     NoxAgent::Settings settings = NoxAgent::Settings::Load(options, environment);
     NoxAgent::LogSetup::Open(settings);

@@ -1,5 +1,7 @@
 #include "agent/handler/process/Launch.h"
 
+#include <BaseSDK/ASystemZone.h>
+
 #include <cstdlib>
 #include <map>
 
@@ -13,10 +15,14 @@ using Variables = std::map<std::string, std::string>;
 
 Variables BaseEnvironment(const Account& account) {
   Variables variables{{"PATH", DefaultPath}};
-  for (const char* name : {"PATH", "LANG", "TZ"}) {
+  for (const char* name : {"PATH", "LANG"}) {
     if (const char* value = std::getenv(name); value != nullptr && *value != '\0') {
       variables[name] = value;
     }
+  }
+  // The agent's own TZ stands for a file, which not every program understands.
+  if (const char* zone = std::getenv("TZ"); zone != nullptr && !BaseSDK::ASystemZone::IsHeld()) {
+    variables["TZ"] = zone;
   }
   variables["HOME"] = account.m_Home.empty() ? "/" : account.m_Home;
   variables["SHELL"] = account.m_Shell.empty() ? "/bin/sh" : account.m_Shell;

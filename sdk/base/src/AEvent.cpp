@@ -1,4 +1,5 @@
 #include <BaseSDK/AEvent.h>
+#include <BaseSDK/ASystemZone.h>
 #include <BaseSDK/AThreadRest.h>
 
 #include <poll.h>
@@ -154,6 +155,18 @@ struct AEvent::Impl {
     (void)poll(waiting.data(), waiting.size(), milliseconds);
   }
 
+  int Wait(unsigned long milliseconds, AClockSkewBehavior behavior) {
+    if (Take()) {
+      return WasSet;
+    }
+    if (milliseconds == 0) {
+      return TimedOut;
+    }
+    const AThreadRest rest;
+    return behavior == ClockSkewIgnore ? WaitFor(milliseconds)
+                                       : WaitByWallClock(milliseconds, behavior);
+  }
+
   int WaitFor(unsigned long milliseconds) {
     const Moment deadline = Later(Read(CLOCK_MONOTONIC), milliseconds);
     for (;;) {
@@ -226,15 +239,11 @@ int AEvent::Reset() {
 }
 
 int AEvent::Wait(unsigned long milliseconds, AClockSkewBehavior behavior) {
-  if (m_Impl->Take()) {
-    return WasSet;
+  const int result = m_Impl->Wait(milliseconds, behavior);
+  if (behavior != ClockSkewIgnore) {
+    ASystemZone::Refresh();  // who goes by the wall clock reckons in local time next
   }
-  if (milliseconds == 0) {
-    return TimedOut;
-  }
-  const AThreadRest rest;
-  return behavior == ClockSkewIgnore ? m_Impl->WaitFor(milliseconds)
-                                     : m_Impl->WaitByWallClock(milliseconds, behavior);
+  return result;
 }
 
 }  // namespace BaseSDK

@@ -29,7 +29,9 @@ class AEvent {
   /// Returns 1 when the event was set, else 0.
   int Reset();
   /// Waits until the event is set, at most `milliseconds`; 0 looks and returns at once. A set event
-  /// wins over a deadline that has passed. Returns one of the values above.
+  /// wins over a deadline that has passed. A wait that watches the wall clock also has the C
+  /// library look for a changed time zone before it returns (ASystemZone). Returns one of the
+  /// values above.
   int Wait(unsigned long milliseconds, AClockSkewBehavior behavior);
 
  private:
