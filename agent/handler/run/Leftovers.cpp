@@ -40,7 +40,7 @@ std::optional<Session> SessionOf(const RunRecord& record) {
 
 using Remaining = std::map<AString, Session>;
 
-void DropEnded(Remaining& remaining, const RunRecords& records) {
+void DropEnded(Remaining& remaining, RunRecords& records) {
   for (auto it = remaining.begin(); it != remaining.end();) {
     if (it->second.Refresh()) {
       ++it;
@@ -62,8 +62,7 @@ void WaitForOneToEnd(const Remaining& remaining, Clock::duration limit) {
   (void)poll(handles.data(), handles.size(), static_cast<int>(milliseconds));
 }
 
-void WaitUntil(Clock::time_point deadline, Remaining& remaining, const RunRecords& records,
-               bool kill) {
+void WaitUntil(Clock::time_point deadline, Remaining& remaining, RunRecords& records, bool kill) {
   for (auto now = Clock::now(); !remaining.empty() && now < deadline; now = Clock::now()) {
     for (const auto& [taskId, session] : remaining) {
       if (kill) {
@@ -77,9 +76,9 @@ void WaitUntil(Clock::time_point deadline, Remaining& remaining, const RunRecord
 
 }  // namespace
 
-void Leftovers::End(const RunRecords& records, std::chrono::milliseconds grace) {
+void Leftovers::End(RunRecords& records, std::chrono::milliseconds grace) {
   Remaining remaining;
-  for (const RunRecords::Named& named : records.All()) {
+  for (const NamedRunRecord& named : records.All()) {
     auto session = SessionOf(named.m_Record);
     if (session && session->Refresh()) {
       ALOG(HandlerLog(), ALogger::Warning, HandlerSource,

@@ -1,6 +1,7 @@
 #include "agent/handler/run/OutputFile.h"
 
 #include "agent/handler/Log.h"
+#include "agent/handler/system/FileWrite.h"
 
 #include <BaseSDK/ADateTime.h>
 
@@ -18,6 +19,8 @@ using BaseSDK::AString;
 namespace NoxHandler {
 
 namespace {
+
+constexpr int Flags = O_APPEND | O_NONBLOCK;
 
 std::string ReadTail(int fd, std::size_t maxBytes) {
   struct stat info {};
@@ -41,78 +44,91 @@ std::string ReadTail(int fd, std::size_t maxBytes) {
   return tail;
 }
 
+// Over the file's own blocks: a full disk has no others, and a kill in the middle loses nothing.
+int WriteOver(int fd, std::string_view bytes) {
+  (void)fcntl(fd, F_SETFL, Flags & ~O_APPEND);
+  int error = FileWrite::At(fd, bytes, 0);
+  if (error == 0 && ftruncate(fd, static_cast<off_t>(bytes.size())) != 0) {
+    error = errno;
+  }
+  (void)fcntl(fd, F_SETFL, Flags);
+  return error;
+}
+
 }  // namespace
 
-OutputFile::OutputFile(const AString& name)
-    : m_Name(name),
-      m_File(open(name.ToUtf8().c_str(),
-                  O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0640)) {
-  if (!m_File) {
-    GiveUp("open", errno);
-    return;
-  }
-  m_Tail = ReadTail(m_File.Get(), 2 * KeepBytes);
-  m_AtLineStart = m_Tail.empty() || m_Tail.back() == '\n';
+OutputFile::OutputFile(const AString& name) : m_Name(name) {
+  (void)Open();
 }
 
 OutputFile::~OutputFile() {
   if (m_File && m_Tail.size() > KeepBytes) {
-    CutBack();
+    (void)CutBack();
   }
 }
 
-void OutputFile::Append(std::string_view bytes) {
-  if (!m_File || bytes.empty()) {
-    return;
+bool OutputFile::Open() {
+  m_File = FileDescriptor(
+      open(m_Name.ToUtf8().c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | Flags, 0640));
+  if (!m_File) {
+    return Fail("open", errno);
   }
-  m_AtLineStart = bytes.back() == '\n';
-  m_Tail += bytes;
-  if (m_Tail.size() > 2 * KeepBytes) {
-    CutBack();
-  } else {
-    Write(bytes);
+  m_Tail = ReadTail(m_File.Get(), 2 * KeepBytes);
+  return true;
+}
+
+void OutputFile::Append(std::string_view bytes) {
+  if (!bytes.empty()) {
+    m_HasGap = !IsReady() || !Put(bytes);
   }
 }
 
 void OutputFile::AppendNote(const AString& text) {
-  const AString note = AString(m_AtLineStart ? "-- %1 %2\n" : "\n-- %1 %2\n")
-                           .Arg(ADateTime::Now().ToString("%Y-%m-%d %H:%M:%S"), text);
-  Append(note.ToUtf8());
+  m_HasGap = !IsReady() || !Put(Note(text));
 }
 
-void OutputFile::Write(std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t written = write(m_File.Get(), bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) {
-      continue;
-    }
-    if (written < 0) {
-      GiveUp("write", errno);
-      return;
-    }
-    bytes.remove_prefix(static_cast<std::size_t>(written));
+bool OutputFile::IsReady() {
+  return (m_File || Open()) &&
+         (!m_HasGap || Put(Note("output is missing here: it could not be written")));
+}
+
+bool OutputFile::Put(std::string_view bytes) {
+  if (m_Tail.size() + bytes.size() > 2 * KeepBytes) {
+    m_Tail += bytes;
+    return CutBack();
   }
+  std::string_view rest = bytes;
+  const int error = FileWrite::Next(m_File.Get(), rest);
+  m_Tail += bytes.substr(0, bytes.size() - rest.size());
+  return error == 0 || Fail("write", error);
 }
 
-void OutputFile::CutBack() {
+bool OutputFile::CutBack() {
   std::size_t begin = m_Tail.size() - KeepBytes;
   if (const std::size_t lineEnd = m_Tail.find('\n', begin - 1);
       lineEnd != std::string::npos && lineEnd + 1 < m_Tail.size()) {
     begin = lineEnd + 1;
   }
   m_Tail.erase(0, begin);
-  if (ftruncate(m_File.Get(), 0) != 0) {
-    GiveUp("shorten", errno);
-    return;
-  }
-  Write(m_Tail);
+  const int error = WriteOver(m_File.Get(), m_Tail);
+  return error == 0 || Fail("shorten", error);
 }
 
-void OutputFile::GiveUp(const char* action, int error) {
-  ALOG(HandlerLog(), ALogger::Warning, HandlerSource,
-       AString("Cannot %1 the output file %2: %3. This run's output is in the log alone.")
-           .Arg(action, m_Name, strerror(error)));
-  m_File.Close();
+std::string OutputFile::Note(const AString& text) const {
+  const bool isAtLineStart = m_Tail.empty() || m_Tail.back() == '\n';
+  return AString(isAtLineStart ? "-- %1 %2\n" : "\n-- %1 %2\n")
+      .Arg(ADateTime::Now().ToString("%Y-%m-%d %H:%M:%S"), text)
+      .ToUtf8();
+}
+
+bool OutputFile::Fail(const char* action, int error) {
+  if (!m_IsTold) {
+    m_IsTold = true;
+    ALOG(HandlerLog(), ALogger::Warning, HandlerSource,
+         AString("Cannot %1 the output file %2: %3. What is missing there is in the log alone.")
+             .Arg(action, m_Name, strerror(error)));
+  }
+  return false;
 }
 
 }  // namespace NoxHandler

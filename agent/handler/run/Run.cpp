@@ -53,7 +53,7 @@ AString CommandText(const Job& job) {
 }  // namespace
 
 Run::Run(const TaskBatch::Entry& entry, const Job& job, std::optional<long> periodEnd,
-         const HandlerSettings& settings, const RunRecords& records)
+         const HandlerSettings& settings, RunRecords& records)
     : m_TaskId(entry.m_TaskId),
       m_Token(MakeToken()),
       m_Overlap(job.m_Overlap),
@@ -69,7 +69,7 @@ Run::Run(const TaskBatch::Entry& entry, const Job& job, std::optional<long> peri
   const auto process = ProcessTable::Find(m_FirstPid);
   const RunRecord record{m_FirstPid, process ? process->m_StartTicks : 0, ProcessTable::BootId(),
                          m_Token};
-  if (const int error = m_Records.Write(m_TaskId, record); error != 0) {
+  if (const int error = m_Records.Write({m_TaskId, record}); error != 0) {
     throw JobError(AString("cannot note the run on disk: %1").Arg(strerror(error)));
   }
   NoteStart(job);

@@ -36,7 +36,7 @@ class Run {
   /// Throws JobError when it cannot be started; nothing is left running then. Both references are
   /// borrowed.
   Run(const TaskBatch::Entry& entry, const Job& job, std::optional<long> periodEnd,
-      const HandlerSettings& settings, const RunRecords& records);
+      const HandlerSettings& settings, RunRecords& records);
   Run(const Run&) = delete;
   Run& operator=(const Run&) = delete;
 
@@ -82,7 +82,7 @@ class Run {
   const long m_TimeoutSeconds;
   const std::optional<long> m_PeriodEnd;
   const std::chrono::milliseconds m_KillGrace;
-  const RunRecords& m_Records;
+  RunRecords& m_Records;
   const Clock::time_point m_Start = Clock::now();
   const long m_StartTime;
 

@@ -1,45 +1,49 @@
 #pragma once
 
+#include "agent/handler/run/RunRecord.h"
+#include "agent/handler/system/FileDescriptor.h"
+
 #include <BaseSDK/AString.h>
 
-#include <sys/types.h>
-
-#include <string>
+#include <cstddef>
+#include <string_view>
 #include <vector>
 
 namespace NoxHandler {
 
-/// What is noted on disk about a run for as long as it goes on, so that an agent that comes after
-/// one that was killed finds the processes which that one left running.
-struct RunRecord {
-  pid_t m_Pid = 0;  ///< of the command, which is also its session and process group
-  unsigned long long m_StartTicks = 0;
-  std::string m_BootId;
-  std::string m_Token;  ///< value of the variable NOX_RUN_ID that the run's processes were given
-};
-
-/// The records of one agent, one file per task in a directory of their own. They have to outlive
-/// the agent, not the machine: a boot ends the processes too, so nothing is flushed to disk.
+/// The records of one agent's runs: a file with a slot for each run that may go on at the same
+/// time. All its space is taken when the agent starts and a record is written in its place, so a
+/// disk that is full later keeps no job from running, least of all the one that would make room.
+///
+/// Records have to outlive the agent, not the machine: a boot ends the processes too, so they are
+/// not flushed to disk. [one thread at a time]
 class RunRecords {
  public:
-  /// `directory` exists and is written by this agent alone.
-  explicit RunRecords(const BaseSDK::AString& directory) : m_Directory(directory) {}
+  /// Opens or creates the file "runs" and sees to its space. What cannot be read is logged and
+  /// cleared. Without a file or the space this is logged, and Write tries for itself. `directory`
+  /// is written by this agent alone.
+  RunRecords(const BaseSDK::AString& directory, std::size_t slots);
 
-  /// 0, or an errno: the record is not there then.
-  int Write(const BaseSDK::AString& taskId, const RunRecord& record) const;
-  void Remove(const BaseSDK::AString& taskId) const;
+  /// 0, or an errno: the record is not there then. A task has one record at most.
+  int Write(const NamedRunRecord& named);
+  void Remove(const BaseSDK::AString& taskId);
 
-  struct Named {
-    BaseSDK::AString m_TaskId;
-    RunRecord m_Record;
-  };
-  /// All that can be read; what cannot is logged and deleted.
-  std::vector<Named> All() const;
+  /// All that are there.
+  std::vector<NamedRunRecord> All() const;
 
  private:
-  BaseSDK::AString FileName(const BaseSDK::AString& taskId) const;
+  int Open();
+  void ReadSlots();
+  int TakeSpace() const;
+  bool IsFileGone() const;
+  int Put(std::size_t slot, std::string_view bytes) const;
+  std::string Get(std::size_t slot) const;
+  std::size_t SlotFor(const BaseSDK::AString& taskId);
 
-  const BaseSDK::AString m_Directory;
+  const BaseSDK::AString m_FileName;
+  const std::size_t m_Reserved;  ///< slots whose space is held
+  FileDescriptor m_File;
+  std::vector<BaseSDK::AString> m_Slots;  ///< whose record is in it; empty: free
 };
 
 }  // namespace NoxHandler

@@ -36,7 +36,7 @@ void LogSkip(const AString& taskId, const char* why) {
 
 Supervisor::Supervisor(const HandlerSettings& settings)
     : m_Settings(settings),
-      m_Records(settings.m_RecordPath),
+      m_Records(settings.m_RecordPath, settings.m_MaxRuns),
       m_Reporter(settings.m_SchedulerClassId) {}
 
 Supervisor::~Supervisor() = default;
@@ -227,7 +227,7 @@ void Supervisor::Fail(const AString& taskId, const AString& reason) {
   m_Reporter.Report(taskId, "Failed");
 }
 
-std::unique_ptr<Run> Supervisor::MakeRun(const TaskBatch::Entry& entry) const {
+std::unique_ptr<Run> Supervisor::MakeRun(const TaskBatch::Entry& entry) {
   const Job job = Job::Load(m_Settings.JobFile(entry.m_TaskId));
   std::optional<long> periodEnd;
   if (entry.m_KillAtEnd) {

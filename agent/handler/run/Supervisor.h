@@ -70,7 +70,7 @@ class Supervisor {
   void StartWaiting();
   void StartRun(const TaskBatch::Entry& entry);
   void Fail(const BaseSDK::AString& taskId, const BaseSDK::AString& reason);
-  std::unique_ptr<Run> MakeRun(const TaskBatch::Entry& entry) const;
+  std::unique_ptr<Run> MakeRun(const TaskBatch::Entry& entry);
   void BeginStop();
   void AdvanceRuns();
   bool NeedsAdvance(const Slot& slot) const;
@@ -81,13 +81,13 @@ class Supervisor {
   int WaitMilliseconds() const;
 
   const HandlerSettings m_Settings;
-  const RunRecords m_Records;
   const WakeHandle m_Wake;  ///< something was posted, or Stop was called
   const WakeHandle m_Done;  ///< the thread's work is over
   std::thread m_Thread;
   LatestRuns m_Latest;
 
-  /// The thread's own.
+  /// The thread's own, once it runs.
+  RunRecords m_Records;
   StateReporter m_Reporter;
   WallTimer m_PeriodTimer;
   std::map<BaseSDK::AString, Slot> m_Slots;

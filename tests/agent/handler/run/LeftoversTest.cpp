@@ -50,8 +50,8 @@ class Leftovers : public SupervisorFixture {
   }
 
   void EndLeftovers(const RunRecord& record, std::chrono::milliseconds grace = LongGrace) {
-    const RunRecords records(AString((m_Directory / "records").c_str()));
-    ASSERT_EQ(records.Write("a", record), 0);
+    RunRecords records(AString((m_Directory / "records").c_str()), 1);
+    ASSERT_EQ(records.Write({"a", record}), 0);
     NoxHandler::Leftovers::End(records, grace);
     EXPECT_TRUE(records.All().empty());
   }
@@ -120,8 +120,8 @@ TEST_F(Leftovers, DoNotOutliveTheMachine) {
 TEST_F(Leftovers, AreEndedBeforeTheirTaskRunsAgain) {
   StartSession("echo $$ > $STARTED; exec sleep 1000");
   const std::string left = Started();
-  const RunRecords records(AString((m_Directory / "records").c_str()));
-  ASSERT_EQ(records.Write("a", Record()), 0);
+  RunRecords records(AString((m_Directory / "records").c_str()), 1);
+  ASSERT_EQ(records.Write({"a", Record()}), 0);
   AddJob("a", "kill -0 " + left + " 2>/dev/null && ps -o stat= -p " + left +
                   " | grep -qv Z && exit 1; exit 0");
   StartSupervisor();

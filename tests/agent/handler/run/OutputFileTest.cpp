@@ -1,10 +1,13 @@
 #include "agent/handler/run/OutputFile.h"
 
+#include "tests/agent/handler/FullDisk.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempDir.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <memory>
 
 using BaseSDK::ALogger;
 using BaseSDK::AString;
@@ -94,6 +97,50 @@ TEST(OutputFile, WritesNotesOnLinesOfTheirOwn) {
       directory.Read("a.log"),
       testing::MatchesRegex("no end\n-- [0-9]{4}(-[0-9]{2}){2} [0-9]{2}(:[0-9]{2}){2} over\n"
                             "-- [-: 0-9]* again\n"));
+}
+
+TEST(OutputFile, GoesOnWhenThereIsRoomAgainAndSaysWhatIsMissing) {
+  const LogCapture log;
+  const TempDir directory;
+  OutputFile file(Name(directory));
+  file.Append("one");
+  {
+    const FullDisk full(directory.Path());
+    file.Append("two\n");
+    file.AppendNote("three");
+  }
+  file.AppendNote("four");
+  file.Append("five\n");
+  EXPECT_THAT(
+      directory.Read("a.log"),
+      testing::MatchesRegex("one\n-- [-: 0-9]* output is missing here: it could not be written\n"
+                            "-- [-: 0-9]* four\nfive\n"));
+  EXPECT_EQ(log.Lines().size(), 1u);
+  EXPECT_EQ(log.CountContaining("Cannot write the output file"), 1u);
+  EXPECT_EQ(log.CountContaining("a.log: No space left on device."), 1u);
+}
+
+TEST(OutputFile, IsMadeWhenThereIsRoomAgain) {
+  const TempDir directory;
+  auto full = std::make_unique<FullDisk>(directory.Path());
+  OutputFile file(Name(directory));
+  file.Append("one\n");
+  EXPECT_FALSE(directory.Has("a.log"));
+  full.reset();
+  file.Append("two\n");
+  EXPECT_THAT(directory.Read("a.log"), testing::EndsWith("it could not be written\ntwo\n"));
+}
+
+TEST(OutputFile, IsCutBackWithoutNewSpace) {
+  const TempDir directory;
+  const std::string lines = NumberedLines(0, 20000);
+  OutputFile file(Name(directory));
+  file.Append(std::string_view(lines).substr(0, 2 * OutputFile::KeepBytes));
+  const FullDisk full(directory.Path());
+  file.Append("last\n");
+  const std::string kept = directory.Read("a.log");
+  EXPECT_LE(kept.size(), OutputFile::KeepBytes);
+  EXPECT_TRUE(kept.ends_with("last\n"));
 }
 
 TEST(OutputFile, SaysOnceThatItCannotBeWritten) {

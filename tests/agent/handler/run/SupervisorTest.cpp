@@ -1,6 +1,7 @@
 #include "agent/handler/run/Supervisor.h"
 
 #include "agent/handler/system/WallClock.h"
+#include "tests/agent/handler/FullDisk.h"
 #include "tests/agent/handler/run/SupervisorFixture.h"
 
 #include <gmock/gmock.h>
@@ -10,6 +11,7 @@
 #include <atomic>
 #include <map>
 
+using BaseSDK::ALogger;
 using BaseSDK::AString;
 using States = std::vector<std::string>;
 
@@ -39,6 +41,14 @@ class Supervisor : public SupervisorFixture {
       facts[key.ToUtf8()] = value.ToUtf8();
     }
     return facts;
+  }
+  // By what an agent would read that comes after this one.
+  States RecordedTasks() const {
+    States tasks;
+    for (const auto& named : RunRecords(AString((m_Directory / "records").c_str()), 0).All()) {
+      tasks.push_back(named.m_TaskId.ToUtf8());
+    }
+    return tasks;
   }
   static States Without(States states, const std::string& unwanted) {
     std::erase(states, unwanted);
@@ -331,7 +341,7 @@ TEST_F(Supervisor, EndsAllRunsWhenItStops) {
   EXPECT_EQ(LogCount("Task 'a' failed: ended by the end of the command handler"), 1u);
   EXPECT_FALSE(m_Supervisor->IsBusy());
   EXPECT_FALSE(m_Started.HasLine());
-  EXPECT_TRUE(std::filesystem::is_empty(m_Directory / "records"));
+  EXPECT_EQ(RecordedTasks(), States{});
 }
 
 TEST_F(Supervisor, StopsThoughARunIgnoresThat) {
@@ -348,10 +358,36 @@ TEST_F(Supervisor, NotesARunForAsLongAsItGoesOn) {
   StartSupervisor();
   Dispatch("a");
   (void)Started();
-  EXPECT_TRUE(m_Directory.Has("records/a.run"));
+  EXPECT_EQ(RecordedTasks(), States{"a"});
   OpenGate();
   (void)m_Scheduler.WaitForStates(1);
-  EXPECT_FALSE(m_Directory.Has("records/a.run"));
+  EXPECT_EQ(RecordedTasks(), States{});
+}
+
+// Else the job that would make room could not run either.
+TEST_F(Supervisor, RunsJobsOnAFullDisk) {
+  AddJob("a", "echo out; echo $$ > $STARTED; read line < $GATE");
+  AddJob("b", "exit 3");
+  StartSupervisor(LongGrace, 2);
+  {
+    const FullDisk full(m_Directory.Path());
+    Dispatch("a");
+    (void)Started();
+    EXPECT_EQ(RecordedTasks(), States{"a"});
+    Dispatch("b");
+    EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"b Failed"});
+    EXPECT_EQ(Run("b")["reason"].find("exit status 3 after "), 0u);
+    OpenGate();
+    EXPECT_EQ(m_Scheduler.WaitForStates(2).back(), "a Ok");
+  }
+  for (const char* name : {"a", "b"}) {
+    EXPECT_EQ(LogCount("Cannot open the output file " +
+                       (m_Directory / ("output/" + std::string(name) + ".log")).string() +
+                       ": No space left on device"),
+              1u);
+  }
+  EXPECT_EQ(m_Log.Messages(ALogger::Error).size(), 0u);
+  EXPECT_EQ(RecordedTasks(), States{});
 }
 
 TEST_F(Supervisor, RunsNothingThatItCannotNote) {
