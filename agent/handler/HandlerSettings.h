@@ -23,6 +23,9 @@ struct HandlerSettings {
   BaseSDK::AString JobFile(const BaseSDK::AString& taskId) const {
     return BaseSDK::AString("%1/%2.job").Arg(m_JobPath, taskId);
   }
+  BaseSDK::AString OutputFile(const BaseSDK::AString& taskId) const {
+    return BaseSDK::AString("%1/%2.log").Arg(m_OutputPath, taskId);
+  }
 };
 
 }  // namespace NoxHandler

@@ -65,7 +65,7 @@ Run::Run(const TaskBatch::Entry& entry, const Job& job, std::optional<long> peri
       m_Child(Launch(job, entry, m_Token)),
       m_FirstPid(m_Child.Pid()),
       m_Session(m_FirstPid),
-      m_Output(AString("%1/%2.log").Arg(settings.m_OutputPath, m_TaskId)) {
+      m_Output(settings.OutputFile(m_TaskId)) {
   const auto process = ProcessTable::Find(m_FirstPid);
   const RunRecord record{m_FirstPid, process ? process->m_StartTicks : 0, ProcessTable::BootId(),
                          m_Token};

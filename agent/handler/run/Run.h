@@ -53,6 +53,8 @@ class Run {
   /// Asks the run's processes to end, and kills them when the grace has passed. The first reason
   /// stands.
   void End(EndReason reason);
+  /// A line of the handler's own in the task's output file.
+  void AppendNote(const BaseSDK::AString& text) { m_Output.AppendNote(text); }
 
   /// Whether the last process is gone. The run's record is gone too then.
   bool IsOver() const { return m_IsOver; }

@@ -3,6 +3,7 @@
 #include "agent/handler/Log.h"
 #include "agent/handler/process/LaunchTrial.h"
 #include "agent/handler/run/Leftovers.h"
+#include "agent/handler/run/OutputFile.h"
 #include "agent/handler/system/WallClock.h"
 #include "agent/handler/task/ActivePeriod.h"
 
@@ -27,7 +28,9 @@ namespace {
 // Beyond the time that its runs may take to end: for whatever else the thread is in the middle of.
 constexpr auto StopMargin = 10s;
 
-void LogSkip(const AString& taskId, const char* why) {
+constexpr const char* HandlerEnds = "the command handler ends";
+
+void LogSkip(const AString& taskId, const AString& why) {
   ALOG(HandlerLog(), ALogger::Information, HandlerSource,
        AString("Task '%1' is due, but %2").Arg(taskId, why));
 }
@@ -108,7 +111,11 @@ void Supervisor::Main() {
       BeginStop();
     }
     for (const TaskBatch::Entry& entry : entries) {
-      Dispatch(entry);
+      if (m_GiveUpAt) {
+        Skip(entry.m_TaskId, HandlerEnds);
+      } else {
+        Dispatch(entry);
+      }
     }
     AdvanceRuns();
     m_Reporter.Retry();
@@ -122,16 +129,13 @@ void Supervisor::Main() {
   m_Done.Set();
 }
 
-// Whether the thread is to stop. What was posted is then dropped: those tasks say "Started" and
+// Whether the thread is to stop. What was posted is then left out: those tasks say "Started" and
 // are run after the next start of the agent.
 bool Supervisor::TakePosted(std::vector<TaskBatch::Entry>& entries) {
   m_Wake.Clear();
   AMutexGuard guard(m_Lock);
-  if (!m_Stop) {
-    entries.swap(m_Posted);
-    m_IsBusy = m_IsBusy || !entries.empty();
-  }
-  m_Posted.clear();
+  entries.swap(m_Posted);
+  m_IsBusy = m_IsBusy || !entries.empty();
   return m_Stop;
 }
 
@@ -198,12 +202,26 @@ void Supervisor::Queue(Slot& slot, const TaskBatch::Entry& entry) {
 }
 
 void Supervisor::LeaveOut(const TaskBatch::Entry& entry, const char* why) {
-  ALOG(HandlerLog(), ALogger::Information, HandlerSource,
-       AString("Task '%1' is due, but %2: left out").Arg(entry.m_TaskId, why));
-  // A task that is handed over as never run while its run goes on was read anew: no start of it is
-  // lost.
-  if (!entry.m_NeverRun) {
-    m_Latest.NoteSkip(entry.m_TaskId, why, WallSeconds());
+  if (entry.m_NeverRun) {
+    // It was read anew while its run goes on: no start of it is lost.
+    LogSkip(entry.m_TaskId, AString("%1: left out").Arg(why));
+  } else {
+    Skip(entry.m_TaskId, why);
+  }
+}
+
+void Supervisor::Skip(const AString& taskId, const char* why) {
+  LogSkip(taskId, AString("%1: left out").Arg(why));
+  m_Latest.NoteSkip(taskId, why, WallSeconds());
+  AppendNote(taskId, AString("left out: %1").Arg(why));
+}
+
+// To the task's output file, which the run under way has open.
+void Supervisor::AppendNote(const AString& taskId, const AString& text) {
+  if (const auto slot = m_Slots.find(taskId); slot != m_Slots.end()) {
+    slot->second.m_Run->AppendNote(text);
+  } else {
+    OutputFile(m_Settings.OutputFile(taskId)).AppendNote(text);
   }
 }
 
@@ -224,6 +242,7 @@ void Supervisor::Fail(const AString& taskId, const AString& reason) {
   ALOG(HandlerLog(), ALogger::Error, HandlerSource,
        AString("Task '%1' failed: %2").Arg(taskId, reason));
   m_Latest.NoteFailure(taskId, reason, WallSeconds());
+  AppendNote(taskId, reason);
   m_Reporter.Report(taskId, "Failed");
 }
 
@@ -241,9 +260,15 @@ void Supervisor::BeginStop() {
     return;
   }
   m_GiveUpAt = Clock::now() + m_Settings.m_KillGrace + HandlerSettings::AfterKill;
+  for (const TaskBatch::Entry& entry : m_Waiting) {
+    Skip(entry.m_TaskId, HandlerEnds);
+  }
   m_Waiting.clear();
   for (auto& [taskId, slot] : m_Slots) {
-    slot.m_Next.reset();
+    if (slot.m_Next) {
+      Skip(taskId, HandlerEnds);
+      slot.m_Next.reset();
+    }
     slot.m_Run->End(Run::EndReason::Shutdown);
   }
 }

@@ -65,6 +65,8 @@ class Supervisor {
   void DispatchToRunning(Slot& slot, const TaskBatch::Entry& entry);
   void Queue(Slot& slot, const TaskBatch::Entry& entry);
   void LeaveOut(const TaskBatch::Entry& entry, const char* why);
+  void Skip(const BaseSDK::AString& taskId, const char* why);
+  void AppendNote(const BaseSDK::AString& taskId, const BaseSDK::AString& text);
   bool IsWaiting(const BaseSDK::AString& taskId) const;
   void StartOrWait(const TaskBatch::Entry& entry);
   void StartWaiting();

@@ -14,12 +14,16 @@
 using BaseSDK::ALogger;
 using BaseSDK::AString;
 using States = std::vector<std::string>;
+using testing::MatchesRegex;
 
 namespace NoxHandlerTest {
 
 using namespace NoxHandler;
 
 namespace {
+
+// What precedes the words in a line of the handler's own.
+const std::string Note = "-- [0-9]{4}(-[0-9]{2}){2} [0-9]{2}(:[0-9]{2}){2} ";
 
 class Supervisor : public SupervisorFixture {
  protected:
@@ -108,8 +112,11 @@ TEST_F(Supervisor, StartsNoneThatWaitWhenItStops) {
   StartSupervisor(LongGrace, 1);
   m_Supervisor->Post({{"a", false, true, false}, {"b", false, true, false}});
   (void)Started();
+  ASSERT_TRUE(WaitUntil([&] { return Run("b")["state"] == "waiting"; }));
   ASSERT_TRUE(m_Supervisor->Stop());
   EXPECT_EQ(m_Scheduler.States(), States{"a Failed"});
+  EXPECT_EQ(Run("b")["skipReason"], "the command handler ends");
+  EXPECT_THAT(Output("b"), MatchesRegex(Note + "left out: the command handler ends\n"));
 }
 
 TEST_F(Supervisor, TellsOfARunFromItsStartToItsEnd) {
@@ -129,7 +136,7 @@ TEST_F(Supervisor, TellsOfARunFromItsStartToItsEnd) {
   OpenGate();
   EXPECT_EQ(m_Scheduler.WaitForStates(2).back(), "a Failed");
   run = Run("a");
-  EXPECT_THAT(run["reason"], testing::MatchesRegex("exit status 7 after [0-9]+\\.[0-9]{3} s"));
+  EXPECT_THAT(run["reason"], MatchesRegex("exit status 7 after [0-9]+\\.[0-9]{3} s"));
   EXPECT_GE(std::stol(run["end"]), start);
   EXPECT_EQ(run, (RunFacts{{"state", "ended"},
                            {"start", std::to_string(start)},
@@ -162,6 +169,28 @@ TEST_F(Supervisor, TellsOfARunThatCouldNotStart) {
                      {"end", run["start"]},
                      {"result", "Failed"},
                      {"reason", "there is no job file " + (m_Directory / "jobs/a.job").string()}}));
+  EXPECT_THAT(Output("a"), MatchesRegex(Note + "there is no job file .*/jobs/a\\.job\n"));
+}
+
+TEST_F(Supervisor, SaysInTheOutputFileWhyARunFailed) {
+  const std::map<std::string, std::string> reasons{
+      {"directory = x", ".*/a\\.job:4: directory: is to be an absolute path"},
+      {"user = nosuchuser", ".*/a\\.job:4: user: there is no user \"nosuchuser\""},
+      {"directory = /nonexistent",
+       "cannot enter the job's directory /nonexistent: No such file or directory"},
+      {"", "exit status 3 after [0-9.]* s"}};
+  StartSupervisor();
+  std::size_t runs = 0;
+  std::string output;
+  for (const auto& [keys, reason] : reasons) {
+    SCOPED_TRACE(keys);
+    AddJob("a", "exit 3", keys);
+    Dispatch("a");
+    EXPECT_EQ(m_Scheduler.WaitForStates(++runs).back(), "a Failed");
+    const std::string before = output;
+    output = Output("a");
+    EXPECT_THAT(output.substr(before.size()), MatchesRegex(Note + reason + "\n"));
+  }
 }
 
 TEST_F(Supervisor, TellsOfRunsThatWait) {
@@ -219,6 +248,7 @@ TEST_F(Supervisor, StartsNoSecondCopyWhenTheReloadDispatchesARunningTaskAgain) {
     Settle();
     EXPECT_TRUE(IsAlive(pid));
     EXPECT_FALSE(Run(overlap).contains("skipped")) << "no start of it was lost";
+    EXPECT_EQ(Output(overlap), "");
     OpenGate();
     const States states = m_Scheduler.WaitForStates(before + 2);
     EXPECT_EQ(states.back(), overlap + " Ok");
@@ -239,6 +269,7 @@ TEST_F(Supervisor, LeavesARepetitionOutWhenTheJobWantsThat) {
   EXPECT_EQ(run["state"], "running");
   EXPECT_EQ(run["skipReason"], "its previous run goes on");
   EXPECT_GE(std::stol(run["skipped"]), std::stol(run["start"]));
+  EXPECT_THAT(Output("a"), MatchesRegex(Note + "left out: its previous run goes on\n"));
   OpenGate();
   EXPECT_EQ(m_Scheduler.WaitForStates(2).back(), "a Ok");
   Settle();
