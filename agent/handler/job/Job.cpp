@@ -13,6 +13,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <optional>
 
 using BaseSDK::AIniText;
@@ -25,7 +26,8 @@ namespace {
 constexpr std::size_t MaxFileBytes = 64 * 1024;
 constexpr long MaxTimeoutSeconds = 10L * 365 * 86400;
 
-// "90" and "90s" are seconds, "5m" minutes, "2h" hours.
+// "90" and "90s" are seconds, "5m" minutes, "2h" hours. One more than may be stands for any number
+// that is too large.
 std::optional<long> ParseSeconds(const AString& text) {
   long factor = 1;
   AString digits = text;
@@ -37,10 +39,10 @@ std::optional<long> ParseSeconds(const AString& text) {
   const bool isNumber =
       !digits.IsEmpty() && digits.Str().find_first_not_of(L"0123456789") == std::wstring::npos;
   const long number = digits.ToLong();
-  if (!isNumber || number > MaxTimeoutSeconds / factor) {
+  if (!isNumber) {
     return std::nullopt;
   }
-  return number * factor;
+  return number > MaxTimeoutSeconds / factor ? MaxTimeoutSeconds + 1 : number * factor;
 }
 
 bool IsVariableName(const AString& name) {
@@ -114,8 +116,14 @@ class JobReader {
   AString TakeTimeout(const AString& value) {
     const auto seconds = ParseSeconds(value);
     m_Job.m_TimeoutSeconds = seconds.value_or(0);
-    return seconds ? AString()
-                   : AString("is to be a number of seconds, or a number with s, m or h after it");
+    if (!seconds) {
+      return "is to be a number of seconds, or a number with s, m or h after it";
+    }
+    return *seconds <= MaxTimeoutSeconds
+               ? AString()
+               : AString("is to be at most %1 seconds, which are %2h")
+                     .Arg(AString().SetNum(MaxTimeoutSeconds, 'd'),
+                          AString().SetNum(MaxTimeoutSeconds / 3600, 'd'));
   }
 
   AString TakeOverlap(const AString& value) {
@@ -139,15 +147,18 @@ const std::array<JobReader::Key, 6> JobReader::Keys{{{"command", &JobReader::Tak
                                                      {"timeout", &JobReader::TakeTimeout},
                                                      {"overlap", &JobReader::TakeOverlap}}};
 
-Job ReadJob(const AIniText& ini) {
+Job ReadJob(const AIniText& ini, std::vector<AString>& problems) {
   JobReader reader;
   reader.m_Job.m_FileName = ini.FileName();
   for (const AIniText::Section& section : ini.Sections()) {
     for (const AIniText::Entry& entry : section.m_Entries) {
       if (const AString reason = reader.Take(section.m_Name, entry); !reason.IsEmpty()) {
-        throw ini.ErrorAt(entry.m_Line, reason);
+        problems.push_back(AString(ini.ErrorAt(entry.m_Line, reason).what()));
       }
     }
+  }
+  if (!reader.m_Job.m_Lines.contains("command")) {
+    problems.push_back(AString("%1: the section \"Job\" has no \"command\"").Arg(ini.FileName()));
   }
   return reader.m_Job;
 }
@@ -159,15 +170,33 @@ JobError SystemError(const AString& what, const AString& fileName) {
           : AString("cannot %1 the job file %2: %3").Arg(what, fileName, strerror(errno)));
 }
 
+// Whoever can write a job, or put another one in its place, has the rights that it runs with.
+void RefuseStrangers(const char* what, const AString& name, const struct stat& info) {
+  const bool isRoot = geteuid() == 0;
+  const bool isOwnersOwn = info.st_uid == 0 || info.st_uid == geteuid();
+  // Users often have a group of their own, which may write what they write.
+  const mode_t others = isRoot ? S_IWGRP | S_IWOTH : S_IWOTH;
+  if (isOwnersOwn && (info.st_mode & others) == 0) {
+    return;
+  }
+  throw JobError(
+      AString(isRoot
+                  ? "the job %1 %2 is to belong to root and to be writable by root alone (chown "
+                    "root, chmod go-w), for jobs run with root's rights"
+                  : "the job %1 %2 is to belong to the agent's user or root and not to be writable "
+                    "by everybody (chmod o-w), for jobs run with the agent's rights")
+          .Arg(what, name));
+}
+
 void RefuseUnsafe(const AString& fileName, const struct stat& info) {
   if (!S_ISREG(info.st_mode)) {
     throw JobError(AString("the job file %1 is not a regular file").Arg(fileName));
   }
-  const bool othersWrite = (info.st_mode & (S_IWGRP | S_IWOTH)) != 0;
-  if (geteuid() == 0 && (info.st_uid != 0 || othersWrite)) {
-    throw JobError(AString("the job file %1 is to belong to root and to be writable by root alone "
-                           "(chown root, chmod go-w), for it runs with root's rights")
-                       .Arg(fileName));
+  RefuseStrangers("file", fileName, info);
+  const std::string directory = std::filesystem::path(fileName.ToUtf8()).parent_path();
+  struct stat directoryInfo {};
+  if (stat(directory.c_str(), &directoryInfo) == 0) {
+    RefuseStrangers("directory", AString(directory.c_str()), directoryInfo);
   }
 }
 
@@ -191,14 +220,20 @@ std::string ReadBytes(int fd, const AString& fileName) {
 }  // namespace
 
 Job Job::Parse(const AString& fileName, const AString& text) {
+  std::vector<AString> problems;
+  const Job job = Parse(fileName, text, problems);
+  if (!problems.empty()) {
+    throw JobError(problems.front());
+  }
+  return job;
+}
+
+Job Job::Parse(const AString& fileName, const AString& text, std::vector<AString>& problems) {
   try {
-    const Job job = ReadJob(AIniText(fileName, text));
-    if (job.m_Command.empty()) {
-      throw JobError(AString("%1: the section \"Job\" has no \"command\"").Arg(fileName));
-    }
-    return job;
+    return ReadJob(AIniText(fileName, text), problems);
   } catch (const BaseSDK::AIniError& error) {
-    throw JobError(error.what());
+    problems.emplace_back(error.what());
+    return Job();
   }
 }
 

@@ -27,8 +27,15 @@ struct Job {
   /// Throws JobError that names file, line and key for whatever is wrong with the text.
   static Job Parse(const BaseSDK::AString& fileName, const BaseSDK::AString& text);
 
-  /// Parse of a file. When the agent runs as root, a file that others than root may have written
-  /// is refused too: it would hand them root's rights.
+  /// The same without an exception: adds all that is wrong, in the file's order. A line that is no
+  /// line of such a file is told alone.
+  static Job Parse(const BaseSDK::AString& fileName, const BaseSDK::AString& text,
+                   std::vector<BaseSDK::AString>& problems);
+
+  /// Parse of a file. One that a stranger may have written is refused too, or whose directory a
+  /// stranger may write to: it would hand him the agent's rights. Strangers are all but root and
+  /// the agent's user, to whom file and directory have to belong; for an agent that runs as root,
+  /// the group may not write either.
   static Job Load(const BaseSDK::AString& fileName);
 
   /// "FILE:LINE: key: reason", for what is wrong with a value as things stand on the machine.

@@ -126,9 +126,10 @@ TEST(Job, NamesFileLineAndKeyOfWhatIsWrong) {
       {"[Job]\ncommand=x\ntimeout=-1",
        "/jobs/a.job:3: timeout: is to be a number of seconds, or a "
        "number with s, m or h after it"},
-      {"[Job]\ncommand=x\ntimeout=99999999h",
-       "/jobs/a.job:3: timeout: is to be a number of "
-       "seconds, or a number with s, m or h after it"},
+      {"[Job]\ncommand=x\ntimeout=87601h",
+       "/jobs/a.job:3: timeout: is to be at most 315360000 seconds, which are 87600h"},
+      {"[Job]\ncommand=x\ntimeout=99999999999999999999",
+       "/jobs/a.job:3: timeout: is to be at most 315360000 seconds, which are 87600h"},
       {"[Job]\ncommand=x\noverlap=Skip", "/jobs/a.job:3: overlap: is to be skip, queue or kill"},
       {"[Environment]\nA-B=1", "/jobs/a.job:2: \"A-B\" is no name for a variable"},
       {"[Job]\ncommand=\xFF",
@@ -160,22 +161,45 @@ TEST(Job, RefusesAFileLargerThan64KiB) {
             "the job file " + (directory / "a.job").string() + " is larger than 64 KiB");
 }
 
-// Root alone can be tricked into lending its rights; for an ordinary user the same file is fine.
-TEST(Job, RefusesForRootAFileThatOthersMayHaveWritten) {
+TEST(Job, TellsOfAllThatIsWrongAtOnce) {
+  std::vector<AString> problems;
+  const char* const text = "[Job]\ntimeout=x\nuser=\n[Environment]\nA-B=1\n[Jobs]\ncommand=x\n";
+  (void)Job::Parse("a.job", text, problems);
+  EXPECT_EQ(
+      problems,
+      (std::vector<AString>{
+          "a.job:2: timeout: is to be a number of seconds, or a number with s, m or h after it",
+          "a.job:3: user: a user's name is missing", "a.job:5: \"A-B\" is no name for a variable",
+          "a.job:7: unknown section \"Jobs\" (known: Job, Environment)",
+          "a.job: the section \"Job\" has no \"command\""}));
+}
+
+// Whoever can write a job has the rights that it runs with.
+TEST(Job, RefusesWhatStrangersMayHaveWritten) {
+  const bool isRoot = geteuid() == 0;
+  const std::string wanted =
+      isRoot ? " is to belong to root and to be writable by root alone (chown root, chmod go-w), "
+               "for jobs run with root's rights"
+             : " is to belong to the agent's user or root and not to be writable by everybody "
+               "(chmod o-w), for jobs run with the agent's rights";
   const TempDir directory;
   directory.Write("a.job", "[Job]\ncommand=true\n");
-  ASSERT_EQ(chmod((directory / "a.job").c_str(), 0666), 0);
-  const bool isRoot = geteuid() == 0;
-  EXPECT_EQ(LoadErrorOf(directory / "a.job"),
-            isRoot ? "the job file " + (directory / "a.job").string() +
-                         " is to belong to root and to be writable by root alone (chown root, "
-                         "chmod go-w), for it runs with root's rights"
-                   : "no error");
-  if (isRoot) {
-    ASSERT_EQ(chmod((directory / "a.job").c_str(), 0644), 0);
-    EXPECT_EQ(LoadErrorOf(directory / "a.job"), "no error");
-    ASSERT_EQ(chown((directory / "a.job").c_str(), 65534, 0), 0);
-    EXPECT_NE(LoadErrorOf(directory / "a.job"), "no error");
+  const std::string file = (directory / "a.job").string();
+  for (const std::string& path : {file, directory.Path().string()}) {
+    SCOPED_TRACE(path);
+    const std::string error =
+        std::string("the job ") + (path == file ? "file " : "directory ") + path + wanted;
+    ASSERT_EQ(chmod(path.c_str(), 0757), 0);
+    EXPECT_EQ(LoadErrorOf(file), error);
+    ASSERT_EQ(chmod(path.c_str(), 0775), 0);
+    EXPECT_EQ(LoadErrorOf(file), isRoot ? error : "no error");
+    ASSERT_EQ(chmod(path.c_str(), 0755), 0);
+    EXPECT_EQ(LoadErrorOf(file), "no error");
+    if (isRoot) {
+      ASSERT_EQ(chown(path.c_str(), 65534, 0), 0);
+      EXPECT_EQ(LoadErrorOf(file), error);
+      ASSERT_EQ(chown(path.c_str(), 0, 0), 0);
+    }
   }
 }
 
