@@ -10,16 +10,12 @@ namespace NoxHandler {
 namespace {
 
 constexpr const char* DefaultPath = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
+constexpr const char* DefaultLanguage = "C.UTF-8";
 
 using Variables = std::map<std::string, std::string>;
 
 Variables BaseEnvironment(const Account& account) {
-  Variables variables{{"PATH", DefaultPath}};
-  for (const char* name : {"PATH", "LANG"}) {
-    if (const char* value = std::getenv(name); value != nullptr && *value != '\0') {
-      variables[name] = value;
-    }
-  }
+  Variables variables{{"PATH", DefaultPath}, {"LANG", DefaultLanguage}};
   // The agent's own TZ stands for a file, which not every program understands.
   if (const char* zone = std::getenv("TZ"); zone != nullptr && !BaseSDK::ASystemZone::IsHeld()) {
     variables["TZ"] = zone;

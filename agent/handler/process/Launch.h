@@ -21,9 +21,10 @@ struct Launch {
   std::string m_Directory;
   bool m_MustEnterDirectory = false;  ///< else the root directory will do in its place
 
-  /// The environment is the user's (HOME, USER, LOGNAME, SHELL), the agent's PATH and LANG, its
-  /// TZ when the administrator set one, NOX_TASK_ID, NOX_LATE ("0" or "1"), NOX_RUN_ID with the
-  /// given token, and what the job sets. Nothing else of the agent's environment gets through.
+  /// The environment is the user's (HOME, USER, LOGNAME, SHELL), PATH and LANG with fixed values,
+  /// the agent's TZ when the administrator set one, NOX_TASK_ID, NOX_LATE ("0" or "1"), NOX_RUN_ID
+  /// with the given token, and what the job sets. Nothing else of the agent's environment gets
+  /// through, so that a job finds the same whoever has started the agent.
   /// Throws JobError when the job's user cannot be had.
   Launch(const Job& job, const TaskBatch::Entry& entry, const std::string& token);
 };

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <pwd.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -46,6 +47,44 @@ void InChild(const std::function<void()>& body) {
 }
 
 }  // namespace
+
+// docs/command-handler.md has the table.
+TEST(Launch, GivesAJobTheSameEnvironmentWhoeverStartedTheAgent) {
+  InChild([] {
+    ASSERT_EQ(clearenv(), 0);
+    Variables expected = EnvironmentOf("");
+    EXPECT_EQ(expected["PATH"], "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin");
+    EXPECT_EQ(expected["LANG"], "C.UTF-8");
+    for (const char* name : {"PATH", "LANG", "LC_ALL", "HOME", "SHELL", "USER", "LOGNAME", "TERM",
+                             "LD_PRELOAD", "INVOCATION_ID", "NOX_TASK_ID", "NOX_LATE"}) {
+      ASSERT_EQ(setenv(name, "/of/whoever/started/it", 1), 0);
+    }
+    EXPECT_EQ(EnvironmentOf(""), expected);
+    const passwd* const user = getpwuid(geteuid());
+    ASSERT_NE(user, nullptr);
+    EXPECT_EQ(expected, (Variables{{"PATH", expected["PATH"]},
+                                   {"LANG", expected["LANG"]},
+                                   {"HOME", user->pw_dir},
+                                   {"SHELL", user->pw_shell},
+                                   {"USER", user->pw_name},
+                                   {"LOGNAME", user->pw_name},
+                                   {"NOX_TASK_ID", "a"},
+                                   {"NOX_LATE", "1"},
+                                   {"NOX_RUN_ID", "token"}}));
+  });
+}
+
+TEST(Launch, LetsAJobSetAllButWhatTellsOfTheRun) {
+  const Variables variables = EnvironmentOf(
+      "[Environment]\nPATH = /x\nHOME = /y\nNEW = z\nNOX_TASK_ID = b\nNOX_LATE = 7\n"
+      "NOX_RUN_ID = c\n");
+  EXPECT_EQ(variables.at("PATH"), "/x");
+  EXPECT_EQ(variables.at("HOME"), "/y");
+  EXPECT_EQ(variables.at("NEW"), "z");
+  EXPECT_EQ(variables.at("NOX_TASK_ID"), "a");
+  EXPECT_EQ(variables.at("NOX_LATE"), "1");
+  EXPECT_EQ(variables.at("NOX_RUN_ID"), "token");
+}
 
 TEST(Launch, HandsOnTheZoneThatTheAdministratorSet) {
   InChild([] {
