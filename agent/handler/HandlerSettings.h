@@ -19,6 +19,7 @@ struct HandlerSettings {
   static constexpr std::chrono::seconds AfterKill{10};
   /// How many runs go on at the same time; each takes three descriptors of the usual 1024.
   std::size_t m_MaxRuns = 200;
+  bool m_LogOutput = true;  ///< whether what the commands put out goes to the log too
 
   BaseSDK::AString JobFile(const BaseSDK::AString& taskId) const {
     return BaseSDK::AString("%1/%2.job").Arg(m_JobPath, taskId);

@@ -53,6 +53,14 @@ long Number(const char* key, long fallback, long least, long most) {
   return number;
 }
 
+bool YesOrNo(const char* key, bool fallback) {
+  const AString text = Value(key, fallback ? "yes" : "no");
+  if (text != AString("yes") && text != AString("no")) {
+    Refuse(key, AString("\"%1\" is neither yes nor no").Arg(text));
+  }
+  return text == AString("yes");
+}
+
 AString SchedulerClassId() {
   const char* const key = "scheduler_class_id";
   const AString text = Value(key, NoxAgent::SchedulerClassId);
@@ -73,6 +81,7 @@ HandlerSettings ReadHandlerSettings() {
   const long grace = Number("kill_grace_seconds", GraceSeconds, 0, MaxGraceSeconds);
   const long maxRuns = Number("max_runs", MaxRuns, 1, MaxMaxRuns);
   HandlerSettings settings;
+  settings.m_LogOutput = YesOrNo("job_output", settings.m_LogOutput);
   settings.m_SchedulerClassId = SchedulerClassId();
   settings.m_KillGrace = std::chrono::seconds(grace);
   settings.m_MaxRuns = static_cast<std::size_t>(maxRuns);

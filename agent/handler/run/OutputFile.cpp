@@ -125,7 +125,7 @@ bool OutputFile::Fail(const char* action, int error) {
   if (!m_IsTold) {
     m_IsTold = true;
     ALOG(HandlerLog(), ALogger::Warning, HandlerSource,
-         AString("Cannot %1 the output file %2: %3. What is missing there is in the log alone.")
+         AString("Cannot %1 the output file %2: %3. What cannot be written there is left out.")
              .Arg(action, m_Name, strerror(error)));
   }
   return false;

@@ -65,6 +65,7 @@ Run::Run(const TaskBatch::Entry& entry, const Job& job, std::optional<long> peri
       m_Child(Launch(job, entry, m_Token)),
       m_FirstPid(m_Child.Pid()),
       m_Session(m_FirstPid),
+      m_LogOutput(settings.m_LogOutput),
       m_Output(settings.OutputFile(m_TaskId)) {
   const auto process = ProcessTable::Find(m_FirstPid);
   const RunRecord record{m_FirstPid, process ? process->m_StartTicks : 0, ProcessTable::BootId(),
@@ -233,6 +234,9 @@ AString Run::DescribeReason() const {
 }
 
 void Run::LogLines(const std::vector<AString>& lines) const {
+  if (!m_LogOutput) {
+    return;
+  }
   for (const AString& line : lines) {
     ALOG(HandlerLog(), ALogger::Information, HandlerSource,
          AString("Task '%1': %2").Arg(m_TaskId, line));

@@ -91,6 +91,7 @@ class Run {
   ChildProcess m_Child;
   const pid_t m_FirstPid;  ///< stays when the process is reaped
   Session m_Session;
+  const bool m_LogOutput;
   LineSplitter m_Lines;
   OutputFile m_Output;
 

@@ -256,6 +256,7 @@ TEST_F(CommandHandlerObject, SaysWhatIsWrongWithItsConfiguration) {
       {"kill_grace_seconds", "5s", "kill_grace_seconds: \"5s\" is not a number from 0 to 3600"},
       {"kill_grace_seconds", "-1", "kill_grace_seconds: \"-1\" is not a number from 0 to 3600"},
       {"kill_grace_seconds", "3601", "kill_grace_seconds: \"3601\" is not a number from 0 to 3600"},
+      {"job_output", "off", "job_output: \"off\" is neither yes nor no"},
       {"max_runs", "0", "max_runs: \"0\" is not a number from 1 to 100000"},
       {"scheduler_class_id", "x", "scheduler_class_id: \"x\" is not a class identifier"},
   };

@@ -170,6 +170,15 @@ TEST_F(Run, PutsOutputAndErrorsIntoTheLogAndTheFile) {
   }
 }
 
+TEST_F(Run, PutsOutputIntoTheFileAloneWhenTheConfigurationSaysSo) {
+  m_LogOutput = false;
+  EXPECT_EQ(RunToEnd("echo one; printf three"), "a Ok");
+  EXPECT_EQ(Output("a").find("one\nthree\n-- "), 0u) << Output("a");
+  EXPECT_EQ(LogCount("one"), 0u);
+  EXPECT_EQ(LogCount("three"), 0u);
+  EXPECT_EQ(LogCount("Task 'a' succeeded: "), 1u);
+}
+
 TEST_F(Run, LosesNoneOfItsOutput) {
   EXPECT_EQ(RunToEnd("seq 1 20000"), "a Ok");
   EXPECT_EQ(LogCount("Task 'a': 20000"), 1u);

@@ -63,6 +63,7 @@ void SupervisorFixture::StartSupervisor(std::chrono::milliseconds killGrace, std
   settings.m_SchedulerClassId = NoxAgent::SchedulerClassId;
   settings.m_KillGrace = killGrace;
   settings.m_MaxRuns = maxRuns;
+  settings.m_LogOutput = m_LogOutput;
   m_Supervisor = std::make_unique<Supervisor>(settings);
   m_Supervisor->Start();
 }

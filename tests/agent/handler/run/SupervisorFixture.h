@@ -52,6 +52,7 @@ class SupervisorFixture : public testing::Test {
   FakeScheduler m_Scheduler;
   Fifo m_Started;
   Fifo m_Gate;
+  bool m_LogOutput = true;  ///< for a supervisor that is yet to start
   std::unique_ptr<Supervisor> m_Supervisor;
 };
 
