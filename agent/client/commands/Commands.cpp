@@ -9,6 +9,7 @@ void AddAllCommands(CommandLine& line, CommandContext& context) {
   AddAgentCommands(line, context);
   AddWatchCommand(line, context);
   AddCheckCommand(line, context);
+  AddCheckJobCommand(line, context);
   AddSimulateCommand(line, context);
   AddNextCommand(line, context);
   AddExplainCommand(line, context);

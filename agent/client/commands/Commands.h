@@ -14,6 +14,7 @@ namespace NoxAgent {
 void AddAddCommand(CommandLine& line, CommandContext& context);
 void AddAgentCommands(CommandLine& line, CommandContext& context);  ///< refresh, status, notify
 void AddCheckCommand(CommandLine& line, CommandContext& context);
+void AddCheckJobCommand(CommandLine& line, CommandContext& context);
 void AddExplainCommand(CommandLine& line, CommandContext& context);
 void AddListCommand(CommandLine& line, CommandContext& context);
 void AddNextCommand(CommandLine& line, CommandContext& context);

@@ -23,7 +23,6 @@ namespace NoxHandler {
 
 namespace {
 
-constexpr std::size_t MaxFileBytes = 64 * 1024;
 constexpr long MaxTimeoutSeconds = 10L * 365 * 86400;
 
 // "90" and "90s" are seconds, "5m" minutes, "2h" hours. One more than may be stands for any number
@@ -201,7 +200,7 @@ void RefuseUnsafe(const AString& fileName, const struct stat& info) {
 }
 
 std::string ReadBytes(int fd, const AString& fileName) {
-  std::string bytes(MaxFileBytes + 1, '\0');
+  std::string bytes(Job::MaxFileBytes + 1, '\0');
   std::size_t size = 0;
   while (size < bytes.size()) {
     const ssize_t got = read(fd, bytes.data() + size, bytes.size() - size);

@@ -5,6 +5,7 @@
 
 #include <BaseSDK/AString.h>
 
+#include <cstddef>
 #include <map>
 #include <string>
 #include <vector>
@@ -14,6 +15,8 @@ namespace NoxHandler {
 /// What to run for a task: the content of its job file. docs/command-handler.md describes the
 /// keys. Texts for the system are bytes (UTF-8).
 struct Job {
+  static constexpr std::size_t MaxFileBytes = 64 * 1024;
+
   std::string m_Command;  ///< an absolute path, or a name to be found in PATH
   std::vector<std::string> m_Arguments;
   std::string m_User;       ///< empty: the agent's own

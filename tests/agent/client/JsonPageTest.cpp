@@ -159,6 +159,7 @@ TEST_F(JsonPage, HasTheFormOfEveryAnswer) {
   Expect("refresh", {"refresh"});
   Expect("notify", {"notify", "10", "300"});
   Expect("check", {"check", "-"}, TaskXml(WarnedTrigger));
+  Expect("check-job", {"check-job", "-"});
   Expect("simulate", {"simulate", FileWith(TaskXml(Daily)), "--from", "2026-06-15", "--to",
                       "2026-06-16", "--gate-closed", "2026-06-15 03:00..2026-06-15 04:00",
                       "--clock-step", "2026-06-15 05:00=+60", "--run-time", "7200"});
