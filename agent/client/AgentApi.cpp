@@ -137,6 +137,18 @@ std::optional<AgentApi::Attributes> RunIn(const HttpResponse& response) {
   return TextsIn(answer->At("out").At("run"));
 }
 
+// Those about the document have a place in it.
+std::vector<std::string> JobWarningsIn(const Json& answer) {
+  std::vector<std::string> texts;
+  for (const Json& warning : answer.Items("warnings")) {
+    if (!warning.Has("line")) {
+      texts.push_back(warning.Text("message", "") + "; " + warning.Text("effect", "") + "; " +
+                      warning.Text("mend", ""));
+    }
+  }
+  return texts;
+}
+
 }  // namespace
 
 HttpConnection& AgentApi::Connection() {
@@ -170,14 +182,14 @@ std::vector<HttpResponse> AgentApi::PostAll(const std::string& target,
   return answers;
 }
 
-std::string AgentApi::AddTask(const std::string& id, const std::string& xml, bool force) {
+AgentApi::AddedTask AgentApi::AddTask(const std::string& id, const std::string& xml, bool force) {
   const Json answer = Call("AddTask", {{"taskId", id}, {"taskXml", xml}}, force ? "?force=1" : "");
   if (ResultOf(answer) < 1) {
     throw CommandError(ExitCode::Failed,
                        "the scheduler could not store the task; see that its directory can be "
                        "written and has room");
   }
-  return OutText(answer, "newTaskId");
+  return {OutText(answer, "newTaskId"), JobWarningsIn(answer)};
 }
 
 std::vector<std::string> AgentApi::TaskIds() {

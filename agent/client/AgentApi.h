@@ -25,8 +25,13 @@ class AgentApi {
  public:
   explicit AgentApi(std::string socketPath) : m_SocketPath(std::move(socketPath)) {}
 
-  /// The ID under which the task is stored. `force` has the agent take a document that never runs.
-  std::string AddTask(const std::string& id, const std::string& xml, bool force);
+  struct AddedTask {
+    std::string m_Id;  ///< under which it is stored
+    /// What is wrong with the task's job, a sentence each.
+    std::vector<std::string> m_JobWarnings;
+  };
+  /// `force` has the agent take a document that never runs.
+  AddedTask AddTask(const std::string& id, const std::string& xml, bool force);
   std::vector<std::string> TaskIds();  ///< in alphabetical order
   /// Nothing when there is no such task, or when it cannot be a task's ID.
   std::optional<std::string> TaskXml(const std::string& id);

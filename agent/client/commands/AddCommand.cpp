@@ -50,12 +50,15 @@ void Add(const AddOptions& options, const CommandContext& context) {
   const BaseSDK::AString xml = ReadDocument(options.m_File, context.m_In);
   Check(options, xml, context);
   AgentApi agent = context.Agent();
-  const std::string id =
+  const AgentApi::AddedTask task =
       agent.AddTask(options.m_Id, AsciiDocument(xml).Text().ToUtf8(), options.m_Force);
+  for (const std::string& warning : task.m_JobWarnings) {
+    context.PrintWarning({{"id", task.m_Id}, {"message", warning}});
+  }
   if (context.m_Json) {
-    context.PrintJson({{"id", id}});
+    context.PrintJson({{"id", task.m_Id}});
   } else {
-    context.m_Out << id << '\n';
+    context.m_Out << task.m_Id << '\n';
   }
 }
 

@@ -55,7 +55,7 @@ std::optional<std::array<std::string, 3>> Split(const std::string& path) {
                     path.substr(first + 1, second - first - 1), path.substr(second + 1)};
 }
 
-Json Describe(const std::vector<TaskDocumentProblem>& problems) {
+Json Describe(const std::vector<TaskDocumentProblem>& problems, const AString& jobProblem) {
   Json list = Json::List{};
   for (const TaskDocumentProblem& problem : problems) {
     list.Append({{"line", problem.m_Line},
@@ -63,6 +63,11 @@ Json Describe(const std::vector<TaskDocumentProblem>& problems) {
                  {"message", problem.m_Message.ToUtf8()},
                  {"effect", problem.m_Effect.ToUtf8()},
                  {"mend", problem.m_Mend.ToUtf8()}});
+  }
+  if (!jobProblem.IsEmpty()) {
+    list.Append({{"message", "the task's job cannot be run: " + jobProblem.ToUtf8()},
+                 {"effect", "the task's runs fail"},
+                 {"mend", "mend the job before the task is due"}});
   }
   return list;
 }
@@ -97,10 +102,11 @@ Json OperationRoute::Answer(const std::string& path, const std::string& query,
   }
   call.m_Body = JsonMessage::ParseObject(body);
   JsonMessage::Decode(call.m_Body, call.m_Operation, call.m_Request);
-  const auto warnings = m_Border.Check(*call.m_Plugin, call.m_Request, force);
+  const auto problems = m_Border.Check(*call.m_Plugin, call.m_Request, force);
   Json answer = Perform(call);
-  if (!warnings.empty()) {
-    answer["warnings"] = Describe(warnings);
+  Json warnings = Describe(problems, m_Border.ProblemOfJob(call.m_Request, call.m_Reply));
+  if (!warnings.Items().empty()) {
+    answer["warnings"] = std::move(warnings);
   }
   return answer;
 }

@@ -13,6 +13,7 @@
 
 using BaseSDK::AString;
 using Corvane::AgentInterfacesV3::AMsgIn;
+using Corvane::AgentInterfacesV3::AMsgReply;
 
 namespace NoxAgent {
 namespace {
@@ -23,6 +24,17 @@ AString TextOf(const AMsgIn& request, std::string_view name) {
   const auto* const value = request.Find(name);
   const AString* const text = value != nullptr ? std::get_if<AString>(value) : nullptr;
   return text != nullptr ? *text : AString();
+}
+
+AString TextOf(const AMsgReply& reply, const char* name) {
+  const auto value = reply.Out().find(name);
+  const AString* const text =
+      value != reply.Out().end() ? std::get_if<AString>(&value->second) : nullptr;
+  return text != nullptr ? *text : AString();
+}
+
+AString HandlerOf(const AString& document) {
+  return BaseSDK::AXmlDoc(document).SelectSingleNode("//HandlerCLSID/text()");
 }
 
 // What URL encoding leaves unchanged: the scheduler reports runs by the encoded ID.
@@ -158,8 +170,24 @@ std::vector<TaskDocumentProblem> TaskBorder::CheckDocument(AMsgIn& request, bool
   return problems;
 }
 
+AString TaskBorder::ProblemOfJob(const AMsgIn& request, const AMsgReply& reply) const {
+  if (request.Interface() != "INoxTaskScheduler" || request.Operation() != "AddTask" ||
+      reply.Result() < 1) {
+    return AString();
+  }
+  const auto handler = m_Plugins.FindClass(HandlerOf(TextOf(request, "taskXml")));
+  if (handler == nullptr || !handler->Serves(Corvane::AgentInterfacesV3::IID_INoxCommandHandler)) {
+    return AString();
+  }
+  AMsgReply answer;
+  AMsgIn question("INoxCommandHandler", "CheckJob", answer);
+  question.Set("taskId", TextOf(reply, "newTaskId"));
+  handler->Send(question);
+  return TextOf(answer, "problem");
+}
+
 void TaskBorder::CheckHandler(const AString& document) const {
-  const AString classId = BaseSDK::AXmlDoc(document).SelectSingleNode("//HandlerCLSID/text()");
+  const AString classId = HandlerOf(document);
   const std::shared_ptr<Plugin> handler = m_Plugins.FindClass(classId);
   const auto place = PlaceOf(document, "<HandlerCLSID");
   if (handler == nullptr) {

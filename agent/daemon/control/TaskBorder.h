@@ -4,6 +4,7 @@
 #include "agent/document/TaskDocumentProblem.h"
 
 #include <AgentInterfacesV3/AMsgIn.h>
+#include <AgentInterfacesV3/AMsgReply.h>
 #include <BaseSDK/AString.h>
 
 #include <string_view>
@@ -27,6 +28,10 @@ class TaskBorder {
   std::vector<TaskDocumentProblem> Check(Plugin& scheduler,
                                          Corvane::AgentInterfacesV3::AMsgIn& request,
                                          bool force) const;
+  /// When the answered request has added a task whose handler runs jobs: why the task's job could
+  /// not be run as things stand, as the handler says it. Else empty. [any thread]
+  BaseSDK::AString ProblemOfJob(const Corvane::AgentInterfacesV3::AMsgIn& request,
+                                const Corvane::AgentInterfacesV3::AMsgReply& reply) const;
 
  private:
   std::vector<TaskDocumentProblem> CheckDocument(Corvane::AgentInterfacesV3::AMsgIn& request,

@@ -53,6 +53,23 @@ TEST_F(Runs, SayFailedWithoutAJob) {
   EXPECT_TRUE(m_Agent->WaitForOutput("Task 'a' failed: there is no job file"));
 }
 
+TEST_F(Runs, AreWarnedOfWhenATaskIsAddedWhoseJobCannotBeRun) {
+  StartAgent();
+  const std::string document = Document(Trigger(0, FromNow(3600)));
+  auto added = Ctl({"add", "-", "--id", "a"}, document);
+  EXPECT_EQ(added.m_Status, 0);
+  EXPECT_EQ(added.m_Output, "a\n");
+  EXPECT_EQ(added.m_Error, "noxctl: warning: the task's job cannot be run: there is no job file " +
+                               Path("state/var/jobs/a.job") +
+                               "; the task's runs fail; mend the job before the task is due\n");
+  AddJob("a", "exit 0", "user = nosuchuser");
+  added = Ctl({"add", "-", "--id", "a"}, document);
+  EXPECT_NE(added.m_Error.find("a.job:5: user: there is no user \"nosuchuser\""), std::string::npos)
+      << added.m_Error;
+  AddJob("a", "exit 0");
+  EXPECT_EQ(Ctl({"add", "-", "--id", "a"}, document).m_Error, "");
+}
+
 TEST_F(Runs, SayStartedWhileTheCommandRuns) {
   StartAgent();
   AddAsapTask("a", "touch running; while [ ! -e go ]; do sleep 0.05; done");
