@@ -70,6 +70,25 @@ TEST_F(Runs, AreWarnedOfWhenATaskIsAddedWhoseJobCannotBeRun) {
   EXPECT_EQ(Ctl({"add", "-", "--id", "a"}, document).m_Error, "");
 }
 
+// The scheduler has recorded the start that is left out; the handler knows better.
+TEST_F(Runs, TellOfAStartThatWasLeftOutWhileTheyGoOn) {
+  StartAgent();
+  AddJob("a", "touch running; while [ ! -e go ]; do sleep 0.05; done");
+  AddTask("a", Trigger(1, FromNow(0), "Interval='1' IntervalUnit='SECOND' Duration='60'"));
+  ASSERT_TRUE(WaitForFile("running"));
+  const auto run = [&] {
+    return Http("POST", "/v1/command/INoxCommandHandler/GetRun", R"({"taskId":"a"})").m_Body;
+  };
+  EXPECT_TRUE(WaitUntil([&] { return run().find("\"skipped\"") != std::string::npos; }));
+  EXPECT_NE(run().find("\"state\":\"running\""), std::string::npos) << run();
+  EXPECT_NE(run().find("\"skipReason\":\"its previous run goes on\""), std::string::npos) << run();
+  EXPECT_EQ(State("a"), "Started");
+  EXPECT_NE(m_Directory.Read("state/var/output/a.log").find(" left out: its previous run goes on"),
+            std::string::npos);
+  m_Directory.Write("go", "");
+  EXPECT_TRUE(WaitForState("a", "Ok"));
+}
+
 TEST_F(Runs, SayStartedWhileTheCommandRuns) {
   StartAgent();
   AddAsapTask("a", "touch running; while [ ! -e go ]; do sleep 0.05; done");
