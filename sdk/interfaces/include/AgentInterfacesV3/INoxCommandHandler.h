@@ -16,6 +16,7 @@ class INoxCommandHandler : public virtual INoxObject {
   ///   "pid"               the command's process, while running
   ///   "result"            "Ok" or "Failed", when ended
   ///   "reason"            in words, when ended ("exit status 1 after 2.3 s") or waiting
+  ///   "queued"            since when the task's next run waits for the end of this one, likewise
   ///   "skipped"           when a start was left out since the run began: the moment of the last
   ///   "skipReason"        one, in seconds since the epoch, and why
   ///

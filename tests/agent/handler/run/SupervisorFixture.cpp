@@ -51,6 +51,10 @@ void SupervisorFixture::AddJob(const std::string& name, const std::string& scrip
   m_Scheduler.AddStoredTask(name);
 }
 
+void SupervisorFixture::AddGatedJob(const std::string& name, const std::string& keys) {
+  AddJob(name, "echo $$ > $STARTED; read line < $GATE", keys);
+}
+
 void SupervisorFixture::Dispatch(const std::string& name, bool neverRun, bool killAtEnd) {
   m_Supervisor->Post({{AString(name.c_str()), false, neverRun, killAtEnd}});
 }
@@ -79,6 +83,14 @@ std::string SupervisorFixture::RunToEnd(const std::string& script, const std::st
 std::string SupervisorFixture::Output(const std::string& name) const {
   return m_Directory.Has("output/" + name + ".log") ? m_Directory.Read("output/" + name + ".log")
                                                     : std::string();
+}
+
+std::vector<std::string> SupervisorFixture::RecordedTasks() const {
+  std::vector<std::string> tasks;
+  for (const NamedRunRecord& named : RunRecords(Text(m_Directory / "records"), 0).All()) {
+    tasks.push_back(named.m_TaskId.ToUtf8());
+  }
+  return tasks;
 }
 
 unsigned SupervisorFixture::LogCount(const std::string& part) const {

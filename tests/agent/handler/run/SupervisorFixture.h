@@ -12,6 +12,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace NoxHandlerTest {
 
@@ -29,6 +30,8 @@ class SupervisorFixture : public testing::Test {
   /// The task "name", known to the scheduler, whose job runs the script; `keys` are further lines
   /// of the job's section.
   void AddJob(const std::string& name, const std::string& script, const std::string& keys = "");
+  /// One whose job says its process number and goes on until the gate opens.
+  void AddGatedJob(const std::string& name, const std::string& keys = "");
   void Dispatch(const std::string& name, bool neverRun = true, bool killAtEnd = false);
   /// By default nothing is killed, however long a busy machine takes to end it.
   void StartSupervisor(std::chrono::milliseconds killGrace = LongGrace, std::size_t maxRuns = 200);
@@ -39,6 +42,8 @@ class SupervisorFixture : public testing::Test {
   std::string Started() { return m_Started.ReadLine(); }
   void OpenGate() { m_Gate.WriteLine(); }
   std::string Output(const std::string& name) const;
+  /// The tasks on record, as an agent would read them that comes after this one.
+  std::vector<std::string> RecordedTasks() const;
   /// Looks again and again; false when it never came true.
   static bool WaitUntil(const std::function<bool()>& condition);
   unsigned LogCount(const std::string& part) const;

@@ -1,7 +1,6 @@
 #include "agent/handler/run/Supervisor.h"
 
 #include "agent/handler/system/WallClock.h"
-#include "tests/agent/handler/FullDisk.h"
 #include "tests/agent/handler/run/SupervisorFixture.h"
 
 #include <gmock/gmock.h>
@@ -11,7 +10,6 @@
 #include <atomic>
 #include <map>
 
-using BaseSDK::ALogger;
 using BaseSDK::AString;
 using States = std::vector<std::string>;
 using testing::MatchesRegex;
@@ -27,10 +25,6 @@ const std::string Note = "-- [0-9]{4}(-[0-9]{2}){2} [0-9]{2}(:[0-9]{2}){2} ";
 
 class Supervisor : public SupervisorFixture {
  protected:
-  // A job that says its process number and goes on until the gate opens.
-  void AddGatedJob(const std::string& name, const std::string& keys = "") {
-    AddJob(name, "echo $$ > $STARTED; read line < $GATE", keys);
-  }
   // Returns when the supervisor has looked at everything posted so far.
   void Settle() {
     AddJob("settle", "exit 0");
@@ -45,14 +39,6 @@ class Supervisor : public SupervisorFixture {
       facts[key.ToUtf8()] = value.ToUtf8();
     }
     return facts;
-  }
-  // By what an agent would read that comes after this one.
-  States RecordedTasks() const {
-    States tasks;
-    for (const auto& named : RunRecords(AString((m_Directory / "records").c_str()), 0).All()) {
-      tasks.push_back(named.m_TaskId.ToUtf8());
-    }
-    return tasks;
   }
   static States Without(States states, const std::string& unwanted) {
     std::erase(states, unwanted);
@@ -382,53 +368,6 @@ TEST_F(Supervisor, StopsThoughARunIgnoresThat) {
   const std::string pid = Started();
   ASSERT_TRUE(m_Supervisor->Stop());
   EXPECT_FALSE(IsAlive(pid));
-}
-
-TEST_F(Supervisor, NotesARunForAsLongAsItGoesOn) {
-  AddGatedJob("a");
-  StartSupervisor();
-  Dispatch("a");
-  (void)Started();
-  EXPECT_EQ(RecordedTasks(), States{"a"});
-  OpenGate();
-  (void)m_Scheduler.WaitForStates(1);
-  EXPECT_EQ(RecordedTasks(), States{});
-}
-
-// Else the job that would make room could not run either.
-TEST_F(Supervisor, RunsJobsOnAFullDisk) {
-  AddJob("a", "echo out; echo $$ > $STARTED; read line < $GATE");
-  AddJob("b", "exit 3");
-  StartSupervisor(LongGrace, 2);
-  {
-    const FullDisk full(m_Directory.Path());
-    Dispatch("a");
-    (void)Started();
-    EXPECT_EQ(RecordedTasks(), States{"a"});
-    Dispatch("b");
-    EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"b Failed"});
-    EXPECT_EQ(Run("b")["reason"].find("exit status 3 after "), 0u);
-    OpenGate();
-    EXPECT_EQ(m_Scheduler.WaitForStates(2).back(), "a Ok");
-  }
-  for (const char* name : {"a", "b"}) {
-    EXPECT_EQ(LogCount("Cannot open the output file " +
-                       (m_Directory / ("output/" + std::string(name) + ".log")).string() +
-                       ": No space left on device"),
-              1u);
-  }
-  EXPECT_EQ(m_Log.Messages(ALogger::Error).size(), 0u);
-  EXPECT_EQ(RecordedTasks(), States{});
-}
-
-TEST_F(Supervisor, RunsNothingThatItCannotNote) {
-  AddGatedJob("a");
-  std::filesystem::remove(m_Directory / "records");
-  StartSupervisor();
-  Dispatch("a");
-  EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Failed"});
-  EXPECT_EQ(LogCount("cannot note the run on disk: No such file or directory"), 1u);
-  EXPECT_FALSE(m_Started.HasLine());
 }
 
 }  // namespace NoxHandlerTest
