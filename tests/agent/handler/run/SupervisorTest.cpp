@@ -40,10 +40,6 @@ class Supervisor : public SupervisorFixture {
     }
     return facts;
   }
-  static States Without(States states, const std::string& unwanted) {
-    std::erase(states, unwanted);
-    return states;
-  }
 };
 
 }  // namespace
