@@ -24,6 +24,8 @@ class ForwardingFileSystem : public BaseSDK::AFileSystem {
   int Close(int fd) override { return m_Below.Close(fd); }
   int SetMode(int fd, unsigned mode) override { return m_Below.SetMode(fd, mode); }
   int GetInfo(const char* path, Info& info) override { return m_Below.GetInfo(path, info); }
+  int GetOpenInfo(int fd, Info& info) override { return m_Below.GetOpenInfo(fd, info); }
+  void Replaced(const char* path, int error) override { m_Below.Replaced(path, error); }
   int Rename(const char* from, const char* to, bool replace) override {
     return m_Below.Rename(from, to, replace);
   }

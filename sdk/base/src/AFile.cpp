@@ -213,7 +213,12 @@ unsigned long AFile::Read(const AString& name, AString& text, const AEncoding& e
 
 unsigned long AFile::Write(const AString& name, const AString& text, const AEncoding& encoding) {
   std::string path;
-  return ResultFromErrno(ToPath(name, path) ? ReplaceFile(path, encoding.Encode(text)) : EINVAL);
+  if (!ToPath(name, path)) {
+    return ResultFromErrno(EINVAL);
+  }
+  const int error = ReplaceFile(path, encoding.Encode(text));
+  AFileSystem::Current().Replaced(path.c_str(), error);
+  return ResultFromErrno(error);
 }
 
 unsigned long AFile::Remove(const AString& name, unsigned long flags) {

@@ -23,6 +23,22 @@ int ErrorOf(Result result) {
   return result == -1 ? errno : 0;
 }
 
+std::int64_t Nanoseconds(const timespec& time) {
+  constexpr std::int64_t perSecond = 1000000000;
+  return std::int64_t{time.tv_sec} * perSecond + time.tv_nsec;
+}
+
+AFileSystem::Info InfoFrom(const struct stat& status) {
+  AFileSystem::Info info;
+  info.m_Mode = status.st_mode;
+  info.m_Device = status.st_dev;
+  info.m_Number = status.st_ino;
+  info.m_Size = static_cast<std::uint64_t>(status.st_size);
+  info.m_Modified = Nanoseconds(status.st_mtim);
+  info.m_Changed = Nanoseconds(status.st_ctim);
+  return info;
+}
+
 DIR* DirectoryOf(unsigned long handle) {
   return reinterpret_cast<DIR*>(static_cast<std::uintptr_t>(handle));
 }
@@ -72,7 +88,14 @@ int AFileSystem::SetMode(int fd, unsigned mode) {
 int AFileSystem::GetInfo(const char* path, Info& info) {
   struct stat status {};
   const int error = ErrorOf(lstat(path, &status));
-  info.m_Mode = error == 0 ? status.st_mode : 0;
+  info = error == 0 ? InfoFrom(status) : Info();
+  return error;
+}
+
+int AFileSystem::GetOpenInfo(int fd, Info& info) {
+  struct stat status {};
+  const int error = ErrorOf(fstat(fd, &status));
+  info = error == 0 ? InfoFrom(status) : Info();
   return error;
 }
 
@@ -100,6 +123,8 @@ int AFileSystem::ReadDirectory(unsigned long handle, const char*& name) {
 int AFileSystem::CloseDirectory(unsigned long handle) {
   return ErrorOf(closedir(DirectoryOf(handle)));
 }
+
+void AFileSystem::Replaced(const char* /*path*/, int /*error*/) {}
 
 std::uint64_t AFileSystem::UniqueNumber() {
   std::random_device source;

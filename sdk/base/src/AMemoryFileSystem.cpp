@@ -80,8 +80,7 @@ std::string AMemoryFileSystem::ReadFile(const std::string& path) const {
 void AMemoryFileSystem::WriteFile(const std::string& path, const std::string& content) {
   const AMutexGuard guard(m_Lock);
   const PathParts parts = Split(path);
-  m_Directories[parts.m_Directory][parts.m_Name] =
-      std::make_shared<File>(File{content, S_IFREG | 0644});
+  m_Directories[parts.m_Directory][parts.m_Name] = NewFile(content, 0644);
 }
 
 void AMemoryFileSystem::RemoveFile(const std::string& path) {
@@ -147,10 +146,11 @@ int AMemoryFileSystem::OpenRegular(const std::string& path, int flags, unsigned 
     return ENOENT;
   }
   if (file == nullptr) {
-    file = std::make_shared<File>(File{{}, S_IFREG | (mode & 0777)});
+    file = NewFile({}, mode & 0777);
     directory->second[parts.m_Name] = file;
   } else if ((flags & O_TRUNC) != 0) {
     file->m_Content.clear();
+    ++file->m_Changes;
   }
   return 0;
 }
@@ -190,6 +190,7 @@ int AMemoryFileSystem::Write(int fd, const void* data, std::size_t size, std::si
   content.resize(std::max(content.size(), open.m_Offset + written));
   content.replace(open.m_Offset, written, static_cast<const char*>(data), written);
   open.m_Offset += written;
+  ++open.m_File->m_Changes;
   return 0;
 }
 
@@ -210,6 +211,7 @@ int AMemoryFileSystem::SetMode(int fd, unsigned mode) {
     return EBADF;
   }
   found->second.m_File->m_Mode = S_IFREG | (mode & 07777);
+  ++found->second.m_File->m_Changes;
   return 0;
 }
 
@@ -217,8 +219,36 @@ int AMemoryFileSystem::GetInfo(const char* path, Info& info) {
   const AMutexGuard guard(m_Lock);
   const FilePtr file = Find(path);
   const bool isDirectory = m_Directories.count(DirectoryName(path)) > 0;
-  info.m_Mode = file != nullptr ? file->m_Mode : isDirectory ? S_IFDIR | 0755 : 0;
-  return info.m_Mode != 0 ? 0 : ENOENT;
+  info = InfoOf(file);
+  return file != nullptr || isDirectory ? 0 : ENOENT;
+}
+
+int AMemoryFileSystem::GetOpenInfo(int fd, Info& info) {
+  const AMutexGuard guard(m_Lock);
+  const auto found = m_OpenFiles.find(fd);
+  if (found == m_OpenFiles.end()) {
+    return EBADF;
+  }
+  info = InfoOf(found->second.m_File);
+  return 0;
+}
+
+AMemoryFileSystem::FilePtr AMemoryFileSystem::NewFile(std::string content, unsigned mode) {
+  return std::make_shared<File>(File{std::move(content), S_IFREG | mode, ++m_LastFile, 0});
+}
+
+/// A directory's for null.
+AMemoryFileSystem::Info AMemoryFileSystem::InfoOf(const FilePtr& file) {
+  Info info;
+  info.m_Mode = S_IFDIR | 0755;
+  if (file != nullptr) {
+    info.m_Mode = file->m_Mode;
+    info.m_Number = file->m_Number;
+    info.m_Size = file->m_Content.size();
+    info.m_Modified = file->m_Changes;
+    info.m_Changed = file->m_Changes;
+  }
+  return info;
 }
 
 // Entries

@@ -79,6 +79,15 @@ TEST_F(AFileTest, WriteFlushesTheFileBeforeTheRenameAndTheDirectoryAfter) {
                                           "open", "sync", "close"));
 }
 
+TEST_F(AFileTest, WriteTellsTheFileSystemHowItsReplacementEnded) {
+  FailingFileSystem system;
+  const std::string path = (m_Scratch.Path() / "T1.vsk").string();
+  EXPECT_EQ(Write("T1.vsk", "x"), 0u);
+  system.FailCall(system.Calls().size() + 2, ENOSPC);
+  EXPECT_EQ(Write("T1.vsk", "y"), ResultFromErrno(ENOSPC));
+  EXPECT_THAT(system.Replacements(), ElementsAre(std::pair(path, 0), std::pair(path, ENOSPC)));
+}
+
 TEST_F(AFileTest, WriteUsesAHiddenTemporaryWithoutTheExtension) {
   class Watching : public FailingFileSystem {
    public:

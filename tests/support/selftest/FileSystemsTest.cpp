@@ -124,6 +124,35 @@ TEST_P(FileSystems, OpenAsAskedFor) {
   EXPECT_EQ(Error(Sys::Opendir((path + "none").c_str(), handle)), ENOENT);
 }
 
+TEST_P(FileSystems, TellFilesApartAndSeeTheirChanges) {
+  const auto infoOf = [this](const std::string& name) {
+    AFileSystem::Info info;
+    EXPECT_EQ(AFileSystem::Current().GetInfo((m_Directory / name).c_str(), info), 0) << name;
+    return info;
+  };
+  EXPECT_EQ(Write("a", "one"), 0);
+  EXPECT_EQ(Write("b", "two"), 0);
+  const AFileSystem::Info first = infoOf("a");
+  EXPECT_EQ(first.m_Size, 3U);
+  EXPECT_NE(first.m_Number, infoOf("b").m_Number);
+  EXPECT_EQ(first.m_Device, infoOf("b").m_Device);
+  int fd = -1;
+  EXPECT_EQ(Error(Sys::Open((m_Directory / "a").c_str(), O_RDWR, 0, fd)), 0);
+  AFileSystem::Info open;
+  EXPECT_EQ(AFileSystem::Current().GetOpenInfo(fd, open), 0);
+  EXPECT_EQ(open.m_Number, first.m_Number);
+  EXPECT_EQ(open.m_Modified, first.m_Modified);
+  EXPECT_EQ(open.m_Changed, first.m_Changed);
+  std::size_t written = 0;
+  EXPECT_EQ(Error(Sys::Write(fd, "more", 4, written)), 0);
+  EXPECT_EQ(AFileSystem::Current().GetOpenInfo(fd, open), 0);
+  EXPECT_EQ(open.m_Size, 4U);
+  EXPECT_EQ(Error(Sys::Close(fd)), 0);
+  EXPECT_EQ(AFileSystem::Current().GetOpenInfo(fd, open), EBADF);
+  EXPECT_EQ(Write("a", "new"), 0);
+  EXPECT_NE(infoOf("a").m_Number, first.m_Number) << "replaced while it was there";
+}
+
 TEST_P(FileSystems, UniqueNamesDiffer) {
   AString first;
   AString second;

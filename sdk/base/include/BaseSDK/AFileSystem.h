@@ -15,6 +15,12 @@ class AFileSystem {
  public:
   struct Info {
     unsigned m_Mode = 0;  ///< type and permission bits, as in st_mode
+    // Which file it is, and by what it can be seen that it was changed, replaced or written to.
+    std::uint64_t m_Device = 0;
+    std::uint64_t m_Number = 0;   ///< on its device
+    std::uint64_t m_Size = 0;     ///< in bytes
+    std::int64_t m_Modified = 0;  ///< its content, in nanoseconds since the epoch
+    std::int64_t m_Changed = 0;   ///< also its names and permissions
   };
 
   virtual ~AFileSystem() = default;
@@ -37,6 +43,8 @@ class AFileSystem {
   virtual int SetMode(int fd, unsigned mode);
   /// Of the entry itself: symbolic links are not followed.
   virtual int GetInfo(const char* path, Info& info);
+  /// Of an open file.
+  virtual int GetOpenInfo(int fd, Info& info);
   /// With `replace` false an existing target is EEXIST, checked and renamed in one step.
   virtual int Rename(const char* from, const char* to, bool replace);
   virtual int Unlink(const char* path);
@@ -46,6 +54,11 @@ class AFileSystem {
   /// `name` is valid until the next call on the same handle, and null at the end.
   virtual int ReadDirectory(unsigned long handle, const char*& name);
   virtual int CloseDirectory(unsigned long handle);
+
+  /// No call of the system's: AFile::Write tells here how its replacement of the file `path` ended,
+  /// 0 or an errno. For those who want to know that a file could not be written although the
+  /// writer's caller does not ask.
+  virtual void Replaced(const char* path, int error);
 
   /// What the tail of a new file's name is made of: unpredictable, and another one at each call.
   /// Stands here so that a simulation can give its files the same names every time.

@@ -43,6 +43,7 @@ class AMemoryFileSystem : public AFileSystem {
   int Close(int fd) override;
   int SetMode(int fd, unsigned mode) override;
   int GetInfo(const char* path, Info& info) override;
+  int GetOpenInfo(int fd, Info& info) override;
   int Rename(const char* from, const char* to, bool replace) override;
   int Unlink(const char* path) override;
   int OpenDirectory(const char* path, unsigned long& handle) override;
@@ -55,6 +56,8 @@ class AMemoryFileSystem : public AFileSystem {
   struct File {
     std::string m_Content;
     unsigned m_Mode = 0;
+    std::uint64_t m_Number = 0;
+    std::int64_t m_Changes = 0;  ///< stands for its times
   };
   using FilePtr = std::shared_ptr<File>;
   struct OpenFile {
@@ -69,6 +72,8 @@ class AMemoryFileSystem : public AFileSystem {
 
   int OpenRegular(const std::string& path, int flags, unsigned mode, FilePtr& file)
       NOX_REQUIRES(m_Lock);
+  FilePtr NewFile(std::string content, unsigned mode) NOX_REQUIRES(m_Lock);
+  static Info InfoOf(const FilePtr& file);
   /// Null when there is no such file.
   FilePtr Find(const std::string& path) const NOX_REQUIRES(m_Lock);
 
@@ -82,6 +87,7 @@ class AMemoryFileSystem : public AFileSystem {
   std::size_t m_FreeBytes NOX_GUARDED_BY(m_Lock) = Unlimited;
   bool m_ReadOnly NOX_GUARDED_BY(m_Lock) = false;
   std::uint64_t m_LastNumber NOX_GUARDED_BY(m_Lock) = 0;
+  std::uint64_t m_LastFile NOX_GUARDED_BY(m_Lock) = 0;
 };
 
 }  // namespace BaseSDK
