@@ -20,16 +20,22 @@ ARegistry& Registry() {
   return registry;
 }
 
+/// Requests that the thread is answering; one may lead to another.
+thread_local unsigned t_Answering = 0;
+
 }  // namespace
 
 /// Counts one request, also when it ends in an exception.
 class AMsgChannel::AVisit {
  public:
   AVisit(AMsgChannel& channel, AMsgReply& reply)
-      : m_Channel(channel), m_Server(channel.Enter(reply)) {}
+      : m_Channel(channel), m_Server(channel.Enter(reply)) {
+    ++t_Answering;
+  }
   AVisit(const AVisit&) = delete;
   AVisit& operator=(const AVisit&) = delete;
   ~AVisit() {
+    --t_Answering;
     if (m_Server != nullptr) {
       m_Channel.Leave();
     }
@@ -115,6 +121,10 @@ void AMsgChannel::Leave() {
   if (--m_UnderWay == 0) {
     m_Idle.notify_all();
   }
+}
+
+bool AMsgChannel::IsAnswering() {
+  return t_Answering != 0;
 }
 
 bool AMsgChannel::IsClosed() const {

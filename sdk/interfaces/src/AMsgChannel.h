@@ -29,8 +29,9 @@ class AMsgChannel {
   void Unbind();
   bool HasServer() const;
 
-  /// As AMsgQueue's.
+  /// These two as AMsgQueue's.
   long Send(const AMsgIn& request);
+  static bool IsAnswering();
   bool IsClosed() const;
   /// False when a request is still under way at the deadline; without one it waits.
   bool Close(ADeadline deadline);

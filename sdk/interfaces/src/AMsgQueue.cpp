@@ -28,6 +28,10 @@ long AMsgQueue::Send(const AMsgIn& request) {
   return m_Channel->Send(request);
 }
 
+bool AMsgQueue::IsAnswering() {
+  return AMsgChannel::IsAnswering();
+}
+
 void AMsgQueue::Close() {
   (void)m_Channel->Close(std::nullopt);
 }

@@ -81,6 +81,29 @@ TEST(AMsgQueue, ARequestLeftUnansweredIsAnError) {
   EXPECT_EQ(exchange.m_Reply.ErrorCode(), AMsgError::OperationFailed);
 }
 
+TEST(AMsgQueue, KnowsWhetherTheThreadAnswersARequest) {
+  AMsgQueue inner(6);
+  Server leaf;
+  ASSERT_EQ(leaf.Open(6), 1);
+  bool within = false;
+  bool behindAnother = false;
+  bool elsewhere = true;
+  AMsgQueue queue(5);
+  Server server([&] {
+    within = AMsgQueue::IsAnswering();
+    (void)Exchange().SendTo(inner);
+    behindAnother = AMsgQueue::IsAnswering();
+    std::thread([&] { elsewhere = AMsgQueue::IsAnswering(); }).join();
+  });
+  ASSERT_EQ(server.Open(5), 1);
+  EXPECT_FALSE(AMsgQueue::IsAnswering());
+  EXPECT_EQ(Exchange().SendTo(queue), 1);
+  EXPECT_FALSE(AMsgQueue::IsAnswering());
+  EXPECT_TRUE(within);
+  EXPECT_TRUE(behindAnother);
+  EXPECT_FALSE(elsewhere) << "the object's own thread";
+}
+
 TEST(AMsgQueue, NumbersAreTakenOnceAndFreeAgainAfterwards) {
   {
     AMsgQueue first(5);

@@ -33,6 +33,10 @@ class AMsgQueue {
   /// when it is an error; the reply is always set. [any thread]
   long Send(const AMsgIn& request);
 
+  /// Whether the calling thread is answering a request right now, of whatever queue and whoever
+  /// has sent it: what an object does on a thread of its own is nobody's request. [any thread]
+  static bool IsAnswering();
+
   /// From now on requests are answered with an error. Returns when none is under way any more, so
   /// it must not be called from within a request. [any thread]
   void Close();
