@@ -44,7 +44,7 @@ Agent::Agent(const Options& options, Environment environment, Settings settings)
       m_Socket(m_Settings.SocketPath(), m_Settings.m_SocketGroup),
       m_Notifications(m_Thread, m_Plugins),
       m_Host(m_Settings, m_Plugins, m_Notifications, m_HandlerCalls),
-      m_Lifecycle(m_Plugins, m_Notifications, m_Host, m_HandlerCalls, m_Handles),
+      m_Lifecycle(m_Plugins, m_Notifications, m_Host, m_HandlerCalls, m_Handles, m_Store),
       m_Operations(m_Plugins, m_Notifications, m_Handles),
       m_Api(m_Operations, m_Notifications, {[this] { return Status(); }, [this] { Refresh(); }}) {}
 

@@ -15,6 +15,7 @@
 #include "agent/daemon/process/LockFile.h"
 #include "agent/daemon/process/ServiceManager.h"
 #include "agent/daemon/process/SignalInbox.h"
+#include "agent/daemon/store/TaskStore.h"
 
 #include <memory>
 #include <optional>
@@ -61,6 +62,7 @@ class Agent {
   const Locks m_Locks;
   const ControlSocket m_Socket;
 
+  TaskStore m_Store;  ///< before all that may use files for plug-ins
   Plugins m_Plugins;
   HandlerCalls m_HandlerCalls;
   EnumerationHandles m_Handles;

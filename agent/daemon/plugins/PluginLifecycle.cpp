@@ -32,12 +32,14 @@ AString Number(unsigned long value) {
 
 PluginLifecycle::PluginLifecycle(Plugins& plugins, NotificationCenter& notifications,
                                  PluginHost& host, HandlerCalls& handlerCalls,
-                                 EnumerationHandles& handles, unsigned long drainMilliseconds)
+                                 EnumerationHandles& handles, TaskStore& store,
+                                 unsigned long drainMilliseconds)
     : m_Plugins(plugins),
       m_Notifications(notifications),
       m_Host(host),
       m_HandlerCalls(handlerCalls),
       m_Handles(handles),
+      m_Store(store),
       m_DrainMilliseconds(drainMilliseconds) {}
 
 void PluginLifecycle::LoadAll(const Settings& settings) {
@@ -83,7 +85,8 @@ void PluginLifecycle::Load(const std::shared_ptr<Plugin>& plugin) {
        AString("Loaded the plug-in %1 from %2").Arg(plugin->Name(), plugin->Settings().m_Path));
 }
 
-// The scheduler takes its directory as given, and has no way to tell that it is not there.
+// The scheduler takes its directory as given, and has no way to tell that it is not there or what
+// is wrong with what lies in it.
 void PluginLifecycle::PrepareTaskDirectory(Plugin& plugin, const Settings& settings) {
   const AString directory = settings.Resolve(plugin.Config().Peek("task_storage_path"));
   if (directory.IsEmpty()) {
@@ -101,6 +104,9 @@ void PluginLifecycle::PrepareTaskDirectory(Plugin& plugin, const Settings& setti
          AString("Removed %1 temporary files from %2, left by a crash")
              .Arg(Number(removed), directory));
   }
+  const AString extension = plugin.Config().Peek("task_file_extension");
+  m_Store.Guard(directory, extension.IsEmpty() ? AString(".vsk") : extension,
+                settings.m_StateDir + "/var/refused");
 }
 
 void PluginLifecycle::Refresh(const std::function<void()>& readAgain) {

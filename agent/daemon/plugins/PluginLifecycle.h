@@ -6,6 +6,7 @@
 #include "agent/daemon/plugins/NotificationCenter.h"
 #include "agent/daemon/plugins/PluginHost.h"
 #include "agent/daemon/plugins/Plugins.h"
+#include "agent/daemon/store/TaskStore.h"
 
 namespace NoxAgent {
 
@@ -19,7 +20,7 @@ class PluginLifecycle {
   static constexpr unsigned long DrainMilliseconds = 10000;
 
   PluginLifecycle(Plugins& plugins, NotificationCenter& notifications, PluginHost& host,
-                  HandlerCalls& handlerCalls, EnumerationHandles& handles,
+                  HandlerCalls& handlerCalls, EnumerationHandles& handles, TaskStore& store,
                   unsigned long drainMilliseconds = DrainMilliseconds);
 
   /// Loads the plug-ins in order and tells all that the start-up has finished. Throws AgentError
@@ -39,7 +40,7 @@ class PluginLifecycle {
  private:
   std::shared_ptr<Plugin> Make(const PluginSettings& settings, const Settings& all);
   void Load(const std::shared_ptr<Plugin>& plugin);
-  static void PrepareTaskDirectory(Plugin& plugin, const Settings& settings);
+  void PrepareTaskDirectory(Plugin& plugin, const Settings& settings);
   bool Unload(const std::shared_ptr<Plugin>& plugin);
   bool WaitForHandlers();
   bool WaitForThreads();
@@ -50,6 +51,7 @@ class PluginLifecycle {
   PluginHost& m_Host;
   HandlerCalls& m_HandlerCalls;
   EnumerationHandles& m_Handles;
+  TaskStore& m_Store;
   const unsigned long m_DrainMilliseconds;
   int m_LastQueue = 0;
 };

@@ -62,6 +62,7 @@ class TestAgent {
   std::thread m_Held;
   Settings m_Settings;
   AgentThread m_Thread;
+  TaskStore m_Store;
   Plugins m_Plugins;
   HandlerCalls m_HandlerCalls;
   EnumerationHandles m_Handles;

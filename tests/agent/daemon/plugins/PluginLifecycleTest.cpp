@@ -13,6 +13,7 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <condition_variable>
 #include <mutex>
 #include <string_view>
@@ -55,6 +56,15 @@ class HoldingFileSystem : public TestSupport::ForwardingFileSystem {
   std::mutex m_Lock;
   std::condition_variable m_Changed;
   bool m_Released = false;
+};
+
+// In force while it lives: no directory can be read.
+class BlindFileSystem : public TestSupport::ForwardingFileSystem {
+ public:
+  BlindFileSystem() : ForwardingFileSystem(BaseSDK::AFileSystem::Current()) { (void)Replace(this); }
+  ~BlindFileSystem() override { (void)Replace(nullptr); }
+
+  int OpenDirectory(const char* /*path*/, unsigned long& /*handle*/) override { return EACCES; }
 };
 
 constexpr const char* TaskConfig =
@@ -151,7 +161,7 @@ TEST(PluginLifecycle, LeavesASchedulerWhoseThreadIsAtWork) {
   EXPECT_EQ(agent.m_Plugins.All().size(), 1U) << "its thread may yet open a handler";
   files.Release();
   PluginLifecycle patient(agent.m_Plugins, agent.m_Notifications, agent.m_Host,
-                          agent.m_HandlerCalls, agent.m_Handles, 60000);
+                          agent.m_HandlerCalls, agent.m_Handles, agent.m_Store, 60000);
   EXPECT_TRUE(patient.UnloadAll());
   EXPECT_EQ(log.CountContaining("Failed to stop the thread"), 0U);
 }
@@ -183,6 +193,30 @@ TEST(PluginLifecycle, MakesTheTaskDirectoryAndClearsWhatACrashLeft) {
   EXPECT_NE(agent.Report().find("path " + (agent.m_Dir / "state/var/tasks").string() + "\n"),
             std::string::npos)
       << agent.Report();
+}
+
+TEST(PluginLifecycle, DoesNotStartWithATaskDirectoryThatCannotBeRead) {
+  const BlindFileSystem files;
+  TestAgent agent;
+  agent.Add("one", TaskConfig);
+  EXPECT_EQ(ErrorOfLoad(agent), "cannot read the task directory " +
+                                    (agent.m_Dir / "state/tasks").string() +
+                                    ": Permission denied; no task would run");
+}
+
+TEST(PluginLifecycle, ADamagedTaskFileIsPutAwayBeforeTheSchedulerReadsIt) {
+  TestSupport::LogCapture log;
+  TestAgent agent;
+  agent.Add("scheduler", TaskConfig, "NoxTaskScheduler");
+  std::filesystem::create_directories(agent.m_Dir / "state/tasks");
+  agent.m_Dir.Write("state/tasks/cut.vsk", "<Task><Sched");
+  agent.Load();
+  while (log.CountContaining("The task file cut.vsk:1:") == 0) {
+    std::this_thread::yield();
+  }
+  EXPECT_TRUE(agent.m_Lifecycle.UnloadAll());
+  EXPECT_EQ(agent.m_Dir.Read("state/var/refused/cut.vsk"), "<Task><Sched");
+  EXPECT_EQ(log.CountContaining("has ended and is deleted"), 0U);
 }
 
 TEST(PluginLifecycle, SaysWhyAPluginDoesNotLoad) {

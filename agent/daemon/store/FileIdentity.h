@@ -1,0 +1,34 @@
+#pragma once
+
+#include <BaseSDK/AFileSystem.h>
+
+#include <cstdint>
+
+namespace NoxAgent {
+
+/// Which file it was and in which condition: two that are equal hold the same bytes.
+struct FileIdentity {
+  std::uint64_t m_Device = 0;
+  std::uint64_t m_Number = 0;
+  std::uint64_t m_Size = 0;
+  std::int64_t m_Modified = 0;
+  std::int64_t m_Changed = 0;
+
+  FileIdentity() = default;
+  explicit FileIdentity(const BaseSDK::AFileSystem::Info& info)
+      : m_Device(info.m_Device),
+        m_Number(info.m_Number),
+        m_Size(info.m_Size),
+        m_Modified(info.m_Modified),
+        m_Changed(info.m_Changed) {}
+
+  bool operator==(const FileIdentity&) const = default;
+
+  /// The same but for its name: a rename changes m_Changed.
+  bool IsRenamed(FileIdentity other) const {
+    other.m_Changed = m_Changed;
+    return *this == other;
+  }
+};
+
+}  // namespace NoxAgent

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace NoxAgent {
+
+/// The directory of the task files, and which of the paths that the scheduler uses lie in it.
+class TaskDirectory {
+ public:
+  /// `path` is the one that the scheduler is given; slashes at its end make no difference.
+  /// `extension` is what task files end in, dot included.
+  TaskDirectory(std::string path, std::string extension);
+
+  const std::string& Path() const { return m_Path; }
+  const std::string& Extension() const { return m_Extension; }
+
+  bool IsItself(std::string_view path) const;
+  /// The name of what lies right in the directory; nothing for any other path.
+  std::optional<std::string> NameOf(std::string_view path) const;
+  /// Whether a task is read from a file of this name.
+  bool IsTaskFile(std::string_view name) const;
+
+ private:
+  std::string m_Path;  ///< without slashes at its end
+  std::string m_Extension;
+};
+
+}  // namespace NoxAgent

@@ -1,0 +1,76 @@
+#include "agent/daemon/store/TaskRemover.h"
+
+#include "agent/daemon/process/AgentLog.h"
+#include "agent/daemon/store/TaskEnd.h"
+#include "agent/daemon/store/WholeFile.h"
+
+#include <cerrno>
+#include <cstring>
+
+using BaseSDK::AFileSystem;
+using BaseSDK::ALogger;
+using BaseSDK::AString;
+
+namespace NoxAgent {
+namespace {
+
+constexpr const char* Source = "TaskRemover";
+
+}  // namespace
+
+int TaskRemover::Remove(const std::string& name, const std::string& path) {
+  const int error = RemoveCurrent(name, path);
+  if (error == ESTALE) {
+    ALOG(AgentLog(), ALogger::Warning, Source,
+         AString("The task %1 has ended, but its file was changed meanwhile: it stays, and is read "
+                 "again at %2")
+             .Arg(TaskOf(name), m_Readings.NextText()));
+  } else if (error != 0 && error != ENOENT && error != EINTR) {
+    ALOG(AgentLog(), ALogger::Warning, Source,
+         AString("The file of the task %1, which has ended, cannot be deleted: %2. The task comes "
+                 "back when the files are read again at %3")
+             .Arg(TaskOf(name), std::strerror(error), m_Readings.NextText()));
+  }
+  return error;
+}
+
+int TaskRemover::RemoveCurrent(const std::string& name, const std::string& path) {
+  AFileSystem::Info entry;
+  if (const int error = m_Files.GetInfo(path.c_str(), entry); error != 0) {
+    return error;
+  }
+  std::string bytes;
+  FileIdentity content;  // of the target, where the entry is a symbolic link
+  if (const int error = ReadFile(m_Files, path, bytes, content); error != 0) {
+    return error;
+  }
+  if (!m_Known.IsCurrent(name, content)) {
+    return ESTALE;
+  }
+  ALOG(AgentLog(), ALogger::Notice, Source,
+       AString("The task %1 has ended and is deleted: %2").Arg(TaskOf(name), WhyTaskEnds(bytes)));
+  return RemoveUnchanged(name, path, FileIdentity(entry));
+}
+
+// By way of another name, so that a file that takes its place at this very moment is seen.
+int TaskRemover::RemoveUnchanged(const std::string& name, const std::string& path,
+                                 const FileIdentity& identity) {
+  const std::string aside =
+      m_Directory.Path() + "/.ended-" + std::to_string(m_Files.UniqueNumber());
+  if (const int error = MoveUnchanged(m_Files, path, aside, identity); error != 0) {
+    return error;
+  }
+  const int error = m_Files.Unlink(aside.c_str());
+  if (error != 0) {
+    (void)m_Files.Rename(aside.c_str(), path.c_str(), false);
+    return error;
+  }
+  m_Known.Forget(name);
+  return 0;
+}
+
+AString TaskRemover::TaskOf(const std::string& name) const {
+  return AString::FromUtf8(name.substr(0, name.size() - m_Directory.Extension().size()));
+}
+
+}  // namespace NoxAgent

@@ -1,0 +1,44 @@
+#include "agent/daemon/store/WriteTrouble.h"
+
+#include "agent/daemon/process/AgentLog.h"
+
+#include <cstring>
+#include <utility>
+
+using BaseSDK::ALogger;
+using BaseSDK::AMutexGuard;
+using BaseSDK::AString;
+
+namespace NoxAgent {
+namespace {
+
+constexpr const char* Source = "WriteTrouble";
+
+}  // namespace
+
+void WriteTrouble::Note(const std::string& name, int error) {
+  int before = 0;
+  unsigned long failed = 0;
+  {
+    AMutexGuard guard(m_Lock);
+    before = std::exchange(m_Error, error);
+    failed = error == 0 ? std::exchange(m_Failed, 0) : ++m_Failed;
+  }
+  if (error == before) {
+    return;
+  }
+  if (error != 0) {
+    ALOG(
+        AgentLog(), ALogger::Warning, Source,
+        AString("The task file %1 cannot be written: %2. The scheduler goes on with the task as it "
+                "is in memory; what the file tells counts again at the next reading at %3. Other "
+                "files that cannot be written are not told of")
+            .Arg(AString::FromUtf8(name), std::strerror(error), m_Readings.NextText()));
+  } else {
+    ALOG(AgentLog(), ALogger::Notice, Source,
+         AString("Task files can be written again; writing failed %1 times")
+             .Arg(AString().SetNum(failed, 'u')));
+  }
+}
+
+}  // namespace NoxAgent
