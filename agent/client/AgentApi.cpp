@@ -277,6 +277,19 @@ std::vector<std::pair<std::string, std::string>> AgentApi::FilesThatAreNoTasks()
   return files;
 }
 
+Json AgentApi::Files() {
+  return Answer(Connection().Get("/v1/files"));
+}
+
+std::string AgentApi::TakeBackFile(const std::string& name) {
+  return OutText(Answer(Connection().Post("/v1/files/take-back", BodyOf({{"name", name}}))),
+                 "newTaskId");
+}
+
+void AgentApi::RemoveFile(const std::string& name, const std::string& from) {
+  (void)Answer(Connection().Post("/v1/files/remove", BodyOf({{"name", name}, {"from", from}})));
+}
+
 Json AgentApi::Status() {
   return Answer(Connection().Get("/v1/status"));
 }

@@ -51,6 +51,12 @@ class AgentApi {
   /// of INoxCommandHandler); nothing when it knows of none, or cannot be asked.
   std::optional<Attributes> LatestRun(const std::string& id);
   std::vector<std::optional<Attributes>> LatestRuns(const std::vector<std::string>& ids);
+  /// What is no task: {"refused": [...], "strays": [...]}.
+  Json Files();
+  /// Adds a refused file as a task; its ID.
+  std::string TakeBackFile(const std::string& name);
+  /// `from` is "refused" or "tasks".
+  void RemoveFile(const std::string& name, const std::string& from);
 
   Json Status();
   /// The names of files that are no tasks, each with the reason: those that were refused and those

@@ -43,6 +43,12 @@ std::string Open(const Json& status) {
          Plain(status, "enumerations");
 }
 
+std::string RefusedFiles(const Json& status) {
+  const long count = Number(status, "refusedFiles");
+  return count == 0 ? std::string()
+                    : "refused files  " + std::to_string(count) + "; noxctl files tells more\n";
+}
+
 void AppendPlugin(const Json& plugin, std::ostream& out) {
   out << "\nplug-in " << Plain(plugin, "name") << ": " << Plain(plugin, "path")
       << "\n  configuration  " << Config(plugin) << "\n  requests       " << Requests(plugin)
@@ -62,7 +68,8 @@ std::string StatusText(const Json& status) {
   out << Agent(status) << "\nconfiguration  " << Config(status) << "\nstate          "
       << Plain(status, "stateDir") << "\nsocket         " << Plain(status, "socket")
       << "\nrequests       " << Requests(status) << "\nopen           " << Open(status)
-      << "\nnotifications  " << Plain(status, "notifications") << '\n';
+      << "\nnotifications  " << Plain(status, "notifications") << '\n'
+      << RefusedFiles(status);
   for (const Json& plugin : status.Items("plugins")) {
     AppendPlugin(plugin, out);
   }

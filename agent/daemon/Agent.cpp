@@ -46,7 +46,9 @@ Agent::Agent(const Options& options, Environment environment, Settings settings)
       m_Host(m_Settings, m_Plugins, m_Notifications, m_HandlerCalls),
       m_Lifecycle(m_Plugins, m_Notifications, m_Host, m_HandlerCalls, m_Handles, m_Store),
       m_Operations(m_Plugins, m_Notifications, m_Handles),
-      m_Api(m_Operations, m_Notifications, {[this] { return Status(); }, [this] { Refresh(); }}) {}
+      m_Files(m_Store, m_Operations),
+      m_Api(m_Operations, m_Files, m_Notifications,
+            {[this] { return Status(); }, [this] { Refresh(); }}) {}
 
 bool Agent::Run() {
   try {
@@ -139,7 +141,8 @@ void Agent::ReadConfigurationAgain() {
 }
 
 Json Agent::Status() const {
-  const StatusReport report{m_Settings, m_Plugins, m_Notifications, m_Handles, m_StartTime};
+  const StatusReport report{m_Settings, m_Plugins, m_Notifications,
+                            m_Handles,  m_Store,   m_StartTime};
   return report.Make(m_Server->Count());
 }
 

@@ -6,6 +6,7 @@
 #include "agent/daemon/control/ControlServer.h"
 #include "agent/daemon/control/ControlSocket.h"
 #include "agent/daemon/control/EnumerationHandles.h"
+#include "agent/daemon/control/FilesRoute.h"
 #include "agent/daemon/control/OperationRoute.h"
 #include "agent/daemon/plugins/HandlerCalls.h"
 #include "agent/daemon/plugins/NotificationCenter.h"
@@ -71,6 +72,7 @@ class Agent {
   PluginHost m_Host;
   PluginLifecycle m_Lifecycle;
   OperationRoute m_Operations;
+  FilesRoute m_Files;
   Api m_Api;
   std::unique_ptr<ControlServer> m_Server;
 

@@ -6,6 +6,7 @@ void AddAllCommands(CommandLine& line, CommandContext& context) {
   AddAddCommand(line, context);
   AddListCommand(line, context);
   AddTaskCommands(line, context);
+  AddFilesCommand(line, context);
   AddAgentCommands(line, context);
   AddWatchCommand(line, context);
   AddCheckCommand(line, context);

@@ -16,6 +16,7 @@ void AddAgentCommands(CommandLine& line, CommandContext& context);  ///< refresh
 void AddCheckCommand(CommandLine& line, CommandContext& context);
 void AddCheckJobCommand(CommandLine& line, CommandContext& context);
 void AddExplainCommand(CommandLine& line, CommandContext& context);
+void AddFilesCommand(CommandLine& line, CommandContext& context);
 void AddListCommand(CommandLine& line, CommandContext& context);
 void AddNextCommand(CommandLine& line, CommandContext& context);
 void AddSimulateCommand(CommandLine& line, CommandContext& context);

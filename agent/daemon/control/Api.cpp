@@ -2,11 +2,9 @@
 
 #include "agent/daemon/AgentError.h"
 #include "agent/daemon/control/JsonMessage.h"
+#include "agent/daemon/control/RequestBody.h"
 #include "agent/daemon/process/AgentLog.h"
 #include "agent/library/Json.h"
-
-#include <algorithm>
-#include <optional>
 
 using BaseSDK::AString;
 namespace NoxAgent {
@@ -19,53 +17,16 @@ RequestError UnknownPath(const std::string& path) {
                           .Arg(AString::FromUtf8(path).Left(200)));
 }
 
+ApiResponse Ok(const Json& answer) {
+  return {HttpStatus::Ok, JsonMessage::Dump(answer), {}, false};
+}
+
 ApiResponse WrongMethod(const char* allowed) {
   ApiResponse response =
       Api::ErrorResponse(RequestError(HttpStatus::MethodNotAllowed, "method-not-allowed",
                                       AString("this path takes the method %1").Arg(allowed)));
   response.m_Allow = allowed;
   return response;
-}
-
-// The member `name` of a body as a whole number in the 32-bit range; `fallback` when it is missing
-// and there is one.
-long NumberIn(const Json& body, const char* name, const long* fallback) {
-  const Json* const found = body.Find(name);
-  if (found == nullptr && fallback != nullptr) {
-    return *fallback;
-  }
-  if (found == nullptr) {
-    throw RequestError(HttpStatus::BadRequest, "missing-argument",
-                       AString("\"%1\" is missing").Arg(name));
-  }
-  const std::optional<long> number = JsonMessage::WholeNumber(*found);
-  if (!number.has_value()) {
-    throw RequestError(
-        HttpStatus::BadRequest, "mistyped-argument",
-        AString("\"%1\" is to be a whole number in the signed 32-bit range").Arg(name));
-  }
-  return *number;
-}
-
-AString TextIn(const Json& body, const char* name) {
-  const Json* const found = body.Find(name);
-  if (found == nullptr) {
-    return {};
-  }
-  if (!found->IsText()) {
-    throw RequestError(HttpStatus::BadRequest, "mistyped-argument",
-                       AString("\"%1\" is to be a string").Arg(name));
-  }
-  return AString::FromUtf8(found->Text());
-}
-
-void AllowOnly(const Json& body, std::initializer_list<const char*> names) {
-  for (const auto& [key, value] : body.Members()) {
-    if (std::find(names.begin(), names.end(), key) == names.end()) {
-      throw RequestError(HttpStatus::BadRequest, "unexpected-argument",
-                         AString("there is no \"%1\" here").Arg(AString::FromUtf8(key)));
-    }
-  }
 }
 
 }  // namespace
@@ -79,8 +40,12 @@ struct Api::Target {
   std::string m_Query;
 };
 
-Api::Api(OperationRoute& operations, NotificationCenter& notifications, Actions actions)
-    : m_Operations(operations), m_Notifications(notifications), m_Actions(std::move(actions)) {}
+Api::Api(OperationRoute& operations, FilesRoute& files, NotificationCenter& notifications,
+         Actions actions)
+    : m_Operations(operations),
+      m_Files(files),
+      m_Notifications(notifications),
+      m_Actions(std::move(actions)) {}
 
 ApiResponse Api::Handle(const ApiRequest& request) {
   const ApiResponse response = Answer(request);
@@ -123,8 +88,7 @@ ApiResponse Api::Route(const ApiRequest& request) {
   if (request.m_Method != "POST") {
     return WrongMethod("POST");
   }
-  const Json answer = m_Operations.Answer(target.m_Path, target.m_Query, request.m_Body);
-  return {HttpStatus::Ok, JsonMessage::Dump(answer), {}, false};
+  return Ok(m_Operations.Answer(target.m_Path, target.m_Query, request.m_Body));
 }
 
 ApiResponse Api::Fixed(const ApiRequest& request, const Target& target) {
@@ -134,16 +98,16 @@ ApiResponse Api::Fixed(const ApiRequest& request, const Target& target) {
     std::function<ApiResponse()> m_Answer;
   };
   const Entry entries[] = {
-      {"/v1/status", "GET",
-       [&] {
-         return ApiResponse{HttpStatus::Ok, JsonMessage::Dump(m_Actions.m_Status()), {}, {}};
-       }},
+      {"/v1/status", "GET", [&] { return Ok(m_Actions.m_Status()); }},
       {"/v1/notifications", "GET",
        [] {
          return ApiResponse{HttpStatus::Ok, {}, {}, true};
        }},
       {"/v1/refresh", "POST", [&] { return Refresh(); }},
       {"/v1/notify", "POST", [&] { return Notify(request.m_Body); }},
+      {"/v1/files", "GET", [&] { return Ok(m_Files.List()); }},
+      {"/v1/files/take-back", "POST", [&] { return Ok(m_Files.TakeBack(request.m_Body)); }},
+      {"/v1/files/remove", "POST", [&] { return Ok(m_Files.Remove(request.m_Body)); }},
   };
   for (const Entry& entry : entries) {
     if (target.m_Path == entry.m_Path && target.m_Query.empty()) {
@@ -155,17 +119,15 @@ ApiResponse Api::Fixed(const ApiRequest& request, const Target& target) {
 
 ApiResponse Api::Refresh() {
   m_Actions.m_Refresh();
-  return {HttpStatus::Ok, JsonMessage::Dump({{"result", 1}}), {}, false};
+  return Ok({{"result", 1}});
 }
 
 ApiResponse Api::Notify(const std::string& body) {
-  const Json arguments = JsonMessage::ParseObject(body);
-  AllowOnly(arguments, {"kind", "code", "text"});
-  const long noCode = 0;
-  const long kind = NumberIn(arguments, "kind", nullptr);
+  const RequestBody arguments(body, {"kind", "code", "text"});
+  const long kind = arguments.Number("kind");
   const bool isSubscribed = kind == NotificationCenter::Subscribed;
-  const long code = NumberIn(arguments, "code", isSubscribed ? nullptr : &noCode);
-  const AString text = TextIn(arguments, "text");
+  const long code = isSubscribed ? arguments.Number("code") : arguments.Number("code", 0);
+  const AString text = arguments.Text("text", AString());
   if (isSubscribed) {
     if (!m_Notifications.Post(code, text)) {
       throw RequestError(HttpStatus::Unavailable, "too-many-notifications",
@@ -174,7 +136,7 @@ ApiResponse Api::Notify(const std::string& body) {
   } else {
     m_Notifications.Tell(static_cast<NotificationCenter::Kind>(kind), text);
   }
-  return {HttpStatus::Ok, JsonMessage::Dump({{"result", 1}}), {}, false};
+  return Ok({{"result", 1}});
 }
 
 }  // namespace NoxAgent

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "agent/daemon/control/FilesRoute.h"
 #include "agent/daemon/control/OperationRoute.h"
 #include "agent/daemon/control/RequestError.h"
 #include "agent/daemon/plugins/NotificationCenter.h"
@@ -35,7 +36,8 @@ class Api {
     std::function<void()> m_Refresh;
   };
 
-  Api(OperationRoute& operations, NotificationCenter& notifications, Actions actions);
+  Api(OperationRoute& operations, FilesRoute& files, NotificationCenter& notifications,
+      Actions actions);
 
   /// Never throws: what goes wrong is an answer.
   ApiResponse Handle(const ApiRequest& request);
@@ -53,6 +55,7 @@ class Api {
   ApiResponse Refresh();
 
   OperationRoute& m_Operations;
+  FilesRoute& m_Files;
   NotificationCenter& m_Notifications;
   const Actions m_Actions;
 };

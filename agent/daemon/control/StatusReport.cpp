@@ -62,6 +62,7 @@ Json StatusReport::Make(const ControlServer::Counters& counters) const {
           {"droppedStreams", counters.m_Dropped},
           {"enumerations", m_Handles.Count()},
           {"notifications", m_Notifications.Posted()},
+          {"refusedFiles", m_Store.Files() != nullptr ? m_Store.Files()->Refused().Count() : 0},
           {"plugins", plugins}};
 }
 

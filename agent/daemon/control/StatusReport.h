@@ -5,6 +5,7 @@
 #include "agent/daemon/control/EnumerationHandles.h"
 #include "agent/daemon/plugins/NotificationCenter.h"
 #include "agent/daemon/plugins/Plugins.h"
+#include "agent/daemon/store/TaskStore.h"
 #include "agent/library/Json.h"
 
 namespace NoxAgent {
@@ -15,6 +16,7 @@ struct StatusReport {
   const Plugins& m_Plugins;
   const NotificationCenter& m_Notifications;
   const EnumerationHandles& m_Handles;
+  const TaskStore& m_Store;
   long m_StartTime;  ///< seconds since the epoch
 
   /// [any thread] Asks every plug-in for its report.

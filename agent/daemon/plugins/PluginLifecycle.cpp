@@ -105,8 +105,8 @@ void PluginLifecycle::PrepareTaskDirectory(Plugin& plugin, const Settings& setti
              .Arg(Number(removed), directory));
   }
   const AString extension = plugin.Config().Peek("task_file_extension");
-  m_Store.Guard(directory, extension.IsEmpty() ? AString(".vsk") : extension,
-                settings.m_StateDir + "/var/refused");
+  m_Store.Guard({plugin.Name(), directory, extension.IsEmpty() ? AString(".vsk") : extension,
+                 settings.m_StateDir + "/var/refused"});
 }
 
 void PluginLifecycle::Refresh(const std::function<void()>& readAgain) {

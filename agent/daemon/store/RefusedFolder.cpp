@@ -54,16 +54,40 @@ RefusedFolder::Taken RefusedFolder::Take(const std::string& from, const std::str
 }
 
 std::vector<RefusedFolder::Entry> RefusedFolder::List() const {
-  DirectoryListings::Listing listing;
-  (void)DirectoryListings::List(m_Files, m_Path.c_str(), listing);  // not there: nothing refused
-  std::sort(listing.m_Names.begin(), listing.m_Names.end());
   std::vector<Entry> entries;
-  for (const std::string& name : listing.m_Names) {
-    if (name != "." && name != "..") {
-      entries.push_back(Describe(name));
-    }
+  for (const std::string& name : Names()) {
+    entries.push_back(Describe(name));
   }
   return entries;
+}
+
+std::size_t RefusedFolder::Count() const {
+  return Names().size();
+}
+
+std::vector<std::string> RefusedFolder::Names() const {
+  DirectoryListings::Listing listing;
+  (void)DirectoryListings::List(m_Files, m_Path.c_str(), listing);  // not there: nothing refused
+  std::erase_if(listing.m_Names, [](const auto& name) { return name == "." || name == ".."; });
+  std::sort(listing.m_Names.begin(), listing.m_Names.end());
+  return std::move(listing.m_Names);
+}
+
+int RefusedFolder::Read(const std::string& name, std::string& bytes, FileIdentity& identity) const {
+  return ReadFile(m_Files, PathOf(name), bytes, identity);
+}
+
+int RefusedFolder::RemoveUnchanged(const std::string& name, const FileIdentity& identity) {
+  AFileSystem::Info info;
+  const int error = m_Files.GetInfo(PathOf(name).c_str(), info);
+  if (error == 0 && FileIdentity(info) != identity) {
+    return ESTALE;
+  }
+  return error != 0 ? error : Remove(name);
+}
+
+int RefusedFolder::Remove(const std::string& name) {
+  return m_Files.Unlink(PathOf(name).c_str());
 }
 
 RefusedFolder::Entry RefusedFolder::Describe(const std::string& name) const {

@@ -44,9 +44,18 @@ class RefusedFolder {
   /// All that is here, by name. Each one is judged anew: somebody may have mended it in its place.
   std::vector<Entry> List() const;
 
-  std::string PathOf(const std::string& name) const { return m_Path + "/" + name; }
+  std::size_t Count() const;
+
+  /// What it holds, and which file it was. 0 or an errno.
+  int Read(const std::string& name, std::string& bytes, FileIdentity& identity) const;
+  /// 0 or an errno.
+  int Remove(const std::string& name);
+  /// The same as long as it is the file `identity`; ESTALE when it is another one.
+  int RemoveUnchanged(const std::string& name, const FileIdentity& identity);
 
  private:
+  std::string PathOf(const std::string& name) const { return m_Path + "/" + name; }
+  std::vector<std::string> Names() const;
   Entry Describe(const std::string& name) const;
 
   BaseSDK::AFileSystem& m_Files;

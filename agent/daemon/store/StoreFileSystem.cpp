@@ -39,6 +39,7 @@ StoreFileSystem::StoreFileSystem(AFileSystem& below, TaskDirectory directory,
       m_Directory(std::move(directory)),
       m_Refused(below, refusedPath),
       m_WriteTrouble(m_Readings),
+      m_Strays(below, m_Directory, m_Known, m_Open),
       m_Reader({below, m_Refused, m_Known, m_Open, m_Readings}),
       m_Remover(below, m_Directory, m_Known, m_Readings) {}
 

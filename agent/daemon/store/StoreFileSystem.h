@@ -6,6 +6,7 @@
 #include "agent/daemon/store/OpenTaskFiles.h"
 #include "agent/daemon/store/ReadingTimes.h"
 #include "agent/daemon/store/RefusedFolder.h"
+#include "agent/daemon/store/StrayFiles.h"
 #include "agent/daemon/store/TaskDirectory.h"
 #include "agent/daemon/store/TaskReader.h"
 #include "agent/daemon/store/TaskRemover.h"
@@ -32,8 +33,8 @@ class StoreFileSystem final : public ForwardingFileSystem {
   StoreFileSystem(AFileSystem& below, TaskDirectory directory, const std::string& refusedPath);
 
   const TaskDirectory& Directory() const { return m_Directory; }
-  const RefusedFolder& Refused() const { return m_Refused; }
-  const KnownFiles& Known() const { return m_Known; }
+  RefusedFolder& Refused() { return m_Refused; }
+  StrayFiles& Strays() { return m_Strays; }
   const ReadingTimes& Readings() const { return m_Readings; }
 
   int Open(const char* path, int flags, unsigned mode, int& fd) override;
@@ -65,6 +66,7 @@ class StoreFileSystem final : public ForwardingFileSystem {
   DirectoryListings m_Listings;
   ReadingTimes m_Readings;
   WriteTrouble m_WriteTrouble;
+  StrayFiles m_Strays;
 
   TaskReader m_Reader;
   TaskRemover m_Remover;

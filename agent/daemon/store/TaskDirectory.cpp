@@ -32,4 +32,8 @@ bool TaskDirectory::IsTaskFile(std::string_view name) const {
   return name.size() > m_Extension.size() && name.ends_with(m_Extension);
 }
 
+std::string TaskDirectory::TaskIdOf(std::string_view name) const {
+  return std::string(name.substr(0, name.find(m_Extension)));
+}
+
 }  // namespace NoxAgent

@@ -21,6 +21,13 @@ class TaskDirectory {
   std::optional<std::string> NameOf(std::string_view path) const;
   /// Whether a task is read from a file of this name.
   bool IsTaskFile(std::string_view name) const;
+  /// The ID of the task that the scheduler takes a file of this name for: what is in front of the
+  /// first extension.
+  std::string TaskIdOf(std::string_view name) const;
+  /// The path of that task's file.
+  std::string FileOf(const std::string& taskId) const {
+    return m_Path + "/" + taskId + m_Extension;
+  }
 
  private:
   std::string m_Path;  ///< without slashes at its end

@@ -70,7 +70,7 @@ int TaskRemover::RemoveUnchanged(const std::string& name, const std::string& pat
 }
 
 AString TaskRemover::TaskOf(const std::string& name) const {
-  return AString::FromUtf8(name.substr(0, name.size() - m_Directory.Extension().size()));
+  return AString::FromUtf8(m_Directory.TaskIdOf(name));
 }
 
 }  // namespace NoxAgent

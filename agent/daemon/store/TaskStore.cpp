@@ -19,26 +19,27 @@ TaskStore::~TaskStore() {
   (void)AFileSystem::Replace(m_Before);
 }
 
-void TaskStore::Guard(const AString& directory, const AString& extension,
-                      const AString& refusedPath) {
-  TaskDirectory tasks(directory.ToUtf8(), extension.ToUtf8());
+void TaskStore::Guard(const Tasks& tasks) {
+  TaskDirectory directory(tasks.m_Directory.ToUtf8(), tasks.m_Extension.ToUtf8());
   if (m_Files != nullptr) {
-    if (!m_Files->Directory().IsItself(tasks.Path())) {
+    if (!m_Files->Directory().IsItself(directory.Path())) {
       ALOG(AgentLog(), ALogger::Warning, "TaskStore",
            AString("There is more than one task directory: nobody looks after the files in %1")
-               .Arg(directory));
+               .Arg(tasks.m_Directory));
     }
     return;
   }
   DirectoryListings::Listing listing;
-  int error = DirectoryListings::List(m_Spared, tasks.Path().c_str(), listing);
+  int error = DirectoryListings::List(m_Spared, directory.Path().c_str(), listing);
   error = error != 0 ? error : listing.m_Error;
   if (error != 0) {
     throw AgentError(AgentError::Kind::Failure,
                      AString("cannot read the task directory %1: %2; no task would run")
-                         .Arg(directory, std::strerror(error)));
+                         .Arg(tasks.m_Directory, std::strerror(error)));
   }
-  m_Files = std::make_unique<StoreFileSystem>(m_Spared, std::move(tasks), refusedPath.ToUtf8());
+  m_Files = std::make_unique<StoreFileSystem>(m_Spared, std::move(directory),
+                                              tasks.m_RefusedPath.ToUtf8());
+  m_Scheduler = tasks.m_Scheduler;
   (void)AFileSystem::Replace(m_Files.get());
 }
 

@@ -20,19 +20,26 @@ class TaskStore {
   TaskStore& operator=(const TaskStore&) = delete;
   ~TaskStore();
 
-  /// Which task files to look after; refused documents go to `refusedPath`. Throws AgentError when
-  /// the directory cannot be read. Before the scheduler is loaded; only the first directory counts.
-  /// [main thread]
-  void Guard(const BaseSDK::AString& directory, const BaseSDK::AString& extension,
-             const BaseSDK::AString& refusedPath);
+  /// Which task files to look after.
+  struct Tasks {
+    BaseSDK::AString m_Scheduler;  ///< the plug-in whose they are
+    BaseSDK::AString m_Directory;
+    BaseSDK::AString m_Extension;
+    BaseSDK::AString m_RefusedPath;  ///< where refused documents go
+  };
+  /// Throws AgentError when the directory cannot be read. Before the scheduler is loaded; only the
+  /// first directory counts. [main thread]
+  void Guard(const Tasks& tasks);
 
-  /// Null before Guard. [any thread]
-  const StoreFileSystem* Files() const { return m_Files.get(); }
+  /// Null without a scheduler. [any thread, once plug-ins are loaded]
+  StoreFileSystem* Files() const { return m_Files.get(); }
+  const BaseSDK::AString& Scheduler() const { return m_Scheduler; }
 
  private:
   BaseSDK::AFileSystem* m_Before = nullptr;
   SparingFileSystem m_Spared;
   std::unique_ptr<StoreFileSystem> m_Files;
+  BaseSDK::AString m_Scheduler;
 };
 
 }  // namespace NoxAgent

@@ -206,6 +206,35 @@ TEST_F(Client, HelpAndVersionAreNoErrors) {
   EXPECT_EQ(0U, Out().rfind("noxctl 0.", 0)) << Out();
 }
 
+TEST_F(Client, FilesListsWhatIsNoTask) {
+  m_Agent.AnswerAlways(
+      200, R"({"refused":[{"name":"a.vsk","reason":"","mended":true,"time":1781503200},)"
+           R"({"name":"b.vsk","reason":"not well formed","line":3,"column":7,"mended":false,)"
+           R"("time":1781503200}],"strays":[{"name":"notes.txt","reason":"no task"}]})");
+  EXPECT_EQ(0, Run({"files"})) << Err();
+  EXPECT_EQ(
+      "FILE       WHERE    SINCE                      WHAT IS WRONG\n"
+      "a.vsk      refused  2026-06-15 08:00:00 +0200  nothing any more: take it back\n"
+      "b.vsk      refused  2026-06-15 08:00:00 +0200  line 3, column 7: not well formed\n"
+      "notes.txt  tasks    -                          no task\n",
+      Out());
+  EXPECT_EQ("/v1/files", m_Agent.Requests()[0].m_Target);
+}
+
+TEST_F(Client, FilesTakesBackAndRemoves) {
+  m_Agent.AnswerAlways(200, R"({"result":1,"out":{"newTaskId":"a"}})");
+  EXPECT_EQ(0, Run({"files", "--take-back", "a.vsk.1", "--remove", "b.vsk", "--remove-stray",
+                    "notes.txt"}))
+      << Err();
+  EXPECT_EQ("added a\nremoved b.vsk\nremoved notes.txt\n", Out());
+  const auto requests = m_Agent.Requests();
+  ASSERT_EQ(3U, requests.size());
+  EXPECT_EQ("/v1/files/take-back", requests[0].m_Target);
+  EXPECT_EQ(Json({{"name", "a.vsk.1"}}), requests[0].m_Body);
+  EXPECT_EQ(Json({{"name", "b.vsk"}, {"from", "refused"}}), requests[1].m_Body);
+  EXPECT_EQ(Json({{"name", "notes.txt"}, {"from", "tasks"}}), requests[2].m_Body);
+}
+
 // Whoever adds a command tells the manual as well; the shells ask noxctl itself.
 TEST_F(Client, CommandsStandInTheManual) {
   const auto read = [](const char* path) {

@@ -70,6 +70,7 @@ class TestAgent {
   PluginHost m_Host{m_Settings, m_Plugins, m_Notifications, m_HandlerCalls};
   PluginLifecycle m_Lifecycle;
   OperationRoute m_Operations{m_Plugins, m_Notifications, m_Handles};
+  FilesRoute m_Files{m_Store, m_Operations};
   Api m_Api;
   std::unique_ptr<ControlSocket> m_Socket;
   std::unique_ptr<ControlServer> m_Server;

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "agent/library/Json.h"
+
+#include <BaseSDK/AString.h>
+
+#include <initializer_list>
+#include <optional>
+#include <string>
+
+namespace NoxAgent {
+
+/// The members of a request's body, for requests that are no operation of an interface. What is
+/// wrong with one is a RequestError that names it.
+class RequestBody {
+ public:
+  /// No other members than these may be there.
+  RequestBody(const std::string& body, std::initializer_list<const char*> names);
+
+  /// A whole number in the signed 32-bit range; without a fallback it must be there.
+  long Number(const char* name, std::optional<long> fallback = std::nullopt) const;
+  BaseSDK::AString Text(const char* name,
+                        const std::optional<BaseSDK::AString>& fallback = std::nullopt) const;
+
+ private:
+  Json m_Members;
+};
+
+}  // namespace NoxAgent
