@@ -45,7 +45,7 @@ Agent::Agent(const Options& options, Environment environment, Settings settings)
       m_Notifications(m_Thread, m_Plugins),
       m_Host(m_Settings, m_Plugins, m_Notifications, m_HandlerCalls),
       m_Lifecycle(m_Plugins, m_Notifications, m_Host, m_HandlerCalls, m_Handles, m_Store),
-      m_Operations(m_Plugins, m_Notifications, m_Handles),
+      m_Operations(m_Plugins, m_Notifications, m_Handles, m_Store),
       m_Files(m_Store, m_Operations),
       m_Api(m_Operations, m_Files, m_Notifications,
             {[this] { return Status(); }, [this] { Refresh(); }}) {}

@@ -7,6 +7,7 @@
 
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <exception>
 
@@ -29,6 +30,8 @@ int main(int argc, char** argv) {
       return 0;
     }
     BaseSDK::ASystemZone::Hold();
+    // A file that grows beyond the limit is an error where it is written, not the agent's end.
+    (void)std::signal(SIGXFSZ, SIG_IGN);
     NoxAgent::Environment environment = NoxAgent::Environment::OfProcess();
     NoxAgent::Settings settings = NoxAgent::Settings::Load(options, environment);
     NoxAgent::LogSetup::Open(settings);

@@ -1,6 +1,7 @@
 #include "agent/daemon/control/OperationRoute.h"
 
 #include "agent/daemon/control/JsonMessage.h"
+#include "agent/daemon/control/WrittenCheck.h"
 #include "agent/library/Json.h"
 
 #include <AgentInterfacesV3/AMsgError.h>
@@ -85,8 +86,12 @@ struct OperationRoute::Call {
 };
 
 OperationRoute::OperationRoute(const Plugins& plugins, NotificationCenter& notifications,
-                               EnumerationHandles& handles)
-    : m_Plugins(plugins), m_Notifications(notifications), m_Handles(handles), m_Border(plugins) {}
+                               EnumerationHandles& handles, const TaskStore& store)
+    : m_Plugins(plugins),
+      m_Notifications(notifications),
+      m_Handles(handles),
+      m_Store(store),
+      m_Border(plugins) {}
 
 bool OperationRoute::IsPath(const std::string& path) {
   return Split(path).has_value();
@@ -173,6 +178,7 @@ Json OperationRoute::UseEnumeration(Call& call) {
 }
 
 Json OperationRoute::Send(Call& call) {
+  const WriteFailures failures;
   // The agent's notifications reach a plug-in on the agent thread only, whoever asks for them.
   if (call.m_Operation.m_Name == "NotifyObject") {
     m_Notifications.SendOnAgentThread(*call.m_Plugin, call.m_Request);
@@ -182,6 +188,9 @@ Json OperationRoute::Send(Call& call) {
   if (call.m_Reply.IsError()) {
     const auto& info = Corvane::AgentInterfacesV3::InfoOf(call.m_Reply.ErrorCode());
     throw RequestError(StatusOf(call.m_Reply.ErrorCode()), info.m_Name, call.m_Reply.ErrorText());
+  }
+  if (m_Store.Files() != nullptr) {
+    ThrowIfNotWritten(call.m_Request, call.m_Reply.Result(), failures, *m_Store.Files());
   }
   return JsonMessage::Encode(call.m_Operation, call.m_Reply);
 }

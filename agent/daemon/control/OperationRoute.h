@@ -5,6 +5,7 @@
 #include "agent/daemon/control/TaskBorder.h"
 #include "agent/daemon/plugins/NotificationCenter.h"
 #include "agent/daemon/plugins/Plugins.h"
+#include "agent/daemon/store/TaskStore.h"
 #include "agent/library/Json.h"
 
 #include <string>
@@ -18,7 +19,7 @@ namespace NoxAgent {
 class OperationRoute {
  public:
   OperationRoute(const Plugins& plugins, NotificationCenter& notifications,
-                 EnumerationHandles& handles);
+                 EnumerationHandles& handles, const TaskStore& store);
 
   /// Whether the path has the form above; what it names need not exist.
   static bool IsPath(const std::string& path);
@@ -39,6 +40,7 @@ class OperationRoute {
   const Plugins& m_Plugins;
   NotificationCenter& m_Notifications;
   EnumerationHandles& m_Handles;
+  const TaskStore& m_Store;
   const TaskBorder m_Border;
 };
 

@@ -119,6 +119,7 @@ int StoreFileSystem::Unlink(const char* path) {
     const int error = ForwardingFileSystem::Unlink(path);
     if (name && error == 0) {
       m_Known.Forget(*name);
+      m_WriteTrouble.Forget(*name);
     } else if (name && error != ENOENT && error != EINTR) {
       WriteFailures::Note(*name, error);
     }
@@ -140,6 +141,7 @@ int StoreFileSystem::OpenDirectory(const char* path, unsigned long& handle) {
     if (error == 0) {
       if (listing.m_IsReading) {
         m_Known.BeginReading();
+        m_WriteTrouble.ForgetFiles();
       }
       handle = m_Listings.Add(std::move(listing));
     } else if (listing.m_IsReading && error != EINTR) {

@@ -36,6 +36,7 @@ class StoreFileSystem final : public ForwardingFileSystem {
   RefusedFolder& Refused() { return m_Refused; }
   StrayFiles& Strays() { return m_Strays; }
   const ReadingTimes& Readings() const { return m_Readings; }
+  const WriteTrouble& Trouble() const { return m_WriteTrouble; }
 
   int Open(const char* path, int flags, unsigned mode, int& fd) override;
   int Read(int fd, void* buffer, std::size_t size, std::size_t& got) override;

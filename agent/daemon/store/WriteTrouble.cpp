@@ -16,6 +16,22 @@ constexpr const char* Source = "WriteTrouble";
 
 }  // namespace
 
+int WriteTrouble::ErrorOf(const std::string& name) const {
+  AMutexGuard guard(m_Lock);
+  const auto found = m_Stale.find(name);
+  return found != m_Stale.end() ? found->second : 0;
+}
+
+void WriteTrouble::Forget(const std::string& name) {
+  AMutexGuard guard(m_Lock);
+  m_Stale.erase(name);
+}
+
+void WriteTrouble::ForgetFiles() {
+  AMutexGuard guard(m_Lock);
+  m_Stale.clear();
+}
+
 void WriteTrouble::Note(const std::string& name, int error) {
   int before = 0;
   unsigned long failed = 0;
@@ -23,6 +39,11 @@ void WriteTrouble::Note(const std::string& name, int error) {
     AMutexGuard guard(m_Lock);
     before = std::exchange(m_Error, error);
     failed = error == 0 ? std::exchange(m_Failed, 0) : ++m_Failed;
+    if (error == 0) {
+      m_Stale.erase(name);
+    } else {
+      m_Stale[name] = error;
+    }
   }
   if (error == before) {
     return;

@@ -69,7 +69,7 @@ class TestAgent {
   NotificationCenter m_Notifications{m_Thread, m_Plugins};
   PluginHost m_Host{m_Settings, m_Plugins, m_Notifications, m_HandlerCalls};
   PluginLifecycle m_Lifecycle;
-  OperationRoute m_Operations{m_Plugins, m_Notifications, m_Handles};
+  OperationRoute m_Operations{m_Plugins, m_Notifications, m_Handles, m_Store};
   FilesRoute m_Files{m_Store, m_Operations};
   Api m_Api;
   std::unique_ptr<ControlSocket> m_Socket;
