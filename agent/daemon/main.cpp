@@ -3,6 +3,7 @@
 #include "agent/daemon/AgentError.h"
 #include "agent/daemon/process/LogSetup.h"
 
+#include <BaseSDK/ADescriptorLimit.h>
 #include <BaseSDK/ASystemZone.h>
 
 #include <unistd.h>
@@ -14,6 +15,9 @@
 namespace {
 
 using NoxAgent::AgentError;
+
+// Far more than sockets, files and runs can need.
+constexpr unsigned long MostDescriptors = 65536;
 
 int Fail(const std::exception& error, int status) {
   (void)std::fprintf(stderr, "noxagentd: %s\n", error.what());
@@ -30,6 +34,7 @@ int main(int argc, char** argv) {
       return 0;
     }
     BaseSDK::ASystemZone::Hold();
+    BaseSDK::ADescriptorLimit::Raise(MostDescriptors);
     // A file that grows beyond the limit is an error where it is written, not the agent's end.
     (void)std::signal(SIGXFSZ, SIG_IGN);
     NoxAgent::Environment environment = NoxAgent::Environment::OfProcess();

@@ -3,8 +3,10 @@
 #include "agent/Protocol.h"
 
 #include <AgentSDK/APluginMgr.h>
+#include <BaseSDK/ADescriptorLimit.h>
 #include <BaseSDK/AGuid.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <stdexcept>
 #include <system_error>
@@ -19,6 +21,8 @@ constexpr long GraceSeconds = 5;
 constexpr long MaxGraceSeconds = 3600;
 constexpr long MaxRuns = 200;
 constexpr long MaxMaxRuns = 100000;
+constexpr unsigned long DescriptorsPerRun = 3;
+constexpr unsigned long DescriptorsOfAgent = 200;  // sockets, logs, files for a moment
 
 [[noreturn]] void Refuse(const AString& key, const AString& reason) {
   throw std::runtime_error(AString("%1: %2").Arg(key, reason).ToUtf8());
@@ -61,6 +65,27 @@ bool YesOrNo(const char* key, bool fallback) {
   return text == AString("yes");
 }
 
+unsigned long RunsThatFit() {
+  const unsigned long limit = BaseSDK::ADescriptorLimit::Current();
+  return limit > DescriptorsOfAgent ? (limit - DescriptorsOfAgent) / DescriptorsPerRun : 0;
+}
+
+long ReadMaxRuns() {
+  const char* const key = "max_runs";
+  const long fit = static_cast<long>(std::max(1UL, RunsThatFit()));
+  const long runs = Number(key, std::min(MaxRuns, fit), 1, MaxMaxRuns);
+  if (runs > fit) {
+    Refuse(key,
+           AString("%1 runs do not fit into %2 file descriptors: a run takes %3, and the agent "
+                   "needs some itself; %4 at most, or raise the limit (LimitNOFILE= of the "
+                   "service)")
+               .Arg(AString().SetNum(runs, 'd'),
+                    AString().SetNum(BaseSDK::ADescriptorLimit::Current(), 'u'),
+                    AString().SetNum(DescriptorsPerRun, 'u'), AString().SetNum(fit, 'd')));
+  }
+  return runs;
+}
+
 AString SchedulerClassId() {
   const char* const key = "scheduler_class_id";
   const AString text = Value(key, NoxAgent::SchedulerClassId);
@@ -79,7 +104,7 @@ HandlerSettings ReadHandlerSettings() {
   const AString outputPath = Value("output_path");
   const AString recordPath = Value("record_path");
   const long grace = Number("kill_grace_seconds", GraceSeconds, 0, MaxGraceSeconds);
-  const long maxRuns = Number("max_runs", MaxRuns, 1, MaxMaxRuns);
+  const long maxRuns = ReadMaxRuns();
   HandlerSettings settings;
   settings.m_LogOutput = YesOrNo("job_output", settings.m_LogOutput);
   settings.m_SchedulerClassId = SchedulerClassId();

@@ -2,6 +2,8 @@
 
 #include "agent/handler/process/Launch.h"
 
+#include <BaseSDK/ADescriptorLimit.h>
+
 #include <fcntl.h>
 #include <grp.h>
 #include <sys/stat.h>
@@ -57,6 +59,7 @@ void ChildStart::Run() const {
   // waits for these, ends what it finds in the session.
   ConnectStreams();
   ResetSignals();
+  BaseSDK::ADescriptorLimit::Restore();
   AwaitGo();
   BecomeUser();
   EnterDirectory();

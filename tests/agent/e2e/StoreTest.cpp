@@ -6,6 +6,8 @@
 
 #include <sys/resource.h>
 
+#include <algorithm>
+
 using NoxAgent::Json;
 
 namespace {
@@ -37,6 +39,22 @@ TEST_F(Store, ADamagedTaskFileIsKeptListedAndTakenBack) {
   EXPECT_NE(TaskFile("backup"), "");
   EXPECT_EQ(Ctl({"attributes", "backup"}).m_Status, 0) << "the scheduler holds it";
   EXPECT_EQ(Ctl({"status"}).m_Output.find("refused files"), std::string::npos);
+}
+
+TEST_F(Store, TheAgentMayOpenMoreFilesThanItsJobs) {
+  rlimit before{};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+  rlimit few = before;
+  few.rlim_cur = 400;
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+  StartAgent();
+  (void)setrlimit(RLIMIT_NOFILE, &before);
+  rlimit ofAgent{};
+  ASSERT_EQ(prlimit(m_Agent->Pid(), RLIMIT_NOFILE, nullptr, &ofAgent), 0);
+  EXPECT_EQ(ofAgent.rlim_cur, std::min<rlim_t>(before.rlim_max, 65536));
+  AddAsapTask("a", "ulimit -Sn > limit");
+  ASSERT_TRUE(WaitForState("a", "Ok"));
+  EXPECT_EQ(m_Directory.Read("limit"), "400\n");
 }
 
 TEST_F(Store, AChangeThatDoesNotFitOnTheDiskIsAnErrorAndTheAgentLives) {

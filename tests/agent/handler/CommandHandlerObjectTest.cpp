@@ -16,6 +16,7 @@
 #include <gtest/gtest.h>
 
 #include <dlfcn.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -274,6 +275,30 @@ TEST_F(CommandHandlerObject, SaysWhatIsWrongWithItsConfiguration) {
       m_Scheduler.SetConfig(row.m_Key, before);
     }
   }
+}
+
+TEST_F(CommandHandlerObject, RefusesMoreRunsThanDescriptorsCarry) {
+  rlimit before{};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+  rlimit few = before;
+  few.rlim_cur = 500;
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+  m_Scheduler.SetConfig("max_runs", "101");
+  Load();
+  EXPECT_EQ(Initialize(), -1);
+  EXPECT_EQ(
+      LogCount("The command handler cannot start: max_runs: 101 runs do not fit into 500 file "
+               "descriptors: a run takes 3, and the agent needs some itself; 100 at most"),
+      1u);
+  Unload();
+  m_Scheduler.SetConfig("max_runs", "100");
+  Load();
+  EXPECT_EQ(Initialize(), 1);
+  Unload();
+  m_Scheduler.ForgetConfig("max_runs");
+  Load();
+  EXPECT_EQ(Initialize(), 1) << "the default adapts itself";
+  (void)setrlimit(RLIMIT_NOFILE, &before);
 }
 
 }  // namespace NoxHandlerTest
