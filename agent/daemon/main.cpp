@@ -6,6 +6,7 @@
 #include <BaseSDK/ADescriptorLimit.h>
 #include <BaseSDK/ASystemZone.h>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -34,6 +35,8 @@ int main(int argc, char** argv) {
       return 0;
     }
     BaseSDK::ASystemZone::Hold();
+    // Documents and outputs are nobody's business but the agent's user's and group's.
+    (void)::umask(027);
     BaseSDK::ADescriptorLimit::Raise(MostDescriptors);
     // A file that grows beyond the limit is an error where it is written, not the agent's end.
     (void)std::signal(SIGXFSZ, SIG_IGN);

@@ -14,7 +14,7 @@ namespace NoxAgent {
 namespace {
 
 void MakeOne(const std::string& path, unsigned mode) {
-  if (::mkdir(path.c_str(), mode) == 0) {
+  if (::mkdir(path.c_str(), mode) == 0 && ::chmod(path.c_str(), mode) == 0) {
     return;
   }
   const int error = errno;

@@ -6,8 +6,8 @@ namespace NoxAgent {
 
 /// Directories that the agent makes for itself and its plug-ins.
 struct Directories {
-  /// Makes `path` and what is missing above it, with `mode` less the umask. One that is there
-  /// already stays as it is. Throws AgentError that names the first one that cannot be made.
+  /// Makes `path` and what is missing above it, with `mode` whatever the umask. One that is
+  /// there already stays as it is. Throws AgentError that names the first one that cannot be made.
   static void Make(const BaseSDK::AString& path, unsigned mode);
 };
 

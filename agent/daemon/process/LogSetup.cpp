@@ -1,6 +1,7 @@
 #include "agent/daemon/process/LogSetup.h"
 
 #include "agent/daemon/AgentError.h"
+#include "agent/daemon/process/Directories.h"
 
 #include <BaseSDK/ALogConfig.h>
 #include <BaseSDK/ALogSinks.h>
@@ -10,6 +11,11 @@ using BaseSDK::ALogSinks;
 using BaseSDK::AString;
 
 namespace NoxAgent {
+namespace {
+
+constexpr unsigned DirectoryMode = 0750;  // jobs' output is in the log
+
+}  // namespace
 
 void LogSetup::Open(const Settings& settings) {
   SetLevels(settings.m_Log);
@@ -18,14 +24,16 @@ void LogSetup::Open(const Settings& settings) {
   if (log.m_File.IsEmpty()) {
     return;
   }
+  const AString path = settings.Resolve(log.m_File);
+  if (const std::size_t slash = path.ReverseFind(L'/'); slash != AString::npos && slash > 0) {
+    Directories::Make(path.Left(slash), DirectoryMode);
+  }
   AString error;
-  const auto file = ALogSinks::RotatingFile(settings.Resolve(log.m_File),
-                                            static_cast<std::size_t>(log.m_FileBytes),
+  const auto file = ALogSinks::RotatingFile(path, static_cast<std::size_t>(log.m_FileBytes),
                                             static_cast<unsigned>(log.m_Files), error);
   if (file == nullptr) {
-    throw AgentError(
-        AgentError::Kind::Failure,
-        AString("cannot open the log file %1: %2").Arg(settings.Resolve(log.m_File), error));
+    throw AgentError(AgentError::Kind::Failure,
+                     AString("cannot open the log file %1: %2").Arg(path, error));
   }
   ALogConfig::AddSink(file);
 }

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 
@@ -55,6 +56,52 @@ TEST_F(Store, TheAgentMayOpenMoreFilesThanItsJobs) {
   AddAsapTask("a", "ulimit -Sn > limit");
   ASSERT_TRUE(WaitForState("a", "Ok"));
   EXPECT_EQ(m_Directory.Read("limit"), "400\n");
+}
+
+TEST_F(Store, FilesAndDirectoriesAreForTheAgentAndItsGroupWhateverTheUmask) {
+  for (const mode_t mask : {0U, 077U}) {
+    std::filesystem::remove_all(m_Directory / "state");
+    m_Directory.Write("agent.ini", "[Log]\nfile = %installdir%/log/agent.log\n");
+    const mode_t before = umask(mask);
+    StartAgent({"--config", Path("agent.ini")});
+    (void)umask(before);
+    AddAsapTask("a", "echo done; umask > mask");
+    ASSERT_TRUE(WaitForState("a", "Ok"));
+    m_Directory.Write("state/var/tasks/bad.vsk", "bad");
+    EXPECT_EQ(Ctl({"show", "bad"}).m_Status, 1) << "it is read and put away";
+    const struct {
+      const char* m_Name;
+      unsigned m_Mode;
+    } rows[] = {{"state", 0750},
+                {"state/log", 0750},
+                {"state/log/agent.log", 0640},
+                {"state/noxagentd.lock", 0640},
+                {"state/run", 0755},
+                {"state/run/noxagentd.lock", 0640},
+                {"state/run/control.sock", 0660},
+                {"state/var", 0750},
+                {"state/var/tasks", 0750},
+                {"state/var/tasks/a.vsk", 0640},
+                {"state/var/jobs", 0750},
+                {"state/var/output", 0750},
+                {"state/var/output/a.log", 0640},
+                {"state/var/output/.running", 0750},
+                {"state/var/refused", 0750}};
+    for (const auto& row : rows) {
+      struct stat info {};
+      EXPECT_EQ(stat(Path(row.m_Name).c_str(), &info), 0) << row.m_Name;
+      EXPECT_EQ(info.st_mode & 07777, row.m_Mode) << row.m_Name << " with the umask " << mask;
+    }
+    EXPECT_EQ(m_Directory.Read("mask"), "0022\n") << "of jobs";
+    EXPECT_EQ(StopAgent(), 0);
+  }
+}
+
+TEST_F(Store, AnExistingDirectoryKeepsItsMode) {
+  std::filesystem::permissions(m_Directory / "state", std::filesystem::perms(0711));
+  StartAgent();
+  EXPECT_EQ(std::filesystem::status(m_Directory / "state").permissions(),
+            std::filesystem::perms(0711));
 }
 
 TEST_F(Store, AChangeThatDoesNotFitOnTheDiskIsAnErrorAndTheAgentLives) {
