@@ -290,8 +290,8 @@ void AgentApi::RemoveFile(const std::string& name, const std::string& from) {
   (void)Answer(Connection().Post("/v1/files/remove", BodyOf({{"name", name}, {"from", from}})));
 }
 
-Json AgentApi::Status() {
-  return Answer(Connection().Get("/v1/status"));
+Json AgentApi::Status(bool withTasks) {
+  return Answer(Connection().Get(withTasks ? "/v1/status?tasks=1" : "/v1/status"));
 }
 
 void AgentApi::Refresh() {

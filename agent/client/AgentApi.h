@@ -58,7 +58,8 @@ class AgentApi {
   /// `from` is "refused" or "tasks".
   void RemoveFile(const std::string& name, const std::string& from);
 
-  Json Status();
+  /// With the IDs of all tasks only when asked.
+  Json Status(bool withTasks = false);
   /// The names of files that are no tasks, each with the reason: those that were refused and those
   /// that lie among the task files. Empty also when the agent does not tell.
   std::vector<std::pair<std::string, std::string>> FilesThatAreNoTasks();

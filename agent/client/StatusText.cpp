@@ -43,6 +43,18 @@ std::string Open(const Json& status) {
          Plain(status, "enumerations");
 }
 
+std::string Tasks(const Json& status) {
+  const Json* const tasks = status.Find("tasks");
+  if (tasks == nullptr || !tasks->Has("loaded")) {
+    return {};
+  }
+  std::string text = "tasks          " + Plain(*tasks, "loaded") + " loaded";
+  if (status.Has("nextReading")) {
+    text += ", their files are read again by " + LocalTimeText(Number(status, "nextReading"));
+  }
+  return text + '\n';
+}
+
 std::string RefusedFiles(const Json& status) {
   const long count = Number(status, "refusedFiles");
   return count == 0 ? std::string()
@@ -69,7 +81,8 @@ std::string StatusText(const Json& status) {
       << Plain(status, "stateDir") << "\nsocket         " << Plain(status, "socket")
       << "\nrequests       " << Requests(status) << "\nopen           " << Open(status)
       << "\nnotifications  " << Plain(status, "notifications") << '\n'
-      << RefusedFiles(status);
+      << "time zone      " << Plain(status, "zoneName") << '\n'
+      << Tasks(status) << RefusedFiles(status);
   for (const Json& plugin : status.Items("plugins")) {
     AppendPlugin(plugin, out);
   }

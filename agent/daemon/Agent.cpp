@@ -48,7 +48,7 @@ Agent::Agent(const Options& options, Environment environment, Settings settings)
       m_Operations(m_Plugins, m_Notifications, m_Handles, m_Store),
       m_Files(m_Store, m_Operations),
       m_Api(m_Operations, m_Files, m_Notifications,
-            {[this] { return Status(); }, [this] { Refresh(); }}) {}
+            {[this](bool withTasks) { return Status(withTasks); }, [this] { Refresh(); }}) {}
 
 bool Agent::Run() {
   try {
@@ -140,10 +140,10 @@ void Agent::ReadConfigurationAgain() {
   }
 }
 
-Json Agent::Status() const {
+Json Agent::Status(bool withTasks) const {
   const StatusReport report{m_Settings, m_Plugins, m_Notifications,
                             m_Handles,  m_Store,   m_StartTime};
-  return report.Make(m_Server->Count());
+  return report.Make(m_Server->Count(), withTasks);
 }
 
 }  // namespace NoxAgent

@@ -52,7 +52,7 @@ class Agent {
   bool Stop();
   void Refresh() NOX_EXCLUDES(m_RefreshLock);
   void ReadConfigurationAgain();
-  Json Status() const;
+  Json Status(bool withTasks) const;
 
   const Options m_Options;
   const Environment m_Environment;

@@ -18,8 +18,8 @@ void Done(const char* what, const CommandContext& context) {
   context.m_Out << what << " done\n";
 }
 
-void Status(const CommandContext& context) {
-  const Json status = context.Agent().Status();
+void Status(bool withTasks, const CommandContext& context) {
+  const Json status = context.Agent().Status(withTasks);
   if (context.m_Json) {
     return context.PrintJson(status);
   }
@@ -59,7 +59,9 @@ void Notify(const NotifyOptions& options, const CommandContext& context) {
 
 void AddAgentCommands(CommandLine& line, CommandContext& context) {
   CommandLine& status = line.Command("status", "Print how the agent and its plug-ins are");
-  status.OnUse([&context] { Status(context); });
+  const auto withTasks = std::make_shared<bool>(false);
+  status.Flag("--tasks", *withTasks, "list all tasks that the scheduler has in memory");
+  status.OnUse([withTasks, &context] { Status(*withTasks, context); });
 
   CommandLine& refresh =
       line.Command("refresh", "Have the agent read its configuration again (a policy refresh)");

@@ -6,6 +6,9 @@
 #include "agent/daemon/process/AgentLog.h"
 #include "agent/library/Json.h"
 
+#include <algorithm>
+#include <iterator>
+
 using BaseSDK::AString;
 namespace NoxAgent {
 namespace {
@@ -15,6 +18,26 @@ RequestError UnknownPath(const std::string& path) {
                       AString("there is nothing at %1; an operation is at "
                               "/v1/PLUGIN/INTERFACE/OPERATION")
                           .Arg(AString::FromUtf8(path).Left(200)));
+}
+
+constexpr const char* WithTasks = "tasks=1";
+
+RequestError BadQuery(const char* known) {
+  return RequestError(HttpStatus::BadRequest, "bad-query",
+                      known != nullptr
+                          ? AString("this path knows the query %1; there are no others").Arg(known)
+                          : AString("this path takes no query"));
+}
+
+// What the agent itself tells plug-ins; they would take any other number for something else.
+void CheckKind(long kind) {
+  constexpr long known[] = {0, 1, 2, 4, 5, 6, 7, NotificationCenter::Subscribed};
+  if (std::find(std::begin(known), std::end(known), kind) == std::end(known)) {
+    throw RequestError(HttpStatus::BadRequest, "unknown-kind",
+                       AString("there is no notification of the kind %1; there are 0, 1, 2, 4, 5, "
+                               "6, 7 and 10")
+                           .Arg(AString().SetNum(kind, 'd')));
+  }
 }
 
 ApiResponse Ok(const Json& answer) {
@@ -95,24 +118,34 @@ ApiResponse Api::Fixed(const ApiRequest& request, const Target& target) {
   struct Entry {
     const char* m_Path;
     const char* m_Method;
+    const char* m_Query;  ///< the only one that it knows, null for none
     std::function<ApiResponse()> m_Answer;
   };
   const Entry entries[] = {
-      {"/v1/status", "GET", [&] { return Ok(m_Actions.m_Status()); }},
-      {"/v1/notifications", "GET",
+      {"/v1/status", "GET", WithTasks,
+       [&] { return Ok(m_Actions.m_Status(target.m_Query == WithTasks)); }},
+      {"/v1/notifications", "GET", nullptr,
        [] {
          return ApiResponse{HttpStatus::Ok, {}, {}, true};
        }},
-      {"/v1/refresh", "POST", [&] { return Refresh(); }},
-      {"/v1/notify", "POST", [&] { return Notify(request.m_Body); }},
-      {"/v1/files", "GET", [&] { return Ok(m_Files.List()); }},
-      {"/v1/files/take-back", "POST", [&] { return Ok(m_Files.TakeBack(request.m_Body)); }},
-      {"/v1/files/remove", "POST", [&] { return Ok(m_Files.Remove(request.m_Body)); }},
+      {"/v1/refresh", "POST", nullptr, [&] { return Refresh(); }},
+      {"/v1/notify", "POST", nullptr, [&] { return Notify(request.m_Body); }},
+      {"/v1/files", "GET", nullptr, [&] { return Ok(m_Files.List()); }},
+      {"/v1/files/take-back", "POST", nullptr,
+       [&] { return Ok(m_Files.TakeBack(request.m_Body)); }},
+      {"/v1/files/remove", "POST", nullptr, [&] { return Ok(m_Files.Remove(request.m_Body)); }},
   };
   for (const Entry& entry : entries) {
-    if (target.m_Path == entry.m_Path && target.m_Query.empty()) {
-      return request.m_Method == entry.m_Method ? entry.m_Answer() : WrongMethod(entry.m_Method);
+    if (target.m_Path != entry.m_Path) {
+      continue;
     }
+    if (request.m_Method != entry.m_Method) {
+      return WrongMethod(entry.m_Method);
+    }
+    if (!target.m_Query.empty() && (entry.m_Query == nullptr || target.m_Query != entry.m_Query)) {
+      throw BadQuery(entry.m_Query);
+    }
+    return entry.m_Answer();
   }
   throw UnknownPath(target.m_Path);
 }
@@ -125,6 +158,7 @@ ApiResponse Api::Refresh() {
 ApiResponse Api::Notify(const std::string& body) {
   const RequestBody arguments(body, {"kind", "code", "text"});
   const long kind = arguments.Number("kind");
+  CheckKind(kind);
   const bool isSubscribed = kind == NotificationCenter::Subscribed;
   const long code = isSubscribed ? arguments.Number("code") : arguments.Number("code", 0);
   const AString text = arguments.Text("text", AString());

@@ -32,7 +32,7 @@ class Api {
  public:
   /// The agent's part: both may throw, AgentError for what a user can mend.
   struct Actions {
-    std::function<Json()> m_Status;
+    std::function<Json(bool withTasks)> m_Status;
     std::function<void()> m_Refresh;
   };
 

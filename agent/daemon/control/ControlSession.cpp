@@ -158,7 +158,10 @@ void ControlSession::Write(const ApiResponse& answer, bool keep) {
     m_Server.CountError();
   }
   ++m_Answered;
-  m_Response = Response(http::int_to_status(answer.m_Status), 11, answer.m_Body + "\n");
+  // A body behind the answer to HEAD would be taken for the next answer.
+  const bool isHead = m_Parser.has_value() && m_Parser->get().method() == http::verb::head;
+  m_Response =
+      Response(http::int_to_status(answer.m_Status), 11, isHead ? "" : answer.m_Body + "\n");
   m_Response.set(http::field::content_type, "application/json");
   if (!answer.m_Allow.empty()) {
     m_Response.set(http::field::allow, answer.m_Allow);

@@ -103,7 +103,7 @@ Json OperationRoute::Answer(const std::string& path, const std::string& query,
   const bool force = query == "force=1" && call.m_Operation.m_Name == "AddTask";
   if (!query.empty() && !force) {
     throw RequestError(HttpStatus::BadRequest, "bad-query",
-                       "AddTask knows the query force=1; there are no others");
+                       "AddTask knows the query force=1, and status tasks=1; there are no others");
   }
   call.m_Body = JsonMessage::ParseObject(body);
   JsonMessage::Decode(call.m_Body, call.m_Operation, call.m_Request);

@@ -1,6 +1,8 @@
 #include "agent/daemon/control/StatusReport.h"
 
 #include "agent/daemon/BuildInfo.h"
+#include "agent/daemon/control/SchedulerReport.h"
+#include "agent/daemon/control/ZoneReport.h"
 #include "agent/library/Json.h"
 
 #include <unistd.h>
@@ -21,7 +23,7 @@ std::string ReportOf(Plugin& plugin) {
   return report == reply.Out().end() ? std::string() : std::get<AString>(report->second).ToUtf8();
 }
 
-Json Describe(Plugin& plugin) {
+Json Describe(Plugin& plugin, const std::string& report) {
   Json interfaces = Json::List{};
   for (const auto* const table : plugin.Interfaces()) {
     interfaces.Append(table->m_Name);
@@ -35,35 +37,59 @@ Json Describe(Plugin& plugin) {
           {"requests", plugin.Requests()},
           {"errors", plugin.Errors()},
           {"notifications", plugin.Notifications()},
-          {"report", ReportOf(plugin)}};
+          {"report", report}};
+}
+
+Json Describe(const SchedulerReport& report, bool withTasks) {
+  Json tasks = {{"loaded", report.m_TaskIds.size()}};
+  if (withTasks) {
+    tasks["ids"] = report.m_TaskIds;
+  }
+  return tasks;
 }
 
 }  // namespace
 
-Json StatusReport::Make(const ControlServer::Counters& counters) const {
+Json StatusReport::Make(const ControlServer::Counters& counters, bool withTasks) const {
   Json plugins = Json::List{};
+  Json tasks = Json::Object{};
   for (const auto& plugin : m_Plugins.All()) {
-    plugins.Append(Describe(*plugin));
+    const std::string whole = ReportOf(*plugin);
+    const SchedulerReport report(whole);
+    plugins.Append(Describe(*plugin, withTasks ? whole : report.m_Rest));
+    if (report.m_IsOne) {
+      tasks = Describe(report, withTasks);
+    }
   }
   // The wall clock may have been set back since.
   const long uptime = std::max(0L, static_cast<long>(std::time(nullptr)) - m_StartTime);
-  return {{"version", AgentVersion},
-          {"pid", ::getpid()},
-          {"startTime", m_StartTime},
-          {"uptime", uptime},
-          {"config", m_Settings.m_ConfigFile.ToUtf8()},
-          {"stateDir", m_Settings.m_StateDir.ToUtf8()},
-          {"runtimeDir", m_Settings.m_RuntimeDir.ToUtf8()},
-          {"socket", m_Settings.SocketPath().ToUtf8()},
-          {"requests", counters.m_Requests},
-          {"errors", counters.m_Errors},
-          {"connections", counters.m_Connections},
-          {"streams", counters.m_Streams},
-          {"droppedStreams", counters.m_Dropped},
-          {"enumerations", m_Handles.Count()},
-          {"notifications", m_Notifications.Posted()},
-          {"refusedFiles", m_Store.Files() != nullptr ? m_Store.Files()->Refused().Count() : 0},
-          {"plugins", plugins}};
+  Json status = {
+      {"version", AgentVersion},
+      {"pid", ::getpid()},
+      {"startTime", m_StartTime},
+      {"uptime", uptime},
+      {"config", m_Settings.m_ConfigFile.ToUtf8()},
+      {"stateDir", m_Settings.m_StateDir.ToUtf8()},
+      {"runtimeDir", m_Settings.m_RuntimeDir.ToUtf8()},
+      {"socket", m_Settings.SocketPath().ToUtf8()},
+      {"requests", counters.m_Requests},
+      {"errors", counters.m_Errors},
+      {"connections", counters.m_Connections},
+      {"streams", counters.m_Streams},
+      {"droppedStreams", counters.m_Dropped},
+      {"enumerations", m_Handles.Count()},
+      {"notifications", m_Notifications.Posted()},
+      {"refusedFiles", m_Store.Files() != nullptr ? m_Store.Files()->Refused().Count() : 0},
+      {"zone", ZoneReport::Value()},
+      {"zoneName", ZoneReport::Name()},
+      {"tasks", tasks},
+      {"plugins", plugins}};
+  const auto nextReading =
+      m_Store.Files() != nullptr ? m_Store.Files()->Readings().Next() : std::nullopt;
+  if (nextReading.has_value()) {
+    status["nextReading"] = *nextReading;
+  }
+  return status;
 }
 
 }  // namespace NoxAgent

@@ -19,8 +19,9 @@ struct StatusReport {
   const TaskStore& m_Store;
   long m_StartTime;  ///< seconds since the epoch
 
-  /// [any thread] Asks every plug-in for its report.
-  Json Make(const ControlServer::Counters& counters) const;
+  /// [any thread] Asks every plug-in for its report. The IDs of all tasks are in it only when they
+  /// are asked for: there may be tens of thousands.
+  Json Make(const ControlServer::Counters& counters, bool withTasks) const;
 };
 
 }  // namespace NoxAgent

@@ -123,7 +123,7 @@ TEST_F(Client, SetStateHandsTheWordOver) {
 TEST_F(Client, StatusTellsPeopleHowTheAgentAndItsPluginsAre) {
   m_Agent.AnswerAlways(200, R"({"version":"0.1.0","pid":42,"startTime":1781524790,"uptime":10,
     "config":"","stateDir":"/s","socket":"/s/run/control.sock","requests":7,"errors":1,
-    "connections":1,"streams":2,"droppedStreams":0,"enumerations":3,"notifications":4,
+    "connections":1,"streams":2,"droppedStreams":0,"enumerations":3,"notifications":4,"zoneName":"Europe/Berlin",
     "plugins":[{"name":"scheduler","path":"/lib/S.so","config":"/etc/s.ini","requests":5,"errors":0,
       "report":"Currently running tasks:\n T1\n\n\nTask processing is enabled.\n"}]})");
   EXPECT_EQ(0, Run({"status"}));
@@ -135,6 +135,7 @@ TEST_F(Client, StatusTellsPeopleHowTheAgentAndItsPluginsAre) {
       "requests       7, 1 of them with an error\n"
       "open           connections 1, streams 2 (0 dropped so far), enumerations 3\n"
       "notifications  4\n"
+      "time zone      Europe/Berlin\n"
       "\n"
       "plug-in scheduler: /lib/S.so\n"
       "  configuration  /etc/s.ini\n"
@@ -204,6 +205,21 @@ TEST_F(Client, HelpAndVersionAreNoErrors) {
   EXPECT_NE(std::string::npos, Out().find("Exit status"));
   EXPECT_EQ(0, RunAsGiven({"--version"}));
   EXPECT_EQ(0U, Out().rfind("noxctl 0.", 0)) << Out();
+}
+
+TEST_F(Client, StatusCountsTasksAndTellsZoneAndNextReading) {
+  m_Agent.AnswerAlways(200, R"({"zoneName":"Europe/Berlin","tasks":{"loaded":10018},)"
+                            R"("nextReading":1781528400,"refusedFiles":2,"plugins":[]})");
+  EXPECT_EQ(0, Run({"status"})) << Err();
+  EXPECT_NE(std::string::npos,
+            Out().find("time zone      Europe/Berlin\n"
+                       "tasks          10018 loaded, their files are read again by "
+                       "2026-06-15 15:00:00 +0200\n"
+                       "refused files  2; noxctl files tells more\n"))
+      << Out();
+  EXPECT_EQ("/v1/status", m_Agent.Requests()[0].m_Target);
+  EXPECT_EQ(0, Run({"status", "--tasks"})) << Err();
+  EXPECT_EQ("/v1/status?tasks=1", m_Agent.Requests()[1].m_Target);
 }
 
 TEST_F(Client, FilesListsWhatIsNoTask) {

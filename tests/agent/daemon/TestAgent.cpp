@@ -18,7 +18,7 @@ TestAgent::TestAgent(unsigned long drainMilliseconds)
     : m_Lifecycle(m_Plugins, m_Notifications, m_Host, m_HandlerCalls, m_Handles, m_Store,
                   drainMilliseconds),
       m_Api(m_Operations, m_Files, m_Notifications,
-            {[] {
+            {[](bool) {
                return Json{{"version", "test"}};
              },
              [this] { m_Lifecycle.Refresh([] {}); }}) {

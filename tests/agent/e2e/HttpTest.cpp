@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ctime>
+
 using NoxAgent::Json;
 
 namespace {
@@ -82,6 +84,25 @@ TEST_F(Http, AnswersWhatItDoesNotKnowWithAnErrorOfItsOwn) {
         << row.m_Method << " " << row.m_Target << " " << row.m_Body << ": " << response.m_Body;
     EXPECT_TRUE(Json::Parse(response.m_Body).Has("error")) << response.m_Body;
   }
+}
+
+TEST_F(Http, TheStatusCountsTasksAndTellsZoneAndNextReading) {
+  StartAgent({}, {{"TZ", ":Europe/Berlin"}});
+  AddTask("a", Trigger(0, FromNow(3600 * 24)));
+  const auto status = [&](const std::string& query = {}) {
+    return Json::Parse(AgentFixture::Http("GET", "/v1/status" + query).m_Body);
+  };
+  ASSERT_TRUE(WaitUntil([&] { return status().Has("nextReading"); }));
+  const long soon = static_cast<long>(std::time(nullptr)) + 3600;
+  EXPECT_LE(status()["nextReading"].Long(), soon);
+  EXPECT_GT(status()["nextReading"].Long(), soon - 600);
+  EXPECT_EQ(status()["zone"], ":Europe/Berlin");
+  EXPECT_EQ(status()["zoneName"], "Europe/Berlin");
+  EXPECT_EQ(status()["tasks"], (Json{{"loaded", 1}}));
+  EXPECT_EQ(status("?tasks=1")["tasks"], (Json{{"loaded", 1}, {"ids", Json::List{"a"}}}));
+  const auto report = [](const Json& answer) { return answer["plugins"].At(0)["report"].Text(); };
+  EXPECT_EQ(report(status()), "Task processing is enabled.\n");
+  EXPECT_NE(report(status("?tasks=1")).find("\n a\n"), std::string::npos);
 }
 
 TEST_F(Http, StreamsNotificationsAsJsonLines) {

@@ -96,7 +96,7 @@ TEST_F(ControlServerTest, TakesWhatJustFits) {
 }
 
 TEST_F(ControlServerTest, AnswersCutRequestsWithTheirError) {
-  const std::string whole = RawClient::Request("POST", "/v1/notify", "{\"kind\":3}");
+  const std::string whole = RawClient::Request("POST", "/v1/notify", "{\"kind\":1}");
   for (std::size_t length = 1; length < whole.size(); ++length) {
     const std::string answer = Raw(whole.substr(0, length));
     EXPECT_EQ(StatusOf(answer), 400U) << length;
@@ -131,7 +131,7 @@ TEST_F(ControlServerTest, TellsAClientToGoOnWhenItAsks) {
       "POST /v1/notify HTTP/1.1\r\nConnection: close\r\nExpect: 100-continue\r\n"
       "Content-Length: 10\r\n\r\n");
   EXPECT_EQ(client.ReadUntil("\r\n\r\n"), "HTTP/1.1 100 Continue\r\n\r\n");
-  EXPECT_EQ(StatusOf(client.Send("{\"kind\":3}").ReadAll()), 200U);
+  EXPECT_EQ(StatusOf(client.Send("{\"kind\":1}").ReadAll()), 200U);
 }
 
 TEST_F(ControlServerTest, AnswersRequestsOnOneConnectionInTheirOrder) {
@@ -158,6 +158,20 @@ TEST_F(ControlServerTest, AnswersRequestsOnOneConnectionInTheirOrder) {
   EXPECT_EQ(answers.rfind("HTTP/1.1"), answers.find("HTTP/1.1 404")) << "and no more: " << answers;
   EXPECT_EQ(m_Agent.m_Server->Count().m_Requests, 6U);
   EXPECT_EQ(m_Agent.m_Server->Count().m_Errors, 3U);
+}
+
+TEST_F(ControlServerTest, AnswersHeadWithoutABody) {
+  for (const char* const target : {"/v1/status", "/v1/notifications", "/v1/nothing"}) {
+    const std::string answer = RawClient::Ask(m_Agent.SocketPath(), "HEAD", target);
+    EXPECT_GE(StatusOf(answer), 404U) << answer;
+    EXPECT_EQ(BodyOf(answer), "") << answer;
+  }
+  RawClient client(m_Agent.SocketPath());
+  client.Send("HEAD /v1/status HTTP/1.1\r\nHost: a\r\n\r\n" +
+              RawClient::Request("GET", "/v1/status", ""));
+  const std::string both = client.ReadAll();
+  EXPECT_EQ(both.find("HTTP/1.1 405"), 0U) << both;
+  EXPECT_NE(both.find("\r\n\r\nHTTP/1.1 200"), std::string::npos) << both;
 }
 
 TEST_F(ControlServerTest, ClosesTheConnectionWhenTheClientSpeaksAnOlderHttp) {

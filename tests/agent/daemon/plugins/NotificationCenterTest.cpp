@@ -24,14 +24,14 @@ TEST(NotificationCenter, ReachesPluginsOnTheAgentThreadOnlyWhoeverAsks) {
   TestAgent agent;
   agent.Add("one", "subscribe=300\n").Load();
   EXPECT_EQ(agent.Ask("POST", "/v1/notify", R"({"kind":10,"code":300,"text":"x"})").m_Status, 200U);
-  EXPECT_EQ(agent.Ask("POST", "/v1/notify", R"({"kind":3})").m_Status, 200U);
+  EXPECT_EQ(agent.Ask("POST", "/v1/notify", R"({"kind":6})").m_Status, 200U);
   const ApiResponse direct = agent.Ask("POST", "/v1/one/INoxObject/NotifyObject",
                                        R"({"kind":8,"code":9,"text":"direct"})");
   EXPECT_EQ(direct.m_Body, R"({"out":{},"result":0})");
   agent.Settle();
   const std::string report = agent.Report();
   EXPECT_TRUE(Contains(report, "kind 10 code 300 text x\n")) << report;
-  EXPECT_TRUE(Contains(report, "kind 3 code 0 text \n")) << report;
+  EXPECT_TRUE(Contains(report, "kind 6 code 0 text \n")) << report;
   EXPECT_TRUE(Contains(report, "kind 8 code 9 text direct\n")) << report;
   EXPECT_FALSE(Contains(report, "on another thread")) << report;
 }
