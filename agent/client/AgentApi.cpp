@@ -294,8 +294,8 @@ Json AgentApi::Status(bool withTasks) {
   return Answer(Connection().Get(withTasks ? "/v1/status?tasks=1" : "/v1/status"));
 }
 
-void AgentApi::Refresh() {
-  (void)Answer(Connection().Post("/v1/refresh", "{}"));
+Json AgentApi::Refresh() {
+  return Answer(Connection().Post("/v1/refresh", "{}"));
 }
 
 void AgentApi::Notify(long kind, long code, const std::string& text) {

@@ -63,7 +63,8 @@ class AgentApi {
   /// The names of files that are no tasks, each with the reason: those that were refused and those
   /// that lie among the task files. Empty also when the agent does not tell.
   std::vector<std::pair<std::string, std::string>> FilesThatAreNoTasks();
-  void Refresh();
+  /// "notInEffect" in it lists what takes effect at the agent's next start.
+  Json Refresh();
   void Notify(long kind, long code, const std::string& text);
 
   /// Hands over each of the agent's notifications, as the agent wrote it, until `next` returns

@@ -48,7 +48,7 @@ Agent::Agent(const Options& options, Environment environment, Settings settings)
       m_Operations(m_Plugins, m_Notifications, m_Handles, m_Store),
       m_Files(m_Store, m_Operations),
       m_Api(m_Operations, m_Files, m_Notifications,
-            {[this](bool withTasks) { return Status(withTasks); }, [this] { Refresh(); }}) {}
+            {[this](bool withTasks) { return Status(withTasks); }, [this] { return Refresh(); }}) {}
 
 bool Agent::Run() {
   try {
@@ -87,7 +87,7 @@ void Agent::Serve() {
         return;
       }
       try {
-        Refresh();
+        (void)Refresh();
       } catch (const AgentError&) {
         // Logged already; the agent goes on as it is.
       }
@@ -111,12 +111,13 @@ bool Agent::Stop() {
   return m_Lifecycle.UnloadAll();
 }
 
-void Agent::Refresh() {
+SettingChanges Agent::Refresh() {
   AMutexGuard guard(m_RefreshLock);
   ALOG(AgentLog(), ALogger::Information, Source, "Refreshing");
   m_ServiceManager.Reloading();
+  SettingChanges changes;
   try {
-    m_Lifecycle.Refresh([this] { ReadConfigurationAgain(); });
+    m_Lifecycle.Refresh([&] { changes = ReadConfigurationAgain(); });
   } catch (const AgentError& error) {
     m_ServiceManager.Ready();
     ALOG(AgentLog(), ALogger::Error, Source,
@@ -124,20 +125,25 @@ void Agent::Refresh() {
     throw;
   }
   m_ServiceManager.Ready();
+  for (const auto& plugin : m_Plugins.All()) {
+    for (SettingChange& change : plugin->Config().NotInForce()) {
+      change.m_Name = plugin->Config().FileName() + ": " + change.m_Name;
+      changes.push_back(change);
+    }
+  }
+  for (const SettingChange& change : changes) {
+    ALOG(AgentLog(), ALogger::Warning, Source,
+         AString("The setting %1 is changed from \"%2\" to \"%3\", which takes effect at the next "
+                 "start")
+             .Arg(change.m_Name, change.m_Old, change.m_New));
+  }
+  return changes;
 }
 
-void Agent::ReadConfigurationAgain() {
+SettingChanges Agent::ReadConfigurationAgain() {
   const Settings settings = Settings::Load(m_Options, m_Environment);
   LogSetup::SetLevels(settings.m_Log);
-  const bool differs = settings.m_Plugins != m_Settings.m_Plugins ||
-                       settings.m_StateDir != m_Settings.m_StateDir ||
-                       settings.m_RuntimeDir != m_Settings.m_RuntimeDir ||
-                       settings.m_SocketGroup != m_Settings.m_SocketGroup ||
-                       settings.m_Log.m_File != m_Settings.m_Log.m_File;
-  if (differs) {
-    ALOG(AgentLog(), ALogger::Warning, Source,
-         "Changed plug-ins, directories, group or log file take effect at the next start");
-  }
+  return FindRestartChanges(m_Settings, settings);
 }
 
 Json Agent::Status(bool withTasks) const {

@@ -50,8 +50,9 @@ class Agent {
   void Start();
   void Serve();
   bool Stop();
-  void Refresh() NOX_EXCLUDES(m_RefreshLock);
-  void ReadConfigurationAgain();
+  /// What is not in force before the next start.
+  SettingChanges Refresh() NOX_EXCLUDES(m_RefreshLock);
+  SettingChanges ReadConfigurationAgain();
   Json Status(bool withTasks) const;
 
   const Options m_Options;

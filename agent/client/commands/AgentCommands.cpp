@@ -26,6 +26,18 @@ void Status(bool withTasks, const CommandContext& context) {
   context.m_Out << StatusText(status);
 }
 
+void Refresh(const CommandContext& context) {
+  const Json answer = context.Agent().Refresh();
+  if (context.m_Json) {
+    return context.PrintJson({{"done", "refresh"}, {"notInEffect", answer.Items("notInEffect")}});
+  }
+  context.m_Out << "refresh done\n";
+  for (const Json& change : answer.Items("notInEffect")) {
+    context.m_Out << "takes effect at the next start: " << change.Text("setting", "") << " from \""
+                  << change.Text("old", "") << "\" to \"" << change.Text("new", "") << "\"\n";
+  }
+}
+
 constexpr long Event = 10;
 constexpr const char* Kinds =
     "0 start-up finished, 1 and 2 policy refresh started and finished, 4 and 5 registration of a "
@@ -65,10 +77,7 @@ void AddAgentCommands(CommandLine& line, CommandContext& context) {
 
   CommandLine& refresh =
       line.Command("refresh", "Have the agent read its configuration again (a policy refresh)");
-  refresh.OnUse([&context] {
-    context.Agent().Refresh();
-    Done("refresh", context);
-  });
+  refresh.OnUse([&context] { Refresh(context); });
 
   CommandLine& notify = line.Command("notify", "Send a notification to all plug-ins");
   const auto options = std::make_shared<NotifyOptions>();

@@ -27,6 +27,11 @@ std::string CheckLevel(const std::string& text) {
              : "\"" + text + "\" is none of error, warning, notice, information, debug, trace";
 }
 
+// An empty one comes from a variable that is not set, and would stand for a default elsewhere.
+std::string CheckPath(const std::string& text) {
+  return text.empty() ? "the path is empty" : std::string();
+}
+
 }  // namespace
 
 Options Options::Parse(const std::vector<std::string>& words) {
@@ -37,9 +42,13 @@ Options Options::Parse(const std::vector<std::string>& words) {
   std::string level;
   CommandLine line("noxagentd", Description);
   line.Version(std::string("noxagentd ") + AgentVersion);
-  line.Option("--config", config, "Read this configuration file").Takes("FILE");
-  line.Option("--state-dir", stateDir, "Keep tasks, jobs and outputs here").Takes("DIR");
-  line.Option("--runtime-dir", runtimeDir, "Keep the control socket here").Takes("DIR");
+  line.Option("--config", config, "Read this configuration file").Takes("FILE").Check(CheckPath);
+  line.Option("--state-dir", stateDir, "Keep tasks, jobs and outputs here")
+      .Takes("DIR")
+      .Check(CheckPath);
+  line.Option("--runtime-dir", runtimeDir, "Keep the control socket here")
+      .Takes("DIR")
+      .Check(CheckPath);
   line.Option("--log-level", level,
               "Log messages up to error, warning, notice, information, debug or trace")
       .Takes("LEVEL")

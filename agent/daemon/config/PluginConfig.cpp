@@ -29,6 +29,7 @@ std::optional<AString> PluginConfig::Ask(const AString& section, const AString& 
   AMutexGuard guard(m_Lock);
   m_Asked.insert(key);
   const auto found = m_Table.find(key);
+  m_Told[key] = found == m_Table.end() ? AString() : found->second.m_Text;
   return found == m_Table.end() ? std::nullopt : std::optional(found->second.m_Text);
 }
 
@@ -36,6 +37,19 @@ AString PluginConfig::Peek(const AString& key) const {
   AMutexGuard guard(m_Lock);
   const auto found = m_Table.find(key);
   return found == m_Table.end() ? AString() : found->second.m_Text;
+}
+
+SettingChanges PluginConfig::NotInForce() const {
+  AMutexGuard guard(m_Lock);
+  SettingChanges changes;
+  for (const auto& [key, told] : m_Told) {
+    const auto found = m_Table.find(key);
+    const AString now = found == m_Table.end() ? AString() : found->second.m_Text;
+    if (now != told) {
+      changes.push_back({key, told, now});
+    }
+  }
+  return changes;
 }
 
 void PluginConfig::RefuseUnasked() const {

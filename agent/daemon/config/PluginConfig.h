@@ -1,5 +1,7 @@
 #pragma once
 
+#include "agent/daemon/config/SettingChange.h"
+
 #include <BaseSDK/AMutex.h>
 #include <BaseSDK/AString.h>
 
@@ -35,6 +37,10 @@ class PluginConfig {
   /// As Ask in SectionName(), empty when there is none, and without noting it. [any thread]
   BaseSDK::AString Peek(const BaseSDK::AString& key) const NOX_EXCLUDES(m_Lock);
 
+  /// What the file says by now and the plug-in has not read since it last asked: in most plug-ins
+  /// that is in force at the next start. [any thread]
+  SettingChanges NotInForce() const NOX_EXCLUDES(m_Lock);
+
   /// Throws AgentError for the first key of the file that nobody has asked for.
   void RefuseUnasked() const NOX_EXCLUDES(m_Lock);
 
@@ -57,6 +63,8 @@ class PluginConfig {
   mutable BaseSDK::AMutex m_Lock;
   Table m_Table NOX_GUARDED_BY(m_Lock);
   std::set<BaseSDK::AString> m_Asked NOX_GUARDED_BY(m_Lock);
+  /// What the plug-in was told last, by key; empty where there was no value.
+  std::map<BaseSDK::AString, BaseSDK::AString> m_Told NOX_GUARDED_BY(m_Lock);
 };
 
 }  // namespace NoxAgent

@@ -151,8 +151,13 @@ ApiResponse Api::Fixed(const ApiRequest& request, const Target& target) {
 }
 
 ApiResponse Api::Refresh() {
-  m_Actions.m_Refresh();
-  return Ok({{"result", 1}});
+  Json changes = Json::List{};
+  for (const SettingChange& change : m_Actions.m_Refresh()) {
+    changes.Append({{"setting", change.m_Name.ToUtf8()},
+                    {"old", change.m_Old.ToUtf8()},
+                    {"new", change.m_New.ToUtf8()}});
+  }
+  return Ok({{"result", 1}, {"notInEffect", changes}});
 }
 
 ApiResponse Api::Notify(const std::string& body) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "agent/daemon/config/SettingChange.h"
 #include "agent/daemon/control/FilesRoute.h"
 #include "agent/daemon/control/OperationRoute.h"
 #include "agent/daemon/control/RequestError.h"
@@ -33,7 +34,7 @@ class Api {
   /// The agent's part: both may throw, AgentError for what a user can mend.
   struct Actions {
     std::function<Json(bool withTasks)> m_Status;
-    std::function<void()> m_Refresh;
+    std::function<SettingChanges()> m_Refresh;  ///< gives what is not in force yet
   };
 
   Api(OperationRoute& operations, FilesRoute& files, NotificationCenter& notifications,

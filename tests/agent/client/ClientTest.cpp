@@ -207,6 +207,16 @@ TEST_F(Client, HelpAndVersionAreNoErrors) {
   EXPECT_EQ(0U, Out().rfind("noxctl 0.", 0)) << Out();
 }
 
+TEST_F(Client, RefreshTellsWhatWaitsForTheNextStart) {
+  m_Agent.AnswerAlways(
+      200, R"({"result":1,"notInEffect":[{"setting":"[Log] files","old":"5","new":"7"}]})");
+  EXPECT_EQ(0, Run({"refresh"})) << Err();
+  EXPECT_EQ("refresh done\ntakes effect at the next start: [Log] files from \"5\" to \"7\"\n",
+            Out());
+  EXPECT_EQ(0, Run({"refresh", "--json"})) << Err();
+  EXPECT_EQ("7", JsonOut().At("notInEffect").At(0).At("new"));
+}
+
 TEST_F(Client, StatusCountsTasksAndTellsZoneAndNextReading) {
   m_Agent.AnswerAlways(200, R"({"zoneName":"Europe/Berlin","tasks":{"loaded":10018},)"
                             R"("nextReading":1781528400,"refusedFiles":2,"plugins":[]})");

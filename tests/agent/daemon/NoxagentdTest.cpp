@@ -151,6 +151,11 @@ TEST_F(NoxagentdTest, RefusesWhatItDoesNotUnderstand) {
                                              {"more"},
                                              {"--log-level", "loud"},
                                              {"--config"},
+                                             {"--config", ""},
+                                             {"--config="},
+                                             {"--state-dir", ""},
+                                             {"--state-dir="},
+                                             {"--runtime-dir", ""},
                                              {"--config", "/nowhere/agent.ini"}}) {
     Process process(arguments, {});
     EXPECT_EQ(process.Wait(), 2) << arguments[0];
@@ -224,6 +229,39 @@ TEST_F(NoxagentdTest, RefreshesWhenAskedBySignalOrRequest) {
   EXPECT_TRUE(process->ReadUntil("The configuration stays as it was")) << process->Text();
   process->Signal(SIGTERM);
   EXPECT_EQ(process->Wait(), 0) << "a bad refresh does not end the agent: " << process->Text();
+}
+
+TEST_F(NoxagentdTest, ARefreshNamesWhatWaitsForTheNextStart) {
+  const auto writePluginFile = [&](const std::string& directory) {
+    m_Dir.Write("one.ini", "[Configuration]\ntask_file_extension=.vsk\ntask_storage_path=" +
+                               (m_Dir / directory).string() + "\n");
+  };
+  writePluginFile("a");
+  const auto process = Start();
+  ASSERT_TRUE(IsServing(*process)) << process->Text();
+  const auto refresh = [&] {
+    return Json::Parse(BodyOf(RawClient::Ask(Socket(), "POST", "/v1/refresh")));
+  };
+  EXPECT_EQ(refresh()["notInEffect"], Json(Json::List{}));
+  writePluginFile("b");
+  m_Dir.Write("agent.ini",
+              "[Agent]\nstate_dir=other\nruntime_dir=run\n[Log]\nlevel=warning\nfiles=7\n"
+              "[Plugin one]\nconfig=one.ini\npath=" +
+                  TestAgent::PluginPath("RecordingPlugin") + "\n");
+  EXPECT_EQ(refresh(),
+            (Json{{"result", 1},
+                  {"notInEffect",
+                   Json::List{{{"setting", "[Agent] state_dir"},
+                               {"old", (m_Dir / "state").string()},
+                               {"new", (m_Dir / "other").string()}},
+                              {{"setting", "[Log] files"}, {"old", "5"}, {"new", "7"}},
+                              {{"setting", (m_Dir / "one.ini").string() + ": task_storage_path"},
+                               {"old", (m_Dir / "a").string()},
+                               {"new", (m_Dir / "b").string()}}}}}));
+  EXPECT_TRUE(process->ReadUntil("The setting [Log] files is changed from \"5\" to \"7\""))
+      << process->Text();
+  process->Signal(SIGTERM);
+  EXPECT_EQ(process->Wait(), 0);
 }
 
 TEST_F(NoxagentdTest, LeavesNothingRunningWhenAPluginDoesNotStart) {

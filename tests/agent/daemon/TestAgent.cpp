@@ -21,7 +21,10 @@ TestAgent::TestAgent(unsigned long drainMilliseconds)
             {[](bool) {
                return Json{{"version", "test"}};
              },
-             [this] { m_Lifecycle.Refresh([] {}); }}) {
+             [this] {
+               m_Lifecycle.Refresh([] {});
+               return SettingChanges();
+             }}) {
   m_Settings.m_StateDir = AString::FromUtf8((m_Dir / "state").string());
   m_Settings.m_RuntimeDir = AString::FromUtf8(m_Dir.Path().string());
   (void)::mkfifo((m_Dir / "hold").c_str(), 0600);

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <BaseSDK/AString.h>
+
+#include <vector>
+
+namespace NoxAgent {
+
+struct Settings;
+
+/// A setting that says something else by now than what is in force.
+struct SettingChange {
+  BaseSDK::AString m_Name;  ///< "[Agent] state_dir"
+  BaseSDK::AString m_Old;   ///< in force; empty when it was not set
+  BaseSDK::AString m_New;   ///< empty when it is not set any more
+
+  bool operator==(const SettingChange&) const = default;
+};
+
+using SettingChanges = std::vector<SettingChange>;
+
+/// Which of the agent's settings, as they are read anew, take effect only at its next start.
+SettingChanges FindRestartChanges(const Settings& inForce, const Settings& now);
+
+}  // namespace NoxAgent
