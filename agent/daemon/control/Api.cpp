@@ -111,7 +111,7 @@ ApiResponse Api::Route(const ApiRequest& request) {
   if (request.m_Method != "POST") {
     return WrongMethod("POST");
   }
-  return Ok(m_Operations.Answer(target.m_Path, target.m_Query, request.m_Body));
+  return Ok(m_Operations.Answer(target.m_Path, target.m_Query, request.m_Body, request.m_Client));
 }
 
 ApiResponse Api::Fixed(const ApiRequest& request, const Target& target) {

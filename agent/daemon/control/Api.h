@@ -16,6 +16,7 @@ struct ApiRequest {
   std::string m_Method;
   std::string m_Target;  ///< path and query, as sent
   std::string m_Body;
+  long m_Client = 0;  ///< the process that asks, 0 when that is not known
 };
 
 struct ApiResponse {

@@ -118,7 +118,7 @@ void ControlSession::OnBody(Error error) {
   auto& message = m_Parser->get();
   m_Server.Answer(
       {std::string(message.method_string()), std::string(message.target()),
-       std::move(message.body())},
+       std::move(message.body()), PeerCheck::ProcessOf(m_Socket.native_handle())},
       [self = shared_from_this()](const ApiResponse& answer) { self->OnAnswer(answer); });
 }
 

@@ -35,20 +35,28 @@ std::string MakeToken() {
 
 }  // namespace
 
-EnumerationHandles::Reservation::Reservation(EnumerationHandles& handles) : m_Handles(handles) {
+EnumerationHandles::Reservation::Reservation(EnumerationHandles& handles, long client)
+    : m_Handles(handles), m_Client(client) {
   AMutexGuard guard(m_Handles.m_Lock);
-  if (m_Handles.m_Entries.size() + m_Handles.m_Reserved >= MaxOpen) {
+  if (m_Handles.CountOf(client) >= MaxOfOneClient) {
+    throw RequestError(HttpStatus::Unavailable, "too-many-enumerations",
+                       AString("this client (process %1) has %2 enumerations open, as many as one "
+                               "may: end them with FindClose, or try again in a minute")
+                           .Arg(AString().SetNum(client, 'd'),
+                                AString().SetNum(static_cast<unsigned long>(MaxOfOneClient), 'u')));
+  }
+  if (m_Handles.m_Entries.size() + m_Handles.m_Reserved.size() >= MaxOpen) {
     throw RequestError(HttpStatus::Unavailable, "too-many-enumerations",
                        "too many enumerations are open: end them with FindClose, or try again in "
                        "a minute");
   }
-  ++m_Handles.m_Reserved;
+  m_Handles.m_Reserved.insert(client);
 }
 
 EnumerationHandles::Reservation::~Reservation() {
   if (!m_Filled) {
     AMutexGuard guard(m_Handles.m_Lock);
-    --m_Handles.m_Reserved;
+    m_Handles.m_Reserved.extract(m_Client);
   }
 }
 
@@ -56,8 +64,8 @@ std::string EnumerationHandles::Reservation::Fill(std::shared_ptr<Plugin> plugin
                                                   unsigned long handle, Clock::time_point now) {
   std::string token = MakeToken();
   AMutexGuard guard(m_Handles.m_Lock);
-  m_Handles.m_Entries[token] = {std::move(plugin), handle, now, false};
-  --m_Handles.m_Reserved;
+  m_Handles.m_Entries[token] = {std::move(plugin), handle, now, false, m_Client};
+  m_Handles.m_Reserved.extract(m_Client);
   m_Filled = true;
   return token;
 }
@@ -89,6 +97,17 @@ EnumerationHandles::Use::~Use() {
   } else {
     m_Handles.m_Entries[m_Token].m_InUse = false;
   }
+}
+
+std::size_t EnumerationHandles::CountOf(long client) const {
+  if (client == 0) {
+    return 0;
+  }
+  std::size_t count = m_Reserved.count(client);
+  for (const auto& [token, entry] : m_Entries) {
+    count += entry.m_Client == client ? 1U : 0U;
+  }
+  return count;
 }
 
 void EnumerationHandles::CloseIdle(Clock::time_point now) {

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 
 namespace NoxAgent {
@@ -19,12 +20,15 @@ class EnumerationHandles {
   using Clock = std::chrono::steady_clock;
 
   static constexpr std::size_t MaxOpen = 64;
+  /// By one client, so that one that closes none leaves some to the others.
+  static constexpr std::size_t MaxOfOneClient = 16;
   static constexpr Clock::duration MaxIdle = std::chrono::seconds(60);
 
-  /// A place for one more enumeration. Throws RequestError when there is none.
+  /// A place for one more enumeration. Throws RequestError when there is none. `client` is the
+  /// process that asks, 0 when that is not known.
   class Reservation {
    public:
-    explicit Reservation(EnumerationHandles& handles);
+    Reservation(EnumerationHandles& handles, long client);
     Reservation(const Reservation&) = delete;
     Reservation& operator=(const Reservation&) = delete;
     ~Reservation();
@@ -33,6 +37,7 @@ class EnumerationHandles {
 
    private:
     EnumerationHandles& m_Handles;
+    const long m_Client;
     bool m_Filled = false;
   };
 
@@ -68,15 +73,17 @@ class EnumerationHandles {
     unsigned long m_Handle = 0;
     Clock::time_point m_LastUse;
     bool m_InUse = false;
+    long m_Client = 0;
   };
 
+  std::size_t CountOf(long client) const NOX_REQUIRES(m_Lock);
   void CloseThose(bool (*choose)(const Entry&, Clock::time_point), Clock::time_point now)
       NOX_EXCLUDES(m_Lock);
   static void Close(const Entry& entry);
 
   mutable BaseSDK::AMutex m_Lock;
   std::map<std::string, Entry> m_Entries NOX_GUARDED_BY(m_Lock);
-  std::size_t m_Reserved NOX_GUARDED_BY(m_Lock) = 0;
+  std::multiset<long> m_Reserved NOX_GUARDED_BY(m_Lock);  ///< the clients
 };
 
 }  // namespace NoxAgent

@@ -82,6 +82,7 @@ struct OperationRoute::Call {
   const AInterfaceTable::AOperation& m_Operation;
   Json m_Body{};
   AMsgReply m_Reply{};
+  long m_Client = 0;
   AMsgIn m_Request{m_Table.m_Name, m_Operation.m_Name, m_Reply};
 };
 
@@ -98,8 +99,9 @@ bool OperationRoute::IsPath(const std::string& path) {
 }
 
 Json OperationRoute::Answer(const std::string& path, const std::string& query,
-                            const std::string& body) {
+                            const std::string& body, long client) {
   Call call = Find(path);
+  call.m_Client = client;
   const bool force = query == "force=1" && call.m_Operation.m_Name == "AddTask";
   if (!query.empty() && !force) {
     throw RequestError(HttpStatus::BadRequest, "bad-query",
@@ -152,7 +154,7 @@ Json OperationRoute::OpenEnumeration(Call& call) {
     throw RequestError(HttpStatus::BadRequest, "handle-not-empty",
                        "an enumeration begins without a handle: leave it out");
   }
-  EnumerationHandles::Reservation reservation(m_Handles);
+  EnumerationHandles::Reservation reservation(m_Handles, call.m_Client);
   Json answer = Send(call);
   const auto found = call.m_Reply.Out().find("handle");
   const unsigned long handle =

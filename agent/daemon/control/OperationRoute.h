@@ -24,9 +24,10 @@ class OperationRoute {
   /// Whether the path has the form above; what it names need not exist.
   static bool IsPath(const std::string& path);
 
-  /// {"result": n, "out": {...}}, with "warnings" when the border has any. Throws RequestError.
-  /// REQUIRES: IsPath(path).
-  Json Answer(const std::string& path, const std::string& query, const std::string& body);
+  /// `client` is the process that asks, 0 when that is not known. {"result": n, "out": {...}}, with
+  /// "warnings" when the border has any. Throws RequestError. REQUIRES: IsPath(path).
+  Json Answer(const std::string& path, const std::string& query, const std::string& body,
+              long client = 0);
 
  private:
   struct Call;

@@ -10,6 +10,13 @@
 namespace NoxAgent {
 namespace {
 
+std::optional<ucred> PeerOf(int fd) {
+  ucred peer{};
+  socklen_t size = sizeof(peer);
+  const bool known = ::getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0;
+  return known ? std::optional(peer) : std::nullopt;
+}
+
 std::vector<gid_t> PeerGroups(int fd, gid_t primary) {
   std::vector<gid_t> groups(64);
   auto size = static_cast<socklen_t>(groups.size() * sizeof(gid_t));
@@ -26,13 +33,17 @@ std::vector<gid_t> PeerGroups(int fd, gid_t primary) {
 }  // namespace
 
 bool PeerCheck::Admits(int fd) const {
-  ucred peer{};
-  socklen_t size = sizeof(peer);
-  if (::getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0) {
+  const std::optional<ucred> peer = PeerOf(fd);
+  if (!peer.has_value()) {
     return false;
   }
-  const std::vector<gid_t> groups = PeerGroups(fd, peer.gid);
-  return Admits(peer.uid, groups.data(), groups.size());
+  const std::vector<gid_t> groups = PeerGroups(fd, peer->gid);
+  return Admits(peer->uid, groups.data(), groups.size());
+}
+
+pid_t PeerCheck::ProcessOf(int fd) {
+  const std::optional<ucred> peer = PeerOf(fd);
+  return peer.has_value() ? peer->pid : 0;
 }
 
 bool PeerCheck::Admits(uid_t user, const gid_t* groups, std::size_t count) const {

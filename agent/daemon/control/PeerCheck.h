@@ -13,6 +13,8 @@ class PeerCheck {
 
   /// Asks the kernel who connected; the answer was fixed when they did.
   bool Admits(int fd) const;
+  /// The process that connected, 0 when it cannot be told.
+  static pid_t ProcessOf(int fd);
   bool Admits(uid_t user, const gid_t* groups, std::size_t count) const;
 
  private:

@@ -160,6 +160,17 @@ TEST_F(ControlServerTest, AnswersRequestsOnOneConnectionInTheirOrder) {
   EXPECT_EQ(m_Agent.m_Server->Count().m_Errors, 3U);
 }
 
+TEST_F(ControlServerTest, KnowsWhichProcessHoldsEnumerations) {
+  const auto open = [&] {
+    return RawClient::Ask(m_Agent.SocketPath(), "POST", "/v1/one/INoxTaskScheduler/FindFirstTask");
+  };
+  for (std::size_t count = 0; count < EnumerationHandles::MaxOfOneClient; ++count) {
+    EXPECT_EQ(StatusOf(open()), 200U);
+  }
+  EXPECT_NE(open().find("this client (process " + std::to_string(::getpid()) + ")"),
+            std::string::npos);
+}
+
 TEST_F(ControlServerTest, AnswersHeadWithoutABody) {
   for (const char* const target : {"/v1/status", "/v1/notifications", "/v1/nothing"}) {
     const std::string answer = RawClient::Ask(m_Agent.SocketPath(), "HEAD", target);

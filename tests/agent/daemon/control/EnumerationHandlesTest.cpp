@@ -72,6 +72,25 @@ TEST_F(EnumerationHandlesTest, BoundsHowManyAreOpen) {
   EXPECT_EQ(ErrorOf("FindFirstTask", ""), "");
 }
 
+TEST_F(EnumerationHandlesTest, OneClientLeavesSomeToTheOthers) {
+  const std::string target = "/v1/one/INoxTaskScheduler/FindFirstTask";
+  const auto open = [&](long client) {
+    return Json::Parse(m_Agent.m_Api.Handle({"POST", target, "{}", client}).m_Body);
+  };
+  const std::string token = open(7)["out"]["handle"].Text();
+  for (std::size_t count = 1; count < EnumerationHandles::MaxOfOneClient; ++count) {
+    EXPECT_TRUE(open(7).Has("out")) << count;
+  }
+  const Json refused = open(7);
+  EXPECT_EQ(refused["error"]["code"], "too-many-enumerations");
+  EXPECT_NE(refused["error"]["message"].Text().find("this client (process 7) has 16 enumerations"),
+            std::string::npos)
+      << refused;
+  EXPECT_TRUE(open(8).Has("out"));
+  EXPECT_EQ(ErrorOf("FindClose", token), "");
+  EXPECT_TRUE(open(7).Has("out"));
+}
+
 TEST_F(EnumerationHandlesTest, ClosesWhatClientsLeaveOpen) {
   const std::string abandoned = Open();
   const auto now = EnumerationHandles::Clock::now();
