@@ -21,8 +21,31 @@ using NoxAgent::AgentError;
 constexpr unsigned long MostDescriptors = 65536;
 
 int Fail(const std::exception& error, int status) {
+  NoxAgent::LogSetup::Flush();
   (void)std::fprintf(stderr, "noxagentd: %s\n", error.what());
   return status;
+}
+
+void PrepareProcess() {
+  // Documents and outputs are nobody's business but the agent's user's and group's.
+  (void)::umask(027);
+  BaseSDK::ADescriptorLimit::Raise(MostDescriptors);
+  // A file that grows beyond the limit is an error where it is written, not the agent's end.
+  (void)std::signal(SIGXFSZ, SIG_IGN);
+  BaseSDK::ASystemZone::Hold();
+}
+
+void RunAgent(const NoxAgent::Options& options) {
+  PrepareProcess();
+  NoxAgent::Environment environment = NoxAgent::Environment::OfProcess();
+  NoxAgent::Settings settings = NoxAgent::Settings::Load(options, environment);
+  NoxAgent::LogSetup::Open(settings);
+  const auto agent =
+      std::make_unique<NoxAgent::Agent>(options, std::move(environment), std::move(settings));
+  if (!agent->Run()) {
+    NoxAgent::LogSetup::Flush();
+    ::_exit(static_cast<int>(AgentError::Kind::Failure));  // a plug-in is still at work
+  }
 }
 
 }  // namespace
@@ -31,23 +54,10 @@ int main(int argc, char** argv) {
   try {
     const NoxAgent::Options options =
         NoxAgent::Options::Parse({argv + (argc > 0 ? 1 : 0), argv + argc});
-    if (options.m_Answered) {
-      return 0;
+    if (!options.m_Answered) {
+      RunAgent(options);
     }
-    BaseSDK::ASystemZone::Hold();
-    // Documents and outputs are nobody's business but the agent's user's and group's.
-    (void)::umask(027);
-    BaseSDK::ADescriptorLimit::Raise(MostDescriptors);
-    // A file that grows beyond the limit is an error where it is written, not the agent's end.
-    (void)std::signal(SIGXFSZ, SIG_IGN);
-    NoxAgent::Environment environment = NoxAgent::Environment::OfProcess();
-    NoxAgent::Settings settings = NoxAgent::Settings::Load(options, environment);
-    NoxAgent::LogSetup::Open(settings);
-    const auto agent =
-        std::make_unique<NoxAgent::Agent>(options, std::move(environment), std::move(settings));
-    if (!agent->Run()) {
-      ::_exit(static_cast<int>(AgentError::Kind::Failure));  // a plug-in is still at work
-    }
+    NoxAgent::LogSetup::Flush();
     return 0;
   } catch (const AgentError& error) {
     return Fail(error, error.ExitStatus());

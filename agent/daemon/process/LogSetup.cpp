@@ -2,6 +2,7 @@
 
 #include "agent/daemon/AgentError.h"
 #include "agent/daemon/process/Directories.h"
+#include "agent/daemon/process/QueuedSink.h"
 
 #include <BaseSDK/ALogConfig.h>
 #include <BaseSDK/ALogSinks.h>
@@ -15,11 +16,14 @@ namespace {
 
 constexpr unsigned DirectoryMode = 0750;  // jobs' output is in the log
 
+std::shared_ptr<QueuedSink> g_StandardError;
+
 }  // namespace
 
 void LogSetup::Open(const Settings& settings) {
   SetLevels(settings.m_Log);
-  ALogConfig::AddSink(ALogSinks::Stderr());
+  g_StandardError = std::make_shared<QueuedSink>(ALogSinks::Stderr());
+  ALogConfig::AddSink(g_StandardError);
   const LogSettings& log = settings.m_Log;
   if (log.m_File.IsEmpty()) {
     return;
@@ -36,6 +40,12 @@ void LogSetup::Open(const Settings& settings) {
                      AString("cannot open the log file %1: %2").Arg(path, error));
   }
   ALogConfig::AddSink(file);
+}
+
+void LogSetup::Flush() {
+  if (g_StandardError != nullptr) {
+    (void)g_StandardError->Flush();
+  }
 }
 
 void LogSetup::SetLevels(const LogSettings& log) {

@@ -1,9 +1,11 @@
 #include <BaseSDK/ALogConfig.h>
 #include <BaseSDK/ALogSinks.h>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
+#include <cstdlib>
 #include <exception>
 #include <memory>
 #include <string>
@@ -94,11 +96,24 @@ class JournalSink : public LibrarySink {
   }
 };
 
+/// The variable names the stream by device and inode: the program may have been given another one
+/// since.
+bool IsJournal() {
+  const char* const stream = std::getenv("JOURNAL_STREAM");
+  struct stat info {};
+  return stream != nullptr && fstat(STDERR_FILENO, &info) == 0 &&
+         std::to_string(info.st_dev) + ":" + std::to_string(info.st_ino) == stream;
+}
+
 }  // namespace
 
 std::shared_ptr<ALogSink> ALogSinks::Stderr() {
-  if (isatty(STDERR_FILENO) != 1) {
+  if (IsJournal()) {
     return std::make_shared<JournalSink>();
+  }
+  if (isatty(STDERR_FILENO) != 1) {
+    return std::make_shared<LibrarySink>(std::make_shared<spdlog::sinks::stderr_sink_mt>(),
+                                         PlainPattern);
   }
   return std::make_shared<LibrarySink>(
       std::make_shared<spdlog::sinks::ansicolor_stderr_sink_mt>(spdlog::color_mode::always),

@@ -264,6 +264,19 @@ TEST_F(NoxagentdTest, ARefreshNamesWhatWaitsForTheNextStart) {
   EXPECT_EQ(process->Wait(), 0);
 }
 
+TEST_F(NoxagentdTest, ServesAlsoWhenNobodyReadsItsLog) {
+  const auto process = Start({"--log-level", "debug"});
+  ASSERT_TRUE(IsServing(*process)) << process->Text();
+  const std::string target = "/v1/" + std::string(200, 'x');
+  for (int request = 0; request < 600; ++request) {  // far more text than a pipe holds
+    ASSERT_EQ(StatusOf(RawClient::Ask(Socket(), "GET", target)), 404U) << request;
+  }
+  process->Signal(SIGTERM);
+  EXPECT_EQ(process->Wait(), 0);
+  EXPECT_NE(process->Text().find("Unloaded the plug-in one"), std::string::npos)
+      << "what was queued is written before it ends";
+}
+
 TEST_F(NoxagentdTest, LeavesNothingRunningWhenAPluginDoesNotStart) {
   m_Dir.Write("one.ini", "[Configuration]\nfail=1\n");
   const auto process = Start();

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <pty.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -174,13 +175,29 @@ void WriteTo(ALogSink& sink, ALogger::Level level, const AString& message) {
   sink.Write({level, channel, message, "Common/Source", 42, std::chrono::system_clock::now()});
 }
 
-TEST(ALogSinks, StandardErrorThatIsNoTerminalGetsPriorities) {
+TEST(ALogSinks, StandardErrorThatIsNoTerminalGetsTheTime) {
   testing::internal::CaptureStderr();
+  (void)setenv("JOURNAL_STREAM", "1:1", 1);  // another stream's
+  WriteTo(*ALogSinks::Stderr(), ALogger::Notice, "x");
+  (void)unsetenv("JOURNAL_STREAM");
+  WriteTo(*ALogSinks::Stderr(), ALogger::Error, "y");
+  EXPECT_THAT(testing::internal::GetCapturedStderr(),
+              MatchesRegex("[0-9-]+ [0-9:.]+ notice Test::Sink: x \\(Common/Source:42\\)\n"
+                           "[0-9-]+ [0-9:.]+ error Test::Sink: y \\(Common/Source:42\\)\n"));
+}
+
+TEST(ALogSinks, TheJournalGetsPriorities) {
+  testing::internal::CaptureStderr();
+  struct stat info {};
+  ASSERT_EQ(fstat(STDERR_FILENO, &info), 0);
+  const std::string stream = std::to_string(info.st_dev) + ":" + std::to_string(info.st_ino);
+  (void)setenv("JOURNAL_STREAM", stream.c_str(), 1);
   const auto sink = ALogSinks::Stderr();
   for (int level = ALogger::Error; level <= ALogger::Trace; ++level) {
     WriteTo(*sink, static_cast<ALogger::Level>(level), "x");
   }
   WriteTo(*sink, ALogger::Information, Nasty);
+  (void)unsetenv("JOURNAL_STREAM");
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "<3>Test::Sink: x\n<4>Test::Sink: x\n<5>Test::Sink: x\n<6>Test::Sink: x\n"
             "<7>Test::Sink: x\n<7>Test::Sink: x\n"

@@ -10,9 +10,10 @@ namespace BaseSDK {
 
 /// The kit's own sinks, for ALogConfig::AddSink.
 struct ALogSinks {
-  /// Standard error: on a terminal with time and colour; otherwise one line per message that begins
-  /// with its priority as a service manager's journal reads it ("<3>" for errors), and no time,
-  /// which the journal knows. Lines after the first of a message carry the priority too.
+  /// Standard error: with the time, and on a terminal with colour. Where it is a service manager's
+  /// journal, as the environment variable JOURNAL_STREAM tells, every line begins with the priority
+  /// of its message as the journal reads it ("<3>" for errors), and has no time, which the journal
+  /// knows.
   static std::shared_ptr<ALogSink> Stderr();
 
   /// A file that is renamed to name.1.ext, name.2.ext and so on when it would outgrow `maxBytes`;

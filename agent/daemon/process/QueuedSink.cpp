@@ -1,0 +1,135 @@
+#include "agent/daemon/process/QueuedSink.h"
+
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
+
+using BaseSDK::ALogger;
+using BaseSDK::ALogRecord;
+using BaseSDK::ALogSink;
+using BaseSDK::AString;
+
+namespace NoxAgent {
+namespace {
+
+// The texts are its own: whoever logged may be unloaded by the time it is written.
+struct Message {
+  explicit Message(const ALogRecord& record)
+      : m_Level(record.m_Level),
+        m_Channel(record.m_Channel),
+        m_Text(record.m_Message),
+        m_Source(record.m_Source),
+        m_Line(record.m_Line),
+        m_Time(record.m_Time) {}
+
+  void WriteTo(ALogSink& sink) const {
+    sink.Write({m_Level, m_Channel, m_Text, m_Source.c_str(), m_Line, m_Time});
+  }
+
+  ALogger::Level m_Level;
+  std::string m_Channel;
+  AString m_Text;
+  std::string m_Source;
+  int m_Line;
+  std::chrono::system_clock::time_point m_Time;
+};
+
+}  // namespace
+
+struct QueuedSink::State {
+  explicit State(std::shared_ptr<ALogSink> target) : m_Target(std::move(target)) {}
+
+  void Run();
+  void Take(const ALogRecord& record);
+  bool WaitUntilWritten();
+  void WriteDropped(unsigned long dropped) const;
+
+  const std::shared_ptr<ALogSink> m_Target;
+  std::mutex m_Lock;
+  std::condition_variable m_Added;
+  std::condition_variable m_Written;
+  std::deque<Message> m_Queue;
+  bool m_IsWriting = false;
+  bool m_IsStalled = false;  ///< somebody has waited in vain since the last message was written
+  bool m_IsEnding = false;
+  unsigned long m_Dropped = 0;
+};
+
+void QueuedSink::State::Run() {
+  std::unique_lock lock(m_Lock);
+  for (;;) {
+    m_Added.wait(lock, [this] { return m_IsEnding || !m_Queue.empty(); });
+    if (m_Queue.empty()) {
+      return;
+    }
+    const Message message = std::move(m_Queue.front());
+    m_Queue.pop_front();
+    m_IsWriting = true;
+    lock.unlock();
+    message.WriteTo(*m_Target);
+    lock.lock();
+    m_IsStalled = false;
+    if (const unsigned long dropped = std::exchange(m_Dropped, 0); dropped != 0) {
+      lock.unlock();
+      WriteDropped(dropped);
+      lock.lock();
+    }
+    m_IsWriting = false;
+    m_Written.notify_all();
+  }
+}
+
+void QueuedSink::State::Take(const ALogRecord& record) {
+  std::unique_lock lock(m_Lock);
+  const auto hasRoom = [this] { return m_Queue.size() < MaxQueued; };
+  if (!hasRoom() && record.m_Level == ALogger::Error && !m_IsStalled) {
+    m_IsStalled = !m_Written.wait_for(lock, Patience, hasRoom);
+  }
+  if (hasRoom()) {
+    m_Queue.emplace_back(record);
+    m_Added.notify_one();
+  } else {
+    ++m_Dropped;
+  }
+}
+
+bool QueuedSink::State::WaitUntilWritten() {
+  std::unique_lock lock(m_Lock);
+  return m_Written.wait_for(lock, Patience, [this] { return m_Queue.empty() && !m_IsWriting; });
+}
+
+void QueuedSink::State::WriteDropped(unsigned long dropped) const {
+  const std::string channel = "Corvane::Agent::Daemon";
+  const AString text = AString("%1 messages were dropped because nobody read the log")
+                           .Arg(AString().SetNum(dropped, 'u'));
+  m_Target->Write(
+      {ALogger::Warning, channel, text, "QueuedSink", 0, std::chrono::system_clock::now()});
+}
+
+QueuedSink::QueuedSink(std::shared_ptr<ALogSink> target)
+    : m_State(std::make_shared<State>(std::move(target))) {
+  // Nobody waits for its end: it may be in a call that does not come back.
+  std::thread([state = m_State] { state->Run(); }).detach();
+}
+
+QueuedSink::~QueuedSink() {
+  (void)Flush();
+  const std::lock_guard guard(m_State->m_Lock);
+  m_State->m_IsEnding = true;
+  m_State->m_Added.notify_one();
+}
+
+void QueuedSink::Write(const ALogRecord& record) noexcept {
+  try {
+    m_State->Take(record);
+  } catch (const std::exception&) {
+    // For want of memory; a log that cannot be written must not stop the work it tells of.
+  }
+}
+
+bool QueuedSink::Flush() {
+  return m_State->WaitUntilWritten();
+}
+
+}  // namespace NoxAgent
