@@ -31,8 +31,8 @@ RequestError BadQuery(const char* known) {
 
 // What the agent itself tells plug-ins; they would take any other number for something else.
 void CheckKind(long kind) {
-  constexpr long known[] = {0, 1, 2, 4, 5, 6, 7, NotificationCenter::Subscribed};
-  if (std::find(std::begin(known), std::end(known), kind) == std::end(known)) {
+  constexpr long Known[] = {0, 1, 2, 4, 5, 6, 7, NotificationCenter::Subscribed};
+  if (std::find(std::begin(Known), std::end(Known), kind) == std::end(Known)) {
     throw RequestError(HttpStatus::BadRequest, "unknown-kind",
                        AString("there is no notification of the kind %1; there are 0, 1, 2, 4, 5, "
                                "6, 7 and 10")

@@ -37,8 +37,8 @@ void ADescriptorLimit::Raise(unsigned long most) {
 }
 
 unsigned long ADescriptorLimit::Current() {
-  constexpr rlim_t largest = 0x7FFFFFFF;  // also where there is no limit
-  return static_cast<unsigned long>(std::min(Limit().rlim_cur, largest));
+  constexpr rlim_t Largest = 0x7FFFFFFF;  // also where there is no limit
+  return static_cast<unsigned long>(std::min(Limit().rlim_cur, Largest));
 }
 
 unsigned long ADescriptorLimit::Original() {

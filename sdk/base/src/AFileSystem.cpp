@@ -24,8 +24,8 @@ int ErrorOf(Result result) {
 }
 
 std::int64_t Nanoseconds(const timespec& time) {
-  constexpr std::int64_t perSecond = 1000000000;
-  return std::int64_t{time.tv_sec} * perSecond + time.tv_nsec;
+  constexpr std::int64_t PerSecond = 1000000000;
+  return std::int64_t{time.tv_sec} * PerSecond + time.tv_nsec;
 }
 
 AFileSystem::Info InfoFrom(const struct stat& status) {
