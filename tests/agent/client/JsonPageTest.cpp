@@ -157,6 +157,14 @@ TEST_F(JsonPage, HasTheFormOfEveryAnswer) {
   Expect("enable", {"enable", "backup"});
   Expect("disable", {"disable", "backup"});
   Expect("refresh", {"refresh"});
+  m_Agent.SetFiles({{"refused", Json::List{Json{{"name", "backup.vsk"},
+                                                {"reason", "empty"},
+                                                {"line", 1},
+                                                {"column", 1},
+                                                {"time", Now},
+                                                {"mended", false}}}},
+                    {"strays", Json::List{Json{{"name", "a"}, {"reason", "b"}}}}});
+  Expect("files", {"files"});
   Expect("notify", {"notify", "10", "300"});
   Expect("check", {"check", "-"}, TaskXml(WarnedTrigger));
   Expect("check-job", {"check-job", "-"});
