@@ -29,7 +29,7 @@ BENCHMARK(LoadTaskFiles)
     ->RangeMultiplier(10)
     ->Range(100, 10000)
     ->UseManualTime()
-    ->Unit(benchmark::Millisecond)
+    ->Unit(benchmark::kMillisecond)
     ->Complexity(benchmark::oN);
 
 void PassOverDailyTasks(benchmark::State& state) {
@@ -48,7 +48,7 @@ BENCHMARK(PassOverDailyTasks)
     ->RangeMultiplier(10)
     ->Range(100, 10000)
     ->UseManualTime()
-    ->Unit(benchmark::Millisecond)
+    ->Unit(benchmark::kMillisecond)
     ->Complexity(benchmark::oN);
 
 // From the second at which all tasks are due to the handler's first call.
@@ -71,6 +71,6 @@ BENCHMARK(DueSecondToHandler)
     ->Arg(1000)
     ->Iterations(3)
     ->UseManualTime()
-    ->Unit(benchmark::Millisecond);
+    ->Unit(benchmark::kMillisecond);
 
 }  // namespace

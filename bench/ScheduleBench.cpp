@@ -45,6 +45,6 @@ void NextRunOn30February(benchmark::State& state) {
     trigger.CalculateNextRunTime(now, false);
   }
 }
-BENCHMARK(NextRunOn30February)->Unit(benchmark::Microsecond);
+BENCHMARK(NextRunOn30February)->Unit(benchmark::kMicrosecond);
 
 }  // namespace

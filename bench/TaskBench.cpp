@@ -21,7 +21,7 @@ void BuildTask(benchmark::State& state) {
   }
   state.counters["document_bytes"] = static_cast<double>(document.size());
 }
-BENCHMARK(BuildTask)->Unit(benchmark::Microsecond);
+BENCHMARK(BuildTask)->Unit(benchmark::kMicrosecond);
 
 void MemoryOfLoadedTasks(benchmark::State& state) {
   const AString text = AString::FromUtf8(Workbench::DailyTask());
@@ -55,6 +55,6 @@ void RegisterRun(benchmark::State& state) {
   }
   (void)scheduler.Uninitialize(1);
 }
-BENCHMARK(RegisterRun)->Unit(benchmark::Microsecond)->UseRealTime();
+BENCHMARK(RegisterRun)->Unit(benchmark::kMicrosecond)->UseRealTime();
 
 }  // namespace
