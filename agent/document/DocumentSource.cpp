@@ -7,6 +7,8 @@ namespace NoxAgent {
 
 namespace {
 
+constexpr std::size_t BlockBytes = 256;
+
 constexpr const char* Blanks = " \t\r\n";
 
 bool IsFirstByteOfCharacter(char byte) {
@@ -47,11 +49,19 @@ std::size_t MarkupBeforeOffset(pugi::xml_node_type type) {
 }  // namespace
 
 DocumentSource::DocumentSource(std::string utf8) : m_Text(std::move(utf8)), m_LineStarts{0} {
+  std::size_t characters = 0;
   for (std::size_t offset = 0; offset < m_Text.size(); ++offset) {
+    if (offset % BlockBytes == 0) {
+      m_CharactersBeforeBlock.push_back(characters);
+    }
+    if (IsFirstByteOfCharacter(m_Text[offset])) {
+      ++characters;
+    }
     if (m_Text[offset] == '\n') {
       m_LineStarts.push_back(offset + 1);
     }
   }
+  m_CharactersBeforeBlock.push_back(characters);
   // The parse that decides was made before; what this one cannot read is not looked at.
   (void)m_Document.load_buffer(m_Text.data(), m_Text.size(),
                                pugi::parse_default | pugi::parse_comments | pugi::parse_pi |
@@ -62,12 +72,18 @@ DocumentSource::DocumentSource(std::string utf8) : m_Text(std::move(utf8)), m_Li
 TextPlace DocumentSource::PlaceAt(std::size_t byteOffset) const {
   const std::size_t offset = std::min(byteOffset, m_Text.size());
   const auto after = std::upper_bound(m_LineStarts.begin(), m_LineStarts.end(), offset);
-  const std::size_t lineStart = *(after - 1);
-  const auto characters =
-      std::count_if(m_Text.begin() + static_cast<std::ptrdiff_t>(lineStart),
-                    m_Text.begin() + static_cast<std::ptrdiff_t>(offset), IsFirstByteOfCharacter);
+  const std::size_t characters = CharactersBefore(offset) - CharactersBefore(*(after - 1));
   return {static_cast<unsigned>(after - m_LineStarts.begin()),
           static_cast<unsigned>(characters) + 1};
+}
+
+// A whole document may stand on one line, so counting goes by blocks.
+std::size_t DocumentSource::CharactersBefore(std::size_t offset) const {
+  const std::size_t block = offset / BlockBytes;
+  const auto begin = m_Text.begin() + static_cast<std::ptrdiff_t>(block * BlockBytes);
+  const auto end = m_Text.begin() + static_cast<std::ptrdiff_t>(offset);
+  return m_CharactersBeforeBlock[block] +
+         static_cast<std::size_t>(std::count_if(begin, end, IsFirstByteOfCharacter));
 }
 
 TextPlace DocumentSource::PlaceOf(const pugi::xml_node& node) const {

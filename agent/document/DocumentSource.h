@@ -28,8 +28,11 @@ class DocumentSource {
   TextPlace PlaceOf(const pugi::xml_node& element, const pugi::xml_attribute& attribute) const;
 
  private:
+  std::size_t CharactersBefore(std::size_t offset) const;
+
   std::string m_Text;
   std::vector<std::size_t> m_LineStarts;
+  std::vector<std::size_t> m_CharactersBeforeBlock;
   pugi::xml_document m_Document;
 };
 

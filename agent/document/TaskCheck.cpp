@@ -1,7 +1,10 @@
 #include "agent/document/TaskCheck.h"
 
+#include "agent/document/ScheduleCheck.h"
+
 #include <BaseSDK/ADateTime.h>
 #include <BaseSDK/AGuid.h>
+#include <BaseSDK/ALong32.h>
 #include <BaseSDK/AStringTokenizer.h>
 
 #include <algorithm>
@@ -50,10 +53,12 @@ std::string FirstText(const DocumentSource& source, const std::string& name) {
 
 }  // namespace
 
-TaskCheck::TaskCheck(const DocumentSource& source, long now, ProblemList& problems)
+TaskCheck::TaskCheck(const DocumentSource& source, long now, const LocalCalendar* calendar,
+                     ProblemList& problems)
     : m_Source(source),
       m_Task(source.Document().document_element()),
       m_Now(now),
+      m_Calendar(calendar),
       m_Problems(problems) {}
 
 void TaskCheck::Run() {
@@ -245,6 +250,39 @@ void TaskCheck::CheckTriggers() {
   for (const TriggerCheck& trigger : triggers) {
     trigger.ReportReasons(oneFires, effect, m_Problems);
   }
+  if (m_Calendar != nullptr) {
+    CheckSchedules(triggers);
+  }
+}
+
+// The first run is that of the trigger that begins first, or of one that runs as soon as possible.
+void TaskCheck::CheckSchedules(const std::vector<TriggerCheck>& triggers) const {
+  long firstBegin = BaseSDK::Long32Max;
+  for (const TriggerCheck& trigger : triggers) {
+    if (!trigger.NeverFires()) {
+      firstBegin = std::min(firstBegin, trigger.Fields().m_Begin);
+    }
+  }
+  const bool isFirstRun = firstBegin != -1 && !HasFinishedRun();
+  for (const TriggerCheck& trigger : triggers) {
+    if (!trigger.HasRuns()) {
+      continue;
+    }
+    ScheduleCheck check(trigger.Fields(), *m_Calendar, m_Now, m_Problems);
+    if (isFirstRun &&
+        (trigger.Fields().m_Begin <= m_Now || trigger.Fields().m_Begin == firstBegin)) {
+      check.CheckFirstRun();
+    }
+    check.CheckRuns();
+  }
+}
+
+bool TaskCheck::HasFinishedRun() const {
+  const AString text = AString::FromUtf8(FirstText(m_Source, "RunTime"));
+  const BaseSDK::AStringTokenizer words(text, " ", 1, 0);
+  const AString state = words.Token(2);
+  return ADateTime(words.Token(0) + " " + words.Token(1)).GetTime() != 0 &&
+         (state.IsEmpty() || state == AString("Ok"));
 }
 
 void TaskCheck::ReportNoTrigger() {

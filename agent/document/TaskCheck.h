@@ -1,6 +1,7 @@
 #pragma once
 
 #include "agent/document/TriggerCheck.h"
+#include "agent/schedule/LocalCalendar.h"
 
 #include <initializer_list>
 #include <string>
@@ -12,8 +13,10 @@ namespace NoxAgent {
 /// handler, the history; and what the triggers make of the task together.
 class TaskCheck {
  public:
-  /// All three arguments must outlive the object. The document's root is a Task.
-  TaskCheck(const DocumentSource& source, long now, ProblemList& problems);
+  /// All arguments must outlive the object. The document's root is a Task. Without a calendar the
+  /// runs of the years ahead are not looked at.
+  TaskCheck(const DocumentSource& source, long now, const LocalCalendar* calendar,
+            ProblemList& problems);
 
   void Run();
 
@@ -30,12 +33,15 @@ class TaskCheck {
   void CheckRunTime(const pugi::xml_node& runTime);
   void CheckTriggerPlace(const pugi::xml_node& trigger, const pugi::xml_node& schedule);
   void CheckTriggers();
+  void CheckSchedules(const std::vector<TriggerCheck>& triggers) const;
+  bool HasFinishedRun() const;
   void ReportNoTrigger();
   pugi::xml_node First(const char* name) const;
 
   const DocumentSource& m_Source;
   const pugi::xml_node m_Task;
   const long m_Now;
+  const LocalCalendar* const m_Calendar;
   ProblemList& m_Problems;
 };
 

@@ -43,7 +43,8 @@ std::optional<TaskDocumentProblem> Unreadable(const AString& xml, std::size_t by
 
 }  // namespace
 
-std::vector<TaskDocumentProblem> CheckTaskDocument(const AString& xml, long now) {
+std::vector<TaskDocumentProblem> CheckTaskDocument(const AString& xml, long now,
+                                                   const LocalCalendar* calendar) {
   const std::string utf8 = xml.ToUtf8();
   if (const auto problem = Unreadable(xml, utf8.size())) {
     return {*problem};
@@ -61,9 +62,14 @@ std::vector<TaskDocumentProblem> CheckTaskDocument(const AString& xml, long now)
                  "the root element is " + Quoted(root.name()) + ", not Task", Refused,
                  "write the whole task inside one Task element");
   } else {
-    TaskCheck(source, now, problems).Run();
+    TaskCheck(source, now, calendar, problems).Run();
   }
   return problems.Take();
+}
+
+// A period that is under way may have begun a year ago.
+LocalCalendar CalendarForCheck(long now) {
+  return LocalCalendar(now - 366 * LocalCalendar::SecondsPerDay);
 }
 
 bool HasTaskDocumentProblem(const std::vector<TaskDocumentProblem>& problems,

@@ -8,6 +8,7 @@
 #pragma once
 
 #include "agent/document/TaskDocumentProblem.h"
+#include "agent/schedule/LocalCalendar.h"
 
 #include <BaseSDK/AString.h>
 
@@ -20,11 +21,19 @@ namespace NoxAgent {
 constexpr std::size_t MaxTaskDocumentBytes = 1024 * 1024;
 
 /// All problems of the document `xml`, in the order of their places. `now` is in seconds since the
-/// epoch: what has ended is judged by it, and local times that a change of the clocks leaves out
-/// are looked for within two years from it. Local time is that of the process (TZ). A document that
+/// epoch: what has ended is judged by it. Local time is that of the process (TZ). A document that
 /// is too large or not well formed has that one problem alone. [any thread] Keeps no state and
 /// reads nothing but its arguments and the zone.
-std::vector<TaskDocumentProblem> CheckTaskDocument(const BaseSDK::AString& xml, long now);
+///
+/// With a calendar it is also told where the runs of the next two years differ from what the words
+/// of the schedule say. These are warnings only, so whoever just wants to know whether to take the
+/// document leaves it out.
+std::vector<TaskDocumentProblem> CheckTaskDocument(const BaseSDK::AString& xml, long now,
+                                                   const LocalCalendar* calendar = nullptr);
+
+/// The calendar for checks at `now`, of the zone that is in force. Costs some milliseconds, so it
+/// is made once for many documents.
+LocalCalendar CalendarForCheck(long now);
 
 /// The greatest severity among `problems` is at least `severity`; false for no problems.
 bool HasTaskDocumentProblem(const std::vector<TaskDocumentProblem>& problems,

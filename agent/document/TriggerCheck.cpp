@@ -1,8 +1,8 @@
 #include "agent/document/TriggerCheck.h"
 
-#include "agent/document/SkippedStart.h"
+#include "agent/document/SkippedBegin.h"
 
-#include <BaseSDK/ADateTime.h>
+#include <BaseSDK/AString.h>
 
 #include <algorithm>
 #include <array>
@@ -17,10 +17,6 @@ using Value = std::optional<SourceValue>;
 // A trigger that was never run is due once its begin date has passed, whatever its masks say.
 constexpr const char* OnlyAtBegin =
     "the trigger is due once, when its begin date has passed, and then never again";
-
-std::string LocalTime(long seconds) {
-  return BaseSDK::ADateTime(seconds).ToString("%Y-%m-%d %H:%M:%S").ToUtf8();
-}
 
 std::string TypeText(long type) {
   return "type " + std::to_string(type);
@@ -48,6 +44,17 @@ long DaysOf(int month) {
   return TriggerFields::AllDaysOfMonth >> (31 - Days.at(static_cast<std::size_t>(month)));
 }
 
+// The days of DaysOfMonth that one of the months has.
+long SelectedDaysOf(const TriggerFields& fields) {
+  long days = 0;
+  for (int month = 0; month < 12; ++month) {
+    if (((fields.m_MonthsOfYear >> month) & 1) != 0) {
+      days |= fields.m_DaysOfMonth & DaysOf(month);
+    }
+  }
+  return days;
+}
+
 }  // namespace
 
 TriggerCheck::TriggerCheck(const DocumentSource& source, const pugi::xml_node& trigger, long now,
@@ -59,7 +66,7 @@ TriggerCheck::TriggerCheck(const DocumentSource& source, const pugi::xml_node& t
   CheckRepetition(problems);
   CheckUnused(problems);
   CheckMasks(problems);
-  CheckSkippedStarts(problems);
+  CheckBegin(problems);
 }
 
 TextPlace TriggerCheck::PlaceOr(const Value& value) const {
@@ -69,6 +76,25 @@ TextPlace TriggerCheck::PlaceOr(const Value& value) const {
 bool TriggerCheck::FiresOnDays() const {
   return m_Fields.m_Type != TriggerFields::AsSoonAsPossible &&
          m_Fields.m_Type <= TriggerFields::MonthlyByWeekday;
+}
+
+bool TriggerCheck::HasRuns() const {
+  return !NeverFires() && FiresOnDays() && !SelectsNoDay() && m_Fields.m_IntervalSeconds >= 0 &&
+         m_Fields.m_DurationSeconds >= 0;
+}
+
+bool TriggerCheck::SelectsNoDay() const {
+  const TriggerFields& f = m_Fields;
+  switch (f.m_Type) {
+    case TriggerFields::Weekly:
+      return f.m_DaysOfWeek == 0;
+    case TriggerFields::MonthlyByDate:
+      return SelectedDaysOf(f) == 0;
+    case TriggerFields::MonthlyByWeekday:
+      return f.m_DaysOfWeek == 0 || f.m_MonthsOfYear == 0;
+    default:
+      return false;
+  }
 }
 
 void TriggerCheck::FindReasons() {
@@ -159,36 +185,20 @@ void TriggerCheck::CheckRepetition(ProblemList& problems) const {
     problems.Warn(PlaceOr(m_Fields.m_DurationText), "the Duration is negative", once,
                   "write for how many minutes after each start it repeats");
   }
-  if (duration > 0 && interval == 0) {
+  if (duration > 0 && interval == 0 && !m_Fields.m_KillAtEnd) {
     problems.Warn(PlaceOr(m_Fields.m_DurationText), "a Duration without an Interval", once,
-                  "write an Interval, or remove the Duration");
+                  "write an Interval, or KillAtEnd if the run is to be stopped then");
   }
   if (interval > 0 && duration == 0) {
     problems.Warn(PlaceOr(m_Fields.m_IntervalText), "an Interval without a Duration", once,
                   "write a Duration in minutes, or remove the Interval");
   }
-  if (interval > 0 && duration > 0) {
-    CheckRepetitionLengths(problems);
-  }
-}
-
-void TriggerCheck::CheckRepetitionLengths(ProblemList& problems) const {
-  const long interval = m_Fields.m_IntervalSeconds;
-  const long duration = m_Fields.m_DurationSeconds;
-  const std::string lengths = "the Interval of " + std::to_string(interval) +
-                              " seconds %1 the Duration of " + std::to_string(duration) +
-                              " seconds";
-  const auto message = [&lengths](const char* relation) {
-    return BaseSDK::AString::FromUtf8(lengths).Arg(relation).ToUtf8();
-  };
-  if (interval > duration) {
-    problems.Warn(PlaceOr(m_Fields.m_IntervalText), message("is longer than"),
-                  "the trigger does not repeat", "mind the units: a Duration is in minutes");
-  } else if (duration % interval != 0) {
-    problems.Warn(PlaceOr(m_Fields.m_IntervalText), message("does not divide"),
-                  "the last repetition comes " + std::to_string(duration % interval) +
-                      " seconds before the Duration ends",
-                  "choose a Duration that is a multiple of the Interval");
+  if (interval > duration && duration > 0) {
+    problems.Warn(PlaceOr(m_Fields.m_IntervalText),
+                  "the Interval of " + std::to_string(interval) +
+                      " seconds is longer than the Duration of " + std::to_string(duration) +
+                      " seconds",
+                  once, "mind the units: a Duration is in minutes");
   }
 }
 
@@ -268,22 +278,16 @@ void TriggerCheck::CheckDaysInMonths(ProblemList& problems) const {
   }
 }
 
-void TriggerCheck::CheckSkippedStarts(ProblemList& problems) const {
-  if (!FiresOnDays() || m_Fields.m_Begin == -1 || m_Ended) {
+void TriggerCheck::CheckBegin(ProblemList& problems) const {
+  if (!FiresOnDays() || m_Ended) {
     return;
   }
-  const std::string mend = "choose a time of day that every day has";
   if (const auto begin = FindSkippedBegin(m_Fields)) {
     problems.Warn(
         PlaceOr(m_Fields.m_BeginText),
         "there is no " + begin->m_Wanted + " in the local time zone: the clocks leave it out",
         "BeginDate is read as " + begin->m_Instead + ", and every start has that time of day",
-        mend);
-  } else if (const auto start = FindSkippedStart(m_Fields, m_Now)) {
-    problems.Warn(PlaceOr(m_Fields.m_BeginText),
-                  "some days do not have this time of day: there is no " + start->m_Wanted +
-                      " in the local time zone",
-                  "a start on that day comes at " + start->m_Instead, mend);
+        "choose a time of day that every day has");
   }
 }
 

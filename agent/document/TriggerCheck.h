@@ -15,7 +15,11 @@ class TriggerCheck {
   TriggerCheck(const DocumentSource& source, const pugi::xml_node& trigger, long now,
                ProblemList& problems);
 
+  const TriggerFields& Fields() const { return m_Fields; }
+
   bool NeverFires() const { return !m_Reasons.empty(); }
+  /// Its runs can be told beforehand: it begins at a time, and selects some day.
+  bool HasRuns() const;
   /// It never fires again because its time has passed: the scheduler deletes a task that has only
   /// such triggers.
   bool IsEnded() const { return m_Ended && m_Reasons.size() == 1; }
@@ -37,12 +41,12 @@ class TriggerCheck {
   void CheckType(ProblemList& problems) const;
   void CheckEnd(ProblemList& problems) const;
   void CheckRepetition(ProblemList& problems) const;
-  void CheckRepetitionLengths(ProblemList& problems) const;
   void CheckUnused(ProblemList& problems) const;
   void CheckMasks(ProblemList& problems) const;
   void CheckDaysInMonths(ProblemList& problems) const;
-  void CheckSkippedStarts(ProblemList& problems) const;
+  void CheckBegin(ProblemList& problems) const;
   bool FiresOnDays() const;
+  bool SelectsNoDay() const;
   TextPlace PlaceOr(const std::optional<SourceValue>& value) const;
 
   TriggerFields m_Fields;

@@ -106,20 +106,17 @@ long ReadMask(const Value& value, long all, ProblemList& problems) {
   return mask & all;
 }
 
-void CheckRange(const Value& value, long lowest, long highest, ProblemList& problems) {
-  if (!value) {
-    return;
-  }
+// The number, or 1 where it is outside its range.
+long ReadCount(const Value& value, long highest, ProblemList& problems) {
   const long number = CheckNumber(value, problems);
-  const bool isEmpty = value->m_Text.empty();
-  if (isEmpty || (number >= lowest && number <= highest)) {
-    return;
+  if (!value || value->m_Text.empty() || (number >= 1 && number <= highest)) {
+    return std::max(number, 1L);
   }
-  const std::string range = highest == BaseSDK::Long32Max ? "below " + std::to_string(lowest)
-                                                          : "outside " + std::to_string(lowest) +
-                                                                " to " + std::to_string(highest);
+  const std::string range =
+      highest == BaseSDK::Long32Max ? "below 1" : "outside 1 to " + std::to_string(highest);
   problems.Warn(value->m_Place, value->m_Name + " " + std::to_string(number) + " is " + range,
                 "it counts as 1", "write 1 if that is meant");
+  return 1;
 }
 
 void CheckAttributes(const DocumentSource& source, const pugi::xml_node& trigger,
@@ -195,15 +192,15 @@ TriggerFields ReadTriggerFields(const DocumentSource& source, const pugi::xml_no
   const long unit = UnitSeconds(AttributeValue(source, trigger, "IntervalUnit"), problems);
   fields.m_IntervalSeconds = ReadSeconds(fields.m_IntervalText, unit, problems);
   fields.m_DurationSeconds = ReadSeconds(fields.m_DurationText, SecondsPerMinute, problems);
-  (void)CheckNumber(AttributeValue(source, trigger, "KillAtEnd"), problems,
-                    ", and the run is not stopped");
+  fields.m_KillAtEnd = CheckNumber(AttributeValue(source, trigger, "KillAtEnd"), problems,
+                                   ", and the run is not stopped") != 0;
   if (fields.m_BeginText) {
     fields.m_Begin = ReadDate(AString::FromUtf8(fields.m_BeginText->m_Text), true);
   }
   fields.m_End = ReadEnd(fields.m_EndText, problems);
-  CheckRange(fields.m_DaysIntervalText, 1, BaseSDK::Long32Max, problems);
-  CheckRange(fields.m_WeeksIntervalText, 1, BaseSDK::Long32Max, problems);
-  CheckRange(fields.m_WeekText, 1, 5, problems);
+  fields.m_DaysInterval = ReadCount(fields.m_DaysIntervalText, BaseSDK::Long32Max, problems);
+  fields.m_WeeksInterval = ReadCount(fields.m_WeeksIntervalText, BaseSDK::Long32Max, problems);
+  fields.m_Week = ReadCount(fields.m_WeekText, 5, problems);
   fields.m_DaysOfWeek = ReadMask(fields.m_DaysOfWeekText, TriggerFields::AllDaysOfWeek, problems);
   fields.m_DaysOfMonth =
       ReadMask(fields.m_DaysOfMonthText, TriggerFields::AllDaysOfMonth, problems);

@@ -30,14 +30,18 @@ struct TriggerFields {
   /// What the scheduler takes it for. Masks hold their valid bits only; dates are seconds since the
   /// epoch, -1 when absent or unreadable.
   bool m_Disabled = false;
+  bool m_KillAtEnd = false;
   long m_Type = Once;
   long m_IntervalSeconds = 0;
   long m_DurationSeconds = 0;
   long m_Begin = -1;
   long m_End = -1;
+  long m_DaysInterval = 1;
+  long m_WeeksInterval = 1;
   long m_DaysOfWeek = 0;
   long m_DaysOfMonth = 0;
   long m_MonthsOfYear = 0;
+  long m_Week = 1;
 };
 
 /// Reads the element and warns about each value that does not mean what it says.

@@ -1,5 +1,6 @@
 #include "agent/document/ValueCheck.h"
 
+#include <BaseSDK/ADateTime.h>
 #include <BaseSDK/AString.h>
 
 #include <algorithm>
@@ -161,6 +162,10 @@ std::string Quoted(const std::string& text) {
       line.begin(), line.end(),
       [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; }, ' ');
   return "\"" + line + "\"";
+}
+
+std::string LocalTime(long moment) {
+  return BaseSDK::ADateTime(moment).ToString("%Y-%m-%d %H:%M:%S").ToUtf8();
 }
 
 void WarnUnknown(const std::string& kind, const std::string& name, TextPlace place,

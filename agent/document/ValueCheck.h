@@ -36,6 +36,9 @@ void CheckPlainText(const DocumentSource& source, const pugi::xml_node& element,
 /// `text` for a message: in quotes, on one line, cut when it is long.
 std::string Quoted(const std::string& text);
 
+/// A moment for a message: "2030-12-31 08:00:00", local time.
+std::string LocalTime(long moment);
+
 /// Warns about an element or attribute that nothing reads; `known` is what may stand there, so that
 /// a slip of the pen is recognised. `effect` says what becomes of it.
 void WarnUnknown(const std::string& kind, const std::string& name, TextPlace place,

@@ -47,7 +47,7 @@ class Comparison {
     FindStarts();
     for (std::size_t i = 0; i < m_Starts.size(); ++i) {
       const long before = i == 0 ? 0 : m_Starts[i].m_Moment - m_Starts[i - 1].m_Moment;
-      const long after = NextMoment(i) - m_Starts[i].m_Moment;
+      const long after = i + 1 == m_Starts.size() ? 0 : NextMoment(i) - m_Starts[i].m_Moment;
       if (IsNew({before, after})) {
         CompareRunsFrom(i);
       }
@@ -56,12 +56,12 @@ class Comparison {
   }
 
  private:
-  void Add(Kind kind, long day, long moment) {
+  void Add(Kind kind, long day, long moment, long gap = 0) {
     const bool isKnown =
         std::any_of(m_Found.begin(), m_Found.end(),
                     [kind](const ScheduleDifference& each) { return each.m_Kind == kind; });
     if (!isKnown) {
-      m_Found.push_back({kind, day, moment});
+      m_Found.push_back({kind, day, moment, gap});
     }
   }
 
@@ -123,8 +123,13 @@ void Comparison::CompareStart(Start start, bool isWanted, bool isPlanned) {
   m_Starts.push_back(start);
 }
 
-// What follows a start depends on how far the next one is, and the one before.
+// What follows a start depends on how far the next one is, and the one before; where the clocks
+// change between them, also on when they do.
 bool Comparison::IsNew(std::pair<long, long> gaps) {
+  constexpr long Day = LocalCalendar::SecondsPerDay;
+  if (gaps.first % Day != 0 || gaps.second % Day != 0) {
+    return true;
+  }
   if (std::find(m_Gaps.begin(), m_Gaps.end(), gaps) != m_Gaps.end()) {
     return false;
   }
@@ -179,12 +184,14 @@ void Comparison::Miss(std::size_t start, long moment, bool isMadeUp) {
     if (!isMadeUp) {
       Add(Kind::PassedOver, m_Starts[start + 1].m_Day, moment);
     } else if (IsOrdinary(begun.m_Moment, moment)) {
-      Add(Kind::LateStart, m_Starts[start + 1].m_Day, moment);
+      Add(Kind::LateStart, m_Starts[start + 1].m_Day, moment, moment - begun.m_Moment);
     }
   } else if (day != begun.m_Day && m_Trigger.StartOn(day) == NoTime) {
     Add(Kind::LostPastMidnight, begun.m_Day, moment);
   } else if (IsOrdinary(begun.m_Moment, moment)) {
-    Add(Kind::LostRepetition, begun.m_Day, moment);
+    const long before = start == 0 ? Never : begun.m_Moment - m_Starts[start - 1].m_Moment;
+    Add(Kind::LostRepetition, begun.m_Day, moment,
+        std::min(before, NextMoment(start) - begun.m_Moment));
   }
 }
 

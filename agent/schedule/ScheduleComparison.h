@@ -20,6 +20,7 @@ struct ScheduleDifference {
   Kind m_Kind = Kind::SkippedTime;
   long m_Day = 0;  ///< the local day of the start
   long m_Moment = 0;
+  long m_Gap = 0;  ///< of LateStart and LostRepetition: from the one start to the next, in seconds
 };
 
 /// The differences within two years from `from`, or from the begin date when that is later; of each

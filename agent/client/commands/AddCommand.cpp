@@ -27,7 +27,9 @@ CommandError::Place PlaceOf(const TaskDocumentProblem& problem) {
 
 // The agent would say the same; asked here, the answer names the file and needs no agent.
 void Check(const AddOptions& options, const BaseSDK::AString& xml, const CommandContext& context) {
-  const auto problems = CheckTaskDocument(xml, std::time(nullptr));
+  const long now = std::time(nullptr);
+  const LocalCalendar calendar = CalendarForCheck(now);
+  const auto problems = CheckTaskDocument(xml, now, &calendar);
   for (const TaskDocumentProblem& problem : problems) {
     if (!Prevents(problem, options.m_Force)) {
       continue;

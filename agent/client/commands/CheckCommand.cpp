@@ -1,3 +1,4 @@
+#include "agent/client/ChosenZone.h"
 #include "agent/client/DocumentFile.h"
 #include "agent/client/commands/Commands.h"
 #include "agent/document/TaskDocumentCheck.h"
@@ -9,6 +10,11 @@
 namespace NoxAgent {
 
 namespace {
+
+struct CheckOptions {
+  std::vector<std::string> m_Files;
+  std::string m_Zone;
+};
 
 using Problems = std::vector<TaskDocumentProblem>;
 
@@ -53,11 +59,14 @@ ExitCode Verdict(const Problems& problems) {
   return problems.empty() ? ExitCode::Ok : ExitCode::Failed;
 }
 
-void Check(const std::vector<std::string>& files, CommandContext& context) {
+void Check(const CheckOptions& options, CommandContext& context) {
+  const ChosenZone zone(options.m_Zone);
+  const long now = std::time(nullptr);
+  const LocalCalendar calendar = CalendarForCheck(now);
   Json answer = Json::List{};
-  for (const std::string& file : files) {
+  for (const std::string& file : options.m_Files) {
     const BaseSDK::AString xml = ReadDocument(file, context.m_In);
-    const Problems problems = CheckTaskDocument(xml, std::time(nullptr));
+    const Problems problems = CheckTaskDocument(xml, now, &calendar);
     context.m_ExitCode = std::max(context.m_ExitCode, Verdict(problems));
     if (context.m_Json) {
       answer.Append({{"file", file}, {"problems", ToJson(problems)}});
@@ -76,9 +85,10 @@ void AddCheckCommand(CommandLine& line, CommandContext& context) {
   CommandLine& command = line.Command(
       "check", "Tell all problems of task documents, nothing when there are none; needs no agent");
   command.Footer("Exit status: 0 no problems, 1 warnings, 2 errors or wrong arguments.\n");
-  const auto files = std::make_shared<std::vector<std::string>>();
-  command.Argument("FILE", *files, "task documents, - for standard input").Required();
-  command.OnUse([files, &context] { Check(*files, context); });
+  const auto options = std::make_shared<CheckOptions>();
+  command.Argument("FILE", options->m_Files, "task documents, - for standard input").Required();
+  command.Option("--zone", options->m_Zone, "time zone: a name or a rule").Takes("ZONE");
+  command.OnUse([options, &context] { Check(*options, context); });
 }
 
 }  // namespace NoxAgent

@@ -178,6 +178,17 @@ TEST_F(Client, CheckEndsWithTheGreatestSeverity) {
   EXPECT_TRUE(m_Agent.Requests().empty());
 }
 
+TEST_F(Client, CheckJudgesTheYearsAheadByTheChosenZone) {
+  const std::string late =
+      TaskXml("<Trigger Type=\"1\"><BeginDate>2035/01/01 23:30:00</BeginDate></Trigger>");
+  EXPECT_EQ(0, Run({"check", "-", "--zone", "UTC0"}, late)) << Out();
+  EXPECT_EQ(1, Run({"check", "-", "--zone", "EST5EDT,M3.2.0,M11.1.0"}, late));
+  EXPECT_NE(std::string::npos, Out().find("start of 2035-03-11 23:30:00")) << Out();
+  EXPECT_EQ(1, Run({"check", "-", "--zone", "CET-1CEST,M3.5.0,M10.5.0/3"}, late));
+  EXPECT_NE(std::string::npos, Out().find("start of 2035-03-25 23:30:00")) << Out();
+  EXPECT_EQ(2, Run({"check", "-", "--zone", "Nowhere"}, late));
+}
+
 TEST_F(Client, CheckAnswersInJsonFileByFile) {
   EXPECT_EQ(1,
             Run({"check", "--json", FileWith(TaskXml(NowTrigger)), "-"}, TaskXml(WarnedTrigger)));

@@ -25,7 +25,8 @@ std::string TaskWith(const std::string& triggers) {
 }
 
 std::vector<TaskDocumentProblem> Check(const std::string& xml, long now = June2026) {
-  return CheckTaskDocument(AString::FromUtf8(xml), now);
+  const auto calendar = NoxAgent::CalendarForCheck(now);
+  return CheckTaskDocument(AString::FromUtf8(xml), now, &calendar);
 }
 
 const char* NameOf(TaskDocumentSeverity severity) {
@@ -117,6 +118,16 @@ TEST(TaskDocumentCheck, CountsColumnsInCharacters) {
   EXPECT_EQ(14U, problems[3].m_Column) << Describe("", problems);
 }
 
+TEST(TaskDocumentCheck, CountsColumnsOnLongLinesToo) {
+  std::string name;
+  for (int i = 0; i < 500; ++i) {
+    name += "\xC3\xA9";
+  }
+  const auto problems = Check("<Task a=\"" + name + "\" b=\"1\"/>");
+  ASSERT_EQ(4U, problems.size());
+  EXPECT_EQ(512U, problems[3].m_Column) << Describe("", problems);
+}
+
 TEST(TaskDocumentCheck, FindsAttributesAfterValuesWithQuotesBracketsAndLineEnds) {
   const VirtualTime::Zone zone(NewYork);
   const auto problems =
@@ -153,7 +164,7 @@ TEST(TaskDocumentCheck, TriggerEndsAfterTheSecondOfItsEndDate) {
   const std::string xml = TaskWith(
       "<Trigger Type=\"1\"><BeginDate>2026/01/05 08:00:00</BeginDate>"
       "<EndDate>2026/06/15 12:00:00</EndDate></Trigger>");
-  EXPECT_TRUE(Check(xml, June2026).empty());
+  EXPECT_FALSE(Mentions(Check(xml, June2026), "ended"));
   EXPECT_TRUE(Mentions(Check(xml, June2026 + 1), "ended on 2026-06-15 12:00:00"));
 }
 
@@ -209,31 +220,31 @@ INSTANTIATE_TEST_SUITE_P(
     Rows, TaskDocumentCheckSkippedStart,
     testing::Values(
         SkippedStartRow{
-            "UTC0", "<Trigger Type='1'><BeginDate>2026/01/05 02:30:00</BeginDate></Trigger>", ""},
+            "UTC0", "<Trigger Type='1'><BeginDate>2026/07/06 02:30:00</BeginDate></Trigger>", ""},
         SkippedStartRow{Berlin,
-                        "<Trigger Type='1'><BeginDate>2026/01/05 02:30:00</BeginDate></Trigger>",
+                        "<Trigger Type='1'><BeginDate>2026/07/06 02:30:00</BeginDate></Trigger>",
                         "there is no 2027-03-28 02:30:00"},
         SkippedStartRow{
-            Berlin, "<Trigger Type='1'><BeginDate>2026/01/05 03:00:00</BeginDate></Trigger>", ""},
+            Berlin, "<Trigger Type='1'><BeginDate>2026/07/06 03:00:00</BeginDate></Trigger>", ""},
         SkippedStartRow{Berlin,
-                        "<Trigger Type='1'><BeginDate>2026/01/05 02:30:00</BeginDate>"
+                        "<Trigger Type='1'><BeginDate>2026/07/06 02:30:00</BeginDate>"
                         "<EndDate>2027-03-28 00:00:00</EndDate></Trigger>",
                         ""},
         // The clocks go forward on Sundays, so a weekly trigger on Mondays never meets it.
         SkippedStartRow{Berlin,
-                        "<Trigger Type='2'><BeginDate>2026/01/05 02:30:00</BeginDate>"
+                        "<Trigger Type='2'><BeginDate>2026/07/06 02:30:00</BeginDate>"
                         "<DaysOfWeek>2</DaysOfWeek></Trigger>",
                         ""},
         SkippedStartRow{Berlin,
-                        "<Trigger Type='2'><BeginDate>2026/01/05 02:30:00</BeginDate>"
+                        "<Trigger Type='2'><BeginDate>2026/07/06 02:30:00</BeginDate>"
                         "<DaysOfWeek>1</DaysOfWeek></Trigger>",
                         "there is no 2027-03-28 02:30:00"},
         SkippedStartRow{Berlin,
-                        "<Trigger Type='3'><BeginDate>2026/01/05 02:30:00</BeginDate>"
+                        "<Trigger Type='3'><BeginDate>2026/07/01 02:30:00</BeginDate>"
                         "<DaysOfMonth>1</DaysOfMonth><MonthsOfYear>4095</MonthsOfYear></Trigger>",
                         ""},
         SkippedStartRow{Berlin,
-                        "<Trigger Type='4'><BeginDate>2026/01/05 02:30:00</BeginDate><Week>5</Week>"
+                        "<Trigger Type='4'><BeginDate>2026/07/06 02:30:00</BeginDate><Week>5</Week>"
                         "<DaysOfWeek>1</DaysOfWeek><MonthsOfYear>4</MonthsOfYear></Trigger>",
                         "there is no 2027-03-28 02:30:00"},
         SkippedStartRow{Berlin,
@@ -243,7 +254,7 @@ INSTANTIATE_TEST_SUITE_P(
                         "<Trigger Type='1'><BeginDate>2026/3/29 2:30:00</BeginDate></Trigger>",
                         "every start has that time of day"},
         SkippedStartRow{MidnightGap,
-                        "<Trigger Type='1'><BeginDate>2026-01-05</BeginDate></Trigger>",
+                        "<Trigger Type='1'><BeginDate>2026-07-06</BeginDate></Trigger>",
                         "there is no 2027-03-28 00:00:00"}));
 
 struct ValueRow {
@@ -267,9 +278,9 @@ INSTANTIATE_TEST_SUITE_P(
         ValueRow{"<Trigger Type='-1' KillAtEnd='1x'/>", "\"1x\" is not a number; it is read as 0"},
         ValueRow{"<Trigger Type='-1' KillAtEnd='4294967297'/>", "it is read as 2147483647"},
         ValueRow{"<Trigger Type='-1' Disabled='nope'/>", "the trigger is not disabled"},
-        ValueRow{"<Trigger Type='-1'><BeginDate>2026-01-05</BeginDate></Trigger>",
+        ValueRow{"<Trigger Type='-1'><BeginDate>2026-07-06</BeginDate></Trigger>",
                  "BeginDate has no part in a trigger of type -1"},
-        ValueRow{"<Trigger Type='1' Duration='-5'><BeginDate>2026-01-05</BeginDate></Trigger>",
+        ValueRow{"<Trigger Type='1' Duration='-5'><BeginDate>2026-07-06</BeginDate></Trigger>",
                  "the Duration is negative; the trigger does not repeat"},
         ValueRow{"<Trigger Type='1'><BeginDate>2026-01-05</BeginDate>"
                  "<EndDate>2026-01-05</EndDate></Trigger>",
@@ -282,7 +293,7 @@ INSTANTIATE_TEST_SUITE_P(
         ValueRow{"<Trigger Type='3'><BeginDate>2026-01-05</BeginDate><DaysOfMonth>1073741824"
                  "</DaysOfMonth><MonthsOfYear>1320</MonthsOfYear></Trigger>",
                  "none of the months in MonthsOfYear has a day of DaysOfMonth"},
-        ValueRow{"<Trigger Type='3'><BeginDate>2026-01-05</BeginDate><DaysOfMonth>1073741824"
+        ValueRow{"<Trigger Type='3'><BeginDate>2027-01-31</BeginDate><DaysOfMonth>1073741824"
                  "</DaysOfMonth><MonthsOfYear>1321</MonthsOfYear></Trigger>",
                  "no problems"},
         ValueRow{"<Group><Trigger Type='-1'/></Group>", "a Trigger inside \"Group\""}));
