@@ -23,6 +23,7 @@ constexpr long Never = SchedulerTrigger::Never;
 struct Start {
   long m_Day;
   long m_Moment;
+  bool m_IsOfRule = true;
 };
 
 // Only these rules count otherwise than their words do.
@@ -91,7 +92,9 @@ void Comparison::FindStarts() {
   const long last = rule.m_End == NoTime ? m_Until : std::min(m_Until, rule.m_End);
   const long lastDay =
       rule.m_Type == TriggerRule::Once ? m_Trigger.BeginDay() : m_Calendar.DayOf(last);
-  m_Starts.reserve(DaysAhead + 1);
+  m_Starts.reserve(DaysAhead + 2);
+  // A run, be it of the rule or not: that at the begin, or one before the search.
+  m_Starts.push_back({m_Calendar.DayOf(m_From), m_From, false});
   for (long day = m_Calendar.DayOf(m_From); day <= lastDay; ++day) {
     const long start = m_Trigger.StartOn(day);
     const bool isWanted = CanDiffer(rule) ? m_Words.Selects(day) : start != NoTime;
@@ -119,6 +122,9 @@ void Comparison::CompareStart(Start start, bool isWanted, bool isPlanned) {
   }
   if (isSkipped) {
     Add(Kind::SkippedTime, start.m_Day, start.m_Moment);
+  }
+  if (start.m_Moment == m_From) {
+    m_Starts.clear();
   }
   m_Starts.push_back(start);
 }
@@ -151,13 +157,14 @@ void Comparison::CompareRunsFrom(std::size_t start, long reading) {
   const TriggerRule& rule = m_Trigger.Rule();
   const long begin = m_Starts[start].m_Moment;
   const long next = NextMoment(start);
-  long end = BaseSDK::Add32(begin, rule.Repeats() ? rule.m_DurationSeconds : 0);
+  const bool repeats = rule.Repeats() && m_Starts[start].m_IsOfRule;
+  long end = BaseSDK::Add32(begin, repeats ? rule.m_DurationSeconds : 0);
   end = std::min({end, next - 1, rule.m_End == NoTime ? Never : rule.m_End, m_Until});
   const long until = next == Never ? end : std::min(m_Until, next + Hour);
 
   SchedulerRuns runs(m_Calendar, {m_Trigger}, {begin, until, begin, reading});
   const auto wantedAfter = [&](long moment) {
-    if (rule.Repeats() && moment < end) {
+    if (moment < end) {
       const long interval = rule.m_IntervalSeconds;
       const long repetition = BaseSDK::Add32(moment - (moment - begin) % interval, interval);
       return repetition <= end ? repetition : next;
@@ -183,13 +190,14 @@ void Comparison::Miss(std::size_t start, long moment, bool isMadeUp) {
   if (moment == NextMoment(start)) {
     if (!isMadeUp) {
       Add(Kind::PassedOver, m_Starts[start + 1].m_Day, moment);
-    } else if (IsOrdinary(begun.m_Moment, moment)) {
+    } else if (begun.m_IsOfRule && IsOrdinary(begun.m_Moment, moment)) {
       Add(Kind::LateStart, m_Starts[start + 1].m_Day, moment, moment - begun.m_Moment);
     }
   } else if (day != begun.m_Day && m_Trigger.StartOn(day) == NoTime) {
     Add(Kind::LostPastMidnight, begun.m_Day, moment);
   } else if (IsOrdinary(begun.m_Moment, moment)) {
-    const long before = start == 0 ? Never : begun.m_Moment - m_Starts[start - 1].m_Moment;
+    const bool hasBefore = start > 0 && m_Starts[start - 1].m_IsOfRule;
+    const long before = hasBefore ? begun.m_Moment - m_Starts[start - 1].m_Moment : Never;
     Add(Kind::LostRepetition, begun.m_Day, moment,
         std::min(before, NextMoment(start) - begun.m_Moment));
   }

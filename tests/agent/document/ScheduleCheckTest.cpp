@@ -126,6 +126,14 @@ TEST(ScheduleCheck, TellsOfTheFirstRunOnlyWhereThereWasNone) {
   EXPECT_EQ("", CheckTriggers(TriggerText(1, Begin("2026/06/15 11:59:30"))));
 }
 
+TEST(ScheduleCheck, SuggestsADurationThatFitsBetweenStarts) {
+  const VirtualTime::Zone zone(NewYork);
+  const std::string found =
+      CheckTriggers(TriggerText(1, Begin("2026/01/05 00:00:00"), "Interval='10' Duration='1440'"),
+                    "2026-06-15 08:00:00 Ok");
+  EXPECT_TRUE(Has(found, "write a Duration of at most 1430 minutes")) << found;
+}
+
 TEST(ScheduleCheck, TellsOfABeginOutsideTheRuleOnlyWhenItIsTheFirst) {
   const VirtualTime::Zone zone(NewYork);
   const std::string outside =
