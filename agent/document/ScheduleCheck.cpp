@@ -1,5 +1,7 @@
 #include "agent/document/ScheduleCheck.h"
 
+#include <BaseSDK/ALong32.h>
+
 #include <algorithm>
 #include <array>
 
@@ -220,8 +222,9 @@ void ScheduleCheck::TellCount(const std::string& effect) {
 
 // While the clocks are set forward a day more has elapsed than at any other time of the year.
 std::string ScheduleCheck::MendOfCount() const {
-  const long rhythm = m_Fields.m_Type == TriggerRule::Daily ? m_Fields.m_DaysInterval
-                                                            : 7 * m_Fields.m_WeeksInterval;
+  const long rhythm = m_Fields.m_Type == TriggerRule::Daily
+                          ? m_Fields.m_DaysInterval
+                          : BaseSDK::Mul32(7, m_Fields.m_WeeksInterval);
   const long reference = std::max(m_Calendar.DayOf(m_Now), m_Trigger.BeginDay());
   for (long day = reference; day > reference - Year; --day) {
     if ((day - m_Trigger.BeginDay()) % rhythm != 0) {

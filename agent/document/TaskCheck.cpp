@@ -250,7 +250,7 @@ void TaskCheck::CheckTriggers() {
   for (const TriggerCheck& trigger : triggers) {
     trigger.ReportReasons(oneFires, effect, m_Problems);
   }
-  if (m_Calendar != nullptr) {
+  if (m_Calendar != nullptr && m_Now <= LocalCalendar::End()) {
     CheckSchedules(triggers);
   }
 }

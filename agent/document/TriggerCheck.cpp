@@ -1,6 +1,7 @@
 #include "agent/document/TriggerCheck.h"
 
 #include "agent/document/SkippedBegin.h"
+#include "agent/schedule/LocalCalendar.h"
 
 #include <BaseSDK/AString.h>
 
@@ -80,7 +81,7 @@ bool TriggerCheck::FiresOnDays() const {
 
 bool TriggerCheck::HasRuns() const {
   return !NeverFires() && FiresOnDays() && !SelectsNoDay() && m_Fields.m_IntervalSeconds >= 0 &&
-         m_Fields.m_DurationSeconds >= 0;
+         m_Fields.m_DurationSeconds >= 0 && m_Fields.m_Begin <= LocalCalendar::End();
 }
 
 bool TriggerCheck::SelectsNoDay() const {

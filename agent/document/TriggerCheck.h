@@ -18,7 +18,7 @@ class TriggerCheck {
   const TriggerFields& Fields() const { return m_Fields; }
 
   bool NeverFires() const { return !m_Reasons.empty(); }
-  /// Its runs can be told beforehand: it begins at a time, and selects some day.
+  /// Its runs can be told beforehand: it begins within the calendar, and selects some day.
   bool HasRuns() const;
   /// It never fires again because its time has passed: the scheduler deletes a task that has only
   /// such triggers.

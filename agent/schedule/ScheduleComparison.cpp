@@ -188,7 +188,10 @@ void Comparison::Miss(std::size_t start, long moment, bool isMadeUp) {
   const Start& begun = m_Starts[start];
   const long day = m_Calendar.DayOf(moment);
   if (moment == NextMoment(start)) {
-    if (!isMadeUp) {
+    // While a period goes on, its own repetitions come before the next start.
+    const TriggerRule& rule = m_Trigger.Rule();
+    const bool isNear = rule.Repeats() && moment - begun.m_Moment < rule.m_DurationSeconds + Hour;
+    if (!isMadeUp && !isNear) {
       Add(Kind::PassedOver, m_Starts[start + 1].m_Day, moment);
     } else if (begun.m_IsOfRule && IsOrdinary(begun.m_Moment, moment)) {
       Add(Kind::LateStart, m_Starts[start + 1].m_Day, moment, moment - begun.m_Moment);

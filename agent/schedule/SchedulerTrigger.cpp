@@ -192,7 +192,7 @@ long SchedulerTrigger::RepetitionAfter(long now) const {
     if (start == NoTime || start > now) {
       continue;
     }
-    const long end = start + reach + 1;
+    const long end = Add32(start, reach + 1);
     if (end > now) {
       next = std::min({next, end, RepetitionOf(start, now)});
     }

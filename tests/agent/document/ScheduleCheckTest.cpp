@@ -107,6 +107,13 @@ INSTANTIATE_TEST_SUITE_P(
         DifferenceRow{NewYork, 2, "2026/12/06 08:00:00", "",
                       "<WeeksInterval>2</WeeksInterval><DaysOfWeek>1</DaysOfWeek>",
                       "there is no run at 2027-03-14 08:00:00"},
+        // Far ahead, and numbers without measure.
+        DifferenceRow{NewYork, 1, "2038/01/18 22:14:07", "Interval='10' Duration='120'", "", ""},
+        DifferenceRow{NewYork, 1, "2038/01/05 08:00:00", "Interval='10' Duration='35791394'", "",
+                      "the Duration reaches too near"},
+        DifferenceRow{NewYork, 2, "2027/03/08 08:00:00", "",
+                      "<WeeksInterval>2147483647</WeeksInterval><DaysOfWeek>127</DaysOfWeek>",
+                      "weeks are counted"},
         // Weeks of a month.
         DifferenceRow{Utc, 4, "2026/08/03 08:00:00", "",
                       "<DaysOfWeek>2</DaysOfWeek><MonthsOfYear>128</MonthsOfYear>", ""},
@@ -132,6 +139,14 @@ TEST(ScheduleCheck, SuggestsADurationThatFitsBetweenStarts) {
       CheckTriggers(TriggerText(1, Begin("2026/01/05 00:00:00"), "Interval='10' Duration='1440'"),
                     "2026-06-15 08:00:00 Ok");
   EXPECT_TRUE(Has(found, "write a Duration of at most 1430 minutes")) << found;
+}
+
+TEST(ScheduleCheck, BlamesNoStepForWhatAPeriodCovers) {
+  const VirtualTime::Zone zone(Utc);
+  const std::string found =
+      CheckTriggers(TriggerText(1, Begin("2026/07/06 06:11:00"), "Interval='858' Duration='2215'"));
+  EXPECT_TRUE(Has(found, "the Duration reaches too near to the next start")) << found;
+  EXPECT_FALSE(Has(found, "passes over")) << found;
 }
 
 TEST(ScheduleCheck, TellsOfABeginOutsideTheRuleOnlyWhenItIsTheFirst) {
@@ -161,6 +176,15 @@ TEST(ScheduleCheck, LeavesTheYearsAheadOutWithoutACalendar) {
   const VirtualTime::Zone zone(NewYork);
   const std::string xml = TaskText(TriggerText(1, Begin("2026/01/05 23:30:00")));
   EXPECT_TRUE(NoxAgent::CheckTaskDocument(BaseSDK::AString::FromUtf8(xml), Local(Now)).empty());
+}
+
+TEST(ScheduleCheck, LooksNoFurtherThanTheEndOfTime) {
+  const VirtualTime::Zone zone(Utc);
+  constexpr long LastMoment = 2147483647;
+  const auto calendar = NoxAgent::CalendarForCheck(LastMoment);
+  const std::string xml = TaskText(TriggerText(1, Begin("2026/01/05 08:00:00")));
+  EXPECT_TRUE(
+      NoxAgent::CheckTaskDocument(BaseSDK::AString::FromUtf8(xml), LastMoment, &calendar).empty());
 }
 
 TEST(ScheduleCheck, WhatItSuggestsIsGood) {
