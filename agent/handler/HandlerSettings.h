@@ -17,7 +17,7 @@ struct HandlerSettings {
   /// How long killed processes may take to be gone: what ends them needs a processor, too, and on a
   /// machine that is short of everything there may be none for seconds.
   static constexpr std::chrono::seconds AfterKill{10};
-  /// How many runs go on at the same time; each takes three descriptors of the usual 1024.
+  /// How many runs go on at the same time; each takes three file descriptors.
   std::size_t m_MaxRuns = 200;
   bool m_LogOutput = true;  ///< whether what the commands put out goes to the log too
 

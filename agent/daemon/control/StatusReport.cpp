@@ -2,8 +2,9 @@
 
 #include "agent/daemon/BuildInfo.h"
 #include "agent/daemon/control/SchedulerReport.h"
-#include "agent/daemon/control/ZoneReport.h"
 #include "agent/library/Json.h"
+
+#include <BaseSDK/ASystemZone.h>
 
 #include <unistd.h>
 
@@ -80,8 +81,8 @@ Json StatusReport::Make(const ControlServer::Counters& counters, bool withTasks)
       {"enumerations", m_Handles.Count()},
       {"notifications", m_Notifications.Posted()},
       {"refusedFiles", m_Store.Files() != nullptr ? m_Store.Files()->Refused().Count() : 0},
-      {"zone", ZoneReport::Value()},
-      {"zoneName", ZoneReport::Name()},
+      {"zone", BaseSDK::ASystemZone::Value().ToUtf8()},
+      {"zoneName", BaseSDK::ASystemZone::Name().ToUtf8()},
       {"tasks", tasks},
       {"plugins", plugins}};
   const auto nextReading =
