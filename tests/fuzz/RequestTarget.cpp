@@ -3,9 +3,11 @@
 #include "agent/daemon/control/Api.h"
 #include "agent/daemon/control/ControlServer.h"
 #include "agent/daemon/control/EnumerationHandles.h"
+#include "agent/daemon/control/FilesRoute.h"
 #include "agent/daemon/control/OperationRoute.h"
 #include "agent/daemon/plugins/NotificationCenter.h"
 #include "agent/daemon/plugins/Plugins.h"
+#include "agent/daemon/store/TaskStore.h"
 #include "agent/library/Json.h"
 #include "tests/fuzz/FuzzTarget.h"
 
@@ -43,13 +45,18 @@ struct World {
     return {"p", NOX_ANSWERING_PLUGIN, {}, "{11111111-2222-3333-4444-555555555555}"};
   }
 
+  TaskStore m_Store;  // of no scheduler: there are no files to list
   std::shared_ptr<Plugin> m_Plugin;
   Plugins m_Plugins;
   AgentThread m_Thread;
   NotificationCenter m_Notifications{m_Thread, m_Plugins};
   EnumerationHandles m_Handles;
-  OperationRoute m_Operations{m_Plugins, m_Notifications, m_Handles};
-  Api m_Api{m_Operations, m_Notifications, {[] { return Json::Object{}; }, [] {}}};
+  OperationRoute m_Operations{m_Plugins, m_Notifications, m_Handles, m_Store};
+  FilesRoute m_Files{m_Store, m_Operations};
+  Api m_Api{m_Operations,
+            m_Files,
+            m_Notifications,
+            {[](bool) { return Json::Object{}; }, [] { return SettingChanges(); }}};
 };
 
 /// A request that does not say how long its body is gets the right length: with one of its own
@@ -78,7 +85,7 @@ std::optional<ApiRequest> Parse(std::string_view bytes) {
   }
   auto& message = parser.get();
   return ApiRequest{std::string(message.method_string()), std::string(message.target()),
-                    std::move(message.body())};
+                    std::move(message.body()), 0};
 }
 
 void RequireAnswer(const ApiResponse& answer) {
