@@ -200,8 +200,8 @@ struct AEvent::Impl {
 
   static Moment WallDeadline(unsigned long milliseconds, unsigned behavior) {
     if ((behavior & ClockSkewAlignToSecond) != 0 && milliseconds % 1000 == 0) {
-      // From the second that time() shows, for that is what callers reckon from. The fine clock may
-      // be in the next one already.
+      // Counts from the second that time() shows, as callers do. The fine clock may be in the next
+      // one already.
       return {std::int64_t{::time(nullptr)} + static_cast<std::int64_t>(milliseconds / 1000), 0};
     }
     return Later(Read(CLOCK_REALTIME), milliseconds);

@@ -13,7 +13,8 @@
 
 namespace BaseSDK {
 
-/// All loggers, levels and sinks of the process.
+/// All loggers, levels and sinks of the process: what is behind ALogger and ALogConfig, whose
+/// headers describe the operations. [any thread]
 class ALogRegistry {
  public:
   static ALogRegistry& Instance();

@@ -13,7 +13,7 @@ constexpr wchar_t EscapedByte = 0xDC00;
 /// Overlong forms, surrogates and values past U+10FFFF are not well formed (RFC 3629).
 std::size_t Utf8Sequence(std::string_view bytes, std::size_t pos, wchar_t& character);
 
-/// The two directions of AString, whose header describes them.
+/// These two do the work of AString::FromUtf8 and ToUtf8, which the class describes.
 std::wstring Utf8ToWide(std::string_view bytes);
 std::string WideToUtf8(const std::wstring& text);
 

@@ -10,8 +10,9 @@ namespace BaseSDK {
 
 /// A place in a text, and the small things that the grammar of XML is made of.
 ///
-/// Each Scan... starts at the place, moves it past what it took, and is false after Fail; then the
-/// place means nothing any more.
+/// Each Scan... starts at the place and moves the place past what it took. It returns false after
+/// an error; Message() and ErrorOffset() then say which, and the place means nothing any more. The
+/// arguments `missing` and `unended` are the messages for what is not there and what has no end.
 class XmlCursor {
  public:
   /// `text` is UTF-8 and is borrowed for the cursor's life.
@@ -31,21 +32,23 @@ class XmlCursor {
   }
   /// Moves past a quotation mark and returns it; empty when none stands here.
   std::string_view TakeQuote();
-  /// Whether there was any.
+  /// Moves past white space; false when there was none.
   bool SkipSpace();
-  /// To the next of these characters, or to the end.
+  /// Moves to the next of these characters, or to the end.
   void SkipTo(std::string_view characters);
 
+  /// Takes one character that XML allows. REQUIRES: not AtEnd().
   bool ScanCharacter();
-  /// Past the next `end`; every character before it must be allowed.
+  /// Moves past the next `end`. Every character before it must be one that XML allows.
   bool ScanUntil(std::string_view end, const char* unended);
+  /// Takes a name; `name` borrows from the text.
   bool ScanName(std::string_view& name, const char* missing);
-  /// quote value quote
+  /// Takes quote, value, quote; `value` borrows from the text.
   bool ScanQuoted(std::string_view& value, const char* missing, const char* unended);
-  /// [ space ] "=" [ space ], behind `name`
+  /// Takes "=" and white space around it; `name` is what stands before it, for the message.
   bool ScanEquals(std::string_view name);
 
-  /// False, for the caller to return.
+  /// Notes the error and returns false, for the caller to return.
   bool Fail(std::size_t offset, std::string message);
   bool Fail(std::string message) { return Fail(m_Pos, std::move(message)); }
 

@@ -20,6 +20,7 @@ class XmlScanner : private XmlCursor {
   /// `text` is UTF-8 and is borrowed for the scanner's life.
   XmlScanner(std::string_view text, std::size_t maxDepth) : XmlCursor(text), m_MaxDepth(maxDepth) {}
 
+  /// Reads the whole text; false when it is not such a document. Call it once.
   bool Scan();
 
   /// After a failed Scan: why, and at which byte.

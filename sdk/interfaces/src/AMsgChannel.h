@@ -25,15 +25,16 @@ class AMsgChannel {
 
   /// False when an object is bound already.
   bool Bind(AMsgQueueServer& server);
-  /// Returns when no request is under way any more.
+  /// Takes the object off the channel; returns when no request is under way in it any more.
   void Unbind();
   bool HasServer() const;
 
-  /// These two as AMsgQueue's.
+  // AMsgQueue describes these two.
   long Send(const AMsgIn& request);
   static bool IsAnswering();
   bool IsClosed() const;
-  /// False when a request is still under way at the deadline; without one it waits.
+  /// Refuses requests from now on and waits for those under way. False when one is still under way
+  /// at the deadline; without a deadline it waits as long as it takes.
   bool Close(ADeadline deadline);
   void Reopen();
 

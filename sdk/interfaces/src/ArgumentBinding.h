@@ -9,7 +9,9 @@
 
 namespace Corvane::AgentInterfacesV3 {
 
-/// Where in AMsgValue, and so in AMsgType, the C++ type `Value` stands.
+/// The type of message argument that the C++ type `Value` stands for: its place among the
+/// alternatives of AMsgValue. One that is none of them gives a number past the last, which no table
+/// row has.
 template <class Value, class... Alternatives>
 constexpr AMsgType TypeIn(const std::variant<Alternatives...>*) {
   std::size_t index = 0;
@@ -42,13 +44,14 @@ constexpr bool Fits(const AInterfaceTable::AOperation& row) {
   return (AParameter<Parameters>::Fits(row.Arguments()[index++]) && ...);
 }
 
+/// Fits for the parameters of a member function.
 template <class Class, class Result, class... Parameters>
 constexpr bool MethodFits(Result (Class::*)(Parameters...),
                           const AInterfaceTable::AOperation& row) {
   return Fits<Parameters...>(row);
 }
 
-/// A name that is a template's argument.
+/// A text as a template's argument, such as the name of an operation.
 template <std::size_t Size>
 struct AName {
   consteval AName(const char (&text)[Size]) {

@@ -10,7 +10,7 @@ namespace Corvane::AgentInterfacesV3 {
 const AInterfaceTable::AOperation* CheckRequest(const AInterfaceTable& table,
                                                 const AMsgIn& request);
 
-/// Answers that the object does not serve the request's interface; -1.
+/// Answers with the error that the object does not serve the request's interface, and returns -1.
 long RefuseInterface(const AMsgIn& request);
 
 }  // namespace Corvane::AgentInterfacesV3

@@ -8,7 +8,8 @@
 
 namespace Corvane::AgentInterfacesV3 {
 
-/// Holds one argument during the call: what the request says, or the value of an absent one.
+/// Holds one argument while the operation is called: the value from the request, or 0, false or
+/// empty when the request has none.
 template <class Parameter>
 class AHeldArgument {
  public:
@@ -19,6 +20,7 @@ class AHeldArgument {
     }
   }
 
+  /// The argument as the operation takes it; null when it is a pointer and the request has none.
   Parameter Get() {
     if constexpr (AParameter<Parameter>::IsNullable) {
       return m_IsGiven ? &m_Value : nullptr;
@@ -27,6 +29,7 @@ class AHeldArgument {
     }
   }
 
+  /// Moves an out argument into the answer; does nothing for an in argument.
   void StoreOut(const AInterfaceTable::AArgument& row, AMsgArguments& out) {
     if constexpr (AParameter<Parameter>::IsOut) {
       out.emplace(row.m_Name, std::move(m_Value));
@@ -40,6 +43,8 @@ class AHeldArgument {
   bool m_IsGiven = false;
 };
 
+/// Takes the arguments from the request, calls the operation and answers with its result. What the
+/// operation throws comes out of it. REQUIRES: CheckRequest has passed the request.
 template <class Skeleton, class Result, class... Parameters, std::size_t... Index>
 void CallWith(Skeleton& object, Result (Skeleton::*method)(Parameters...), const AMsgIn& request,
               [[maybe_unused]] std::span<const AInterfaceTable::AArgument> rows,
@@ -52,6 +57,8 @@ void CallWith(Skeleton& object, Result (Skeleton::*method)(Parameters...), const
   request.Reply().SetResult(result, std::move(out));
 }
 
+/// CallWith for one operation, as a plain function: CallOperation has one for each row of the
+/// table.
 template <auto Method, class Skeleton, class Result, class... Parameters>
 constexpr auto CallerOf(Result (Skeleton::*)(Parameters...)) {
   return +[](Skeleton& object, const AMsgIn& request,

@@ -11,9 +11,10 @@
 
 namespace Corvane::AgentInterfacesV3 {
 
-/// Logs that a call did not reach its operation.
+/// Logs why the call that `request` stands for did not reach its operation.
 void WarnNotDelivered(const AMsgIn& request);
 
+/// Adds an in argument to the request. Does nothing for an out argument or a null pointer.
 template <class Parameter>
 void SetIn(AMsgIn& request, const AInterfaceTable::AArgument& row,
            std::add_lvalue_reference_t<const std::remove_reference_t<Parameter>> value) {
@@ -28,6 +29,8 @@ void SetIn(AMsgIn& request, const AInterfaceTable::AArgument& row,
   }
 }
 
+/// Takes an out argument from the answer. An argument that is not there or has another type leaves
+/// `value` alone.
 template <class Parameter>
 void GetOut(const AMsgReply& reply, const AInterfaceTable::AArgument& row,
             std::add_lvalue_reference_t<Parameter> value) {

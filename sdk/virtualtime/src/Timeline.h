@@ -13,8 +13,10 @@
 
 namespace VirtualTime {
 
-/// A thread's wait, on that thread's stack; all of it under the timeline's lock.
+/// A thread's wait. It lives on that thread's stack; the timeline's lock guards all of it.
 struct ParkedWait {
+  /// Ending: a change of the clock has ended it, and its thread has yet to be woken. Released: its
+  /// thread goes on.
   enum State { Parked, Ending, Released };
 
   bool m_EndsOnClockChange = false;
@@ -29,20 +31,21 @@ struct ParkedWait {
 ///
 /// There are two clocks, in milliseconds: the steady one, which only runs, and the wall clock,
 /// which is the steady one plus an offset that steps change. Each keeps its own deadlines, so that
-/// a step moves none of them. Whoever parks last moves the clock; when the next to wake is itself,
-/// no other thread runs at all, which is what makes a year of hourly wake-ups cheap.
+/// a step moves none of them. The thread that parks last moves the clock; when the next to wake is
+/// itself, no other thread runs at all, which is what makes a year of hourly wake-ups cheap.
 class Timeline {
  public:
   enum Clock { Steady, Wall };
-  /// What comes first at one instant.
+  /// What comes first of several things that are due at the same moment.
   enum Rank { CallRank, ThreadRank, ControllerRank };
   using Lock = std::unique_lock<std::mutex>;
 
   static Timeline& Instance();
 
+  // VirtualClock describes these; times are in milliseconds unless they say otherwise.
   void Start(long wallSeconds);
   bool IsStarted() const { return m_Shown.load(std::memory_order_acquire) != RealTime; }
-  /// Before Start, the real ones.
+  /// Before Start, what the real wall clock shows.
   long WallSeconds() const;
   std::int64_t WallMilliseconds() const;
 
@@ -55,10 +58,12 @@ class Timeline {
   std::optional<long> NextDeadline() const;
   unsigned ParkedThreads() const;
 
-  /// A thread begins or ends to take part; the first on the thread that starts it.
+  /// A thread takes part from now on. The starting thread calls this, before the new one exists.
   void AddThread();
+  /// A thread takes part no longer. It calls this at its end; the starting thread calls it instead
+  /// when the new one could not be created.
   void RemoveThread();
-  /// The calling thread is one of those that AddThread counted.
+  /// The calling thread says that it is one of those that AddThread counted.
   static void NoteOwnThread();
   static bool IsOwnThread();
 
@@ -66,7 +71,8 @@ class Timeline {
 
   Lock Acquire() const { return Lock(m_Mutex); }
   std::int64_t Read(Clock clock) const { return clock == Wall ? m_Steady + m_Offset : m_Steady; }
-  /// Parks the calling thread in `wait` until Release or the deadline, and returns its result.
+  /// Parks the calling thread in `wait` until Release or the deadline, which is a reading of
+  /// `clock`, and returns the result of the wait. Gives `lock` back meanwhile.
   int Park(Lock& lock, ParkedWait& wait, Clock clock, std::int64_t deadline,
            Rank rank = ThreadRank);
   /// Ends a wait: from here on its thread counts as awake, whenever the system lets it run.

@@ -21,8 +21,8 @@ class AHost {
   /// array is only read during the call. At least 1 when subscribed, below 1 when refused.
   virtual long Subscribe(const BaseSDK::AString& subscriber, const long* codes, unsigned count) = 0;
 
-  /// Takes the notification and returns; at least 1 when taken. It is delivered later, on a thread
-  /// of the host and never on the caller's: callers hold locks that receivers take.
+  /// Takes the notification and returns; at least 1 when taken. Subscribers hear of it later, on a
+  /// thread of the host and never on the caller's: callers may hold locks that receivers take.
   virtual long PostNotification(long code, const BaseSDK::AString& text) = 0;
 
   /// The value of a key of the calling plug-in's configuration, %installdir% resolved; `fallback`

@@ -4,7 +4,8 @@
 
 namespace AgentSDK {
 
-/// A plug-in's view of the agent's plug-in management. Has no state; make one where needed.
+/// A plug-in's way to its configuration, which the agent keeps. It has no state: make one wherever
+/// it is needed.
 class APluginMgr {
  public:
   /// The value of a key of this plug-in's configuration; `fallback` when the key is not there or

@@ -4,7 +4,8 @@
 
 namespace AgentSDK {
 
-/// The agent's notifications. [any thread]
+/// A plug-in's way to the agent's notifications: a number with a text, posted by one plug-in and
+/// delivered to all that subscribed to the number. [any thread]
 struct NTracker {
   NTracker() = delete;
 
@@ -13,7 +14,7 @@ struct NTracker {
   static long Subscribe(const BaseSDK::AString& subscriber, const long* codes, unsigned count);
 
   /// Posts a notification to its subscribers. At least 1 when the host took it; negative without a
-  /// host. It is never delivered on the calling thread, so locks may be held.
+  /// host. It is never delivered on the calling thread, so the caller may hold locks.
   static long PostNotification(long code, const BaseSDK::AString& text);
 };
 

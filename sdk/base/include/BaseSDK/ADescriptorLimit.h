@@ -2,19 +2,20 @@
 
 namespace BaseSDK {
 
-/// How many descriptors the process may have open. A host raises it at its start; what it starts
-/// itself gets the original one back, for programs that close all they might have, or that use
-/// select, take long or fail with a high one. [any thread]
+/// How many descriptors the process may have open. A host raises the limit when it starts. The
+/// processes that it starts get the original limit back: a program that closes every descriptor it
+/// might have, or that uses select(2), takes long or fails with a high limit. [any thread]
 struct ADescriptorLimit {
-  /// Up to what the system allows, `most` at the most; never lowers it. Once, at the start.
+  /// Raises the limit to `most`, or to what the system allows if that is less. Never lowers it.
+  /// There is no error: ask Current() for what came of it. Call it once, at the start.
   static void Raise(unsigned long most);
 
-  /// What is in force now.
+  /// The limit in force; 2147483647 when there is none.
   static unsigned long Current();
-  /// What the process began with.
+  /// The limit that the process began with.
   static unsigned long Original();
-  /// Puts the original one in force, in a process that has just been forked: makes system calls
-  /// alone.
+  /// Puts the original limit in force again. Meant for a process that has just been forked: it
+  /// makes system calls alone.
   static void Restore();
 };
 

@@ -13,8 +13,8 @@ class AEvent {
   static constexpr int AutoReset = 0;    ///< one wait consumes the set event
   static constexpr int ManualReset = 1;  ///< the event stays set until Reset
 
-  /// What Wait returns.
-  static constexpr int TimedOut = 0;
+  // What Wait returns.
+  static constexpr int TimedOut = 0;  ///< the time was over
   static constexpr int WasSet = 1;
   static constexpr int ClockChanged = 2;  ///< the wall clock was set or the machine resumed
 

@@ -7,7 +7,7 @@ namespace BaseSDK {
 
 /// Whole files. Every routine returns a code of AResult.h, 0 for success; all may be called from
 /// any thread. They reach the system through AFileSystem only. A name that holds a zero character
-/// is EINVAL. A routine that throws, for want of memory, has changed nothing.
+/// is EINVAL. A routine that throws, because memory ran out, has changed nothing.
 struct AFile {
   /// For Rename: the target is replaced when it exists. Without it that is an error (EEXIST).
   static constexpr unsigned long ReplaceExisting = 2;
@@ -29,8 +29,8 @@ struct AFile {
   /// leading dot, the name without its extension (shortened when it would be too long), six letters
   /// or digits. A new file gets mode 0644 less the umask, a replaced one keeps its mode. On failure
   /// the temporary file is removed and the old file stands, unless only the last step failed, the
-  /// flush of the directory. A symbolic link is replaced, not followed; what is neither that nor a
-  /// regular file is refused.
+  /// flush of the directory. A symbolic link is replaced, not followed. Only a regular
+  /// file or a symbolic link can be replaced; anything else is refused.
   static unsigned long Write(const AString& name, const AString& text, const AEncoding& encoding);
 
   /// Deletes the file and flushes its directory. `flags` is 0; any other value is EINVAL.
@@ -39,9 +39,9 @@ struct AFile {
   /// `flags` is 0 or ReplaceExisting; any other value is EINVAL. Flushes the target's directory.
   static unsigned long Rename(const AString& from, const AString& to, unsigned long flags);
 
-  /// Deletes what Write leaves in `directory` when the process is killed within it: files of the
-  /// form ".stem.XXXXXX", nothing else. `removed` counts them, also on failure. Call it while
-  /// nobody writes there.
+  /// Deletes from `directory` what Write leaves there when the process is killed in the middle of
+  /// it: the files named ".stem.XXXXXX", and nothing else. `removed` counts them, also on failure.
+  /// Call it while nobody writes there.
   static unsigned long RemoveLeftovers(const AString& directory, unsigned& removed);
 };
 

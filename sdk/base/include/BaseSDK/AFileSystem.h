@@ -13,9 +13,10 @@ namespace BaseSDK {
 /// who deals with them. Paths are bytes ended by a zero. Calls come from any thread.
 class AFileSystem {
  public:
+  /// What the system knows of a file, as far as the kit needs it.
   struct Info {
     unsigned m_Mode = 0;  ///< type and permission bits, as in st_mode
-    // Which file it is, and by what it can be seen that it was changed, replaced or written to.
+    // Together these tell which file it is, and whether it was changed, replaced or written to.
     std::uint64_t m_Device = 0;
     std::uint64_t m_Number = 0;   ///< on its device
     std::uint64_t m_Size = 0;     ///< in bytes
@@ -33,20 +34,24 @@ class AFileSystem {
 
   /// `flags` and `mode` as for open(2). `fd` is -1 after a failure.
   virtual int Open(const char* path, int flags, unsigned mode, int& fd);
-  /// `got` is 0 at the end of the file.
+  /// Reads `size` bytes at most from where the descriptor stands. `got` is 0 at the end of the
+  /// file.
   virtual int Read(int fd, void* buffer, std::size_t size, std::size_t& got);
+  /// Writes `size` bytes at most where the descriptor stands. `written` may be less.
   virtual int Write(int fd, const void* data, std::size_t size, std::size_t& written);
   /// Flushes a file or, opened as one, a directory to the disk.
   virtual int Sync(int fd);
   /// The descriptor is gone also when this fails.
   virtual int Close(int fd);
+  /// Sets the permission bits of an open file, whatever the umask.
   virtual int SetMode(int fd, unsigned mode);
-  /// Of the entry itself: symbolic links are not followed.
+  /// What is known of the entry itself: symbolic links are not followed.
   virtual int GetInfo(const char* path, Info& info);
-  /// Of an open file.
+  /// The same of an open file.
   virtual int GetOpenInfo(int fd, Info& info);
   /// With `replace` false an existing target is EEXIST, checked and renamed in one step.
   virtual int Rename(const char* from, const char* to, bool replace);
+  /// Deletes the entry, as unlink(2): no directories.
   virtual int Unlink(const char* path);
 
   /// `handle` stands for the open directory; 0 after a failure.
@@ -55,13 +60,14 @@ class AFileSystem {
   virtual int ReadDirectory(unsigned long handle, const char*& name);
   virtual int CloseDirectory(unsigned long handle);
 
-  /// No call of the system's: AFile::Write tells here how its replacement of the file `path` ended,
-  /// 0 or an errno. For those who want to know that a file could not be written although the
-  /// writer's caller does not ask.
+  /// This is no call of the system. AFile::Write reports here how its replacement of the file
+  /// `path` ended: with 0 or an errno. A derived class learns in this way that a file could not be
+  /// written, even if the caller of AFile::Write ignores the result. Does nothing here.
   virtual void Replaced(const char* path, int error);
 
-  /// What the tail of a new file's name is made of: unpredictable, and another one at each call.
-  /// Stands here so that a simulation can give its files the same names every time.
+  /// The number that the tail of a new file's name is made from: unpredictable, and another one at
+  /// each call. It comes from here so that a simulation can give its files the same names each
+  /// time.
   virtual std::uint64_t UniqueNumber();
 };
 

@@ -18,8 +18,9 @@ struct ALogRecord {
   std::chrono::system_clock::time_point m_Time;
 };
 
-/// Where messages go. Write is called from any thread, by several at once, and must not log. A sink
-/// whose code lives in a plug-in must be removed before that plug-in unloads.
+/// Where messages go. ALogConfig::AddSink puts a sink into force. Write is called from any thread,
+/// by several at once, and must not log. A sink whose code lives in a plug-in must be removed
+/// before that plug-in unloads.
 class ALogSink {
  public:
   virtual ~ALogSink() = default;

@@ -27,8 +27,9 @@ class ALogger {
     return static_cast<int>(level) <= m_Level.load(std::memory_order_relaxed);
   }
 
-  /// Hands the message to every sink, whatever the level. `source` (file or module) and `line` say
-  /// where it comes from; nothing of the arguments is kept.
+  /// Hands the message to every sink, whatever its level: ask IsEnabled first, or use ALOG.
+  /// `source` (file or module) and `line` say where it comes from; nothing of the arguments is
+  /// kept.
   void Log(Level level, const AString& message, const char* source, int line);
 
   const std::string& Channel() const { return m_Channel; }

@@ -11,11 +11,12 @@ namespace BaseSDK {
 constexpr long Long32Max = 2147483647L;
 constexpr long Long32Min = -Long32Max - 1;
 
+/// The number of the signed 32-bit range that is nearest to `value`.
 constexpr long Clamp32(std::int64_t value) {
   return value > Long32Max ? Long32Max : value < Long32Min ? Long32Min : static_cast<long>(value);
 }
 
-/// The operands of these three are in the signed 32-bit range.
+/// The operands of these three are in the signed 32-bit range, and so is the result.
 constexpr long Add32(long left, long right) {
   return Clamp32(std::int64_t{left} + std::int64_t{right});
 }

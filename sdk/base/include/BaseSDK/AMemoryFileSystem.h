@@ -12,28 +12,38 @@
 
 namespace BaseSDK {
 
-/// Files in memory: a year's simulation in seconds, and nothing left of it on the disk. Regular
-/// files and the directories they lie in, no links, no permissions. Directories list their entries
-/// sorted. What is synced and what is not makes no difference. It does not put itself in force.
-/// May be used from any thread.
+/// A file system in memory, for simulations and tests: a year is simulated in seconds, and nothing
+/// is left on the disk. AFileSystem::Replace puts an object in force; it does not do that itself.
+///
+/// There are regular files and the directories they lie in, no links. Permissions are noted and
+/// never refuse anything. Directories list their entries sorted. Nothing is ever lost, synced or
+/// not. May be used from any thread.
 class AMemoryFileSystem : public AFileSystem {
  public:
+  /// For SetFreeBytes: the disk never becomes full, as at first.
   static constexpr std::size_t Unlimited = static_cast<std::size_t>(-1);
 
+  /// Makes an empty directory. Those above it need not be there; an existing one stays as it is.
   void MakeDirectory(const std::string& path);
-  /// From now on a write takes no more than this many bytes before the disk is full (ENOSPC). What
-  /// is deleted makes no room.
+  /// From now on calls of Write take so many bytes altogether; then the disk is full (ENOSPC).
+  /// Deleting files makes no room.
   void SetFreeBytes(std::size_t bytes);
-  /// EROFS for all that would change something.
+  /// While set, opening a file for writing, Rename and Unlink fail with EROFS. A descriptor that is
+  /// open for writing already still writes.
   void SetReadOnly(bool readOnly);
-  // To lay out what there is and to look at it, past the calls of AFileSystem. Paths are full; Read
-  // of a missing file is empty.
+  // These lay files out and look at them. They bypass the calls of AFileSystem and the bounds set
+  // above. Paths are full ones.
+
+  /// The entries of the directory, sorted, without "." and ".."; none when it is not there.
   std::vector<std::string> Names(const std::string& directory) const;
+  /// Whether there is a file of that path.
   bool Has(const std::string& path) const;
+  /// The content of the file; empty when it is not there.
   std::string ReadFile(const std::string& path) const;
+  /// Creates or replaces the file, with mode 0644; makes its directory when it is not there.
   void WriteFile(const std::string& path, const std::string& content);
   void RemoveFile(const std::string& path);
-  /// Descriptors and directory handles that are open: 0 whenever nobody is inside a call.
+  /// How many descriptors and directory handles are open. A test of leaks asks for 0.
   std::size_t OpenHandles() const;
 
   int Open(const char* path, int flags, unsigned mode, int& fd) override;
@@ -57,7 +67,7 @@ class AMemoryFileSystem : public AFileSystem {
     std::string m_Content;
     unsigned m_Mode = 0;
     std::uint64_t m_Number = 0;
-    std::int64_t m_Changes = 0;  ///< stands for its times
+    std::int64_t m_Changes = 0;  ///< how often it was changed; stands for its times
   };
   using FilePtr = std::shared_ptr<File>;
   struct OpenFile {
@@ -78,7 +88,7 @@ class AMemoryFileSystem : public AFileSystem {
   FilePtr Find(const std::string& path) const NOX_REQUIRES(m_Lock);
 
   mutable AMutex m_Lock;
-  /// Directory to entries.
+  /// By the path of the directory, without a slash at its end: its files by their names.
   std::map<std::string, std::map<std::string, FilePtr>> m_Directories NOX_GUARDED_BY(m_Lock);
   std::map<int, OpenFile> m_OpenFiles NOX_GUARDED_BY(m_Lock);
   std::map<unsigned long, Listing> m_Listings NOX_GUARDED_BY(m_Lock);

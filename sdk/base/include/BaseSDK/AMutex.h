@@ -13,7 +13,9 @@ class NOX_CAPABILITY("mutex") AMutex {
   AMutex(const AMutex&) = delete;
   AMutex& operator=(const AMutex&) = delete;
 
+  /// Waits until no other thread holds the lock. The calling thread must not hold it.
   void Lock() NOX_ACQUIRE() { m_Mutex.lock(); }
+  /// Does not wait; true when the lock is held now.
   bool TryLock() NOX_TRY_ACQUIRE(true) { return m_Mutex.try_lock(); }
   void Unlock() NOX_RELEASE() { m_Mutex.unlock(); }
 

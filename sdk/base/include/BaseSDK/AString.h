@@ -15,6 +15,7 @@ namespace BaseSDK {
 /// system hands out finds its file again.
 class AString {
  public:
+  /// "No such position", and "to the end" for a count.
   static constexpr std::size_t npos = std::wstring::npos;
 
   AString() = default;
@@ -25,6 +26,7 @@ class AString {
   /// `narrow` is UTF-8, ended by a zero byte.
   AString(const char* narrow);
 
+  /// The text of these bytes, zero bytes included.
   static AString FromUtf8(std::string_view bytes);
   /// The bytes that FromUtf8 read. Characters that UTF-8 cannot hold (other surrogates, values past
   /// U+10FFFF) become U+FFFD.

@@ -10,9 +10,9 @@ namespace BaseSDK {
 /// Splits a text at single characters, once, at construction.
 class AStringTokenizer {
  public:
-  /// `delimiters`: each of its characters separates. `keepEmpty` other than 0 keeps empty tokens,
-  /// so that n delimiters give n + 1 tokens. `maxTokens` above 0 keeps the first so many tokens and
-  /// drops the rest of the text.
+  /// Every character of `delimiters` separates tokens. With `keepEmpty` other than 0 empty tokens
+  /// count too, so that n delimiters give n + 1 tokens. With `maxTokens` above 0 only the first so
+  /// many tokens are kept; the rest of the text is dropped.
   AStringTokenizer(const AString& text, const AString& delimiters, int keepEmpty = 0,
                    int maxTokens = 0);
 

@@ -6,8 +6,8 @@ namespace BaseSDK {
 
 /// A thread whose body is the virtual Run. Derive, override Run, call Start.
 ///
-/// The derived class must make sure that Run has returned before its members go: this destructor
-/// comes too late for that. The thread itself is never killed.
+/// The derived class must wait for the end of Run before its own members are destroyed: the
+/// destructor of this class comes too late for that. No thread is ever killed.
 class AThread {
  public:
   AThread();
@@ -20,8 +20,9 @@ class AThread {
   /// The body, on the new thread. An exception that leaves it ends the process.
   virtual void Run() = 0;
 
-  /// False when the thread still runs or the system has none to give. May be called again after Run
-  /// has returned. One thread at a time calls Start and the destructor.
+  /// Starts the thread. False when it still runs, or when the system has no thread to give. May be
+  /// called again after Run has returned. Only one thread at a time may call Start or the
+  /// destructor.
   bool Start();
   /// From a successful Start until Run has returned; any thread may ask.
   bool IsRunning() const;

@@ -6,8 +6,9 @@ namespace BaseSDK {
 /// its threads is in the middle of anything. An AThread is at work from its Start to the end of its
 /// Run, and at rest whenever it waits in AEvent::Wait. Threads of another kind do not count.
 ///
-/// An object of this class makes the thread that holds it one at rest while it lives: for an
-/// AThread that waits in a way of its own, such as a poll.
+/// While an object of this class lives, the thread that made it counts as at rest. An AThread that
+/// waits in another way than by AEvent, such as by a poll, makes one around that wait; the same
+/// thread destroys it.
 class AThreadRest {
  public:
   AThreadRest();
@@ -16,15 +17,15 @@ class AThreadRest {
   ~AThreadRest();
 
   /// Waits until every AThread of the process is at rest or has ended, `milliseconds` at most;
-  /// false when one is still at work then. What a thread did before it came to rest is visible to
-  /// the caller, and what the caller did before is to the thread when it goes on. That may be at
-  /// once: first see to it that it finds nothing more to do. [any thread; an AThread itself never]
+  /// false when one is still at work then. Afterwards the caller sees all that those threads did
+  /// before, and they will see all that the caller did. A thread may go back to work at any moment,
+  /// so first make sure that there is nothing left for it to do. Not to be called by an AThread.
   static bool WaitForAll(unsigned long milliseconds);
 
  private:
   friend class AThread;
-  /// In the order of a thread's life: before it is created, on itself, after its end or when it
-  /// could not be created.
+  // An AThread calls these in turn: OnStart before the new thread is created, OnEnter on the new
+  // thread, OnEnd after its Run, or when the thread could not be created.
   static void OnStart();
   static void OnEnter();
   static void OnEnd();

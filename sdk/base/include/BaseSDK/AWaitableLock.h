@@ -4,7 +4,8 @@
 
 namespace BaseSDK {
 
-/// Lets a std::condition_variable_any release and take back a lock that its caller's guard holds.
+/// Lets a std::condition_variable_any release and take back a lock that a guard of the caller
+/// holds: `AMutexGuard guard(m_Lock); AWaitableLock lock(m_Lock); m_Changed.wait(lock);`
 class AWaitableLock {
  public:
   /// REQUIRES: an AMutexGuard of the caller holds `mutex`, and goes on holding it after the wait.

@@ -2,17 +2,18 @@
 
 namespace BaseSDK::Platform {
 
-/// AThread calls these so that a library which owns time (VirtualTime) knows the threads that take
-/// part. They do nothing here; such a library defines them again and is found first by the linker.
+// AThread calls these functions at the turns of a thread's life. They do nothing here. A library
+// that owns time (VirtualTime) has to know which threads take part: it defines the functions again,
+// and the linker finds those first.
 
-/// On the starting thread, before the new one is created. When that fails, OnThreadEnd follows on
-/// the same thread.
+/// Called on the starting thread, before the new one is created. If that fails, OnThreadEnd is
+/// called on the starting thread as well.
 void OnThreadStart();
 
-/// On the new thread, before its Run: from here on the thread that calls is known to take part.
+/// Called on the new thread, before its Run: from now on this thread is known to take part.
 void OnThreadEnter();
 
-/// On the ending thread, after its Run has returned and IsRunning says so.
+/// Called on the ending thread, after Run has returned and IsRunning is false.
 void OnThreadEnd();
 
 }  // namespace BaseSDK::Platform

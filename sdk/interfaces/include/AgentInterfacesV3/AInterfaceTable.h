@@ -9,14 +9,17 @@
 
 namespace Corvane::AgentInterfacesV3 {
 
-/// What an interface consists of: the single source for the decoding in the skeletons, the encoding
-/// in the proxies, the JSON form of the control socket and the page docs/interfaces.md. Tables are
-/// constants; each interface's stands in a header of its own (INoxObjectTable.h and so on).
+/// What an interface consists of: the single source for the decoding of requests in the skeletons,
+/// their encoding in the proxies, their JSON form on the control socket, and the page
+/// docs/interfaces.md. Tables are constants; each interface's stands in a header of its own
+/// (INoxObjectTable.h and so on).
 struct AInterfaceTable {
+  /// In: from the caller to the object. Out: back to the caller, with the result. InOut: both.
   enum class ADirection { In, Out, InOut };
 
+  /// One argument of an operation.
   struct AArgument {
-    std::string_view m_Name;
+    std::string_view m_Name;  ///< such as "taskId"; requests and their JSON form name it
     AMsgType m_Type;
     ADirection m_Direction;
     /// Whether a request may leave it out: a map that is handed over as a pointer is then null, any
@@ -27,8 +30,10 @@ struct AInterfaceTable {
     constexpr bool IsOut() const { return m_Direction != ADirection::In; }
   };
 
+  /// One operation of an interface: its name, what it is for, and its arguments.
   class AOperation {
    public:
+    /// No operation has more; one that needs more does not compile until this is raised.
     static constexpr std::size_t MaxArguments = 3;
 
     constexpr AOperation(std::string_view name, std::string_view summary,

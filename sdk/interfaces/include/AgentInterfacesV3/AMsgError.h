@@ -6,17 +6,17 @@
 namespace Corvane::AgentInterfacesV3 {
 
 /// Why a request was not answered with a result. The codes have the top bits 10 and lie apart from
-/// the codes of the file routines (0x8005....). Except for OperationFailed, the object that was
-/// asked has not been touched.
+/// the codes of the file routines (0x8005....). Only after OperationFailed may the object have
+/// changed: every other error comes before the operation is called.
 enum class AMsgError : std::uint32_t {
-  UnknownInterface = 0x80060001,
-  UnknownOperation = 0x80060002,
-  MissingArgument = 0x80060003,
-  MistypedArgument = 0x80060004,
-  UnexpectedArgument = 0x80060005,
-  OperationFailed = 0x80060006,
-  NoObject = 0x80060007,
-  QueueClosed = 0x80060008,
+  UnknownInterface = 0x80060001,    ///< the object does not serve the interface
+  UnknownOperation = 0x80060002,    ///< the interface has no such operation
+  MissingArgument = 0x80060003,     ///< one that is not optional is not there
+  MistypedArgument = 0x80060004,    ///< one has another type, or is out of its range
+  UnexpectedArgument = 0x80060005,  ///< the operation takes none of that name
+  OperationFailed = 0x80060006,     ///< the operation ended in an exception, or left no answer
+  NoObject = 0x80060007,            ///< no object is bound to the queue
+  QueueClosed = 0x80060008,         ///< the host has closed the queue
 };
 
 /// An error as users and other programs see it.

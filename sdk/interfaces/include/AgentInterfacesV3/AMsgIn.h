@@ -16,7 +16,8 @@ namespace Corvane::AgentInterfacesV3 {
 ///   request.Set("taskId", AString("backup"));
 ///   queue.Send(request);
 ///
-/// AInterfaceTable says which operations and arguments there are; nothing is checked here.
+/// AInterfaceTable says which operations and arguments there are. Nothing is checked here: the
+/// object does that when it answers. One thread at a time.
 class AMsgIn {
  public:
   /// `reply` is borrowed and outlives the request.
@@ -30,7 +31,8 @@ class AMsgIn {
   const AMsgArguments& Arguments() const { return m_Arguments; }
   /// Null when there is no such argument; valid until the request is changed.
   const AMsgValue* Find(std::string_view name) const;
-  /// May be written through a const request: that is how a request is answered.
+  /// Where the answer goes. A const request gives it out for writing too, because objects answer
+  /// const requests.
   AMsgReply& Reply() const { return m_Reply; }
 
  private:

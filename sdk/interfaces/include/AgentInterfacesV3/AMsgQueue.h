@@ -16,7 +16,8 @@ class AMsgIn;
 /// members are gone already.
 class AMsgQueue {
  public:
-  /// `number` is 0 or above and in use by no other queue of the process, or IsOpen() is false.
+  /// `number` is 0 or above, and no other queue of the process has it; otherwise IsOpen() is false
+  /// for good.
   explicit AMsgQueue(int number);
   AMsgQueue(const AMsgQueue&) = delete;
   AMsgQueue& operator=(const AMsgQueue&) = delete;
@@ -33,8 +34,8 @@ class AMsgQueue {
   /// when it is an error; the reply is always set. [any thread]
   long Send(const AMsgIn& request);
 
-  /// Whether the calling thread is answering a request right now, of whatever queue and whoever
-  /// has sent it: what an object does on a thread of its own is nobody's request. [any thread]
+  /// Whether the calling thread is answering a request right now, of any queue and any sender.
+  /// False on the threads that an object starts for itself. [any thread]
   static bool IsAnswering();
 
   /// From now on requests are answered with an error. Returns when none is under way any more, so
@@ -42,7 +43,7 @@ class AMsgQueue {
   void Close();
   /// As Close, but waits `milliseconds` at most; false when a request is still under way then.
   bool Close(unsigned long milliseconds);
-  /// Takes requests again, as when the object has refused to be taken down.
+  /// Takes requests again after Close, for an object that refused to be taken down.
   void Reopen();
 
  private:

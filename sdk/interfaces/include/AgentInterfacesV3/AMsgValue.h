@@ -29,11 +29,12 @@ using AMsgValue = std::variant<long, unsigned long, bool, BaseSDK::AString, AStr
 /// Arguments by name.
 using AMsgArguments = std::map<std::string, AMsgValue, std::less<>>;
 
+/// The type of the alternative that `value` holds.
 inline AMsgType TypeOf(const AMsgValue& value) {
   return static_cast<AMsgType>(value.index());
 }
 
-/// "Long", "ULong", "Bool", "String" or "StringMap".
+/// The word for the type in messages and docs: "Long", "ULong", "Bool", "String" or "StringMap".
 const char* NameOf(AMsgType type);
 
 }  // namespace Corvane::AgentInterfacesV3

@@ -27,6 +27,7 @@ class CIClient {
 
   /// Where an opening call puts the interface. REQUIRES: nothing is held yet.
   void*& Slot() { return m_Object; }
+  /// The interface, still owned by this object; null when nothing is held.
   Interface* Get() const { return static_cast<Interface*>(m_Object); }
   Interface* operator->() const { return Get(); }
   explicit operator bool() const { return m_Object != nullptr; }

@@ -5,8 +5,8 @@
 
 namespace Corvane::AgentInterfacesV3 {
 
-/// What a task handler that runs jobs tells of them; beside INoxScheduledTaskHandler, through which
-/// it is handed the tasks. [any thread]
+/// A task handler that runs jobs tells of them through this interface. It serves
+/// INoxScheduledTaskHandler as well, through which it is handed the tasks. [any thread]
 class INoxCommandHandler : public virtual INoxObject {
  public:
   /// The task's latest run since the agent started, in `run`, which is replaced:
@@ -16,15 +16,19 @@ class INoxCommandHandler : public virtual INoxObject {
   ///   "pid"               the command's process, while running
   ///   "result"            "Ok" or "Failed", when ended
   ///   "reason"            in words, when ended ("exit status 1 after 2.3 s") or waiting
-  ///   "queued"            since when the task's next run waits for the end of this one, likewise
-  ///   "skipped"           when a start was left out since the run began: the moment of the last
-  ///   "skipReason"        one, in seconds since the epoch, and why
+  ///   "queued"            since when the task's next run waits for the end of this one, in seconds
+  ///                       since the epoch; absent when none waits
+  ///   "skipped"           the last start that was left out since the run began, in seconds since
+  ///                       the epoch; absent when there was none
+  ///   "skipReason"        why it was left out, in words
   ///
-  /// 1; -1 and an empty map when no run is known. Old ended ones are forgotten.
+  /// 1; -1 and an empty map when no run is known. The oldest ended runs are forgotten.
   virtual long GetRun(const BaseSDK::AString& taskId, AStringMap& run) = 0;
-  /// 1 when the task's job can be read and run, else -1 and why not.
+  /// Looks whether the task's job can be read and run, without running it. 1; -1 when not, and
+  /// `problem` then says why, with file, line and key where there are any.
   virtual long CheckJob(const BaseSDK::AString& taskId, BaseSDK::AString& problem) = 0;
 
+  /// The identifier of this interface, as CIGetObjectInterface takes it.
   static const BaseSDK::AGuid& GetIID();
 
  protected:

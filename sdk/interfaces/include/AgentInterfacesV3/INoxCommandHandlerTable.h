@@ -4,6 +4,7 @@
 
 namespace Corvane::AgentInterfacesV3 {
 
+/// The operations of INoxCommandHandler in slot order; INoxCommandHandler.h tells callers of them.
 inline constexpr AInterfaceTable::AOperation INoxCommandHandlerOperations[] = {
     {"GetRun",
      "Tells of a task's latest run since the agent started. `run` holds \"state\" (\"running\", "
@@ -22,6 +23,7 @@ inline constexpr AInterfaceTable::AOperation INoxCommandHandlerOperations[] = {
       {"problem", AMsgType::String, AInterfaceTable::ADirection::Out, false}}},
 };
 
+/// The interface INoxCommandHandler itself, as AInterfaceTable::Find gives it.
 inline constexpr AInterfaceTable INoxCommandHandlerTable = {
     "INoxCommandHandler", "{5D1F6B0A-94C7-4E0B-8A35-6E2B7F91C005}", &INoxObjectTable,
     INoxCommandHandlerOperations};

@@ -11,6 +11,8 @@ class INoxCommandHandler_impl : public virtual INoxObject_impl {
   INoxCommandHandler_impl();
   ~INoxCommandHandler_impl() override;
 
+  /// Answers requests for this interface, and hands those for the interfaces it derives from on to
+  /// their skeletons.
   long CallMethod(const AMsgIn* request) override;
 
   virtual long GetRun(const BaseSDK::AString& taskId, AStringMap& run) = 0;

@@ -4,6 +4,7 @@
 
 namespace Corvane::AgentInterfacesV3 {
 
+/// The operations of INoxObject in slot order; INoxObject.h tells callers of them.
 inline constexpr AInterfaceTable::AOperation INoxObjectOperations[] = {
     {"ObjectDebugInfo",
      "Gives a short report of the object's state, for people. The result is 1.",
@@ -16,6 +17,7 @@ inline constexpr AInterfaceTable::AOperation INoxObjectOperations[] = {
       {"text", AMsgType::String, AInterfaceTable::ADirection::In, false}}},
 };
 
+/// The interface INoxObject itself, as AInterfaceTable::Find gives it.
 inline constexpr AInterfaceTable INoxObjectTable = {
     "INoxObject", "{5D1F6B0A-94C7-4E0B-8A35-6E2B7F91C001}", nullptr, INoxObjectOperations};
 

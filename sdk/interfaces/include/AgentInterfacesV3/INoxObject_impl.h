@@ -34,8 +34,8 @@ class INoxObject_impl : public virtual AMsgQueueServer {
   /// Overwrites `report` with a short report of the object's state; 1.
   virtual int ObjectDebugInfo(BaseSDK::AString& report) = 0;
 
-  /// An event of the agent's life. `code` is used by kind 10 alone, a notification subscribed to;
-  /// `text` is then its data, for kinds 4 to 7 the name of a plug-in. 0.
+  /// Hears of an event in the agent's life. INoxObject.h lists the kinds, and what `code` and
+  /// `text` mean with each. 0.
   virtual int NotifyObject(long kind, long code, const BaseSDK::AString& text) = 0;
 };
 

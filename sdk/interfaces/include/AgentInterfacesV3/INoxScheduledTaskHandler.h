@@ -4,7 +4,8 @@
 
 namespace Corvane::AgentInterfacesV3 {
 
-/// A handler's answer to a batch that it will not run.
+/// A handler answers this to a batch when the scheduler is not to record "Ok": it will not run the
+/// tasks, or it reports each task's state itself, by SetRunState, when the run has ended.
 constexpr long TASK_HANDLER_DECLINED = -10000;
 
 /// An object that runs tasks, as the scheduler sees it. A batch holds one entry per due task, in
@@ -15,12 +16,14 @@ constexpr long TASK_HANDLER_DECLINED = -10000;
 /// They hold up every other task, so a handler starts its work and returns.
 class INoxScheduledTaskHandler : public virtual INoxObject {
  public:
-  /// TASK_HANDLER_DECLINED when declined; any other result, negative ones included, when accepted.
+  /// Runs the tasks of `batch`. TASK_HANDLER_DECLINED when declined; any other result, negative
+  /// ones included, means accepted, and the scheduler records "Ok" for every task of the batch.
   virtual long RunTasks(const BaseSDK::AString& batch) = 0;
-  /// Asked first. Above 0 when accepted, TASK_HANDLER_DECLINED when declined; with any other result
-  /// the batch is handed to RunTasks.
+  /// The scheduler asks this before RunTasks. Above 0 when accepted, TASK_HANDLER_DECLINED when
+  /// declined; with any other result the scheduler hands the batch to RunTasks.
   virtual long RunTasksEx(const BaseSDK::AString& batch) = 0;
 
+  /// The identifier of this interface, as CIGetObjectInterface takes it.
   static const BaseSDK::AGuid& GetIID();
 
  protected:

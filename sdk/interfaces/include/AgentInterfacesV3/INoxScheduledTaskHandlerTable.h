@@ -4,6 +4,8 @@
 
 namespace Corvane::AgentInterfacesV3 {
 
+/// The operations of INoxScheduledTaskHandler in slot order; INoxScheduledTaskHandler.h tells
+/// callers of them.
 inline constexpr AInterfaceTable::AOperation INoxScheduledTaskHandlerOperations[] = {
     {"RunTasks",
      "Runs the tasks of `batch`; asked when RunTasksEx gave 0 or less. The result is -10000 when "
@@ -15,6 +17,7 @@ inline constexpr AInterfaceTable::AOperation INoxScheduledTaskHandlerOperations[
      {{"batch", AMsgType::String, AInterfaceTable::ADirection::In, false}}},
 };
 
+/// The interface INoxScheduledTaskHandler itself, as AInterfaceTable::Find gives it.
 inline constexpr AInterfaceTable INoxScheduledTaskHandlerTable = {
     "INoxScheduledTaskHandler", "{5D1F6B0A-94C7-4E0B-8A35-6E2B7F91C004}", &INoxObjectTable,
     INoxScheduledTaskHandlerOperations};

@@ -11,6 +11,8 @@ class INoxScheduledTaskHandler_impl : public virtual INoxObject_impl {
   INoxScheduledTaskHandler_impl();
   ~INoxScheduledTaskHandler_impl() override;
 
+  /// Answers requests for this interface, and hands those for the interfaces it derives from on to
+  /// their skeletons.
   long CallMethod(const AMsgIn* request) override;
 
   virtual long RunTasks(const BaseSDK::AString& batch) = 0;

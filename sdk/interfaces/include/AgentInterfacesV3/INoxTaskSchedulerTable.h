@@ -4,6 +4,7 @@
 
 namespace Corvane::AgentInterfacesV3 {
 
+/// The operations of INoxTaskScheduler in slot order; INoxTaskScheduler.h tells callers of them.
 inline constexpr AInterfaceTable::AOperation INoxTaskSchedulerOperations[] = {
     {"AddTask",
      "Adds a task, or replaces the document of an existing one and keeps its history. An empty "
@@ -53,6 +54,7 @@ inline constexpr AInterfaceTable::AOperation INoxTaskSchedulerOperations[] = {
       {"enable", AMsgType::Bool, AInterfaceTable::ADirection::In, false}}},
 };
 
+/// The interface INoxTaskScheduler itself, as AInterfaceTable::Find gives it.
 inline constexpr AInterfaceTable INoxTaskSchedulerTable = {
     "INoxTaskScheduler", "{5D1F6B0A-94C7-4E0B-8A35-6E2B7F91C003}", &INoxVeskClientAgentTable,
     INoxTaskSchedulerOperations};

@@ -10,6 +10,8 @@ class INoxTaskScheduler_impl : public virtual INoxVeskClientAgent_impl {
   INoxTaskScheduler_impl();
   ~INoxTaskScheduler_impl() override;
 
+  /// Answers requests for this interface, and hands those for the interfaces it derives from on to
+  /// their skeletons.
   long CallMethod(const AMsgIn* request) override;
 
   virtual long AddTask(const BaseSDK::AString& taskId, const BaseSDK::AString& taskXml,

@@ -4,6 +4,8 @@
 
 namespace Corvane::AgentInterfacesV3 {
 
+/// The operations of INoxVeskClientAgent in slot order; INoxVeskClientAgent.h tells callers of
+/// them.
 inline constexpr AInterfaceTable::AOperation INoxVeskClientAgentOperations[] = {
     {"AgentStart", "The agent has started. The result is 1.", {}},
     {"AgentStop", "The agent is about to stop. The result is 1.", {}},
@@ -17,6 +19,7 @@ inline constexpr AInterfaceTable::AOperation INoxVeskClientAgentOperations[] = {
     {"AgentUpgrade", "The agent has been upgraded. The result is 0.", {}},
 };
 
+/// The interface INoxVeskClientAgent itself, as AInterfaceTable::Find gives it.
 inline constexpr AInterfaceTable INoxVeskClientAgentTable = {
     "INoxVeskClientAgent", "{5D1F6B0A-94C7-4E0B-8A35-6E2B7F91C002}", &INoxObjectTable,
     INoxVeskClientAgentOperations};

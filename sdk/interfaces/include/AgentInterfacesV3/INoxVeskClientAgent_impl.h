@@ -4,12 +4,15 @@
 
 namespace Corvane::AgentInterfacesV3 {
 
-/// The skeleton of INoxVeskClientAgent, an object's part in the agent's life.
+/// The skeleton of INoxVeskClientAgent, for objects that want to hear of the agent's life.
+/// INoxVeskClientAgent.h says when each operation is called.
 class INoxVeskClientAgent_impl : public virtual INoxObject_impl {
  public:
   INoxVeskClientAgent_impl();
   ~INoxVeskClientAgent_impl() override;
 
+  /// Answers requests for this interface, and hands those for the interfaces it derives from on to
+  /// their skeletons.
   long CallMethod(const AMsgIn* request) override;
 
   virtual int AgentStart() = 0;

@@ -13,7 +13,7 @@ namespace VirtualTime {
 ///
 /// Taking part are every BaseSDK::AThread, from Start until its Run has returned, and any other
 /// thread while it is inside Sleep or AEvent::Wait. Parked is a thread in such a wait; one that
-/// blocks on a mutex, a file or a join is not, and holds the time.
+/// blocks on a mutex, a file or a join is not parked, and keeps the clock from moving.
 ///
 /// The controller is the thread that called Start, RunUntil or RunFor last. The clock moves only
 /// while the controller is inside RunUntil, RunFor, Sleep (or `select`) or AEvent::Wait, and stands
@@ -31,6 +31,7 @@ namespace VirtualTime {
 /// they say otherwise.
 class VirtualClock {
  public:
+  /// The one clock of the process.
   static VirtualClock& Instance();
 
   VirtualClock(const VirtualClock&) = delete;
@@ -61,8 +62,8 @@ class VirtualClock {
   /// AEvent::ClockChanged. Other waits with a skew behaviour keep their deadline on the wall clock,
   /// so a step past it ends them. Plain waits, Sleep and RunFor do not notice.
   void StepWallClock(long seconds);
-  /// The machine slept for that long: the wall clock is later by it, the steady clock is not. Waits
-  /// fare as with StepWallClock.
+  /// As if the machine had slept for that long: the wall clock is later by it, the steady clock is
+  /// not. Waits end or go on as with StepWallClock.
   void Suspend(long seconds);
 
   /// Has `call` made on the controller's thread when the wall clock gets to `wallSeconds`, or at
@@ -73,9 +74,10 @@ class VirtualClock {
   /// Parks the calling thread for that long on the steady clock.
   void Sleep(std::int64_t milliseconds);
 
-  /// When the first of the parked threads will wake by itself: the second that the wall clock will
-  /// show then. RunUntil and At do not count.
+  /// When the first of the parked threads will wake by itself, as the wall clock will show it;
+  /// nothing when none has a deadline. RunUntil, RunFor and At do not count.
   std::optional<long> NextDeadline() const;
+  /// How many threads are parked now; the controller inside RunUntil or RunFor does not count.
   unsigned ParkedThreads() const;
 
  private:

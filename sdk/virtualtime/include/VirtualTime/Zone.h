@@ -5,9 +5,9 @@
 
 namespace VirtualTime {
 
-/// The process's time zone, for as long as this lives; the earlier one returns with its end. Best a
-/// rule such as `CET-1CEST,M3.5.0,M10.5.0/3`, which needs no zone files. No other thread may work
-/// with local time while a Zone begins or ends, for the environment is changed.
+/// Sets the time zone of the process (TZ) for as long as the object lives; afterwards the earlier
+/// one is back. A rule such as `CET-1CEST,M3.5.0,M10.5.0/3` is best, for it needs no zone files. No
+/// other thread may work with local time while a Zone begins or ends: it changes the environment.
 class Zone {
  public:
   explicit Zone(const char* tz);
