@@ -12,15 +12,15 @@
 
 namespace NoxAgent {
 
-/// What the agent can be asked, as plain calls. Each one is a request to its control socket, or one
-/// for each ID; docs of the requests: docs/http.md.
+/// The agent as noxctl sees it: plain calls, each of which sends a request to the control socket,
+/// or one request for each ID. docs/http.md describes the requests.
 ///
-/// All texts are UTF-8. Every call ends in a CommandError when the agent cannot be reached
-/// (Unreachable) or answers with an error, its message in the exception: Usage when the agent finds
-/// fault with what it was given (an ID, a document, a state), else Failed. An answer that is none
-/// of the agent's is a JsonError.
+/// All texts are UTF-8. Every call throws CommandError when the agent cannot be reached
+/// (Unreachable) or answers with an error. That one has the agent's message; it is Usage when the
+/// agent finds fault with what it was given (an ID, a document, a state), else Failed. An answer
+/// that does not come from an agent throws JsonError.
 ///
-/// Calls in a row share a connection.
+/// Calls in a row share a connection. One thread at a time.
 class AgentApi {
  public:
   explicit AgentApi(std::string socketPath) : m_SocketPath(std::move(socketPath)) {}
@@ -30,16 +30,18 @@ class AgentApi {
     /// What is wrong with the task's job, a sentence each.
     std::vector<std::string> m_JobWarnings;
   };
-  /// `force` has the agent take a document that never runs.
+  /// Adds the task, or replaces the one of this ID. With `force` the agent takes also a document
+  /// that never runs.
   AddedTask AddTask(const std::string& id, const std::string& xml, bool force);
   std::vector<std::string> TaskIds();  ///< in alphabetical order
-  /// Nothing when there is no such task, or when it cannot be a task's ID.
+  /// The task's document; nothing when there is no such task, or when `id` cannot be a task's ID.
   std::optional<std::string> TaskXml(const std::string& id);
-  /// The same for many, and far quicker than one by one.
+  /// The same for many IDs, in their order; far quicker than one by one.
   std::vector<std::optional<std::string>> TaskXmls(const std::vector<std::string>& ids);
-  /// The scheduler's report on a task (t0, t1 and so on); nothing when it does not hold the task,
-  /// or when that cannot be a task's ID.
+  /// Keys and values, both texts.
   using Attributes = std::map<std::string, std::string>;
+  /// The scheduler's report on a task (t0, t1 and so on); nothing when it does not hold the task in
+  /// memory, or when `id` cannot be a task's ID.
   std::optional<Attributes> TaskAttributes(const std::string& id);
   std::vector<std::optional<Attributes>> TaskAttributes(const std::vector<std::string>& ids);
   /// The next three are false when there is no such task; EnableTask also when nothing changed.
@@ -51,24 +53,28 @@ class AgentApi {
   /// of INoxCommandHandler); nothing when it knows of none, or cannot be asked.
   std::optional<Attributes> LatestRun(const std::string& id);
   std::vector<std::optional<Attributes>> LatestRuns(const std::vector<std::string>& ids);
-  /// What is no task: {"refused": [...], "strays": [...]}.
+  /// Which files are not tasks: {"refused": [...], "strays": [...]}.
   Json Files();
-  /// Adds a refused file as a task; its ID.
+  /// Adds a refused file as a task and returns its ID.
   std::string TakeBackFile(const std::string& name);
-  /// `from` is "refused" or "tasks".
+  /// Removes a file that is no task. `from` is "refused" or "tasks", the part of Files() that lists
+  /// it.
   void RemoveFile(const std::string& name, const std::string& from);
 
-  /// With the IDs of all tasks only when asked.
+  /// The agent's status (GET /v1/status); with the IDs of all tasks when asked.
   Json Status(bool withTasks = false);
   /// The names of files that are no tasks, each with the reason: those that were refused and those
   /// that lie among the task files. Empty also when the agent does not tell.
   std::vector<std::pair<std::string, std::string>> FilesThatAreNoTasks();
-  /// "notInEffect" in it lists what takes effect at the agent's next start.
+  /// Has the agent carry out a policy refresh. "notInEffect" in the answer lists what takes effect
+  /// at its next start.
   Json Refresh();
+  /// Has the agent tell its plug-ins of an event (NotifyObject), as administrators and tests ask it
+  /// to.
   void Notify(long kind, long code, const std::string& text);
 
-  /// Hands over each of the agent's notifications, as the agent wrote it, until `next` returns
-  /// false or the agent ends. `opened` is called once, when no notification can be missed any more.
+  /// Hands each notification to `next`, as the agent wrote it, until `next` returns false or the
+  /// agent ends. `opened` is called once, as soon as no notification can be missed any more.
   void Follow(const std::function<void()>& opened, const std::function<bool(const Json&)>& next);
 
  private:

@@ -1,4 +1,4 @@
-// The whole of noxctl but its process: arguments in, texts and an exit code out.
+// All of noxctl but its process, so that tests can run it too.
 #pragma once
 
 #include <istream>
@@ -8,7 +8,8 @@
 
 namespace NoxAgent {
 
-/// `arguments` are those behind the program's name. Returns one of the numbers of ExitCode.
+/// Runs the command that `arguments` ask for, the words behind the program's name. Returns one of
+/// the numbers of ExitCode.
 int RunClient(const std::vector<std::string>& arguments, std::istream& in, std::ostream& out,
               std::ostream& err);
 

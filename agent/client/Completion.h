@@ -1,5 +1,5 @@
-// What may stand next on a command line of noxctl: the shells' completions ask for it, so that no
-// list of commands and options has to be kept for each of them.
+// Tells what may stand next on a command line of noxctl. The shells' completions ask for it, so no
+// shell needs a list of commands and options of its own.
 #pragma once
 
 #include "agent/client/CommandContext.h"
@@ -14,9 +14,10 @@ namespace NoxAgent {
 constexpr const char* CompletionCommand = "__complete";
 
 /// Prints what the last of `words` may become, a line each; of "--option=VALUE" the value alone.
-/// The lines ":files" and ":directories" stand for those that the shell finds. `words` are those
-/// behind the program's name up to the cursor; the last one may be empty, and the agent is looked
-/// for by the others. Nothing comes of words that nobody could mean, or when no agent answers.
+/// The lines ":files" and ":directories" stand for the names that the shell finds. `words` are
+/// those behind the program's name up to the cursor; the last one may be empty. The other words may
+/// hold options that say which agent to ask for task IDs. Prints nothing for words that make no
+/// sense, and no IDs when no agent answers.
 void Complete(const CommandLine& line, const std::vector<std::string>& words,
               CommandContext& context);
 

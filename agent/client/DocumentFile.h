@@ -9,8 +9,8 @@
 namespace NoxAgent {
 
 /// The text of the file, or of `standardInput` when `name` is "-". A document that is too large is
-/// cut just behind the largest size, so that the checker says so. CommandError (Usage) when it
-/// cannot be read.
+/// cut just behind the largest size, so that the check of the document finds it too large. Throws
+/// CommandError (Usage) when it cannot be read.
 BaseSDK::AString ReadDocument(const std::string& name, std::istream& standardInput);
 
 }  // namespace NoxAgent

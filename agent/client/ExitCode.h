@@ -14,10 +14,11 @@ enum class ExitCode : int {
   Unreachable = 3,  ///< no agent answers
 };
 
-/// Ends a command. What() is one line: what went wrong, and what to do about it.
+/// Ends a command with this exit code. what() is one line: what went wrong, and what to do about
+/// it.
 class CommandError : public std::runtime_error {
  public:
-  /// Where in a task document.
+  /// A place in a task document; both count from 1.
   struct Place {
     long m_Line = 0;
     long m_Column = 0;
@@ -28,7 +29,8 @@ class CommandError : public std::runtime_error {
       : std::runtime_error(message), m_Code(code), m_Name(std::move(name)), m_Place(place) {}
 
   ExitCode Code() const { return m_Code; }
-  /// For programs: the agent's code ("bad-task-id") when it gave one, else by the exit code.
+  /// What programs know the error by: the agent's code, such as "bad-task-id", if it gave one; else
+  /// a word for the exit code.
   std::string Name() const;
   const std::optional<Place>& InDocument() const { return m_Place; }
 

@@ -19,13 +19,14 @@ class Explanation {
  public:
   using Gate = LiveTask::Gate;
 
-  /// The words come from the document, what is due and what comes next from `facts`, which are of
-  /// this document. `live`: what the agent knows, for a task of an agent's; BeginAsAgent made the
-  /// request for the facts then. Local time (TZ).
+  /// The words of the rules come from the document `task`; `facts`, which are about the same
+  /// document, tell what is due and what comes next. `live` is what the agent knows, for a task of
+  /// an agent; the request for the facts must then have come from BeginAsAgent. All times are local
+  /// (TZ).
   Explanation(const SimulationRequest::Document& task, const TaskFacts& facts, Gate gate,
               const std::optional<LiveTask>& live = {});
 
-  /// One sentence or two a line.
+  /// All sentences, one or two on a line.
   void Print(std::ostream& out) const;
   Json ToJson() const;
 

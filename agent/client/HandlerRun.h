@@ -23,18 +23,19 @@ struct HandlerRun {
   std::string m_SkipReason;
 
   bool IsUnderWay() const { return m_Phase != Phase::Ended; }
-  /// Why the task's last run has a state, other than "Ok", that it was left with: why the start was
-  /// left out for "Skipped", how the run ended otherwise. Empty when that is not known.
+  /// Why the task's last run was left with `state`, a state other than "Ok": for "Skipped" why the
+  /// start was left out, otherwise how the run ended. Empty when that is not known.
   std::string ReasonAgainst(const std::string& state) const;
-  /// What there is to know of it, a sentence each; none of a run that ended with "Ok". Local time.
+  /// What there is to say of the run, a sentence each; none for a run that ended with "Ok". Local
+  /// time (TZ).
   std::vector<std::string> Sentences() const;
 };
 
-/// From the answer of the operation GetRun; nothing when there is none, or no state that is known.
+/// Reads the answer of GetRun; nothing when there is none, or when its state is not one of these.
 std::optional<HandlerRun> ReadHandlerRun(
     const std::optional<std::map<std::string, std::string>>& answer);
 
-/// Null for nothing. The members are described in docs/json.md.
+/// The run as noxctl prints it; docs/json.md describes the members. JSON's null for nothing.
 Json ToJson(const std::optional<HandlerRun>& run);
 
 }  // namespace NoxAgent

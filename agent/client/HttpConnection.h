@@ -7,6 +7,7 @@
 
 namespace NoxAgent {
 
+/// An answer: its HTTP status and its whole body.
 struct HttpResponse {
   unsigned m_Status = 0;
   std::string m_Body;
@@ -14,8 +15,8 @@ struct HttpResponse {
 
 /// HTTP/1.1 requests over a Unix socket, one after the other on one connection.
 ///
-/// Every failure to reach the other side or to get a whole answer from it within half a minute is a
-/// CommandError with ExitCode::Unreachable. One thread an object.
+/// When the other side cannot be reached, or does not give a whole answer within half a minute,
+/// every operation throws CommandError (Unreachable). One thread at a time.
 class HttpConnection {
  public:
   /// Connects.
@@ -24,17 +25,20 @@ class HttpConnection {
   HttpConnection(const HttpConnection&) = delete;
   HttpConnection& operator=(const HttpConnection&) = delete;
 
-  /// Whether another request can be sent: the agent closes a connection behind some answers, and
-  /// when nothing is asked for a while. At first it can.
+  /// Whether another request can be sent. The agent closes a connection after some answers, and
+  /// when nothing is asked for a while. True at first.
   bool IsOpen() const;
 
-  /// These and the others REQUIRE: IsOpen().
+  // All of these REQUIRE: IsOpen().
+
+  /// `target` is path and query.
   HttpResponse Get(const std::string& target);
   HttpResponse Post(const std::string& target, const std::string& body);
 
-  /// Sends a request for each of the bodies before it reads the first answer: together they are to
-  /// fit into a socket's buffer. The answers in order, at least one; fewer than the bodies when the
-  /// agent closes the connection behind the last of them, and it has not looked at the rest then.
+  /// Sends a request for each of the bodies before it reads the first answer, so together they must
+  /// fit into a socket's buffer. Returns the answers in order, at least one. There are fewer
+  /// answers than bodies when the agent closes the connection; it has not looked at the other
+  /// requests then.
   std::vector<HttpResponse> PostAll(const std::string& target,
                                     const std::vector<std::string>& jsons);
 

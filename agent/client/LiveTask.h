@@ -11,11 +11,12 @@ namespace NoxAgent {
 
 /// What a running agent knows of one of its tasks, beside the task's document.
 struct LiveTask {
+  /// Whether the scheduler runs tasks; Assumed: the agent does not tell, and it is taken to do so.
   enum class Gate { Open, Closed, Assumed };
 
-  Gate m_Gate = Gate::Assumed;  ///< Assumed: the agent does not tell
-  std::string m_Zone;           ///< the agent's, as its TZ names it; empty: it does not tell
-  std::string m_ZoneName;       ///< the same for people
+  Gate m_Gate = Gate::Assumed;
+  std::string m_Zone;      ///< the agent's, as its TZ names it; empty: it does not tell
+  std::string m_ZoneName;  ///< the same for people
   /// When the scheduler reads its task files next, at the latest; nothing: within the hour.
   std::optional<long> m_Reading;
   /// The task as the scheduler has it; nothing when it has not read the task's file yet.
@@ -30,10 +31,10 @@ struct LiveTask {
 
 LiveTask ReadLiveTask(AgentApi& agent, const std::string& id);  ///< as it is now
 
-/// Has the simulation of the request's one task begin as the agent's scheduler is, and look at
-/// `moment`. A moment that has passed is looked at with the document alone. A task whose file the
-/// scheduler has not read yet is looked at when that is done, if this is later. A run that is under
-/// way is taken to end with "Ok".
+/// Sets up the request, which has one task, so that the simulation begins in the state in which the
+/// agent's scheduler is and looks at `moment`. For a moment that has passed it goes by the document
+/// alone. If the scheduler has not read the task's file yet, the simulation looks no earlier than
+/// when it does. A run under way is taken to end with "Ok".
 void BeginAsAgent(const LiveTask& task, long moment, SimulationRequest& request);
 
 }  // namespace NoxAgent

@@ -9,8 +9,8 @@ namespace NoxAgent {
 
 /// The rule of a trigger in words, and why a day is one of its days or not.
 ///
-/// This is the schedule told from the document, in sentences. When a task really runs is the
-/// scheduler's to say; tests hold the two against each other.
+/// The sentences tell the schedule as the document has it. Only the scheduler says when a task
+/// really runs; tests compare the two.
 class RuleWords {
  public:
   explicit RuleWords(const TriggerFields& trigger);
@@ -27,8 +27,8 @@ class RuleWords {
   /// "It begins at 2005-03-01 08:00:00 +0100 and has no end."; empty unless dated.
   std::string Span() const;
 
-  /// Why the local day of `moment` is none of its days, one reason an entry: empty when it is one.
-  /// REQUIRES: IsDated().
+  /// Why the local day of `moment` is not a day of the rule, one reason an entry; empty when it is
+  /// one. REQUIRES: IsDated().
   std::vector<std::string> ReasonsAgainst(long moment) const;
   /// Why no start of its rule comes at or after the moment, so that it fires no more (or once, when
   /// the task never ran); empty when there may be one.

@@ -7,16 +7,17 @@
 
 namespace NoxAgent {
 
-/// Months with the number of runs of each day.
+/// Prints months like a wall calendar, with the number of runs on each day.
 ///
 /// Weeks begin on Sunday, as those of weekly triggers do. Local time (TZ).
 class RunCalendar {
  public:
-  /// The days from that of `from` to that of `to`, in seconds since the epoch.
+  /// Shows the days from that of `from` to that of `to`, both in seconds since the epoch.
   RunCalendar(long from, long to) : m_From(from), m_To(to) {}
 
+  /// Counts a run, in seconds since the epoch.
   void Add(long run);
-  /// A dot stands for no run; days outside the span have no number of runs at all.
+  /// A dot stands for a day without runs; days outside the span have neither number nor dot.
   void Print(std::ostream& out) const;
 
  private:

@@ -11,6 +11,7 @@
 
 namespace NoxAgent {
 
+/// Something that happened to a task, as `noxctl watch` tells it.
 struct RunEvent {
   enum class Kind { Started, Finished, Added, Deleted };
 
@@ -22,7 +23,9 @@ struct RunEvent {
   std::optional<std::chrono::milliseconds> m_Took;  ///< of Finished, when the start can be read
 };
 
-/// Turns the agent's notifications into the story of the runs: started, finished, how and how long.
+/// Makes the story of the runs from the agent's notifications: which started, which finished, with
+/// which state and after how long. The caller reads a task's document when a notification names it,
+/// and hands it over.
 class RunWatcher {
  public:
   using Clock = std::chrono::system_clock;
@@ -30,10 +33,11 @@ class RunWatcher {
   /// Remembers a task's run from before, so that it is not told again.
   void Know(const std::string& task, const std::string& taskXml);
 
-  /// A task's document was changed: what happened to its run, in order. A run may be over before
-  /// anyone looked: its start and its end are then told together.
+  /// A task's document was changed at `now`: returns what happened to its run, in order. A run may
+  /// be over before anyone looks; then its start and its end are told together.
   std::vector<RunEvent> Changed(const std::string& task, const std::string& taskXml,
                                 Clock::time_point now);
+  /// The task was deleted.
   void Forget(const std::string& task) { m_Known.erase(task); }
 
  private:

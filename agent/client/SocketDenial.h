@@ -5,8 +5,8 @@
 
 namespace NoxAgent {
 
-/// In words, for one line: who may use the socket and how to become one of them. Where the socket
-/// itself cannot be seen, its directory tells.
+/// For one line of an error message: who may use the socket and how to become one of them. Where
+/// the socket itself cannot be looked at, it goes by its directory.
 std::string SocketDenialHint(const std::string& socketPath);
 
 }  // namespace NoxAgent

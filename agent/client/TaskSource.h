@@ -11,19 +11,19 @@
 
 namespace NoxAgent {
 
-/// Reads a file, or standard input for "-". The task's ID is the file's name without its extension,
-/// "task" for standard input. CommandError (Usage) when it cannot be read, is no task document, or
-/// its name is no task ID.
+/// Reads a task document from a file, or from standard input for "-". The task's ID is the file's
+/// name without its extension, and "task" for standard input. Throws CommandError (Usage) when the
+/// file cannot be read or is no task document, or when its name is no task ID.
 SimulationRequest::Document ReadTaskFile(const std::string& file, const CommandContext& context);
 
-/// The task that a command is about.
+/// The task that a command is about: a file's, or one of the agent's.
 struct TaskSource {
   SimulationRequest::Document m_Document;
-  std::optional<LiveTask> m_Live;  ///< of a task of the agent's
+  std::optional<LiveTask> m_Live;  ///< what the agent knows of it; nothing for a file
 };
 
-/// `name` is a file if there is one of that name or it holds a slash; else it is the ID of one of
-/// the agent's tasks.
+/// Finds the task. `name` means a file when there is one of that name or when it holds a slash;
+/// otherwise it is the ID of one of the agent's tasks.
 TaskSource FindTask(const std::string& name, const CommandContext& context);
 
 }  // namespace NoxAgent

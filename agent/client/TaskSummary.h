@@ -20,16 +20,17 @@ struct RunEntry {
 /// Nothing when the document has no run entry.
 std::optional<RunEntry> ReadRunEntry(const std::string& taskXml);
 
-/// Whether the scheduler's last run (t3, seconds since the epoch) is later than the one that the
-/// document, read after it, tells of: it could not be written. This process's zone must be the
-/// agent's.
+/// Whether the scheduler's last run (t3, in seconds since the epoch) is later than the run in the
+/// document, which was read after that: then the last run could not be written to the file. This
+/// process's zone must be the agent's.
 bool IsUnrecorded(long lastRun, const std::optional<RunEntry>& recorded);
 
 /// One task at a glance, put together from its document and the scheduler's report.
 struct TaskSummary {
   std::string m_Id;
   bool m_Enabled = true;
-  /// A start that the handler left out, which the document tells as a run, is not one here.
+  /// The document has a run entry also for a start that the handler left out; that is not shown
+  /// here.
   std::optional<RunEntry> m_LastRun;
   bool m_Recorded = true;  ///< false: the last run could not be written, and its state is not known
   bool m_Loaded = false;   ///< the scheduler holds it in memory; what follows is known only then
@@ -37,9 +38,11 @@ struct TaskSummary {
   bool m_Late = false;     ///< it became due later than planned and has not reported back yet
 };
 
+/// The scheduler's attributes of a task; nothing when it does not hold the task in memory.
 using TaskReport = std::optional<std::map<std::string, std::string>>;
 
-/// The document must have been read after the report. This process's zone must be the agent's.
+/// Puts the summary together. The document must have been read after the report. This process's
+/// zone must be the agent's.
 TaskSummary Summarize(const std::string& id, const std::string& taskXml, const TaskReport& report,
                       const std::optional<HandlerRun>& run = {});
 

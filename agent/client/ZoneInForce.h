@@ -5,13 +5,15 @@
 
 namespace NoxAgent {
 
-/// The time zone that a command about one task works in: the one given with --zone; else, for a
-/// task of an agent's, the agent's; else that of the machine. In force as ChosenZone is.
+/// Chooses the time zone for a command about one task: the one given with --zone; without that, for
+/// a task of an agent, the agent's; otherwise the zone of the machine. The zone is in force while
+/// the object lives, as for ChosenZone.
 class ZoneInForce {
  public:
   ZoneInForce(const std::string& option, const std::optional<LiveTask>& task);
 
-  /// A sentence on how it differs from the agent's zone or from the client's; empty when neither.
+  /// A sentence on how the zone differs from the agent's or from the client's own; empty when it
+  /// does not.
   const std::string& Note() const { return m_Note; }
 
  private:

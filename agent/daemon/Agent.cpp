@@ -70,7 +70,7 @@ void Agent::Start() {
   m_Lifecycle.LoadAll(m_Settings);
   m_Server = std::make_unique<ControlServer>(m_Socket.Fd(), PeerCheck(m_Socket.Group()), m_Api,
                                              m_Notifications);
-  m_Server->Start();  // not before m_Server is there for what is asked
+  m_Server->Start();  // only now: a request for the status reads m_Server
   ALOG(AgentLog(), ALogger::Information, Source,
        AString("Serving requests on %1").Arg(m_Settings.SocketPath()));
   m_ServiceManager.Ready();
@@ -93,8 +93,8 @@ void Agent::Serve() {
       }
     }
     m_Handles.CloseIdle(EnumerationHandles::Clock::now());
-    // By way of the agent thread: one that a plug-in keeps busy for good is a case for the
-    // watchdog.
+    // Sent on the agent thread: if a plug-in keeps that thread busy for good, no sign of life goes
+    // out, and the service manager's watchdog acts.
     (void)m_Thread.Post([this] { m_ServiceManager.KeepAlive(); });
   }
 }

@@ -23,7 +23,8 @@
 
 namespace NoxAgent {
 
-/// The agent: everything put together, from start to stop.
+/// The agent as a whole, from start to stop. It owns all the parts of the daemon; main makes one,
+/// calls Run and ends the process with what Run says.
 class Agent {
  public:
   /// Makes the directories, locks them and listens on the control socket; loads nothing. Throws
@@ -39,7 +40,8 @@ class Agent {
   bool Run();
 
  private:
-  /// The state directory and the one of the socket are each used by one agent at a time.
+  /// Keeps other agents away: the state directory and the directory of the socket are each used by
+  /// one agent at a time.
   struct Locks {
     explicit Locks(const Settings& settings);
 
@@ -50,7 +52,8 @@ class Agent {
   void Start();
   void Serve();
   bool Stop();
-  /// What is not in force before the next start.
+  /// Carries out a policy refresh. Gives the settings that have changed and take effect at the next
+  /// start only. Throws AgentError, also logged, when a configuration is bad. [any thread]
   SettingChanges Refresh() NOX_EXCLUDES(m_RefreshLock);
   SettingChanges ReadConfigurationAgain();
   Json Status(bool withTasks) const;
@@ -64,7 +67,7 @@ class Agent {
   const Locks m_Locks;
   const ControlSocket m_Socket;
 
-  TaskStore m_Store;  ///< before all that may use files for plug-ins
+  TaskStore m_Store;  ///< made first, gone last: plug-ins use files through it
   Plugins m_Plugins;
   HandlerCalls m_HandlerCalls;
   EnumerationHandles m_Handles;

@@ -6,10 +6,11 @@
 
 namespace NoxAgent {
 
-/// A failure that ends the agent's start (or a refresh), told in one line: what, where, what to do.
+/// A failure that ends the agent's start, or a refresh. what() is one line: what is wrong, where,
+/// and what to do about it.
 class AgentError : public std::runtime_error {
  public:
-  /// How noxagentd ends; docs/operation.md lists them.
+  /// The exit status of noxagentd; docs/operation.md lists them.
   enum class Kind { Failure = 1, Usage = 2, AlreadyRunning = 3 };
 
   AgentError(Kind kind, const BaseSDK::AString& message)

@@ -34,7 +34,7 @@ void AgentThread::Call(const Job& job) {
     job();
     return;
   }
-  // Shared: the thread is still within it when the wait is over.
+  // Shared: the thread may still be inside the task when the wait is over.
   const auto task = std::make_shared<std::packaged_task<void()>>(job);
   std::future<void> done = task->get_future();
   // Its caller waits for it, so there are never many of these.
@@ -61,8 +61,8 @@ void AgentThread::Run() {
       job();
       job = nullptr;
     }
-    // Asked only when nothing waits: the wake-up that the stop came with may be used up already by
-    // a job before it.
+    // Looked at before every wait: the wake-up that came with the stop may have been used up by a
+    // job before it.
     if (IsStopped()) {
       return;
     }

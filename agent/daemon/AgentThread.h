@@ -10,14 +10,15 @@
 
 namespace NoxAgent {
 
-/// The agent's own thread. Everything that plug-ins are told (NotifyObject) happens on it, one
-/// thing at a time and in order: whoever has something to tell may hold locks that the one told
-/// takes.
+/// The agent's own thread. All NotifyObject calls to plug-ins are made on it, one at a time and in
+/// order. The callers of Post may hold locks that a plug-in takes when it is told; on their own
+/// thread that would be a deadlock.
 class AgentThread {
  public:
   using Job = std::function<void()>;
 
-  /// More than this waits only when a plug-in keeps the thread busy for long.
+  /// Post refuses jobs beyond this number; so many wait only when a plug-in keeps the thread busy
+  /// for long.
   static constexpr std::size_t MaxWaiting = 100000;
 
   /// Throws std::system_error when the system has no thread to give.
@@ -27,10 +28,12 @@ class AgentThread {
   /// Does what is waiting, then ends the thread.
   ~AgentThread();
 
-  /// Has `job` done after all that came before. False when too much is waiting. [any thread]
+  /// Does `job` on the agent thread, after all that came before. False when too many are waiting.
+  /// `job` must not throw. [any thread]
   bool Post(Job job) NOX_EXCLUDES(m_Lock);
-  /// Has `job` done and returns then; on the agent thread itself, does it at once. The caller holds
-  /// no lock that a plug-in takes. [any thread]
+  /// Does `job` on the agent thread and returns when it is done, or at once on that thread itself.
+  /// What it throws comes out of this call. The caller must hold no lock that a plug-in takes. [any
+  /// thread]
   void Call(const Job& job) NOX_EXCLUDES(m_Lock);
 
  private:

@@ -8,19 +8,19 @@
 
 namespace NoxAgent {
 
-/// A task document in ASCII alone: what it says stays the same, every other character of it becomes
-/// a numeric character reference.
+/// A task document in ASCII alone. It says the same; every character beyond ASCII becomes a numeric
+/// character reference.
 ///
-/// A new task's file is cut at as many bytes as the document has characters, so a document with
-/// characters outside ASCII would lose its end. Whoever hands a document to the scheduler sends it
-/// through here first.
+/// The scheduler cuts the file of a new task at as many bytes as the document has characters, so a
+/// document with characters beyond ASCII would lose its end. Therefore every document goes through
+/// here before the scheduler gets it.
 class AsciiDocument {
  public:
-  /// `xml` need not be well formed; what is not is passed on as it stands. A byte order mark at the
-  /// beginning is left out.
+  /// `xml` need not be well formed: whatever is wrong is passed on as it stands. A byte order mark
+  /// at the beginning is left out.
   explicit AsciiDocument(const BaseSDK::AString& xml);
 
-  /// The document in ASCII. When there is a problem: empty.
+  /// The document in ASCII; empty when there is a problem.
   const BaseSDK::AString& Text() const { return m_Text; }
 
   /// The first character that XML cannot write as a reference where it stands (in a name, a

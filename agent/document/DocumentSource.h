@@ -14,17 +14,22 @@ struct TextPlace {
   unsigned m_Column = 1;
 };
 
-/// A parsed document together with its text, so that whatever is found in it can be pointed at.
+/// A parsed document together with its text, so that messages can name the place of whatever is
+/// found in it.
 class DocumentSource {
  public:
+  /// Parses the text. There is no error: what cannot be parsed is not in Document().
+  /// Well-formedness is checked elsewhere, before.
   explicit DocumentSource(std::string utf8);
 
   const pugi::xml_document& Document() const { return m_Document; }
 
+  /// The place of the byte at that offset of the text.
   TextPlace PlaceAt(std::size_t byteOffset) const;
-  /// The opening bracket of an element, a comment or a declaration; the first character of a text.
+  /// The place of the opening bracket of an element, a comment or a declaration; of a text, of its
+  /// first character.
   TextPlace PlaceOf(const pugi::xml_node& node) const;
-  /// The first character of the attribute's name. `attribute` is one of `element`'s.
+  /// The place of the attribute's name. `attribute` belongs to `element`.
   TextPlace PlaceOf(const pugi::xml_node& element, const pugi::xml_attribute& attribute) const;
 
  private:

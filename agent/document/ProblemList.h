@@ -8,17 +8,18 @@
 
 namespace NoxAgent {
 
-/// Collects what the checks of one document find.
+/// Collects what the checks of one document find; each check is given the list.
 class ProblemList {
  public:
   /// The texts are those of TaskDocumentProblem, in UTF-8.
   void Add(TaskDocumentSeverity severity, TextPlace place, const std::string& message,
            const std::string& effect, const std::string& mend);
+  /// Add with the severity Warning.
   void Warn(TextPlace place, const std::string& message, const std::string& effect,
             const std::string& mend);
 
-  /// In the order of their places; problems of one place stay in the order in which they were
-  /// added.
+  /// All problems in the order of their places; those of one place in the order in which they were
+  /// added. Empties the list.
   std::vector<TaskDocumentProblem> Take();
 
  private:

@@ -7,18 +7,19 @@
 
 namespace NoxAgent {
 
-/// Tells where the scheduler runs a trigger otherwise than its words say, within two years, with
-/// the first date of each. The words are the calendar's: every second day is every second date.
+/// Warns where the scheduler runs a trigger otherwise than its words say, within two years, with
+/// the first date of each difference. The words count as people take them, by the calendar: "every
+/// second day" is every second date.
 class ScheduleCheck {
  public:
-  /// The trigger is dated, begins at some time and has not ended. All arguments must outlive the
+  /// The trigger is dated, has a begin date and has not ended. All arguments must outlive the
   /// object; `now` lies within the calendar.
   ScheduleCheck(const TriggerFields& trigger, const LocalCalendar& calendar, long now,
                 ProblemList& problems);
 
-  /// The run that a task without an earlier one gets from its begin date.
+  /// Warns about the run that a task without an earlier run gets at its begin date.
   void CheckFirstRun();
-  /// All runs from then on.
+  /// Warns about all runs from then on.
   void CheckRuns();
 
  private:

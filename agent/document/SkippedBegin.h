@@ -7,14 +7,14 @@
 
 namespace NoxAgent {
 
-/// A begin date that a change of the clocks leaves out (02:30 in the night to summer time), and the
-/// local time that takes its place: "2027-03-14 02:30:00" both.
+/// A begin date whose time of day is left out by a change of the clocks (02:30 in the night to
+/// summer time), and the local time that takes its place, both as "2027-03-14 02:30:00".
 struct SkippedBegin {
   std::string m_Wanted;
   std::string m_Instead;
 };
 
-/// Nothing when the day of the begin date has what it says, and when there is no begin date.
+/// Nothing when the trigger has no begin date, or one that the clocks do show.
 std::optional<SkippedBegin> FindSkippedBegin(const TriggerFields& trigger);
 
 }  // namespace NoxAgent

@@ -9,15 +9,17 @@
 
 namespace NoxAgent {
 
-/// Everything of a task document around its triggers: its elements, what a rewrite drops, the
-/// handler, the history; and what the triggers make of the task together.
+/// Checks a task document as a whole: its elements, what is lost when the scheduler rewrites it,
+/// the handler, the history, and what all triggers together make of the task. Each trigger by
+/// itself is for TriggerCheck.
 class TaskCheck {
  public:
-  /// All arguments must outlive the object. The document's root is a Task. Without a calendar the
-  /// runs of the years ahead are not looked at.
+  /// The root of the document is a Task. All arguments must outlive the object; `now` is in seconds
+  /// since the epoch. Without a calendar the runs of the years ahead are not checked.
   TaskCheck(const DocumentSource& source, long now, const LocalCalendar* calendar,
             ProblemList& problems);
 
+  /// Makes all checks; the problems are in the list afterwards.
   void Run();
 
  private:

@@ -1,8 +1,8 @@
 // Reads a task document as the scheduler would and tells everything that its writer should know.
 //
 // The scheduler itself never complains: a number that it cannot read is 0 to it, a trigger that it
-// cannot read is switched off, a task without triggers is deleted. Whoever hands documents in (the
-// agent's border, the client's `check`) asks here first.
+// cannot read is switched off, a task without triggers is deleted. So the
+// agent's border and the client's `check` ask here before a document reaches the scheduler.
 //
 // docs/task-document.md describes the document; docs/task.xsd is the same description for tools.
 #pragma once
@@ -17,17 +17,16 @@
 
 namespace NoxAgent {
 
-/// A document may have this many bytes in UTF-8; one that is larger is an Error.
+/// A document may have this many bytes in UTF-8; a larger one is an Error.
 constexpr std::size_t MaxTaskDocumentBytes = 1024 * 1024;
 
 /// All problems of the document `xml`, in the order of their places. `now` is in seconds since the
-/// epoch: what has ended is judged by it. Local time is that of the process (TZ). A document that
-/// is too large or not well formed has that one problem alone. [any thread] Keeps no state and
-/// reads nothing but its arguments and the zone.
+/// epoch and decides what has ended. Local time is that of the process (TZ). A document that is too
+/// large or not well formed has that one problem alone. [any thread]
 ///
-/// With a calendar it is also told where the runs of the next two years differ from what the words
-/// of the schedule say. These are warnings only, so whoever just wants to know whether to take the
-/// document leaves it out.
+/// With a calendar there are also warnings where the runs of the next two years differ from what
+/// the words of the schedule say. They never decide whether a document is accepted, so a caller
+/// that only wants to know that passes no calendar.
 std::vector<TaskDocumentProblem> CheckTaskDocument(const BaseSDK::AString& xml, long now,
                                                    const LocalCalendar* calendar = nullptr);
 
@@ -35,7 +34,7 @@ std::vector<TaskDocumentProblem> CheckTaskDocument(const BaseSDK::AString& xml, 
 /// is made once for many documents.
 LocalCalendar CalendarForCheck(long now);
 
-/// The greatest severity among `problems` is at least `severity`; false for no problems.
+/// Whether any of the problems has this severity or a greater one.
 bool HasTaskDocumentProblem(const std::vector<TaskDocumentProblem>& problems,
                             TaskDocumentSeverity severity);
 

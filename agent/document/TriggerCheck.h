@@ -7,25 +7,25 @@
 
 namespace NoxAgent {
 
-/// What becomes of one trigger: whether it ever fires, and what its writer may not expect of it.
+/// Checks one trigger: whether it ever fires, and where it may surprise its writer.
 class TriggerCheck {
  public:
-  /// Reads the trigger and tells `problems` all but the reasons why it never fires: how grave those
-  /// are depends on the other triggers. `now` is in seconds since the epoch.
+  /// Reads the trigger and adds its problems, all but the reasons why it never fires: how grave
+  /// those are depends on the other triggers (ReportReasons). `now` is in seconds since the epoch.
   TriggerCheck(const DocumentSource& source, const pugi::xml_node& trigger, long now,
                ProblemList& problems);
 
   const TriggerFields& Fields() const { return m_Fields; }
 
   bool NeverFires() const { return !m_Reasons.empty(); }
-  /// Its runs can be told beforehand: it begins within the calendar, and selects some day.
+  /// Whether its runs can be told beforehand: it begins within the calendar and selects some day.
   bool HasRuns() const;
-  /// It never fires again because its time has passed: the scheduler deletes a task that has only
-  /// such triggers.
+  /// Whether it never fires again only because its time has passed. The scheduler deletes a task
+  /// that has only such triggers.
   bool IsEnded() const { return m_Ended && m_Reasons.size() == 1; }
 
-  /// Tells `problems` why it never fires. A trigger that is switched off on purpose is worth
-  /// telling only when no other one fires; `taskEffect` then says what becomes of the task.
+  /// Adds the reasons why it never fires. A trigger that is switched off on purpose is reported
+  /// only when no other one fires. `taskEffect` says what becomes of the task.
   void ReportReasons(bool anotherFires, const std::string& taskEffect, ProblemList& problems) const;
 
  private:

@@ -6,7 +6,7 @@
 
 namespace NoxAgent {
 
-/// One Trigger element, read as the scheduler reads it.
+/// One Trigger element, as it stands in the document and as the scheduler reads it.
 struct TriggerFields {
   static constexpr long AsSoonAsPossible = -1;
   static constexpr long Once = 0;
@@ -22,13 +22,13 @@ struct TriggerFields {
   pugi::xml_node m_Element;
   TextPlace m_Place;
 
-  /// What stands in the document; nothing where it does not.
+  /// What the document says, by its fields; nothing for a field that is not there.
   std::optional<SourceValue> m_TypeText, m_IntervalText, m_DurationText, m_BeginText, m_EndText,
       m_DaysIntervalText, m_WeeksIntervalText, m_DaysOfWeekText, m_DaysOfMonthText,
       m_MonthsOfYearText, m_WeekText;
 
-  /// What the scheduler takes it for. Masks hold their valid bits only; dates are seconds since the
-  /// epoch, -1 when absent or unreadable.
+  // What the scheduler makes of it. Masks hold their valid bits only; dates are seconds since the
+  // epoch, -1 when absent or unreadable.
   bool m_Disabled = false;
   bool m_KillAtEnd = false;
   long m_Type = Once;
@@ -44,7 +44,7 @@ struct TriggerFields {
   long m_Week = 1;
 };
 
-/// Reads the element and warns about each value that does not mean what it says.
+/// Reads the element, and warns about each value that the scheduler reads otherwise than it stands.
 TriggerFields ReadTriggerFields(const DocumentSource& source, const pugi::xml_node& trigger,
                                 ProblemList& problems);
 

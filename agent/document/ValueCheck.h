@@ -1,4 +1,5 @@
-// Reads single values as the scheduler reads them and warns where that is not what they say.
+// Reads single values as the scheduler reads them, and warns where the scheduler reads something
+// else than they say.
 #pragma once
 
 #include "agent/document/ProblemList.h"
@@ -16,10 +17,11 @@ struct SourceValue {
   TextPlace m_Place;
 };
 
-/// The first text of `parent`'s children called `name`, the element's place with it; nothing when
-/// there is no such child. A child without text yields an empty text.
+/// The first text of the children of `parent` that are called `name`, with the place of that child;
+/// nothing when there is no such child. A child without text gives an empty text.
 std::optional<SourceValue> ChildValue(const DocumentSource& source, const pugi::xml_node& parent,
                                       const char* name);
+/// The value of the attribute `name`, with its place; nothing when there is none.
 std::optional<SourceValue> AttributeValue(const DocumentSource& source,
                                           const pugi::xml_node& element, const char* name);
 
@@ -39,8 +41,9 @@ std::string Quoted(const std::string& text);
 /// A moment for a message: "2030-12-31 08:00:00", local time.
 std::string LocalTime(long moment);
 
-/// Warns about an element or attribute that nothing reads; `known` is what may stand there, so that
-/// a slip of the pen is recognised. `effect` says what becomes of it.
+/// Warns about an element or attribute that nothing reads. `known` are the names that may stand
+/// there; when one is close to `name`, the warning suggests it. `kind` is the word for it, `effect`
+/// says what becomes of it.
 void WarnUnknown(const std::string& kind, const std::string& name, TextPlace place,
                  std::initializer_list<const char*> known, const std::string& effect,
                  ProblemList& problems);

@@ -12,12 +12,12 @@
 
 namespace NoxHandler {
 
-/// The plug-in's server object: the task handler that runs commands. Its class identifier, its
-/// configuration and its job files are described in docs/command-handler.md.
+/// The plug-in's server object: the task handler that runs commands. docs/command-handler.md
+/// describes its class identifier, its configuration and its job files.
 ///
-/// It declines every batch, and means by it that it keeps the run states itself: accepting would
-/// have the scheduler record "Ok" while the commands still run. The scheduler has recorded
-/// "Started" by then; "Ok" or "Failed" follows when a command has ended.
+/// It declines every batch, because it reports the run states itself: if it accepted, the scheduler
+/// would record "Ok" while the commands still run. The scheduler has recorded "Started" when it
+/// hands a batch over; the handler reports "Ok" or "Failed" when the command has ended.
 class CommandHandlerObject_i
     : public virtual Corvane::AgentInterfacesV3::INoxScheduledTaskHandler_impl,
       public virtual Corvane::AgentInterfacesV3::INoxCommandHandler_impl,
@@ -26,7 +26,7 @@ class CommandHandlerObject_i
   CommandHandlerObject_i();
   ~CommandHandlerObject_i() override;
 
-  /// To the skeleton that the request's interface belongs to.
+  /// Hands the request to the skeleton that its interface belongs to.
   long CallMethod(const Corvane::AgentInterfacesV3::AMsgIn* request) override;
 
   /// INoxObject

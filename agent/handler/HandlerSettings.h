@@ -14,16 +14,18 @@ struct HandlerSettings {
   BaseSDK::AString m_RecordPath;  ///< records of runs under way
   BaseSDK::AString m_SchedulerClassId;
   std::chrono::milliseconds m_KillGrace{5000};  ///< from TERM to KILL
-  /// How long killed processes may take to be gone: what ends them needs a processor, too, and on a
-  /// machine that is short of everything there may be none for seconds.
+  /// How long killed processes may take to be gone. Even to end, a process needs a processor, and
+  /// on a machine that is short of everything it may get none for seconds.
   static constexpr std::chrono::seconds AfterKill{10};
   /// How many runs go on at the same time; each takes three file descriptors.
   std::size_t m_MaxRuns = 200;
-  bool m_LogOutput = true;  ///< whether what the commands put out goes to the log too
+  bool m_LogOutput = true;  ///< whether the output of the commands goes to the log too
 
+  /// The path of the task's job file.
   BaseSDK::AString JobFile(const BaseSDK::AString& taskId) const {
     return BaseSDK::AString("%1/%2.job").Arg(m_JobPath, taskId);
   }
+  /// The path of the file with the task's output.
   BaseSDK::AString OutputFile(const BaseSDK::AString& taskId) const {
     return BaseSDK::AString("%1/%2.log").Arg(m_OutputPath, taskId);
   }

@@ -30,21 +30,22 @@ class CommandLineError : public std::runtime_error {
 ///     add.OnUse([&] { Add(file, id); });
 ///     if (!line.Parse(arguments, std::cout)) return 0;  // --help or --version was all
 ///
-/// What values are written to must outlive the parse. The work is done by a library, in one source
-/// file: this header is light, for many files include it.
+/// The variables that values are written to must outlive the parse. A library does the work, in one
+/// source file; this header is light, because many files include it. One thread at a time.
 class CommandLine {
  public:
-  /// What else holds for one option or argument.
+  /// What else is to hold for one option or argument; the calls can be chained.
   class Value {
    public:
     explicit Value(CLI::Option& option) : m_Option(option) {}
 
+    /// It must be given.
     Value& Required();
     /// What it takes, as --help shows it: "FILE".
     Value& Takes(const char* name);
     /// `check` returns why a text is refused, or an empty text.
     Value& Check(std::function<std::string(const std::string&)> check);
-    /// A number outside of these is refused.
+    /// A number outside of this range is refused; both ends are in it.
     Value& Between(long least, long most);
 
    private:
@@ -56,11 +57,13 @@ class CommandLine {
   CommandLine& operator=(const CommandLine&) = delete;
   ~CommandLine();
 
-  /// A command. One of them must be given then, and options of this line may stand behind it.
+  /// Adds a command. A line with commands needs one of them; options of the line may stand behind
+  /// it. The command belongs to the line.
   CommandLine& Command(const std::string& name, const std::string& summary);
-  /// Called by Parse when this line is used; what it throws comes out of Parse.
+  /// Has Parse call `action` when this line or command is used; what `action` throws comes out of
+  /// Parse.
   void OnUse(std::function<void()> action);
-  /// Stands below the help of this line, and of commands that are added from now on.
+  /// Puts text below the help of this line, and of the commands that are added from now on.
   void Footer(const std::string& text);
   /// What --version answers.
   void Version(const std::string& text);
@@ -72,6 +75,7 @@ class CommandLine {
   Value Option(const std::string& name, std::optional<long>& value, const std::string& help);
   /// May be given several times.
   Value Option(const std::string& name, std::vector<std::string>& values, const std::string& help);
+  /// Becomes true when it is given.
   void Flag(const std::string& name, bool& value, const std::string& help);
 
   // Arguments stand by themselves, in the order in which they are added here.
@@ -79,11 +83,11 @@ class CommandLine {
   Value Argument(const std::string& name, std::string& value, const std::string& help);
   Value Argument(const std::string& name, long& value, const std::string& help);
   Value Argument(const std::string& name, std::optional<long>& value, const std::string& help);
-  /// All that are left.
+  /// Takes all arguments that are left.
   Value Argument(const std::string& name, std::vector<std::string>& values,
                  const std::string& help);
 
-  // What may stand on the line, for programs that help people to write it.
+  // What may stand on the line, for completions and for the test of the man page.
 
   struct OptionForm {
     std::vector<std::string> m_Names;  ///< "-n", "--count"

@@ -12,7 +12,7 @@
 
 namespace NoxAgent {
 
-/// A text is not JSON, or a value is not what was asked of it. The message names the place.
+/// A text is not JSON, or a value is not what the caller asked for. what() names the place.
 class JsonError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
@@ -25,9 +25,9 @@ class JsonError : public std::runtime_error {
 ///     const std::string text = answer.Dump();
 ///     const std::string id = Json::Parse(text).At("out").At("taskId").Text();
 ///
-/// Braces around pairs of a name and a value make an object. The reading and writing is done by a
-/// library, in one source file: this header is light, for many files include it. Not for several
-/// threads at once.
+/// Braces around pairs of a name and a value make an object. A library does the
+/// reading and writing, in one source file; this header is light, because many files include it.
+/// One thread at a time.
 class Json {
  public:
   struct Member;
@@ -54,7 +54,7 @@ class Json {
   Json(std::initializer_list<Member> members);
   Json(const std::vector<std::string>& texts);
   Json(const std::map<std::string, std::string>& texts);
-  /// A pointer is no truth.
+  /// Without this, any pointer would pass for a truth.
   Json(const void*) = delete;
 
   bool IsNull() const { return std::holds_alternative<std::nullptr_t>(m_Value); }
@@ -64,7 +64,7 @@ class Json {
   bool IsList() const { return std::holds_alternative<List>(m_Value); }
   bool IsObject() const { return std::holds_alternative<Object>(m_Value); }
 
-  // What the value is; JsonError when it is something else.
+  // The value as what it is; each throws JsonError when it is something else.
 
   bool Bool() const;
   std::int64_t Whole() const;
@@ -76,7 +76,7 @@ class Json {
   const List& Items() const;
   const Object& Members() const;
 
-  // What an object holds under a name.
+  // The members of an object.
 
   /// Null when there is nothing of the name, or when this is no object.
   const Json* Find(std::string_view name) const;
@@ -92,7 +92,7 @@ class Json {
   const Json& operator[](const std::string& name) const { return At(name); }
   /// For writing; null becomes an object first. JsonError for anything else.
   Json& operator[](const std::string& name);
-  /// A list is asked with At; 0 would pass for a name.
+  /// Use At for lists. Without this, 0 would pass for a name.
   Json& operator[](int index) const = delete;
 
   /// An item of a list; JsonError when there are fewer.

@@ -6,13 +6,13 @@
 
 namespace NoxAgent {
 
-/// The days and the clock changes of the process's time zone (TZ), from some moment to the end of
-/// 32-bit time, in tables: a question costs some nanoseconds, where the C library needs
-/// microseconds.
+/// The days and the clock changes of the process's time zone (TZ), from a given moment to the end
+/// of 32-bit time. They are kept in tables, so a question costs some nanoseconds where the C
+/// library needs microseconds.
 ///
 /// Days are local ones and are counted from 1970-01-01, which is day 0. Moments are seconds since
-/// the epoch. The zone is read once, when the object is made; after that it is constant, for any
-/// thread. Before the first moment the offset of that moment is taken to hold.
+/// the epoch. The zone is read once, when the object is made; after that the object is constant,
+/// and any thread may ask. Before the first moment the offset of that moment is taken to hold.
 class LocalCalendar {
  public:
   static constexpr long SecondsPerDay = 86400;
@@ -25,35 +25,39 @@ class LocalCalendar {
     std::int8_t m_DaysInMonth;
   };
 
-  /// Where the clocks are set: they show UTC and m_Before until then, UTC and m_After from then on.
+  /// A moment at which the clocks are set. Until then they show UTC plus m_Before, from then on UTC
+  /// plus m_After, both in seconds.
   struct Change {
     long m_Moment;
     long m_Before;
     long m_After;
   };
 
-  /// Asks the C library for the zone: some thousand questions, a few milliseconds.
+  /// Asks the C library some thousand times, which takes a few milliseconds. `from` is the first
+  /// moment of interest.
   explicit LocalCalendar(long from);
 
-  /// The last moment of which questions may be asked; those about days end a few days later.
+  /// The last moment that may be asked about. The tables of days reach a few days further.
   static constexpr long End() { return 2147483647L - 7 * SecondsPerDay; }
 
-  /// In seconds east of UTC.
+  /// How far the clocks are ahead of UTC at that moment, in seconds; negative west of it.
   long OffsetAt(long moment) const;
+  /// The local day of the moment.
   long DayOf(long moment) const;
-  /// What the clock shows then, in seconds since midnight.
+  /// What the clocks show at that moment, in seconds since midnight.
   long ClockAt(long moment) const;
   Date DateOf(long day) const;
 
-  /// The moment at which the clock shows `clock` seconds after midnight on that day: of two the
-  /// first; where the clocks leave it out, as far behind the change as it claims to lie.
+  /// The moment at which the clocks show `clock` seconds after midnight on that day; the first of
+  /// two. Where a change leaves that time out, the moment lies as far behind the change as the time
+  /// does.
   long MomentOf(long day, long clock) const;
-  /// False for a day that the zone has left out as a whole.
+  /// Whether the zone has the day at all: a zone that moves across the date line leaves one out.
   bool HasDay(long day) const;
 
   /// The first change after `moment`; null when there is none.
   const Change* ChangeAfter(long moment) const;
-  /// The clock shows for the second time what it showed before it was set back.
+  /// Whether the clocks were set back and show for the second time what they showed before.
   bool IsShownAgain(long moment) const;
 
  private:

@@ -6,12 +6,13 @@
 
 namespace NoxAgent {
 
-/// Where a trigger runs otherwise than the words of its rule say, for the first time.
+/// The first time that a trigger runs otherwise than the words of its rule say, in one way of
+/// several.
 struct ScheduleDifference {
   enum class Kind {
     SkippedTime,      ///< the day lacks the time of day; the start comes at m_Moment instead
     NoSuchStart,      ///< the words have a start at m_Moment, the scheduler's arithmetic has none
-    ForeignStart,     ///< the other way round
+    ForeignStart,     ///< the scheduler's arithmetic has a start at m_Moment, the words have none
     PassedOver,       ///< the start at m_Moment is lost: its day is shorter than a step of 24 hours
     LateStart,        ///< the period before it reaches so near to the start that it may come late
     LostRepetition,   ///< one period reaches to the next; repetitions are lost from m_Moment on
@@ -20,16 +21,15 @@ struct ScheduleDifference {
   Kind m_Kind = Kind::SkippedTime;
   long m_Day = 0;  ///< the local day of the start
   long m_Moment = 0;
-  long m_Gap = 0;  ///< of LateStart and LostRepetition: from the one start to the next, in seconds
+  long m_Gap = 0;  ///< of LateStart and LostRepetition: seconds from one start to the next
 };
 
 /// The differences within two years from `from`, or from the begin date when that is later; of each
-/// kind the first. An agent without a pause is assumed that knows of an earlier run of the task,
-/// and no other trigger beside this one. An hourly reading of the task files at an unlucky moment
-/// is taken for granted. The trigger is dated, and its interval and duration are not negative.
+/// kind the first. This assumes an agent that never stops, that the task has run before, that it
+/// has no other trigger, and that the scheduler may read the task files at the worst moment of any
+/// hour. The trigger is dated, and its interval and duration are not negative.
 ///
-/// Days on which everything is as on days before are not reckoned again, so this costs some ten
-/// microseconds.
+/// Days like those before are skipped, so this costs some ten microseconds.
 std::vector<ScheduleDifference> CompareSchedule(const SchedulerTrigger& trigger,
                                                 const LocalCalendar& calendar, long from);
 

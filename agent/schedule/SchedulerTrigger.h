@@ -7,7 +7,8 @@
 
 namespace NoxAgent {
 
-/// Runs at equal distances.
+/// Runs at equal distances: m_First, m_First + m_Step and so on to m_Last, in seconds since the
+/// epoch. A single one has the step 0, or m_Last equal to m_First.
 struct RunSpan {
   long m_First = 0;
   long m_Step = 0;
@@ -19,15 +20,17 @@ struct RunSpan {
   }
 };
 
-/// One trigger as the scheduler reckons with it: its starts, and what it makes of a moment at which
-/// it looks at the trigger.
+/// One trigger as the scheduler reckons with it: when it starts, and whether it is due when the
+/// scheduler looks at it.
 ///
-/// The arithmetic is the scheduler's, oddities included; tests hold it against the scheduler. It
-/// lives here a second time because the agent knows no plug-in's insides, and because `check` asks
-/// for two years at once. Valid for moments from the beginning of the calendar to its end, and for
-/// intervals and durations that are not negative; a duration beyond a year counts as a year.
+/// The arithmetic is the scheduler's, oddities included; tests compare the two. It stands here a
+/// second time because the agent does not see inside plug-ins, and because `check` asks about two
+/// years at once. It holds for moments within the calendar, and for intervals and durations that
+/// are not negative; a duration beyond a year counts as a year. Moments are seconds since the
+/// epoch.
 class SchedulerTrigger {
  public:
+  /// Stands for "not within 32-bit time".
   static constexpr long Never = 2147483647L;
 
   /// `rule` has a begin date unless it is AsSoonAsPossible. The calendar must outlive the object.
@@ -35,7 +38,7 @@ class SchedulerTrigger {
 
   const TriggerRule& Rule() const { return m_Rule; }
   bool IsDated() const { return m_Rule.m_Type != TriggerRule::AsSoonAsPossible; }
-  /// The local day of the begin date, and its time of day in seconds.
+  /// The local day of the begin date, and its time of day in seconds since midnight.
   long BeginDay() const { return m_BeginDay; }
   long Clock() const { return m_Clock; }
 
@@ -46,15 +49,15 @@ class SchedulerTrigger {
 
   /// Whether the scheduler runs the task when it looks at `now`; its last run was at `lastRun`.
   bool IsDue(long now, long lastRun) const;
-  /// When the trigger asks the scheduler to look again, after it has looked at `now`; Never when it
-  /// leaves that to the scheduler's own hours.
+  /// After a look at `now`, the moment at which the trigger asks the scheduler to look again; Never
+  /// when it is content with midnight and the hourly readings.
   long WakeAfter(long now) const;
-  /// No look between `now` and this moment can find the trigger due, if one at `now` has been made.
-  /// Never when there is nothing up to `until`.
+  /// The earliest moment after `now` at which a look may find the trigger due, if the scheduler has
+  /// looked at `now`. Never when there is none up to `until`.
   long ChanceAfter(long now, long until) const;
 
-  /// After a run at `run`: the repetitions that follow one by one, each exactly at its time.
-  /// Nothing where that is not certain; the single looks tell then.
+  /// The repetitions that follow a run at `run` one by one, each exactly at its time. Nothing where
+  /// that is not certain; then ask for each look with IsDue.
   std::optional<RunSpan> RegularRepetitionsAfter(long run) const;
 
  private:

@@ -5,14 +5,14 @@
 
 namespace NoxAgent {
 
-/// What the words of a rule say to people, by the calendar: every second day is every second date,
-/// the first Monday of a month may be its 7th, and week 5 is the last of such a day in its month.
+/// What the words of a rule mean to people, by the calendar: every second day is every second date,
+/// the first Monday of a month may be its 7th, and week 5 is the last such weekday of its month.
 class WordedRule {
  public:
   /// `rule` has a begin date; `beginDay` is its local day. The calendar must outlive the object.
   WordedRule(const TriggerRule& rule, long beginDay, const LocalCalendar& calendar);
 
-  /// There is a start on that local day. The end date is not looked at.
+  /// Whether the rule has a start on that local day. The end date is not looked at.
   bool Selects(long day) const;
 
  private:

@@ -16,10 +16,10 @@
 
 namespace NoxAgent {
 
-/// A whole agent in one process that owns its time: the real scheduler, loaded from its shared
-/// object, with files in memory, a simulated host and a simulated handler around it.
+/// A whole agent in one process that owns its time. The real scheduler is loaded from its shared
+/// object; around it are files in memory, a simulated host and a simulated handler.
 ///
-/// One at a time; it belongs to one thread, which controls the clock from then on.
+/// There may be one at a time. It belongs to one thread, which controls the clock from then on.
 class SimulatedAgent {
  public:
   using Attributes = std::map<std::string, std::string>;
@@ -31,9 +31,9 @@ class SimulatedAgent {
   SimulatedAgent(const SimulatedAgent&) = delete;
   SimulatedAgent& operator=(const SimulatedAgent&) = delete;
 
-  /// The agent has started: the gate opens, which is not logged.
+  /// The agent has started: the gate opens. The log does not mention it.
   void FinishStart();
-  /// As a policy refresh does it.
+  /// The next two do what the end and the beginning of a policy refresh do; the log mentions them.
   void OpenGate();
   void CloseGate();
 
@@ -43,7 +43,7 @@ class SimulatedAgent {
   SimulationLog& Log() { return m_Log; }
 
  private:
-  /// The files in memory are in force while this lives.
+  /// Puts the files in memory into force for as long as it lives.
   class FilesInForce {
    public:
     explicit FilesInForce(BaseSDK::AFileSystem& files);

@@ -15,11 +15,11 @@
 
 namespace NoxAgent {
 
-/// The handler of every task in a simulation. It runs nothing and notes what it was given.
+/// The handler of every task in a simulation. It runs nothing and logs the tasks that it is given.
 ///
-/// Without a duration and without failures it accepts each batch, and the scheduler records "Ok" at
-/// once. Otherwise it declines, as the command handler does, and reports the state itself when the
-/// simulated run ends. It starts no second copy of a task that still runs.
+/// When runs take no time and none is to fail, it accepts each batch, and the scheduler records
+/// "Ok" at once. Otherwise it declines, as the command handler does, and reports the state itself
+/// when the simulated run ends. While a task still runs it does not start it again.
 class SimulatedHandler final : public Corvane::AgentInterfacesV3::INoxScheduledTaskHandler {
  public:
   using Reporter = std::function<void(const std::string& task, const std::string& state)>;

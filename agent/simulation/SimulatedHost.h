@@ -7,17 +7,17 @@
 
 namespace NoxAgent {
 
-/// The agent as the simulated scheduler sees it: where the tasks are, one handler for all of them,
-/// and somebody who notes the notifications.
+/// The agent as the simulated scheduler sees it. It says where the tasks are, opens one handler for
+/// all of them, and logs the notifications.
 ///
-/// In place as the process's host while it lives. [any thread]
+/// It is the host of the process while it lives. [any thread]
 class SimulatedHost final : public AgentSDK::AHost {
  public:
   /// Where the scheduler keeps its tasks: a directory of the simulation's own files.
   static constexpr const char* TaskDirectory = "/tasks";
   static constexpr const char* Extension = ".vsk";
 
-  /// Both outlive the host.
+  /// Both arguments are borrowed and outlive the host.
   SimulatedHost(SimulationLog& log, Corvane::AgentInterfacesV3::INoxScheduledTaskHandler& handler);
   ~SimulatedHost() override;
 

@@ -11,7 +11,7 @@ struct SimulationEvent {
   enum class Kind {
     Run,           ///< a handler was given the task
     Finished,      ///< a run with a duration, or one that was to fail, has ended
-    StillRunning,  ///< the handler was given a task whose earlier run goes on, and left it at that
+    StillRunning,  ///< the handler was given a task whose earlier run goes on, and starts none
     NoHandler,     ///< tasks were due whose handler cannot be opened; m_Task is the handler's class
     Deleted,       ///< the task's file is gone
     Notification,
@@ -42,7 +42,7 @@ struct SimulationEvent {
 std::string RunFlagsText(const SimulationEvent& run);
 
 Json ToJson(const SimulationEvent& event);
-/// Throws JsonError for what is none.
+/// Throws JsonError when `json` is no event.
 SimulationEvent SimulationEventFrom(const Json& json);
 
 }  // namespace NoxAgent

@@ -14,15 +14,15 @@ namespace NoxAgent {
 /// [any thread]
 class SimulationLog {
  public:
-  /// Notes that it happens now, by the simulated clock; of a ClockSet, which is yet to be made, by
-  /// the clock as it will then be. A notification that was posted in this second already is counted
-  /// there.
+  /// Adds the event as of now, by the simulated clock; a ClockSet, which is added before the clock
+  /// is set, as of the new reading. A notification that was posted in this second already is
+  /// counted there.
   void Add(SimulationEvent event);
   /// The same for an event that is no more than its kind.
   void Add(SimulationEvent::Kind kind);
 
   std::vector<SimulationEvent> Events() const;
-  /// How many of them are runs.
+  /// How many of the events are runs.
   unsigned Runs() const;
 
  private:

@@ -9,8 +9,8 @@
 
 namespace NoxAgent {
 
-/// What nox-simulate is asked for: noxctl writes it to the program's standard input as one JSON
-/// object. The zone is that of the process (TZ). docs/simulation.md explains the fields to users.
+/// What nox-simulate is asked. noxctl writes it to the program's standard input as one JSON object.
+/// The zone is that of the process (TZ). docs/simulation.md explains the fields to users.
 struct SimulationRequest {
   static constexpr long CycleSeconds = 3600;  ///< from one reading of the task files to the next
 
@@ -19,8 +19,8 @@ struct SimulationRequest {
     Next,      ///< the first m_Count runs from m_Moment on, none later than m_To
     Explain,   ///< how the scheduler sees the one task at m_Moment
   };
-  /// What a scheduler that runs already has of a task in memory. It need not be what it would read
-  /// from the document: a run that did not end with "Ok" is a run until the files are read next.
+  /// What a running scheduler has of a task in memory. It may differ from what the document says: a
+  /// run that did not end with "Ok" counts as a run until the files are read next.
   struct Memory {
     long m_LastRun = -1;  ///< -1: the task counts as never run
     bool m_Enabled = true;
@@ -44,19 +44,19 @@ struct SimulationRequest {
   long m_From = 0;
   long m_To = 0;
   /// When the scheduler reads the task files next, at most an hour after m_From; nothing: it starts
-  /// at m_From, and an hour later is when.
+  /// at m_From, and reads them again an hour later.
   std::optional<long> m_Reading;
-  /// Not before m_From; nothing: m_From.
+  /// The moment that Next and Explain are about, not before m_From; nothing: m_From.
   std::optional<long> m_Moment;
-  unsigned m_Count = 0;
+  unsigned m_Count = 0;            ///< how many runs Next is to find
   std::vector<Span> m_GateClosed;  ///< from the first moment on, until the second
   std::vector<ClockStep> m_ClockSteps;
   std::optional<long> m_RunSeconds;  ///< nothing: a run is over as soon as it is accepted
-  std::vector<long> m_FailAt;        ///< for each of them the first run from then on fails
+  std::vector<long> m_FailAt;        ///< for each of these moments the first run from then on fails
 };
 
 Json ToJson(const SimulationRequest& request);
-/// Throws JsonError for what is none. Missing fields keep their initial values.
+/// Throws JsonError when `json` is no request. Missing fields keep their initial values.
 SimulationRequest SimulationRequestFrom(const Json& json);
 
 }  // namespace NoxAgent

@@ -1,5 +1,5 @@
-// The commands of noxctl, one file each or per small group. Each of these functions adds its
-// commands to the command line; their work is done while it is parsed.
+// The commands of noxctl: a file for each, or for a small group. Each of these functions adds its
+// commands to the command line; a command does its work while the command line is parsed.
 //
 // A new command: a file here with such a function, its declaration below, its call in
 // AddAllCommands, a section in noxctl.1 (a test compares them). The shells' completions ask noxctl.

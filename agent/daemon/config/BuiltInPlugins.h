@@ -10,6 +10,8 @@
 
 namespace NoxAgent {
 
+/// One of the plug-ins that come with the agent. Its values stand in for a section "[Plugin ...]"
+/// and a configuration file of its own.
 struct BuiltInPlugin {
   BaseSDK::AString m_Name;
   BaseSDK::AString m_FileName;
@@ -19,7 +21,7 @@ struct BuiltInPlugin {
   /// In the order of loading: the scheduler before handlers. They are then unloaded while it is
   /// still there to be told how their last runs ended.
   static std::span<const BuiltInPlugin> All();
-  /// Null when there is none of that name.
+  /// Null when no such plug-in comes with the agent.
   static const BuiltInPlugin* Find(const BaseSDK::AString& name);
 };
 

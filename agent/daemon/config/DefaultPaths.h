@@ -6,7 +6,8 @@
 
 namespace NoxAgent {
 
-/// Where the agent keeps its things unless told otherwise.
+/// Where the agent keeps its files unless it is told otherwise. docs/operation.md lists these
+/// places. All are absolute.
 struct DefaultPaths {
   /// root: /var/lib/nox; a user: $XDG_STATE_HOME/nox, else ~/.local/state/nox. Throws AgentError
   /// when there is neither of these nor HOME.

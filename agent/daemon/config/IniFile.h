@@ -20,7 +20,8 @@ class IniFile {
   const BaseSDK::AString& FileName() const { return m_Text.FileName(); }
   const std::vector<Section>& Sections() const { return m_Text.Sections(); }
 
-  /// The error "FILE:LINE: message", for whoever finds a value bad.
+  /// The error for a value in that line that the caller finds bad: "FILE:LINE: message". The caller
+  /// throws it.
   AgentError ErrorAt(unsigned line, const BaseSDK::AString& message) const;
 
  private:

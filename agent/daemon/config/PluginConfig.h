@@ -13,10 +13,10 @@
 namespace NoxAgent {
 
 /// The configuration of one plug-in: what its calls of GetConfigString read. The values come from
-/// the plug-in's INI file, or are built in when it has none.
+/// the plug-in's INI file; without one they are built in.
 ///
-/// A plug-in's keys are known to the plug-in alone. So a key of the file that the plug-in has not
-/// asked for by the end of its initialisation is an unknown one.
+/// Only the plug-in itself knows which keys it has. So a key in the file is an unknown key when the
+/// plug-in has not asked for it by the end of its initialisation.
 class PluginConfig {
  public:
   /// The section whose keys plug-ins read.
@@ -31,14 +31,16 @@ class PluginConfig {
   /// Empty for the built-in values.
   const BaseSDK::AString& FileName() const { return m_FileName; }
 
-  /// The value as written, or nothing; notes that it was asked for. [any thread]
+  /// The value as written, or nothing. Notes that the key was asked for, and what the plug-in was
+  /// told. [any thread]
   std::optional<BaseSDK::AString> Ask(const BaseSDK::AString& section, const BaseSDK::AString& key)
       NOX_EXCLUDES(m_Lock);
-  /// As Ask in SectionName(), empty when there is none, and without noting it. [any thread]
+  /// The value of a key in the section SectionName(), for the agent itself: empty when there is
+  /// none, and not noted. [any thread]
   BaseSDK::AString Peek(const BaseSDK::AString& key) const NOX_EXCLUDES(m_Lock);
 
-  /// What the file says by now and the plug-in has not read since it last asked: in most plug-ins
-  /// that is in force at the next start. [any thread]
+  /// The keys whose value in the file is another by now than the plug-in was told last. Most
+  /// plug-ins ask at their start only, so these take effect at the next one. [any thread]
   SettingChanges NotInForce() const NOX_EXCLUDES(m_Lock);
 
   /// Throws AgentError for the first key of the file that nobody has asked for.

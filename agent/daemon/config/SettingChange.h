@@ -8,7 +8,7 @@ namespace NoxAgent {
 
 struct Settings;
 
-/// A setting that says something else by now than what is in force.
+/// A setting whose configured value differs from the one in force.
 struct SettingChange {
   BaseSDK::AString m_Name;  ///< "[Agent] state_dir"
   BaseSDK::AString m_Old;   ///< in force; empty when it was not set
@@ -19,7 +19,8 @@ struct SettingChange {
 
 using SettingChanges = std::vector<SettingChange>;
 
-/// Which of the agent's settings, as they are read anew, take effect only at its next start.
+/// Which of the agent's settings differ between the two and take effect only at its next start.
+/// `now` is what the configuration says now.
 SettingChanges FindRestartChanges(const Settings& inForce, const Settings& now);
 
 }  // namespace NoxAgent

@@ -12,7 +12,7 @@
 
 namespace NoxAgent {
 
-/// One plug-in to load. Paths are absolute.
+/// One plug-in to load: a section "[Plugin NAME]" with its defaults filled in. Paths are absolute.
 struct PluginSettings {
   BaseSDK::AString m_Name;        ///< as in requests and notifications
   BaseSDK::AString m_Path;        ///< the shared object
@@ -22,12 +22,14 @@ struct PluginSettings {
   bool operator==(const PluginSettings&) const = default;
 };
 
+/// Where the agent logs to, and how much.
 struct LogSettings {
   BaseSDK::ALogger::Level m_Level = BaseSDK::ALogger::Information;
-  std::map<BaseSDK::AString, BaseSDK::ALogger::Level> m_ChannelLevels;
-  BaseSDK::AString m_File;  ///< empty: standard error alone
-  long m_FileBytes = 10 * 1024 * 1024;
-  long m_Files = 5;
+  std::map<BaseSDK::AString, BaseSDK::ALogger::Level>
+      m_ChannelLevels;                  ///< by channel: see ALogConfig::SetLevel
+  BaseSDK::AString m_File;              ///< empty: standard error alone
+  long m_FileBytes = 10 * 1024 * 1024;  ///< the file is renamed before it outgrows this
+  long m_Files = 5;                     ///< how many renamed ones are kept
 };
 
 /// The agent's settings: the command line over the configuration file over the built-in defaults.

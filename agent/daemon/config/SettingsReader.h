@@ -9,6 +9,7 @@ namespace NoxAgent {
 /// it is read. Everything unknown is an error, so that a typing error cannot pass for a setting.
 class SettingsReader {
  public:
+  /// Both arguments are borrowed and outlive this object.
   SettingsReader(const IniFile& file, Settings& settings);
 
   /// Throws AgentError. Directories that options or defaults have set already stay as they are.

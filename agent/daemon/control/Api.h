@@ -12,6 +12,7 @@
 
 namespace NoxAgent {
 
+/// One HTTP request, as far as the routes look at it.
 struct ApiRequest {
   std::string m_Method;
   std::string m_Target;  ///< path and query, as sent
@@ -19,6 +20,7 @@ struct ApiRequest {
   long m_Client = 0;  ///< the process that asks, 0 when that is not known
 };
 
+/// The answer to one request.
 struct ApiResponse {
   unsigned m_Status = HttpStatus::Ok;
   std::string m_Body;       ///< JSON
@@ -32,7 +34,8 @@ struct ApiResponse {
 /// Any number of threads may ask at once.
 class Api {
  public:
-  /// The agent's part: both may throw, AgentError for what a user can mend.
+  /// What the agent itself does for two of the routes. Both may throw, AgentError for what a user
+  /// can mend. [any thread]
   struct Actions {
     std::function<Json(bool withTasks)> m_Status;
     std::function<SettingChanges()> m_Refresh;  ///< gives what is not in force yet
@@ -41,10 +44,10 @@ class Api {
   Api(OperationRoute& operations, FilesRoute& files, NotificationCenter& notifications,
       Actions actions);
 
-  /// Never throws: what goes wrong is an answer.
+  /// Answers the request. Never throws: a failure becomes an answer with an error.
   ApiResponse Handle(const ApiRequest& request);
 
-  /// The answer that an error is.
+  /// The answer with this error.
   static ApiResponse ErrorResponse(const RequestError& error);
 
  private:

@@ -10,26 +10,27 @@
 
 namespace NoxAgent {
 
-/// Serves HTTP/1.1 on the control socket: requests on a connection one after the other. One thread
-/// does all input and output without ever waiting, a few others answer requests; so a client that
-/// stalls costs a connection for a few seconds and nothing else.
+/// Serves HTTP/1.1 on the control socket; a connection takes one request after the other. One
+/// thread does all input and output and never waits for a client. A few other threads answer
+/// requests. So a client that stalls costs one connection for a few seconds, and nothing else.
 class ControlServer {
  public:
-  /// Bounds on what clients can take up.
+  // Bounds on what clients can take up.
   static constexpr std::size_t MaxHeaderBytes = 8 * 1024;
   static constexpr std::size_t MaxBodyBytes = 3 * 512 * 1024;
   static constexpr unsigned MaxConnections = 64;
   static constexpr unsigned MaxStreams = 16;
-  /// With more connections than this, each is closed behind its answer: clients that think never
-  /// keep others out.
+  /// With more connections than this, each is closed after its answer: so clients that keep a
+  /// connection without using it never lock others out.
   static constexpr unsigned MaxKeptConnections = MaxConnections / 2;
-  /// On one connection.
+  /// On one connection; it is closed after the last answer.
   static constexpr unsigned MaxRequests = 1000;
-  /// Lines that a stream's client may lag behind.
+  /// How many lines the client of a stream may lag behind before it is dropped.
   static constexpr std::size_t MaxStreamBacklog = 1000;
-  /// Requests that are answered at the same time; further ones wait.
+  /// How many requests are answered at the same time; further ones wait.
   static constexpr unsigned Workers = 4;
 
+  /// For the status; the first three count since the start.
   struct Counters {
     unsigned long m_Requests = 0;
     unsigned long m_Errors = 0;   ///< answered with 4xx or 5xx
@@ -38,8 +39,8 @@ class ControlServer {
     unsigned m_Streams = 0;       ///< now
   };
 
-  /// For the listening socket `fd`, which stays the caller's. Throws std::system_error when there
-  /// are no threads to be had.
+  /// For the listening socket `fd`, which stays the caller's. The references are borrowed and
+  /// outlive the server. Throws std::system_error when the system has no threads to give.
   ControlServer(int fd, const PeerCheck& peers, Api& api, NotificationCenter& notifications,
                 const ControlPatience& patience = {});
   ControlServer(const ControlServer&) = delete;
@@ -47,7 +48,7 @@ class ControlServer {
   /// REQUIRES: Stop has returned true, or Start was never called.
   ~ControlServer();
 
-  /// Serves clients from now on; those that have connected already have waited. Once.
+  /// Serves clients from now on, also those that have connected already. Call it once.
   void Start();
 
   /// Takes no more requests, ends streams, and waits until the requests under way have been

@@ -16,11 +16,11 @@
 
 namespace NoxAgent {
 
-/// One connection to the control socket: reads a request within its bounds, has it answered, writes
-/// the answer, and waits for the next one for a while when the client wants that. Lives as long as
-/// something of that is under way.
+/// One connection to the control socket. It reads a request within the bounds, has it answered,
+/// writes the answer, and waits for the next request for a while if the client wants that. It keeps
+/// itself alive as long as one of these goes on.
 ///
-/// Everything here happens on the thread of input and output.
+/// All of it happens on the thread of input and output.
 class ControlSession : public std::enable_shared_from_this<ControlSession> {
  public:
   using Socket = boost::asio::local::stream_protocol::socket;
@@ -31,12 +31,12 @@ class ControlSession : public std::enable_shared_from_this<ControlSession> {
     virtual const ControlPatience& Patience() const = 0;
     /// Has the request answered elsewhere; `done` is called here with the answer.
     virtual void Answer(ApiRequest request, std::function<void(ApiResponse)> done) = 0;
-    /// Goes on with the connection as a stream of notifications; nothing when there are too many,
-    /// and `socket` is then as before.
+    /// Goes on with the connection as a stream of notifications. False when there are too many
+    /// streams; `socket` is then as it was.
     virtual bool BecomeStream(Socket& socket) = 0;
-    /// Whether a client may be told that another request can follow on its connection.
+    /// Whether to offer a client to keep its connection for another request.
     virtual bool MayKeep() const = 0;
-    /// Whether no more requests are taken, whatever clients were told.
+    /// Whether no more requests are taken, even on connections that were offered to go on.
     virtual bool IsStopping() const = 0;
     /// A request has been answered with an error.
     virtual void CountError() = 0;
@@ -48,7 +48,7 @@ class ControlSession : public std::enable_shared_from_this<ControlSession> {
 
   /// Reads requests and answers them.
   void Start();
-  /// Answers with an error whatever the client sends.
+  /// Answers the connection with this error, whatever the client sends.
   void Refuse(const RequestError& error);
   /// Ends the session unless its request is being answered already. For the server's stop.
   void Cut();
@@ -69,8 +69,8 @@ class ControlSession : public std::enable_shared_from_this<ControlSession> {
   void Write(const ApiResponse& answer, bool keep);
   bool KeepsConnection() const;
   void WaitForNext();
-  /// Lets the client finish sending, so that the answer is not lost to it: a connection that is
-  /// closed with input unread counts as reset.
+  /// Lets the client finish sending before the connection is closed: closing it with input unread
+  /// would reset it, and the client could lose the answer.
   void Linger();
   void Discard();
   void End();

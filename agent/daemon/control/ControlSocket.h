@@ -11,8 +11,9 @@ namespace NoxAgent {
 /// The listening socket in the file system: mode 0660, and of the group that may use it.
 class ControlSocket {
  public:
-  /// Binds and listens. A socket that is there already belongs to nobody: the caller holds the lock
-  /// on its directory. `group` is a group's name, empty for none. Throws AgentError.
+  /// Binds and listens. A socket file that is there already is left over and is replaced: the
+  /// caller holds the lock on its directory, so no other agent uses it. `group` is the name of the
+  /// group that may use the socket, empty for none. Throws AgentError.
   ControlSocket(const BaseSDK::AString& path, const BaseSDK::AString& group);
   ControlSocket(const ControlSocket&) = delete;
   ControlSocket& operator=(const ControlSocket&) = delete;

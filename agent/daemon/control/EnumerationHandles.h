@@ -12,20 +12,23 @@
 
 namespace NoxAgent {
 
-/// Stands between clients and the enumerations of plug-ins. A plug-in's handle is a number that it
-/// trusts blindly; clients get a token instead, and only tokens that were given out reach the
-/// plug-in. What a client leaves open is closed for it.
+/// Stands between clients and the enumerations of plug-ins. A plug-in trusts each handle that it is
+/// given, so clients never see one: they get a token, and only tokens that were given out lead to a
+/// handle. Enumerations that clients leave open are closed for them. [any thread]
 class EnumerationHandles {
  public:
   using Clock = std::chrono::steady_clock;
 
+  /// How many may be open at the same time, of all clients.
   static constexpr std::size_t MaxOpen = 64;
-  /// By one client, so that one that closes none leaves some to the others.
+  /// How many one client may have open; so a client that never closes any leaves some to others.
   static constexpr std::size_t MaxOfOneClient = 16;
+  /// CloseIdle closes what was not used for this long.
   static constexpr Clock::duration MaxIdle = std::chrono::seconds(60);
 
-  /// A place for one more enumeration. Throws RequestError when there is none. `client` is the
-  /// process that asks, 0 when that is not known.
+  /// A place for one more enumeration, taken before the plug-in is asked to open it and given back
+  /// if it is not filled. Throws RequestError when there is no place. `client` is the process that
+  /// asks, 0 when that is not known.
   class Reservation {
    public:
     Reservation(EnumerationHandles& handles, long client);
@@ -51,7 +54,7 @@ class EnumerationHandles {
     Use& operator=(const Use&) = delete;
     ~Use();
     unsigned long Handle() const { return m_Handle; }
-    /// The enumeration will be closed: its token is not to be used again.
+    /// The caller closes the enumeration: the token becomes invalid when this object ends.
     void Forget() { m_Forget = true; }
 
    private:

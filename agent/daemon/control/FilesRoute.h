@@ -8,18 +8,20 @@
 
 namespace NoxAgent {
 
-/// The routes /v1/files: the documents that were put away because no task can be made of them, and
-/// what lies in the task directory without being a task.
+/// The routes /v1/files: the refused documents, and what else lies in the task directory without
+/// being a task. docs/http.md describes requests and answers.
 ///
-/// Any number of threads may ask at once. All throw RequestError.
+/// Any number of threads may ask at once. All operations throw RequestError.
 class FilesRoute {
  public:
   FilesRoute(const TaskStore& store, OperationRoute& operations);
 
   /// {"refused": [...], "strays": [...]}
   Json List() const;
-  /// Adds a document that was mended in its place as the task that it was.
+  /// Adds a refused document that somebody has mended as the task that it was, and removes it from
+  /// the folder. The answer is that of AddTask.
   Json TakeBack(const std::string& body);
+  /// Removes a refused document or a stray file for good.
   Json Remove(const std::string& body);
 
  private:

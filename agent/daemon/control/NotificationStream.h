@@ -11,9 +11,10 @@
 
 namespace NoxAgent {
 
-/// A client that follows the notifications: an HTTP answer that goes on, a chunk for each line.
+/// The connection of a client that follows the notifications: an HTTP answer without an end, with a
+/// chunk for each line.
 ///
-/// Everything here happens on the thread of input and output.
+/// All of it happens on the thread of input and output.
 class NotificationStream : public std::enable_shared_from_this<NotificationStream> {
  public:
   using Socket = boost::asio::local::stream_protocol::socket;
@@ -24,9 +25,9 @@ class NotificationStream : public std::enable_shared_from_this<NotificationStrea
   NotificationStream(Socket socket, unsigned secondsToWrite, OnEnd onEnd);
 
   void Start();
-  /// Sends the line as soon as those before it are through. Ends the stream when too many wait.
+  /// Sends the line after those that wait already. Ends the stream as dropped when too many wait.
   void Send(const Line& line);
-  /// Sends what waits and ends the stream then.
+  /// Sends what waits, then ends the stream.
   void Finish();
 
  private:

@@ -12,8 +12,9 @@
 
 namespace NoxAgent {
 
-/// The route /v1/PLUGIN/INTERFACE/OPERATION: one for every operation of every interface that a
-/// plug-in serves. From the path and the JSON body to the message, past the border, and back.
+/// The route /v1/PLUGIN/INTERFACE/OPERATION, which reaches every operation of every interface that
+/// a plug-in serves. It makes a message of the path and the JSON body, has the border check it
+/// (TaskBorder), sends it, and makes JSON of the reply.
 ///
 /// Any number of threads may ask at once.
 class OperationRoute {

@@ -10,11 +10,11 @@
 
 namespace NoxAgent {
 
-/// The members of a request's body, for requests that are no operation of an interface. What is
-/// wrong with one is a RequestError that names it.
+/// The members of a request's body, for requests that are not operations of an interface. Whatever
+/// is wrong with a member is thrown as a RequestError that names it.
 class RequestBody {
  public:
-  /// No other members than these may be there.
+  /// `names` are the members that may be there; any other one is an error.
   RequestBody(const std::string& body, std::initializer_list<const char*> names);
 
   /// A whole number in the signed 32-bit range; without a fallback it must be there.

@@ -6,10 +6,11 @@
 
 namespace NoxAgent {
 
-/// What the scheduler says of itself, taken apart: a heading and a line for each task in memory,
-/// then whether it runs tasks. The heading says "running", but the list is of all tasks.
+/// The scheduler's report on itself (ObjectDebugInfo), taken apart. It has a heading, a line for
+/// each task in memory, and at last whether the scheduler runs tasks. The heading says "running",
+/// but the list has all tasks.
 struct SchedulerReport {
-  /// Of any other report the whole text is the rest.
+  /// Reads the report. When it is none of a scheduler's, all of it becomes m_Rest.
   explicit SchedulerReport(std::string_view report);
 
   bool m_IsOne = false;                ///< it has the heading

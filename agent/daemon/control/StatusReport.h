@@ -10,7 +10,8 @@
 
 namespace NoxAgent {
 
-/// What GET /v1/status tells.
+/// Gathers what GET /v1/status answers; docs/http.md lists the members. The references are
+/// borrowed.
 struct StatusReport {
   const Settings& m_Settings;
   const Plugins& m_Plugins;
@@ -19,8 +20,8 @@ struct StatusReport {
   const TaskStore& m_Store;
   long m_StartTime;  ///< seconds since the epoch
 
-  /// [any thread] Asks every plug-in for its report. The IDs of all tasks are in it only when they
-  /// are asked for: there may be tens of thousands.
+  /// Asks every plug-in for its report. With `withTasks` the IDs of all tasks are in it; there may
+  /// be tens of thousands. [any thread]
   Json Make(const ControlServer::Counters& counters, bool withTasks) const;
 };
 

@@ -12,13 +12,14 @@
 
 namespace NoxAgent {
 
-/// Checks and explains, before the scheduler is asked: the scheduler takes nearly everything, and
-/// what it cannot use it drops, cuts or never runs, without a word.
+/// Checks requests before the scheduler gets them, and explains what is wrong. The scheduler takes
+/// nearly everything; what it cannot use it drops, cuts off or never runs, without a word.
 class TaskBorder {
  public:
+  /// In characters; an ID becomes a file name.
   static constexpr std::size_t MaxTaskIdLength = 200;
 
-  /// `plugins` are where tasks may find their handler.
+  /// `plugins` are the plug-ins whose handlers a task may name; borrowed.
   explicit TaskBorder(const Plugins& plugins);
 
   /// Checks a request for INoxTaskScheduler of `scheduler`; one for any other interface passes.

@@ -25,8 +25,8 @@ AString IdOf(const std::string& name, const StoreFileSystem& store) {
   return AString::FromUtf8(store.Directory().TaskIdOf(name));
 }
 
-// Asked for what it is already, the scheduler writes nothing; yet the file may tell otherwise since
-// an earlier write failed.
+// When a task is in the state asked for already, the scheduler writes nothing. Its file may still
+// say something else, because an earlier write failed.
 void AddStale(const AMsgIn& request, const StoreFileSystem& store, Errors& errors) {
   const auto* const value = request.Find("taskIds");
   const AString* const ids = value != nullptr ? std::get_if<AString>(value) : nullptr;

@@ -7,10 +7,10 @@
 
 namespace NoxAgent {
 
-/// The scheduler takes no notice of files that it cannot write: it goes on with what is in memory,
-/// and at the next reading of its files the change is undone. Whoever has asked for the change is
-/// told instead: throws RequestError (not-written) when what the answered request has changed is
-/// not on the disk. `failures` has been collected meanwhile.
+/// The scheduler ignores that it cannot write a file: it goes on with what is in memory, and the
+/// change is undone at the next reading of the files. This tells the client instead: it throws
+/// RequestError (not-written) when what the answered request has changed is not on the disk.
+/// `result` is the scheduler's answer; `failures` has collected while it answered.
 void ThrowIfNotWritten(const Corvane::AgentInterfacesV3::AMsgIn& request, long result,
                        const WriteFailures& failures, const StoreFileSystem& store);
 

@@ -34,12 +34,13 @@ class HandlerCalls::Link final : public Handler {
 HandlerCalls::HandlerCalls() : m_NoneOpen(AEvent::AutoReset) {}
 
 HandlerCalls::Handler* HandlerCalls::Track(Handler* handler) {
-  return new Link(*this, handler);  // goes with its Release, as the interface has it
+  return new Link(*this, handler);  // owned by the plug-in, whose Release destroys it
 }
 
 bool HandlerCalls::WaitUntilNone(unsigned long milliseconds) {
   while (!IsNoneOpen()) {
-    // An event from an earlier time costs one more look; only the last wait can time out.
+    // The event may still be set from an earlier time, which costs one more look. After a wait that
+    // times out nothing is left to wait for.
     if (m_NoneOpen.Wait(milliseconds, BaseSDK::ClockSkewIgnore) == AEvent::TimedOut) {
       return IsNoneOpen();
     }

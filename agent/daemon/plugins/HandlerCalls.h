@@ -6,8 +6,8 @@
 
 namespace NoxAgent {
 
-/// The task handlers that plug-ins have open, so that the agent knows when none is at work any
-/// more: a scheduler is not to be taken down while it waits for a handler.
+/// Counts the task handlers that plug-ins have open. The agent unloads nothing while one is open: a
+/// scheduler that waits for its handler cannot be taken down.
 class HandlerCalls {
  public:
   using Handler = Corvane::AgentInterfacesV3::INoxScheduledTaskHandler;
@@ -18,7 +18,7 @@ class HandlerCalls {
   /// [any thread]
   Handler* Track(Handler* handler);
 
-  /// Whether none is open, after waiting for `milliseconds` at most.
+  /// Waits until no handler is open; false when that has not happened for `milliseconds`.
   bool WaitUntilNone(unsigned long milliseconds) NOX_EXCLUDES(m_Lock);
 
  private:

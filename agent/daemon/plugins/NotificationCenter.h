@@ -15,8 +15,9 @@
 
 namespace NoxAgent {
 
-/// Tells plug-ins what happens: the events of the agent's life, and what other plug-ins post. All
-/// of it on the agent thread. Whoever else wants to know what is posted listens here.
+/// Tells plug-ins what happens: the events of the agent's life, and the notifications that plug-ins
+/// post. It does so on the agent thread. Other parts of the agent that want to know what is posted
+/// add a listener.
 class NotificationCenter {
  public:
   /// The kinds of NotifyObject.
@@ -31,13 +32,14 @@ class NotificationCenter {
     Subscribed = 10,
   };
 
-  /// One that was posted, as listeners see it.
+  /// A notification that was posted, as listeners see it.
   struct Notification {
     long m_Time;  ///< seconds since the epoch
     long m_Code;
     BaseSDK::AString m_Text;
   };
-  /// Called on the agent thread, with a lock held: hands on and returns.
+  /// Called on the agent thread and under a lock: it must pass the notification on and return, and
+  /// not add or remove listeners.
   using Listener = std::function<void(const Notification&)>;
 
   NotificationCenter(AgentThread& thread, const Plugins& plugins);
@@ -52,10 +54,12 @@ class NotificationCenter {
   /// Tells every plug-in, or all but `except`, and returns when they have been told. [any thread,
   /// no lock held that a plug-in takes]
   void Tell(Kind kind, const BaseSDK::AString& text, const Plugin* except = nullptr);
-  /// Has the plug-in answer the request on the agent thread. As Tell.
+  /// Has the plug-in answer the request on the agent thread, and returns when it has. [any thread,
+  /// no lock held that a plug-in takes]
   void SendOnAgentThread(Plugin& plugin, const Corvane::AgentInterfacesV3::AMsgIn& request);
 
-  /// The number by which to remove the listener; after removal it is not called any more.
+  /// Returns the number by which RemoveListener removes it. Once RemoveListener has returned, the
+  /// listener is not called any more.
   unsigned AddListener(Listener listener) NOX_EXCLUDES(m_Lock);
   void RemoveListener(unsigned number) NOX_EXCLUDES(m_Lock);
 

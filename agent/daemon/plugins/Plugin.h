@@ -28,7 +28,7 @@ class Plugin : public std::enable_shared_from_this<Plugin> {
 
   /// Reads the configuration, loads nothing. Throws AgentError.
   Plugin(PluginSettings settings, int queueNumber);
-  /// One that was not unloaded stays in memory.
+  /// A plug-in that was not unloaded stays in memory until the process ends.
   ~Plugin();
   Plugin(const Plugin&) = delete;
   Plugin& operator=(const Plugin&) = delete;

@@ -21,8 +21,9 @@ class PluginHost : public AgentSDK::AHost {
              HandlerCalls& handlerCalls);
   ~PluginHost() override;
 
-  /// The plug-in being initialised, null when none is: what its own threads ask meanwhile counts as
-  /// asked by it. [main thread]
+  /// Names the plug-in that is being initialised, null when none is. What a thread without a
+  /// plug-in of its own asks meanwhile counts as asked by it: it may have started that thread.
+  /// [main thread]
   void SetInitialising(std::shared_ptr<Plugin> plugin) NOX_EXCLUDES(m_Lock);
 
   long Subscribe(const BaseSDK::AString& subscriber, const long* codes, unsigned count) override;

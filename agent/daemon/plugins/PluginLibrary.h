@@ -4,7 +4,8 @@
 
 namespace NoxAgent {
 
-/// A plug-in's shared object in memory and the four functions that every plug-in exports.
+/// A plug-in's shared object in memory, with the functions that every plug-in exports. One thread
+/// at a time may call them.
 class PluginLibrary {
  public:
   /// Loads the shared object. Throws AgentError that says why it is none or no plug-in's.
@@ -14,8 +15,8 @@ class PluginLibrary {
   PluginLibrary(const PluginLibrary&) = delete;
   PluginLibrary& operator=(const PluginLibrary&) = delete;
 
-  /// Creates the plug-in's object and binds it to the message queue of that number: 1 on success.
-  /// This and the others: one at a time, from one thread.
+  /// Creates the plug-in's object and binds it to the message queue of that number; below 1 when
+  /// that fails.
   int Initialize(int queue) const { return m_Initialize(queue); }
   /// At least 1 when the object is gone; below 1 when it refuses.
   int Uninitialize(bool forced) const { return m_Uninitialize(forced); }
@@ -24,8 +25,8 @@ class PluginLibrary {
     return m_GetAttribute(name, value);
   }
 
-  /// From now on the shared object stays in memory until the process ends: a plug-in that would not
-  /// go may still run.
+  /// Keeps the shared object in memory until the process ends, for a plug-in that refused to go and
+  /// may still run.
   void Keep() { m_Keep = true; }
 
  private:

@@ -47,8 +47,8 @@ void PluginLifecycle::LoadAll(const Settings& settings) {
   for (const PluginSettings& plugin : settings.m_Plugins) {
     plugins.push_back(Make(plugin, settings));
   }
-  // A plug-in is told that one is there only when it has been told that the next is coming: a
-  // scheduler runs tasks whenever none is coming, and would find handlers missing in between.
+  // The end of one registration is told after the beginning of the next. A scheduler runs tasks
+  // whenever no registration is under way, and would find handlers missing in between.
   const Plugin* arrived = nullptr;
   for (const auto& plugin : plugins) {
     m_Notifications.Tell(NotificationCenter::RegistrationStarted, plugin->Name());
@@ -85,8 +85,8 @@ void PluginLifecycle::Load(const std::shared_ptr<Plugin>& plugin) {
        AString("Loaded the plug-in %1 from %2").Arg(plugin->Name(), plugin->Settings().m_Path));
 }
 
-// The scheduler takes its directory as given, and has no way to tell that it is not there or what
-// is wrong with what lies in it.
+// The scheduler takes it for granted that its directory is there and in order, and has no way to
+// say that it is not.
 void PluginLifecycle::PrepareTaskDirectory(Plugin& plugin, const Settings& settings) {
   const AString directory = settings.Resolve(plugin.Config().Peek("task_storage_path"));
   if (directory.IsEmpty()) {
@@ -134,15 +134,16 @@ void PluginLifecycle::Refresh(const std::function<void()>& readAgain) {
 bool PluginLifecycle::UnloadAll() {
   Plugins::List plugins = m_Plugins.All();
   std::reverse(plugins.begin(), plugins.end());
-  // All are told of all, of their own going too, which never finishes for them: so a scheduler
-  // starts nothing any more, whichever plug-ins have gone before it.
+  // Every plug-in is told that every plug-in is being unloaded, itself included. A scheduler never
+  // hears of the end of its own unloading, so it starts nothing any more, in whatever order they
+  // go.
   for (const auto& plugin : plugins) {
     m_Notifications.Tell(NotificationCenter::UnregistrationStarted, plugin->Name());
   }
   CallAll(plugins, "AgentStop");
   m_Handles.CloseAll();
-  // Before the first one goes: a scheduler may have registered runs and be about to open the
-  // handlers that are to do them.
+  // These waits come before the first plug-in is unloaded: a scheduler may have recorded runs and
+  // be about to open the handlers for them.
   return WaitForHandlers() && WaitForThreads() &&
          std::all_of(plugins.begin(), plugins.end(),
                      [this](const auto& plugin) { return Unload(plugin); });
@@ -159,8 +160,8 @@ bool PluginLifecycle::WaitForHandlers() {
   return false;
 }
 
-// A scheduler gives its thread a few seconds to end and is then gone whatever the thread does, and
-// recording a batch of runs may take longer than that.
+// A scheduler gives its thread a few seconds to end, and then it is gone, whatever the thread does.
+// Recording a batch of runs may take longer than that.
 bool PluginLifecycle::WaitForThreads() {
   if (BaseSDK::AThreadRest::WaitForAll(m_DrainMilliseconds)) {
     return true;
@@ -173,9 +174,9 @@ bool PluginLifecycle::WaitForThreads() {
 }
 
 bool PluginLifecycle::Unload(const std::shared_ptr<Plugin>& plugin) {
-  // First nobody opens its object any more, then whoever had a handler open has released it, then
-  // the queue closes, then no thread is in the middle of anything: the hourly load may have come
-  // since all were at rest.
+  // First nobody can open its object any more. Then the open handlers are waited for, then its
+  // queue is closed, then its threads are waited for once more: the hourly load may have begun
+  // since all threads were at rest.
   m_Plugins.Remove(*plugin);
   if (!WaitForHandlers()) {
     return false;

@@ -10,13 +10,14 @@
 
 namespace NoxAgent {
 
-/// Brings plug-ins up and takes them down, and tells the others of it. Also carries a policy
-/// refresh through.
+/// Loads the plug-ins at the start and unloads them at the end, and tells the other plug-ins of
+/// both. It also carries out a policy refresh.
 ///
 /// [main thread] unless stated.
 class PluginLifecycle {
  public:
-  /// How long what is under way in a plug-in may take before the agent gives up on it.
+  /// How long each thing that goes on in a plug-in may take before the agent gives up waiting for
+  /// it.
   static constexpr unsigned long DrainMilliseconds = 10000;
 
   PluginLifecycle(Plugins& plugins, NotificationCenter& notifications, PluginHost& host,

@@ -11,7 +11,7 @@ namespace NoxAgent {
 
 /// The plug-ins that are loaded, in the order of loading.
 ///
-/// A plug-in that leaves the list lives on for whoever still holds it: what is sent to it then is
+/// A plug-in that was removed lives on as long as somebody holds it; requests to it are then
 /// answered with an error. [any thread]
 class Plugins {
  public:
@@ -21,7 +21,7 @@ class Plugins {
   void Remove(const Plugin& plugin) NOX_EXCLUDES(m_Lock);
 
   List All() const NOX_EXCLUDES(m_Lock);
-  /// Null when there is none.
+  /// The plug-in of that name; null when there is none.
   std::shared_ptr<Plugin> Find(const BaseSDK::AString& name) const NOX_EXCLUDES(m_Lock);
   /// By the class identifier of its object. Null when there is none.
   std::shared_ptr<Plugin> FindClass(const BaseSDK::AString& classId) const NOX_EXCLUDES(m_Lock);

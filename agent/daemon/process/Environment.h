@@ -6,7 +6,8 @@
 
 namespace NoxAgent {
 
-/// What the agent takes from the process it runs in, gathered so that the rules on it can be tried.
+/// What the agent takes from the process that it runs in. It is gathered here so that tests can
+/// give the rules that depend on it another process.
 struct Environment {
   bool m_IsRoot = false;
   /// An environment variable, empty when it is unset.
@@ -15,7 +16,7 @@ struct Environment {
   BaseSDK::AString m_ProgramDir;
   BaseSDK::AString m_WorkingDir;
 
-  /// That of this process.
+  /// The environment of this process.
   static Environment OfProcess();
 };
 

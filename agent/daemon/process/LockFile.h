@@ -4,8 +4,8 @@
 
 namespace NoxAgent {
 
-/// Keeps a second agent away from a directory, for as long as the object lives. The lock is the
-/// kernel's: it goes with the process, however that ends, and the file may stay.
+/// Keeps a second agent out of a directory for as long as the object lives. The kernel holds the
+/// lock and drops it when the process ends, in whatever way; the file may stay behind.
 class LockFile {
  public:
   /// Throws AgentError: AlreadyRunning, naming the process that has it, or a failure to make the

@@ -9,7 +9,8 @@ struct LogSetup {
   /// Standard error and, when there is one, the file. Once. Throws AgentError when the file cannot
   /// be opened.
   static void Open(const Settings& settings);
-  /// What was logged is on standard error, unless its reader has stopped reading.
+  /// Returns when all that was logged before is on standard error, or when its reader has stopped
+  /// reading.
   static void Flush();
   /// The levels alone; may be repeated.
   static void SetLevels(const LogSettings& log);

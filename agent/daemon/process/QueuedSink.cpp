@@ -13,7 +13,7 @@ using BaseSDK::AString;
 namespace NoxAgent {
 namespace {
 
-// The texts are its own: whoever logged may be unloaded by the time it is written.
+// Copies all texts: the plug-in that logged may be unloaded by the time the message is written.
 struct Message {
   explicit Message(const ALogRecord& record)
       : m_Level(record.m_Level),
@@ -109,7 +109,7 @@ void QueuedSink::State::WriteDropped(unsigned long dropped) const {
 
 QueuedSink::QueuedSink(std::shared_ptr<ALogSink> target)
     : m_State(std::make_shared<State>(std::move(target))) {
-  // Nobody waits for its end: it may be in a call that does not come back.
+  // Detached: it may be in a call that does not come back, and then nobody could wait for its end.
   std::thread([state = m_State] { state->Run(); }).detach();
 }
 
@@ -124,7 +124,7 @@ void QueuedSink::Write(const ALogRecord& record) noexcept {
   try {
     m_State->Take(record);
   } catch (const std::exception&) {
-    // For want of memory; a log that cannot be written must not stop the work it tells of.
+    // Memory ran out. A log that cannot be written must not stop the work that it tells of.
   }
 }
 

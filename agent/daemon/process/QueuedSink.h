@@ -8,16 +8,19 @@
 
 namespace NoxAgent {
 
-/// Hands messages to another sink on a thread of its own, so that a reader who has stopped reading
-/// (a full pipe at standard error) stops nobody who logs. What does not fit any more is dropped and
-/// counted, and the count is logged when it goes on; errors wait a second for room first, unless it
-/// stands still already.
+/// Hands messages to another sink on a thread of its own. So a reader that has stopped reading (a
+/// full pipe at standard error) holds up nobody who logs. When the queue is full, messages are
+/// dropped and counted, and the count is logged when writing goes on. An error waits Patience for
+/// room before it is dropped, unless an earlier one has waited in vain since the last message was
+/// written.
 ///
-/// What is still queued when this ends is written, or given up after a second: the thread and the
-/// sink then stay as they are, in a call that does not come back, until the process ends.
+/// The destructor waits Patience for the queue to be written. A thread that is stuck in the other
+/// sink by then is left as it is, with the sink, until the process ends.
 class QueuedSink final : public BaseSDK::ALogSink {
  public:
+  /// How many messages may wait.
   static constexpr std::size_t MaxQueued = 2000;
+  /// How long an error waits for room, and Flush for the queue.
   static constexpr std::chrono::seconds Patience{1};
 
   explicit QueuedSink(std::shared_ptr<ALogSink> target);

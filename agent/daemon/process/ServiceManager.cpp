@@ -63,7 +63,8 @@ void ServiceManager::Stopping() const {
   Send("STOPPING=1\nSTATUS=Unloading plug-ins\n");
 }
 
-// Never waits: a service manager with that much to read yet finds signs of life enough in it.
+// Never waits. When the queue of the socket is full, the service manager finds enough signs of life
+// in it.
 void ServiceManager::KeepAlive() const {
   Send("WATCHDOG=1\n", MSG_DONTWAIT);
 }

@@ -16,10 +16,12 @@ class ServiceManager {
   ServiceManager& operator=(const ServiceManager&) = delete;
   ~ServiceManager();
 
+  /// The start, or what Reloading announced, is done.
   void Ready() const;
-  /// Followed by Ready when it is done.
+  /// A refresh has begun; Ready follows when it is done.
   void Reloading() const;
   void Stopping() const;
+  /// The sign of life that the watchdog waits for.
   void KeepAlive() const;
 
   /// How often KeepAlive is due, in milliseconds: half of what the service manager allows. Nothing

@@ -2,8 +2,8 @@
 
 namespace NoxAgent {
 
-/// The signals that mean something to the agent, taken in one place. They are caught, not blocked:
-/// what a handler starts gets every signal in its default state.
+/// Takes the signals that mean something to the agent, in one place. They are caught and not
+/// blocked, so a command that a handler starts has every signal in its default state.
 class SignalInbox {
  public:
   enum class Request { Stop, Refresh };
@@ -15,7 +15,7 @@ class SignalInbox {
   SignalInbox& operator=(const SignalInbox&) = delete;
   ~SignalInbox();
 
-  /// Waits for a request, for `milliseconds` at most; false when none came.
+  /// Waits for a request, `milliseconds` at most; false when none came. [main thread]
   bool Wait(unsigned long milliseconds, Request& request);
 
  private:

@@ -11,8 +11,9 @@
 
 namespace NoxAgent {
 
-/// Enumerations of the task directory. Each is read to its end when it is opened, so it holds no
-/// descriptor while somebody goes through it.
+/// Enumerations of the task directory. Each one is read to its end when it is opened, so it holds
+/// no descriptor while its user goes through it. Handles are those of AFileSystem: a number, 0 for
+/// none.
 ///
 /// [any thread]
 class DirectoryListings {
@@ -20,19 +21,21 @@ class DirectoryListings {
   struct Listing {
     std::vector<std::string> m_Names;
     std::size_t m_Next = 0;
-    int m_Error = 0;           ///< of what has ended it before its end
+    int m_Error = 0;           ///< why reading stopped early: an errno; 0: it is whole
     bool m_IsReading = false;  ///< the scheduler's own, not a request's
   };
 
-  /// What the directory holds. 0, or an errno when it cannot be opened.
+  /// Reads the directory into `listing`, in its own order, "." and ".." included. 0, or an errno
+  /// when it cannot be opened; m_Error tells of a reading that stopped early.
   static int List(BaseSDK::AFileSystem& files, const char* path, Listing& listing);
 
+  /// Keeps the listing and returns its handle, which is never 0.
   unsigned long Add(Listing listing) NOX_EXCLUDES(m_Lock);
   bool Has(unsigned long handle) const NOX_EXCLUDES(m_Lock);
-  /// The next name, null at the end; there is an errno there when the enumeration broke off.
-  /// REQUIRES: Has(handle).
+  /// The next name, valid until the enumeration is removed; null after the last one. 0, but after
+  /// the last name of a listing that stopped early its errno. REQUIRES: Has(handle).
   int Next(unsigned long handle, const char*& name) NOX_EXCLUDES(m_Lock);
-  /// What is left; nothing when there is no such enumeration.
+  /// Ends the enumeration and gives its listing; nothing when there is none of that handle.
   std::optional<Listing> Remove(unsigned long handle) NOX_EXCLUDES(m_Lock);
 
  private:

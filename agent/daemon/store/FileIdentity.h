@@ -6,7 +6,8 @@
 
 namespace NoxAgent {
 
-/// Which file it was and in which condition: two that are equal hold the same bytes.
+/// Which file it was, and in which condition. Two equal ones mean the same bytes, except for a file
+/// that is written twice within one tick of its file system's clock.
 struct FileIdentity {
   std::uint64_t m_Device = 0;
   std::uint64_t m_Number = 0;
@@ -24,7 +25,7 @@ struct FileIdentity {
 
   bool operator==(const FileIdentity&) const = default;
 
-  /// The same but for its name: a rename changes m_Changed.
+  /// Whether `other` is this file after a rename, or unchanged: a rename changes m_Changed alone.
   bool IsRenamed(FileIdentity other) const {
     other.m_Changed = m_Changed;
     return *this == other;

@@ -4,11 +4,11 @@
 
 namespace NoxAgent {
 
-/// Passes every call on to another file system; classes that derive from it override what they do
-/// otherwise.
+/// Passes every call on to another file system. A class that derives from it overrides the calls
+/// that it treats otherwise.
 class ForwardingFileSystem : public BaseSDK::AFileSystem {
  public:
-  /// `below` is borrowed.
+  /// `below` is borrowed and outlives this object.
   explicit ForwardingFileSystem(AFileSystem& below) : m_Below(below) {}
 
   int Open(const char* path, int flags, unsigned mode, int& fd) override {

@@ -12,31 +12,36 @@
 
 namespace NoxAgent {
 
-/// What the agent knows of the task files, by their names: in which condition each one was read or
-/// written last, and what it was judged then. So a file that has not changed is not judged again.
+/// What the agent knows of the task files, by their names: in which condition it saw each one last,
+/// when it was read or written, and how it was judged then. A file that has not changed since need
+/// not be judged again.
 ///
 /// [any thread]
 class KnownFiles {
  public:
-  /// The scheduler has got this file to read. One that is not `settled` is judged again next time.
+  /// The file was handed to the scheduler for reading. With `settled` false it is judged again next
+  /// time: it was changed so recently that another change might not show.
   void Accept(const std::string& name, const FileIdentity& identity, bool settled)
       NOX_EXCLUDES(m_Lock);
-  /// It cannot be read, and stays where it is. True when that is news.
+  /// The file cannot be read as a task and stays where it is. True when this is news: an unknown
+  /// file, or another condition or reason than last time.
   bool Refuse(const std::string& name, const FileIdentity& identity, const Refusal& refusal)
       NOX_EXCLUDES(m_Lock);
-  /// The scheduler has written this file; it is judged when it is read.
+  /// The scheduler has written the file. It is judged when it is read.
   void Write(const std::string& name, const FileIdentity& identity) NOX_EXCLUDES(m_Lock);
   void Forget(const std::string& name) NOX_EXCLUDES(m_Lock);
 
-  /// Whether the file was accepted as it is, settled.
+  /// Whether the file was accepted in this very condition and as settled. The reading under way
+  /// then counts it as still there.
   bool IsAccepted(const std::string& name, const FileIdentity& identity) NOX_EXCLUDES(m_Lock);
-  /// Whether the scheduler has read or written the file as it is: no one else has put it there.
+  /// Whether the scheduler has read or written the file in this condition: nobody else has changed
+  /// it since.
   bool IsCurrent(const std::string& name, const FileIdentity& identity) const NOX_EXCLUDES(m_Lock);
   /// Why a file that stays where it is was refused; nothing when it was not.
   std::optional<Refusal> RefusalOf(const std::string& name) const NOX_EXCLUDES(m_Lock);
 
-  /// A reading of the whole directory: what is asked for by nobody in it is gone, and is forgotten
-  /// at its end.
+  // These two enclose a reading of the whole directory. A file that nobody asks for in between is
+  // gone, and is forgotten at the end.
   void BeginReading() NOX_EXCLUDES(m_Lock);
   void EndReading() NOX_EXCLUDES(m_Lock);
 

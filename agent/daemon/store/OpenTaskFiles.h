@@ -8,22 +8,26 @@
 
 namespace NoxAgent {
 
-/// The task files that are open, by their descriptors: those that are being made, which nobody is
-/// to judge yet, and those that were judged to be read, whose bytes then come from here: so the
-/// scheduler reads just what was judged.
+/// The task files that are open now, by their descriptors. There are two kinds: files that are
+/// being made, which nobody may judge yet; and files that were judged when they were opened for
+/// reading. Of these the bytes are kept here, so that the scheduler reads exactly the bytes that
+/// were judged.
 ///
 /// [any thread]
 class OpenTaskFiles {
  public:
+  /// The file `name` was created by this descriptor and is yet to be written.
   void AddMade(int fd, const std::string& name) NOX_EXCLUDES(m_Lock);
+  /// The open file was found good, and these are its bytes.
   void AddJudged(int fd, std::string bytes) NOX_EXCLUDES(m_Lock);
-  /// Before the descriptor is closed.
+  /// Forgets the file. Call it before the descriptor is closed: its number may be used again then.
   void Remove(int fd) NOX_EXCLUDES(m_Lock);
 
   bool IsBeingMade(const std::string& name) const NOX_EXCLUDES(m_Lock);
-  /// The name of one that is being made.
+  /// The name of the file when it is being made; nothing otherwise.
   std::optional<std::string> NameOfMade(int fd) const NOX_EXCLUDES(m_Lock);
-  /// The next bytes of one that was judged; false when the descriptor is none of these.
+  /// The next `size` bytes at most of a file that was judged; `got` is 0 at its end. False when the
+  /// descriptor is not that of a judged file.
   bool Read(int fd, void* buffer, std::size_t size, std::size_t& got) NOX_EXCLUDES(m_Lock);
 
  private:

@@ -13,11 +13,12 @@ namespace NoxAgent {
 /// [any thread]
 class ReadingTimes {
  public:
-  /// A reading has come to its end, or has failed.
+  /// A reading has come to its end or has failed, now.
   void NoteEnd();
-  /// When the next one comes at the latest; nothing before the first one.
+  /// When the next reading comes at the latest, in seconds since the epoch; nothing before the
+  /// first one has ended.
   std::optional<long> Next() const;
-  /// "14:03:22", for messages; "the next reading" is what it is the time of.
+  /// The local time of Next() for messages, such as "14:03:22"; "?" before the first reading.
   BaseSDK::AString NextText() const;
 
  private:

@@ -6,9 +6,10 @@
 
 namespace NoxAgent {
 
-/// Holds a descriptor back for the kit's file calls: when the process or the system has no other
-/// left (EMFILE, ENFILE), it is given up for as long as a file is open. Without it one bad moment
-/// would cost the scheduler all its tasks until the next reading.
+/// Keeps one descriptor in reserve for the kit's file calls. When the process or the system has no
+/// other left (EMFILE, ENFILE), it gives the reserve up and opens the file with it; it fills the
+/// reserve again when a file is closed. Without this, one moment without descriptors would cost the
+/// scheduler all its tasks until the next reading.
 ///
 /// [any thread]
 class SparingFileSystem final : public ForwardingFileSystem {

@@ -21,7 +21,7 @@ bool IsToRead(int flags) {
   return (flags & (O_ACCMODE | O_CREAT | O_TRUNC | O_DIRECTORY)) == O_RDONLY;
 }
 
-// For want of memory a call fails as any other does.
+// When memory runs out a call fails with an errno, as for any other reason.
 template <class Call>
 int WithoutThrowing(const Call& call) {
   try {
@@ -50,7 +50,8 @@ int StoreFileSystem::Open(const char* path, int flags, unsigned mode, int& fd) {
     if (name && IsToRead(flags) && m_Directory.IsTaskFile(*name)) {
       return m_Reader.Open(*name, path, flags, fd);
     }
-    // What AFile::Write writes to has a name with a dot in front: how that goes, Replaced tells.
+    // AFile::Write writes to a file with a dot in front of its name; Replaced reports how that
+    // went.
     if (name && !IsToRead(flags) && !name->starts_with('.')) {
       return Make(*name, path, flags, mode, fd);
     }
@@ -127,8 +128,8 @@ int StoreFileSystem::Unlink(const char* path) {
   });
 }
 
-// Listed in one go: the enumeration holds no descriptor meanwhile, and whoever lets it lie costs
-// nothing.
+// Listed in one go: the enumeration holds no descriptor meanwhile, and costs nothing when its
+// client never ends it.
 int StoreFileSystem::OpenDirectory(const char* path, unsigned long& handle) {
   handle = 0;
   if (!m_Directory.IsItself(path)) {

@@ -17,19 +17,22 @@
 
 namespace NoxAgent {
 
-/// The file system as the scheduler sees it, with an eye on the task directory. The scheduler takes
-/// any file for a task and deletes what it can make nothing of, drops tasks that it cannot read,
-/// and goes on when it cannot write, all without a word. So here, on the way to the disk:
+/// The file system as the scheduler sees it. It watches over the task directory, because the
+/// scheduler is careless with it, and silent: it takes any file for a task, deletes what it can
+/// make no task of, drops tasks that it cannot read, and goes on when it cannot write. So on the
+/// way to the disk:
 ///
-/// - a file is judged when it is opened to be read (TaskReader);
-/// - what the scheduler deletes, though no request has asked it to, is told of (TaskRemover);
-/// - a task file that cannot be written is told of (WriteTrouble, WriteFailures);
-/// - the directory is listed in one go, and a listing that breaks off is told of.
+/// - a file is judged when it is opened for reading (TaskReader);
+/// - a file that the scheduler deletes of its own accord is reported in the log (TaskRemover);
+/// - a task file that cannot be written is reported (WriteTrouble, WriteFailures);
+/// - the directory is listed in one go, and a listing that breaks off is reported.
 ///
-/// Everything else passes through. [any thread]
+/// Everything else passes through. A call counts as the scheduler's own when the thread is
+/// answering no request. [any thread]
 class StoreFileSystem final : public ForwardingFileSystem {
  public:
-  /// `below` is borrowed; refused documents go to the folder `refusedPath`.
+  /// `below` is borrowed and outlives this object. Refused documents go to the folder
+  /// `refusedPath`.
   StoreFileSystem(AFileSystem& below, TaskDirectory directory, const std::string& refusedPath);
 
   const TaskDirectory& Directory() const { return m_Directory; }
@@ -54,7 +57,7 @@ class StoreFileSystem final : public ForwardingFileSystem {
   /// The name of a task file; nothing for any other path.
   std::optional<std::string> TaskFileAt(const char* path) const;
   int Make(const std::string& name, const char* path, int flags, unsigned mode, int& fd);
-  /// Of a file that is being made.
+  /// Notes the failure of a call on a file that is being made; returns `error`.
   int NoteOfMade(int fd, int error);
   void ReportReading(int error) const;
 

@@ -13,7 +13,7 @@ namespace NoxAgent {
 
 std::vector<StrayFiles::Stray> StrayFiles::List() const {
   DirectoryListings::Listing listing;
-  // One that cannot be read is told of when the scheduler reads it.
+  // A directory that cannot be read is logged when the scheduler reads it.
   (void)DirectoryListings::List(m_Files, m_Directory.Path().c_str(), listing);
   std::sort(listing.m_Names.begin(), listing.m_Names.end());
   std::vector<Stray> strays;

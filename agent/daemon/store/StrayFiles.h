@@ -13,8 +13,8 @@
 
 namespace NoxAgent {
 
-/// What lies in the task directory and is no task: other files, directories, and documents that no
-/// task can be made of but that could not be moved away.
+/// Finds what lies in the task directory and is no task: other files, directories, and refused
+/// documents that could not be moved away.
 ///
 /// [any thread]
 class StrayFiles {
@@ -24,16 +24,17 @@ class StrayFiles {
     BaseSDK::AString m_Reason;
   };
 
-  /// All are borrowed.
+  /// All arguments are borrowed and outlive this object.
   StrayFiles(BaseSDK::AFileSystem& files, const TaskDirectory& directory, const KnownFiles& known,
              const OpenTaskFiles& open)
       : m_Files(files), m_Directory(directory), m_Known(known), m_Open(open) {}
 
-  /// By name. Hidden files are not among them: the scheduler writes to such.
+  /// All strays, by name. Hidden files do not count: the scheduler writes to such files itself.
   std::vector<Stray> List() const;
-  /// Why what is called `name` is no task; nothing when it is one, or when there is nothing.
+  /// Why the entry `name` is no task; nothing when it is one, is hidden, is being made, or is not
+  /// there.
   std::optional<BaseSDK::AString> WhyStray(const std::string& name) const;
-  /// 0 or an errno. REQUIRES: it is a stray.
+  /// Removes the entry, which is no directory. 0 or an errno. REQUIRES: WhyStray gave a reason.
   int Remove(const std::string& name);
 
  private:

@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t MostTold = 5;
 
-// 0 when the trigger has none that can be read.
+// 0 when the trigger has no end date, or none that can be read.
 long EndOf(const AString& trigger) {
   const AXmlDoc document(trigger);
   const long begin = ADateTime(document.SelectSingleNode("/Trigger/BeginDate/text()")).GetTime();

@@ -17,13 +17,13 @@ namespace NoxAgent {
 namespace {
 
 constexpr const char* Source = "TaskReader";
-// A file that is another one at every look is being written over and over.
+// A file that has changed at so many looks in a row is being written over and over.
 constexpr int MaxLooks = 3;
 constexpr std::int64_t NanosecondsPerSecond = 1000000000;
 constexpr std::int64_t SecondsToSettle = 2;
 
-// One that was written just now may be written again with the same size and, as clocks of file
-// systems go, the same time.
+// A file that was written just now may be written again with the same size and the same time: the
+// clocks of file systems are coarse.
 bool IsSettled(const FileIdentity& identity) {
   return identity.m_Modified / NanosecondsPerSecond + SecondsToSettle < std::time(nullptr);
 }
@@ -64,7 +64,7 @@ int TaskReader::TryToOpen(const std::string& name, const std::string& path, int 
   try {
     result = LookAt(name, fd, look);
   } catch (const std::bad_alloc&) {
-    // The descriptor goes, and the caller hears of it.
+    // The result stays ENOMEM: the descriptor is closed below, and the caller gets the error.
   }
   if (result == 0 && !look.m_Refusal) {
     return 0;
@@ -150,7 +150,7 @@ void TaskReader::LeaveInPlace(const std::string& name, const Look& look, const A
 void TaskReader::ReportUnreadable(const std::string& name, const std::string& path, int error) {
   AFileSystem::Info info;
   (void)m_Parts.m_Files.GetInfo(path.c_str(),
-                                info);  // none: the reason alone tells whether it is news
+                                info);  // without it the reason alone tells whether it is news
   const AString reason = error == ESTALE
                              ? AString("somebody writes to it")
                              : AString("it cannot be read: %1").Arg(std::strerror(error));

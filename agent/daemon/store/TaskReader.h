@@ -11,13 +11,13 @@
 
 namespace NoxAgent {
 
-/// Opens task files to be read, and sees to it that the scheduler gets none that it can make no
-/// task of: it would delete that.
+/// Opens task files for reading, and keeps from the scheduler each file that it could make no task
+/// of, because it would delete the file.
 ///
 /// [any thread]
 class TaskReader {
  public:
-  /// All of them are borrowed.
+  /// What it works with. All of them are borrowed and outlive the reader.
   struct Parts {
     BaseSDK::AFileSystem& m_Files;
     RefusedFolder& m_Refused;
@@ -28,8 +28,9 @@ class TaskReader {
 
   explicit TaskReader(const Parts& parts) : m_Parts(parts) {}
 
-  /// 0 and a descriptor, whose bytes m_Open may have, or an errno. What is refused is put away and
-  /// is ENOENT.
+  /// 0 and a descriptor, whose bytes are to be read through m_Open when they were judged; or an
+  /// errno. A file that is refused is moved to the refused documents, or left where it cannot be
+  /// moved; either way the answer is ENOENT, as for a file that is not there.
   int Open(const std::string& name, const std::string& path, int flags, int& fd);
 
  private:

@@ -52,7 +52,8 @@ int TaskRemover::RemoveCurrent(const std::string& name, const std::string& path)
   return RemoveUnchanged(name, path, FileIdentity(entry));
 }
 
-// By way of another name, so that a file that takes its place at this very moment is seen.
+// Renames the file before it deletes it: so a file that takes its place at this very moment is
+// seen.
 int TaskRemover::RemoveUnchanged(const std::string& name, const std::string& path,
                                  const FileIdentity& identity) {
   const std::string aside =

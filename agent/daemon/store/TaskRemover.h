@@ -10,19 +10,20 @@
 
 namespace NoxAgent {
 
-/// Removes the files of tasks that the scheduler has ended on its own account, and tells why before
-/// the file goes. One that somebody has changed since the scheduler read it stays: it is another
-/// task by now.
+/// Removes the files of tasks that the scheduler ends of its own accord, and says in the log why
+/// before the file goes. A file that somebody has changed since the scheduler read it stays,
+/// because it is another task by now.
 ///
 /// [any thread]
 class TaskRemover {
  public:
-  /// All are borrowed.
+  /// All arguments are borrowed and outlive this object.
   TaskRemover(BaseSDK::AFileSystem& files, const TaskDirectory& directory, KnownFiles& known,
               const ReadingTimes& readings)
       : m_Files(files), m_Directory(directory), m_Known(known), m_Readings(readings) {}
 
-  /// 0 or an errno.
+  /// Removes the task file `name` at `path`. 0 or an errno; ESTALE when it has been changed and
+  /// stays. Failures are logged.
   int Remove(const std::string& name, const std::string& path);
 
  private:

@@ -10,11 +10,11 @@
 
 namespace NoxAgent {
 
-/// The agent's part in the task files: it puts itself between the scheduler and the disk (see
-/// StoreFileSystem) for as long as it lives, which is longer than any plug-in does.
+/// The agent's part in the task files. While it lives, it stands between the scheduler and the disk
+/// (see StoreFileSystem). It must outlive every plug-in.
 class TaskStore {
  public:
-  /// In force from now on, in front of the file system that was in force before. [main thread]
+  /// Puts itself in front of the file system in force. [main thread]
   TaskStore();
   TaskStore(const TaskStore&) = delete;
   TaskStore& operator=(const TaskStore&) = delete;
@@ -22,17 +22,19 @@ class TaskStore {
 
   /// Which task files to look after.
   struct Tasks {
-    BaseSDK::AString m_Scheduler;  ///< the plug-in whose they are
+    BaseSDK::AString m_Scheduler;  ///< the name of the plug-in that they belong to
     BaseSDK::AString m_Directory;
     BaseSDK::AString m_Extension;
     BaseSDK::AString m_RefusedPath;  ///< where refused documents go
   };
-  /// Throws AgentError when the directory cannot be read. Before the scheduler is loaded; only the
-  /// first directory counts. [main thread]
+  /// Looks after these task files from now on. Call it before the scheduler is loaded. Only the
+  /// first directory is guarded; another one is logged. Throws AgentError when the directory cannot
+  /// be read. [main thread]
   void Guard(const Tasks& tasks);
 
-  /// Null without a scheduler. [any thread, once plug-ins are loaded]
+  /// The guarded files; null without a scheduler. [any thread, once plug-ins are loaded]
   StoreFileSystem* Files() const { return m_Files.get(); }
+  /// The name of the plug-in that the files belong to; empty without one.
   const BaseSDK::AString& Scheduler() const { return m_Scheduler; }
 
  private:

@@ -66,8 +66,8 @@ int MoveUnchanged(AFileSystem& files, const std::string& from, const std::string
   if (error == 0 && FileIdentity(info).IsRenamed(expected)) {
     return 0;
   }
-  // Another one took its place between the look and the rename. It goes back, unless yet another
-  // has come, which has replaced it then.
+  // Another file took its place between the look and the rename. That one goes back to `from`. If
+  // yet another has come to `from` by now, it is the newer one and counts.
   if (files.Rename(to.c_str(), from.c_str(), false) == EEXIST) {
     (void)files.Unlink(to.c_str());
   }

@@ -5,10 +5,12 @@
 
 namespace NoxAgent {
 
-/// Which task files could not be written or removed while the calling thread was answering a
-/// request, and why: the scheduler itself takes no notice of that.
+/// Collects which task files could not be written or removed while the calling thread was answering
+/// a request, and why. The scheduler itself ignores such failures, so the one who answers a request
+/// makes an object before and looks at it afterwards.
 ///
-/// Collects for the thread that it lives on, from its beginning to its end. They do not nest.
+/// An object collects for the thread that made it, from its construction to its destruction. Two of
+/// them on one thread must not overlap.
 class WriteFailures {
  public:
   WriteFailures();
@@ -16,11 +18,11 @@ class WriteFailures {
   WriteFailures& operator=(const WriteFailures&) = delete;
   ~WriteFailures();
 
-  /// The file `name` could not be written, for the reason `error`, an errno. Heard by the object
-  /// that lives on this thread, if there is one.
+  /// The file `name` could not be written or removed; `error` is an errno. The object of the
+  /// calling thread takes it; without one it is dropped.
   static void Note(const std::string& name, int error);
 
-  /// File names, and of each the errno that came first.
+  /// File names, each with the errno that came first.
   const std::map<std::string, int>& All() const { return m_Errors; }
 
  private:

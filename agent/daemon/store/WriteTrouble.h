@@ -9,23 +9,24 @@
 
 namespace NoxAgent {
 
-/// Tells in the log when task files cannot be written any more, and when they can again: on a full
-/// disk every run of every task would have something to say.
+/// Logs when task files cannot be written any more, and when they can be again. It says so once
+/// each: on a full disk every run of every task would repeat it.
 ///
 /// [any thread]
 class WriteTrouble {
  public:
-  /// `readings` is borrowed.
+  /// `readings` is borrowed and outlives this object.
   explicit WriteTrouble(const ReadingTimes& readings) : m_Readings(readings) {}
 
-  /// How writing the task file `name` ended: 0 or an errno.
+  /// Writing the task file `name` ended with `error`: 0 or an errno.
   void Note(const std::string& name, int error) NOX_EXCLUDES(m_Lock);
 
-  /// Why the file tells something else than the scheduler has in memory: an errno, or 0.
+  /// Why the file says something else than the scheduler has in memory: the errno of its last
+  /// write, or 0 when it does not.
   int ErrorOf(const std::string& name) const NOX_EXCLUDES(m_Lock);
   /// The file is gone.
   void Forget(const std::string& name) NOX_EXCLUDES(m_Lock);
-  /// The scheduler reads all files again, so what they tell is what it has.
+  /// The scheduler reads all files again, so it has in memory what they say.
   void ForgetFiles() NOX_EXCLUDES(m_Lock);
 
  private:
@@ -33,7 +34,7 @@ class WriteTrouble {
 
   mutable BaseSDK::AMutex m_Lock;
   int m_Error NOX_GUARDED_BY(m_Lock) = 0;             ///< of the last write
-  unsigned long m_Failed NOX_GUARDED_BY(m_Lock) = 0;  ///< in a row
+  unsigned long m_Failed NOX_GUARDED_BY(m_Lock) = 0;  ///< writes in a row
   std::map<std::string, int> m_Stale NOX_GUARDED_BY(m_Lock);
 };
 

@@ -15,6 +15,7 @@ namespace NoxHandler {
 /// What to run for a task: the content of its job file. docs/command-handler.md describes the
 /// keys. Texts for the system are bytes (UTF-8).
 struct Job {
+  /// Load refuses a larger file.
   static constexpr std::size_t MaxFileBytes = 64 * 1024;
 
   std::string m_Command;  ///< an absolute path, or a name to be found in PATH
@@ -30,18 +31,19 @@ struct Job {
   /// Throws JobError that names file, line and key for whatever is wrong with the text.
   static Job Parse(const BaseSDK::AString& fileName, const BaseSDK::AString& text);
 
-  /// The same without an exception: adds all that is wrong, in the file's order. A line that is no
-  /// line of such a file is told alone.
+  /// The same without an exception: adds everything that is wrong to `problems`, in the order of
+  /// the file. A line that no INI text has is told alone.
   static Job Parse(const BaseSDK::AString& fileName, const BaseSDK::AString& text,
                    std::vector<BaseSDK::AString>& problems);
 
-  /// Parse of a file. One that a stranger may have written is refused too, or whose directory a
-  /// stranger may write to: it would hand him the agent's rights. Strangers are all but root and
-  /// the agent's user, to whom file and directory have to belong; for an agent that runs as root,
-  /// the group may not write either.
+  /// Reads and parses the file. Throws JobError also when a stranger may have written the file or
+  /// may write to its directory, because a job runs with the agent's rights. File and directory
+  /// must belong to root or to the agent's user, and nobody else may write to them; for an agent
+  /// that runs as root, their group may not write either.
   static Job Load(const BaseSDK::AString& fileName);
 
-  /// "FILE:LINE: key: reason", for what is wrong with a value as things stand on the machine.
+  /// The error "FILE:LINE: key: reason", for a value that the machine as it is cannot serve, such
+  /// as a user that does not exist. The caller throws it.
   JobError ErrorAt(const char* key, const BaseSDK::AString& reason) const;
 };
 

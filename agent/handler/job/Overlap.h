@@ -16,10 +16,10 @@ enum class OverlapRule {
 /// "skip", "queue" or "kill"; empty for any other word.
 std::optional<OverlapRule> ParseOverlap(const BaseSDK::AString& word);
 
-/// What becomes of a dispatch that finds the task running. The scheduler takes a task that says
-/// "Started" for one that never ran each time it reads the task files, and dispatches it once more:
-/// a dispatch as "never run" of a running task is that echo and nothing else, whatever the job
-/// wants.
+/// Decides what becomes of a task that is handed over while its run goes on; `wanted` is the rule
+/// of its job. A task handed over as "never run" is always left out: each time the scheduler reads
+/// the task files, it takes a task that says "Started" for one that never ran and hands it over
+/// again, although no new start is due.
 OverlapRule DecideOverlap(OverlapRule wanted, bool neverRun);
 
 }  // namespace NoxHandler

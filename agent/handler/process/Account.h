@@ -19,8 +19,8 @@ struct Account {
   std::vector<gid_t> m_Groups;  ///< supplementary groups; only filled for an account to switch to
   bool m_Switch = false;        ///< whether the command has to change to it
 
-  /// `user` empty: the agent's own. Throws JobError for an unknown user, and for another user than
-  /// the agent's own unless the agent is root.
+  /// The account of `user`; when that is empty, of the user that the agent runs as. Throws JobError
+  /// when there is no such user, and when it is another user but the agent is not root.
   static Account Find(const std::string& user);
 };
 

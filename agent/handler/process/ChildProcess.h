@@ -12,13 +12,13 @@
 
 namespace NoxHandler {
 
-/// A command's process: a session and process group of its own, standard input empty, standard
-/// output and error both to Output(), no other descriptor of the agent, signals as for a fresh
-/// program. One thread at a time uses it; the destructor reaps a process that has ended and leaves
-/// alone one that has not.
+/// A command's process. It has a session and process group of its own, an empty standard input, no
+/// other descriptor of the agent, and signals as a fresh program has them; its standard output and
+/// error both go to Output(). One thread at a time may use the object. The destructor reaps a
+/// process that has ended, and leaves one alone that has not.
 class ChildProcess {
  public:
-  /// For the words about a start that failed.
+  /// What messages about a failed start call things.
   struct Names {
     BaseSDK::AString m_User;
     BaseSDK::AString m_Directory;
@@ -32,25 +32,27 @@ class ChildProcess {
   ChildProcess& operator=(const ChildProcess&) = delete;
   ~ChildProcess();
 
-  /// Lets it become the command. Should the agent die before this, so does the process.
+  /// Lets the process become the command. If the agent dies before this call, the process ends.
   void Go();
 
   pid_t Pid() const { return m_Pid; }
-  /// Becomes readable when the process has ended.
+  /// A descriptor to wait on: it becomes readable when the process has ended.
   int EndHandle() const { return m_PidFd.Get(); }
-  /// Where its output comes from; does not block. Closed by CloseOutput.
+  /// The descriptor that its output comes from; reading does not block. -1 after CloseOutput.
   int Output() const { return m_Output.Get(); }
   void CloseOutput() { m_Output.Close(); }
 
-  /// How it ended. Its number stays taken until Reap.
+  /// How it ended.
   struct Outcome {
     bool m_Exited = false;  ///< else a signal ended it
     int m_Code = 0;         ///< exit status or signal number
   };
+  /// How it ended; nothing while it runs. The process number stays taken until Reap.
   std::optional<Outcome> End() const;
-  /// Why it could not become the command; empty when it could. For a process that has ended.
+  /// Why the process could not become the command; empty when it could. REQUIRES: it has ended.
   BaseSDK::AString StartFailure() const;
-  /// Forgets the process that has ended. Afterwards its number may name another one.
+  /// Frees the number of the process; it may name another process afterwards. REQUIRES: it has
+  /// ended.
   void Reap();
 
  private:

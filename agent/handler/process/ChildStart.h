@@ -6,10 +6,12 @@ namespace NoxHandler {
 
 struct Launch;
 
-/// The part of starting a command that runs in the new process, between fork and exec. Made before
-/// the fork; afterwards only what a signal handler may do is done.
+/// The part of starting a command that runs in the new process, between fork and exec. Make the
+/// object before the fork. Run does only what a signal handler may do, because other threads of the
+/// agent may have held any lock at the moment of the fork.
 class ChildStart {
  public:
+  /// How far the start had come when it failed.
   enum Stage { Streams, User, Directory, Program };
 
   /// What the new process writes to m_FailureFd when it cannot become the command.
@@ -18,14 +20,16 @@ class ChildStart {
     int m_Errno;
   };
 
-  /// The lowest number that a descriptor given here may have; those below are put in their place.
+  /// The lowest number that a descriptor given here may have: the process puts its own in the
+  /// places below.
   static constexpr int FirstFree = 5;
 
+  /// What the new process is given; each number is FirstFree or above.
   struct Descriptors {
-    int m_Go;
-    int m_Null;
-    int m_Output;
-    int m_Failure;
+    int m_Go;       ///< a byte here lets it go on; the end of input makes it end
+    int m_Null;     ///< standard input
+    int m_Output;   ///< standard output and error
+    int m_Failure;  ///< where it writes a Failure
   };
 
   /// `launch` is borrowed.

@@ -11,8 +11,8 @@
 
 namespace NoxHandler {
 
-/// All that a new process needs, worked out beforehand: between fork and exec nothing may be looked
-/// up or allocated.
+/// All that a new process needs, gathered before the fork: between fork and exec nothing may be
+/// looked up or allocated.
 struct Launch {
   Account m_Account;
   std::vector<std::string> m_Candidates;   ///< paths of the program; the first that exists is taken

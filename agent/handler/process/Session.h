@@ -10,20 +10,21 @@
 
 namespace NoxHandler {
 
-/// The processes of one run: those of the command's session, in whatever process groups they are.
-/// Processes are held by handles (pidfds), so that no signal ever reaches a stranger whose number
-/// one of them had before.
+/// The processes of one run: all that are in the command's session, in whatever process group. It
+/// holds them by handles (pidfds), so a signal never reaches a stranger that got the number of a
+/// process that has ended.
 class Session {
  public:
-  /// `id` is the process number of the command. With a `token` only processes that were given it
-  /// as NOX_RUN_ID belong.
+  /// `id` is the process number of the command. With a `token`, only processes belong that have it
+  /// as the value of NOX_RUN_ID in their environment.
   explicit Session(pid_t id, std::string token = {}) : m_Id(id), m_Token(std::move(token)) {}
 
-  /// Looks at who is there now. False when nobody is.
+  /// Looks which processes are there now; false when there are none.
   bool Refresh();
-  /// To all that the last Refresh found.
+  /// Sends the signal to all processes that the last Refresh found.
   void Signal(int number) const;
-  /// To all that the last Refresh found: asks them to end. Stopped ones are woken to hear it.
+  /// Asks all processes that the last Refresh found to end (SIGTERM), and wakes stopped ones so
+  /// that they can.
   void Terminate() const;
   /// Each becomes readable when one of the processes has ended. Valid until the next Refresh.
   const std::vector<FileDescriptor>& EndHandles() const { return m_Processes; }

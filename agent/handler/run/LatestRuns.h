@@ -12,11 +12,11 @@
 
 namespace NoxHandler {
 
-/// What is known of each task's latest run since the agent started, for whoever asks: the
-/// supervisor notes what happens, other threads read it. Moments are seconds since the epoch. [any
-/// thread]
+/// Knows each task's latest run since the agent started. The supervisor notes what happens; other
+/// threads ask. Moments are seconds since the epoch. [any thread]
 class LatestRuns {
  public:
+  /// Waiting: for its start.
   enum class Phase { Waiting, Running, Ended };
 
   struct Facts {
@@ -31,28 +31,31 @@ class LatestRuns {
     BaseSDK::AString m_SkipReason;
   };
 
-  /// Some ten megabytes.
+  /// How many ended runs are remembered unless told otherwise; they take some ten megabytes.
   static constexpr std::size_t MostEnded = 20000;
 
-  /// `mostEnded`: of how many ended runs is told; the oldest are forgotten first.
+  /// At most `mostEnded` ended runs are remembered; the oldest are forgotten first.
   explicit LatestRuns(std::size_t mostEnded = MostEnded) : m_MostEnded(mostEnded) {}
 
-  /// Each of the first four begins anew: what was known of the task before is forgotten, except
-  /// that an end keeps the start of the run that it ends.
+  // Each of the next four replaces what was known of the task. Only NoteEnd keeps something of it:
+  // the start of the run that has ended, and the last start that was left out.
+
+  /// The run cannot start yet; `reason` says what it waits for.
   void NoteWaiting(const BaseSDK::AString& taskId, const BaseSDK::AString& reason)
       NOX_EXCLUDES(m_Lock);
   void NoteStart(const BaseSDK::AString& taskId, long start, long pid) NOX_EXCLUDES(m_Lock);
   void NoteEnd(const BaseSDK::AString& taskId, bool succeeded, const BaseSDK::AString& reason,
                long end) NOX_EXCLUDES(m_Lock);
-  /// A run that could not be started.
+  /// The run could not be started.
   void NoteFailure(const BaseSDK::AString& taskId, const BaseSDK::AString& reason, long moment)
       NOX_EXCLUDES(m_Lock);
-  /// A start that waits for the end of the run under way, or that is left out. Nothing is noted of
-  /// a task of which no run is known.
+  /// The next two note of the latest run that a further start waits for its end, or was left out.
+  /// They note nothing when no run of the task is known.
   void NoteQueued(const BaseSDK::AString& taskId, long moment) NOX_EXCLUDES(m_Lock);
   void NoteSkip(const BaseSDK::AString& taskId, const BaseSDK::AString& reason, long moment)
       NOX_EXCLUDES(m_Lock);
 
+  /// Nothing when no run of the task is known.
   std::optional<Facts> Find(const BaseSDK::AString& taskId) const NOX_EXCLUDES(m_Lock);
   /// The task's run as INoxCommandHandler::GetRun tells it; empty when none is known.
   Corvane::AgentInterfacesV3::AStringMap Describe(const BaseSDK::AString& taskId) const

@@ -6,11 +6,11 @@ namespace NoxHandler {
 
 class RunRecords;
 
-/// What an agent that was killed has left running.
+/// Deals with the runs that an agent left behind when it was killed.
 struct Leftovers {
-  /// Ends the processes of all recorded runs and deletes the records. Returns when they are gone:
-  /// TERM, KILL once `grace` has passed, and then a moment more. A record stays when its processes
-  /// could not be ended, which is logged as an error.
+  /// Ends the processes of all recorded runs, deletes the records, and returns when the processes
+  /// are gone. They get TERM, and KILL when `grace` has passed. When processes cannot be ended even
+  /// so, their record stays and an error is logged.
   static void End(RunRecords& records, std::chrono::milliseconds grace);
 };
 

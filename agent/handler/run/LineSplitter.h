@@ -8,8 +8,8 @@
 
 namespace NoxHandler {
 
-/// Turns a run's output, which comes in pieces of any size, into lines for the log: tab stops stay,
-/// other control characters become "?" so that no output can command a terminal, and bytes that are
+/// Makes lines for the log of a run's output, which comes in pieces of any size. Tab stops stay;
+/// other control characters become "?", so that no output can command a terminal; bytes that are
 /// not UTF-8 become U+FFFD.
 class LineSplitter {
  public:
@@ -18,7 +18,7 @@ class LineSplitter {
 
   /// The lines that `bytes` completes, without their ends.
   std::vector<BaseSDK::AString> Add(std::string_view bytes);
-  /// At the end of the output: what is left without a line end; none when that is nothing.
+  /// The rest of the output, which has no line end; nothing when there is no rest.
   std::vector<BaseSDK::AString> Finish();
 
  private:

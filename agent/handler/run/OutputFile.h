@@ -9,12 +9,13 @@
 
 namespace NoxHandler {
 
-/// The file that keeps the end of what a task's runs have put out, of the last run and those before
-/// it. It grows by appending, so that it can be followed while a run goes on, and is cut back to
-/// its last KeepBytes, from the start of a line on, when it has twice that, and when it is closed.
+/// The file with the output of a task's runs: of the last run, and of those before it as far as
+/// there is room. It grows by appending, so it can be followed while a run goes on. When it has
+/// twice KeepBytes, and when it is closed, it is cut back to its last KeepBytes, from the start of
+/// a line.
 ///
-/// What cannot be written, on a full disk for instance, is dropped. The log is told once, and the
-/// file has a note where something is missing as soon as it can be written again.
+/// Output that cannot be written, such as on a full disk, is dropped. That is logged once, and as
+/// soon as the file can be written again it gets a note where something is missing.
 class OutputFile {
  public:
   static constexpr std::size_t KeepBytes = 64 * 1024;
@@ -25,6 +26,7 @@ class OutputFile {
   OutputFile& operator=(const OutputFile&) = delete;
   ~OutputFile();
 
+  /// Adds output as it came, in pieces of any size. Never fails: see above.
   void Append(std::string_view bytes);
   /// A line of the handler's own among the output: "-- date time text". It starts on a line of its
   /// own.

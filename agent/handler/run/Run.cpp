@@ -21,9 +21,9 @@ namespace NoxHandler {
 namespace {
 
 constexpr std::size_t ReadBytes = 64 * 1024;
-// What is taken at most from a pipe that a process outside of the session keeps filling.
+// How often the pipe is read at the end: a process outside of the session may go on filling it.
 constexpr int LastReads = 16;
-// KILL cannot be refused, but processes may have been born meanwhile.
+// KILL cannot be refused, but new processes may have been started meanwhile.
 constexpr auto KillAgain = 200ms;
 
 std::string MakeToken() {

@@ -21,10 +21,11 @@
 namespace NoxHandler {
 
 /// One run of a job, from its start until the last of its processes is gone. A run ends when its
-/// command ends; what the command leaves behind in its session is ended then as well, so that
-/// nothing of a finished run goes on unseen.
+/// command ends. Processes that the command leaves behind in its session are then ended as well, so
+/// that nothing of a finished run goes on unseen.
 ///
-/// [supervisor thread]
+/// The supervisor waits on the handles and moments that a run names, and calls Advance when one of
+/// them has come. [supervisor thread]
 class Run {
  public:
   using Clock = std::chrono::steady_clock;
@@ -40,27 +41,28 @@ class Run {
   Run(const Run&) = delete;
   Run& operator=(const Run&) = delete;
 
-  /// Adds what to wait for.
+  /// Adds the descriptors whose readiness calls for Advance.
   void AddHandles(std::vector<pollfd>& handles) const;
-  /// When Advance is due by the clock alone: by the steady one, and by the wall clock.
+  /// The moment of the steady clock at which Advance is due; nothing for never.
   std::optional<Clock::time_point> Deadline() const;
+  /// The same of the wall clock, in seconds since the epoch: the end of the active period.
   std::optional<long> PeriodEnd() const;
-  /// Whether one of these has come.
+  /// Whether one of these two moments has come.
   bool IsDue() const;
 
-  /// Does what is due: takes output, ends what is to end. Never blocks.
+  /// Does what is due: takes output, ends processes, notices the end. Never blocks.
   void Advance();
-  /// Asks the run's processes to end, and kills them when the grace has passed. The first reason
-  /// stands.
+  /// Asks the run's processes to end (TERM); Advance kills them when the grace has passed. A second
+  /// call changes nothing.
   void End(EndReason reason);
   /// A line of the handler's own in the task's output file.
   void AppendNote(const BaseSDK::AString& text) { m_Output.AppendNote(text); }
 
-  /// Whether the last process is gone. The run's record is gone too then.
+  /// Whether the last process is gone; the run's record on disk is then gone too.
   bool IsOver() const { return m_IsOver; }
-  /// Exit status 0, and not because the run had to end. REQUIRES: IsOver.
+  /// Whether the command ended by itself with exit status 0. REQUIRES: IsOver().
   bool Succeeded() const;
-  /// How it ended, in words, such as "exit status 1 after 2.300 s". REQUIRES: IsOver.
+  /// How it ended, in words, such as "exit status 1 after 2.300 s". REQUIRES: IsOver().
   const BaseSDK::AString& Outcome() const { return m_Outcome; }
   OverlapRule Overlap() const { return m_Overlap; }
   pid_t Pid() const { return m_FirstPid; }

@@ -11,8 +11,8 @@
 
 namespace NoxHandler {
 
-/// What is noted on disk about a run for as long as it goes on, so that an agent that comes after
-/// one that was killed finds the processes which that one left running.
+/// What is noted on disk about a run while it goes on. When an agent is killed, the next one finds
+/// by it the processes that were left running.
 struct RunRecord {
   pid_t m_Pid = 0;  ///< of the command, which is also its session and process group
   unsigned long long m_StartTicks = 0;
@@ -20,17 +20,18 @@ struct RunRecord {
   std::string m_Token;  ///< value of the variable NOX_RUN_ID that the run's processes were given
 };
 
+/// A record with the task it belongs to, as it lies on disk.
 struct NamedRunRecord {
   BaseSDK::AString m_TaskId;
   RunRecord m_Record;
 
-  /// What it takes on disk; one sector, so that it is never there by half.
+  /// Its size on disk: one sector, so it is never there by half.
   static constexpr std::size_t Bytes = 512;
 
-  /// Exactly so many bytes: a line of text and zeros. Empty when it does not fit, which no task ID
-  /// of a batch brings about.
+  /// Its Bytes bytes: a line of text and zeros. Empty when it does not fit, which the length of a
+  /// task ID of a batch rules out.
   std::string Encode() const;
-  /// Nothing for bytes that are no whole record.
+  /// The record in these bytes; nothing when they are no whole record.
   static std::optional<NamedRunRecord> Decode(std::string_view bytes);
 };
 

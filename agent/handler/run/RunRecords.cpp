@@ -139,7 +139,7 @@ std::vector<NamedRunRecord> RunRecords::All() const {
   return records;
 }
 
-// What is written to a deleted file, no later agent will find.
+// No later agent finds what is written to a deleted file.
 bool RunRecords::IsFileGone() const {
   struct stat info {};
   return fstat(m_File.Get(), &info) != 0 || info.st_nlink == 0;

@@ -12,20 +12,22 @@
 namespace NoxHandler {
 
 /// The records of one agent's runs: a file with a slot for each run that may go on at the same
-/// time. All its space is taken when the agent starts and a record is written in its place, so a
-/// disk that is full later keeps no job from running, least of all the one that would make room.
+/// time. The file takes all its space when the agent starts, and records are written in their
+/// slots. So a disk that is full later keeps no job from running, least of all one that would make
+/// room.
 ///
 /// Records have to outlive the agent, not the machine: a boot ends the processes too, so they are
 /// not flushed to disk. [one thread at a time]
 class RunRecords {
  public:
-  /// Opens or creates the file "runs" and sees to its space. What cannot be read is logged and
-  /// cleared. Without a file or the space this is logged, and Write tries for itself. `directory`
-  /// is written by this agent alone.
+  /// Opens or creates the file "runs" in `directory`, which this agent alone writes to, and takes
+  /// its space. Slots that cannot be read are logged and cleared. When there is no opening the file
+  /// or no space, that is logged, and each Write tries again.
   RunRecords(const BaseSDK::AString& directory, std::size_t slots);
 
-  /// 0, or an errno: the record is not there then. A task has one record at most.
+  /// Writes the task's record, in place of an earlier one. 0; or an errno, and there is no record.
   int Write(const NamedRunRecord& named);
+  /// Clears the task's record, if there is one.
   void Remove(const BaseSDK::AString& taskId);
 
   /// All that are there.

@@ -25,7 +25,7 @@ using Clock = Run::Clock;
 
 namespace {
 
-// Beyond the time that its runs may take to end: for whatever else the thread is in the middle of.
+// Added to the time that the runs may take to end, for whatever else the thread is busy with.
 constexpr auto StopMargin = 10s;
 
 constexpr const char* HandlerEnds = "the command handler ends";
@@ -101,8 +101,8 @@ bool Supervisor::IsBusy() const {
   return m_IsBusy || !m_Posted.empty();
 }
 
-// Each turn: take what was posted, let the runs whose handles or clocks call for it go on, report,
-// wait for the next thing to happen.
+// Each turn takes what was posted, advances the runs whose handles or clocks ask for it, reports,
+// and waits for the next thing to happen.
 void Supervisor::Main() {
   Leftovers::End(m_Records, m_Settings.m_KillGrace);
   for (;;) {
@@ -129,8 +129,8 @@ void Supervisor::Main() {
   m_Done.Set();
 }
 
-// Whether the thread is to stop. What was posted is then left out: those tasks say "Started" and
-// are run after the next start of the agent.
+// Returns whether the thread is to stop. The entries are then left out: their tasks say "Started"
+// and are run after the next start of the agent.
 bool Supervisor::TakePosted(std::vector<TaskBatch::Entry>& entries) {
   m_Wake.Clear();
   AMutexGuard guard(m_Lock);
@@ -203,7 +203,7 @@ void Supervisor::Queue(Slot& slot, const TaskBatch::Entry& entry) {
 
 void Supervisor::LeaveOut(const TaskBatch::Entry& entry, const char* why) {
   if (entry.m_NeverRun) {
-    // It was read anew while its run goes on: no start of it is lost.
+    // The scheduler has only read the task again while its run goes on: no start is lost.
     LogSkip(entry.m_TaskId, AString("%1: left out").Arg(why));
   } else {
     Skip(entry.m_TaskId, why);
@@ -216,7 +216,7 @@ void Supervisor::Skip(const AString& taskId, const char* why) {
   AppendNote(taskId, AString("left out: %1").Arg(why));
 }
 
-// To the task's output file, which the run under way has open.
+// The output file of a task with a run is open already.
 void Supervisor::AppendNote(const AString& taskId, const AString& text) {
   if (const auto slot = m_Slots.find(taskId); slot != m_Slots.end()) {
     slot->second.m_Run->AppendNote(text);

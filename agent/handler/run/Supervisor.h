@@ -23,8 +23,9 @@
 
 namespace NoxHandler {
 
-/// Runs the jobs of due tasks, on one thread of its own: starts them, watches over them, ends those
-/// that have to end, and tells the scheduler how they went. Never more than one run of a task.
+/// Runs the jobs of due tasks on one thread of its own: it starts them, watches them, ends those
+/// that have to end, and reports to the scheduler how they went. A task never has more than one run
+/// at a time.
 class Supervisor {
  public:
   /// Throws std::system_error when the system has no descriptors left.
@@ -34,13 +35,14 @@ class Supervisor {
   /// REQUIRES: never started, or Stop returned true.
   ~Supervisor();
 
-  /// First ends what an earlier agent left running; what is posted meanwhile waits for that. Throws
-  /// std::system_error when there is no thread to be had. [agent thread, once]
+  /// Starts the thread. It first ends what an earlier agent left running; entries posted meanwhile
+  /// wait for that. Throws std::system_error when the system has no thread to give. [agent thread,
+  /// once]
   void Start();
   /// Hands over due tasks, in order, and returns at once. [any thread]
   void Post(const std::vector<TaskBatch::Entry>& entries) NOX_EXCLUDES(m_Lock);
-  /// Ends all runs (TERM, KILL after the grace), has their states recorded and ends the thread.
-  /// False when that takes too long; the thread still runs then, and Stop may be called again.
+  /// Ends all runs (TERM, and KILL after the grace), reports their states and ends the thread.
+  /// False when that takes too long; the thread then still runs, and Stop may be called again.
   /// [agent thread]
   bool Stop() NOX_EXCLUDES(m_Lock);
 
@@ -88,12 +90,13 @@ class Supervisor {
   std::thread m_Thread;
   LatestRuns m_Latest;
 
-  /// The thread's own, once it runs.
+  // Used by the thread alone, once it runs.
   RunRecords m_Records;
   StateReporter m_Reporter;
   WallTimer m_PeriodTimer;
   std::map<BaseSDK::AString, Slot> m_Slots;
-  std::deque<TaskBatch::Entry> m_Waiting;  ///< for one of the runs to end, when there are too many
+  std::deque<TaskBatch::Entry>
+      m_Waiting;  ///< to start when another run has ended, because too many go on
   std::vector<pollfd> m_Handles;
   std::optional<Run::Clock::time_point> m_GiveUpAt;  ///< once it is to stop
 

@@ -6,12 +6,13 @@
 
 namespace NoxHandler {
 
-/// Writing all there is, however many calls that takes. Each returns 0, or the errno of the call
-/// that failed.
+/// Writes all bytes, however many calls that takes. Each routine returns 0, or the errno of the
+/// call that failed.
 struct FileWrite {
-  /// Where the descriptor stands. Takes from `bytes` what was written.
+  /// Writes where the descriptor stands, and removes from `bytes` what was written, also when it
+  /// fails.
   static int Next(int fd, std::string_view& bytes);
-  /// At `position`, for a descriptor without O_APPEND.
+  /// Writes at `position` of a file that was opened without O_APPEND.
   static int At(int fd, std::string_view bytes, off_t position);
 };
 

@@ -6,12 +6,12 @@
 
 namespace NoxHandler {
 
-/// Handles of processes (pidfds): a handle means the same process for good, while its number is
-/// used again once the process is gone. Readable when the process has ended.
+/// Handles of processes (pidfds). A handle always means the same process, while a process number is
+/// used again when its process is gone. A handle is readable when its process has ended.
 struct ProcessHandle {
-  /// Empty, and errno says why, when there is no such process or no descriptor left.
+  /// Empty when there is no such process or no descriptor is left; errno says which.
   static FileDescriptor Open(pid_t pid);
-  /// Does nothing to a process that has ended or is not ours to signal.
+  /// Sends the signal; does nothing when the process has ended or the agent may not signal it.
   static void Signal(const FileDescriptor& handle, int number);
 };
 

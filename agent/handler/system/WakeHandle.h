@@ -4,17 +4,17 @@
 
 namespace NoxHandler {
 
-/// A flag that threads can wait for together with descriptors. Throws std::system_error when the
-/// system has no descriptors left. [any thread]
+/// A flag that one thread sets and another waits for together with descriptors, as in poll. The
+/// constructor throws std::system_error when the system has no descriptors left. [any thread]
 class WakeHandle {
  public:
   WakeHandle();
 
-  /// Readable while the flag is set.
+  /// The descriptor to wait on: readable while the flag is set.
   int Get() const { return m_Fd.Get(); }
   void Set() const;
   void Clear() const;
-  /// Whether the flag is set within that time.
+  /// Waits until the flag is set, `milliseconds` at most; false when it is not set then.
   bool Wait(int milliseconds) const;
 
  private:

@@ -6,15 +6,17 @@
 
 namespace NoxHandler {
 
-/// Wakes a poll at a moment of the wall clock, and also when that clock is set, for then the moment
-/// has to be looked at anew. Throws std::system_error when the system has no descriptors left.
+/// Wakes a poll at a moment of the wall clock. It also does so when that clock is set, because the
+/// wait may have become longer or shorter. The constructor throws std::system_error when the system
+/// has no descriptors left.
 class WallTimer {
  public:
   WallTimer();
 
-  /// Readable from the moment on.
+  /// The descriptor to wait on: readable from the moment on, or from a step of the clock on.
   int Get() const { return m_Fd.Get(); }
-  /// Seconds since the epoch; empty: never. Ends an earlier setting and what it made readable.
+  /// Sets the moment in seconds since the epoch; nothing for never. The descriptor is not readable
+  /// any more until then.
   void Set(std::optional<long> moment);
 
  private:

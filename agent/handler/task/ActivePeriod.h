@@ -6,15 +6,16 @@
 
 namespace NoxHandler {
 
-/// When a run that is to be killed at the end of its active period has to end. The scheduler says
-/// that a run is to be killed, not when; the task's document does.
+/// When a run must end that is to be killed at the end of its active period. The scheduler only
+/// says that a run is to be killed; the time comes from the task's document.
 ///
-/// Only triggers with KillAtEnd, a Duration and a readable begin count. Of those whose active
-/// period [S, S + Duration] holds the start of the run, the one that was due last before it decides
-/// (the earlier end of two). When the run starts after the period, as a late one does, it gets a
-/// whole Duration from its own start.
+/// Triggers with KillAtEnd, a Duration and a readable begin date count. Their active periods are
+/// [S, S + Duration] for each start S. If the run starts within periods of several triggers, the
+/// trigger that was due last before that decides; of two due at once, the one that ends earlier. If
+/// the run starts in no period, as a late one does, it gets a whole Duration from its own start,
+/// the shortest one of these triggers.
 struct ActivePeriod {
-  /// Seconds since the epoch, by the local time of TZ; empty when the document sets no end.
+  /// In seconds since the epoch, by the local time of TZ; nothing when the document sets no end.
   static std::optional<long> EndFor(const BaseSDK::AString& taskXml, long runStart);
 };
 

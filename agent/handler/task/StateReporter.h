@@ -8,31 +8,32 @@
 
 namespace NoxHandler {
 
-/// Tells the scheduler how runs went. The scheduler knows a task only while it has it in memory: at
-/// the end of its hourly cycle there is a moment in which it has none, and while plug-ins are
-/// replaced it may be away. A report that it does not take is kept and tried again, unless the task
-/// is gone for good. [supervisor thread]
+/// Reports to the scheduler how runs went. The scheduler knows a task only while it has the task in
+/// memory: at the end of its hourly cycle there is a moment in which it has none, and while
+/// plug-ins are replaced it may be away. A report that it does not take is kept and tried again,
+/// unless the task is gone for good. [supervisor thread]
 class StateReporter {
  public:
   using Clock = std::chrono::steady_clock;
 
-  /// How long a report is tried, and how often.
+  /// How long a report that is not taken is tried again, and at which intervals.
   static constexpr std::chrono::seconds KeepFor{60};
   static constexpr std::chrono::milliseconds TryEvery{100};
 
   explicit StateReporter(const BaseSDK::AString& schedulerClassId)
       : m_SchedulerClassId(schedulerClassId) {}
 
-  /// Replaces an earlier report of the task that was not taken.
+  /// Reports the state now, and again later if it is not taken. Replaces a kept report of the task.
   void Report(const BaseSDK::AString& taskId, const BaseSDK::AString& state);
-  /// Drops the task's report: a new run has begun.
+  /// Drops the kept report of the task, because a new run has begun.
   void Cancel(const BaseSDK::AString& taskId) { m_Kept.erase(taskId); }
   bool HasKept(const BaseSDK::AString& taskId) const { return m_Kept.contains(taskId); }
-  /// Tries again what is due for it.
+  /// Tries the kept reports whose time has come.
   void Retry();
+  /// When Retry is due; nothing when no report is kept.
   std::optional<Clock::time_point> NextTry() const;
 
-  /// The task's document; empty when the scheduler has none.
+  /// The task's document, asked of the scheduler; empty when it has none or cannot be asked.
   BaseSDK::AString TaskXml(const BaseSDK::AString& taskId) const;
 
  private:

@@ -21,9 +21,10 @@ struct TaskBatch {
   std::vector<Entry> m_Entries;             ///< in the order of the text
   std::vector<BaseSDK::AString> m_Invalid;  ///< entries that cannot be read, as they stand
 
+  /// Never fails: entries that cannot be read are put into m_Invalid.
   static TaskBatch Parse(const BaseSDK::AString& text);
 
-  /// Whether the task's files can bear its ID: a plain file name with room for their endings.
+  /// Whether files can be named after the ID: a plain file name that leaves room for the endings.
   static bool IsTaskId(const BaseSDK::AString& id);
 };
 
