@@ -6,7 +6,7 @@
 namespace Nox {
 
 /// Where lines of the log come from: the channel of a source file's logger, and the name that its
-/// lines carry. The files of scheduler/ are rooms of one house and share both.
+/// lines carry. The files of scheduler/ share both.
 namespace LogOrigin {
 
 struct Frame {
@@ -36,9 +36,8 @@ BaseSDK::ALogger& Logger() {
 }  // namespace Nox
 
 /// Logs `message`, an expression for an AString that is evaluated only when the level is enabled.
-/// `origin` and `level` are plain names, such as Scheduler and Trace. Throws nothing: a line that
-/// there is no memory for, or that the log refuses, is left out, and the work that it tells of goes
-/// on.
+/// `origin` and `level` are plain names, such as Scheduler and Trace. Throws nothing: when there is
+/// no memory for a line, or the log refuses it, the line is left out and the work goes on.
 #define PLUGIN_LOG(origin, level, message)                                                     \
   do {                                                                                         \
     try {                                                                                      \

@@ -7,18 +7,18 @@ namespace Nox {
 
 // The agent's notifications by their codes.
 
-// Posted, with the task ID.
+// The scheduler posts these; the text is the task's ID.
 constexpr long TaskChanged = 100;  ///< the document was replaced, or the next run has moved
 constexpr long TaskDeleted = 101;
 constexpr long TaskAdded = 102;
 
-// Subscribed to. What they announce is the host's; a trigger of type 7 waits for the one, of type 6
-// for the other.
+// The scheduler subscribes to these. What they announce is the host's business; a trigger of type 7
+// waits for 300, a trigger of type 6 for 302.
 constexpr long SecondEvent = 300;
 constexpr long FirstEvent = 302;
 
-/// Tells the agent of a change. The change stands whatever becomes of the news: neither a refusal
-/// nor an exception, such as for want of memory, gets to the caller. [any thread, locks may be
+/// Tells the agent of a change. The change stands even if the agent does not hear of it: a refusal
+/// or an exception, as when memory runs out, does not reach the caller. [any thread, locks may be
 /// held]
 inline void Announce(long code, const BaseSDK::AString& taskID) noexcept {
   try {

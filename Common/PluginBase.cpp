@@ -46,7 +46,7 @@ int InitializeObject(int queue) {
   return serverObject->Initialize();
 }
 
-/// What `call` answers. An exception stays here, for the agent is not bound to know of any; it
+/// What `call` answers. An exception stays here, because the agent need not know of any; it
 /// makes a failure of the call.
 template <class Call>
 int Answer(const wchar_t* function, Call call) {

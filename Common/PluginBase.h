@@ -29,8 +29,8 @@ class APluginBase : public INoxInterfaceFactory,
   virtual int GetAttribute(const char* name, BaseSDK::AString& value) = 0;
 };
 
-/// What the agent resolves by name. It calls them from one thread at a time: they take no lock. No
-/// exception leaves them: one of the object's makes a result of -1.
+/// The agent finds these functions by name and calls them from one thread at a time, so they take
+/// no lock. No exception leaves them: one that the object throws becomes the result -1.
 extern "C" {
 
 /// Supplied by each plug-in: a new server object, owned by the caller; null when there is no memory

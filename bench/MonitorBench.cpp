@@ -62,7 +62,8 @@ void DueSecondToHandler(benchmark::State& state) {
     plugin.Start();
     plugin.Pass();
     state.SetIterationTime(plugin.TaskHandler().WaitForCall() - static_cast<double>(due));
-    // The runs are still being recorded: to end before that would outlast the plug-in's patience.
+    // The runs are still being recorded. The plug-in would wait in vain for that if it were
+    // unloaded now.
     plugin.WaitUntilAsleep();
   }
 }

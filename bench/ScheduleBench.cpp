@@ -33,7 +33,7 @@ void NextRunOfDailyTrigger(benchmark::State& state) {
 }
 BENCHMARK(NextRunOfDailyTrigger);
 
-// Never found: the search goes its whole length.
+// A start that does not exist: the search goes its whole length.
 void NextRunOn30February(benchmark::State& state) {
   long lastRun = -1;
   CTaskTrigger trigger(

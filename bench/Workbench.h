@@ -17,7 +17,7 @@ namespace Workbench {
 
 constexpr const wchar_t* HandlerClassId = L"{B0000000-0000-0000-0000-000000000001}";
 
-/// Seconds since the epoch, finely.
+/// Seconds since the epoch, with fractions.
 double FineNow();
 
 /// A document of about 700 bytes: a daily trigger, a description, a history.
@@ -75,7 +75,7 @@ class Host : public AgentSDK::AHost {
   AgentSDK::AHost* const m_Before;
 };
 
-/// Hears the monitor go to sleep: then the work it was given is done.
+/// Listens to the log for the monitor going to sleep: its work is then done.
 class SleepListener : public BaseSDK::ALogSink {
  public:
   void Write(const BaseSDK::ALogRecord& record) noexcept override;

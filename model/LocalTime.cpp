@@ -17,9 +17,9 @@ bool ShowsSameClock(std::time_t moment, const std::tm& wanted) {
 }
 
 // For a local time that a change of the clock repeats or skips, mktime's answer depends on the call
-// made before it: the same schedule would start now at one moment, now at the other. Here the
-// offset in force a day earlier decides, as calendars do: a repeated time is the first of the two,
-// a skipped one lies as far behind the change as it claims to.
+// made before it: the same schedule would start sometimes at one moment, sometimes at the
+// other. Here the offset in force a day earlier decides, as in calendars: a repeated time is the
+// first of the two, and a skipped one lies as far behind the change as its fields are past it.
 std::time_t WithOffsetOfDayBefore(std::time_t moment, const std::tm& wanted) {
   const std::time_t dayBefore = moment - SecondsPerDay;
   std::tm before{};

@@ -20,8 +20,8 @@ namespace {}  // namespace
 CTask::CTask(TaskSchedulerObject_i* scheduler, const AString& taskID)
     : m_pScheduler(scheduler), m_TaskID(taskID) {}
 
-// By way of the other constructor: when an exception ends this one, the triggers made until then
-// are deleted by the destructor.
+// Delegates to the other constructor: if an exception ends this one, the destructor then deletes
+// the triggers made so far.
 CTask::CTask(TaskSchedulerObject_i* scheduler, const AString& taskID, const AString& taskXML)
     : CTask(scheduler, taskID) {
   m_TaskXML = taskXML;

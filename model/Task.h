@@ -16,7 +16,7 @@ class TaskSchedulerObject_i;
 class CTask {
  public:
   /// A document that cannot be read makes an enabled task without triggers, which is never due and
-  /// asks to be deleted at its first due test. Fails only for want of memory, with an exception.
+  /// asks to be deleted at its first due test. Fails only when memory runs out, with an exception.
   /// `scheduler` is borrowed; it and its storage must outlive the task.
   CTask(TaskSchedulerObject_i* scheduler, const BaseSDK::AString& taskID,
         const BaseSDK::AString& taskXML);
@@ -25,11 +25,14 @@ class CTask {
   ~CTask();
 
   /// Whether any trigger is due now; posts notification 100 when a next run has moved.
-  /// `sleepSeconds` is lowered to the earliest next start, never raised. The rest is answers:
-  /// `late` - a due trigger missed its time, and none that runs as soon as possible is due as well;
-  /// `neverRun` - there is no finished run; `allExpired` - no trigger fires again; `deleteTask` -
-  /// that, and none is of the kind that runs as soon as possible; `killAtEnd` - a due trigger wants
-  /// the run to end with its active period. A disabled task is not due and writes none of them.
+  /// `sleepSeconds` is lowered to the earliest next start, never raised. The other
+  /// arguments are answers; a disabled task is not due and writes none of them:
+  ///
+  /// - `late`: a due trigger missed its time, and no trigger that runs as soon as possible is due;
+  /// - `neverRun`: there is no finished run;
+  /// - `allExpired`: no trigger fires again;
+  /// - `deleteTask`: no trigger fires again, and none is one that runs as soon as possible;
+  /// - `killAtEnd`: a due trigger wants the run to end with its active period.
   bool IsDue(bool firstEvent, bool secondEvent, long& sleepSeconds, bool& late, bool& neverRun,
              bool& allExpired, bool& deleteTask, bool& killAtEnd);
 

@@ -6,7 +6,7 @@ using BaseSDK::AString;
 
 namespace {
 
-// What AStringTokenizer calls it: empty tokens count, and what follows the third is dropped.
+// Arguments of AStringTokenizer: empty tokens count, and what follows the third is dropped.
 constexpr int KeepEmpty = 1;
 constexpr int RunFields = 3;
 

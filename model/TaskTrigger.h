@@ -45,8 +45,8 @@ class CTaskTrigger {
   ~CTaskTrigger() = default;
 
   /// The start on the local day of `t`, or NoTime when there is none that day. For AsSoonAsPossible
-  /// `t` itself. Where the clock jumps over the time of day the start lies behind the jump, at the
-  /// end of a day possibly on the next one.
+  /// `t` itself. Where the clock jumps over the time of day, the start lies behind the jump; for a
+  /// jump at the end of a day that may be on the next day.
   long GetTriggerStartTime(const long& t) const;
 
   /// Whether the trigger is due now; updates m_NextRun. `sleepSeconds` is lowered to the next start
@@ -94,7 +94,7 @@ class CTaskTrigger {
     long m_NextStart = Nox::Long32Min;
   };
 
-  // Reading the element. The two answers are whether the trigger can fire at all.
+  // Reading the element. ReadKind and ReadDates return whether the trigger can fire at all.
   bool ReadKind(const BaseSDK::AXmlDoc& doc);
   void ReadRepetition(const BaseSDK::AXmlDoc& doc);
   bool ReadDates(const BaseSDK::AXmlDoc& doc);

@@ -56,8 +56,8 @@ long ReadBeginDate(const AXmlDoc& doc) {
   return KnownTime(ADateTime(text, L"%Y/%m/%d %H:%M:%S", 0));
 }
 
-// Kept on purpose: the end date has no second reading in the explicit format, so that what has been
-// an endless task stays one.
+// Kept on purpose: the end date is not read a second time in the explicit format, so that a task
+// that had no end until now still has none.
 long ReadEndDate(const AXmlDoc& doc) {
   return KnownTime(ADateTime(doc.SelectSingleNode(L"/Trigger/EndDate/text()")));
 }

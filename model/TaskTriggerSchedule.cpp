@@ -60,7 +60,7 @@ long CTaskTrigger::GetTriggerStartTime(const long& t) const {
     return t;
   }
   const std::tm day = LocalFields(t);
-  // First, for it spares the costly conversion on most days of a monthly rule.
+  // Asked first: on most days of a monthly rule this saves the costly conversion.
   if (!MasksSelect(day)) {
     return NoTime;
   }

@@ -78,7 +78,7 @@ long TaskSchedulerObject_i::FindFirstTask(unsigned long& handle, AString& taskID
   try {
     return WithLastError(m_Storage->FindFirstTask(handle, taskID));
   } catch (...) {
-    // The caller gets no handle that it could close.
+    // The exception keeps the handle from the caller, so it is closed here.
     m_Storage->FindClose(std::exchange(handle, 0));
     throw;
   }

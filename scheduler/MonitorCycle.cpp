@@ -82,7 +82,8 @@ void CMonitorThread::Cycle::Load() {
 }
 
 void CMonitorThread::Cycle::LoadTasks() {
-  // So many entries may fail: a directory that fails for ever must not hold the lock for ever.
+  // Only so many entries may fail: a directory that goes on failing must not hold the lock for
+  // ever.
   constexpr int MaxFailures = 1000;
   StoredTasks stored(*m_Scheduler.Storage());
   AString taskID;
@@ -109,7 +110,7 @@ void CMonitorThread::Cycle::LoadTask(const AString& taskID) {
   if (task.empty()) {
     throw std::bad_alloc();
   }
-  // A place without a task is told of at every pass.
+  // A place without a task is logged at every pass.
   Retire(taskID);
   m_Scheduler.m_Tasks.insert(std::move(task));
 }
@@ -153,7 +154,7 @@ void CMonitorThread::Cycle::EvaluateTask(CTask& task, long& sleepSeconds, RunBat
   if (test.m_Due) {
     std::wstring& batchText = batch[task.m_HandlerCLSID];
     const AString entry = BatchEntry(taskID, test.m_Late, test.m_NeverRun, test.m_KillAtEnd);
-    // Room first: a run that is registered cannot miss the batch, nor be in it twice.
+    // The room is made first, so a run that is registered gets into the batch, and only once.
     batchText.reserve(batchText.size() + entry.Length());
     task.RegisterRun();
     batchText += entry.c_str();
@@ -173,8 +174,7 @@ CMonitorThread::Cycle::DueTest CMonitorThread::Cycle::TestTask(CTask& task, long
 
 void CMonitorThread::Cycle::DeleteExpiredTask(const AString& taskID) {
   PLUGIN_LOG(Scheduler, Trace, AString(L"Task ID = %1 is expired, deleting it.").Arg(taskID));
-  // A file that stays, for whatever reason, comes back with the next load; until then the task is
-  // gone.
+  // If the file cannot be deleted, the task comes back with the next load; until then it is gone.
   try {
     (void)m_Scheduler.Storage()->DeleteTask(taskID);
   } catch (...) {

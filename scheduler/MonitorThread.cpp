@@ -92,9 +92,9 @@ void Outlive(Work work) {
 
 }  // namespace
 
-// A cycle loads all tasks, then goes round in iterations (evaluate, dispatch, sleep) until its hour
-// is over, the clock has gone back before its beginning, or a stop is requested, and at last purges
-// the task map. While the gate is closed an iteration only sleeps.
+// A cycle loads all tasks and then goes through iterations (evaluate, dispatch, sleep). It ends
+// when its hour is over, when the clock was set back before its beginning, or when a stop is
+// requested; then it purges the task map. While the gate is closed an iteration only sleeps.
 void CMonitorThread::Run() {
   do {
     m_Refresh.store(false, std::memory_order_relaxed);
@@ -115,7 +115,7 @@ void CMonitorThread::Iterate(Cycle& cycle) {
       DispatchTasks(cycle.Evaluate(sleepSeconds));
     }
   });
-  // Also after a failure, or one that stays would become a loop without a pause.
+  // Sleeps after a failure too: one that lasts would otherwise make a loop without a pause.
   Outlive([&] { Sleep(cycle.BoundSleep(sleepSeconds)); });
 }
 
@@ -134,7 +134,8 @@ void CMonitorThread::DispatchTasks(const RunBatch& batch) {
 }
 
 void CMonitorThread::DispatchBatch(const AString& handlerCLSID, const AString& batchText) {
-  // Taken apart before the call, so that a batch that was accepted is also recorded.
+  // Taken apart before the call, because that needs memory: a batch that is accepted must be
+  // recorded.
   const std::vector<AString> taskIDs = TaskIDs(batchText);
   CIClient<INoxScheduledTaskHandler> handler;
   const long opened = CIGetObjectInterface(handlerCLSID, INoxScheduledTaskHandler::GetIID(),
@@ -178,7 +179,7 @@ void CMonitorThread::Sleep(long sleepSeconds) {
   PLUGIN_LOG(
       Scheduler, Trace,
       AString(L"Task Thread is sleeping for %1 seconds.").Arg(AString().SetNum(sleepSeconds, 'd')));
-  // Whatever ends the wait, the next iteration finds out what there is to do.
+  // Why the wait ended does not matter: the next iteration finds out what there is to do.
   (void)m_WakeEvent.Wait(static_cast<unsigned long>(sleepSeconds) * MillisecondsPerSecond,
                          MonitorSkewBehavior);
 }

@@ -16,7 +16,7 @@
 /// The state lock is held while loading, evaluating and purging, and not while a handler is called
 /// or while sleeping.
 ///
-/// No failure ends the loop. What goes wrong with one task, for want of memory or otherwise, costs
+/// No failure ends the loop. What goes wrong with one task, out of memory or otherwise, costs
 /// that task its turn: it is loaded at the next load, or run at the next iteration. What goes wrong
 /// while a handler is called drops the batch, as when the handler does not open.
 class CMonitorThread : public CTSThread {

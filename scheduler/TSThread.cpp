@@ -41,7 +41,7 @@ bool CTSThread::Shutdown() {
                  AString(L"Failed to stop the thread with Param = \"%1\"").Arg(m_Param));
       return false;
     }
-    // Set before every pause, for the thread may have missed the last one between its look at the
+    // Set before every pause: the thread may have used up the last wake-up between its look at the
     // stop flag and its wait.
     (void)Wake();
     Pause();

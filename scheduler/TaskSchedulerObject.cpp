@@ -64,8 +64,8 @@ int TaskSchedulerObject_i::Uninitialize(unsigned int forced) {
     return -1;
   }
   PLUGIN_LOG(Scheduler, Trace, L"TaskSchedulerObject_i::Uninitialize()\n");
-  // A monitor that does not end is left running and told of; the agent insists, so the rest goes
-  // on.
+  // A monitor that does not end is logged and left running. The agent insists on unloading, so the
+  // rest goes on.
   (void)m_MonitorThread.Shutdown();
   m_Storage.reset();
   return 1;

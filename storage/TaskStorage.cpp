@@ -108,8 +108,8 @@ long CTaskStorage::AddTask(const AString& taskID, const AString& taskXML, AStrin
     return Fail(ERR_INVALID_ARGUMENT);
   }
   m_LastError.store(0, std::memory_order_relaxed);
-  // Whatever takes memory is made before the file is safe: when there is none, no file stays that
-  // the caller does not learn of.
+  // Everything that needs memory comes before the file is whole: when memory runs out, no file
+  // stays behind that the caller does not know of.
   const AStringEncoder bytes(taskXML, AStringEncoder::Utf8);
   const bool invented = taskID.IsEmpty();
   NewFile file;
@@ -124,7 +124,7 @@ long CTaskStorage::AddTask(const AString& taskID, const AString& taskXML, AStrin
   const AString finalName = invented ? file.m_Name + m_Extension : file.m_Name;
   AString addedID = invented ? LastComponent(file.m_Name) : taskID;
   // Kept on purpose: as many bytes as the document has characters, so one with characters outside
-  // ASCII is cut. Whoever creates tasks keeps to ASCII; SetTaskXML writes all.
+  // ASCII is cut. Clients that create tasks keep to ASCII; SetTaskXML writes all.
   WriteNewFile(file, bytes.c_str(), taskXML.Length());
   if (Result() != 1) {
     return -1;

@@ -13,7 +13,7 @@
 /// with the task ID. docs/files.md describes the directory.
 ///
 /// Operations return 1 for success and -1 for failure, with the code in m_LastError, unless they
-/// say otherwise. For want of memory they throw, and have changed nothing on disk then. All may be
+/// say otherwise. When memory runs out they throw, and have changed nothing on disk. All may be
 /// called from any thread. The storage lock comes after the scheduler's state lock where both are
 /// held.
 class CTaskStorage {
@@ -45,11 +45,11 @@ class CTaskStorage {
   /// Deletes the task's file.
   long DeleteTask(const BaseSDK::AString& taskID) PLUGIN_EXCLUDES(m_Lock);
 
-  /// An enumeration: FindFirstTask with a handle of 0, FindNextTask until it fails, FindClose, also
-  /// when FindFirstTask failed: whenever the handle is not 0 afterwards, also after an exception.
-  /// The order is the directory's own; every entry counts as a task. Files may come and go in
-  /// between. An exception costs one entry: the next call delivers the one behind it. The handle
-  /// belongs to the caller.
+  /// To enumerate, call FindFirstTask with a handle of 0, then FindNextTask until it fails, then
+  /// FindClose. FindClose is due whenever FindFirstTask leaves a handle other than 0, even if it
+  /// failed or threw. The order is the directory's own; every entry counts as a task. Files may
+  /// come and go meanwhile. After an exception the next call goes on behind the entry that was
+  /// lost.
   long FindFirstTask(unsigned long& handle, BaseSDK::AString& taskID) PLUGIN_EXCLUDES(m_Lock);
   /// 0 for a handle of 0, which is a failure too. Delivers the entries "." and ".." like others.
   long FindNextTask(unsigned long handle, BaseSDK::AString& taskID) PLUGIN_EXCLUDES(m_Lock);
@@ -65,7 +65,7 @@ class CTaskStorage {
 
   long Fail(unsigned long code) PLUGIN_REQUIRES(m_Lock);
   long Result() const PLUGIN_REQUIRES(m_Lock);
-  // These two leave the descriptor at -1 when there is no opening the file.
+  // These two leave the descriptor at -1 when the file cannot be opened.
   void OpenInventedFile(NewFile& file) const;
   void OpenNamedFile(const BaseSDK::AString& taskID, NewFile& file) const;
   /// Closes the file in every case; the outcome is in m_LastError.
@@ -77,7 +77,8 @@ class CTaskStorage {
 
  public:
   /// Result code of the last operation, 0 for success. Callers read it after their call without the
-  /// lock, so it may be that of another thread's call by then; relaxed, for it orders nothing.
+  /// lock, so it may be that of another thread's call by then. Relaxed access is enough: it orders
+  /// nothing.
   std::atomic<unsigned long> m_LastError;
 
  private:

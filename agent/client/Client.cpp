@@ -48,7 +48,7 @@ int RunClient(const std::vector<std::string>& arguments, std::istream& in, std::
     (void)line.Parse(arguments, out);
     return static_cast<int>(context.m_ExitCode);
   } catch (const CommandLineError& error) {
-    // What could not be read may stand before the option.
+    // The words before the option may be those that could not be read, so it is looked for here.
     context.m_Json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
     return Fail(context, {ExitCode::Usage, error.what()});
   } catch (const CommandError& error) {

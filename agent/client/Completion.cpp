@@ -9,7 +9,7 @@ namespace {
 using Words = std::vector<std::string>;
 using OptionForm = CommandLine::OptionForm;
 
-// The words before the one in question.
+// The words before the one to be completed.
 class Beginning {
  public:
   Beginning(const CommandLine& line, CommandContext& context) : m_Line(line), m_Context(context) {}
@@ -102,7 +102,7 @@ Words TaskIds(const CommandContext& context) {
   }
 }
 
-// What an option or argument takes that is called so.
+// What may stand for an option or argument whose value has this name.
 Words ValuesOf(const std::string& name, const CommandContext& context) {
   if (name == "FILE" || name == "PATH") {
     return {":files"};

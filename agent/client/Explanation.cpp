@@ -130,7 +130,8 @@ std::string Explanation::GateLine() const {
   }
 }
 
-// Judged by what the scheduler has in memory, which a moment that has passed is not.
+// Whether the facts come from what the scheduler has in memory. For a moment that has passed they
+// do not.
 bool Explanation::IsFromMemory() const {
   return m_Live && m_Live->m_Memory && m_Live->m_AskedAt <= m_Facts.m_At;
 }

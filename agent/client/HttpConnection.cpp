@@ -24,8 +24,8 @@ namespace net = boost::asio;
 namespace {
 
 constexpr std::chrono::seconds AnswerTime{30};
-// Well below the time after which the agent closes an idle connection, so as not to cross with
-// that.
+// Well below the time after which the agent closes an idle connection, so that a request hardly
+// ever meets a connection that the agent is just closing.
 constexpr std::chrono::seconds ReuseTime{2};
 constexpr int SendAttempts = 3;
 constexpr std::uint64_t LargestAnswer = 64 * 1024 * 1024;
@@ -105,9 +105,9 @@ struct HttpConnection::Impl {
     SendAll(bytes.str());
   }
 
-  // The agent closes a connection on which it hears nothing for some seconds, so it has closed that
-  // of a client that was not let run. Nothing has come through then, and another connection is
-  // made.
+  // The agent closes a connection on which it hears nothing for some seconds. That happens to a
+  // client that the system did not let run. The request has not come through then, and another
+  // connection is made.
   void SendAll(const std::string& text) {
     beast::error_code failure;
     for (int attempt = 0; attempt < SendAttempts; ++attempt) {

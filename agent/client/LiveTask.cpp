@@ -12,7 +12,7 @@ namespace NoxAgent {
 
 namespace {
 
-// The scheduler's report on itself says it in its last line.
+// The last line of the scheduler's report on itself says whether it runs tasks.
 LiveTask::Gate GateOf(const Json& status) {
   for (const Json& plugin : status.Items("plugins")) {
     const std::string report = plugin.Text("report", "");

@@ -23,7 +23,7 @@ constexpr long LastWeek = 5;
 
 constexpr const char* WeekdayNames[] = {"Sunday",   "Monday", "Tuesday", "Wednesday",
                                         "Thursday", "Friday", "Saturday"};
-// Days 1 to 6 are week 1: a week's number is a seventh of its day, and one.
+// The week of a day is the day of the month divided by 7, plus 1: so week 1 has the days 1 to 6.
 constexpr const char* WeekDays[] = {"1 to 6", "7 to 13", "14 to 20", "21 to 27", "28 to 31"};
 
 std::string Formatted(long seconds, const char* format) {

@@ -34,7 +34,7 @@ std::string SocketIn(const std::string& directory) {
   return directory + "/control.sock";
 }
 
-// What may not be looked at may be there as well.
+// A path that this user may not look at counts as there: it may well be.
 bool MayExist(const std::string& path) {
   return ::access(path.c_str(), F_OK) == 0 || errno == EACCES;
 }

@@ -29,7 +29,8 @@ std::string IdOf(const std::string& file) {
   return id;
 }
 
-// What cannot be a task at all. Anything else is worth a look at what the scheduler makes of it.
+// Refuses a text that cannot be a task at all. With any other one the user wants to see what the
+// scheduler makes of it.
 void RefuseErrors(const std::string& file, const AString& xml) {
   for (const TaskDocumentProblem& problem : CheckTaskDocument(xml, std::time(nullptr))) {
     if (problem.m_Severity == TaskDocumentSeverity::Error) {
@@ -47,7 +48,7 @@ bool IsFile(const std::string& name) {
 std::optional<TaskSource> AskAgent(const std::string& id, const CommandContext& context) {
   try {
     AgentApi agent = context.Agent();
-    // In this order the document is no older than the rest.
+    // The document is asked for last, so it is no older than the rest.
     LiveTask live = ReadLiveTask(agent, id);
     auto xml = agent.TaskXml(id);
     return xml ? std::optional(TaskSource{{id, *std::move(xml)}, std::move(live)}) : std::nullopt;

@@ -55,7 +55,8 @@ bool IsUnrecorded(long lastRun, const std::optional<RunEntry>& recorded) {
   if (lastRun <= 0 || !recorded) {
     return lastRun > 0;
   }
-  // An hour that comes twice is read as its first coming, so texts are compared as well.
+  // In an hour that the clocks show twice, a text is read as the first time. So the texts are
+  // compared as well.
   return recorded->m_Seconds < lastRun && recorded->m_Start != LocalText(lastRun);
 }
 

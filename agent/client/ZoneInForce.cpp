@@ -9,7 +9,7 @@ namespace {
 
 constexpr const char* MachinesZone = "/etc/localtime";
 
-// The zone that a TZ names, in one way alone.
+// The zone that a TZ names, always written in the same way.
 std::string Plain(std::string zone) {
   if (zone.rfind(':', 0) == 0) {
     zone.erase(0, 1);

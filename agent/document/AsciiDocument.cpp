@@ -12,7 +12,7 @@ namespace {
 
 constexpr wchar_t ByteOrderMark = 0xFEFF;
 
-// Markup in which a reference would stand for itself, and the text that ends it. Longer beginnings
+// Markup in which a reference would be plain text, and what ends that markup. Longer beginnings
 // come first.
 struct Region {
   const wchar_t* m_Begin;

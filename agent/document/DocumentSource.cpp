@@ -62,7 +62,7 @@ DocumentSource::DocumentSource(std::string utf8) : m_Text(std::move(utf8)), m_Li
     }
   }
   m_CharactersBeforeBlock.push_back(characters);
-  // The parse that decides was made before; what this one cannot read is not looked at.
+  // Another parser has decided before whether the text is well formed, so errors are ignored here.
   (void)m_Document.load_buffer(m_Text.data(), m_Text.size(),
                                pugi::parse_default | pugi::parse_comments | pugi::parse_pi |
                                    pugi::parse_declaration | pugi::parse_doctype,

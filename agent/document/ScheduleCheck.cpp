@@ -166,8 +166,8 @@ void ScheduleCheck::TellPeriodMeetsStart(const ScheduleDifference* late,
                   MendOfDuration((late != nullptr ? late : lost)->m_Gap));
 }
 
-// The longest that leaves nothing of the kind: just short of the next start where that is found by
-// itself, as at midnight, or else an hour.
+// The longest duration without this problem: it ends just before the next start when the scheduler
+// finds that start by itself, as at midnight, and an hour before it otherwise.
 std::string ScheduleCheck::MendOfDuration(long gap) const {
   TriggerRule rule = m_Trigger.Rule();
   const long step = rule.Repeats() ? rule.m_IntervalSeconds : Minute;

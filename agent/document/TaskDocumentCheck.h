@@ -1,8 +1,8 @@
 // Reads a task document as the scheduler would and tells everything that its writer should know.
 //
 // The scheduler itself never complains: a number that it cannot read is 0 to it, a trigger that it
-// cannot read is switched off, a task without triggers is deleted. So the
-// agent's border and the client's `check` ask here before a document reaches the scheduler.
+// cannot read is switched off, a task without triggers is deleted. So the agent's border and the
+// client's `check` ask here before a document reaches the scheduler.
 //
 // docs/task-document.md describes the document; docs/task.xsd is the same description for tools.
 #pragma once

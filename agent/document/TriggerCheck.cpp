@@ -30,7 +30,7 @@ void WarnUnused(const Value& value, long type, ProblemList& problems) {
   }
 }
 
-// A value that writers put down for good measure says nothing, so it needs no warning.
+// Writers often put this value down although it changes nothing, so it needs no warning.
 bool IsIdle(const Value& value, long idle) {
   if (!value) {
     return true;

@@ -87,7 +87,7 @@ class CommandLine {
   Value Argument(const std::string& name, std::vector<std::string>& values,
                  const std::string& help);
 
-  // What may stand on the line, for completions and for the test of the man page.
+  // What may stand on the line, for programs that help people to write one.
 
   struct OptionForm {
     std::vector<std::string> m_Names;  ///< "-n", "--count"

@@ -25,9 +25,9 @@ class JsonError : public std::runtime_error {
 ///     const std::string text = answer.Dump();
 ///     const std::string id = Json::Parse(text).At("out").At("taskId").Text();
 ///
-/// Braces around pairs of a name and a value make an object. A library does the
-/// reading and writing, in one source file; this header is light, because many files include it.
-/// One thread at a time.
+/// Braces around pairs of a name and a value make an object. A library does the reading
+/// and writing, in one source file; this header is light, because many files include it. One thread
+/// at a time.
 class Json {
  public:
   struct Member;

@@ -26,7 +26,7 @@ SchedulerTrigger::SchedulerTrigger(const TriggerRule& rule, const LocalCalendar&
   if (m_Rule.m_End != NoTime) {
     m_Rule.m_End = std::max(m_Rule.m_End, m_Rule.m_Begin);
   }
-  // Asked of the library, for it may lie long before the calendar.
+  // The C library is asked, because this may lie long before the calendar.
   const std::time_t begin = m_Rule.m_Begin;
   std::tm fields{};
   (void)::localtime_r(&begin, &fields);

@@ -25,7 +25,7 @@ class SimulatedHost final : public AgentSDK::AHost {
   long PostNotification(long code, const BaseSDK::AString& text) override;
   BaseSDK::AString GetConfigString(const BaseSDK::AString& section, const BaseSDK::AString& key,
                                    const BaseSDK::AString& fallback) override;
-  /// Every class identifier opens, unless it is none.
+  /// Opens the handler for every text that is a class identifier.
   long OpenObject(const BaseSDK::AString& classId, const BaseSDK::AGuid& interfaceId,
                   unsigned long flags, void*& object) override;
 

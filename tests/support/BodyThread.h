@@ -8,7 +8,7 @@
 
 namespace TestSupport {
 
-/// A thread that runs `body`, from construction on; its end is waited for.
+/// Runs `body` on a thread of its own from construction on; the destructor waits for its end.
 class BodyThread : public BaseSDK::AThread {
  public:
   explicit BodyThread(std::function<void()> body) : m_Body(std::move(body)) { (void)Start(); }

@@ -35,8 +35,8 @@ class FailingFileSystem : public ForwardingFileSystem {
 
   using ForwardingFileSystem::ForwardingFileSystem;
 
-  /// Call number `number`, counted from the last Reset, does nothing and answers `error`. Closing
-  /// happens nevertheless, as it does on the system.
+  /// Call number `number`, counted from the last Reset, does nothing and answers `error`. A call
+  /// that closes still closes, as the system does.
   void FailAt(unsigned number, int error);
   /// Every call of the kind, until Reset.
   void FailAll(Kind kind, int error);
@@ -78,8 +78,8 @@ class FailingFileSystem : public ForwardingFileSystem {
     std::size_t m_PartialBytes = 0;
   };
 
-  /// Counts a call; the error it shall answer, 0 when it shall happen. `most` is how many bytes a
-  /// write may take, also one that fails.
+  /// Counts a call. Returns the error that it is to answer; 0 when it is to be carried out. `most`
+  /// is how many bytes a write may take, also one that fails.
   int Admit(Kind kind, const std::string& words, std::size_t* most = nullptr);
 
   mutable BaseSDK::AMutex m_Lock;

@@ -13,8 +13,8 @@
 namespace TestSupport {
 
 /// A task handler that runs nothing and remembers every call: which operation, which batch, when by
-/// `time()`. It answers as scripted, 1 when nothing is. One object serves any number of openings.
-/// May be used from any thread.
+/// `time()`. It gives the answers that were set beforehand, and 1 when there are none. One object
+/// serves any number of openings. May be used from any thread.
 class FakeHandler : public Corvane::AgentInterfacesV3::INoxScheduledTaskHandler {
  public:
   struct Call {
@@ -24,7 +24,7 @@ class FakeHandler : public Corvane::AgentInterfacesV3::INoxScheduledTaskHandler 
 
     bool operator==(const Call&) const = default;
   };
-  /// Sees a call before it is answered, on the caller's thread.
+  /// Is called with each call before it is answered, on the caller's thread.
   using Observer = std::function<void(const Call&)>;
 
   FakeHandler() = default;

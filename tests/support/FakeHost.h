@@ -38,7 +38,7 @@ class FakeHost : public AgentSDK::AHost {
     unsigned long m_Flags;
     long m_Result;
   };
-  /// Sees a notification when it is posted, on the poster's thread and with the poster's locks.
+  /// Is called with each notification when it is posted, on that thread and under its locks.
   using Observer = std::function<void(const Notification&)>;
 
   FakeHost();
@@ -52,7 +52,7 @@ class FakeHost : public AgentSDK::AHost {
   /// Opening this class identifier succeeds from now on, and gives no object.
   void AddNothing(const BaseSDK::AString& classId);
   void RemoveHandler(const BaseSDK::AString& classId);
-  /// Known class identifiers open with this negative result too, as long as one is given.
+  /// While this is set, opening a known class identifier fails too, with this negative result.
   void FailOpening(std::optional<long> result);
   void AnswerSubscribe(long result);
   void AnswerPost(long result);

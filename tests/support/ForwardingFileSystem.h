@@ -4,8 +4,8 @@
 
 namespace TestSupport {
 
-/// Passes every call on to another file system; derive and override what shall be different. It
-/// does not put itself in force.
+/// Passes every call on to another file system; derive and override the calls that are to differ.
+/// It does not put itself in force.
 class ForwardingFileSystem : public BaseSDK::AFileSystem {
  public:
   /// `below` is borrowed.

@@ -8,7 +8,7 @@
 
 namespace TestSupport {
 
-/// Asks from a thread of its own: the one that asks may hold it.
+/// Asks from another thread, because the calling thread itself may hold the lock.
 inline bool IsFree(BaseSDK::AMutex& lock) {
   return std::async(std::launch::async,
                     [&lock] {
@@ -21,8 +21,8 @@ inline bool IsFree(BaseSDK::AMutex& lock) {
       .get();
 }
 
-/// Whether `call` gets to its end on a thread of its own while the lock is held. It takes a minute
-/// to find that out only when it does not.
+/// Whether `call` gets to its end on a thread of its own while the lock is held. It takes a
+/// minute when it does not, and no time otherwise.
 template <class Call>
 bool RunsWhileHeld(BaseSDK::AMutex& lock, const Call& call) {
   std::future<void> running;

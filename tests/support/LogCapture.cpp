@@ -24,7 +24,7 @@ class LogCapture::Sink : public BaseSDK::ALogSink {
         observer(line);
       }
     } catch (const std::bad_alloc&) {
-      // Where a test takes the memory away, the line is lost, as it would be on a full machine.
+      // When a test lets memory run out, the line is lost, as it would be in earnest.
     }
   }
 

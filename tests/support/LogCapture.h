@@ -30,7 +30,7 @@ class LogCapture {
   LogCapture& operator=(const LogCapture&) = delete;
   ~LogCapture();
 
-  /// Sees a line when it is logged, on the logging thread and with its locks.
+  /// Is called with each line when it is logged, on the logging thread and under its locks.
   using Observer = std::function<void(const Line&)>;
   void Observe(Observer observer);
 

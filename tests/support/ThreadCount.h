@@ -8,9 +8,8 @@
 
 namespace TestSupport {
 
-/// The threads of this process that are not at their very end. Whoever joins a thread goes on a
-/// moment before the system takes it off its list, so the list alone says one too many now and
-/// then.
+/// How many threads the process has, without those that are ending. A join returns a moment before
+/// the system takes the thread off its list, so the length of the list is sometimes one too many.
 inline std::size_t CountThreads() {
   constexpr unsigned long Exiting = 0x4;  // PF_EXITING, set before the one that joins is woken
   std::size_t count = 0;

@@ -107,7 +107,7 @@ void WarnOfLostRecords(const std::vector<TaskSummary>& tasks, const CommandConte
   }
 }
 
-// Not on the table's stream, for scripts take its lines for tasks.
+// Not on the stream of the table: scripts take each of its lines for a task.
 void WarnOfFiles(AgentApi& agent, const CommandContext& context) {
   const auto files = agent.FilesThatAreNoTasks();
   if (files.empty()) {

@@ -119,8 +119,8 @@ void PrintDone(const std::vector<std::string>& ids, const char* done,
   }
 }
 
-// Does `act` with each task. One that fails is told and does not keep the others from it, unless
-// the agent cannot be reached any more.
+// Does `act` with each task. A failure is reported, and the other tasks go on, unless the agent
+// cannot be reached any more.
 void ForEach(const std::vector<std::string>& ids, const char* done,
              const std::function<void(const std::string&)>& act, CommandContext& context) {
   std::vector<std::string> ready;
@@ -149,7 +149,7 @@ void Delete(AgentApi& agent, const std::string& id) {
   }
 }
 
-// The scheduler gives one answer to "no such task" and "is so already".
+// The scheduler gives the same answer for "no such task" and "is in that state already".
 void Enable(AgentApi& agent, const std::string& id, bool enable) {
   if (agent.EnableTask(id, enable)) {
     return;
@@ -176,7 +176,7 @@ void SetState(const std::string& id, const std::string& state, const CommandCont
   context.m_Out << id << ' ' << state << '\n';
 }
 
-// `done` is how a task is told of with which it went well.
+// `done` is the message for each task for which this went well.
 void AddManyCommand(CommandLine& line, const char* name, const char* summary, const char* done,
                     std::function<void(AgentApi&, const std::string&)> act,
                     CommandContext& context) {

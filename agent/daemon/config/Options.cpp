@@ -27,7 +27,8 @@ std::string CheckLevel(const std::string& text) {
              : "\"" + text + "\" is none of error, warning, notice, information, debug, trace";
 }
 
-// An empty one comes from a variable that is not set, and would stand for a default elsewhere.
+// Refuses an empty value: it comes from a variable that is not set, and would elsewhere mean the
+// default.
 std::string CheckPath(const std::string& text) {
   return text.empty() ? "the path is empty" : std::string();
 }

@@ -15,7 +15,7 @@ const AString& PluginConfig::SectionName() {
 PluginConfig::PluginConfig(Values builtIn) {
   for (auto& [key, text] : builtIn) {
     m_Table[key] = {text, 0};
-    m_Asked.insert(key);  // a built-in default is nobody's typing error
+    m_Asked.insert(key);  // nobody can have mistyped a built-in value
   }
 }
 

@@ -35,7 +35,7 @@ using Protocol = asio::local::stream_protocol;
 namespace NoxAgent {
 namespace {
 
-// Connections past the limit are told so; past this many they are just closed.
+// Connections beyond the limit get an error as answer; beyond this many they are just closed.
 constexpr std::size_t MaxRefusals = 64;
 constexpr std::chrono::milliseconds PauseWithoutDescriptors(100);
 
@@ -61,7 +61,7 @@ int Duplicate(int fd) {
 
 }  // namespace
 
-// A request on its way to a worker. Whoever claims it first, worker or timer, answers it.
+// A request on its way to a worker. The worker or the timer answers it, whichever claims it first.
 class ControlServer::Turn {
  public:
   explicit Turn(asio::io_context& io) : m_Timer(io) {}
@@ -260,7 +260,8 @@ void ControlServer::Impl::Broadcast(const NotificationStream::Line& line) {
 void ControlServer::Impl::StreamEnded(const std::shared_ptr<NotificationStream>& stream,
                                       bool dropped) {
   m_Streams.erase(stream);
-  // In this order, and read in the other: whoever sees it gone sees that it was dropped.
+  // Written in this order and read in the other: a reader that finds the stream gone also finds it
+  // counted as dropped.
   m_Dropped.fetch_add(dropped ? 1 : 0, std::memory_order_relaxed);
   m_StreamCount = static_cast<unsigned>(m_Streams.size());
   CheckIdle();

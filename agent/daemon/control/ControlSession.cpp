@@ -186,8 +186,9 @@ bool ControlSession::KeepsConnection() const {
          m_Server.MayKeep();
 }
 
-// The client was told that it may ask on, so it may, however many have come since. The time to read
-// the next request begins when it does; before that the client may think.
+// The client was told that it may send another request, so it may, however many connections have
+// come since. The time to read that request begins with its first byte; until then the client may
+// think.
 void ControlSession::WaitForNext() {
   if (m_Server.IsStopping()) {
     Linger();
@@ -240,7 +241,7 @@ void ControlSession::End() {
 void ControlSession::StartTimer(unsigned seconds) {
   m_TimedOut = false;
   (void)m_Timer.expires_after(std::chrono::seconds(seconds));
-  // One that is over already when it is set anew still comes; it is not for what follows.
+  // A timer that has run out when it is set anew still calls its handler; that call is ignored.
   m_Timer.async_wait([self = shared_from_this(), number = ++m_LastTimer](Error error) {
     if (!error && !self->m_Ended && number == self->m_LastTimer) {
       self->m_TimedOut = true;

@@ -104,7 +104,7 @@ Json FilesRoute::TakeBack(const std::string& body) {
   return answer;
 }
 
-// By way of the border, as if a client had added it.
+// Goes through the same checks as if a client had added the task.
 Json FilesRoute::AddTask(const std::string& taskId, const std::string& document) {
   const Json body = {{"taskId", taskId}, {"taskXml", document}};
   Json answer = m_Operations.Answer(

@@ -64,7 +64,7 @@ void NotificationStream::Enqueue(std::string bytes) {
 void NotificationStream::WriteNext() {
   m_IsWriting = true;
   (void)m_Timer.expires_after(std::chrono::seconds(m_SecondsToWrite));
-  // One that is over already when its write ends still comes; it is not for the next write.
+  // A timer that has run out when its write ends still calls its handler; that call is ignored.
   m_Timer.async_wait([self = shared_from_this(), number = ++m_LastWrite](Error error) {
     if (!error && self->m_IsWriting && number == self->m_LastWrite) {
       self->End(true);
@@ -83,7 +83,8 @@ void NotificationStream::WriteNext() {
                     });
 }
 
-// The client has nothing to say any more; what arrives is its end, or a reason to end.
+// The client has nothing more to send. When input arrives, it has closed the connection, or it
+// breaks the rules; both end the stream.
 void NotificationStream::WatchClient() {
   m_Socket.async_read_some(asio::buffer(m_Input),
                            [self = shared_from_this()](Error, std::size_t) { self->End(false); });

@@ -181,7 +181,8 @@ Json OperationRoute::UseEnumeration(Call& call) {
 
 Json OperationRoute::Send(Call& call) {
   const WriteFailures failures;
-  // The agent's notifications reach a plug-in on the agent thread only, whoever asks for them.
+  // A plug-in gets the agent's notifications on the agent thread only, also those that clients ask
+  // for.
   if (call.m_Operation.m_Name == "NotifyObject") {
     m_Notifications.SendOnAgentThread(*call.m_Plugin, call.m_Request);
   } else {

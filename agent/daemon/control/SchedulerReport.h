@@ -10,7 +10,7 @@ namespace NoxAgent {
 /// each task in memory, and at last whether the scheduler runs tasks. The heading says "running",
 /// but the list has all tasks.
 struct SchedulerReport {
-  /// Reads the report. When it is none of a scheduler's, all of it becomes m_Rest.
+  /// Reads the report. When it does not come from a scheduler, all of it becomes m_Rest.
   explicit SchedulerReport(std::string_view report);
 
   bool m_IsOne = false;                ///< it has the heading

@@ -78,7 +78,7 @@ void CheckTaskIds(const AString& taskIds, const AString& extension) {
   }
 }
 
-// It becomes the last word of an element's text.
+// The state becomes the last word of an element's text.
 void CheckRunState(const AString& runState) {
   const std::wstring& text = runState.Str();
   const bool good = !text.empty() && text.size() <= MaxRunStateLength &&

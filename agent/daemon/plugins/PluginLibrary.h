@@ -8,7 +8,8 @@ namespace NoxAgent {
 /// at a time may call them.
 class PluginLibrary {
  public:
-  /// Loads the shared object. Throws AgentError that says why it is none or no plug-in's.
+  /// Loads the shared object. Throws AgentError when the file is no shared object, or not that of
+  /// a plug-in.
   explicit PluginLibrary(const BaseSDK::AString& path);
   /// Unloads it. REQUIRES: the plug-in has agreed to be unloaded, or was never initialised.
   ~PluginLibrary();

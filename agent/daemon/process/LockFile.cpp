@@ -38,8 +38,9 @@ bool IsGone(pid_t process) {
   return process > 0 && ::kill(process, 0) != 0 && errno == ESRCH;
 }
 
-// A command that an agent was just starting when it was killed has a copy of the lock until it
-// gives up its copies of the agent's descriptors, so the lock of one that is gone is waited for.
+// When an agent is killed while it starts a command, the new process has a copy of the lock until
+// it closes its copies of the agent's descriptors. So the lock of an agent that is gone is waited
+// for.
 bool Lock(int fd) {
   for (int attempt = 0; attempt < Attempts; ++attempt) {
     if (::flock(fd, LOCK_EX | LOCK_NB) == 0) {

@@ -80,7 +80,7 @@ void ServiceManager::Send(const std::string& message, int flags) const {
     address.sun_path[0] = '\0';
   }
   const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + m_Address.size());
-  // A service manager that is gone has nobody to tell; the agent works on.
+  // When the service manager is gone there is nobody to tell; the agent works on.
   (void)::sendto(m_Fd, message.data(), message.size(), MSG_NOSIGNAL | flags,
                  reinterpret_cast<const sockaddr*>(&address), size);
 }

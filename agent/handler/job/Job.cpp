@@ -25,8 +25,8 @@ namespace {
 
 constexpr long MaxTimeoutSeconds = 10L * 365 * 86400;
 
-// "90" and "90s" are seconds, "5m" minutes, "2h" hours. One more than may be stands for any number
-// that is too large.
+// "90" and "90s" are seconds, "5m" minutes, "2h" hours. A number that is too large becomes the
+// greatest allowed one plus 1.
 std::optional<long> ParseSeconds(const AString& text) {
   long factor = 1;
   AString digits = text;
@@ -169,7 +169,7 @@ JobError SystemError(const AString& what, const AString& fileName) {
           : AString("cannot %1 the job file %2: %3").Arg(what, fileName, strerror(errno)));
 }
 
-// Whoever can write a job, or put another one in its place, has the rights that it runs with.
+// A user who can write a job, or replace it, has the rights that the job runs with.
 void RefuseStrangers(const char* what, const AString& name, const struct stat& info) {
   const bool isRoot = geteuid() == 0;
   const bool isOwnersOwn = info.st_uid == 0 || info.st_uid == geteuid();

@@ -54,7 +54,7 @@ Account Own() {
     return getpwuid_r(geteuid(), entry, buffer, size, found);
   });
   if (!account) {
-    account.emplace();  // a user without an entry can run commands all the same
+    account.emplace();  // also a user without an entry can run commands
     account->m_Uid = geteuid();
     account->m_Gid = getegid();
   }

@@ -51,8 +51,8 @@ void SetNonBlocking(const FileDescriptor& fd) {
   }
 }
 
-// No handler of the agent may run in the new process, so none gets the chance: signals stay blocked
-// there until they are reset.
+// No signal handler of the agent may run in the new process, so signals stay blocked there until
+// they are reset.
 pid_t ForkWithSignalsBlocked(const ChildStart& start) {
   sigset_t all;
   sigset_t before;
@@ -109,14 +109,14 @@ ChildProcess::ChildProcess(const Launch& launch)
   if (!m_PidFd) {
     const JobError error = SystemError("watch the new process");
     go.m_Write.Close();
-    (void)waitpid(m_Pid, nullptr, 0);  // it ends at once, for it never got to go
+    (void)waitpid(m_Pid, nullptr, 0);  // it ends at once, because Go() was not called
     throw error;
   }
   m_Go = std::move(go.m_Write);
 }
 
 ChildProcess::~ChildProcess() {
-  const bool mayRun = !m_Go;  // else it ends at once, for it never got to go
+  const bool mayRun = !m_Go;  // else it ends at once, because Go() was not called
   m_Go.Close();
   if (m_Pid > 0) {
     (void)waitpid(m_Pid, nullptr, mayRun ? WNOHANG : 0);

@@ -55,8 +55,8 @@ ChildStart::ChildStart(const Launch& launch, const Descriptors& descriptors)
 
 void ChildStart::Run() const {
   (void)setsid();  // cannot fail: a new process leads no group
-  // Only then: copies of the agent's locks go with the other descriptors, and the next agent, which
-  // waits for these, ends what it finds in the session.
+  // The session comes first. This closes the copies of the agent's locks, which the next agent
+  // waits for; that agent then ends the processes that it finds in the session.
   ConnectStreams();
   ResetSignals();
   BaseSDK::ADescriptorLimit::Restore();
@@ -67,12 +67,13 @@ void ChildStart::Run() const {
   _exit(CannotStart);
 }
 
-// By the system call itself: the C library guards the two signals that it keeps for itself, and
-// where the agent was spawned by a program that uses the same library, they are ignored.
+// Uses the system call itself, because the C library does not let go of the two signals that it
+// keeps for itself. They may be ignored here, if a program with the same library has spawned the
+// agent.
 void ChildStart::ResetSignals() const {
   const KernelSigaction defaultAction{};
   for (int number = 1; number < NSIG; ++number) {
-    // Those that cannot be changed are as they should be.
+    // Fails for signals whose action cannot be changed; that action is the default.
     (void)syscall(SYS_rt_sigaction, number, &defaultAction, nullptr, KernelSignalSetBytes);
   }
   sigset_t none;
@@ -87,7 +88,7 @@ void ChildStart::AwaitGo() const {
     got = read(GoFd, &go, 1);
   } while (got < 0 && errno == EINTR);
   if (got != 1) {
-    _exit(CannotStart);  // the agent is gone, and with it who would watch the command
+    _exit(CannotStart);  // the agent is gone, and nobody would watch the command
   }
 }
 

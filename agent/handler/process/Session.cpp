@@ -10,7 +10,7 @@ bool Session::Refresh() {
   m_Processes.clear();
   for (const ProcessTable::Process& process : ProcessTable::OfSession(m_Id)) {
     FileDescriptor handle = ProcessHandle::Open(process.m_Pid);
-    // Asked again with the handle open: the number could have changed hands in between.
+    // Asked again now that the handle is open: another process could have got the number before.
     const auto now = ProcessTable::Find(process.m_Pid);
     if (handle && now && now->m_StartTicks == process.m_StartTicks && Belongs(process)) {
       m_Processes.push_back(std::move(handle));

@@ -21,7 +21,7 @@ namespace NoxHandler {
 
 namespace {
 
-// Processes may be born between two looks.
+// New processes may be started between two looks.
 constexpr auto LookAgain = 100ms;
 
 // The processes of a recorded run; nothing when its number cannot be theirs any more.
@@ -30,8 +30,8 @@ std::optional<Session> SessionOf(const RunRecord& record) {
     return std::nullopt;
   }
   if (const auto leader = ProcessTable::Find(record.m_Pid)) {
-    // A number is not given out again while a session bears it: either it is the same process, and
-    // the session is the run's, or the run is over.
+    // The system gives no number out again while a session has it. So either this is the same
+    // process and the session is that of the run, or the run is over.
     return leader->m_StartTicks == record.m_StartTicks ? std::optional<Session>(record.m_Pid)
                                                        : std::nullopt;
   }

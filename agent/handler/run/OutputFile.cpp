@@ -44,7 +44,8 @@ std::string ReadTail(int fd, std::size_t maxBytes) {
   return tail;
 }
 
-// Over the file's own blocks: a full disk has no others, and a kill in the middle loses nothing.
+// Overwrites the file's own blocks, because a full disk has no others; a kill in the middle loses
+// nothing.
 int WriteOver(int fd, std::string_view bytes) {
   (void)fcntl(fd, F_SETFL, Flags & ~O_APPEND);
   int error = FileWrite::At(fd, bytes, 0);

@@ -155,8 +155,8 @@ std::string RunRecords::Get(std::size_t slot) const {
   return bytes;
 }
 
-// The task's own, else a free one. Beyond those whose space is held lie some only when an earlier
-// agent's processes could not be ended: their records stay.
+// The slot that the task has, else a free one. There are more slots than have their space taken
+// only when processes of an earlier agent could not be ended: their records stay.
 std::size_t RunRecords::SlotFor(const AString& taskId) {
   auto found = std::find(m_Slots.begin(), m_Slots.end(), taskId);
   if (found == m_Slots.end()) {

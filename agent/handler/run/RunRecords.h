@@ -21,8 +21,8 @@ namespace NoxHandler {
 class RunRecords {
  public:
   /// Opens or creates the file "runs" in `directory`, which this agent alone writes to, and takes
-  /// its space. Slots that cannot be read are logged and cleared. When there is no opening the file
-  /// or no space, that is logged, and each Write tries again.
+  /// its space. Slots that cannot be read are logged and cleared. When the file
+  /// cannot be opened or has no space, that is logged, and each Write tries again.
   RunRecords(const BaseSDK::AString& directory, std::size_t slots);
 
   /// Writes the task's record, in place of an earlier one. 0; or an errno, and there is no record.

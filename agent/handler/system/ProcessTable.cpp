@@ -86,8 +86,8 @@ std::vector<ProcessTable::Process> ProcessTable::OfSession(pid_t session) {
 
 bool ProcessTable::HasVariable(pid_t pid, const std::string& variable) {
   std::string environment = ReadAll(ProcPath(pid, "environ"));
-  // In the middle of becoming another program a process has none to show. That is over at once;
-  // one that has none at all, or may not be asked, must not hold up the agent for long.
+  // While a process becomes another program it shows no variables. That is over at once. A process
+  // that never shows any, or may not be asked, must not hold the agent up for long.
   for (int looks = 0; environment.empty() && looks < MostLooks && Find(pid); ++looks) {
     (void)poll(nullptr, 0, 1);
     environment = ReadAll(ProcPath(pid, "environ"));

@@ -55,7 +55,7 @@ class TestScheduler {
 
   long AddTask(const std::string& id, const TaskXml& document);
   long AddTask(const std::string& id, const std::string& document);
-  /// The ID that was invented, or empty when there was no adding it.
+  /// Returns the ID that was invented; empty when the task could not be added.
   std::string AddUnnamedTask(const TaskXml& document);
   long DeleteTask(const std::string& id);
   long EnableTask(const std::string& ids, bool enable);

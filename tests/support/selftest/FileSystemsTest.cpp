@@ -1,4 +1,5 @@
-// The file systems that tests put in place behave as the system's, but for what they are told.
+// The file systems that tests put in force behave like the system's, except where a test tells them
+// otherwise.
 #include "tests/support/FailingFileSystem.h"
 #include "tests/support/MemoryFileSystem.h"
 #include "tests/support/TempDir.h"

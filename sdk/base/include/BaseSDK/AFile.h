@@ -29,8 +29,8 @@ struct AFile {
   /// leading dot, the name without its extension (shortened when it would be too long), six letters
   /// or digits. A new file gets mode 0644 less the umask, a replaced one keeps its mode. On failure
   /// the temporary file is removed and the old file stands, unless only the last step failed, the
-  /// flush of the directory. A symbolic link is replaced, not followed. Only a regular
-  /// file or a symbolic link can be replaced; anything else is refused.
+  /// flush of the directory. A symbolic link is replaced, not followed. Only regular files
+  /// and symbolic links can be replaced; anything else is refused.
   static unsigned long Write(const AString& name, const AString& text, const AEncoding& encoding);
 
   /// Deletes the file and flushes its directory. `flags` is 0; any other value is EINVAL.
