@@ -184,9 +184,7 @@ void Supervisor::DispatchToRunning(Slot& slot, const TaskBatch::Entry& entry) {
       Queue(slot, entry);
       break;
     case OverlapRule::Kill:
-      LogSkip(entry.m_TaskId, "its previous run goes on: ending that one first");
-      slot.m_Next = entry;
-      slot.m_Run->End(Run::EndReason::Replaced);
+      Replace(slot, entry);
       break;
   }
 }
@@ -199,6 +197,16 @@ void Supervisor::Queue(Slot& slot, const TaskBatch::Entry& entry) {
   LogSkip(entry.m_TaskId, "its previous run goes on: starts after it");
   m_Latest.NoteQueued(entry.m_TaskId, WallSeconds());
   slot.m_Next = entry;
+}
+
+void Supervisor::Replace(Slot& slot, const TaskBatch::Entry& entry) {
+  if (slot.m_Next) {
+    Skip(entry.m_TaskId, "a later start takes its place");
+  }
+  LogSkip(entry.m_TaskId, "its previous run goes on: ending that one first");
+  m_Latest.NoteQueued(entry.m_TaskId, WallSeconds());
+  slot.m_Next = entry;
+  slot.m_Run->End(Run::EndReason::Replaced);
 }
 
 void Supervisor::LeaveOut(const TaskBatch::Entry& entry, const char* why) {

@@ -66,6 +66,7 @@ class Supervisor {
   void Dispatch(const TaskBatch::Entry& entry);
   void DispatchToRunning(Slot& slot, const TaskBatch::Entry& entry);
   void Queue(Slot& slot, const TaskBatch::Entry& entry);
+  void Replace(Slot& slot, const TaskBatch::Entry& entry);
   void LeaveOut(const TaskBatch::Entry& entry, const char* why);
   void Skip(const BaseSDK::AString& taskId, const char* why);
   void AppendNote(const BaseSDK::AString& taskId, const BaseSDK::AString& text);

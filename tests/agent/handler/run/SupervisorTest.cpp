@@ -294,6 +294,23 @@ TEST_F(Supervisor, EndsTheRunForARepetitionWhenTheJobWantsThat) {
   EXPECT_EQ(LogCount("ended for the task's next run"), 1u);
 }
 
+TEST_F(Supervisor, TellsOfRepetitionsThatWaitForTheEndOfTheRunTheyReplace) {
+  AddJob("a", "trap '' TERM; echo $$ > $STARTED; read line < $GATE", "overlap = kill");
+  StartSupervisor();
+  Dispatch("a");
+  (void)Started();
+  Dispatch("a", false);
+  ASSERT_TRUE(WaitUntil([&] { return Run("a").contains("queued"); }));
+  Dispatch("a", false);
+  ASSERT_TRUE(WaitUntil([&] { return Run("a").contains("skipped"); }));
+  EXPECT_EQ(Run("a")["skipReason"], "a later start takes its place");
+  OpenGate();
+  (void)Started();
+  OpenGate();
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Ok"});
+  EXPECT_FALSE(m_Started.HasLine());
+}
+
 TEST_F(Supervisor, ReportsAStateAgainThatTheSchedulerCouldNotTake) {
   m_Scheduler.HoldTasks(false);
   AddJob("a", "exit 0");
