@@ -12,15 +12,15 @@ const AString& PluginConfig::SectionName() {
   return Name;
 }
 
-PluginConfig::PluginConfig(Values builtIn) {
+PluginConfig::PluginConfig(Values builtIn, Values inherited) : m_Inherited(std::move(inherited)) {
   for (auto& [key, text] : builtIn) {
     m_Table[key] = {text, 0};
     m_Asked.insert(key);  // nobody can have mistyped a built-in value
   }
 }
 
-PluginConfig::PluginConfig(const AString& fileName)
-    : m_FileName(fileName), m_Table(Read(fileName)) {}
+PluginConfig::PluginConfig(const AString& fileName, Values inherited)
+    : m_FileName(fileName), m_Inherited(std::move(inherited)), m_Table(Read(fileName)) {}
 
 std::optional<AString> PluginConfig::Ask(const AString& section, const AString& key) {
   if (section != SectionName()) {
@@ -28,23 +28,21 @@ std::optional<AString> PluginConfig::Ask(const AString& section, const AString& 
   }
   AMutexGuard guard(m_Lock);
   m_Asked.insert(key);
-  const auto found = m_Table.find(key);
-  m_Told[key] = found == m_Table.end() ? AString() : found->second.m_Text;
-  return found == m_Table.end() ? std::nullopt : std::optional(found->second.m_Text);
+  std::optional<AString> value = Find(key);
+  m_Told[key] = value.value_or(AString());
+  return value;
 }
 
 AString PluginConfig::Peek(const AString& key) const {
   AMutexGuard guard(m_Lock);
-  const auto found = m_Table.find(key);
-  return found == m_Table.end() ? AString() : found->second.m_Text;
+  return Find(key).value_or(AString());
 }
 
 SettingChanges PluginConfig::NotInForce() const {
   AMutexGuard guard(m_Lock);
   SettingChanges changes;
   for (const auto& [key, told] : m_Told) {
-    const auto found = m_Table.find(key);
-    const AString now = found == m_Table.end() ? AString() : found->second.m_Text;
+    const AString now = Find(key).value_or(AString());
     if (now != told) {
       changes.push_back({key, told, now});
     }
@@ -65,6 +63,14 @@ void PluginConfig::Reload() {
   AMutexGuard guard(m_Lock);
   RefuseUnasked(table);
   m_Table = std::move(table);
+}
+
+std::optional<AString> PluginConfig::Find(const AString& key) const {
+  if (const auto found = m_Table.find(key); found != m_Table.end()) {
+    return found->second.m_Text;
+  }
+  const auto inherited = m_Inherited.find(key);
+  return inherited == m_Inherited.end() ? std::nullopt : std::optional(inherited->second);
 }
 
 PluginConfig::Table PluginConfig::Read(const AString& fileName) {

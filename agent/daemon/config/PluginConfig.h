@@ -13,7 +13,8 @@
 namespace NoxAgent {
 
 /// The configuration of one plug-in: what its calls of GetConfigString read. The values come from
-/// the plug-in's INI file; without one they are built in.
+/// the plug-in's INI file, or are built in when it has none; where these say nothing, a plug-in
+/// inherits what the agent's own settings say.
 ///
 /// Only the plug-in itself knows which keys it has. So a key in the file is an unknown key when the
 /// plug-in has not asked for it by the end of its initialisation.
@@ -24,9 +25,9 @@ class PluginConfig {
 
   using Values = std::map<BaseSDK::AString, BaseSDK::AString>;
 
-  explicit PluginConfig(Values builtIn);
+  explicit PluginConfig(Values builtIn, Values inherited = {});
   /// Throws AgentError that names file, line and key.
-  explicit PluginConfig(const BaseSDK::AString& fileName);
+  explicit PluginConfig(const BaseSDK::AString& fileName, Values inherited = {});
 
   /// Empty for the built-in values.
   const BaseSDK::AString& FileName() const { return m_FileName; }
@@ -60,7 +61,10 @@ class PluginConfig {
   static Table Read(const BaseSDK::AString& fileName);
   void RefuseUnasked(const Table& table) const NOX_REQUIRES(m_Lock);
 
+  std::optional<BaseSDK::AString> Find(const BaseSDK::AString& key) const NOX_REQUIRES(m_Lock);
+
   const BaseSDK::AString m_FileName;
+  const Values m_Inherited;
 
   mutable BaseSDK::AMutex m_Lock;
   Table m_Table NOX_GUARDED_BY(m_Lock);

@@ -20,6 +20,10 @@ AString Number(long value) {
   return AString().SetNum(value, 'd');
 }
 
+AString YesOrNo(std::optional<bool> value) {
+  return !value.has_value() ? "" : *value ? "yes" : "no";
+}
+
 // "scheduler, command": which plug-ins there are, in the order of loading.
 AString NamesOf(const std::vector<PluginSettings>& plugins) {
   AString names;
@@ -47,6 +51,8 @@ SettingChanges FindRestartChanges(const Settings& inForce, const Settings& now) 
   Compare("[Log] file_bytes", Number(inForce.m_Log.m_FileBytes), Number(now.m_Log.m_FileBytes),
           changes);
   Compare("[Log] files", Number(inForce.m_Log.m_Files), Number(now.m_Log.m_Files), changes);
+  Compare("[Log] job_output", YesOrNo(inForce.m_Log.m_JobOutput), YesOrNo(now.m_Log.m_JobOutput),
+          changes);
   Compare("[Plugin ...] sections", NamesOf(inForce.m_Plugins), NamesOf(now.m_Plugins), changes);
   for (const PluginSettings& plugin : now.m_Plugins) {
     const auto before =

@@ -21,6 +21,9 @@ void FillPlugins(Settings& settings, const Environment& environment) {
     }
   }
   for (PluginSettings& plugin : settings.m_Plugins) {
+    if (settings.m_Log.m_JobOutput.has_value()) {
+      plugin.m_Inherited["job_output"] = *settings.m_Log.m_JobOutput ? "yes" : "no";
+    }
     const BuiltInPlugin* const builtIn = BuiltInPlugin::Find(plugin.m_Name);
     if (builtIn == nullptr) {
       continue;

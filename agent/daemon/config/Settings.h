@@ -18,6 +18,8 @@ struct PluginSettings {
   BaseSDK::AString m_Path;        ///< the shared object
   BaseSDK::AString m_ConfigFile;  ///< its INI file; empty: the built-in configuration
   BaseSDK::AString m_ClassId;     ///< by which its object can be opened; empty: by nobody
+  /// By key: what the agent's own settings say where the plug-in's configuration says nothing.
+  std::map<BaseSDK::AString, BaseSDK::AString> m_Inherited{};
 
   bool operator==(const PluginSettings&) const = default;
 };
@@ -30,6 +32,8 @@ struct LogSettings {
   BaseSDK::AString m_File;              ///< empty: standard error alone
   long m_FileBytes = 10 * 1024 * 1024;  ///< the file is renamed before it outgrows this
   long m_Files = 5;                     ///< how many renamed ones are kept
+  /// Whether jobs' output is logged; without it each plug-in does as it does by default.
+  std::optional<bool> m_JobOutput{};
 };
 
 /// The agent's settings: the command line over the configuration file over the built-in defaults.

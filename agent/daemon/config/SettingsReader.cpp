@@ -92,8 +92,10 @@ void SettingsReader::ReadLog(const Entry& entry) {
     log.m_FileBytes = Number(entry, MinFileBytes, std::numeric_limits<std::int32_t>::max());
   } else if (entry.m_Key == "files") {
     log.m_Files = Number(entry, 0, MaxFiles);
+  } else if (entry.m_Key == "job_output") {
+    log.m_JobOutput = YesOrNo(entry);
   } else {
-    throw UnknownKey(entry, "level, file, file_bytes, files");
+    throw UnknownKey(entry, "level, file, file_bytes, files, job_output");
   }
 }
 
@@ -160,6 +162,15 @@ AString SettingsReader::Path(const Entry& entry) const {
   const AString path = Text(entry);
   const bool complete = path[0] == L'/' || path.Find("%installdir%") == 0;
   return complete ? path : m_File.FileName().Left(m_File.FileName().ReverseFind(L'/') + 1) + path;
+}
+
+bool SettingsReader::YesOrNo(const Entry& entry) const {
+  const AString text = Text(entry);
+  if (text != "yes" && text != "no") {
+    throw m_File.ErrorAt(
+        entry.m_Line, "the key " + Quoted(entry.m_Key) + " wants yes or no, not " + Quoted(text));
+  }
+  return text == "yes";
 }
 
 long SettingsReader::Number(const Entry& entry, long min, long max) const {

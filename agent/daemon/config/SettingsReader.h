@@ -30,6 +30,7 @@ class SettingsReader {
   BaseSDK::AString Text(const Entry& entry) const;
   /// Relative paths count from the directory of the file.
   BaseSDK::AString Path(const Entry& entry) const;
+  bool YesOrNo(const Entry& entry) const;
   long Number(const Entry& entry, long min, long max) const;
   BaseSDK::ALogger::Level Level(const Entry& entry) const;
   AgentError UnknownKey(const Entry& entry, const BaseSDK::AString& known) const;

@@ -31,11 +31,11 @@ class CurrentScope {
 
 std::unique_ptr<PluginConfig> MakeConfig(const PluginSettings& settings) {
   if (!settings.m_ConfigFile.IsEmpty()) {
-    return std::make_unique<PluginConfig>(settings.m_ConfigFile);
+    return std::make_unique<PluginConfig>(settings.m_ConfigFile, settings.m_Inherited);
   }
   const BuiltInPlugin* const builtIn = BuiltInPlugin::Find(settings.m_Name);
-  return std::make_unique<PluginConfig>(builtIn != nullptr ? builtIn->m_Config
-                                                           : PluginConfig::Values());
+  return std::make_unique<PluginConfig>(
+      builtIn != nullptr ? builtIn->m_Config : PluginConfig::Values(), settings.m_Inherited);
 }
 
 }  // namespace

@@ -79,6 +79,22 @@ TEST_F(PluginConfigTest, KeepsTheOldValuesWhenTheNewFileIsBad) {
   }
 }
 
+TEST_F(PluginConfigTest, InheritsWhatItsFileDoesNotSay) {
+  PluginConfig config(Write("[Configuration]\na=1\n"), {{"a", "2"}, {"b", "3"}, {"c", "4"}});
+  EXPECT_EQ(config.Ask("Configuration", "a"), AString("1"));
+  EXPECT_EQ(config.Ask("Configuration", "b"), AString("3"));
+  config.RefuseUnasked();  // "c" is no typing error: the file does not have it
+  (void)Write("[Configuration]\na=1\nb=5\n");
+  config.Reload();
+  EXPECT_EQ(config.NotInForce(), (SettingChanges{{"b", "3", "5"}}));
+}
+
+TEST_F(PluginConfigTest, BuiltInValuesInheritToo) {
+  PluginConfig config(PluginConfig::Values{{"a", "1"}}, {{"b", "3"}});
+  config.RefuseUnasked();
+  EXPECT_EQ(config.Ask("Configuration", "b"), AString("3"));
+}
+
 TEST_F(PluginConfigTest, BuiltInValuesNeedNoFile) {
   PluginConfig config(PluginConfig::Values{{"a", "1"}});
   config.RefuseUnasked();

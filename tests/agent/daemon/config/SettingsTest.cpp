@@ -2,6 +2,7 @@
 
 #include "agent/daemon/AgentError.h"
 #include "agent/daemon/config/BuiltInPlugins.h"
+#include "agent/daemon/config/SettingChange.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -136,6 +137,26 @@ TEST_F(SettingsTest, ReadsEverySetting) {
   EXPECT_EQ(settings.m_Plugins[1].m_ConfigFile, AString("/etc/mine.ini"));
 }
 
+TEST_F(SettingsTest, PluginsInheritJobOutputWhenItIsSet) {
+  for (const char* const value : {"yes", "no"}) {
+    const Settings settings =
+        LoadText(std::string("[Agent]\nstate_dir=/s\n[Log]\njob_output=") + value + "\n");
+    EXPECT_EQ(settings.m_Log.m_JobOutput, std::string(value) == "yes");
+    for (const PluginSettings& plugin : settings.m_Plugins) {
+      EXPECT_EQ(plugin.m_Inherited.at("job_output"), AString(value));
+    }
+  }
+  const Settings unset = LoadText("[Agent]\nstate_dir=/s\n");
+  EXPECT_TRUE(unset.m_Plugins.at(1).m_Inherited.empty());
+}
+
+TEST_F(SettingsTest, AChangeOfJobOutputWaitsForTheNextStart) {
+  const Settings before = LoadText("[Agent]\nstate_dir=/s\n");
+  const Settings after = LoadText("[Agent]\nstate_dir=/s\n[Log]\njob_output=no\n");
+  EXPECT_EQ(FindRestartChanges(before, after), (SettingChanges{{"[Log] job_output", "", "no"}}));
+  EXPECT_EQ(FindRestartChanges(after, before), (SettingChanges{{"[Log] job_output", "no", ""}}));
+}
+
 TEST_F(SettingsTest, NamesLineAndKeyOfWhatIsWrong) {
   const struct {
     const char* m_Text;
@@ -157,7 +178,10 @@ TEST_F(SettingsTest, NamesLineAndKeyOfWhatIsWrong) {
        "4: the key \"files\" wants a whole number from 0 to 1000, not \"99999999999\""},
       {"[Log]\nfile_bytes=1",
        "4: the key \"file_bytes\" wants a whole number from 4096 to 2147483647, not \"1\""},
-      {"[Log]\nfoo=1", "4: unknown key \"foo\"; there are level, file, file_bytes, files"},
+      {"[Log]\nfoo=1",
+       "4: unknown key \"foo\"; there are level, file, file_bytes, files, job_output"},
+      {"[Log]\njob_output=off", "4: the key \"job_output\" wants yes or no, not \"off\""},
+      {"[Log]\njob_output=", "4: the key \"job_output\" has no value"},
       {"[Plugin a/b]\npath=x",
        "3: \"a/b\" is no name for a plug-in: up to 64 letters, digits, \"-\" and \"_\""},
       {"[Plugin x]", "3: the plug-in \"x\" lacks the key \"path\", its shared object"},
