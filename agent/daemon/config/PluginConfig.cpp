@@ -14,8 +14,8 @@ const AString& PluginConfig::SectionName() {
 
 PluginConfig::PluginConfig(Values builtIn, Values inherited) : m_Inherited(std::move(inherited)) {
   for (auto& [key, text] : builtIn) {
-    m_Table[key] = {text, 0};
-    m_Asked.insert(key);  // nobody can have mistyped a built-in value
+    m_Table[key] = {text, 0};  // in no line
+    m_Asked.insert(key);       // nobody can have mistyped a built-in value
   }
 }
 
@@ -48,6 +48,22 @@ SettingChanges PluginConfig::NotInForce() const {
     }
   }
   return changes;
+}
+
+AString PluginConfig::LinesOfAsked() const {
+  AMutexGuard guard(m_Lock);
+  std::map<unsigned, AString> keys;
+  for (const auto& [key, value] : m_Table) {
+    if (value.m_Line != 0 && m_Asked.contains(key)) {
+      keys[value.m_Line] = key;
+    }
+  }
+  AString lines;
+  for (const auto& [line, key] : keys) {
+    lines += lines.IsEmpty() ? "" : ", ";
+    lines += AString("%1 in line %2").Arg(key, AString().SetNum(line, 'u'));
+  }
+  return lines;
 }
 
 void PluginConfig::RefuseUnasked() const {

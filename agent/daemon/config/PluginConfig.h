@@ -44,6 +44,10 @@ class PluginConfig {
   /// plug-ins ask at their start only, so these take effect at the next one. [any thread]
   SettingChanges NotInForce() const NOX_EXCLUDES(m_Lock);
 
+  /// Where in its file the keys are that the plug-in has asked for: "b in line 2, a in line 5";
+  /// empty when there are none. [any thread]
+  BaseSDK::AString LinesOfAsked() const NOX_EXCLUDES(m_Lock);
+
   /// Throws AgentError for the first key of the file that nobody has asked for.
   void RefuseUnasked() const NOX_EXCLUDES(m_Lock);
 

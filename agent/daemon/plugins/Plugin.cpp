@@ -38,6 +38,15 @@ std::unique_ptr<PluginConfig> MakeConfig(const PluginSettings& settings) {
       builtIn != nullptr ? builtIn->m_Config : PluginConfig::Values(), settings.m_Inherited);
 }
 
+// Which setting it refuses the plug-in alone knows, and says in the log; where it is, the agent.
+AString WhereSettingsAre(const PluginConfig& config) {
+  if (config.FileName().IsEmpty()) {
+    return "its configuration";
+  }
+  const AString lines = config.LinesOfAsked();
+  return lines.IsEmpty() ? config.FileName() : config.FileName() + " (" + lines + ")";
+}
+
 }  // namespace
 
 Plugin* Plugin::Current() {
@@ -68,8 +77,7 @@ void Plugin::Load(unsigned long milliseconds) {
                        AString("it did not start (PluginInitialize: %1); see the log, and check "
                                "the section \"%2\" of %3")
                            .Arg(AString().SetNum(result, 'd'), PluginConfig::SectionName(),
-                                m_Config->FileName().IsEmpty() ? AString("its configuration")
-                                                               : m_Config->FileName()));
+                                WhereSettingsAre(*m_Config)));
     }
     m_Config->RefuseUnasked();
     AskForInterfaces();

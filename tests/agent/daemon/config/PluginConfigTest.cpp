@@ -79,6 +79,16 @@ TEST_F(PluginConfigTest, KeepsTheOldValuesWhenTheNewFileIsBad) {
   }
 }
 
+TEST_F(PluginConfigTest, TellsTheLinesOfWhatWasAskedFor) {
+  PluginConfig config(Write("[Configuration]\nb=1\n; a comment\na=2\nc=3\n"), {{"d", "4"}});
+  EXPECT_EQ(config.LinesOfAsked(), AString());
+  for (const char* const key : {"a", "b", "d", "e"}) {
+    (void)config.Ask("Configuration", key);
+  }
+  EXPECT_EQ(config.LinesOfAsked(), AString("b in line 2, a in line 4"));
+  EXPECT_EQ(PluginConfig(PluginConfig::Values{{"a", "1"}}).LinesOfAsked(), AString());
+}
+
 TEST_F(PluginConfigTest, InheritsWhatItsFileDoesNotSay) {
   PluginConfig config(Write("[Configuration]\na=1\n"), {{"a", "2"}, {"b", "3"}, {"c", "4"}});
   EXPECT_EQ(config.Ask("Configuration", "a"), AString("1"));

@@ -240,7 +240,7 @@ TEST(PluginLifecycle, SaysWhyAPluginDoesNotLoad) {
     EXPECT_EQ(ErrorOfLoad(agent),
               "the plug-in bad: it did not start (PluginInitialize: -1); see the log, and check "
               "the section \"Configuration\" of " +
-                  agent.ConfigPath("bad"));
+                  agent.ConfigPath("bad") + " (fail in line 2, hold in line 3)");
   }
   {
     TestAgent agent;
