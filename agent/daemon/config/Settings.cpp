@@ -66,7 +66,9 @@ Settings Settings::Load(const Options& options, const Environment& environment) 
   if (settings.m_RuntimeDir.IsEmpty()) {
     settings.m_RuntimeDir = DefaultPaths::RuntimeDir(environment, settings.m_StateDir);
   }
-  settings.m_Log.m_Level = options.m_LogLevel.value_or(settings.m_Log.m_Level);
+  if (options.m_LogLevel.has_value()) {
+    settings.m_Log.m_Level = options.m_LogLevel;
+  }
   FillPlugins(settings, environment);
   return settings;
 }

@@ -26,7 +26,8 @@ struct PluginSettings {
 
 /// Where the agent logs to, and how much.
 struct LogSettings {
-  BaseSDK::ALogger::Level m_Level = BaseSDK::ALogger::Information;
+  /// Of every channel that m_ChannelLevels does not name; nothing: what LogSetup takes for each.
+  std::optional<BaseSDK::ALogger::Level> m_Level{};
   std::map<BaseSDK::AString, BaseSDK::ALogger::Level>
       m_ChannelLevels;                  ///< by channel: see ALogConfig::SetLevel
   BaseSDK::AString m_File;              ///< empty: standard error alone

@@ -2,11 +2,13 @@
 
 #include "agent/daemon/AgentError.h"
 #include "agent/daemon/config/BuiltInPlugins.h"
+#include "agent/daemon/process/AgentLog.h"
 
 #include <BaseSDK/AThreadRest.h>
 
 #include <algorithm>
 
+using BaseSDK::ALogger;
 using BaseSDK::AString;
 using Corvane::AgentInterfacesV3::AMsgError;
 using Corvane::AgentInterfacesV3::AMsgIn;
@@ -14,6 +16,8 @@ using Corvane::AgentInterfacesV3::AMsgReply;
 
 namespace NoxAgent {
 namespace {
+
+constexpr const char* Source = "Plugin";
 
 thread_local Plugin* currentPlugin = nullptr;
 
@@ -111,11 +115,39 @@ void Plugin::Send(const AMsgIn& request) {
   const CurrentScope scope(this);
   m_Requests.fetch_add(1, std::memory_order_relaxed);
   if (request.Operation() == "NotifyObject") {
-    m_Notifications.fetch_add(1, std::memory_order_relaxed);
+    Notify(request);
+  } else {
+    Answer(request);
   }
+}
+
+void Plugin::Answer(const AMsgIn& request) {
   if (m_Queue.Send(request) < 0) {
     m_Errors.fetch_add(1, std::memory_order_relaxed);
   }
+}
+
+// That tasks may run is said before the first one runs, that they are held back when none starts
+// any more.
+void Plugin::Notify(const AMsgIn& notification) {
+  m_Notifications.fetch_add(1, std::memory_order_relaxed);
+  const std::optional<TaskGate::Change> change = ChangeBy(notification);
+  if (change.has_value() && change->m_MayRun) {
+    ALOG(AgentLog(), ALogger::Information, Source, change->m_Words);
+  }
+  Answer(notification);
+  if (change.has_value() && !change->m_MayRun) {
+    ALOG(AgentLog(), ALogger::Information, Source, change->m_Words);
+  }
+}
+
+std::optional<TaskGate::Change> Plugin::ChangeBy(const AMsgIn& notification) {
+  const auto* const kind = notification.Find("kind");
+  const auto* const text = notification.Find("text");
+  if (!Serves("INoxTaskScheduler") || kind == nullptr || text == nullptr) {
+    return std::nullopt;
+  }
+  return m_Gate.After(std::get<long>(*kind), std::get<AString>(*text));
 }
 
 bool Plugin::Serves(const BaseSDK::AGuid& interfaceId) const {

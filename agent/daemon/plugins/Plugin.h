@@ -3,6 +3,7 @@
 #include "agent/daemon/config/PluginConfig.h"
 #include "agent/daemon/config/Settings.h"
 #include "agent/daemon/plugins/PluginLibrary.h"
+#include "agent/daemon/plugins/TaskGate.h"
 
 #include <AgentInterfacesV3/AInterfaceTable.h>
 #include <AgentInterfacesV3/AMsgIn.h>
@@ -49,7 +50,8 @@ class Plugin : public std::enable_shared_from_this<Plugin> {
   /// one has not come back by then. [any thread]
   bool CloseQueue(unsigned long milliseconds) { return m_Queue.Close(milliseconds); }
 
-  /// Has the object answer the request, on the calling thread. [any thread]
+  /// Has the object answer the request, on the calling thread; logs what a notification means to
+  /// the tasks of a scheduler. [any thread; NotifyObject: agent thread]
   void Send(const Corvane::AgentInterfacesV3::AMsgIn& request);
 
   /// The interfaces that the object serves, parents first; constant once loaded.
@@ -64,12 +66,16 @@ class Plugin : public std::enable_shared_from_this<Plugin> {
  private:
   void TakeDown();
   void AskForInterfaces();
+  void Answer(const Corvane::AgentInterfacesV3::AMsgIn& request);
+  std::optional<TaskGate::Change> ChangeBy(const Corvane::AgentInterfacesV3::AMsgIn& notification);
+  void Notify(const Corvane::AgentInterfacesV3::AMsgIn& notification);
 
   const PluginSettings m_Settings;
   const std::unique_ptr<PluginConfig> m_Config;
   Corvane::AgentInterfacesV3::AMsgQueue m_Queue;
   std::optional<PluginLibrary> m_Library;
   std::vector<const InterfaceTable*> m_Interfaces;
+  TaskGate m_Gate;  ///< of a scheduler; agent thread alone
 
   /// Counters for the status; nothing is decided by them.
   std::atomic<unsigned long> m_Requests{0};

@@ -76,6 +76,12 @@ long PluginHost::OpenObject(const AString& classId, const AGuid& interfaceId, un
   object = nullptr;
   const std::shared_ptr<Plugin> plugin = m_Plugins.FindClass(classId);
   if (flags != 0 || plugin == nullptr || !plugin->Serves(interfaceId)) {
+    if (interfaceId == IID_INoxScheduledTaskHandler) {
+      ALOG(AgentLog(), ALogger::Warning, Source,
+           AString("Tasks of the handler %1 are due, but no plug-in is loaded that is one of that "
+                   "class")
+               .Arg(classId));
+    }
     return Refused;
   }
   const long result =

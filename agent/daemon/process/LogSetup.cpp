@@ -7,7 +7,10 @@
 #include <BaseSDK/ALogConfig.h>
 #include <BaseSDK/ALogSinks.h>
 
+#include <algorithm>
+
 using BaseSDK::ALogConfig;
+using BaseSDK::ALogger;
 using BaseSDK::ALogSinks;
 using BaseSDK::AString;
 
@@ -16,7 +19,36 @@ namespace {
 
 constexpr unsigned DirectoryMode = 0750;  // jobs' output is in the log
 
+// The plug-ins' own words are for those who look for a fault in them. What an operator is to know,
+// the agent says, and the command handler of its runs.
+constexpr struct {
+  const char* m_Channel;
+  ALogger::Level m_Level;
+} DefaultLevels[] = {
+    {"Corvane::Agent", ALogger::Warning},
+    {"Corvane::Agent::Daemon", ALogger::Information},
+    {"Corvane::Agent::CommandHandler", ALogger::Information},
+};
+
 std::shared_ptr<QueuedSink> g_StandardError;
+
+bool IsBelow(const AString& channel, const AString& other) {
+  const AString prefix = other + "::";
+  return (channel + "::").Left(prefix.Length()) == prefix;
+}
+
+// A level that the administrator gives a channel is that of all below it, whatever the default.
+void SetDefaultLevels(const LogSettings& log) {
+  ALogConfig::SetDefaultLevel(ALogger::Information);
+  for (const auto& fallback : DefaultLevels) {
+    const bool isGiven =
+        std::any_of(log.m_ChannelLevels.begin(), log.m_ChannelLevels.end(),
+                    [&](const auto& given) { return IsBelow(fallback.m_Channel, given.first); });
+    if (!isGiven) {
+      ALogConfig::SetLevel(fallback.m_Channel, fallback.m_Level);
+    }
+  }
+}
 
 }  // namespace
 
@@ -50,7 +82,11 @@ void LogSetup::Flush() {
 
 void LogSetup::SetLevels(const LogSettings& log) {
   ALogConfig::ResetLevels();
-  ALogConfig::SetDefaultLevel(log.m_Level);
+  if (log.m_Level.has_value()) {
+    ALogConfig::SetDefaultLevel(*log.m_Level);
+  } else {
+    SetDefaultLevels(log);
+  }
   for (const auto& [channel, level] : log.m_ChannelLevels) {
     ALogConfig::SetLevel(channel, level);
   }

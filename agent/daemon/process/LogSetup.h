@@ -12,7 +12,8 @@ struct LogSetup {
   /// Returns when all that was logged before is on standard error, or when its reader has stopped
   /// reading.
   static void Flush();
-  /// The levels alone; may be repeated.
+  /// The levels alone; may be repeated. Without a level for all, plug-ins are heard from "warning"
+  /// on, the agent and the command handler from "information" on.
   static void SetLevels(const LogSettings& log);
 };
 
