@@ -2,6 +2,7 @@
 
 #include "agent/client/Completion.h"
 #include "agent/client/commands/Commands.h"
+#include "agent/library/PathCheck.h"
 
 #include <algorithm>
 
@@ -17,10 +18,13 @@ constexpr const char* CommandFooter =
     "The options --socket, --runtime-dir and --json: see noxctl --help.\n";
 
 void AddGlobalOptions(CommandLine& line, CommandContext& context) {
-  line.Option("--socket", context.m_Socket, "the agent's control socket").Takes("PATH");
+  line.Option("--socket", context.m_Socket, "the agent's control socket")
+      .Takes("PATH")
+      .Check(CheckPath);
   line.Option("--runtime-dir", context.m_RuntimeDirectory,
               "the agent's runtime directory, in which its socket lies")
-      .Takes("DIR");
+      .Takes("DIR")
+      .Check(CheckPath);
   line.Flag("--json", context.m_Json, "answer in JSON");
   line.Version("noxctl " NOX_VERSION);
 }

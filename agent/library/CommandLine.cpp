@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+
 namespace NoxAgent {
 
 struct CommandLine::Impl {
@@ -41,6 +43,21 @@ CommandLine::OptionForm FormOf(const CLI::Option& option) {
     form.m_Takes = type.substr(0, type.find(':'));
   }
   return form;
+}
+
+// "--option=" has an empty value; to the library it would have the next word.
+std::vector<std::string> WithEmptyValues(const std::vector<std::string>& words) {
+  std::vector<std::string> all;
+  for (const std::string& word : words) {
+    const std::size_t end = word.size() - 1;
+    if (word.starts_with("--") && word.find('=') == end) {
+      all.push_back(word.substr(0, end));
+      all.emplace_back();
+    } else {
+      all.push_back(word);
+    }
+  }
+  return all;
 }
 
 }  // namespace
@@ -187,7 +204,9 @@ std::vector<CommandLine::ArgumentForm> CommandLine::Arguments() const {
 bool CommandLine::Parse(const std::vector<std::string>& words, std::ostream& out) {
   CLI::App& app = m_Impl->m_App;
   try {
-    app.parse(std::vector<std::string>(words.rbegin(), words.rend()));  // taken from the back
+    std::vector<std::string> all = WithEmptyValues(words);
+    std::reverse(all.begin(), all.end());  // they are taken from the back
+    app.parse(std::move(all));
     return true;
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() != 0) {

@@ -3,6 +3,7 @@
 #include "agent/daemon/AgentError.h"
 #include "agent/daemon/BuildInfo.h"
 #include "agent/library/CommandLine.h"
+#include "agent/library/PathCheck.h"
 
 #include <BaseSDK/ALogConfig.h>
 
@@ -25,12 +26,6 @@ std::string CheckLevel(const std::string& text) {
   return ALogConfig::ParseLevel(AString::FromUtf8(text), level)
              ? std::string()
              : "\"" + text + "\" is none of error, warning, notice, information, debug, trace";
-}
-
-// Refuses an empty value: it comes from a variable that is not set, and would elsewhere mean the
-// default.
-std::string CheckPath(const std::string& text) {
-  return text.empty() ? "the path is empty" : std::string();
 }
 
 }  // namespace

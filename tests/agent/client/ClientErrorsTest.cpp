@@ -20,6 +20,17 @@ TEST_F(Client, RefusedIdsAreBadUsage) {
   ExpectError("there is no task a b");
 }
 
+TEST_F(Client, EmptyPathsAreRefusedWhereverTheyStand) {
+  for (const auto& arguments : std::vector<std::vector<std::string>>{{"--socket", "", "list"},
+                                                                     {"--socket=", "list"},
+                                                                     {"list", "--socket", ""},
+                                                                     {"--runtime-dir", "", "list"},
+                                                                     {"list", "--runtime-dir="}}) {
+    EXPECT_EQ(2, RunAsGiven(arguments)) << testing::PrintToString(arguments);
+    ExpectError(": the path is empty");
+  }
+}
+
 TEST_F(Client, CommandsOnUnknownTasksFailAndSayWhereToLook) {
   for (const char* command : {"show", "delete", "enable", "disable", "attributes"}) {
     EXPECT_EQ(1, Run({command, "none"})) << command;

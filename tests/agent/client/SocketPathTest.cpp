@@ -90,6 +90,12 @@ TEST_F(SearchForTheSocket, TakesWhatIsNamedInTheOrderOfItsRank) {
   EXPECT_EQ("/d/control.sock", SocketPath("", ""));
 }
 
+TEST_F(SearchForTheSocket, AnEmptyVariableNamesNothing) {
+  const Variable named("NOX_RUNTIME_DIR", "");
+  const NotRoot notRoot;
+  EXPECT_EQ(PathIn("nox"), Found());
+}
+
 TEST_F(SearchForTheSocket, TakesTheSystemsAgentWhenTheUserHasNone) {
   MakeSocketIn("system");
   const NotRoot notRoot;

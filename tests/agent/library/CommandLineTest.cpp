@@ -69,6 +69,13 @@ TEST(CommandLine, TakesListsAndNumbers) {
   EXPECT_EQ(program.m_Ids, (std::vector<std::string>{"a", "b"}));
 }
 
+TEST(CommandLine, AnEqualsSignWithNothingBehindItGivesAnEmptyValue) {
+  Program program;
+  EXPECT_EQ(program.WhyNot({"count", "--word=", "a", "--word=x="}), "");
+  EXPECT_EQ(program.m_Words, (std::vector<std::string>{"", "x="}));
+  EXPECT_EQ(program.m_Ids, (std::vector<std::string>{"a"}));
+}
+
 TEST(CommandLine, TellsWhyItCannotBeReadAndWhereItIsExplained) {
   const struct {
     std::vector<std::string> m_Words;
