@@ -3,6 +3,7 @@
 #include "agent/simulation/Simulation.h"
 
 #include <BaseSDK/ALogConfig.h>
+#include <BaseSDK/ASystemZone.h>
 
 #include <cstdlib>
 #include <exception>
@@ -43,8 +44,7 @@ void Answer(const SimulationRequest& request) {
 
 int main() {
   try {
-    // Without TZ the C library looks at the zone file on every conversion of a local time.
-    (void)::setenv("TZ", ":/etc/localtime", 0);
+    BaseSDK::ASystemZone::Hold();
     BaseSDK::ALogConfig::SetDefaultLevel(BaseSDK::ALogger::Error);
     std::ios::sync_with_stdio(false);
     const std::string request(std::istreambuf_iterator<char>(std::cin), {});

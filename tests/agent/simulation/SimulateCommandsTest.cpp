@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <sstream>
 
 namespace NoxAgentTest {
@@ -58,6 +59,20 @@ TEST_F(SimulateCommands, SimulateListsRunsWithTheirLocalTime) {
       << m_Out.str();
   EXPECT_NE(m_Out.str().find("late, never run"), std::string::npos) << m_Out.str();
   EXPECT_EQ(before, m_Dir.Read("backup.xml"));
+}
+
+TEST_F(SimulateCommands, WithoutAZoneInTheEnvironmentTheMachinesIsTaken) {
+  const std::vector<std::string> arguments = {"simulate",   DailyFile(), "--from",
+                                              "2024-03-08", "--to",      "2024-11-13"};
+  const auto tell = [&](const char* zone) {
+    const VirtualTime::Zone machine(zone);
+    if (*zone == '\0') {
+      (void)::unsetenv("TZ");
+    }
+    EXPECT_EQ(Run(arguments), 0) << m_Err.str();
+    return m_Out.str();
+  };
+  EXPECT_EQ(tell(""), tell(":/etc/localtime"));
 }
 
 TEST_F(SimulateCommands, CalendarShowsTheRunsOfEachDay) {
