@@ -2,6 +2,8 @@
 
 #include "agent/client/ExitCode.h"
 
+#include <BaseSDK/AString.h>
+
 #include <algorithm>
 #include <set>
 
@@ -314,6 +316,11 @@ void AgentApi::Follow(const std::function<void()>& opened,
   if (end.m_Status != HttpOk) {
     (void)Answer(end);
   }
+}
+
+long AttributeNumber(const AgentApi::Attributes& attributes, const char* key, long absent) {
+  const auto found = attributes.find(key);
+  return found == attributes.end() ? absent : BaseSDK::AString::FromUtf8(found->second).ToLong(10);
 }
 
 }  // namespace NoxAgent

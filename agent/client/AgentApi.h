@@ -90,4 +90,7 @@ class AgentApi {
   std::unique_ptr<HttpConnection> m_Connection;  ///< of the last call, null before the first
 };
 
+/// The number that an attribute says; `absent` when it is not among them.
+long AttributeNumber(const AgentApi::Attributes& attributes, const char* key, long absent);
+
 }  // namespace NoxAgent

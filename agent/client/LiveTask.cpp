@@ -31,11 +31,6 @@ std::optional<long> ReadingOf(const Json& status) {
   return reading == nullptr ? std::nullopt : std::optional(reading->Long());
 }
 
-long NumberIn(const AgentApi::Attributes& report, const char* key) {
-  const auto found = report.find(key);
-  return found == report.end() ? -1 : BaseSDK::AString::FromUtf8(found->second).ToLong(10);
-}
-
 }  // namespace
 
 std::string LiveTask::ReadingText() const {
@@ -52,7 +47,8 @@ LiveTask ReadLiveTask(AgentApi& agent, const std::string& id) {
   task.m_Reading = ReadingOf(status);
   task.m_Run = ReadHandlerRun(agent.LatestRun(id));
   if (const auto report = agent.TaskAttributes(id)) {
-    task.m_Memory = {NumberIn(*report, "t3"), NumberIn(*report, "t5") != 0, task.IsRunning()};
+    task.m_Memory = {AttributeNumber(*report, "t3", -1), AttributeNumber(*report, "t5", -1) != 0,
+                     task.IsRunning()};
   }
   return task;
 }

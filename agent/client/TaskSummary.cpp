@@ -1,5 +1,7 @@
 #include "agent/client/TaskSummary.h"
 
+#include "agent/client/AgentApi.h"
+
 #include <BaseSDK/ADateTime.h>
 #include <BaseSDK/AStringTokenizer.h>
 #include <BaseSDK/AXmlDoc.h>
@@ -24,11 +26,6 @@ std::optional<RunEntry> RunEntryOf(const BaseSDK::AXmlDoc& document) {
 bool IsEnabled(const BaseSDK::AXmlDoc& document) {
   const AString enabled = document.SelectSingleNode("/Task/@Enabled");
   return enabled.IsEmpty() || enabled.ToLong(10) != 0;
-}
-
-long NumberIn(const std::map<std::string, std::string>& report, const char* key) {
-  const auto found = report.find(key);
-  return found == report.end() ? 0 : AString::FromUtf8(found->second).ToLong(10);
 }
 
 std::string LocalText(long seconds) {
@@ -69,9 +66,9 @@ TaskSummary Summarize(const std::string& id, const std::string& taskXml, const T
   task.m_LastRun = RunEntryOf(document);
   task.m_Loaded = report.has_value();
   if (report) {
-    task.m_NextRun = NumberIn(*report, "t6");
-    task.m_Late = NumberIn(*report, "t2") != 0;
-    TakeLastRun(NumberIn(*report, "t3"), task);
+    task.m_NextRun = AttributeNumber(*report, "t6", 0);
+    task.m_Late = AttributeNumber(*report, "t2", 0) != 0;
+    TakeLastRun(AttributeNumber(*report, "t3", 0), task);
   }
   if (task.m_Recorded && task.m_LastRun && run && run->m_Skipped && run->m_Start) {
     task.m_LastRun->m_Start = LocalText(*run->m_Start);

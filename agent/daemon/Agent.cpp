@@ -18,7 +18,7 @@ using BaseSDK::AString;
 namespace NoxAgent {
 namespace {
 
-constexpr const char* Source = "Agent";
+constexpr const char* AgentSource = "Agent";
 constexpr unsigned StateMode = 0750;
 constexpr unsigned RuntimeMode = 0755;  // the socket has its own mode
 constexpr unsigned long HousekeepingMilliseconds = 5000;
@@ -57,7 +57,7 @@ bool Agent::Run() {
     if (m_Lifecycle.UnloadAll()) {
       throw;
     }
-    ALOG(AgentLog(), ALogger::Error, Source, AString("Cannot start: ") + error.what());
+    ALOG(AgentLog(), ALogger::Error, AgentSource, AString("Cannot start: ") + error.what());
     return false;
   }
   Serve();
@@ -65,13 +65,13 @@ bool Agent::Run() {
 }
 
 void Agent::Start() {
-  ALOG(AgentLog(), ALogger::Information, Source,
+  ALOG(AgentLog(), ALogger::Information, AgentSource,
        AString("noxagentd %1 starts; state in %2").Arg(AgentVersion, m_Settings.m_StateDir));
   m_Lifecycle.LoadAll(m_Settings);
   m_Server = std::make_unique<ControlServer>(m_Socket.Fd(), PeerCheck(m_Socket.Group()), m_Api,
                                              m_Notifications);
   m_Server->Start();  // only now: a request for the status reads m_Server
-  ALOG(AgentLog(), ALogger::Information, Source,
+  ALOG(AgentLog(), ALogger::Information, AgentSource,
        AString("Serving requests on %1").Arg(m_Settings.SocketPath()));
   m_ServiceManager.Ready();
 }
@@ -100,10 +100,10 @@ void Agent::Serve() {
 }
 
 bool Agent::Stop() {
-  ALOG(AgentLog(), ALogger::Information, Source, "Stopping");
+  ALOG(AgentLog(), ALogger::Information, AgentSource, "Stopping");
   m_ServiceManager.Stopping();
   if (!m_Server->Stop(PluginLifecycle::DrainMilliseconds)) {
-    ALOG(AgentLog(), ALogger::Error, Source,
+    ALOG(AgentLog(), ALogger::Error, AgentSource,
          "A request has not come back in time: ending without unloading the plug-ins");
     return false;
   }
@@ -113,14 +113,14 @@ bool Agent::Stop() {
 
 SettingChanges Agent::Refresh() {
   AMutexGuard guard(m_RefreshLock);
-  ALOG(AgentLog(), ALogger::Information, Source, "Refreshing");
+  ALOG(AgentLog(), ALogger::Information, AgentSource, "Refreshing");
   m_ServiceManager.Reloading();
   SettingChanges changes;
   try {
     m_Lifecycle.Refresh([&] { changes = ReadConfigurationAgain(); });
   } catch (const AgentError& error) {
     m_ServiceManager.Ready();
-    ALOG(AgentLog(), ALogger::Error, Source,
+    ALOG(AgentLog(), ALogger::Error, AgentSource,
          AString("The configuration stays as it was: %1").Arg(error.what()));
     throw;
   }
@@ -132,7 +132,7 @@ SettingChanges Agent::Refresh() {
     }
   }
   for (const SettingChange& change : changes) {
-    ALOG(AgentLog(), ALogger::Warning, Source,
+    ALOG(AgentLog(), ALogger::Warning, AgentSource,
          AString("The setting %1 is changed from \"%2\" to \"%3\", which takes effect at the next "
                  "start")
              .Arg(change.m_Name, change.m_Old, change.m_New));

@@ -18,7 +18,6 @@ constexpr long DaysAhead = 2 * 366;
 constexpr long Hour = 3600;
 // Enough to see how a period ends; one with a step of a second has 86400 a day.
 constexpr int MostRunsLookedAt = 300;
-constexpr long Never = SchedulerTrigger::Never;
 
 struct Start {
   long m_Day;
@@ -69,7 +68,7 @@ class Comparison {
   void FindStarts();
   void CompareStart(Start start, bool isWanted, bool isPlanned);
   long NextMoment(std::size_t start) const {
-    return start + 1 < m_Starts.size() ? m_Starts[start + 1].m_Moment : Never;
+    return start + 1 < m_Starts.size() ? m_Starts[start + 1].m_Moment : SchedulerTrigger::Never;
   }
   bool IsNew(std::pair<long, long> gaps);
   void CompareRunsFrom(std::size_t start);
@@ -159,8 +158,9 @@ void Comparison::CompareRunsFrom(std::size_t start, long reading) {
   const long next = NextMoment(start);
   const bool repeats = rule.Repeats() && m_Starts[start].m_IsOfRule;
   long end = BaseSDK::Add32(begin, repeats ? rule.m_DurationSeconds : 0);
-  end = std::min({end, next - 1, rule.m_End == NoTime ? Never : rule.m_End, m_Until});
-  const long until = next == Never ? end : std::min(m_Until, next + Hour);
+  end = std::min(
+      {end, next - 1, rule.m_End == NoTime ? SchedulerTrigger::Never : rule.m_End, m_Until});
+  const long until = next == SchedulerTrigger::Never ? end : std::min(m_Until, next + Hour);
 
   SchedulerRuns runs(m_Calendar, {m_Trigger}, {begin, until, begin, reading});
   const auto wantedAfter = [&](long moment) {
@@ -200,7 +200,8 @@ void Comparison::Miss(std::size_t start, long moment, bool isMadeUp) {
     Add(Kind::LostPastMidnight, begun.m_Day, moment);
   } else if (IsOrdinary(begun.m_Moment, moment)) {
     const bool hasBefore = start > 0 && m_Starts[start - 1].m_IsOfRule;
-    const long before = hasBefore ? begun.m_Moment - m_Starts[start - 1].m_Moment : Never;
+    const long before =
+        hasBefore ? begun.m_Moment - m_Starts[start - 1].m_Moment : SchedulerTrigger::Never;
     Add(Kind::LostRepetition, begun.m_Day, moment,
         std::min(before, NextMoment(start) - begun.m_Moment));
   }

@@ -7,9 +7,7 @@ namespace NoxAgent {
 
 namespace {
 
-constexpr long Day = LocalCalendar::SecondsPerDay;
 constexpr long ReadingSeconds = 3600;
-constexpr long Never = SchedulerTrigger::Never;
 
 }  // namespace
 
@@ -66,7 +64,7 @@ std::optional<RunSpan> SchedulerRuns::RegularRepetitions() {
 }
 
 long SchedulerRuns::EarliestChance() const {
-  long chance = Never;
+  long chance = SchedulerTrigger::Never;
   for (const long each : m_Chances) {
     chance = std::min(chance, each);
   }
@@ -99,7 +97,7 @@ long SchedulerRuns::LastCertainLook(long moment) const {
 // Reckoned with the offset that is in force at the look: that is also right on the evening before a
 // day that the zone leaves out.
 long SchedulerRuns::NextMidnight(long look) const {
-  return (m_Calendar.DayOf(look) + 1) * Day - m_Calendar.OffsetAt(look);
+  return (m_Calendar.DayOf(look) + 1) * LocalCalendar::SecondsPerDay - m_Calendar.OffsetAt(look);
 }
 
 long SchedulerRuns::LastReading(long moment) const {

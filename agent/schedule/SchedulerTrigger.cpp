@@ -13,10 +13,9 @@ using BaseSDK::Sub32;
 
 namespace {
 
-constexpr long Day = LocalCalendar::SecondsPerDay;
 /// The last repetition may be found this much after the end of its period.
 constexpr long GraceSeconds = 5;
-constexpr long LongestDuration = 366 * Day;
+constexpr long LongestDuration = 366 * LocalCalendar::SecondsPerDay;
 
 }  // namespace
 
@@ -44,7 +43,8 @@ long SchedulerTrigger::StartOn(long day) const {
     return NoTime;
   }
   const long start = m_Calendar->MomentOf(day, m_Clock);
-  return CountSelects(Sub32(start, m_Rule.m_Begin) / Day, day) ? start : NoTime;
+  return CountSelects(Sub32(start, m_Rule.m_Begin) / LocalCalendar::SecondsPerDay, day) ? start
+                                                                                        : NoTime;
 }
 
 bool SchedulerTrigger::MasksSelect(const LocalCalendar::Date& date) const {
@@ -127,7 +127,7 @@ long SchedulerTrigger::WalkOrigin(long now, long lastRun) const {
 long SchedulerTrigger::LatestStartNotYetRun(long now, long lastRun) const {
   long candidate = WalkOrigin(now, lastRun);
   long lastStart = BaseSDK::Long32Min;
-  for (long cursor = candidate;; cursor += Day) {
+  for (long cursor = candidate;; cursor += LocalCalendar::SecondsPerDay) {
     const long start = StartOnDayOf(cursor);
     if (start > now) {
       return candidate;

@@ -11,19 +11,19 @@ namespace NoxAgent {
 
 namespace {
 
-using Problems = std::vector<AString>;
+using JobProblems = std::vector<AString>;
 
-Problems ProblemsOf(const std::string& file, const AString& text) {
+JobProblems ProblemsOf(const std::string& file, const AString& text) {
   const AString name = AString::FromUtf8(file);
   if (text.ToUtf8().size() > Job::MaxFileBytes) {
     return {AString("%1: the job file is larger than 64 KiB").Arg(name)};
   }
-  Problems problems;
+  JobProblems problems;
   (void)Job::Parse(name, text, problems);
   return problems;
 }
 
-Json ToJson(const Problems& problems) {
+Json JsonOf(const JobProblems& problems) {
   Json list = Json::List{};
   for (const AString& problem : problems) {
     list.Append({{"message", problem.ToUtf8()}});
@@ -34,11 +34,11 @@ Json ToJson(const Problems& problems) {
 void CheckJobs(const std::vector<std::string>& files, CommandContext& context) {
   Json answer = Json::List{};
   for (const std::string& file : files) {
-    const Problems problems = ProblemsOf(file, ReadDocument(file, context.m_In));
+    const JobProblems problems = ProblemsOf(file, ReadDocument(file, context.m_In));
     if (!problems.empty()) {
       context.m_ExitCode = ExitCode::Usage;
     }
-    answer.Append({{"file", file}, {"problems", ToJson(problems)}});
+    answer.Append({{"file", file}, {"problems", JsonOf(problems)}});
     for (const AString& problem : problems) {
       if (!context.m_Json) {
         context.m_Out << problem.ToUtf8() << '\n';

@@ -24,7 +24,7 @@ std::string ReasonOf(const Json& refused) {
          refused.Text("reason", "");
 }
 
-void List(const CommandContext& context) {
+void ListFiles(const CommandContext& context) {
   const Json files = context.Agent().Files();
   if (context.m_Json) {
     return context.PrintJson(files);
@@ -85,7 +85,7 @@ void AddFilesCommand(CommandLine& line, CommandContext& context) {
       .Takes("NAME");
   files.OnUse([options, &context] {
     if (options->IsList()) {
-      List(context);
+      ListFiles(context);
     } else {
       Change(*options, context);
     }

@@ -96,7 +96,7 @@ void CheckRunState(const AString& runState) {
   }
 }
 
-RequestError Refusal(const TaskDocumentProblem& problem) {
+RequestError RefusalOf(const TaskDocumentProblem& problem) {
   const bool bad = problem.m_Severity == TaskDocumentSeverity::Error;
   AString message = problem.m_Message;
   for (const AString& part : {problem.m_Effect, problem.m_Mend}) {
@@ -157,11 +157,11 @@ std::vector<TaskDocumentProblem> TaskBorder::CheckDocument(AMsgIn& request, bool
   if (worst != problems.end() &&
       (worst->m_Severity == TaskDocumentSeverity::Error ||
        (worst->m_Severity == TaskDocumentSeverity::NeverRuns && !force))) {
-    throw Refusal(*worst);
+    throw RefusalOf(*worst);
   }
   const AsciiDocument ascii(document);
   if (ascii.Problem().has_value()) {
-    throw Refusal(*ascii.Problem());
+    throw RefusalOf(*ascii.Problem());
   }
   if (!force) {
     CheckHandler(document);

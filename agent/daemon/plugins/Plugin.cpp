@@ -17,7 +17,7 @@ using Corvane::AgentInterfacesV3::AMsgReply;
 namespace NoxAgent {
 namespace {
 
-constexpr const char* Source = "Plugin";
+constexpr const char* PluginSource = "Plugin";
 
 thread_local Plugin* currentPlugin = nullptr;
 
@@ -133,11 +133,11 @@ void Plugin::Notify(const AMsgIn& notification) {
   m_Notifications.fetch_add(1, std::memory_order_relaxed);
   const std::optional<TaskGate::Change> change = ChangeBy(notification);
   if (change.has_value() && change->m_MayRun) {
-    ALOG(AgentLog(), ALogger::Information, Source, change->m_Words);
+    ALOG(AgentLog(), ALogger::Information, PluginSource, change->m_Words);
   }
   Answer(notification);
   if (change.has_value() && !change->m_MayRun) {
-    ALOG(AgentLog(), ALogger::Information, Source, change->m_Words);
+    ALOG(AgentLog(), ALogger::Information, PluginSource, change->m_Words);
   }
 }
 

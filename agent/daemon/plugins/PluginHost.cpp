@@ -16,7 +16,7 @@ using Corvane::AgentInterfacesV3::IID_INoxScheduledTaskHandler;
 namespace NoxAgent {
 namespace {
 
-constexpr const char* Source = "PluginHost";
+constexpr const char* PluginHostSource = "PluginHost";
 constexpr long Done = 1;
 constexpr long Refused = -1;
 
@@ -42,14 +42,14 @@ void PluginHost::SetInitialising(std::shared_ptr<Plugin> plugin) {
 long PluginHost::Subscribe(const AString& subscriber, const long* codes, unsigned count) {
   const std::shared_ptr<Plugin> plugin = Asking();
   if (plugin == nullptr || codes == nullptr) {
-    ALOG(AgentLog(), ALogger::Warning, Source,
+    ALOG(AgentLog(), ALogger::Warning, PluginHostSource,
          AString("\"%1\" is not subscribed: a plug-in subscribes within its initialisation or "
                  "while it answers a request")
              .Arg(subscriber));
     return Refused;
   }
   m_Notifications.Subscribe(plugin, std::vector<long>(codes, codes + count));
-  ALOG(AgentLog(), ALogger::Debug, Source,
+  ALOG(AgentLog(), ALogger::Debug, PluginHostSource,
        AString("%1 of the plug-in %2 subscribed to notifications").Arg(subscriber, plugin->Name()));
   return Done;
 }
@@ -62,7 +62,7 @@ AString PluginHost::GetConfigString(const AString& section, const AString& key,
                                     const AString& fallback) {
   const std::shared_ptr<Plugin> plugin = Asking();
   if (plugin == nullptr) {
-    ALOG(AgentLog(), ALogger::Warning, Source,
+    ALOG(AgentLog(), ALogger::Warning, PluginHostSource,
          AString("The setting \"%1\" is not given out: a plug-in reads its configuration within "
                  "its initialisation or while it answers a request")
              .Arg(key));
@@ -77,7 +77,7 @@ long PluginHost::OpenObject(const AString& classId, const AGuid& interfaceId, un
   const std::shared_ptr<Plugin> plugin = m_Plugins.FindClass(classId);
   if (flags != 0 || plugin == nullptr || !plugin->Serves(interfaceId)) {
     if (interfaceId == IID_INoxScheduledTaskHandler) {
-      ALOG(AgentLog(), ALogger::Warning, Source,
+      ALOG(AgentLog(), ALogger::Warning, PluginHostSource,
            AString("Tasks of the handler %1 are due, but no plug-in is loaded that is one of that "
                    "class")
                .Arg(classId));

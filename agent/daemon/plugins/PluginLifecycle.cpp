@@ -21,7 +21,7 @@ using Corvane::AgentInterfacesV3::AMsgReply;
 namespace NoxAgent {
 namespace {
 
-constexpr const char* Source = "PluginLifecycle";
+constexpr const char* PluginLifecycleSource = "PluginLifecycle";
 constexpr unsigned DirectoryMode = 0750;
 
 AString Number(unsigned long value) {
@@ -81,7 +81,7 @@ void PluginLifecycle::Load(const std::shared_ptr<Plugin>& plugin) {
   }
   m_Host.SetInitialising(nullptr);
   m_Plugins.Add(plugin);
-  ALOG(AgentLog(), ALogger::Information, Source,
+  ALOG(AgentLog(), ALogger::Information, PluginLifecycleSource,
        AString("Loaded the plug-in %1 from %2").Arg(plugin->Name(), plugin->Settings().m_Path));
 }
 
@@ -96,11 +96,11 @@ void PluginLifecycle::PrepareTaskDirectory(Plugin& plugin, const Settings& setti
   unsigned removed = 0;
   const unsigned long result = AFile::RemoveLeftovers(directory, removed);
   if (result != 0) {
-    ALOG(AgentLog(), ALogger::Warning, Source,
+    ALOG(AgentLog(), ALogger::Warning, PluginLifecycleSource,
          AString("Cannot clear %1 of what was left by a crash: %2")
              .Arg(directory, std::strerror(BaseSDK::ErrnoFromResult(result))));
   } else if (removed > 0) {
-    ALOG(AgentLog(), ALogger::Notice, Source,
+    ALOG(AgentLog(), ALogger::Notice, PluginLifecycleSource,
          AString("Removed %1 temporary files from %2, left by a crash")
              .Arg(Number(removed), directory));
   }
@@ -153,7 +153,7 @@ bool PluginLifecycle::WaitForHandlers() {
   if (m_HandlerCalls.WaitUntilNone(m_DrainMilliseconds)) {
     return true;
   }
-  ALOG(AgentLog(), ALogger::Error, Source,
+  ALOG(AgentLog(), ALogger::Error, PluginLifecycleSource,
        AString("A task handler has not come back within %1 ms: ending without unloading the "
                "plug-ins that are left")
            .Arg(Number(m_DrainMilliseconds)));
@@ -166,7 +166,7 @@ bool PluginLifecycle::WaitForThreads() {
   if (BaseSDK::AThreadRest::WaitForAll(m_DrainMilliseconds)) {
     return true;
   }
-  ALOG(AgentLog(), ALogger::Error, Source,
+  ALOG(AgentLog(), ALogger::Error, PluginLifecycleSource,
        AString("A thread of a plug-in has not come to rest within %1 ms: ending without unloading "
                "the plug-ins that are left")
            .Arg(Number(m_DrainMilliseconds)));
@@ -182,7 +182,7 @@ bool PluginLifecycle::Unload(const std::shared_ptr<Plugin>& plugin) {
     return false;
   }
   if (!plugin->CloseQueue(m_DrainMilliseconds)) {
-    ALOG(AgentLog(), ALogger::Error, Source,
+    ALOG(AgentLog(), ALogger::Error, PluginLifecycleSource,
          AString("A request to the plug-in %1 has not come back within %2 ms: ending without "
                  "unloading it")
              .Arg(plugin->Name(), Number(m_DrainMilliseconds)));
@@ -192,13 +192,13 @@ bool PluginLifecycle::Unload(const std::shared_ptr<Plugin>& plugin) {
     return false;
   }
   if (!plugin->Unload()) {
-    ALOG(AgentLog(), ALogger::Error, Source,
+    ALOG(AgentLog(), ALogger::Error, PluginLifecycleSource,
          AString("The plug-in %1 refuses to be unloaded: ending without unloading it")
              .Arg(plugin->Name()));
     return false;
   }
   m_Notifications.Tell(NotificationCenter::UnregistrationFinished, plugin->Name());
-  ALOG(AgentLog(), ALogger::Information, Source,
+  ALOG(AgentLog(), ALogger::Information, PluginLifecycleSource,
        AString("Unloaded the plug-in %1").Arg(plugin->Name()));
   return true;
 }

@@ -11,10 +11,9 @@ using BaseSDK::ALogSink;
 using BaseSDK::AString;
 
 namespace NoxAgent {
-namespace {
 
 // Copies all texts: the plug-in that logged may be unloaded by the time the message is written.
-struct Message {
+struct QueuedSink::Message {
   explicit Message(const ALogRecord& record)
       : m_Level(record.m_Level),
         m_Channel(record.m_Channel),
@@ -34,8 +33,6 @@ struct Message {
   int m_Line;
   std::chrono::system_clock::time_point m_Time;
 };
-
-}  // namespace
 
 struct QueuedSink::State {
   explicit State(std::shared_ptr<ALogSink> target) : m_Target(std::move(target)) {}

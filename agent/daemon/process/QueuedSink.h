@@ -33,6 +33,7 @@ class QueuedSink final : public BaseSDK::ALogSink {
   bool Flush();
 
  private:
+  struct Message;
   struct State;
 
   /// The thread's too.

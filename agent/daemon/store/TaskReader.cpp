@@ -16,7 +16,7 @@ using BaseSDK::AString;
 namespace NoxAgent {
 namespace {
 
-constexpr const char* Source = "TaskReader";
+constexpr const char* TaskReaderSource = "TaskReader";
 // A file that has changed at so many looks in a row is being written over and over.
 constexpr int MaxLooks = 3;
 constexpr std::int64_t NanosecondsPerSecond = 1000000000;
@@ -130,7 +130,7 @@ int TaskReader::PutAway(const std::string& name, const std::string& path, const 
       break;
   }
   m_Parts.m_Known.Forget(name);
-  ALOG(AgentLog(), ALogger::Warning, Source,
+  ALOG(AgentLog(), ALogger::Warning, TaskReaderSource,
        AString("The task file %1: the scheduler can make no task of it. It is now %2; noxctl files "
                "takes it back when it is mended")
            .Arg(Describe(name, *look.m_Refusal), AString::FromUtf8(taken.m_Path)));
@@ -140,7 +140,7 @@ int TaskReader::PutAway(const std::string& name, const std::string& path, const 
 void TaskReader::LeaveInPlace(const std::string& name, const Look& look, const AString& why) {
   if (m_Parts.m_Known.Refuse(name, look.m_Identity, *look.m_Refusal)) {
     ALOG(
-        AgentLog(), ALogger::Warning, Source,
+        AgentLog(), ALogger::Warning, TaskReaderSource,
         AString("The task file %1: the scheduler can make no task of it. It stays where it is (%2) "
                 "and counts as missing")
             .Arg(Describe(name, *look.m_Refusal), why));
@@ -155,7 +155,7 @@ void TaskReader::ReportUnreadable(const std::string& name, const std::string& pa
                              ? AString("somebody writes to it")
                              : AString("it cannot be read: %1").Arg(std::strerror(error));
   if (m_Parts.m_Known.Refuse(name, FileIdentity(info), Refusal{reason})) {
-    ALOG(AgentLog(), ALogger::Warning, Source,
+    ALOG(AgentLog(), ALogger::Warning, TaskReaderSource,
          AString("The task file %1 counts as missing until the next reading at %2: %3")
              .Arg(AString::FromUtf8(name), m_Parts.m_Readings.NextText(), reason));
   }

@@ -14,19 +14,19 @@ using BaseSDK::AString;
 namespace NoxAgent {
 namespace {
 
-constexpr const char* Source = "TaskRemover";
+constexpr const char* TaskRemoverSource = "TaskRemover";
 
 }  // namespace
 
 int TaskRemover::Remove(const std::string& name, const std::string& path) {
   const int error = RemoveCurrent(name, path);
   if (error == ESTALE) {
-    ALOG(AgentLog(), ALogger::Warning, Source,
+    ALOG(AgentLog(), ALogger::Warning, TaskRemoverSource,
          AString("The task %1 has ended, but its file was changed meanwhile: it stays, and is read "
                  "again at %2")
              .Arg(TaskOf(name), m_Readings.NextText()));
   } else if (error != 0 && error != ENOENT && error != EINTR) {
-    ALOG(AgentLog(), ALogger::Warning, Source,
+    ALOG(AgentLog(), ALogger::Warning, TaskRemoverSource,
          AString("The file of the task %1, which has ended, cannot be deleted: %2. The task comes "
                  "back when the files are read again at %3")
              .Arg(TaskOf(name), std::strerror(error), m_Readings.NextText()));
@@ -47,7 +47,7 @@ int TaskRemover::RemoveCurrent(const std::string& name, const std::string& path)
   if (!m_Known.IsCurrent(name, content)) {
     return ESTALE;
   }
-  ALOG(AgentLog(), ALogger::Notice, Source,
+  ALOG(AgentLog(), ALogger::Notice, TaskRemoverSource,
        AString("The task %1 has ended and is deleted: %2").Arg(TaskOf(name), WhyTaskEnds(bytes)));
   return RemoveUnchanged(name, path, FileIdentity(entry));
 }

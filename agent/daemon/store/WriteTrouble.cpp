@@ -12,7 +12,7 @@ using BaseSDK::AString;
 namespace NoxAgent {
 namespace {
 
-constexpr const char* Source = "WriteTrouble";
+constexpr const char* WriteTroubleSource = "WriteTrouble";
 
 }  // namespace
 
@@ -50,13 +50,13 @@ void WriteTrouble::Note(const std::string& name, int error) {
   }
   if (error != 0) {
     ALOG(
-        AgentLog(), ALogger::Warning, Source,
+        AgentLog(), ALogger::Warning, WriteTroubleSource,
         AString("The task file %1 cannot be written: %2. The scheduler goes on with the task as it "
                 "is in memory; what the file tells counts again at the next reading at %3. Other "
                 "files that cannot be written are not told of")
             .Arg(AString::FromUtf8(name), std::strerror(error), m_Readings.NextText()));
   } else {
-    ALOG(AgentLog(), ALogger::Notice, Source,
+    ALOG(AgentLog(), ALogger::Notice, WriteTroubleSource,
          AString("Task files can be written again; writing failed %1 times")
              .Arg(AString().SetNum(failed, 'u')));
   }
