@@ -13,14 +13,15 @@
 #include <climits>
 #include <cstdarg>
 #include <cstdint>
+#include <deque>
 #include <string>
 
 namespace {
 
-std::atomic<const std::string*> g_Directory{nullptr};
+std::atomic<const std::string*> fullDirectory{nullptr};
 
 bool IsOnFullDisk(const std::string& path) {
-  const std::string* const directory = g_Directory;
+  const std::string* const directory = fullDirectory;
   return directory != nullptr && path.starts_with(*directory);
 }
 
@@ -33,7 +34,7 @@ std::string PathOf(int fd) {
 // Whether a file of the full disk would have to grow for this; -1 stands for its end.
 bool NeedsSpace(int fd, std::size_t size, off_t position) {
   struct stat info {};
-  if (g_Directory == nullptr || fstat(fd, &info) != 0 || !S_ISREG(info.st_mode) ||
+  if (fullDirectory == nullptr || fstat(fd, &info) != 0 || !S_ISREG(info.st_mode) ||
       !IsOnFullDisk(PathOf(fd))) {
     return false;
   }
@@ -59,11 +60,14 @@ int NoSpace() {
 namespace NoxHandlerTest {
 
 FullDisk::FullDisk(const std::filesystem::path& directory) {
-  g_Directory = new std::string(std::filesystem::canonical(directory).string() + "/");
+  // Never freed, for a thread may still look at a name when its disk has room again.
+  static auto& names = *new std::deque<std::string>;
+  names.push_back(std::filesystem::canonical(directory).string() + "/");
+  fullDirectory = &names.back();
 }
 
 FullDisk::~FullDisk() {
-  g_Directory = nullptr;  // a thread may still look at the name: it is never freed
+  fullDirectory = nullptr;
 }
 
 }  // namespace NoxHandlerTest
