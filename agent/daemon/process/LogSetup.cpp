@@ -30,7 +30,7 @@ constexpr struct {
     {"Corvane::Agent::CommandHandler", ALogger::Information},
 };
 
-std::shared_ptr<QueuedSink> g_StandardError;
+std::shared_ptr<QueuedSink> standardError;
 
 bool IsBelow(const AString& channel, const AString& other) {
   const AString prefix = other + "::";
@@ -54,8 +54,8 @@ void SetDefaultLevels(const LogSettings& log) {
 
 void LogSetup::Open(const Settings& settings) {
   SetLevels(settings.m_Log);
-  g_StandardError = std::make_shared<QueuedSink>(ALogSinks::Stderr());
-  ALogConfig::AddSink(g_StandardError);
+  standardError = std::make_shared<QueuedSink>(ALogSinks::Stderr());
+  ALogConfig::AddSink(standardError);
   const LogSettings& log = settings.m_Log;
   if (log.m_File.IsEmpty()) {
     return;
@@ -75,8 +75,8 @@ void LogSetup::Open(const Settings& settings) {
 }
 
 void LogSetup::Flush() {
-  if (g_StandardError != nullptr) {
-    (void)g_StandardError->Flush();
+  if (standardError != nullptr) {
+    (void)standardError->Flush();
   }
 }
 

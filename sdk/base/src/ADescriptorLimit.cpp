@@ -10,7 +10,7 @@ namespace BaseSDK {
 namespace {
 
 /// 0: it was never raised.
-std::atomic<unsigned long> g_Original{0};
+std::atomic<unsigned long> softLimit{0};
 
 rlimit Limit() {
   rlimit limit{};
@@ -31,7 +31,7 @@ void ADescriptorLimit::Raise(unsigned long most) {
   const rlim_t hard = Limit().rlim_max;
   const unsigned long wanted = hard < most ? static_cast<unsigned long>(hard) : most;
   if (wanted > current) {
-    g_Original = current;
+    softLimit = current;
     SetLimit(wanted);
   }
 }
@@ -42,12 +42,12 @@ unsigned long ADescriptorLimit::Current() {
 }
 
 unsigned long ADescriptorLimit::Original() {
-  const unsigned long original = g_Original;
+  const unsigned long original = softLimit;
   return original != 0 ? original : Current();
 }
 
 void ADescriptorLimit::Restore() {
-  if (const unsigned long original = g_Original; original != 0) {
+  if (const unsigned long original = softLimit; original != 0) {
     SetLimit(original);
   }
 }

@@ -21,7 +21,7 @@ ARegistry& Registry() {
 }
 
 /// Requests that the thread is answering; one may lead to another.
-thread_local unsigned t_Answering = 0;
+thread_local unsigned answering = 0;
 
 }  // namespace
 
@@ -30,12 +30,12 @@ class AMsgChannel::AVisit {
  public:
   AVisit(AMsgChannel& channel, AMsgReply& reply)
       : m_Channel(channel), m_Server(channel.Enter(reply)) {
-    ++t_Answering;
+    ++answering;
   }
   AVisit(const AVisit&) = delete;
   AVisit& operator=(const AVisit&) = delete;
   ~AVisit() {
-    --t_Answering;
+    --answering;
     if (m_Server != nullptr) {
       m_Channel.Leave();
     }
@@ -124,7 +124,7 @@ void AMsgChannel::Leave() {
 }
 
 bool AMsgChannel::IsAnswering() {
-  return t_Answering != 0;
+  return answering != 0;
 }
 
 bool AMsgChannel::IsClosed() const {
