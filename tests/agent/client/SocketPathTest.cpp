@@ -126,10 +126,7 @@ TEST_F(SearchForTheSocket, TakesTheSystemsThatMayNotBeLookedAt) {
 
 TEST_F(SearchForTheSocket, RootMeansTheSystems) {
   MakeSocketIn("nox");
-  if (::geteuid() != 0) {
-    GTEST_SKIP() << "for root alone";
-  }
-  EXPECT_EQ(PathIn("system"), Found());
+  EXPECT_EQ(PathIn(::geteuid() == 0 ? "system" : "nox"), Found());
 }
 
 TEST_F(Client, ASocketThatMayNotBeOpenedNamesItsGroup) {
