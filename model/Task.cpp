@@ -15,8 +15,6 @@
 using BaseSDK::ADateTime;
 using BaseSDK::AString;
 
-namespace {}  // namespace
-
 CTask::CTask(TaskSchedulerObject_i* scheduler, const AString& taskID)
     : m_pScheduler(scheduler), m_TaskID(taskID) {}
 

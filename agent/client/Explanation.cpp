@@ -21,7 +21,7 @@ std::string DayName(long moment) {
   return BaseSDK::ADateTime(moment).ToString("%Y-%m-%d, a %A,").ToUtf8();
 }
 
-std::string Joined(const std::vector<std::string>& reasons) {
+std::string Listed(const std::vector<std::string>& reasons) {
   std::string text;
   for (const std::string& reason : reasons) {
     text += (text.empty() ? "" : "; ") + reason;
@@ -31,10 +31,6 @@ std::string Joined(const std::vector<std::string>& reasons) {
 
 bool IsFinished(const RunEntry& run) {
   return run.m_State.empty() || run.m_State == "Ok";
-}
-
-Json OrNull(const std::optional<long>& moment) {
-  return moment ? Json(*moment) : Json();
 }
 
 const char* NameOf(Explanation::Gate gate) {
@@ -87,8 +83,8 @@ Json Explanation::ToJson() const {
           {"due", m_Facts.m_Run.has_value() || m_Facts.m_NoHandler},
           {"run", m_Facts.m_Run ? NoxAgent::ToJson(*m_Facts.m_Run) : Json()},
           {"deleted", m_Facts.m_Deleted},
-          {"goneSince", OrNull(m_Facts.m_GoneSince)},
-          {"dueByReading", OrNull(m_Facts.m_DueByReading)},
+          {"goneSince", m_Facts.m_GoneSince},
+          {"dueByReading", m_Facts.m_DueByReading},
           {"loaded", m_Live ? Json(m_Live->m_Memory.has_value()) : Json()},
           {"latestRun", NoxAgent::ToJson(m_Live ? m_Live->m_Run : std::nullopt)},
           {"nextRun", NextRun()},
@@ -228,7 +224,7 @@ std::string Explanation::DayLine(const RuleWords& words) const {
   const auto reasons = words.ReasonsAgainst(m_Facts.m_At);
   const std::string day = DayName(m_Facts.m_At);
   return reasons.empty() ? day + " is one of its days."
-                         : day + " is none of its days: " + Joined(reasons) + ".";
+                         : day + " is none of its days: " + Listed(reasons) + ".";
 }
 
 std::string Explanation::StartLine(const RuleWords& words, bool due) const {

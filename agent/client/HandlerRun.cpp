@@ -33,10 +33,6 @@ std::string Because(const std::string& reason) {
   return (reason.empty() ? "" : ": " + reason) + ".";
 }
 
-Json OrNull(const std::optional<long>& number) {
-  return number ? Json(*number) : Json();
-}
-
 Json OrNull(const std::string& text) {
   return text.empty() ? Json() : Json(text);
 }
@@ -95,13 +91,13 @@ Json ToJson(const std::optional<HandlerRun>& run) {
     return {};
   }
   return {{"state", PhaseNames[static_cast<std::size_t>(run->m_Phase)]},
-          {"start", OrNull(run->m_Start)},
-          {"end", OrNull(run->m_End)},
-          {"pid", OrNull(run->m_Pid)},
-          {"result", OrNull(run->m_Result)},
+          {"start", run->m_Start},
+          {"end", run->m_End},
+          {"pid", run->m_Pid},
+          {"result", run->m_Result},
           {"reason", OrNull(run->m_Reason)},
-          {"queued", OrNull(run->m_Queued)},
-          {"skipped", OrNull(run->m_Skipped)},
+          {"queued", run->m_Queued},
+          {"skipped", run->m_Skipped},
           {"skipReason", OrNull(run->m_SkipReason)}};
 }
 

@@ -19,14 +19,13 @@ namespace NoxAgent {
 namespace {
 
 constexpr const char* AgentSource = "Agent";
-constexpr unsigned StateMode = 0750;
 constexpr unsigned RuntimeMode = 0755;  // the socket has its own mode
 constexpr unsigned long HousekeepingMilliseconds = 5000;
 
 }  // namespace
 
 Agent::Locks::Locks(const Settings& settings) {
-  Directories::Make(settings.m_StateDir, StateMode);
+  Directories::Make(settings.m_StateDir, Directories::Private);
   m_State.emplace(settings.m_StateDir);
   Directories::Make(settings.m_RuntimeDir, RuntimeMode);
   if (settings.m_RuntimeDir != settings.m_StateDir) {

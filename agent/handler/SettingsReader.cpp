@@ -17,7 +17,7 @@ namespace NoxHandler {
 
 namespace {
 
-constexpr long GraceSeconds = 5;
+constexpr long KillGraceSeconds = 5;
 constexpr long MaxGraceSeconds = 3600;
 constexpr long MaxRuns = 200;
 constexpr long MaxMaxRuns = 100000;
@@ -103,7 +103,7 @@ HandlerSettings ReadHandlerSettings() {
   const AString jobPath = Value("job_path");
   const AString outputPath = Value("output_path");
   const AString recordPath = Value("record_path");
-  const long grace = Number("kill_grace_seconds", GraceSeconds, 0, MaxGraceSeconds);
+  const long grace = Number("kill_grace_seconds", KillGraceSeconds, 0, MaxGraceSeconds);
   const long maxRuns = ReadMaxRuns();
   HandlerSettings settings;
   settings.m_LogOutput = YesOrNo("job_output", settings.m_LogOutput);

@@ -4,6 +4,7 @@
 #include <initializer_list>
 #include <iosfwd>
 #include <map>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -55,6 +56,9 @@ class Json {
   Json(const std::vector<std::string>& texts);
   Json(const std::map<std::string, std::string>& texts);
   /// Without this, any pointer would pass for a truth.
+  /// Null when there is no value.
+  template <typename T>
+  Json(const std::optional<T>& value) : Json(value ? Json(*value) : Json()) {}
   Json(const void*) = delete;
 
   bool IsNull() const { return std::holds_alternative<std::nullptr_t>(m_Value); }

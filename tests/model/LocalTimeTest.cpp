@@ -1,6 +1,8 @@
 // mktime as the schedule needs it: the answer depends on the fields and the zone alone.
 #include "model/LocalTime.h"
 
+#include "tests/support/LocalTimes.h"
+
 #include <BaseSDK/ALong32.h>
 #include <VirtualTime/Zone.h>
 
@@ -58,10 +60,10 @@ std::ostream& operator<<(std::ostream& out, const Clock& clock) {
              << ':' << clock.m_Minute;
 }
 
-constexpr const char* NewYork = "EST5EDT,M3.2.0,M11.1.0";
-constexpr const char* LordHowe = "<+1030>-10:30<+11>-11,M10.1.0,M4.1.0";
-constexpr const char* SaoPaulo = "<-03>3<-02>,M10.3.0/0,M2.3.0/0";
-constexpr const char* Berlin = "CET-1CEST,M3.5.0,M10.5.0/3";
+using TestSupport::Berlin;
+using TestSupport::LordHowe;
+using TestSupport::NewYork;
+using TestSupport::SaoPaulo;
 
 TEST(LocalTime, IsWhatTheFieldsAndTheZoneSayWhateverWasAskedBefore) {
   const struct {

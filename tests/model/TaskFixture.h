@@ -15,6 +15,8 @@
 class TaskFixture : public testing::Test {
  protected:
   static constexpr const char* Noon = "2005-03-01 12:00:00";
+  static inline const TestSupport::TriggerXml Daily =
+      TestSupport::TriggerXml::Daily("2005/03/01 08:00:00");
 
   TaskFixture() { EXPECT_TRUE(m_Scheduler.Start()); }
   /// What a test has observed with is gone by now, and taking the scheduler down still logs.

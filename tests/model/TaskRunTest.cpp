@@ -8,8 +8,6 @@ using TestSupport::TriggerXml;
 
 namespace {
 
-const TriggerXml daily = TriggerXml::Daily("2005/03/01 08:00:00");
-
 class TaskRun : public TaskFixture {
  protected:
   void SetClock(const char* localTime) { m_Scheduler.Clock().Start(m_Scheduler.Local(localTime)); }
@@ -42,7 +40,7 @@ TEST_F(TaskRun, IsLogged) {
 }
 
 TEST_F(TaskRun, ReplacesTheRunBefore) {
-  CTask& task = Make(TaskXml().With(daily).LastRun("2004-01-01 08:00:00 Ok"));
+  CTask& task = Make(TaskXml().With(Daily).LastRun("2004-01-01 08:00:00 Ok"));
   task.RegisterRun();
   SetClock("2005-03-01 12:00:01");
   task.RegisterRun();
@@ -57,14 +55,14 @@ TEST_F(TaskRun, KeepsADisabledTaskDisabled) {
 }
 
 TEST_F(TaskRun, IsSeenByTheDueTestAtOnce) {
-  CTask& task = Make(TaskXml().With(daily));
+  CTask& task = Make(TaskXml().With(Daily));
   EXPECT_TRUE(IsDueAt("2005-03-01 08:00:00"));
   task.RegisterRun();
   EXPECT_FALSE(IsDueAt("2005-03-01 08:00:00"));
 }
 
 TEST_F(TaskRun, StateReplacesStartedAndKeepsTheTime) {
-  CTask& task = Make(TaskXml().With(daily));
+  CTask& task = Make(TaskXml().With(Daily));
   task.RegisterRun();
   SetClock("2005-03-01 13:00:00");
   task.SetRunState("Ok");
@@ -76,14 +74,14 @@ TEST_F(TaskRun, StateReplacesStartedAndKeepsTheTime) {
 }
 
 TEST_F(TaskRun, FinishedIsTheLastRunOfTheNextLoad) {
-  CTask& task = Make(TaskXml().With(daily));
+  CTask& task = Make(TaskXml().With(Daily));
   task.RegisterRun();
   task.SetRunState("Ok");
   EXPECT_EQ(Make(FileText()).m_LastRun, m_Scheduler.Local(Noon));
 }
 
 TEST_F(TaskRun, UnfinishedIsNoneInTheNextLoad) {
-  Make(TaskXml().With(daily)).RegisterRun();
+  Make(TaskXml().With(Daily)).RegisterRun();
   EXPECT_EQ(Make(FileText()).m_LastRun, -1);
   m_Task->SetRunState("Failed");
   EXPECT_EQ(Make(FileText()).m_LastRun, -1);
@@ -100,7 +98,7 @@ TEST_F(TaskRun, StateIsWrittenAsItIsGiven) {
 }
 
 TEST_F(TaskRun, StateWithMarkupSpoilsTheDocumentOnPurpose) {
-  CTask& task = Make(TaskXml().With(daily).LastRun("2005-03-01 08:00:00 Started"));
+  CTask& task = Make(TaskXml().With(Daily).LastRun("2005-03-01 08:00:00 Started"));
   task.SetRunState("<Ok");
   EXPECT_NE(FileText().find("2005-03-01 08:00:00 <Ok</RunTime>"), std::string::npos);
   EXPECT_TRUE(Make(FileText()).m_Triggers.empty());
@@ -113,7 +111,7 @@ TEST_F(TaskRun, EmptyStateLeavesARunWithoutOne) {
 }
 
 TEST_F(TaskRun, StateOfATaskThatNeverRanIsLoggedAndNotWritten) {
-  CTask& task = Make(TaskXml().With(daily));
+  CTask& task = Make(TaskXml().With(Daily));
   m_Scheduler.Log().Clear();
   task.SetRunState("Ok");
   const auto lines = m_Scheduler.Log().Lines();
@@ -122,19 +120,19 @@ TEST_F(TaskRun, StateOfATaskThatNeverRanIsLoggedAndNotWritten) {
   EXPECT_EQ(lines[0].m_Source, "Task");
   EXPECT_EQ(lines[0].m_Message, AString(L"Set run state to 'Ok' for task ID = t"));
   EXPECT_FALSE(m_Scheduler.HasFile("t"));
-  EXPECT_EQ(task.m_TaskXML, TaskXml().With(daily).Text());
+  EXPECT_EQ(task.m_TaskXML, TaskXml().With(Daily).Text());
   EXPECT_EQ(Changes(), 0u);
 }
 
 TEST_F(TaskRun, StateOfARunWithoutADateIsNotWritten) {
-  CTask& task = Make(TaskXml().With(daily).LastRun(" 08:00:00 Started"));
+  CTask& task = Make(TaskXml().With(Daily).LastRun(" 08:00:00 Started"));
   task.SetRunState("Ok");
   EXPECT_FALSE(m_Scheduler.HasFile("t"));
   EXPECT_NE(task.m_TaskXML.Find(L"<RunTime> 08:00:00 Started</RunTime>"), AString::npos);
 }
 
 TEST_F(TaskRun, StateAfterALateTestTellsOnce) {
-  CTask& task = Make(TaskXml().With(daily));
+  CTask& task = Make(TaskXml().With(Daily));
   EXPECT_TRUE(IsDueAt(Noon));
   ASSERT_TRUE(task.m_Late);
   m_Scheduler.Host().ClearNotifications();
@@ -146,7 +144,7 @@ TEST_F(TaskRun, StateAfterALateTestTellsOnce) {
 }
 
 TEST_F(TaskRun, StateAfterALateRunTellsOfTheLatenessAndOfTheDocument) {
-  CTask& task = Make(TaskXml().With(daily));
+  CTask& task = Make(TaskXml().With(Daily));
   EXPECT_TRUE(IsDueAt(Noon));
   task.RegisterRun();
   m_Scheduler.Host().ClearNotifications();
@@ -159,7 +157,7 @@ TEST_F(TaskRun, StateAfterALateRunTellsOfTheLatenessAndOfTheDocument) {
 // What a notification can see. Listeners look at the task and its file when they are told.
 
 TEST_F(TaskRun, IsOneInstantInMemoryAndInTheFileAlsoWhenTheClockMovesMeanwhile) {
-  CTask& task = Make(TaskXml().With(daily));
+  CTask& task = Make(TaskXml().With(Daily));
   m_Scheduler.Host().Observe([this](const auto&) { m_Scheduler.Clock().StepWallClock(7); });
   task.RegisterRun();
   EXPECT_EQ(task.m_LastRun, m_Scheduler.Local(Noon));
@@ -167,7 +165,7 @@ TEST_F(TaskRun, IsOneInstantInMemoryAndInTheFileAlsoWhenTheClockMovesMeanwhile) 
 }
 
 TEST_F(TaskRun, IsInTheDocumentFirstThenInTheFileThenTheLastRunThenInTheLog) {
-  CTask& task = Make(TaskXml().With(daily));
+  CTask& task = Make(TaskXml().With(Daily));
   unsigned told = 0;
   m_Scheduler.Host().Observe([&](const auto&) {
     ++told;
@@ -184,7 +182,7 @@ TEST_F(TaskRun, IsInTheDocumentFirstThenInTheFileThenTheLastRunThenInTheLog) {
 }
 
 TEST_F(TaskRun, StateIsLoggedThenTheLatenessClearedAndToldOfThenWritten) {
-  CTask& task = Make(TaskXml().With(daily).LastRun("2005-02-28 08:00:00 Ok"));
+  CTask& task = Make(TaskXml().With(Daily).LastRun("2005-02-28 08:00:00 Ok"));
   EXPECT_TRUE(IsDueAt(Noon));
   ASSERT_TRUE(task.m_Late);
   bool lateAtLog = false;
@@ -203,7 +201,7 @@ TEST_F(TaskRun, StateIsLoggedThenTheLatenessClearedAndToldOfThenWritten) {
 }
 
 TEST_F(TaskRun, DueTestHasSettledTheLatenessWhenItTellsOfANextRun) {
-  CTask& task = Make(TaskXml().With(daily));
+  CTask& task = Make(TaskXml().With(Daily));
   task.m_Triggers[0]->m_NextRun = 1;
   bool lateWhenTold = false;
   m_Scheduler.Host().Observe([&](const auto&) { lateWhenTold = task.m_Late; });
@@ -212,7 +210,7 @@ TEST_F(TaskRun, DueTestHasSettledTheLatenessWhenItTellsOfANextRun) {
 }
 
 TEST_F(TaskRun, EnabledIsSetBeforeTheFileIsWritten) {
-  CTask& task = Make(TaskXml().With(daily));
+  CTask& task = Make(TaskXml().With(Daily));
   bool enabledWhenTold = true;
   m_Scheduler.Host().Observe([&](const auto&) { enabledWhenTold = task.m_Enabled; });
   EXPECT_EQ(task.Enable(false), 1);
@@ -220,7 +218,7 @@ TEST_F(TaskRun, EnabledIsSetBeforeTheFileIsWritten) {
 }
 
 TEST_F(TaskRun, GoesOnInMemoryWhenTheFileCannotBeWritten) {
-  CTask& task = Make(TaskXml().With(daily).Utf8(), "no/such/directory");
+  CTask& task = Make(TaskXml().With(Daily).Utf8(), "no/such/directory");
   task.RegisterRun();
   task.SetRunState("Ok");
   EXPECT_EQ(task.m_LastRun, m_Scheduler.Local(Noon));

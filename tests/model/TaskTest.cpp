@@ -9,17 +9,16 @@ using TestSupport::TriggerXml;
 
 namespace {
 
-const TriggerXml daily = TriggerXml::Daily("2005/03/01 08:00:00");
 const TriggerXml expiredDaily = TriggerXml::Daily("2005/02/01 08:00:00").End("2005/02/05 08:00:00");
 const TriggerXml tomorrow = TriggerXml::Daily("2005/03/02 08:00:00");
 
 using TaskLoad = TaskFixture;
 
 TEST_F(TaskLoad, KeepsWhatItIsGivenAndReadsItsHandler) {
-  const CTask& task = Make(TaskXml().Handler("{1}").With(daily));
+  const CTask& task = Make(TaskXml().Handler("{1}").With(Daily));
   EXPECT_EQ(task.m_pScheduler, &m_Scheduler.Object());
   EXPECT_EQ(task.m_TaskID, AString(L"t"));
-  EXPECT_EQ(task.m_TaskXML, TaskXml().Handler("{1}").With(daily).Text());
+  EXPECT_EQ(task.m_TaskXML, TaskXml().Handler("{1}").With(Daily).Text());
   EXPECT_EQ(task.m_HandlerCLSID, AString(L"{1}"));
   EXPECT_FALSE(task.m_Late);
   EXPECT_EQ(task.m_LastRun, -1);
@@ -81,7 +80,7 @@ TEST_F(TaskLoad, KnowsRunsBefore1970) {
 }
 
 TEST_F(TaskLoad, BuildsItsTriggersInDocumentOrderOnItsOwnLastRun) {
-  const CTask& task = Make(TaskXml().With(TriggerXml::Asap()).With(daily).With(tomorrow));
+  const CTask& task = Make(TaskXml().With(TriggerXml::Asap()).With(Daily).With(tomorrow));
   ASSERT_EQ(task.m_Triggers.size(), 3u);
   EXPECT_EQ(task.m_Triggers[0]->m_Type, -1);
   EXPECT_EQ(task.m_Triggers[1]->m_Type, 1);
@@ -92,14 +91,14 @@ TEST_F(TaskLoad, BuildsItsTriggersInDocumentOrderOnItsOwnLastRun) {
 }
 
 TEST_F(TaskLoad, WorksOutTheClosestRunsWithoutTellingAnyone) {
-  const CTask& task = Make(TaskXml().With(daily).With(tomorrow));
+  const CTask& task = Make(TaskXml().With(Daily).With(tomorrow));
   EXPECT_EQ(task.m_Triggers[0]->m_ClosestRun, m_Scheduler.Local(Noon));
   EXPECT_EQ(Moment::Show(task.m_Triggers[1]->m_ClosestRun), "2005-03-02 08:00:00 -0500");
   EXPECT_EQ(Changes(), 0u);
 }
 
 TEST_F(TaskLoad, OfADisabledTaskLeavesItsTriggersWithoutRuns) {
-  const CTask& task = Make(TaskXml().Enabled(false).With(daily));
+  const CTask& task = Make(TaskXml().Enabled(false).With(Daily));
   EXPECT_EQ(task.m_Triggers[0]->m_ClosestRun, -1);
   EXPECT_EQ(task.m_Triggers[0]->m_NextRun, -1);
 }
@@ -119,25 +118,25 @@ TEST_F(TaskLoad, OfADocumentThatDoesNotParseMakesAnEmptyTaskThatAsksToBeDeleted)
 using TaskDue = TaskFixture;
 
 TEST_F(TaskDue, WhenAnyTriggerIsDue) {
-  Make(TaskXml().With(TriggerXml(daily).Disabled()).With(daily));
+  Make(TaskXml().With(TriggerXml(Daily).Disabled()).With(Daily));
   EXPECT_TRUE(IsDueAt("2005-03-01 08:00:00"));
   EXPECT_FALSE(m_AllExpired);
   EXPECT_FALSE(m_DeleteTask);
-  Make(TaskXml().With(tomorrow).With(daily));
+  Make(TaskXml().With(tomorrow).With(Daily));
   EXPECT_TRUE(IsDueAt("2005-03-01 08:00:00"));
   Make(TaskXml().With(tomorrow));
   EXPECT_FALSE(IsDueAt("2005-03-01 08:00:00"));
 }
 
 TEST_F(TaskDue, DisabledTriggersKeepATaskFromExpiring) {
-  Make(TaskXml().With(TriggerXml(daily).Disabled()).With(expiredDaily));
+  Make(TaskXml().With(TriggerXml(Daily).Disabled()).With(expiredDaily));
   EXPECT_FALSE(IsDueAt(Noon));
   EXPECT_FALSE(m_AllExpired);
   EXPECT_FALSE(m_DeleteTask);
 }
 
 TEST_F(TaskDue, ADisabledTaskIsNotDueAndWritesNoAnswer) {
-  CTask& task = Make(TaskXml().Enabled(false).With(daily));
+  CTask& task = Make(TaskXml().Enabled(false).With(Daily));
   task.m_Late = true;
   for (const bool flag : {false, true}) {
     m_Sleep = 12345;
@@ -179,7 +178,7 @@ TEST_F(TaskDue, IsDeletedWhenEveryTriggerHasExpired) {
   EXPECT_FALSE(IsDueAt(Noon));
   EXPECT_TRUE(m_AllExpired);
   EXPECT_TRUE(m_DeleteTask);
-  Make(TaskXml().With(expiredDaily).With(daily));
+  Make(TaskXml().With(expiredDaily).With(Daily));
   EXPECT_TRUE(IsDueAt(Noon));
   EXPECT_FALSE(m_AllExpired);
   EXPECT_FALSE(m_DeleteTask);
@@ -193,7 +192,7 @@ TEST_F(TaskDue, AOnceTriggerThatRanDoesNotExpireOnPurpose) {
 }
 
 TEST_F(TaskDue, IsLateWhenADueTriggerIs) {
-  const CTask& task = Make(TaskXml().With(tomorrow).With(daily));
+  const CTask& task = Make(TaskXml().With(tomorrow).With(Daily));
   EXPECT_TRUE(IsDueAt("2005-03-01 08:00:59"));
   EXPECT_FALSE(m_IsLate);
   EXPECT_FALSE(task.m_Late);
@@ -203,15 +202,15 @@ TEST_F(TaskDue, IsLateWhenADueTriggerIs) {
 }
 
 TEST_F(TaskDue, StaysLateWhenALaterTriggerIsPunctual) {
-  Make(TaskXml().With(daily).With(TriggerXml::Daily("2005/03/01 12:00:00")));
+  Make(TaskXml().With(Daily).With(TriggerXml::Daily("2005/03/01 12:00:00")));
   EXPECT_TRUE(IsDueAt(Noon));
   EXPECT_TRUE(m_IsLate);
 }
 
 TEST_F(TaskDue, IsNotLateWhenOneRunsAsSoonAsPossibleInEitherOrder) {
   for (const bool asapFirst : {true, false}) {
-    const CTask& task = Make(asapFirst ? TaskXml().With(TriggerXml::Asap()).With(daily)
-                                       : TaskXml().With(daily).With(TriggerXml::Asap()));
+    const CTask& task = Make(asapFirst ? TaskXml().With(TriggerXml::Asap()).With(Daily)
+                                       : TaskXml().With(Daily).With(TriggerXml::Asap()));
     EXPECT_TRUE(IsDueAt(Noon));
     EXPECT_FALSE(m_IsLate);
     EXPECT_FALSE(task.m_Late);
@@ -219,7 +218,7 @@ TEST_F(TaskDue, IsNotLateWhenOneRunsAsSoonAsPossibleInEitherOrder) {
 }
 
 TEST_F(TaskDue, ForgetsItsLatenessAtTheNextTestThatIsNotLate) {
-  CTask& task = Make(TaskXml().With(daily));
+  CTask& task = Make(TaskXml().With(Daily));
   EXPECT_TRUE(IsDueAt(Noon));
   EXPECT_TRUE(task.m_Late);
   task.m_LastRun = m_Scheduler.Local(Noon);
@@ -228,10 +227,10 @@ TEST_F(TaskDue, ForgetsItsLatenessAtTheNextTestThatIsNotLate) {
 }
 
 TEST_F(TaskDue, KillsAtTheEndWhenADueTriggerWantsIt) {
-  Make(TaskXml().With(TriggerXml(daily).KillAtEnd()).With(daily));
+  Make(TaskXml().With(TriggerXml(Daily).KillAtEnd()).With(Daily));
   EXPECT_TRUE(IsDueAt(Noon));
   EXPECT_TRUE(m_KillAtEnd);
-  Make(TaskXml().With(TriggerXml(tomorrow).KillAtEnd()).With(daily));
+  Make(TaskXml().With(TriggerXml(tomorrow).KillAtEnd()).With(Daily));
   EXPECT_TRUE(IsDueAt(Noon));
   EXPECT_FALSE(m_KillAtEnd);
 }
@@ -247,7 +246,7 @@ TEST_F(TaskDue, SleepsUntilTheEarliestOfItsTriggers) {
 }
 
 TEST_F(TaskDue, HandsTheFirstEventToTheFirstAndTheSecondToTheSecondKindOfEventTrigger) {
-  CTask& task = Make(TaskXml().With(daily).With(daily));
+  CTask& task = Make(TaskXml().With(Daily).With(Daily));
   task.m_Triggers[0]->m_Type = CTaskTrigger::FirstEvent;
   for (const bool first : {false, true}) {
     for (const bool second : {false, true}) {
@@ -265,7 +264,7 @@ TEST_F(TaskDue, HandsTheFirstEventToTheFirstAndTheSecondToTheSecondKindOfEventTr
 }
 
 TEST_F(TaskDue, TellsThatANextRunMovedOncePerTest) {
-  Make(TaskXml().With(daily).With(daily).LastRun("2005-03-01 08:00:00 Ok"));
+  Make(TaskXml().With(Daily).With(Daily).LastRun("2005-03-01 08:00:00 Ok"));
   EXPECT_FALSE(IsDueAt(Noon));
   EXPECT_EQ(Changes(), 0u);
   EXPECT_TRUE(IsDueAt("2005-03-02 08:00:00"));
@@ -277,8 +276,8 @@ TEST_F(TaskDue, TellsThatANextRunMovedOncePerTest) {
 TEST_F(TaskDue, TellsOfAnyTriggerWhoseNextRunMoved) {
   for (const bool first : {true, false}) {
     m_Scheduler.Host().ClearNotifications();
-    Make(first ? TaskXml().With(daily).With(expiredDaily)
-               : TaskXml().With(expiredDaily).With(daily));
+    Make(first ? TaskXml().With(Daily).With(expiredDaily)
+               : TaskXml().With(expiredDaily).With(Daily));
     (void)IsDueAt("2005-03-02 08:00:00");
     EXPECT_EQ(Changes(), 1u);
     m_Scheduler.Clock().Start(m_Scheduler.Local(Noon));
@@ -286,7 +285,7 @@ TEST_F(TaskDue, TellsOfAnyTriggerWhoseNextRunMoved) {
 }
 
 TEST_F(TaskDue, RefreshesTheClosestRunOfEachTrigger) {
-  CTask& task = Make(TaskXml().With(daily).With(tomorrow));
+  CTask& task = Make(TaskXml().With(Daily).With(tomorrow));
   task.m_LastRun = m_Scheduler.Local(Noon);
   task.UpdateClosestRun();
   for (const CTaskTrigger* trigger : task.m_Triggers) {
@@ -302,7 +301,7 @@ TEST_F(TaskDue, RefreshesTheClosestRunOfEachTrigger) {
 using TaskEnable = TaskFixture;
 
 TEST_F(TaskEnable, ToTheSameStateSaysSoAndWritesNothing) {
-  CTask& task = Make(TaskXml().With(daily));
+  CTask& task = Make(TaskXml().With(Daily));
   EXPECT_EQ(task.Enable(true), -1);
   EXPECT_TRUE(Logged(ALogger::Trace, "Task 't' enable state is not changed"));
   EXPECT_EQ(m_Scheduler.Log().Lines().back().m_Source, "Task");
@@ -328,10 +327,10 @@ TEST_F(TaskEnable, WritesTheStateIntoTheFileAndKeepsHandlerScheduleAndHistory) {
 }
 
 TEST_F(TaskEnable, LeavesItsDocumentAndItsTriggersToTheNextLoad) {
-  CTask& task = Make(TaskXml().With(daily));
+  CTask& task = Make(TaskXml().With(Daily));
   const long closestRun = task.m_Triggers[0]->m_ClosestRun;
   EXPECT_EQ(task.Enable(false), 1);
-  EXPECT_EQ(task.m_TaskXML, TaskXml().With(daily).Text());
+  EXPECT_EQ(task.m_TaskXML, TaskXml().With(Daily).Text());
   EXPECT_EQ(task.m_Triggers[0]->m_ClosestRun, closestRun);
 }
 

@@ -107,7 +107,7 @@ TEST(TaskTriggerClockChange, FollowsAHalfHourChange) {
 // of the 17th.
 
 TEST(TaskTriggerClockChange, FollowsAChangeAtMidnight) {
-  for (const char* zone : {MidnightGap, "America/Sao_Paulo"}) {
+  for (const char* zone : {SaoPaulo, "America/Sao_Paulo"}) {
     Check({zone, R"(<Trigger Type="1"><BeginDate>2017/10/14 00:30:00</BeginDate></Trigger>)",
            "2017-10-14 00:00:00 -0300", "2017-10-17 00:00:00 -0200",
            {"2017-10-14 00:30:00 -0300", "2017-10-15 01:30:00 -0200", "2017-10-16 00:30:00 -0200"}});

@@ -36,7 +36,7 @@ TEST(TaskTriggerWalk, GetsPastOtherLongDays) {
   constexpr const char* Midnight = R"(<Trigger Type="1"><BeginDate>2018/01/05 00:00:00</BeginDate></Trigger>)";
   const DueRow rows[] = {
       {LordHowe, HalfHour, "2020-04-05 00:15:00 +1100", "2020-04-07 12:00:00 +1030", "late", 0, "2020-04-08 00:15:00 +1030"},
-      {MidnightGap, Midnight, "2018-02-17 00:00:00 -0200", "2018-02-19 12:00:00 -0300", "late", 0, "2018-02-20 00:00:00 -0300"},
+      {SaoPaulo, Midnight, "2018-02-17 00:00:00 -0200", "2018-02-19 12:00:00 -0300", "late", 0, "2018-02-20 00:00:00 -0300"},
       {"America/Havana", Midnight, "2018-11-04 00:00:00 -0400", "2018-11-06 12:00:00 -0500", "late", 0, "2018-11-07 00:00:00 -0500"},
   };
   CheckAll(rows);
@@ -108,7 +108,7 @@ TEST(TaskTriggerWalk, KnowsTheTimeBefore1970) {
 
 // Zones that no government has yet come up with: days of up to 74 hours, a day shown three times.
 const char* const zones[] = {
-    Utc, NewYork, LordHowe, MidnightGap, Dublin,
+    Utc, NewYork, LordHowe, SaoPaulo, Dublin,
     "AAA-24:59:59BBB24:59:59,M3.2.0/0,M11.1.0/0", "AAA24:59:59BBB-24:59:59,M3.2.0/0,M11.1.0/0",
     "AAA-12BBB12,M3.2.0,M11.1.0", "AAA0BBB-23:30,J60/23:59:59,J300/0", "AAA0BBB-1,J60/0,J61/0",
     "Pacific/Apia", "Asia/Pyongyang", "Africa/Casablanca", "Antarctica/Troll"};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/TaskTrigger.h"
+#include "tests/support/LocalTimes.h"
 
 #include <gtest/gtest.h>
 
@@ -8,11 +9,11 @@
 #include <vector>
 
 // Zones as rules, which need no zone files.
-constexpr const char* Utc = "UTC0";
-constexpr const char* NewYork = "EST5EDT,M3.2.0,M11.1.0";
-constexpr const char* LordHowe = "<+1030>-10:30<+11>-11,M10.1.0,M4.1.0";
-constexpr const char* MidnightGap = "<-03>3<-02>,M10.3.0/0,M2.3.0/0";
-constexpr const char* Dublin = "IST-1GMT0,M10.5.0,M3.5.0/1";
+using TestSupport::Dublin;
+using TestSupport::LordHowe;
+using TestSupport::NewYork;
+using TestSupport::SaoPaulo;
+using TestSupport::Utc;
 
 /// One due test. Moments are written as Moment::At reads them.
 struct DueRow {

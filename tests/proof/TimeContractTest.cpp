@@ -1,4 +1,5 @@
 // What docs/time.md promises, example by example.
+#include "tests/support/LocalTimes.h"
 #include "tests/support/scheduler/TestScheduler.h"
 
 #include <gtest/gtest.h>
@@ -10,8 +11,8 @@ using TestSupport::TestScheduler;
 using TestSupport::TriggerXml;
 using Runs = std::vector<std::string>;
 
-constexpr const char* NewYork = "EST5EDT,M3.2.0,M11.1.0";
-constexpr const char* Utc = "UTC0";
+using TestSupport::NewYork;
+using TestSupport::Utc;
 constexpr long Sunday = 1, Monday = 2;
 
 // A running scheduler with the gate open.

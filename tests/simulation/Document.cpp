@@ -1,5 +1,7 @@
 #include "tests/simulation/Document.h"
 
+#include "tests/support/LocalTimes.h"
+
 #include <BaseSDK/ADateTime.h>
 
 #include <algorithm>
@@ -12,7 +14,7 @@ using PlainSchedule::Rule;
 
 namespace {
 
-constexpr long Day = 86400;
+using TestSupport::Day;
 constexpr long AllMonths = 4095;
 
 Civil LocalFields(long moment) {

@@ -1,5 +1,7 @@
 #include "tests/simulation/Simulation.h"
 
+#include "tests/support/LocalTimes.h"
+
 #include <BaseSDK/ADateTime.h>
 #include <BaseSDK/AFile.h>
 
@@ -12,8 +14,8 @@ using BaseSDK::AString;
 
 namespace {
 
-constexpr long Hour = 3600;
-constexpr long Day = 86400;
+using TestSupport::Day;
+using TestSupport::Hour;
 constexpr const char* FixedZone = "UTC0";
 
 /// Zones without and with changes of the clock: at night, at midnight, by half an hour, backwards.

@@ -152,7 +152,7 @@ void Simulate(const SimulateOptions& options, const CommandContext& context) {
   PrintList(events, context.m_Out);
 }
 
-void AddOptions(CommandLine& command, SimulateOptions& options) {
+void DeclareOptions(CommandLine& command, SimulateOptions& options) {
   command.Argument("FILE", options.m_Files, "task documents, - for standard input").Required();
   command.Option("--from", options.m_From, "the first moment").Required().Takes("TIME");
   command.Option("--to", options.m_To, "the last moment").Required().Takes("TIME");
@@ -181,7 +181,7 @@ void AddSimulateCommand(CommandLine& line, CommandContext& context) {
   CommandLine& command = line.Command(
       "simulate", "Run the scheduler with these tasks over a span of time; needs no agent");
   const auto options = std::make_shared<SimulateOptions>();
-  AddOptions(command, *options);
+  DeclareOptions(command, *options);
   command.OnUse([options, &context] { Simulate(*options, context); });
 }
 

@@ -22,9 +22,8 @@ namespace NoxAgent {
 namespace {
 
 constexpr const char* PluginLifecycleSource = "PluginLifecycle";
-constexpr unsigned DirectoryMode = 0750;
 
-AString Number(unsigned long value) {
+AString Decimal(unsigned long value) {
   return AString().SetNum(value, 'u');
 }
 
@@ -92,7 +91,7 @@ void PluginLifecycle::PrepareTaskDirectory(Plugin& plugin, const Settings& setti
   if (directory.IsEmpty()) {
     return;
   }
-  Directories::Make(directory, DirectoryMode);
+  Directories::Make(directory, Directories::Private);
   unsigned removed = 0;
   const unsigned long result = AFile::RemoveLeftovers(directory, removed);
   if (result != 0) {
@@ -102,7 +101,7 @@ void PluginLifecycle::PrepareTaskDirectory(Plugin& plugin, const Settings& setti
   } else if (removed > 0) {
     ALOG(AgentLog(), ALogger::Notice, PluginLifecycleSource,
          AString("Removed %1 temporary files from %2, left by a crash")
-             .Arg(Number(removed), directory));
+             .Arg(Decimal(removed), directory));
   }
   const AString extension = plugin.Config().Peek("task_file_extension");
   m_Store.Guard({plugin.Name(), directory, extension.IsEmpty() ? AString(".vsk") : extension,
@@ -156,7 +155,7 @@ bool PluginLifecycle::WaitForHandlers() {
   ALOG(AgentLog(), ALogger::Error, PluginLifecycleSource,
        AString("A task handler has not come back within %1 ms: ending without unloading the "
                "plug-ins that are left")
-           .Arg(Number(m_DrainMilliseconds)));
+           .Arg(Decimal(m_DrainMilliseconds)));
   return false;
 }
 
@@ -169,7 +168,7 @@ bool PluginLifecycle::WaitForThreads() {
   ALOG(AgentLog(), ALogger::Error, PluginLifecycleSource,
        AString("A thread of a plug-in has not come to rest within %1 ms: ending without unloading "
                "the plug-ins that are left")
-           .Arg(Number(m_DrainMilliseconds)));
+           .Arg(Decimal(m_DrainMilliseconds)));
   return false;
 }
 
@@ -185,7 +184,7 @@ bool PluginLifecycle::Unload(const std::shared_ptr<Plugin>& plugin) {
     ALOG(AgentLog(), ALogger::Error, PluginLifecycleSource,
          AString("A request to the plug-in %1 has not come back within %2 ms: ending without "
                  "unloading it")
-             .Arg(plugin->Name(), Number(m_DrainMilliseconds)));
+             .Arg(plugin->Name(), Decimal(m_DrainMilliseconds)));
     return false;
   }
   if (!WaitForThreads()) {

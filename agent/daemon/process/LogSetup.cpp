@@ -17,8 +17,6 @@ using BaseSDK::AString;
 namespace NoxAgent {
 namespace {
 
-constexpr unsigned DirectoryMode = 0750;  // jobs' output is in the log
-
 // The plug-ins' own words are for those who look for a fault in them. What an operator is to know,
 // the agent says, and the command handler of its runs.
 constexpr struct {
@@ -62,7 +60,7 @@ void LogSetup::Open(const Settings& settings) {
   }
   const AString path = settings.Resolve(log.m_File);
   if (const std::size_t slash = path.ReverseFind(L'/'); slash != AString::npos && slash > 0) {
-    Directories::Make(path.Left(slash), DirectoryMode);
+    Directories::Make(path.Left(slash), Directories::Private);
   }
   AString error;
   const auto file = ALogSinks::RotatingFile(path, static_cast<std::size_t>(log.m_FileBytes),

@@ -6,6 +6,9 @@
 
 namespace NoxAgent {
 
+/// File systems tell their times in nanoseconds.
+inline constexpr std::int64_t NanosecondsPerSecond = 1000000000;
+
 /// Which file it was, and in which condition. Two equal ones mean the same bytes, except for a file
 /// that is written twice within one tick of its file system's clock.
 struct FileIdentity {

@@ -17,9 +17,7 @@ using BaseSDK::AString;
 namespace NoxAgent {
 namespace {
 
-constexpr unsigned FolderMode = 0750;
 constexpr unsigned MostOfOneName = 10000;
-constexpr std::int64_t NanosecondsPerSecond = 1000000000;
 
 std::string NumberedName(const std::string& name, unsigned number) {
   return number == 0 ? name : name + "." + std::to_string(number);
@@ -34,7 +32,7 @@ RefusedFolder::Taken RefusedFolder::Take(const std::string& from, const std::str
                                          const FileIdentity& identity) {
   using Outcome = Taken::Outcome;
   try {
-    Directories::Make(AString::FromUtf8(m_Path), FolderMode);
+    Directories::Make(AString::FromUtf8(m_Path), Directories::Private);
   } catch (const AgentError& error) {
     return {Outcome::Failed, {}, error.what()};
   }

@@ -19,7 +19,6 @@ namespace {
 constexpr const char* TaskReaderSource = "TaskReader";
 // A file that has changed at so many looks in a row is being written over and over.
 constexpr int MaxLooks = 3;
-constexpr std::int64_t NanosecondsPerSecond = 1000000000;
 constexpr std::int64_t SecondsToSettle = 2;
 
 // A file that was written just now may be written again with the same size and the same time: the

@@ -1,3 +1,5 @@
+#include "Characters.h"
+
 #include <BaseSDK/ADateTime.h>
 #include <BaseSDK/ALong32.h>
 
@@ -96,12 +98,6 @@ long ReadDefault(std::wstring_view text) {
   }
   const bool timed = (TakeChar(text, L' ') || TakeChar(text, L'T')) && TakeTime(text, local);
   return timed && text.empty() ? ToMoment(local) : Unreadable;
-}
-
-std::wstring_view Trimmed(std::wstring_view text) {
-  constexpr std::wstring_view Blanks = L" \t\n\v\f\r";
-  text.remove_prefix(std::min(text.find_first_not_of(Blanks), text.size()));
-  return text.substr(0, text.find_last_not_of(Blanks) + 1);  // npos + 1 is 0
 }
 
 long ReadFormat(std::wstring_view text, const AString& format) {

@@ -1,3 +1,5 @@
+#include "Characters.h"
+
 #include <BaseSDK/AGuid.h>
 
 #include <array>
@@ -10,14 +12,6 @@ namespace BaseSDK {
 namespace {
 
 constexpr std::size_t BareLength = 36;
-
-int HexValue(char c) {
-  if (c >= '0' && c <= '9') {
-    return c - '0';
-  }
-  const char lower = static_cast<char>(c | 0x20);
-  return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
 
 bool IsHyphenPlace(std::size_t index) {
   return index == 8 || index == 13 || index == 18 || index == 23;

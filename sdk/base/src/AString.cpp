@@ -1,3 +1,4 @@
+#include "Characters.h"
 #include "Utf8.h"
 
 #include <BaseSDK/ALong32.h>
@@ -12,10 +13,6 @@ namespace BaseSDK {
 
 namespace {
 
-bool IsSpace(wchar_t c) {
-  return c == L' ' || (c >= L'\t' && c <= L'\r');
-}
-
 wchar_t LowerAscii(wchar_t c) {
   return c >= L'A' && c <= L'Z' ? c - L'A' + L'a' : c;
 }
@@ -27,16 +24,6 @@ int DigitValue(wchar_t c) {
   }
   const wchar_t lower = LowerAscii(c);
   return lower >= L'a' && lower <= L'z' ? static_cast<int>(lower - L'a') + 10 : -1;
-}
-
-std::wstring_view Trimmed(std::wstring_view text) {
-  while (!text.empty() && IsSpace(text.front())) {
-    text.remove_prefix(1);
-  }
-  while (!text.empty() && IsSpace(text.back())) {
-    text.remove_suffix(1);
-  }
-  return text;
 }
 
 /// Digits of `base` and nothing else; -1 otherwise. Stays above the 32-bit range once it is there.

@@ -1,3 +1,5 @@
+#include "Characters.h"
+
 #include <BaseSDK/AUrl.h>
 
 #include <string>
@@ -9,15 +11,6 @@ namespace {
 bool IsUnreserved(char c) {
   return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' ||
          c == '.' || c == '_' || c == '~';
-}
-
-/// -1 for all but a hexadecimal digit.
-int HexValue(char c) {
-  if (c >= '0' && c <= '9') {
-    return c - '0';
-  }
-  const char lower = static_cast<char>(c | 0x20);
-  return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 
 /// The byte that the three characters at `pos` encode; -1 when they do not.

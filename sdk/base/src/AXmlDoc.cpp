@@ -15,7 +15,7 @@ namespace BaseSDK {
 
 namespace {
 
-constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
+constexpr std::string_view Utf8ByteOrderMark = "\xEF\xBB\xBF";
 
 bool IsText(const pugi::xml_node& node) {
   return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
@@ -43,8 +43,8 @@ std::size_t FindUnencodable(const std::wstring& text) {
 
 std::string WithoutByteOrderMark(const AString& text) {
   std::string utf8 = text.ToUtf8();
-  if (utf8.starts_with(ByteOrderMark)) {
-    utf8.erase(0, ByteOrderMark.size());
+  if (utf8.starts_with(Utf8ByteOrderMark)) {
+    utf8.erase(0, Utf8ByteOrderMark.size());
   }
   return utf8;
 }

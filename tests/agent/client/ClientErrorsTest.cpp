@@ -5,14 +5,6 @@
 
 namespace NoxAgentTest {
 
-namespace {
-
-constexpr const char* NowTrigger = "<Trigger Type=\"-1\"/>";
-constexpr const char* DeadTrigger = "<Trigger Type=\"6\"/>";
-constexpr const char* WarnedTrigger = "<Trigger Type=\"-1\" KillAtEnd=\"yes\"/>";
-
-}  // namespace
-
 TEST_F(Client, RefusedIdsAreBadUsage) {
   EXPECT_EQ(2, Run({"delete", "a b"}));
   ExpectError("a blank");

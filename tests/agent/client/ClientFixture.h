@@ -20,6 +20,10 @@ constexpr long Now = 1781524800;  ///< 2026-06-15 12:00:00 UTC
 constexpr const char* Handler =
     "<HandlerCLSID>{7C0A1D52-3B4E-4F6A-9A51-2D8E6C9B4F10}</HandlerCLSID>";
 
+constexpr const char* NowTrigger = "<Trigger Type=\"-1\"/>";
+constexpr const char* DeadTrigger = "<Trigger Type=\"6\"/>";
+constexpr const char* WarnedTrigger = "<Trigger Type=\"-1\" KillAtEnd=\"yes\"/>";
+
 inline std::string TaskXml(const std::string& trigger, const std::string& runTime = {},
                            const std::string& enabled = "1") {
   const std::string history =

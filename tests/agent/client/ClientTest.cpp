@@ -9,14 +9,6 @@
 
 namespace NoxAgentTest {
 
-namespace {
-
-constexpr const char* NowTrigger = "<Trigger Type=\"-1\"/>";
-constexpr const char* DeadTrigger = "<Trigger Type=\"6\"/>";
-constexpr const char* WarnedTrigger = "<Trigger Type=\"-1\" KillAtEnd=\"yes\"/>";
-
-}  // namespace
-
 TEST_F(Client, AddSendsTheDocumentAndPrintsTheInventedId) {
   EXPECT_EQ(0, Run({"add", FileWith(TaskXml(NowTrigger))})) << Err();
   EXPECT_EQ("corvane_task_1\n", Out());

@@ -13,9 +13,8 @@ namespace NoxAgentTest {
 
 namespace {
 
-constexpr const char* Daily =
+constexpr const char* EveryDay =
     "<Trigger Type=\"1\"><BeginDate>2026/06/01 08:00:00</BeginDate></Trigger>";
-constexpr const char* WarnedTrigger = "<Trigger Type=\"-1\" KillAtEnd=\"yes\"/>";
 
 // A text, or the lines of one, as JSON.
 Json Parsed(const std::string& text) {
@@ -114,7 +113,7 @@ class JsonPage : public Client {
 
   void SetTask(const std::string& state) {
     m_Agent.SetTask("backup",
-                    {TaskXml(Daily, "2026-06-15 08:00:00 " + state),
+                    {TaskXml(EveryDay, "2026-06-15 08:00:00 " + state),
                      true,
                      {{"t0", "backup"}, {"t3", "1781524800"}, {"t5", "1"}, {"t6", "1781611200"}},
                      {{"state", "ended"},
@@ -146,7 +145,7 @@ class JsonPage : public Client {
 }  // namespace
 
 TEST_F(JsonPage, HasTheFormOfEveryAnswer) {
-  Expect("add", {"add", "-"}, TaskXml(Daily));
+  Expect("add", {"add", "-"}, TaskXml(EveryDay));
   Expect("list", {"list"});
   Expect("show", {"show", "backup"});
   Expect("attributes", {"attributes", "backup"});
@@ -168,7 +167,7 @@ TEST_F(JsonPage, HasTheFormOfEveryAnswer) {
   Expect("notify", {"notify", "10", "300"});
   Expect("check", {"check", "-"}, TaskXml(WarnedTrigger));
   Expect("check-job", {"check-job", "-"});
-  Expect("simulate", {"simulate", FileWith(TaskXml(Daily)), "--from", "2026-06-15", "--to",
+  Expect("simulate", {"simulate", FileWith(TaskXml(EveryDay)), "--from", "2026-06-15", "--to",
                       "2026-06-16", "--gate-closed", "2026-06-15 03:00..2026-06-15 04:00",
                       "--clock-step", "2026-06-15 05:00=+60", "--run-time", "7200"});
   Expect("delete", {"delete", "backup"});

@@ -7,12 +7,6 @@
 
 namespace NoxAgentTest {
 
-namespace {
-
-constexpr const char* NowTrigger = "<Trigger Type=\"-1\"/>";
-
-}  // namespace
-
 TEST_F(Client, ListAlignsTasksWithTheirRunsInLocalTime) {
   m_Agent.SetTask("backup", {TaskXml(NowTrigger, "2026-06-15 08:00:00 Ok"),
                              true,

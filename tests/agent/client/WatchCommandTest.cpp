@@ -7,12 +7,6 @@
 
 namespace NoxAgentTest {
 
-namespace {
-
-constexpr const char* NowTrigger = "<Trigger Type=\"-1\"/>";
-
-}  // namespace
-
 TEST_F(Client, WatchTellsEachRunOnceWithItsOutcome) {
   const auto setRun = [](const char* runTime) {
     return [runTime](FakeAgent& agent) {

@@ -19,6 +19,12 @@ class TestAgent {
  public:
   static constexpr const char* ClassId = "{AAAAAAAA-0000-0000-0000-000000000001}";
 
+  /// A task that runs daily, from 2035 on, by the second handler.
+  static inline const std::string DailyTask =
+      "<Task><HandlerCLSID>{AAAAAAAA-0000-0000-0000-000000000002}</HandlerCLSID>"
+      "<Schedule><Trigger Type=\"1\"><BeginDate>2035/01/01 08:00:00</BeginDate>"
+      "<DaysInterval>1</DaysInterval></Trigger></Schedule></Task>";
+
   /// The built shared object `name`.so.
   static std::string PluginPath(const std::string& name);
 

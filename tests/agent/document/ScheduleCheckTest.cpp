@@ -1,6 +1,7 @@
 // What `check` makes of the two years ahead, beyond the samples.
 #include "agent/document/TaskDocumentCheck.h"
 #include "tests/agent/simulation/TaskText.h"
+#include "tests/support/LocalTimes.h"
 
 #include <VirtualTime/Zone.h>
 
@@ -10,12 +11,12 @@ namespace NoxAgentTest {
 
 namespace {
 
-constexpr const char* NewYork = "EST5EDT,M3.2.0,M11.1.0";
-constexpr const char* LordHowe = "<+1030>-10:30<+11>-11,M10.1.0,M4.1.0";
-constexpr const char* Utc = "UTC0";
+using TestSupport::LordHowe;
+using TestSupport::NewYork;
+using TestSupport::Utc;
 constexpr const char* Now = "2026-06-15 12:00:00";
 
-std::string Check(const std::string& xml) {
+std::string ProblemsOf(const std::string& xml) {
   const long now = Local(Now);
   const auto calendar = NoxAgent::CalendarForCheck(now);
   std::string text;
@@ -27,7 +28,7 @@ std::string Check(const std::string& xml) {
 }
 
 std::string CheckTriggers(const std::string& triggers, const std::string& lastRun = {}) {
-  return Check(TaskText(triggers, lastRun));
+  return ProblemsOf(TaskText(triggers, lastRun));
 }
 
 bool Has(const std::string& text, const std::string& words) {

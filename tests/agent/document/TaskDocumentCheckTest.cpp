@@ -1,6 +1,7 @@
 #include "agent/document/TaskDocumentCheck.h"
 
 #include "tests/agent/document/Samples.h"
+#include "tests/support/LocalTimes.h"
 
 #include <VirtualTime/Zone.h>
 
@@ -15,7 +16,7 @@ using NoxAgent::TaskDocumentSeverity;
 
 namespace {
 
-constexpr const char* NewYork = "EST5EDT,M3.2.0,M11.1.0";
+using TestSupport::NewYork;
 constexpr long June2026 = 1781524800;  // 2026-06-15 12:00:00 UTC
 constexpr const char* Handler =
     "<HandlerCLSID>{7C0A1D52-3B4E-4F6A-9A51-2D8E6C9B4F10}</HandlerCLSID>";
@@ -213,7 +214,7 @@ TEST_P(TaskDocumentCheckSkippedStart, IsFoundOnDaysOnWhichTheTriggerFires) {
   }
 }
 
-constexpr const char* Berlin = "CET-1CEST,M3.5.0,M10.5.0/3";
+using TestSupport::Berlin;
 constexpr const char* MidnightGap = "<+00>0<+01>,M3.4.0/0,M10.4.0/1";
 
 INSTANTIATE_TEST_SUITE_P(

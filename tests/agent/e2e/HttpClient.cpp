@@ -1,5 +1,7 @@
 #include "tests/agent/e2e/HttpClient.h"
 
+#include "tests/support/Patience.h"
+
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -13,8 +15,6 @@
 
 namespace {
 
-constexpr int PatienceMilliseconds = 120000;
-
 [[noreturn]] void Fail(const char* action) {
   throw std::system_error(errno, std::generic_category(), action);
 }
@@ -23,7 +23,7 @@ constexpr int PatienceMilliseconds = 120000;
 bool ReadMore(int fd, std::string& text) {
   pollfd handle{fd, POLLIN, 0};
   std::array<char, 4096> buffer;
-  if (poll(&handle, 1, PatienceMilliseconds) != 1) {
+  if (poll(&handle, 1, TestSupport::PatienceMilliseconds) != 1) {
     throw std::runtime_error("the agent does not answer; so far: " + text);
   }
   const ssize_t got = read(fd, buffer.data(), buffer.size());

@@ -1,5 +1,7 @@
 #include "tests/agent/e2e/Program.h"
 
+#include "tests/support/Patience.h"
+
 #include <fcntl.h>
 #include <grp.h>
 #include <poll.h>
@@ -16,7 +18,6 @@ namespace {
 
 constexpr uid_t Nobody = 65534;
 constexpr int PauseMilliseconds = 10;
-constexpr int PatienceMilliseconds = 120000;
 constexpr int Signalled = 1000;
 
 std::string ReadFile(const std::filesystem::path& path) {
@@ -155,5 +156,5 @@ void PauseBeforeAskingAgain() {
 }
 
 bool IsPatienceOver(int asked) {
-  return asked > PatienceMilliseconds / PauseMilliseconds;
+  return asked > TestSupport::PatienceMilliseconds / PauseMilliseconds;
 }

@@ -1,5 +1,7 @@
 #include "tests/agent/handler/Fifo.h"
 
+#include "tests/support/Patience.h"
+
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/stat.h>
@@ -10,12 +12,6 @@
 #include <system_error>
 
 namespace NoxHandlerTest {
-
-namespace {
-
-constexpr int PatienceMilliseconds = 120000;
-
-}  // namespace
 
 // Open in both directions, so that neither side's coming and going ends the pipe.
 Fifo::Fifo(const std::string& path)
@@ -34,7 +30,7 @@ Fifo::~Fifo() {
 
 std::string Fifo::ReadLine() {
   while (m_Text.find('\n') == std::string::npos) {
-    if (!Fill(PatienceMilliseconds)) {
+    if (!Fill(TestSupport::PatienceMilliseconds)) {
       return std::string();
     }
   }

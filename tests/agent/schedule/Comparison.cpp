@@ -3,6 +3,7 @@
 #include "agent/simulation/Simulation.h"
 #include "tests/agent/schedule/RandomSchedule.h"
 #include "tests/agent/simulation/TaskText.h"
+#include "tests/support/LocalTimes.h"
 
 #include <VirtualTime/Zone.h>
 
@@ -16,7 +17,7 @@ using NoxAgent::SchedulerTrigger;
 
 namespace {
 
-constexpr long Day = 86400;
+using TestSupport::Day;
 
 std::vector<long> RunsOfScheduler(const RandomSchedule& schedule) {
   NoxAgent::SimulationRequest request;

@@ -2,6 +2,7 @@
 
 #include "tests/agent/schedule/RandomSchedule.h"
 #include "tests/agent/simulation/TaskText.h"
+#include "tests/support/LocalTimes.h"
 
 #include <BaseSDK/ALong32.h>
 #include <VirtualTime/Zone.h>
@@ -16,7 +17,7 @@ using NoxAgent::LocalCalendar;
 
 namespace {
 
-constexpr long Day = LocalCalendar::SecondsPerDay;
+using TestSupport::Day;
 
 class LocalCalendarAgainstLibrary : public testing::TestWithParam<ClockChangeCase> {
  protected:

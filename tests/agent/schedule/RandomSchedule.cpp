@@ -2,6 +2,7 @@
 
 #include "tests/agent/simulation/TaskText.h"
 #include "tests/simulation/Random.h"
+#include "tests/support/LocalTimes.h"
 
 namespace NoxAgentTest {
 
@@ -11,8 +12,8 @@ using Simulation::Random;
 
 namespace {
 
-constexpr long Day = 86400;
-constexpr long Minute = 60;
+using TestSupport::Day;
+using TestSupport::Minute;
 
 std::string Written(long moment, const char* format) {
   return BaseSDK::ADateTime(moment).ToString(format).ToUtf8();

@@ -3,6 +3,7 @@
 #include "agent/schedule/SchedulerRuns.h"
 #include "tests/agent/simulation/TaskText.h"
 #include "tests/simulation/Random.h"
+#include "tests/support/LocalTimes.h"
 
 #include <VirtualTime/Zone.h>
 
@@ -23,9 +24,9 @@ using Kind = ScheduleDifference::Kind;
 
 namespace {
 
-constexpr long Day = LocalCalendar::SecondsPerDay;
-constexpr long Hour = 3600;
-constexpr long Minute = 60;
+using TestSupport::Day;
+using TestSupport::Hour;
+using TestSupport::Minute;
 constexpr const char* Now = "2026-06-15 12:00:00";
 
 /// What people write: full hours, usual intervals and durations.

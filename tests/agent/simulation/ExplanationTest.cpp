@@ -4,6 +4,7 @@
 #include "agent/document/ProblemList.h"
 #include "agent/simulation/Simulation.h"
 #include "tests/agent/simulation/TaskText.h"
+#include "tests/support/LocalTimes.h"
 
 #include <VirtualTime/Zone.h>
 
@@ -19,8 +20,8 @@ using Strings = std::vector<std::string>;
 
 namespace {
 
-constexpr const char* Berlin = "CET-1CEST,M3.5.0,M10.5.0/3";
-constexpr long Day = 86400;
+using TestSupport::Berlin;
+using TestSupport::Day;
 
 RuleWords WordsOf(const std::string& trigger) {
   const DocumentSource source(TaskText(trigger));

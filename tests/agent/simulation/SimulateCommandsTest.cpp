@@ -4,6 +4,7 @@
 #include "agent/client/RunCalendar.h"
 #include "agent/client/TimeArgument.h"
 #include "tests/agent/simulation/TaskText.h"
+#include "tests/support/LocalTimes.h"
 #include "tests/support/TempDir.h"
 
 #include <VirtualTime/Zone.h>
@@ -42,7 +43,7 @@ class SimulateCommands : public testing::Test {
   std::ostringstream m_Out, m_Err;
 };
 
-constexpr const char* NewYork = "EST5EDT,M3.2.0,M11.1.0";
+using TestSupport::NewYork;
 
 }  // namespace
 

@@ -2,6 +2,7 @@
 #include "agent/simulation/Simulation.h"
 
 #include "tests/agent/simulation/TaskText.h"
+#include "tests/support/LocalTimes.h"
 
 #include <VirtualTime/Zone.h>
 
@@ -18,7 +19,7 @@ using Strings = std::vector<std::string>;
 
 namespace {
 
-constexpr const char* NewYork = "EST5EDT,M3.2.0,M11.1.0";
+using TestSupport::NewYork;
 constexpr long End = 2147483647;
 
 std::string Daily(const std::string& begin, const std::string& attributes = {}) {

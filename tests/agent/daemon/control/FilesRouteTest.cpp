@@ -11,12 +11,6 @@
 namespace NoxAgent {
 namespace {
 
-const std::string Document =
-    std::string("<Task><HandlerCLSID>{AAAAAAAA-0000-0000-0000-000000000002}") +
-    "</HandlerCLSID><Schedule><Trigger Type=\"1\">"
-    "<BeginDate>2035/01/01 08:00:00</BeginDate>"
-    "<DaysInterval>1</DaysInterval></Trigger></Schedule></Task>";
-
 class FilesRouteTest : public testing::Test {
  protected:
   FilesRouteTest() {
@@ -54,7 +48,7 @@ class FilesRouteTest : public testing::Test {
 TEST_F(FilesRouteTest, ListsRefusedDocumentsWithTheirPlaces) {
   m_Agent.Load();
   Refuse("b.vsk", "<Task>\n</Tusk>");
-  Refuse("a.vsk", Document);
+  Refuse("a.vsk", TestAgent::DailyTask);
   const Json refused = List()["refused"];
   ASSERT_EQ(refused.Items().size(), 2U);
   EXPECT_EQ(refused.At(0)["name"], "a.vsk");
@@ -71,9 +65,9 @@ TEST_F(FilesRouteTest, ListsRefusedDocumentsWithTheirPlaces) {
 }
 
 TEST_F(FilesRouteTest, ListsWhatIsNoTask) {
-  PutTask("good.vsk", Document);
+  PutTask("good.vsk", TestAgent::DailyTask);
   PutTask("notes.txt", "");
-  PutTask("twice.vsk.vsk", Document);
+  PutTask("twice.vsk.vsk", TestAgent::DailyTask);
   PutTask(".hidden", "");
   std::filesystem::create_directory(m_Agent.m_Dir / "state/tasks/folder.vsk");
   m_Agent.Load();
@@ -86,7 +80,7 @@ TEST_F(FilesRouteTest, ListsWhatIsNoTask) {
 
 TEST_F(FilesRouteTest, TakesAMendedDocumentBackAsATask) {
   m_Agent.Load();
-  Refuse("a.vsk.1", Document);
+  Refuse("a.vsk.1", TestAgent::DailyTask);
   EXPECT_EQ(Post("take-back", {{"name", "a.vsk.1"}}), "") << m_Answer;
   EXPECT_EQ(m_Answer["out"]["newTaskId"], "a");
   EXPECT_FALSE(IsRefused("a.vsk.1"));
@@ -102,8 +96,8 @@ TEST_F(FilesRouteTest, TakesNothingBackThatWouldBeLost) {
   EXPECT_EQ(m_Answer["error"]["line"], 2);
   Refuse("ended.vsk", "<Task><Trigger/></Task>");
   EXPECT_EQ(Post("take-back", {{"name", "ended.vsk"}}), "never-runs") << "as if it were added";
-  PutTask("there.vsk", Document);
-  Refuse("there.vsk", Document);
+  PutTask("there.vsk", TestAgent::DailyTask);
+  Refuse("there.vsk", TestAgent::DailyTask);
   EXPECT_EQ(Post("take-back", {{"name", "there.vsk"}}), "task-exists");
   for (const char* const name : {"bad.vsk", "ended.vsk", "there.vsk"}) {
     EXPECT_TRUE(IsRefused(name)) << name;
@@ -113,7 +107,7 @@ TEST_F(FilesRouteTest, TakesNothingBackThatWouldBeLost) {
 }
 
 TEST_F(FilesRouteTest, RemovesRefusedDocumentsAndWhatIsNoTask) {
-  PutTask("good.vsk", Document);
+  PutTask("good.vsk", TestAgent::DailyTask);
   PutTask("notes.txt", "");
   m_Agent.Load();
   Refuse("a.vsk", "bad");

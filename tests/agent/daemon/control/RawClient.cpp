@@ -1,5 +1,7 @@
 #include "tests/agent/daemon/control/RawClient.h"
 
+#include "tests/support/Patience.h"
+
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -12,12 +14,6 @@
 #include <system_error>
 
 namespace NoxAgent {
-namespace {
-
-constexpr int PatienceMilliseconds = 30000;
-
-}  // namespace
-
 RawClient::RawClient(const std::string& socketPath) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
@@ -70,7 +66,7 @@ std::string RawClient::ReadUntil(const std::string& end) {
 
 bool RawClient::ReadMore() {
   pollfd entry{m_Fd, POLLIN, 0};
-  if (::poll(&entry, 1, PatienceMilliseconds) != 1) {
+  if (::poll(&entry, 1, TestSupport::PatienceMilliseconds) != 1) {
     throw std::runtime_error("no more came after: " + m_Input);
   }
   char buffer[65536];

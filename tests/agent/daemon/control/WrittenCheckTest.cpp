@@ -13,12 +13,6 @@
 namespace NoxAgent {
 namespace {
 
-const std::string Document =
-    std::string("<Task><HandlerCLSID>{AAAAAAAA-0000-0000-0000-000000000002}") +
-    "</HandlerCLSID><Schedule><Trigger Type=\"1\">"
-    "<BeginDate>2035/01/01 08:00:00</BeginDate>"
-    "<DaysInterval>1</DaysInterval></Trigger></Schedule></Task>";
-
 // In force while it lives. Writing and removing give m_Error, unless that is 0.
 class FullDisk : public TestSupport::ForwardingFileSystem {
  public:
@@ -49,8 +43,8 @@ class WrittenCheckTest : public testing::Test {
     while (!m_Agent.m_Store.Files()->Readings().Next().has_value()) {
       std::this_thread::yield();
     }
-    EXPECT_EQ(Call("AddTask", {{"taskId", "a"}, {"taskXml", Document}}), "");
-    EXPECT_EQ(Call("AddTask", {{"taskId", "b"}, {"taskXml", Document}}), "");
+    EXPECT_EQ(Call("AddTask", {{"taskId", "a"}, {"taskXml", TestAgent::DailyTask}}), "");
+    EXPECT_EQ(Call("AddTask", {{"taskId", "b"}, {"taskXml", TestAgent::DailyTask}}), "");
   }
 
   // The error's message; empty when there is none.
@@ -85,9 +79,9 @@ TEST_F(WrittenCheckTest, AChangeThatIsNotOnTheDiskIsAnError) {
   const std::string reason = " (No space left on device)";
   ExpectInMemoryAlone(Call("EnableTask", {{"taskIds", "a:b"}, {"enable", false}}),
                       "a" + reason + ", b" + reason);
-  ExpectInMemoryAlone(Call("AddTask", {{"taskId", "b"}, {"taskXml", Document + " "}}),
+  ExpectInMemoryAlone(Call("AddTask", {{"taskId", "b"}, {"taskXml", TestAgent::DailyTask + " "}}),
                       "b" + reason);
-  EXPECT_EQ(FileOf("a"), Document) << "as before";
+  EXPECT_EQ(FileOf("a"), TestAgent::DailyTask) << "as before";
   m_Disk.m_Error = 0;
   EXPECT_EQ(Call("EnableTask", {{"taskIds", "b"}, {"enable", false}}), "");
 }
@@ -95,7 +89,7 @@ TEST_F(WrittenCheckTest, AChangeThatIsNotOnTheDiskIsAnError) {
 TEST_F(WrittenCheckTest, ARunStateThatIsNotOnTheDiskIsAnError) {
   const std::string history =
       "<TaskHistory><RunTime>2020-01-01 08:00:00 Ok</RunTime></TaskHistory></Task>";
-  std::string document = Document;
+  std::string document = TestAgent::DailyTask;
   document.replace(document.find("</Task>"), 7, history);
   EXPECT_EQ(Call("AddTask", {{"taskId", "c"}, {"taskXml", document}}), "");
   m_Disk.m_Error = EROFS;
@@ -117,12 +111,12 @@ TEST_F(WrittenCheckTest, AskingTwiceDoesNotMakeItWritten) {
 
 TEST_F(WrittenCheckTest, SaysWhyATaskWasNotAdded) {
   m_Disk.m_Error = ENOSPC;
-  EXPECT_EQ(Call("AddTask", {{"taskId", "c"}, {"taskXml", Document}}),
+  EXPECT_EQ(Call("AddTask", {{"taskId", "c"}, {"taskXml", TestAgent::DailyTask}}),
             "the task c was not added: its file cannot be written: No space left on device");
   EXPECT_FALSE(m_Agent.m_Dir.Has("state/tasks/c.vsk"));
   m_Disk.m_Error = 0;
   std::filesystem::create_directory(m_Agent.m_Dir / "state/tasks/c.vsk");
-  EXPECT_EQ(Call("AddTask", {{"taskId", "c"}, {"taskXml", Document}}),
+  EXPECT_EQ(Call("AddTask", {{"taskId", "c"}, {"taskXml", TestAgent::DailyTask}}),
             "the task c was not added: a file of its name is no task; noxctl files lists it");
 }
 

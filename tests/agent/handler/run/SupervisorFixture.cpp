@@ -3,6 +3,7 @@
 #include "agent/Protocol.h"
 #include "agent/handler/system/ProcessHandle.h"
 #include "agent/handler/system/ProcessTable.h"
+#include "tests/support/Patience.h"
 
 #include <poll.h>
 #include <sys/stat.h>
@@ -17,8 +18,6 @@ namespace NoxHandlerTest {
 using namespace NoxHandler;
 
 namespace {
-
-constexpr int PatienceMilliseconds = 120000;
 
 AString Text(const std::filesystem::path& path) {
   return AString(path.c_str());
@@ -98,7 +97,7 @@ unsigned SupervisorFixture::LogCount(const std::string& part) const {
 }
 
 bool SupervisorFixture::WaitUntil(const std::function<bool()>& condition) {
-  for (int waited = 0; waited < PatienceMilliseconds && !condition(); ++waited) {
+  for (int waited = 0; waited < TestSupport::PatienceMilliseconds && !condition(); ++waited) {
     (void)poll(nullptr, 0, 1);
   }
   return condition();
@@ -112,7 +111,7 @@ bool SupervisorFixture::IsAlive(const std::string& pid) {
 bool SupervisorFixture::WaitForEnd(const std::string& pid) {
   const FileDescriptor handle = ProcessHandle::Open(std::stoi(pid));
   pollfd end{handle.Get(), POLLIN, 0};
-  return !handle || poll(&end, 1, PatienceMilliseconds) == 1;
+  return !handle || poll(&end, 1, TestSupport::PatienceMilliseconds) == 1;
 }
 
 }  // namespace NoxHandlerTest

@@ -1,5 +1,7 @@
 #include "agent/handler/task/ActivePeriod.h"
 
+#include "tests/support/LocalTimes.h"
+
 #include <BaseSDK/ADateTime.h>
 
 #include <gtest/gtest.h>
@@ -35,7 +37,7 @@ class ActivePeriod : public testing::Test {
   }
 };
 
-constexpr const char* Berlin = "CET-1CEST,M3.5.0,M10.5.0/3";
+using TestSupport::Berlin;
 
 std::string Trigger(const std::string& attributes, const std::string& children,
                     const std::string& begin = "2024/01/01 08:00:00") {

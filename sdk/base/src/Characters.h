@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string_view>
+
+namespace BaseSDK {
+
+/// Without the white space at both ends: blanks and the control characters that isspace counts.
+std::wstring_view Trimmed(std::wstring_view text);
+
+/// The value of a hexadecimal digit; -1 for any other character.
+int HexValue(char c);
+
+}  // namespace BaseSDK
