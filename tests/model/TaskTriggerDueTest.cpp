@@ -8,6 +8,7 @@
 // The due test: one row per question. A sleep of 0 means that the sleep asked for stays as it was.
 // clang-format off
 
+namespace TaskTriggerDueTest {
 namespace {
 
 constexpr const char* Daily = R"(<Trigger Type="1"><BeginDate>2005/03/01 08:00:00</BeginDate></Trigger>)";
@@ -249,3 +250,4 @@ TEST(TaskTriggerDue, TakesAnExpiredFlagOfTheCallerForItsOwnInTheSearch) {
 }
 
 }  // namespace
+}  // namespace TaskTriggerDueTest

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+namespace TaskTriggerNextRunTest {
 namespace {
 
 struct NextRow {
@@ -209,3 +210,4 @@ TEST_F(TaskTriggerClosestRun, OfAsSoonAsPossibleIsNowUntilItRan) {
 }
 
 }  // namespace
+}  // namespace TaskTriggerNextRunTest

@@ -8,6 +8,7 @@
 // The start on a day: one row per day asked about.
 // clang-format off
 
+namespace TaskTriggerStartTest {
 namespace {
 
 TEST(TaskTriggerStart, AsSoonAsPossibleStartsWheneverItIsAsked) {
@@ -182,8 +183,8 @@ constexpr const char* DailyAfterMidnight = R"(<Trigger Type="1"><BeginDate>2017/
 
 TEST(TaskTriggerStart, StaysOnADayWhoseMidnightIsSkipped) {
   const StartRow rows[] = {
-      {MidnightGap, DailyAfterMidnight, "2017-10-14 23:59:59 -0300", "2017-10-14 00:30:00 -0300"},
-      {MidnightGap, DailyAfterMidnight, "2017-10-15 01:00:00 -0200", "2017-10-15 01:30:00 -0200"},
+      {SaoPaulo, DailyAfterMidnight, "2017-10-14 23:59:59 -0300", "2017-10-14 00:30:00 -0300"},
+      {SaoPaulo, DailyAfterMidnight, "2017-10-15 01:00:00 -0200", "2017-10-15 01:30:00 -0200"},
       {"America/Sao_Paulo", DailyAfterMidnight, "2017-10-15 12:00:00 -0200", "2017-10-15 01:30:00 -0200"},
       {"Asia/Beirut", DailyAfterMidnight, "2022-03-27 12:00:00 +0300", "2022-03-27 01:30:00 +0300"},
   };
@@ -304,3 +305,4 @@ TEST(TaskTriggerStart, OfADisabledTriggerTakesCountsThatWereNeverReadForOne) {
 }
 
 }  // namespace
+}  // namespace TaskTriggerStartTest

@@ -12,7 +12,7 @@ using NoxAgent::TaskReport;
 
 namespace {
 
-std::string Ran(const std::string& runTime) {
+std::string TaskThatRan(const std::string& runTime) {
   return "<Task Enabled='0'><TaskHistory><RunTime>" + runTime + "</RunTime></TaskHistory></Task>";
 }
 
@@ -20,17 +20,17 @@ std::string Ran(const std::string& runTime) {
 
 TEST(TaskSummary, ReadsTheRunEntryAsTheSchedulerDoes) {
   const VirtualTime::Zone zone("UTC0");
-  const auto whole = ReadRunEntry(Ran("2026-06-15 08:00:00 Ok"));
+  const auto whole = ReadRunEntry(TaskThatRan("2026-06-15 08:00:00 Ok"));
   ASSERT_TRUE(whole);
   EXPECT_EQ(1781510400, whole->m_Seconds);
   EXPECT_EQ("Ok", whole->m_State);
-  const auto stateless = ReadRunEntry(Ran("2026-06-15 08:00:00"));
+  const auto stateless = ReadRunEntry(TaskThatRan("2026-06-15 08:00:00"));
   ASSERT_TRUE(stateless);
   EXPECT_EQ("", stateless->m_State);
-  const auto wordy = ReadRunEntry(Ran("2026-06-15 08:00:00 all well"));
+  const auto wordy = ReadRunEntry(TaskThatRan("2026-06-15 08:00:00 all well"));
   ASSERT_TRUE(wordy);
   EXPECT_EQ("all", wordy->m_State);
-  const auto unreadable = ReadRunEntry(Ran("some day Ok"));
+  const auto unreadable = ReadRunEntry(TaskThatRan("some day Ok"));
   ASSERT_TRUE(unreadable);
   EXPECT_EQ(-1, unreadable->m_Seconds);
 }
@@ -38,7 +38,7 @@ TEST(TaskSummary, ReadsTheRunEntryAsTheSchedulerDoes) {
 TEST(TaskSummary, TakesTheSchedulersNumberForTheLastRunOverTheDocumentsLocalTime) {
   const VirtualTime::Zone zone("UTC0");
   const TaskReport report{{{"t3", "1781503200"}, {"t2", "1"}, {"t6", "1781589600"}}};
-  const auto task = Summarize("T1", Ran("2026-06-15 08:00:00 Ok"), report);
+  const auto task = Summarize("T1", TaskThatRan("2026-06-15 08:00:00 Ok"), report);
   EXPECT_FALSE(task.m_Enabled);
   EXPECT_TRUE(task.m_Loaded);
   EXPECT_TRUE(task.m_Late);
@@ -49,7 +49,7 @@ TEST(TaskSummary, TakesTheSchedulersNumberForTheLastRunOverTheDocumentsLocalTime
 
 TEST(TaskSummary, KeepsTheDocumentsTimeOfAnUnfinishedRun) {
   const VirtualTime::Zone zone("UTC0");
-  const auto task = Summarize("T1", Ran("2026-06-15 08:00:00 Started"), {{{"t3", "-1"}}});
+  const auto task = Summarize("T1", TaskThatRan("2026-06-15 08:00:00 Started"), {{{"t3", "-1"}}});
   ASSERT_TRUE(task.m_LastRun);
   EXPECT_EQ(1781510400, task.m_LastRun->m_Seconds);
 }

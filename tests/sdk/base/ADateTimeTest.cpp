@@ -35,14 +35,14 @@ class ZoneGuard {
 constexpr char Utc[] = "UTC0";
 constexpr char Berlin[] = "CET-1CEST,M3.5.0,M10.5.0/3";
 
-struct Row {
+struct ReadingRow {
   const char* m_Text;
   long m_Moment;
 };
 
 TEST(ADateTime, DefaultReadingTakesItsFormsAndNothingElse) {
   const ZoneGuard zone(Utc);
-  const Row rows[] = {
+  const ReadingRow rows[] = {
       {"2005-03-01 08:00:00", 1109664000},
       {"2005-03-01T08:00:00", 1109664000},
       {"2005/03/01 08:00:00", 1109664000},
@@ -102,7 +102,7 @@ TEST(ADateTime, DefaultReadingTakesItsFormsAndNothingElse) {
        "005-03-01",
        0},
   };
-  for (const Row& row : rows) {
+  for (const ReadingRow& row : rows) {
     EXPECT_EQ(ADateTime(AString(row.m_Text)).GetTime(), row.m_Moment) << '"' << row.m_Text << '"';
   }
 }

@@ -82,15 +82,15 @@ TEST_F(ALoggerTest, LongestMatchingPrefixSetsTheLevel) {
   ALogConfig::SetLevel("A", ALogger::Warning);
   ALogConfig::SetLevel("A::B", ALogger::Trace);
   ALogConfig::SetLevel("A::B::C::D", ALogger::Error);
-  struct Row {
+  struct LevelRow {
     const char* m_Channel;
     bool m_Traces;
     bool m_Informs;
   };
-  for (const Row& row :
-       {Row{"A", false, false}, Row{"A::B", true, true}, Row{"A::B::X", true, true},
-        Row{"A::Bx", false, false}, Row{"A:B", false, true}, Row{"X", false, true},
-        Row{"A::B::C::D", false, false}}) {
+  for (const LevelRow& row :
+       {LevelRow{"A", false, false}, LevelRow{"A::B", true, true}, LevelRow{"A::B::X", true, true},
+        LevelRow{"A::Bx", false, false}, LevelRow{"A:B", false, true}, LevelRow{"X", false, true},
+        LevelRow{"A::B::C::D", false, false}}) {
     ALogger& logger = ALogger::GetLogger(row.m_Channel);
     EXPECT_EQ(logger.IsEnabled(ALogger::Trace), row.m_Traces) << row.m_Channel;
     EXPECT_EQ(logger.IsEnabled(ALogger::Information), row.m_Informs) << row.m_Channel;

@@ -7,7 +7,7 @@
 namespace BaseSDK {
 namespace {
 
-struct Row {
+struct TokenRow {
   const char* m_Text;
   const char* m_Delimiters;
   int m_KeepEmpty;
@@ -16,7 +16,7 @@ struct Row {
 };
 
 TEST(AStringTokenizer, Splits) {
-  const Row rows[] = {
+  const TokenRow rows[] = {
       {"a b c", " ", 0, 0, {"a", "b", "c"}},
       {" a  b ", " ", 0, 0, {"a", "b"}},
       {" a  b ", " ", 1, 0, {"", "a", "", "b", ""}},
@@ -34,7 +34,7 @@ TEST(AStringTokenizer, Splits) {
       {"abc", " ", 0, -1, {"abc"}},
       {"T1:0:1:0;T2:1:0:1;", ";", 0, 0, {"T1:0:1:0", "T2:1:0:1"}},
   };
-  for (const Row& row : rows) {
+  for (const TokenRow& row : rows) {
     SCOPED_TRACE(testing::Message() << '"' << row.m_Text << "\" at \"" << row.m_Delimiters << "\" "
                                     << row.m_KeepEmpty << ' ' << row.m_MaxTokens);
     const AStringTokenizer tokenizer(row.m_Text, row.m_Delimiters, row.m_KeepEmpty,

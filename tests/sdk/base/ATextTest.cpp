@@ -14,14 +14,14 @@ TEST(AText, KnowsTheWordsForTrue) {
   }
 }
 
-struct Row {
+struct SplitRow {
   const char* m_Text;
   const char* m_Separator;
   std::vector<AString> m_Parts;
 };
 
 TEST(AText, SplitsAtEverySeparator) {
-  const Row rows[] = {
+  const SplitRow rows[] = {
       {"a:b:c", ":", {"a", "b", "c"}},
       {"a", ":", {"a"}},
       {"", ":", {}},
@@ -32,7 +32,7 @@ TEST(AText, SplitsAtEverySeparator) {
       {"aaa", "aa", {"", "a"}},
       {"abc", "", {"abc"}},
   };
-  for (const Row& row : rows) {
+  for (const SplitRow& row : rows) {
     std::vector<AString> parts = {"old"};
     AText::StrToVector(row.m_Text, row.m_Separator, parts);
     EXPECT_EQ(parts, row.m_Parts) << '"' << row.m_Text << "\" at \"" << row.m_Separator << '"';

@@ -66,7 +66,7 @@ TEST(AXmlDocGrammar, Characters) {
 
 TEST(AXmlDocGrammar, CharactersThatUtf8CannotHold) {
   const wchar_t surrogatePair[] = {L'<', L'a', L'>', 0xD83D, 0xDE00, L'<', L'/', L'a', L'>'};
-  const Row row = {"surrogates", 1, 4, "a character that XML does not allow"};
+  const DocumentRow row = {"surrogates", 1, 4, "a character that XML does not allow"};
   Check(AString(surrogatePair, 9), row);
   // In the kit's strings these stand for the two bytes of a character.
   const wchar_t bytes[] = {0xFEFF, L'<', L'a', L'>', 0xDCC3, 0xDCA4, L'<', L'/', L'a', L'>'};

@@ -10,14 +10,14 @@
 namespace BaseSDK {
 
 /// A document, and where and why it is refused; the document alone when it is accepted.
-struct Row {
+struct DocumentRow {
   const char* m_Text;
   unsigned m_Line = 0;
   unsigned m_Column = 0;
   const char* m_Message = "";
 };
 
-inline void Check(const AString& text, const Row& row) {
+inline void Check(const AString& text, const DocumentRow& row) {
   AXmlDoc document{text};
   SCOPED_TRACE(testing::PrintToString(row.m_Text));
   EXPECT_EQ(document.Error().m_Message.ToUtf8(), row.m_Message);
@@ -30,8 +30,8 @@ inline void Check(const AString& text, const Row& row) {
 }
 
 template <std::size_t Count>
-void CheckAll(const Row (&rows)[Count]) {
-  for (const Row& row : rows) {
+void CheckAll(const DocumentRow (&rows)[Count]) {
+  for (const DocumentRow& row : rows) {
     Check(AString(row.m_Text), row);
   }
 }

@@ -20,11 +20,12 @@ using BaseSDK::ClockSkewNeverEarly;
 using TestSupport::BodyThread;
 using VirtualTime::VirtualClock;
 
-constexpr long Begin = 1109664000;
 constexpr auto AllBehaviors = static_cast<AClockSkewBehavior>(15);
 
 class VirtualEvent : public testing::Test {
  protected:
+  static constexpr long Begin = 1109664000;
+
   VirtualEvent() { m_Clock.Start(Begin); }
 
   /// A thread's one wait: what it returned and when, in milliseconds after Begin.

@@ -20,10 +20,10 @@ using BaseSDK::AEvent;
 using TestSupport::BodyThread;
 using VirtualTime::VirtualClock;
 
-constexpr long Begin = 1109664000;
-
 class Participants : public testing::Test {
  protected:
+  static constexpr long Begin = 1109664000;
+
   Participants() { m_Clock.Start(Begin); }
   VirtualClock& m_Clock = VirtualClock::Instance();
 };

@@ -12,10 +12,10 @@ namespace {
 
 using VirtualTime::VirtualClock;
 
-constexpr long Begin = 1109664000;
-
 class SystemCalls : public testing::Test {
  protected:
+  static constexpr long Begin = 1109664000;
+
   SystemCalls() { m_Clock.Start(Begin); }
   std::int64_t SinceBegin() const { return m_Clock.NowMilliseconds() - std::int64_t{Begin} * 1000; }
   VirtualClock& m_Clock = VirtualClock::Instance();

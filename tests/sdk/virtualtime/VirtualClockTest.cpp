@@ -17,10 +17,10 @@ using BaseSDK::AEvent;
 using TestSupport::BodyThread;
 using VirtualTime::VirtualClock;
 
-constexpr long Begin = 1109664000;
-
 class VirtualClockTest : public testing::Test {
  protected:
+  static constexpr long Begin = 1109664000;
+
   VirtualClockTest() { m_Clock.Start(Begin); }
   VirtualClock& m_Clock = VirtualClock::Instance();
 };

@@ -23,13 +23,13 @@ namespace {
 constexpr std::size_t Slots = 3;
 constexpr std::size_t SlotBytes = NamedRunRecord::Bytes;
 
-class RunRecords : public testing::Test {
+class RunRecordsTest : public testing::Test {
  protected:
   // As the agent that starts next has them.
-  NoxHandler::RunRecords Open(std::size_t slots = Slots) const {
-    return NoxHandler::RunRecords(AString(m_Directory.Path().c_str()), slots);
+  RunRecords Open(std::size_t slots = Slots) const {
+    return RunRecords(AString(m_Directory.Path().c_str()), slots);
   }
-  static int Write(NoxHandler::RunRecords& records, const std::string& taskId) {
+  static int Write(RunRecords& records, const std::string& taskId) {
     return records.Write({AString::FromUtf8(taskId), {1234, 5678901234567ULL, "boot", "token"}});
   }
   std::vector<std::string> Found() const {
@@ -51,7 +51,7 @@ using Names = std::vector<std::string>;
 
 }  // namespace
 
-TEST_F(RunRecords, GivesBackWhatWasWritten) {
+TEST_F(RunRecordsTest, GivesBackWhatWasWritten) {
   auto records = Open();
   ASSERT_EQ(Write(records, "a.b"), 0);
   const auto all = Open().All();
@@ -63,7 +63,7 @@ TEST_F(RunRecords, GivesBackWhatWasWritten) {
   EXPECT_EQ(all[0].m_Record.m_Token, "token");
 }
 
-TEST_F(RunRecords, GivesBackEveryName) {
+TEST_F(RunRecordsTest, GivesBackEveryName) {
   for (const std::string name : {" a b ", "a\nb end\n", "12 34 end", "\xC3\xA4", "\t"}) {
     SCOPED_TRACE(name);
     auto records = Open();
@@ -81,7 +81,7 @@ TEST_F(RunRecords, GivesBackEveryName) {
   EXPECT_EQ(Found(), Names{longest});
 }
 
-TEST_F(RunRecords, ForgetsWhatWasRemoved) {
+TEST_F(RunRecordsTest, ForgetsWhatWasRemoved) {
   auto records = Open();
   ASSERT_EQ(Write(records, "a"), 0);
   ASSERT_EQ(Write(records, "b"), 0);
@@ -90,7 +90,7 @@ TEST_F(RunRecords, ForgetsWhatWasRemoved) {
   EXPECT_EQ(Found(), Names{"b"});
 }
 
-TEST_F(RunRecords, HasOneOfATask) {
+TEST_F(RunRecordsTest, HasOneOfATask) {
   auto records = Open();
   ASSERT_EQ(Write(records, "a"), 0);
   ASSERT_EQ(records.Write({"a", {7, 1, "boot", "token"}}), 0);
@@ -99,7 +99,7 @@ TEST_F(RunRecords, HasOneOfATask) {
   EXPECT_EQ(all[0].m_Record.m_Pid, 7);
 }
 
-TEST_F(RunRecords, HoldsItsSpaceFromTheStart) {
+TEST_F(RunRecordsTest, HoldsItsSpaceFromTheStart) {
   auto records = Open();
   EXPECT_EQ(std::filesystem::file_size(m_Directory / "runs"), Slots * SlotBytes);
   const FullDisk full(m_Directory.Path());
@@ -118,14 +118,14 @@ TEST_F(RunRecords, HoldsItsSpaceFromTheStart) {
 }
 
 // Records of processes that could not be ended stay, and take no run's place.
-TEST_F(RunRecords, TakesMoreThanItHoldsSpaceForWhenThereIsRoom) {
+TEST_F(RunRecordsTest, TakesMoreThanItHoldsSpaceForWhenThereIsRoom) {
   auto records = Open(1);
   EXPECT_EQ(Write(records, "a"), 0);
   EXPECT_EQ(Write(records, "b"), 0);
   EXPECT_EQ(Found(), (Names{"a", "b"}));
 }
 
-TEST_F(RunRecords, KeepsWhatIsThereWhenItHoldsMoreOrLessSpace) {
+TEST_F(RunRecordsTest, KeepsWhatIsThereWhenItHoldsMoreOrLessSpace) {
   {
     auto records = Open();
     for (const char* name : {"a", "b", "c"}) {
@@ -138,7 +138,7 @@ TEST_F(RunRecords, KeepsWhatIsThereWhenItHoldsMoreOrLessSpace) {
   EXPECT_EQ(Found(), (Names{"a", "b", "c"}));
 }
 
-TEST_F(RunRecords, SaysThatThereIsNoRoomForThem) {
+TEST_F(RunRecordsTest, SaysThatThereIsNoRoomForThem) {
   const LogCapture log;
   const FullDisk full(m_Directory.Path());
   auto records = Open();
@@ -147,7 +147,7 @@ TEST_F(RunRecords, SaysThatThereIsNoRoomForThem) {
   EXPECT_EQ(Write(records, "a"), ENOSPC);
 }
 
-TEST_F(RunRecords, DeletesWhatCannotBeReadAndSaysSo) {
+TEST_F(RunRecordsTest, DeletesWhatCannotBeReadAndSaysSo) {
   for (const char* text :
        {"x", "1234 5 boot token 1 a", "1234 5 boot token 2 a end\n",
         "1234 5 boot token 600 a end\n", "x 5 boot token 1 a end\n", "1 5 boot token 1 a end\n",
@@ -166,13 +166,13 @@ TEST_F(RunRecords, DeletesWhatCannotBeReadAndSaysSo) {
   }
 }
 
-TEST_F(RunRecords, ReportsThatItCannotWrite) {
-  NoxHandler::RunRecords records(AString((m_Directory / "missing").c_str()), Slots);
+TEST_F(RunRecordsTest, ReportsThatItCannotWrite) {
+  RunRecords records(AString((m_Directory / "missing").c_str()), Slots);
   EXPECT_EQ(Write(records, "a"), ENOENT);
   EXPECT_TRUE(records.All().empty());
 }
 
-TEST_F(RunRecords, AreWrittenWhereTheNextAgentLooksWhenTheFileWasDeleted) {
+TEST_F(RunRecordsTest, AreWrittenWhereTheNextAgentLooksWhenTheFileWasDeleted) {
   auto records = Open();
   ASSERT_EQ(Write(records, "a"), 0);
   std::filesystem::remove(m_Directory / "runs");
