@@ -1,6 +1,7 @@
 // Ten years of runs in every zone that the system knows: they end, and they only go forward.
 #include "model/TaskTrigger.h"
 #include "tests/proof/OwnProcess.h"
+#include "tests/proof/SystemZones.h"
 #include "tests/support/TempDir.h"
 
 #include <VirtualTime/VirtualClock.h>
@@ -24,36 +25,6 @@ constexpr long TenYears = 3653L * 86400;
 constexpr long SweepStart = 1109635200 - 3L * 86400;  // 2005-03-01 UTC
 constexpr long SweepEnd = SweepStart + TenYears + 100L * 86400;
 constexpr long LongestSleep = 86400;
-
-std::string Content(const fs::path& file) {
-  std::ostringstream text;
-  text << std::ifstream(file, std::ios::binary).rdbuf();
-  return text.str();
-}
-
-// One name for each different file; links count once.
-std::vector<std::string> SystemZones() {
-  const fs::path root = "/usr/share/zoneinfo";
-  std::map<std::string, std::string> byContent;
-  for (fs::recursive_directory_iterator at(root), end; at != end; ++at) {
-    const std::string name = fs::relative(at->path(), root).string();
-    if (name == "posix" || name == "right") {
-      at.disable_recursion_pending();
-    }
-    if (!at->is_regular_file() || name == "localtime" || name == "posixrules") {
-      continue;
-    }
-    const std::string content = Content(at->path());
-    if (content.rfind("TZif", 0) == 0) {
-      byContent.emplace(content, name);
-    }
-  }
-  std::vector<std::string> zones;
-  for (const auto& [content, name] : byContent) {
-    zones.push_back(name);
-  }
-  return zones;
-}
 
 std::pair<long, int> ClockAt(long moment) {
   const std::time_t time = moment;

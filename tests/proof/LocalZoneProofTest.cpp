@@ -1,0 +1,204 @@
+// The zone in memory against the C library: in every zone of the system's data, around every change
+// of the clock and in between.
+#include "model/LocalZone.h"
+#include "tests/proof/OwnProcess.h"
+#include "tests/proof/SystemZones.h"
+
+#include <BaseSDK/ALong32.h>
+#include <VirtualTime/Zone.h>
+
+#include <gtest/gtest.h>
+
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdint>
+#include <cstdlib>
+#include <ctime>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Nox::LocalTime;
+using Nox::LocalZone;
+using Nox::Long32Max;
+using Nox::Long32Min;
+
+constexpr long Day = 86400;
+constexpr int CannotTell = 77;
+
+// The C library is asked this often whether its clock has changed. NOX_PROBE_SECONDS sets another
+// stride: 3600 is a proof of some minutes.
+long ProbeSeconds() {
+  const char* const wanted = std::getenv("NOX_PROBE_SECONDS");
+  return wanted != nullptr ? std::atol(wanted) : 2 * Day;
+}
+
+std::tm Fields(long moment) {
+  const std::time_t time = moment;
+  std::tm fields{};
+  (void)localtime_r(&time, &fields);
+  return fields;
+}
+
+bool IsSameClock(const std::tm& left, const std::tm& right) {
+  return left.tm_gmtoff == right.tm_gmtoff && left.tm_isdst == right.tm_isdst;
+}
+
+LocalTime Shown(const std::tm& fields) {
+  namespace chrono = std::chrono;
+  const chrono::local_days day{chrono::year(fields.tm_year + 1900) /
+                               chrono::month(static_cast<unsigned>(fields.tm_mon + 1)) /
+                               chrono::day(static_cast<unsigned>(fields.tm_mday))};
+  return {static_cast<long>(day.time_since_epoch().count()),
+          fields.tm_hour * 3600L + fields.tm_min * 60L + fields.tm_sec};
+}
+
+// All changes of the clock, and the ends of the range.
+std::vector<long> Changes() {
+  std::vector<long> changes{Long32Min};
+  const long stride = ProbeSeconds();
+  for (long at = Long32Min; at < Long32Max;) {
+    const long next = Nox::Add32(at, stride);
+    const std::tm before = Fields(at);
+    long low = at, high = next;
+    while (high - low > 1 && !IsSameClock(before, Fields(high))) {
+      const long middle = low + (high - low) / 2;
+      (IsSameClock(before, Fields(middle)) ? low : high) = middle;
+    }
+    if (!IsSameClock(before, Fields(high))) {
+      changes.push_back(high);
+    }
+    at = high;
+  }
+  changes.push_back(Long32Max);
+  return changes;
+}
+
+// Asks the zone in memory and the C library the same.
+class Contest {
+ public:
+  void AskMoment(long moment) {
+    const LocalTime given = m_Zone.LocalTimeAt(moment), wanted = Shown(Fields(moment));
+    if (given.m_Day != wanted.m_Day || given.m_Second != wanted.m_Second) {
+      ADD_FAILURE() << moment << " is day " << wanted.m_Day << " second " << wanted.m_Second
+                    << ", not day " << given.m_Day << " second " << given.m_Second;
+    }
+  }
+
+  void AskLocalTime(const LocalTime& local) {
+    std::tm fields{};
+    fields.tm_year = 70;
+    fields.tm_mday = 1 + static_cast<int>(local.m_Day);
+    fields.tm_hour = static_cast<int>(local.m_Second / 3600);
+    fields.tm_min = static_cast<int>(local.m_Second / 60 % 60);
+    fields.tm_sec = static_cast<int>(local.m_Second % 60);
+    fields.tm_isdst = -1;
+    const long given = m_Zone.MomentOf(local), wanted = BaseSDK::MakeTime32(fields);
+    if (given != wanted) {
+      ADD_FAILURE() << "day " << local.m_Day << " second " << local.m_Second << " is " << wanted
+                    << ", not " << given;
+    }
+  }
+
+  // Both ways: the moment, and the local times that the clocks before and after it show then.
+  void AskAround(long change) {
+    for (const long away : {0L, 1L, 1799L, 3599L, 3600L, 9000L, Day - 1, Day + 3600}) {
+      for (const std::int64_t moment :
+           {std::int64_t{change} - away, std::int64_t{change} + away - 1}) {
+        const long at = Nox::Clamp32(moment);
+        AskMoment(at);
+        AskLocalTime(m_Zone.LocalTimeAt(at));
+        AskLocalTime(AtClockOf(Nox::Sub32(change, 1), at));
+        AskLocalTime(AtClockOf(change, at));
+      }
+    }
+  }
+
+ private:
+  // What is shown at `moment` by a clock that is set as the zone's clock is at `set`.
+  LocalTime AtClockOf(long set, long moment) const {
+    const LocalTime shown = m_Zone.LocalTimeAt(set);
+    const std::int64_t second = shown.m_Second + (std::int64_t{moment} - set);
+    const auto days = static_cast<long>(second / Day - (second % Day < 0 ? 1 : 0));
+    return {shown.m_Day + days, static_cast<long>(second - std::int64_t{days} * Day)};
+  }
+
+  const LocalZone m_Zone;
+};
+
+void CompareZone(const std::string& name) {
+  const VirtualTime::Zone zone(name.c_str());
+  SCOPED_TRACE(name);
+  Contest contest;
+  for (const long change : Changes()) {
+    contest.AskAround(change);
+    if (::testing::Test::HasFailure()) {
+      return;
+    }
+  }
+  for (long at = Long32Min; at < Long32Max - 40 * Day; at += 37 * Day + 3607) {
+    contest.AskMoment(at);
+    contest.AskLocalTime(Shown(Fields(at)));
+  }
+}
+
+// Puts the zone in the place of the machine's, for this process alone.
+bool BecomeMachinesZone(const char* name) {
+  const std::string file = std::string("/usr/share/zoneinfo/") + name;
+  return mount(file.c_str(), "/etc/localtime", nullptr, MS_BIND, nullptr) == 0;
+}
+
+// 0 when the change was seen at the next look and not before.
+int ChangeMachinesZone() {
+  const auto hour = [] { return LocalZone::InForce().LocalTimeAt(0).m_Second / 3600; };
+  (void)unsetenv("TZ");
+  if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0 || !BecomeMachinesZone("Asia/Kolkata")) {
+    return CannotTell;
+  }
+  LocalZone::Refresh();
+  const bool first = hour() == 5;
+  const bool changed = BecomeMachinesZone("Asia/Tokyo");
+  const bool kept = hour() == 5;
+  LocalZone::Refresh();
+  return first && changed && kept && hour() == 9 ? 0 : 1;
+}
+
+TEST(LocalZoneProof, TheMachinesNewZoneCountsFromTheNextLookOn) {
+  const pid_t child = fork();
+  ASSERT_NE(child, -1);
+  if (child == 0) {
+    std::_Exit(ChangeMachinesZone());
+  }
+  int status = -1;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  ASSERT_TRUE(WIFEXITED(status));
+  if (WEXITSTATUS(status) == CannotTell) {
+    GTEST_SKIP() << "the system has no name spaces for this user";
+  }
+  EXPECT_EQ(WEXITSTATUS(status), 0);
+}
+
+class LocalZonesProof : public ::testing::TestWithParam<int> {};
+
+TEST_P(LocalZonesProof, SaysWhatTheCLibrarySays) {
+  std::vector<std::string> zones = SystemZones();
+  ASSERT_GT(zones.size(), 100U) << "the system's zone data is missing";
+  for (const char* rule : {"EST5EDT,M3.2.0,M11.1.0", "<-03>3<-02>,M10.3.0/0,M2.3.0/0",
+                           "<+1030>-10:30<+11>-11,M10.1.0,M4.1.0", "IST-1GMT0,M10.5.0,M3.5.0/1",
+                           "<-14>14", "<+14>-14", "<+24>-24:59:59", "UTC0"}) {
+    zones.emplace_back(rule);
+  }
+  for (std::size_t i = static_cast<std::size_t>(GetParam()); i < zones.size();
+       i += 4 * NOX_ZONE_STRIDE) {
+    InOwnProcess([&] { CompareZone(zones[i]); });
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Quarter, LocalZonesProof, ::testing::Range(0, 4));
+
+}  // namespace
