@@ -2,65 +2,12 @@
 
 #include "Common/Long32.h"
 
-#include <cstdint>
+#include <ctime>
 
 namespace Nox {
-namespace {
-
-constexpr std::time_t SecondsPerDay = 86400;
-
-bool ShowsSameClock(std::time_t moment, const std::tm& wanted) {
-  std::tm shown{};
-  return localtime_r(&moment, &shown) != nullptr && shown.tm_min == wanted.tm_min &&
-         shown.tm_hour == wanted.tm_hour && shown.tm_mday == wanted.tm_mday &&
-         shown.tm_sec == wanted.tm_sec;
-}
-
-// For a local time that a change of the clock repeats or skips, mktime's answer depends on the call
-// made before it: the same schedule would start sometimes at one moment, sometimes at the
-// other. Here the offset in force a day earlier decides, as in calendars: a repeated time is the
-// first of the two, and a skipped one lies as far behind the change as its fields are past it.
-std::time_t WithOffsetOfDayBefore(std::time_t moment, const std::tm& wanted) {
-  const std::time_t dayBefore = moment - SecondsPerDay;
-  std::tm before{};
-  std::tm normal = wanted;  // timegm makes 32 October the 1 November that a clock can show
-  const std::time_t utc = timegm(&normal);
-  if (utc == -1 || localtime_r(&dayBefore, &before) == nullptr) {
-    return moment;
-  }
-  const std::time_t candidate = utc - before.tm_gmtoff;
-  if (candidate == moment) {
-    return moment;
-  }
-  return ShowsSameClock(candidate, normal) || !ShowsSameClock(moment, normal) ? candidate : moment;
-}
-
-bool NearEndOfRange(std::int64_t moment) {
-  return moment < Long32Min + 2 * SecondsPerDay || moment > Long32Max - 2 * SecondsPerDay;
-}
-
-}  // namespace
 
 long Now() {
   return Clamp32(std::time(nullptr));
-}
-
-long MakeTime32(std::tm& fields) {
-  const std::tm wanted = fields;
-  const std::time_t moment = std::mktime(&fields);
-  // Compared as 64 bits: a 32-bit time_t is always in the range, a 64-bit one may not be.
-  const std::int64_t wide = moment;
-  if (wide < Long32Min || wide > Long32Max) {
-    return -1;
-  }
-  if (wide == -1 || wanted.tm_isdst >= 0 || NearEndOfRange(wide)) {
-    return static_cast<long>(wide);
-  }
-  const std::time_t settled = WithOffsetOfDayBefore(moment, wanted);
-  if (settled != moment) {
-    localtime_r(&settled, &fields);
-  }
-  return static_cast<long>(settled);
 }
 
 }  // namespace Nox

@@ -6,7 +6,6 @@
 #include <BaseSDK/AXmlDoc.h>
 
 #include <cstdint>
-#include <ctime>
 #include <optional>
 
 /// One schedule rule of a task: one `Trigger` element, and the arithmetic that says when it starts.
@@ -16,7 +15,8 @@
 ///
 /// A trigger that is neither of type AsSoonAsPossible nor an event starts at the time of day of its
 /// begin date on every local day that its rule selects, and repeats every m_Interval seconds for
-/// m_Duration seconds after each start. Local time is that of TZ; where the clock changes:
+/// m_Duration seconds after each start. Local time is that of Nox::LocalZone; where the clock
+/// changes:
 ///
 /// - Spring, New York, 2024-03-10: 02:00 to 03:00 is never shown. A start at 02:30 is at 03:30
 ///   daylight time that day (1710055800) and at 02:30 again the day after.
@@ -100,9 +100,9 @@ class CTaskTrigger {
   bool ReadDates(const BaseSDK::AXmlDoc& doc);
   void ReadRecurrence(const BaseSDK::AXmlDoc& doc);
 
-  // The rule of a day.
-  bool MasksSelect(const std::tm& day) const;
-  bool CountSelects(long days, const std::tm& day, const std::tm& begin) const;
+  // The rule of a day; days are those of Nox::LocalTime.
+  bool MasksSelect(long day) const;
+  bool CountSelects(long days, long day, long beginDay) const;
 
   // The due test.
   bool IsDueAt(long now, bool firstEvent, bool secondEvent, long& sleepSeconds, bool& late,

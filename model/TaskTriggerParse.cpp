@@ -1,3 +1,4 @@
+#include "model/LocalZone.h"
 #include "model/TaskTrigger.h"
 
 #include <BaseSDK/ADateTime.h>
@@ -112,7 +113,10 @@ void CTaskTrigger::ReadRepetition(const AXmlDoc& doc) {
   m_KillAtEnd = ReadNumber(doc, L"/Trigger/@KillAtEnd") != 0;
 }
 
+/// The dates are read in the C library's zone of now, and the arithmetic on them must be of the
+/// same.
 bool CTaskTrigger::ReadDates(const AXmlDoc& doc) {
+  Nox::LocalZone::Refresh();
   m_BeginDate = ReadBeginDate(doc);
   m_EndDate = ReadEndDate(doc);
   if (m_BeginDate == NoTime && m_Type != AsSoonAsPossible) {

@@ -1,19 +1,20 @@
 #include "model/LocalTime.h"
+#include "model/LocalZone.h"
 #include "model/TaskTrigger.h"
 
 #include <algorithm>
-#include <ctime>
+#include <chrono>
 
 using Nox::Add32;
+using Nox::LocalTime;
+using Nox::LocalZone;
 using Nox::Long32Min;
 using Nox::Mul32;
+using Nox::SecondsPerDay;
 using Nox::Sub32;
 
 namespace {
 
-/// A step of the walk over days. Local days may be longer or shorter; the time of day is taken from
-/// the begin date anew on each.
-constexpr long SecondsPerDay = 86400;
 /// Later than this after its start a run counts as late.
 constexpr long PunctualSeconds = 59;
 /// The last repetition, at the very end of the active period, may be found this much after it.
@@ -23,20 +24,22 @@ constexpr long SearchAheadSeconds = 60;
 /// Twenty years of 365 days: without an end date the search for the next run gives up there.
 constexpr long SearchSpanSeconds = 7300 * SecondsPerDay;
 
-std::tm LocalFields(long moment) {
-  const std::time_t time = moment;
-  std::tm fields{};
-  (void)localtime_r(&time, &fields);  // fails only for years that an int cannot hold
-  return fields;
+/// The month, 0 is January, and the day, 0 is the 1st, as the masks count them.
+struct MonthDay {
+  int m_Month;
+  int m_Day;
+};
+
+MonthDay MonthDayOf(long day) {
+  const std::chrono::year_month_day date{std::chrono::local_days(std::chrono::days(day))};
+  return {static_cast<int>(unsigned{date.month()}) - 1, static_cast<int>(unsigned{date.day()}) - 1};
 }
 
-/// The moment on `day` at the time of day of `clock`; NoTime when there is none in range.
-long MomentOnDay(std::tm day, const std::tm& clock) {
-  day.tm_hour = clock.tm_hour;
-  day.tm_min = clock.tm_min;
-  day.tm_sec = clock.tm_sec;
-  day.tm_isdst = -1;
-  return Nox::MakeTime32(day);
+/// 0 is Sunday.
+int WeekdayOf(long day) {
+  constexpr long FirstWeekday = 4;  // 1970-01-01 was a Thursday
+  const long weekday = (day + FirstWeekday) % 7;
+  return static_cast<int>(weekday < 0 ? weekday + 7 : weekday);
 }
 
 bool HasBit(std::uint32_t mask, int bit) {
@@ -44,8 +47,8 @@ bool HasBit(std::uint32_t mask, int bit) {
 }
 
 /// Kept on purpose: the 7th already belongs to the second week, and the fifth starts on the 28th.
-long WeekOfMonth(const std::tm& day) {
-  return day.tm_mday / 7 + 1;
+long WeekOfMonth(const MonthDay& date) {
+  return (date.m_Day + 1) / 7 + 1;
 }
 
 /// `divisor` is 0 only in a trigger that was disabled before its counts were read: as if it were 1.
@@ -59,13 +62,13 @@ long CTaskTrigger::GetTriggerStartTime(const long& t) const {
   if (m_Type == AsSoonAsPossible) {
     return t;
   }
-  const std::tm day = LocalFields(t);
-  // Asked first: on most days of a monthly rule this saves the costly conversion.
+  const LocalZone& zone = LocalZone::InForce();
+  const long day = zone.LocalTimeAt(t).m_Day;
   if (!MasksSelect(day)) {
     return NoTime;
   }
-  const std::tm begin = LocalFields(m_BeginDate);
-  const long start = MomentOnDay(day, begin);
+  const LocalTime begin = zone.LocalTimeAt(m_BeginDate);
+  const long start = zone.MomentOf({day, begin.m_Second});
   if (start == NoTime) {
     return NoTime;
   }
@@ -74,36 +77,40 @@ long CTaskTrigger::GetTriggerStartTime(const long& t) const {
     return NoTime;
   }
   // Less than a day before the begin counts as no day: only the begin's own day may start then.
-  if (days == 0 && t < m_BeginDate && day.tm_mday != begin.tm_mday) {
+  if (days == 0 && t < m_BeginDate && day != begin.m_Day) {
     return NoTime;
   }
-  return CountSelects(days, day, begin) ? start : NoTime;
+  return CountSelects(days, day, begin.m_Day) ? start : NoTime;
 }
 
 /// Whether the calendar alone lets the day pass.
-bool CTaskTrigger::MasksSelect(const std::tm& day) const {
+bool CTaskTrigger::MasksSelect(long day) const {
   switch (m_Type) {
     case Weekly:
-      return HasBit(m_DaysOfWeek, day.tm_wday);
-    case MonthlyByDate:
-      return HasBit(m_MonthsOfYear, day.tm_mon) && HasBit(m_DaysOfMonth, day.tm_mday - 1);
-    case MonthlyByWeekday:
-      return HasBit(m_MonthsOfYear, day.tm_mon) && HasBit(m_DaysOfWeek, day.tm_wday) &&
-             WeekOfMonth(day) == m_Week;
+      return HasBit(m_DaysOfWeek, WeekdayOf(day));
+    case MonthlyByDate: {
+      const MonthDay date = MonthDayOf(day);
+      return HasBit(m_MonthsOfYear, date.m_Month) && HasBit(m_DaysOfMonth, date.m_Day);
+    }
+    case MonthlyByWeekday: {
+      const MonthDay date = MonthDayOf(day);
+      return HasBit(m_MonthsOfYear, date.m_Month) && HasBit(m_DaysOfWeek, WeekdayOf(day)) &&
+             WeekOfMonth(date) == m_Week;
+    }
     default:
       return true;
   }
 }
 
 /// Whether the distance from the begin, in elapsed days, lets the day pass.
-bool CTaskTrigger::CountSelects(long days, const std::tm& day, const std::tm& begin) const {
+bool CTaskTrigger::CountSelects(long days, long day, long beginDay) const {
   switch (m_Type) {
     case Once:
-      return days == 0 && day.tm_mday == begin.tm_mday;
+      return days == 0 && day == beginDay;
     case Daily:
       return IsMultiple(days, m_DaysInterval);
     case Weekly:
-      return IsMultiple((days + begin.tm_wday) / 7, m_WeeksInterval);
+      return IsMultiple((days + WeekdayOf(beginDay)) / 7, m_WeeksInterval);
     default:
       return true;
   }

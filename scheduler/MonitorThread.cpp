@@ -4,6 +4,7 @@
 #include "Common/Log.h"
 #include "Common/Long32.h"
 #include "model/LocalTime.h"
+#include "model/LocalZone.h"
 #include "scheduler/MonitorCycle.h"
 #include "scheduler/TaskSchedulerObject.h"
 
@@ -13,6 +14,7 @@
 #include <BaseSDK/AClockSkewBehavior.h>
 #include <BaseSDK/AStringTokenizer.h>
 
+#include <cstdint>
 #include <ctime>
 #include <vector>
 
@@ -33,6 +35,11 @@ constexpr auto MonitorSkewBehavior = static_cast<BaseSDK::AClockSkewBehavior>(15
 
 constexpr unsigned long NoOpenFlags = 0;
 
+/// Midnight across a change of the clock, as mktime has it.
+///
+/// Kept on purpose: the daylight-saving flag stays that of today. On the day of a change, midnight
+/// is then an hour off, and the monitor looks once more an hour later or earlier.
+///
 /// A day that the zone leaves out, when it moves to the other side of the date line, has no
 /// midnight either: on 2011-12-30 in Apia mktime fails. The clock goes on from the evening before
 /// to the midnight of the day after, and that is the one to wait for. Taken for a moment, the
@@ -40,21 +47,27 @@ constexpr unsigned long NoOpenFlags = 0;
 /// over.
 ///
 /// The last day of 32-bit time has none at all: the end of the cycle bounds the sleep.
-long SecondsUntilMidnight() {
-  const long now = Nox::Now();
+long MidnightAcrossChange(long now) {
   const std::time_t moment = now;
   std::tm today{};
   localtime_r(&moment, &today);
   today.tm_hour = 0;
   today.tm_min = 0;
   today.tm_sec = 0;
-  long midnight = -1;
+  std::int64_t midnight = -1;
   for (int days = 1; days <= 2 && midnight == -1; ++days) {
     std::tm fields = today;
     fields.tm_mday += days;
-    midnight = Nox::MakeTime32(fields);
+    midnight = std::mktime(&fields);
   }
-  return Nox::Sub32(midnight == -1 ? Nox::Long32Max : midnight, now);
+  return midnight == -1 ? Nox::Long32Max : Nox::Clamp32(midnight);
+}
+
+long SecondsUntilMidnight() {
+  const long now = Nox::Now();
+  const Nox::LocalZone& zone = Nox::LocalZone::InForce();
+  const long midnight = Nox::Add32(now, Nox::SecondsPerDay - zone.LocalTimeAt(now).m_Second);
+  return Nox::Sub32(zone.IsSteady(now, midnight) ? midnight : MidnightAcrossChange(now), now);
 }
 
 /// The task IDs of a batch, URL-encoded as they stand in it.
@@ -109,8 +122,11 @@ void CMonitorThread::Run() {
 }
 
 void CMonitorThread::Iterate(Cycle& cycle) {
-  long sleepSeconds = SecondsUntilMidnight();
+  // Once for all tasks: it is while the monitor sleeps that the zone changes, if ever.
+  Outlive([] { Nox::LocalZone::Refresh(); });
+  long sleepSeconds = Nox::SecondsPerDay;
   Outlive([&] {
+    sleepSeconds = SecondsUntilMidnight();
     if (m_pScheduler->IsProcessingEnabled()) {
       DispatchTasks(cycle.Evaluate(sleepSeconds));
     }

@@ -246,6 +246,17 @@ TEST_F(MonitorCycleTest, AStopDuringTheLoadTakesEffectAfterTheFirstIteration) {
   EXPECT_EQ(AString(L"Exiting the Task Thread.\n"), Traces().back());
 }
 
+// The zone
+
+TEST_F(MonitorCycleTest, AChangedZoneCountsFromTheNextPassOn) {
+  Clock().Start(Begin + 15 * Hour + 10 * Minute);  // 23:10
+  Start();
+  const VirtualTime::Zone later("<+0030>-0:30");
+  EXPECT_EQ(1, m_Scheduler->RefreshTaskList());
+  Clock().Settle();
+  EXPECT_THAT(Sleeps(), ElementsAre("3000", "1200")) << "to midnight at 24:00, at 23:30";
+}
+
 // Days that are not 24 hours long
 
 class MonitorInNewYorkTest : public MonitorCycleTest {
