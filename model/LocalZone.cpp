@@ -23,9 +23,6 @@ namespace {
 /// and 23 hours, in Freetown in 1939.
 constexpr long ProbeSeconds = 3 * SecondsPerDay;
 
-/// No clock is further from UTC.
-constexpr long MostOffset = 2 * SecondsPerDay;
-
 /// The file from which the C library takes the zone when there is no TZ: as the next look would
 /// find it changed.
 struct FileState {
@@ -73,21 +70,20 @@ struct Source {
   }
 };
 
-std::atomic<const LocalZone*> zoneInForce = nullptr;
-
 /// The zones that have been in force. They are kept, for a thread may be in the midst of asking
 /// one. Machines change between few.
 class KnownZones {
  public:
-  void Refresh() {
+  /// Puts the C library's zone of now into `inForce` if it is another.
+  void Refresh(std::atomic<const LocalZone*>& inForce) {
     BaseSDK::AMutexGuard guard(m_Lock);
     // Taken before the C library looks: what changes in between is then seen by the next look.
     Source source = Source::Now();
-    if (zoneInForce.load(std::memory_order_relaxed) != nullptr && source == m_Source) {
+    if (inForce.load(std::memory_order_relaxed) != nullptr && source == m_Source) {
       return;
     }
     tzset();
-    zoneInForce.store(Keep(std::make_unique<const LocalZone>()), std::memory_order_release);
+    inForce.store(Keep(std::make_unique<const LocalZone>()), std::memory_order_release);
     m_Source = std::move(source);
   }
 
@@ -109,16 +105,11 @@ class KnownZones {
 
 }  // namespace
 
-const LocalZone& LocalZone::InForce() {
-  if (zoneInForce.load(std::memory_order_acquire) == nullptr) {
-    Refresh();
-  }
-  return *zoneInForce.load(std::memory_order_acquire);
-}
+constinit std::atomic<const LocalZone*> LocalZone::s_InForce = nullptr;
 
 void LocalZone::Refresh() {
   static KnownZones zones;
-  zones.Refresh();
+  zones.Refresh(s_InForce);
 }
 
 LocalZone::LocalZone() : m_Spans{{Long32Min, Ask(Long32Min)}} {
@@ -128,6 +119,7 @@ LocalZone::LocalZone() : m_Spans{{Long32Min, Ask(Long32Min)}} {
     AddChanges(probe);
   }
   MakeIndex();
+  FindMostDrift();
 }
 
 /// What is shown counts, and not tm_gmtoff: the clock of a zone with leap seconds is behind it.
@@ -174,40 +166,10 @@ void LocalZone::MakeIndex() {
   }
 }
 
-std::size_t LocalZone::PlaceOf(long moment) const {
-  const std::uint32_t sinceBegin = static_cast<std::uint32_t>(moment) - 0x80000000U;
-  std::size_t place = m_Index[sinceBegin >> PartBits];
-  while (place + 1 < m_Spans.size() && m_Spans[place + 1].m_Begin <= moment) {
-    ++place;
-  }
-  return place;
-}
-
-LocalTime LocalZone::LocalTimeAt(long moment) const {
-  // Day and second apart: their sum may lie outside the range, and it would need a costly division.
-  long day = moment / SecondsPerDay;
-  long second = moment % SecondsPerDay + m_Spans[PlaceOf(moment)].m_Setting.m_Offset;
-  for (; second < 0; second += SecondsPerDay) {
-    --day;
-  }
-  for (; second >= SecondsPerDay; second -= SecondsPerDay) {
-    ++day;
-  }
-  return {day, second};
-}
-
-long LocalZone::MomentOf(const LocalTime& local) const {
-  const std::int64_t shown = std::int64_t{local.m_Day} * SecondsPerDay + local.m_Second;
-  const auto moment = [&](std::size_t place) { return shown - m_Spans[place].m_Setting.m_Offset; };
-  // The first span whose clock does not end before it shows the local time. If that clock begins
-  // later, the local time was skipped, and the clock before goes on to it.
-  std::size_t place = PlaceOf(Clamp32(shown - MostOffset));
-  while (place + 1 < m_Spans.size() && moment(place) >= m_Spans[place + 1].m_Begin) {
-    ++place;
-  }
-  const bool skipped = place > 0 && moment(place) < m_Spans[place].m_Begin;
-  const std::int64_t found = moment(skipped ? place - 1 : place);
-  return found < Long32Min || found > Long32Max ? -1 : static_cast<long>(found);
+void LocalZone::FindMostDrift() {
+  const auto offset = [](const Span& span) { return span.m_Setting.m_Offset; };
+  const auto [least, most] = std::ranges::minmax(m_Spans, {}, offset);
+  m_MostDrift = 1 + (offset(most) - offset(least)) / SecondsPerDay;
 }
 
 }  // namespace Nox

@@ -3,6 +3,7 @@
 #include "Common/Long32.h"
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -30,7 +31,12 @@ class LocalZone {
  public:
   /// The zone as of the latest Refresh; the first call is one itself. The object stays for good.
   /// Fails only at the first call, as Refresh does. [any thread]
-  static const LocalZone& InForce();
+  static const LocalZone& InForce() {
+    if (s_InForce.load(std::memory_order_acquire) == nullptr) {
+      Refresh();
+    }
+    return *s_InForce.load(std::memory_order_acquire);
+  }
 
   /// Looks whether the C library's zone has become another since the last look: another TZ or,
   /// without TZ, another /etc/localtime. If so, the new one is in force from here on. Without a
@@ -50,11 +56,15 @@ class LocalZone {
   /// A local time that is shown twice is the first of the two: in New York 2024-11-03 01:30 is
   /// 1730611800. One that is never shown lies as far behind the change as it is past it: there
   /// 2024-03-10 02:30 is 03:30 daylight time, 1710055800. This is what mktime says, but for its
-  /// dependence on earlier calls.
+  /// dependence on earlier calls. The host kit reads dates by the same rule.
   long MomentOf(const LocalTime& local) const;
 
   /// Whether the clock does not change from the one moment to the other.
   bool IsSteady(long from, long to) const { return PlaceOf(from) == PlaceOf(to); }
+
+  /// However many times 86400 seconds after a moment, the local day is as many days later, give or
+  /// take these: changes of the clock, all together, move it no further.
+  long MostDrift() const { return m_MostDrift; }
 
   bool operator==(const LocalZone&) const = default;
 
@@ -76,6 +86,7 @@ class LocalZone {
   static long FirstChange(const Span& span, long after);
   void AddChanges(long until);
   void MakeIndex();
+  void FindMostDrift();
   std::size_t PlaceOf(long moment) const;
 
   // A place is looked up by the part of the range that the moment lies in, 48 days long: the index
@@ -83,8 +94,52 @@ class LocalZone {
   static constexpr int PartBits = 22;
   static constexpr std::size_t Parts = std::size_t{1} << (32 - PartBits);
 
+  /// No clock is further from UTC.
+  static constexpr long MostOffset = 2 * SecondsPerDay;
+
+  static std::atomic<const LocalZone*> s_InForce;
+
   std::vector<Span> m_Spans;  ///< in the order of time; the first begins with the range
   std::array<std::uint16_t, Parts> m_Index{};
+  long m_MostDrift = 0;
 };
+
+// Here, so that they are inlined: a due test asks a dozen times.
+
+inline std::size_t LocalZone::PlaceOf(long moment) const {
+  const std::uint32_t sinceBegin = static_cast<std::uint32_t>(moment) - 0x80000000U;
+  std::size_t place = m_Index[sinceBegin >> PartBits];
+  while (place + 1 < m_Spans.size() && m_Spans[place + 1].m_Begin <= moment) {
+    ++place;
+  }
+  return place;
+}
+
+inline LocalTime LocalZone::LocalTimeAt(long moment) const {
+  // Day and second apart: their sum may lie outside the range, and it would need a costly division.
+  long day = moment / SecondsPerDay;
+  long second = moment % SecondsPerDay + m_Spans[PlaceOf(moment)].m_Setting.m_Offset;
+  for (; second < 0; second += SecondsPerDay) {
+    --day;
+  }
+  for (; second >= SecondsPerDay; second -= SecondsPerDay) {
+    ++day;
+  }
+  return {day, second};
+}
+
+inline long LocalZone::MomentOf(const LocalTime& local) const {
+  const std::int64_t shown = std::int64_t{local.m_Day} * SecondsPerDay + local.m_Second;
+  const auto moment = [&](std::size_t place) { return shown - m_Spans[place].m_Setting.m_Offset; };
+  // The first span whose clock does not end before it shows the local time. If that clock begins
+  // later, the local time was skipped, and the clock before goes on to it.
+  std::size_t place = PlaceOf(Clamp32(shown - MostOffset));
+  while (place + 1 < m_Spans.size() && moment(place) >= m_Spans[place + 1].m_Begin) {
+    ++place;
+  }
+  const bool skipped = place > 0 && moment(place) < m_Spans[place].m_Begin;
+  const std::int64_t found = moment(skipped ? place - 1 : place);
+  return found < Long32Min || found > Long32Max ? -1 : static_cast<long>(found);
+}
 
 }  // namespace Nox

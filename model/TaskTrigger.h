@@ -8,6 +8,10 @@
 #include <cstdint>
 #include <optional>
 
+namespace Nox {
+class TriggerDays;
+}
+
 /// One schedule rule of a task: one `Trigger` element, and the arithmetic that says when it starts.
 ///
 /// Times are whole seconds since the epoch in the signed 32-bit range at both word sizes; NoTime
@@ -100,19 +104,18 @@ class CTaskTrigger {
   bool ReadDates(const BaseSDK::AXmlDoc& doc);
   void ReadRecurrence(const BaseSDK::AXmlDoc& doc);
 
-  // The rule of a day; days are those of Nox::LocalTime.
-  bool MasksSelect(long day) const;
-  bool CountSelects(long days, long day, long beginDay) const;
-
   // The due test.
   bool IsDueAt(long now, bool firstEvent, bool secondEvent, long& sleepSeconds, bool& late,
                bool& expired, bool& nextRunChanged);
-  Finding Examine(long now, bool firstEvent, bool secondEvent) const;
-  Finding ExamineDated(long now) const;
-  long WalkOrigin(long now) const;
-  long LatestStartNotYetRun(long now) const;
+  Finding Examine(Nox::TriggerDays& days, long now, bool firstEvent, bool secondEvent) const;
+  Finding ExamineDated(Nox::TriggerDays& days, long now) const;
+  long WalkOrigin(Nox::TriggerDays& days, long now) const;
+  long LatestStartNotYetRun(Nox::TriggerDays& days, long now) const;
   bool StillToRun(long start, long now) const;
-  long NextStartAfter(long now) const;
+  long NextStartAfter(Nox::TriggerDays& days, long now) const;
   bool Repeats() const { return m_Duration != 0 && m_Interval != 0; }
   long RepetitionFrom(long start, long now, long ahead) const;
+
+  // The search.
+  long NextRunFrom(Nox::TriggerDays& days, long from, bool expired) const;
 };

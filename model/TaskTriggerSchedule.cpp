@@ -1,17 +1,16 @@
 #include "model/LocalTime.h"
 #include "model/LocalZone.h"
 #include "model/TaskTrigger.h"
+#include "model/TriggerDays.h"
 
 #include <algorithm>
-#include <chrono>
 
 using Nox::Add32;
-using Nox::LocalTime;
-using Nox::LocalZone;
 using Nox::Long32Min;
 using Nox::Mul32;
 using Nox::SecondsPerDay;
 using Nox::Sub32;
+using Nox::TriggerDays;
 
 namespace {
 
@@ -24,96 +23,10 @@ constexpr long SearchAheadSeconds = 60;
 /// Twenty years of 365 days: without an end date the search for the next run gives up there.
 constexpr long SearchSpanSeconds = 7300 * SecondsPerDay;
 
-/// The month, 0 is January, and the day, 0 is the 1st, as the masks count them.
-struct MonthDay {
-  int m_Month;
-  int m_Day;
-};
-
-MonthDay MonthDayOf(long day) {
-  const std::chrono::year_month_day date{std::chrono::local_days(std::chrono::days(day))};
-  return {static_cast<int>(unsigned{date.month()}) - 1, static_cast<int>(unsigned{date.day()}) - 1};
-}
-
-/// 0 is Sunday.
-int WeekdayOf(long day) {
-  constexpr long FirstWeekday = 4;  // 1970-01-01 was a Thursday
-  const long weekday = (day + FirstWeekday) % 7;
-  return static_cast<int>(weekday < 0 ? weekday + 7 : weekday);
-}
-
-bool HasBit(std::uint32_t mask, int bit) {
-  return ((mask >> bit) & 1u) != 0;
-}
-
-/// Kept on purpose: the 7th already belongs to the second week, and the fifth starts on the 28th.
-long WeekOfMonth(const MonthDay& date) {
-  return (date.m_Day + 1) / 7 + 1;
-}
-
-/// `divisor` is 0 only in a trigger that was disabled before its counts were read: as if it were 1.
-bool IsMultiple(long number, long divisor) {
-  return divisor == 0 || number % divisor == 0;
-}
-
 }  // namespace
 
 long CTaskTrigger::GetTriggerStartTime(const long& t) const {
-  if (m_Type == AsSoonAsPossible) {
-    return t;
-  }
-  const LocalZone& zone = LocalZone::InForce();
-  const long day = zone.LocalTimeAt(t).m_Day;
-  if (!MasksSelect(day)) {
-    return NoTime;
-  }
-  const LocalTime begin = zone.LocalTimeAt(m_BeginDate);
-  const long start = zone.MomentOf({day, begin.m_Second});
-  if (start == NoTime) {
-    return NoTime;
-  }
-  const long days = Sub32(start, m_BeginDate) / SecondsPerDay;
-  if (days < 0) {
-    return NoTime;
-  }
-  // Less than a day before the begin counts as no day: only the begin's own day may start then.
-  if (days == 0 && t < m_BeginDate && day != begin.m_Day) {
-    return NoTime;
-  }
-  return CountSelects(days, day, begin.m_Day) ? start : NoTime;
-}
-
-/// Whether the calendar alone lets the day pass.
-bool CTaskTrigger::MasksSelect(long day) const {
-  switch (m_Type) {
-    case Weekly:
-      return HasBit(m_DaysOfWeek, WeekdayOf(day));
-    case MonthlyByDate: {
-      const MonthDay date = MonthDayOf(day);
-      return HasBit(m_MonthsOfYear, date.m_Month) && HasBit(m_DaysOfMonth, date.m_Day);
-    }
-    case MonthlyByWeekday: {
-      const MonthDay date = MonthDayOf(day);
-      return HasBit(m_MonthsOfYear, date.m_Month) && HasBit(m_DaysOfWeek, WeekdayOf(day)) &&
-             WeekOfMonth(date) == m_Week;
-    }
-    default:
-      return true;
-  }
-}
-
-/// Whether the distance from the begin, in elapsed days, lets the day pass.
-bool CTaskTrigger::CountSelects(long days, long day, long beginDay) const {
-  switch (m_Type) {
-    case Once:
-      return days == 0 && day == beginDay;
-    case Daily:
-      return IsMultiple(days, m_DaysInterval);
-    case Weekly:
-      return IsMultiple((days + WeekdayOf(beginDay)) / 7, m_WeeksInterval);
-    default:
-      return true;
-  }
+  return TriggerDays(*this).StartOnDayOf(t);
 }
 
 bool CTaskTrigger::IsDue(bool firstEvent, bool secondEvent, long& sleepSeconds, bool& late,
@@ -123,7 +36,8 @@ bool CTaskTrigger::IsDue(bool firstEvent, bool secondEvent, long& sleepSeconds, 
 
 bool CTaskTrigger::IsDueAt(long now, bool firstEvent, bool secondEvent, long& sleepSeconds,
                            bool& late, bool& expired, bool& nextRunChanged) {
-  const Finding found = Examine(now, firstEvent, secondEvent);
+  TriggerDays days(*this);
+  const Finding found = Examine(days, now, firstEvent, secondEvent);
   late = found.m_Late.value_or(late);
   expired = expired || found.m_Expired;
   if (found.m_NextStart > now) {
@@ -132,7 +46,7 @@ bool CTaskTrigger::IsDueAt(long now, bool firstEvent, bool secondEvent, long& sl
 
   const long previous = m_NextRun;
   if (found.m_NextStart < 1 || found.m_NextStart <= now) {
-    CalculateNextRunTime(Add32(now, SearchAheadSeconds), expired);
+    m_NextRun = NextRunFrom(days, Add32(now, SearchAheadSeconds), expired);
   } else {
     m_NextRun = found.m_NextStart;
   }
@@ -140,7 +54,8 @@ bool CTaskTrigger::IsDueAt(long now, bool firstEvent, bool secondEvent, long& sl
   return found.m_Due;
 }
 
-CTaskTrigger::Finding CTaskTrigger::Examine(long now, bool firstEvent, bool secondEvent) const {
+CTaskTrigger::Finding CTaskTrigger::Examine(TriggerDays& days, long now, bool firstEvent,
+                                            bool secondEvent) const {
   if (m_Disabled) {
     return {};
   }
@@ -157,14 +72,14 @@ CTaskTrigger::Finding CTaskTrigger::Examine(long now, bool firstEvent, bool seco
       found.m_Expired = true;
       return found;
     default:
-      return ExamineDated(now);
+      return ExamineDated(days, now);
   }
 }
 
-CTaskTrigger::Finding CTaskTrigger::ExamineDated(long now) const {
+CTaskTrigger::Finding CTaskTrigger::ExamineDated(TriggerDays& days, long now) const {
   Finding found;
   if (now < m_BeginDate) {
-    const long start = GetTriggerStartTime(now);
+    const long start = days.StartOnDayOf(now);
     if (start != NoTime) {
       found.m_NextStart = start;
     }
@@ -174,20 +89,20 @@ CTaskTrigger::Finding CTaskTrigger::ExamineDated(long now) const {
     found.m_Expired = true;
     return found;
   }
-  const long start = LatestStartNotYetRun(now);
+  const long start = LatestStartNotYetRun(days, now);
   found.m_Due = StillToRun(start, now);
   if (found.m_Due) {
     found.m_Late = Sub32(now, start) > PunctualSeconds;
   }
-  found.m_NextStart = NextStartAfter(now);
+  found.m_NextStart = NextStartAfter(days, now);
   return found;
 }
 
 /// Where the walk over days sets out: at the last run or, without one, at the begin.
-long CTaskTrigger::WalkOrigin(long now) const {
+long CTaskTrigger::WalkOrigin(TriggerDays& days, long now) const {
   const long lastRun = *m_pLastRun;
-  const bool ranInFuture = GetTriggerStartTime(lastRun) > now;
-  const long origin = ranInFuture ? GetTriggerStartTime(Sub32(lastRun, m_Duration)) : lastRun;
+  const bool ranInFuture = days.StartOnDayOf(lastRun) > now;
+  const long origin = ranInFuture ? days.StartOnDayOf(Sub32(lastRun, m_Duration)) : lastRun;
   return origin == NoTime ? m_BeginDate : origin;
 }
 
@@ -198,12 +113,12 @@ long CTaskTrigger::WalkOrigin(long now) const {
 /// step from a start in its first hour ends on the same day, before the same start, and going on
 /// from there again would never end. So every step but finitely many moves the cursor by a day,
 /// also where a step stops at the end of the 32-bit range.
-long CTaskTrigger::LatestStartNotYetRun(long now) const {
+long CTaskTrigger::LatestStartNotYetRun(TriggerDays& days, long now) const {
   const long lastRun = *m_pLastRun;
-  long candidate = WalkOrigin(now);
+  long candidate = WalkOrigin(days, now);
   long lastStart = Long32Min;
-  for (long cursor = candidate;; cursor = Add32(cursor, SecondsPerDay)) {
-    const long start = GetTriggerStartTime(cursor);
+  for (long cursor = candidate;; cursor = days.StepOn(cursor, now)) {
+    const long start = days.StartOnDayOf(cursor);
     if (start > now) {
       return candidate;
     }
@@ -240,11 +155,11 @@ bool CTaskTrigger::StillToRun(long start, long now) const {
 }
 
 /// The start or repetition that comes next; at or before `now`, or NoTime, when it is not today.
-long CTaskTrigger::NextStartAfter(long now) const {
+long CTaskTrigger::NextStartAfter(TriggerDays& days, long now) const {
   const long periodAgo = Sub32(now, m_Duration);
-  long next = GetTriggerStartTime(periodAgo);
+  long next = days.StartOnDayOf(periodAgo);
   if (next == NoTime || next < periodAgo) {
-    next = GetTriggerStartTime(now);
+    next = days.StartOnDayOf(now);
   }
   if (!Repeats() || next == NoTime || next > now) {
     return next;
@@ -260,26 +175,30 @@ long CTaskTrigger::RepetitionFrom(long start, long now, long ahead) const {
 }
 
 void CTaskTrigger::CalculateNextRunTime(long from, bool expired) {
-  m_NextRun = NoTime;
+  TriggerDays days(*this);
+  m_NextRun = NextRunFrom(days, from, expired);
+}
+
+long CTaskTrigger::NextRunFrom(TriggerDays& days, long from, bool expired) const {
   if (m_Disabled || expired || m_Type == FirstEvent || m_Type == SecondEvent) {
-    return;
+    return NoTime;
   }
   if (m_EndDate != NoTime && from >= m_EndDate) {
-    return;
+    return NoTime;
   }
   if (from >= m_BeginDate && m_Type == Once) {
-    return;
+    return NoTime;
   }
 
   const long first = std::max(from, m_BeginDate);
   const long limit = m_EndDate != NoTime ? m_EndDate : Add32(first, SearchSpanSeconds);
-  for (long cursor = first; cursor < limit; cursor = Add32(cursor, SecondsPerDay)) {
-    const long start = GetTriggerStartTime(cursor);
+  for (long cursor = first; cursor < limit; cursor = days.StepOn(cursor, limit)) {
+    const long start = days.StartOnDayOf(cursor);
     if (start == from || (start != NoTime && start > from)) {
-      m_NextRun = start;
-      return;
+      return start;
     }
   }
+  return NoTime;
 }
 
 void CTaskTrigger::UpdateClosestRun(bool taskEnabled) {

@@ -110,6 +110,16 @@ TEST(LocalZone, IsSteadyBetweenTwoChangesOfTheClock) {
   EXPECT_FALSE(asked.IsSteady(Autumn - 1, Autumn));
 }
 
+TEST(LocalZone, TellsHowFarItsChangesMoveADay) {
+  const auto drift = [](const char* name) {
+    const VirtualTime::Zone zone(name);
+    return LocalZone().MostDrift();
+  };
+  EXPECT_EQ(drift(Utc), 1) << "a moment may be close to midnight";
+  EXPECT_EQ(drift(NewYork), 1);
+  EXPECT_EQ(drift("Pacific/Apia"), 2) << "from 11:30 behind UTC to 14:00 before it";
+}
+
 TEST(LocalZone, AChangedVariableCountsFromTheNextLookOn) {
   constexpr long Noon = 1109678400;  // 2005-03-01 12:00 UTC
   const auto shown = [] { return LocalZone::InForce().LocalTimeAt(Noon).m_Second / 3600; };

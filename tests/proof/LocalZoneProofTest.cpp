@@ -1,6 +1,7 @@
 // The zone in memory against the C library: in every zone of the system's data, around every change
 // of the clock and in between.
 #include "model/LocalZone.h"
+#include "tests/proof/ClockChanges.h"
 #include "tests/proof/OwnProcess.h"
 #include "tests/proof/SystemZones.h"
 
@@ -45,10 +46,6 @@ std::tm Fields(long moment) {
   return fields;
 }
 
-bool IsSameClock(const std::tm& left, const std::tm& right) {
-  return left.tm_gmtoff == right.tm_gmtoff && left.tm_isdst == right.tm_isdst;
-}
-
 LocalTime Shown(const std::tm& fields) {
   namespace chrono = std::chrono;
   const chrono::local_days day{chrono::year(fields.tm_year + 1900) /
@@ -56,27 +53,6 @@ LocalTime Shown(const std::tm& fields) {
                                chrono::day(static_cast<unsigned>(fields.tm_mday))};
   return {static_cast<long>(day.time_since_epoch().count()),
           fields.tm_hour * 3600L + fields.tm_min * 60L + fields.tm_sec};
-}
-
-// All changes of the clock, and the ends of the range.
-std::vector<long> Changes() {
-  std::vector<long> changes{Long32Min};
-  const long stride = ProbeSeconds();
-  for (long at = Long32Min; at < Long32Max;) {
-    const long next = Nox::Add32(at, stride);
-    const std::tm before = Fields(at);
-    long low = at, high = next;
-    while (high - low > 1 && !IsSameClock(before, Fields(high))) {
-      const long middle = low + (high - low) / 2;
-      (IsSameClock(before, Fields(middle)) ? low : high) = middle;
-    }
-    if (!IsSameClock(before, Fields(high))) {
-      changes.push_back(high);
-    }
-    at = high;
-  }
-  changes.push_back(Long32Max);
-  return changes;
 }
 
 // Asks the zone in memory and the C library the same.
@@ -135,7 +111,7 @@ void CompareZone(const std::string& name) {
   const VirtualTime::Zone zone(name.c_str());
   SCOPED_TRACE(name);
   Contest contest;
-  for (const long change : Changes()) {
+  for (const long change : ClockChanges(ProbeSeconds())) {
     contest.AskAround(change);
     if (::testing::Test::HasFailure()) {
       return;
