@@ -47,7 +47,7 @@ int __wrap__ZN7BaseSDK6AEvent4WaitEmNS_18AClockSkewBehaviorE(BaseSDK::AEvent* ev
     --waitsThatThrow;
     throw std::runtime_error("no wait today");
   }
-  const FailingMemory::Spared spared;
+  const FailingMemory::Spared wait;
   return __real__ZN7BaseSDK6AEvent4WaitEmNS_18AClockSkewBehaviorE(event, milliseconds, behavior);
 }
 
@@ -79,51 +79,51 @@ class SparedFiles : public TestSupport::ForwardingFileSystem {
   ~SparedFiles() override { (void)AFileSystem::Replace(m_Before); }
 
   int Open(const char* path, int flags, unsigned mode, int& fd) override {
-    const FailingMemory::Spared spared;
+    const FailingMemory::Spared wait;
     return ForwardingFileSystem::Open(path, flags, mode, fd);
   }
   int Read(int fd, void* buffer, std::size_t size, std::size_t& got) override {
-    const FailingMemory::Spared spared;
+    const FailingMemory::Spared wait;
     return ForwardingFileSystem::Read(fd, buffer, size, got);
   }
   int Write(int fd, const void* data, std::size_t size, std::size_t& written) override {
-    const FailingMemory::Spared spared;
+    const FailingMemory::Spared wait;
     return ForwardingFileSystem::Write(fd, data, size, written);
   }
   int Sync(int fd) override {
-    const FailingMemory::Spared spared;
+    const FailingMemory::Spared wait;
     return ForwardingFileSystem::Sync(fd);
   }
   int Close(int fd) override {
-    const FailingMemory::Spared spared;
+    const FailingMemory::Spared wait;
     return ForwardingFileSystem::Close(fd);
   }
   int SetMode(int fd, unsigned mode) override {
-    const FailingMemory::Spared spared;
+    const FailingMemory::Spared wait;
     return ForwardingFileSystem::SetMode(fd, mode);
   }
   int GetInfo(const char* path, Info& info) override {
-    const FailingMemory::Spared spared;
+    const FailingMemory::Spared wait;
     return ForwardingFileSystem::GetInfo(path, info);
   }
   int Rename(const char* from, const char* to, bool replace) override {
-    const FailingMemory::Spared spared;
+    const FailingMemory::Spared wait;
     return ForwardingFileSystem::Rename(from, to, replace);
   }
   int Unlink(const char* path) override {
-    const FailingMemory::Spared spared;
+    const FailingMemory::Spared wait;
     return ForwardingFileSystem::Unlink(path);
   }
   int OpenDirectory(const char* path, unsigned long& handle) override {
-    const FailingMemory::Spared spared;
+    const FailingMemory::Spared wait;
     return ForwardingFileSystem::OpenDirectory(path, handle);
   }
   int ReadDirectory(unsigned long handle, const char*& name) override {
-    const FailingMemory::Spared spared;
+    const FailingMemory::Spared wait;
     return ForwardingFileSystem::ReadDirectory(handle, name);
   }
   int CloseDirectory(unsigned long handle) override {
-    const FailingMemory::Spared spared;
+    const FailingMemory::Spared wait;
     return ForwardingFileSystem::CloseDirectory(handle);
   }
 
