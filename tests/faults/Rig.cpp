@@ -56,8 +56,9 @@ std::vector<std::string> Rig::Others() const {
   return others;
 }
 
-void Rig::Restart() {
+void Rig::Restart(const std::string& localTime) {
   m_Scheduler.Stop();
+  TestSupport::TestScheduler::Clock().Start(TestSupport::TestScheduler::Local(localTime));
   m_Failing.Reset();
   unsigned removed = 0;
   (void)BaseSDK::AFile::RemoveLeftovers(AString::FromUtf8(m_Scheduler.Directory().Path().string()),

@@ -34,8 +34,9 @@ class Rig {
   std::vector<std::string> Others() const;
   std::size_t OpenHandles() const { return m_Memory.OpenHandles(); }
 
-  /// The process is gone, or ends; the next one starts on the same disk, all well, gate closed.
-  void Restart();
+  /// The process is gone, or ends; the next one starts on the same disk at `localTime`, all well,
+  /// gate closed.
+  void Restart(const std::string& localTime);
 
  private:
   TestSupport::MemoryFileSystem m_Memory;

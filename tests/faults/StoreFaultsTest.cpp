@@ -107,7 +107,7 @@ class StoreFaults : public testing::TestWithParam<Operation> {
   /// After a restart every document is loaded, nothing half-made lies about, and what is due runs.
   void ExpectToGoOn(Rig& rig) const {
     const Rig::Snapshot left = rig.Look();
-    rig.Restart();
+    rig.Restart("2005-03-02 09:30:00");
     for (const auto& file : left) {
       const std::string& name = file.first;
       const std::string id = name.substr(0, name.rfind('.'));
