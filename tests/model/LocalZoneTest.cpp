@@ -26,7 +26,6 @@ namespace {
 
 using Nox::LocalTime;
 using Nox::LocalZone;
-
 using TestSupport::Berlin;
 
 struct ShownClock {

@@ -6,6 +6,7 @@
 #include "tests/proof/OwnProcess.h"
 #include "tests/proof/SteppedSchedule.h"
 #include "tests/proof/SystemZones.h"
+#include "tests/support/LocalTimes.h"
 
 #include <VirtualTime/VirtualClock.h>
 #include <VirtualTime/Zone.h>
@@ -24,7 +25,8 @@
 
 namespace {
 
-constexpr std::int64_t Day = 86400;
+using TestSupport::Day;
+
 constexpr int MomentsPerRule = 4;
 
 // NOX_RULES_PER_ZONE sets another number: with 1000, each width sees more than a million cases.
@@ -148,7 +150,7 @@ TEST(ElapsedDays, EndWithThe32BitRange) {
     trigger.m_WeeksInterval = trigger.m_DaysInterval = count;
     for (const long type : {CTaskTrigger::Daily, CTaskTrigger::Weekly}) {
       trigger.m_Type = type;
-      for (const long now : {-100 * 86400L, 0L, 100 * 86400L, 216483795L}) {
+      for (const long now : {-100 * Day, 0L, 100 * Day, 216483795L}) {
         Compare(trigger, now);
       }
     }
