@@ -6,9 +6,9 @@ set -u
 
 build_packages=(
   cmake ninja-build g++ g++-multilib binutils
-  libpugixml-dev:i386 libgtest-dev:i386 libgmock-dev:i386 libbenchmark-dev:i386
-  libpugixml-dev libgtest-dev libgmock-dev libbenchmark-dev
-  libboost-dev nlohmann-json3-dev libcli11-dev libspdlog-dev libfmt-dev
+  libpugixml-dev:i386 libspdlog-dev:i386 libgtest-dev:i386 libgmock-dev:i386 libbenchmark-dev:i386
+  libpugixml-dev libspdlog-dev libgtest-dev libgmock-dev libbenchmark-dev
+  libboost-dev nlohmann-json3-dev libcli11-dev
   libxml2-utils tzdata procps zsh fish
 )
 check_packages=(clang clang-format clang-tidy libclang-rt-dev gcovr)

@@ -11,8 +11,7 @@
 #include <string>
 #include <string_view>
 
-// The logging library is compiled into this file alone; base.map hides it from the outside.
-#define FMT_HEADER_ONLY
+// Of the logging library the rest sees nothing; base.map hides what this file instantiates of it.
 #include <spdlog/sinks/ansicolor_sink.h>
 #include <spdlog/sinks/rotating_file_sink.h>
 #include <spdlog/sinks/stdout_sinks.h>
