@@ -5,9 +5,9 @@
 
 namespace NoxAgent {
 
-/// Matches the whole text against a regular expression of the ECMAScript grammar. Returns the text
-/// itself and then what each group matches; nothing when the text does not match. A library does
-/// the work, in one source file.
+/// Matches the whole text against an extended regular expression, as regcomp takes it. Returns the
+/// text itself and then what each group matches; nothing when the text does not match. Throws
+/// std::invalid_argument when the pattern is none.
 std::vector<std::string> MatchPattern(const char* pattern, const std::string& text);
 
 }  // namespace NoxAgent
