@@ -38,7 +38,7 @@ int RulesPerZone() {
 // Draws triggers and moments. A draw of its own: standard distributions differ between word sizes.
 class Draw {
  public:
-  explicit Draw(unsigned seed) : m_Random(seed), m_Changes(ClockChanges(2 * Day)) {}
+  explicit Draw(unsigned seed) : m_Random(seed), m_Changes(ClockChangesOf32Bits(2 * Day)) {}
 
   std::int64_t Between(std::int64_t low, std::int64_t high) {
     const std::uint64_t bits = (std::uint64_t{m_Random()} << 32) | m_Random();

@@ -54,12 +54,16 @@ LocalTime Shown(const std::tm& fields) {
           fields.tm_hour * 3600L + fields.tm_min * 60L + fields.tm_sec};
 }
 
+bool IsSame(const LocalTime& a, const LocalTime& b) {
+  return a.m_Day == b.m_Day && a.m_Second == b.m_Second;
+}
+
 // Asks the zone in memory and the C library the same.
 class Contest {
  public:
   void AskMoment(long moment) {
     const LocalTime given = m_Zone.LocalTimeAt(moment), wanted = Shown(Fields(moment));
-    if (given.m_Day != wanted.m_Day || given.m_Second != wanted.m_Second) {
+    if (!IsSame(given, wanted)) {
       ADD_FAILURE() << moment << " is day " << wanted.m_Day << " second " << wanted.m_Second
                     << ", not day " << given.m_Day << " second " << given.m_Second;
     }
@@ -87,9 +91,16 @@ class Contest {
            {std::int64_t{change} - away, std::int64_t{change} + away - 1}) {
         const long at = Nox::Clamp32(moment);
         AskMoment(at);
-        AskLocalTime(m_Zone.LocalTimeAt(at));
-        AskLocalTime(AtClockOf(Nox::Sub32(change, 1), at));
-        AskLocalTime(AtClockOf(change, at));
+        const LocalTime shown = m_Zone.LocalTimeAt(at);
+        const LocalTime before = AtClockOf(Nox::Sub32(change, 1), at);
+        const LocalTime after = AtClockOf(change, at);
+        AskLocalTime(shown);
+        if (!IsSame(before, shown)) {
+          AskLocalTime(before);
+        }
+        if (!IsSame(after, shown) && !IsSame(after, before)) {
+          AskLocalTime(after);
+        }
       }
     }
   }
@@ -110,7 +121,7 @@ void CompareZone(const std::string& name) {
   const VirtualTime::Zone zone(name.c_str());
   SCOPED_TRACE(name);
   Contest contest;
-  for (const long change : ClockChanges(ProbeSeconds())) {
+  for (const long change : ClockChangesOf32Bits(ProbeSeconds())) {
     contest.AskAround(change);
     if (::testing::Test::HasFailure()) {
       return;

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
-#include <unordered_map>
+#include <optional>
 
 namespace PlainSchedule {
 namespace {
@@ -24,6 +24,9 @@ std::int64_t Bounded(std::int64_t value) {
 std::int64_t DayOf(std::int64_t seconds) {
   return seconds / SecondsPerDay - (seconds % SecondsPerDay < 0 ? 1 : 0);
 }
+
+constexpr std::int64_t FirstDay = -24898;  // 1901-11-01, some weeks before 32-bit time begins
+constexpr std::int64_t LastDay = 24898;    // and some weeks after it has ended
 
 // Every day of 32-bit time and a few more, counted one at a time: nothing to get wrong.
 class Calendar {
@@ -53,8 +56,6 @@ class Calendar {
   }
 
  private:
-  static constexpr std::int64_t FirstDay = -24898;
-
   static std::tm DayAfter(std::tm date) {
     static const int lengths[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
     const bool isLeapYear = date.tm_year % 4 == 0;  // from 1901 to 2099
@@ -95,13 +96,13 @@ struct Jump {
   std::int64_t moment, offsetBefore, offsetAfter;
 };
 
-// The zone's offsets from UTC, remembered: walks over twenty years come by the same days again and
+// A zone's offsets from UTC, remembered: walks over twenty years come by the same days again and
 // again.
 class Offsets {
  public:
   /// All that the zone uses within two days of the UTC day, earliest first.
   const std::vector<std::int64_t>& AroundDay(std::int64_t dayNumber) {
-    auto& offsets = m_AroundDay[dayNumber];
+    auto& offsets = m_AroundDay.at(static_cast<std::size_t>(dayNumber - FirstDay));
     if (!offsets.empty()) {
       return offsets;
     }
@@ -115,11 +116,8 @@ class Offsets {
   }
 
   /// Where the clocks are set forward within two days of the UTC day.
-  const std::vector<Jump>& JumpsAroundDay(std::int64_t dayNumber) {
-    const auto [entry, isNew] = m_JumpsAroundDay.try_emplace(dayNumber);
-    if (!isNew) {
-      return entry->second;
-    }
+  std::vector<Jump> JumpsAroundDay(std::int64_t dayNumber) {
+    std::vector<Jump> jumps;
     for (std::int64_t quarter = dayNumber * 4 - 8; quarter <= dayNumber * 4 + 12; ++quarter) {
       const std::int64_t before = AtQuarter(quarter), after = AtQuarter(quarter + 1);
       if (after <= before) {
@@ -129,38 +127,43 @@ class Offsets {
       while (AskedFields(moment).tm_gmtoff == before) {
         moment += 60;
       }
-      entry->second.push_back({moment, before, after});
+      jumps.push_back({moment, before, after});
     }
-    return entry->second;
+    return jumps;
   }
 
  private:
+  static constexpr std::int64_t FirstQuarter = (FirstDay - 2) * 4;
+  static constexpr std::int64_t LastQuarter = (LastDay + 4) * 4;
+
   std::int64_t AtQuarter(std::int64_t quarter) {
-    const auto [entry, isNew] = m_AtQuarter.try_emplace(quarter, 0);
-    if (isNew) {
-      entry->second = AskedFields(Bounded(quarter * (SecondsPerDay / 4))).tm_gmtoff;
+    auto& offset = m_AtQuarter.at(static_cast<std::size_t>(quarter - FirstQuarter));
+    if (!offset) {
+      offset = AskedFields(Bounded(quarter * (SecondsPerDay / 4))).tm_gmtoff;
     }
-    return entry->second;
+    return *offset;
   }
 
-  std::unordered_map<std::int64_t, std::vector<std::int64_t>> m_AroundDay;
-  std::unordered_map<std::int64_t, std::vector<Jump>> m_JumpsAroundDay;
-  std::unordered_map<std::int64_t, std::int64_t> m_AtQuarter;
+  std::vector<std::vector<std::int64_t>> m_AroundDay =
+      std::vector<std::vector<std::int64_t>>(LastDay - FirstDay + 1);
+  std::vector<std::optional<long>> m_AtQuarter =
+      std::vector<std::optional<long>>(LastQuarter - FirstQuarter + 1);
 };
 
-Offsets& TheOffsets() {
+// Those of the zone in which the latest trigger was made.
+Offsets offsetsInForce;
+
+void UseZoneInForce() {
   static std::string zone;
-  static Offsets offsets;
   const char* const current = std::getenv("TZ");
   if (zone != (current ? current : "")) {
     zone = current ? current : "";
-    offsets = {};
+    offsetsInForce = {};
   }
-  return offsets;
 }
 
 std::tm LocalFields(std::int64_t moment) {
-  const auto& offsets = TheOffsets().AroundDay(DayOf(moment));
+  const auto& offsets = offsetsInForce.AroundDay(DayOf(moment));
   if (offsets.size() != 1) {
     return AskedFields(moment);
   }
@@ -328,26 +331,31 @@ void LowerTo(std::int64_t& sleepSeconds, std::int64_t seconds) {
   sleepSeconds = std::min(sleepSeconds, seconds);
 }
 
-}  // namespace
-
-std::int64_t MomentOf(const Civil& civil) {
+std::int64_t MomentInForce(const Civil& civil) {
   const std::int64_t asIfUtc = AsIfUtc(civil);
   const std::int64_t dayNumber = TheCalendar().DayNumberOf(civil);
   std::int64_t first = Highest + 1;
-  for (const std::int64_t offset : TheOffsets().AroundDay(dayNumber)) {
+  for (const std::int64_t offset : offsetsInForce.AroundDay(dayNumber)) {
     if (Shows(Bounded(asIfUtc - offset), civil)) {
       first = std::min(first, asIfUtc - offset);
     }
   }
   if (first > Highest) {
     // In the gap: the clock as it ran until then is taken to run on.
-    for (const Jump& jump : TheOffsets().JumpsAroundDay(dayNumber)) {
+    for (const Jump& jump : offsetsInForce.JumpsAroundDay(dayNumber)) {
       if (asIfUtc - jump.offsetBefore >= jump.moment && asIfUtc - jump.offsetAfter < jump.moment) {
         first = std::min(first, asIfUtc - jump.offsetBefore);
       }
     }
   }
   return first < Lowest || first > Highest ? Never : first;
+}
+
+}  // namespace
+
+std::int64_t MomentOf(const Civil& civil) {
+  UseZoneInForce();
+  return MomentInForce(civil);
 }
 
 Trigger::Trigger(const Rule& rule) {
@@ -394,8 +402,8 @@ std::int64_t StartOnDayOf(const Trigger& trigger, std::int64_t moment) {
     return moment;
   }
   const std::tm at = LocalFields(moment), begin = LocalFields(trigger.begin);
-  const std::int64_t start = MomentOf(Civil{at.tm_year + 1900, at.tm_mon + 1, at.tm_mday,
-                                            begin.tm_hour, begin.tm_min, begin.tm_sec});
+  const std::int64_t start = MomentInForce(Civil{at.tm_year + 1900, at.tm_mon + 1, at.tm_mday,
+                                                 begin.tm_hour, begin.tm_min, begin.tm_sec});
   if (start == Never) {
     return Never;
   }

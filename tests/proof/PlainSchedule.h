@@ -30,7 +30,8 @@ struct Rule {
   std::string ToXml() const;
 };
 
-/// A rule with the defaults filled in and every time in seconds since the epoch.
+/// A rule with the defaults filled in and every time in seconds since the epoch. Its times are
+/// local times of the zone in force: no trigger outlives a change of TZ.
 struct Trigger {
   explicit Trigger(const Rule& rule);
 
@@ -48,7 +49,7 @@ struct Answer {
 constexpr std::int64_t Never = -1;
 
 /// The moment at which the zone's clocks show `civil`: the first of two, or as far behind a gap as
-/// the time claims to lie; `never` outside 32 bits.
+/// the time claims to lie; `Never` outside 32 bits.
 std::int64_t MomentOf(const Civil& civil);
 
 std::int64_t StartOnDayOf(const Trigger& trigger, std::int64_t moment);

@@ -1,5 +1,6 @@
 // Ten years of runs in every zone that the system knows: they end, and they only go forward.
 #include "model/TaskTrigger.h"
+#include "tests/proof/ClockChanges.h"
 #include "tests/proof/OwnProcess.h"
 #include "tests/proof/SystemZones.h"
 #include "tests/support/TempDir.h"
@@ -9,13 +10,13 @@
 
 #include <gtest/gtest.h>
 
-#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
 #include <sstream>
-#include <utility>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -26,33 +27,15 @@ constexpr long SweepStart = 1109635200 - 3L * 86400;  // 2005-03-01 UTC
 constexpr long SweepEnd = SweepStart + TenYears + 100L * 86400;
 constexpr long LongestSleep = 86400;
 
-std::pair<long, int> ClockAt(long moment) {
-  const std::time_t time = moment;
-  std::tm fields{};
-  (void)localtime_r(&time, &fields);
-  return {fields.tm_gmtoff, fields.tm_isdst};
-}
-
-// The second at which the clock changes between two moments at which it differs.
-long ChangeBetween(long before, long after) {
-  while (after - before > 1) {
-    const long middle = before + (after - before) / 2;
-    (ClockAt(middle) == ClockAt(before) ? before : after) = middle;
-  }
-  return after;
-}
-
 // All that the sweep can see of a zone. No clock changes twice in a week.
 std::string ClockOverTheSweep(const std::string& zone) {
   const VirtualTime::Zone set(zone.c_str());
-  constexpr long Week = 7L * 86400;
+  std::vector<long> moments = ClockChanges(SweepStart, SweepEnd, 7L * 86400);
+  moments.insert(moments.begin(), SweepStart);
   std::ostringstream text;
-  text << ClockAt(SweepStart).first << ' ' << ClockAt(SweepStart).second;
-  for (long at = SweepStart; at < SweepEnd; at += Week) {
-    const auto [offset, isDaylight] = ClockAt(at + Week);
-    if (ClockAt(at) != std::pair(offset, isDaylight)) {
-      text << ' ' << ChangeBetween(at, at + Week) << ' ' << offset << ' ' << isDaylight;
-    }
+  for (const long moment : moments) {
+    const ClockSetting setting = ClockSettingAt(moment);
+    text << moment << ' ' << setting.m_OffsetFromUtc << ' ' << setting.m_IsDaylight << ' ';
   }
   return text.str();
 }
