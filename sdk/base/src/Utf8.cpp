@@ -1,6 +1,7 @@
 #include "Utf8.h"
 
 #include <cstdint>
+#include <type_traits>
 
 namespace BaseSDK {
 
@@ -30,6 +31,25 @@ LeadByte ReadLead(unsigned char lead) {
 
 bool IsSurrogate(std::uint32_t value) {
   return value >= 0xD800 && value <= 0xDFFF;
+}
+
+/// What of the text comes before its first character that is not ASCII, with room for the rest: of
+/// most texts that is all.
+template <typename To, typename From>
+To AsciiBegin(const From& text) {
+  To begin;
+  begin.resize(text.size());
+  std::size_t length = 0;
+  for (; length < text.size(); ++length) {
+    const auto character =
+        static_cast<std::make_unsigned_t<typename From::value_type>>(text[length]);
+    if (character >= 0x80) {
+      break;
+    }
+    begin[length] = static_cast<typename To::value_type>(character);
+  }
+  begin.resize(length);
+  return begin;
 }
 
 void AppendUtf8(std::uint32_t value, std::string& bytes) {
@@ -75,9 +95,8 @@ std::size_t Utf8Sequence(std::string_view bytes, std::size_t pos, wchar_t& chara
 }
 
 std::wstring Utf8ToWide(std::string_view bytes) {
-  std::wstring text;
-  text.reserve(bytes.size());
-  for (std::size_t pos = 0; pos < bytes.size();) {
+  std::wstring text = AsciiBegin<std::wstring>(bytes);
+  for (std::size_t pos = text.size(); pos < bytes.size();) {
     wchar_t character = 0;
     std::size_t length = Utf8Sequence(bytes, pos, character);
     if (length == 0) {
@@ -92,9 +111,8 @@ std::wstring Utf8ToWide(std::string_view bytes) {
 
 std::string WideToUtf8(const std::wstring& text) {
   constexpr std::uint32_t Replacement = 0xFFFD;
-  std::string bytes;
-  bytes.reserve(text.size());
-  for (const wchar_t character : text) {
+  std::string bytes = AsciiBegin<std::string>(text);
+  for (const wchar_t character : std::wstring_view(text).substr(bytes.size())) {
     const auto value = static_cast<std::uint32_t>(character);
     if (value >= EscapedByte + 0x80u && value <= EscapedByte + 0xFFu) {
       bytes += static_cast<char>(value - EscapedByte);
