@@ -1,3 +1,4 @@
+#include "XmlPath.h"
 #include "XmlScanner.h"
 
 #include <BaseSDK/AXmlDoc.h>
@@ -6,7 +7,7 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <iterator>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -49,21 +50,24 @@ std::string WithoutByteOrderMark(const AString& text) {
   return utf8;
 }
 
+XmlPath::Nodes SelectByXPath(const pugi::xml_document& document, const std::string& xpath) {
+  try {
+    pugi::xpath_node_set nodes = document.select_nodes(xpath.c_str());
+    nodes.sort();
+    return {nodes.begin(), nodes.end()};
+  } catch (const pugi::xpath_exception&) {
+    return {};  // as the header promises
+  }
+}
+
 /// In document order. To XPath, text and CDATA sections side by side are one text node: only the
 /// first of them stays. Nothing for an expression that cannot be read or yields, say, a number.
-std::vector<pugi::xpath_node> SelectNodes(const pugi::xml_document& document,
-                                          const AString& xpath) {
-  std::vector<pugi::xpath_node> selected;
-  try {
-    pugi::xpath_node_set nodes = document.select_nodes(xpath.ToUtf8().c_str());
-    nodes.sort();
-    std::copy_if(nodes.begin(), nodes.end(), std::back_inserter(selected),
-                 [](const pugi::xpath_node& found) {
-                   return !IsText(found.node()) || !IsText(found.node().previous_sibling());
-                 });
-  } catch (const pugi::xpath_exception&) {
-    // The header promises an empty selection.
-  }
+XmlPath::Nodes SelectNodes(const pugi::xml_document& document, const std::string& xpath) {
+  const std::optional<XmlPath> path = XmlPath::Read(xpath);
+  XmlPath::Nodes selected = path ? path->Select(document) : SelectByXPath(document, xpath);
+  std::erase_if(selected, [](const pugi::xpath_node& found) {
+    return IsText(found.node()) && IsText(found.node().previous_sibling());
+  });
   return selected;
 }
 
@@ -73,8 +77,8 @@ struct AXmlDoc::Impl {
   bool Parse(const AString& text);
   bool Fail(const std::string& message);
   bool Fail(std::size_t offset, const std::string& message);
-  std::vector<pugi::xpath_node> Select(const AString& xpath) const {
-    return m_Parsed ? SelectNodes(m_Document, xpath) : std::vector<pugi::xpath_node>();
+  XmlPath::Nodes Select(const AString& xpath) const {
+    return m_Parsed ? SelectNodes(m_Document, xpath.ToUtf8()) : XmlPath::Nodes();
   }
   AString Value(const pugi::xpath_node& selected) const;
   AString Markup(const pugi::xml_node& element) const;
@@ -84,7 +88,7 @@ struct AXmlDoc::Impl {
   std::vector<XmlScanner::Element> m_Elements;
   bool m_Parsed = false;
   AXmlError m_Error;
-  std::vector<pugi::xpath_node> m_Found;
+  XmlPath::Nodes m_Found;
   std::size_t m_Next = 0;  ///< in m_Found; the current node is the one before
 };
 

@@ -13,6 +13,10 @@ bool IsAsciiLetter(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 
+bool IsPlain(char c) {
+  return IsAsciiLetter(c) || (c >= '0' && c <= '9') || c == ' ' || c == '\n';
+}
+
 }  // namespace
 
 std::string_view XmlCursor::TakeQuote() {
@@ -29,6 +33,12 @@ bool XmlCursor::SkipSpace() {
 
 void XmlCursor::SkipTo(std::string_view characters) {
   m_Pos = std::min(m_Text.find_first_of(characters, m_Pos), m_Text.size());
+}
+
+void XmlCursor::SkipPlain() {
+  while (!AtEnd() && IsPlain(m_Text[m_Pos])) {
+    ++m_Pos;
+  }
 }
 
 std::size_t XmlCursor::Decode(std::uint32_t& character) const {

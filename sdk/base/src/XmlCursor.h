@@ -20,7 +20,11 @@ class XmlCursor {
 
   std::size_t Offset() const { return m_Pos; }
   bool AtEnd() const { return m_Pos >= m_Text.size(); }
-  bool LooksAt(std::string_view what) const { return m_Text.substr(m_Pos, what.size()) == what; }
+  /// REQUIRES: `what` is not empty.
+  bool LooksAt(std::string_view what) const {
+    return !AtEnd() && m_Text[m_Pos] == what.front() &&
+           m_Text.compare(m_Pos, what.size(), what) == 0;
+  }
   /// From `begin` to the place.
   std::string_view TextFrom(std::size_t begin) const { return m_Text.substr(begin, m_Pos - begin); }
 
@@ -36,6 +40,9 @@ class XmlCursor {
   bool SkipSpace();
   /// Moves to the next of these characters, or to the end.
   void SkipTo(std::string_view characters);
+
+  /// Moves past letters, digits and blanks, which mean nothing in a text or a value.
+  void SkipPlain();
 
   /// Takes one character that XML allows. REQUIRES: not AtEnd().
   bool ScanCharacter();

@@ -128,7 +128,7 @@ bool XmlScanner::ScanAttributeValue() {
   if (quote.empty()) {
     return Fail("an attribute value needs quotes");
   }
-  while (!Take(quote)) {
+  for (SkipPlain(); !Take(quote); SkipPlain()) {
     if (AtEnd()) {
       return Fail(begin, "an attribute value is not closed");
     }
@@ -169,7 +169,7 @@ bool XmlScanner::ScanText() {
   if (m_Open.empty()) {
     return SkipSpace() || Fail("text outside the root element");
   }
-  while (!AtEnd() && !LooksAt("<")) {
+  for (SkipPlain(); !AtEnd() && !LooksAt("<"); SkipPlain()) {
     if (LooksAt("]]>")) {
       return Fail("\"]]>\" in text; write \"]]&gt;\"");
     }

@@ -74,6 +74,68 @@ TEST(AXmlDoc, WalksASelectionInDocumentOrder) {
   EXPECT_TRUE(All(document, "//none").empty());
 }
 
+// A path in parentheses is an expression that only the XPath engine reads.
+TEST(AXmlDoc, WalksPlainPathsToWhatTheEngineSelects) {
+  const char* const documents[] = {
+      Task,
+      "<a/>",
+      "<a a='1'>x<a a='2'>y<b>1</b><a>z<b a='3' xmlns='u'>2</b></a></a>w<b>3<!-- --><![CDATA[4]]>"
+      "</b><c:b xmlns:c='v' c:a='5' a='6'/><ab a='7'/><?b a?></a>",
+      "<b><b><b a='1'/></b><a><b a='2'>t<![CDATA[]]></b></a></b>",
+  };
+  const char* const paths[] = {
+      "/a",
+      "/b",
+      "/a/b",
+      "/a/a/b",
+      "/b/b/b",
+      "//a",
+      "//b",
+      "//a/text()",
+      "//a/@a",
+      "//b/text()",
+      "/a/text()",
+      "/a/@a",
+      "/a/b/text()",
+      "/a/a/b/@a",
+      "/b/b/b/@a",
+      "/b/a/b/text()",
+      "//b/@a",
+      "//b/@xmlns",
+      "//ab/@a",
+      "//c:b",
+      "//b/@c:a",
+      "/a/a/a/b/text()",
+      "/a//b",
+      "//a/b",
+      "/Task/@Enabled",
+      "//HandlerCLSID/text()",
+      "//Trigger",
+      "/Task/Schedule/Trigger/@Type",
+      "/text()",
+      "/@a",
+      "//text()",
+      "//@a",
+      "//a/",
+      "a/b",
+      "/a/@a/b",
+      "/a/text()/b",
+      "//a/b/@a",
+      "//1",
+      "/a/@",
+      "/",
+  };
+  for (const char* const text : documents) {
+    AXmlDoc document{AString(text)};
+    ASSERT_TRUE(document.IsParsed()) << text;
+    for (const std::string path : paths) {
+      EXPECT_EQ(All(document, AString(path.c_str())),
+                All(document, AString(("(" + path + ")").c_str())))
+          << path << " in " << text;
+    }
+  }
+}
+
 TEST(AXmlDoc, HasNoCurrentNodeBeforeAndAfterTheSelection) {
   AXmlDoc document{AString("<a>x</a>")};
   EXPECT_FALSE(document.Read());

@@ -1,0 +1,100 @@
+#include "XmlPath.h"
+
+#include <algorithm>
+
+namespace BaseSDK {
+
+namespace {
+
+bool IsLetterOrDigit(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+}
+
+bool IsPlainName(std::string_view name) {
+  return !name.empty() && !(name.front() >= '0' && name.front() <= '9') &&
+         std::all_of(name.begin(), name.end(), IsLetterOrDigit);
+}
+
+/// What stands before the next "/"; `path` goes on behind it.
+std::string_view TakeStep(std::string_view& path) {
+  const std::size_t end = std::min(path.find('/'), path.size());
+  const std::string_view step = path.substr(0, end);
+  path.remove_prefix(std::min(end + 1, path.size()));
+  return step;
+}
+
+}  // namespace
+
+std::optional<XmlPath> XmlPath::Read(std::string_view path) {
+  XmlPath read;
+  read.m_IsAnywhere = path.starts_with("//");
+  if (!path.starts_with("/") || path.ends_with("/")) {
+    return std::nullopt;
+  }
+  path.remove_prefix(read.m_IsAnywhere ? 2 : 1);
+  while (!path.empty()) {
+    const std::string_view step = TakeStep(path);
+    if (IsPlainName(step)) {
+      read.m_Elements.emplace_back(step);
+    } else if (!path.empty() || !read.ReadLastStep(step)) {
+      return std::nullopt;
+    }
+  }
+  const std::size_t names = read.m_Elements.size();
+  return names == 1 || (names > 1 && !read.m_IsAnywhere) ? std::optional(read) : std::nullopt;
+}
+
+bool XmlPath::ReadLastStep(std::string_view step) {
+  if (step == "text()") {
+    m_Kind = Kind::Text;
+    return true;
+  }
+  m_Kind = Kind::Attribute;
+  m_Attribute = step.substr(std::min(step.size(), std::size_t{1}));
+  // To XPath a declaration of a namespace is no attribute.
+  return step.starts_with('@') && IsPlainName(m_Attribute) && m_Attribute != "xmlns";
+}
+
+XmlPath::Nodes XmlPath::Select(const pugi::xml_document& document) const {
+  Nodes selected;
+  SelectBelow(document, 0, selected);
+  return selected;
+}
+
+void XmlPath::SelectBelow(const pugi::xml_node& node, std::size_t depth, Nodes& selected) const {
+  const bool wantsTexts = m_Kind == Kind::Text && EndsAt(node, depth);
+  for (const pugi::xml_node& child : node.children()) {
+    if (child.type() == pugi::node_element) {
+      if (EndsAt(child, depth + 1)) {
+        SelectAt(child, selected);
+      }
+      if (Passes(child, depth + 1)) {
+        SelectBelow(child, depth + 1, selected);
+      }
+    } else if (wantsTexts &&
+               (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata)) {
+      selected.emplace_back(child);
+    }
+  }
+}
+
+void XmlPath::SelectAt(const pugi::xml_node& element, Nodes& selected) const {
+  if (m_Kind == Kind::Element) {
+    selected.emplace_back(element);
+  } else if (m_Kind == Kind::Attribute) {
+    if (const pugi::xml_attribute attribute = element.attribute(m_Attribute.c_str())) {
+      selected.emplace_back(attribute, element);
+    }
+  }
+}
+
+bool XmlPath::Passes(const pugi::xml_node& element, std::size_t depth) const {
+  return m_IsAnywhere || (depth <= m_Elements.size() && m_Elements[depth - 1] == element.name());
+}
+
+bool XmlPath::EndsAt(const pugi::xml_node& element, std::size_t depth) const {
+  const bool isDeepEnough = m_IsAnywhere ? depth > 0 : depth == m_Elements.size();
+  return isDeepEnough && m_Elements.back() == element.name();
+}
+
+}  // namespace BaseSDK
