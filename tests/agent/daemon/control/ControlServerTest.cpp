@@ -450,13 +450,17 @@ long ResidentKilobytes() {
 }
 
 TEST_F(ControlServerTest, MemoryStaysLevelUnderHostileRequests) {
-  const auto round = [this] {
-    (void)Ask("POST", "/v1/notify", std::string(ControlServer::MaxBodyBytes + 1, 'x'));
-    (void)Ask("POST", "/v1/notify", std::string(1000000, '['));
-    (void)Raw("POST /v1/notify HTTP/1.1\r\nContent-Length: 1000000\r\n\r\n" +
-              std::string(500000, 'x'));
-    (void)Ask("POST", "/v1/one/INoxTaskScheduler/AddTask",
-              Json{{"taskId", "a"}, {"taskXml", std::string(1000000, '<')}}.Dump());
+  const std::string tooLarge(ControlServer::MaxBodyBytes + 1, 'x');
+  const std::string tooDeep(1000000, '[');
+  const std::string unfinished =
+      "POST /v1/notify HTTP/1.1\r\nContent-Length: 1000000\r\n\r\n" + std::string(500000, 'x');
+  const std::string noDocument =
+      Json{{"taskId", "a"}, {"taskXml", std::string(1000000, '<')}}.Dump();
+  const auto round = [&] {
+    (void)Ask("POST", "/v1/notify", tooLarge);
+    (void)Ask("POST", "/v1/notify", tooDeep);
+    (void)Raw(unfinished);
+    (void)Ask("POST", "/v1/one/INoxTaskScheduler/AddTask", noDocument);
   };
   const auto growth = [&round] {
     const long before = ResidentKilobytes();
