@@ -16,6 +16,7 @@ namespace BaseSDK {
 
 namespace {
 
+constexpr std::size_t AllNodes = static_cast<std::size_t>(-1);
 constexpr std::string_view Utf8ByteOrderMark = "\xEF\xBB\xBF";
 
 bool IsText(const pugi::xml_node& node) {
@@ -60,11 +61,13 @@ XmlPath::Nodes SelectByXPath(const pugi::xml_document& document, const std::stri
   }
 }
 
-/// In document order. To XPath, text and CDATA sections side by side are one text node: only the
-/// first of them stays. Nothing for an expression that cannot be read or yields, say, a number.
-XmlPath::Nodes SelectNodes(const pugi::xml_document& document, const std::string& xpath) {
+/// In document order; of a plain path only the first `most`. To XPath, text and CDATA sections side
+/// by side are one text node: only the first of them stays. Nothing for an expression that cannot
+/// be read or yields, say, a number.
+XmlPath::Nodes SelectNodes(const pugi::xml_document& document, const std::string& xpath,
+                           std::size_t most) {
   const std::optional<XmlPath> path = XmlPath::Read(xpath);
-  XmlPath::Nodes selected = path ? path->Select(document) : SelectByXPath(document, xpath);
+  XmlPath::Nodes selected = path ? path->Select(document, most) : SelectByXPath(document, xpath);
   std::erase_if(selected, [](const pugi::xpath_node& found) {
     return IsText(found.node()) && IsText(found.node().previous_sibling());
   });
@@ -77,8 +80,8 @@ struct AXmlDoc::Impl {
   bool Parse(const AString& text);
   bool Fail(const std::string& message);
   bool Fail(std::size_t offset, const std::string& message);
-  XmlPath::Nodes Select(const AString& xpath) const {
-    return m_Parsed ? SelectNodes(m_Document, xpath.ToUtf8()) : XmlPath::Nodes();
+  XmlPath::Nodes Select(const AString& xpath, std::size_t most = AllNodes) const {
+    return m_Parsed ? SelectNodes(m_Document, xpath.ToUtf8(), most) : XmlPath::Nodes();
   }
   AString Value(const pugi::xpath_node& selected) const;
   AString Markup(const pugi::xml_node& element) const;
@@ -180,7 +183,7 @@ const AXmlDoc::AXmlError& AXmlDoc::Error() const {
 }
 
 AString AXmlDoc::SelectSingleNode(const AString& xpath) const {
-  const auto nodes = m_Impl->Select(xpath);
+  const auto nodes = m_Impl->Select(xpath, 1);
   return nodes.empty() ? AString() : m_Impl->Value(nodes[0]);
 }
 

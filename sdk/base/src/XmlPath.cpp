@@ -34,14 +34,21 @@ std::optional<XmlPath> XmlPath::Read(std::string_view path) {
   path.remove_prefix(read.m_IsAnywhere ? 2 : 1);
   while (!path.empty()) {
     const std::string_view step = TakeStep(path);
-    if (IsPlainName(step)) {
-      read.m_Elements.emplace_back(step);
-    } else if (!path.empty() || !read.ReadLastStep(step)) {
+    const bool isLast = path.empty();
+    if (!read.ReadElement(step) && !(isLast && read.ReadLastStep(step))) {
       return std::nullopt;
     }
   }
-  const std::size_t names = read.m_Elements.size();
-  return names == 1 || (names > 1 && !read.m_IsAnywhere) ? std::optional(read) : std::nullopt;
+  const bool isKnown = read.m_Depth == 1 || (read.m_Depth > 1 && !read.m_IsAnywhere);
+  return isKnown ? std::optional(read) : std::nullopt;
+}
+
+bool XmlPath::ReadElement(std::string_view step) {
+  if (!IsPlainName(step) || m_Depth == MaxNames) {
+    return false;
+  }
+  m_Elements[m_Depth++] = step;
+  return true;
 }
 
 bool XmlPath::ReadLastStep(std::string_view step) {
@@ -55,21 +62,23 @@ bool XmlPath::ReadLastStep(std::string_view step) {
   return step.starts_with('@') && IsPlainName(m_Attribute) && m_Attribute != "xmlns";
 }
 
-XmlPath::Nodes XmlPath::Select(const pugi::xml_document& document) const {
+XmlPath::Nodes XmlPath::Select(const pugi::xml_document& document, std::size_t most) const {
   Nodes selected;
-  SelectBelow(document, 0, selected);
+  SelectBelow(document, 0, most, selected);
   return selected;
 }
 
-void XmlPath::SelectBelow(const pugi::xml_node& node, std::size_t depth, Nodes& selected) const {
+void XmlPath::SelectBelow(const pugi::xml_node& node, std::size_t depth, std::size_t most,
+                          Nodes& selected) const {
   const bool wantsTexts = m_Kind == Kind::Text && EndsAt(node, depth);
-  for (const pugi::xml_node& child : node.children()) {
+  for (pugi::xml_node child = node.first_child(); child && selected.size() < most;
+       child = child.next_sibling()) {
     if (child.type() == pugi::node_element) {
       if (EndsAt(child, depth + 1)) {
         SelectAt(child, selected);
       }
-      if (Passes(child, depth + 1)) {
-        SelectBelow(child, depth + 1, selected);
+      if (selected.size() < most && Passes(child, depth + 1)) {
+        SelectBelow(child, depth + 1, most, selected);
       }
     } else if (wantsTexts &&
                (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata)) {
@@ -82,19 +91,21 @@ void XmlPath::SelectAt(const pugi::xml_node& element, Nodes& selected) const {
   if (m_Kind == Kind::Element) {
     selected.emplace_back(element);
   } else if (m_Kind == Kind::Attribute) {
-    if (const pugi::xml_attribute attribute = element.attribute(m_Attribute.c_str())) {
-      selected.emplace_back(attribute, element);
+    for (const pugi::xml_attribute& attribute : element.attributes()) {
+      if (m_Attribute == attribute.name()) {
+        selected.emplace_back(attribute, element);
+      }
     }
   }
 }
 
 bool XmlPath::Passes(const pugi::xml_node& element, std::size_t depth) const {
-  return m_IsAnywhere || (depth <= m_Elements.size() && m_Elements[depth - 1] == element.name());
+  return m_IsAnywhere || (depth <= m_Depth && m_Elements[depth - 1] == element.name());
 }
 
 bool XmlPath::EndsAt(const pugi::xml_node& element, std::size_t depth) const {
-  const bool isDeepEnough = m_IsAnywhere ? depth > 0 : depth == m_Elements.size();
-  return isDeepEnough && m_Elements.back() == element.name();
+  const bool isDeepEnough = m_IsAnywhere ? depth > 0 : depth == m_Depth;
+  return isDeepEnough && m_Elements[m_Depth - 1] == element.name();
 }
 
 }  // namespace BaseSDK

@@ -129,8 +129,9 @@ TEST(AXmlDoc, WalksPlainPathsToWhatTheEngineSelects) {
     AXmlDoc document{AString(text)};
     ASSERT_TRUE(document.IsParsed()) << text;
     for (const std::string path : paths) {
-      EXPECT_EQ(All(document, AString(path.c_str())),
-                All(document, AString(("(" + path + ")").c_str())))
+      const AString plain(path.c_str()), expression(("(" + path + ")").c_str());
+      EXPECT_EQ(All(document, plain), All(document, expression)) << path << " in " << text;
+      EXPECT_EQ(document.SelectSingleNode(plain), document.SelectSingleNode(expression))
           << path << " in " << text;
     }
   }
