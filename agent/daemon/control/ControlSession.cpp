@@ -19,6 +19,7 @@ namespace {
 
 constexpr std::size_t BufferBytes = 2 * ControlServer::MaxHeaderBytes;
 constexpr unsigned SecondsToLinger = 1;
+constexpr unsigned SecondsToCutAgain = 1;
 
 RequestError TooLarge() {
   return RequestError(HttpStatus::BodyTooLarge, "body-too-large",
@@ -240,13 +241,19 @@ void ControlSession::End() {
 
 void ControlSession::StartTimer(unsigned seconds) {
   m_TimedOut = false;
+  CutAfter(seconds, ++m_LastTimer);
+}
+
+// A timer that has run out when it is set anew still calls its handler; that call is ignored. What
+// is under way goes on when it stood between two of its steps just then: it is cut again.
+void ControlSession::CutAfter(unsigned seconds, unsigned number) {
   (void)m_Timer.expires_after(std::chrono::seconds(seconds));
-  // A timer that has run out when it is set anew still calls its handler; that call is ignored.
-  m_Timer.async_wait([self = shared_from_this(), number = ++m_LastTimer](Error error) {
+  m_Timer.async_wait([self = shared_from_this(), number](Error error) {
     if (!error && !self->m_Ended && number == self->m_LastTimer) {
       self->m_TimedOut = true;
       Error ignored;
       (void)self->m_Socket.cancel(ignored);
+      self->CutAfter(SecondsToCutAgain, number);
     }
   });
 }

@@ -75,6 +75,7 @@ class ControlSession : public std::enable_shared_from_this<ControlSession> {
   void Discard();
   void End();
   void StartTimer(unsigned seconds);
+  void CutAfter(unsigned seconds, unsigned number);
   void StopTimer();
 
   Socket m_Socket;
