@@ -26,7 +26,7 @@ std::int64_t DayOf(std::int64_t seconds) {
 }
 
 constexpr std::int64_t FirstDay = -24898;  // 1901-11-01, some weeks before 32-bit time begins
-constexpr std::int64_t LastDay = 24898;    // and some weeks after it has ended
+constexpr std::int64_t LastDay = 25201;    // 2038-12-31, some months after it has ended
 
 // Every day of 32-bit time and a few more, counted one at a time: nothing to get wrong.
 class Calendar {
