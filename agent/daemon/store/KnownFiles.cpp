@@ -4,9 +4,14 @@ using BaseSDK::AMutexGuard;
 
 namespace NoxAgent {
 
-void KnownFiles::Accept(const std::string& name, const FileIdentity& identity, bool settled) {
+void KnownFiles::Accept(const std::string& name, const FileIdentity& identity, bool settled,
+                        Reader reader) {
   AMutexGuard guard(m_Lock);
-  Renew(name, identity).m_Accepted = settled;
+  Entry& entry = Renew(name, identity);
+  entry.m_Accepted = settled;
+  if (reader == Reader::Scheduler) {
+    entry.m_InMemory = identity;
+  }
 }
 
 bool KnownFiles::Refuse(const std::string& name, const FileIdentity& identity,
@@ -22,7 +27,7 @@ bool KnownFiles::Refuse(const std::string& name, const FileIdentity& identity,
 
 void KnownFiles::Write(const std::string& name, const FileIdentity& identity) {
   AMutexGuard guard(m_Lock);
-  (void)Renew(name, identity);
+  Renew(name, identity).m_InMemory = identity;
 }
 
 void KnownFiles::Forget(const std::string& name) {
@@ -30,7 +35,7 @@ void KnownFiles::Forget(const std::string& name) {
   m_Entries.erase(name);
 }
 
-bool KnownFiles::IsAccepted(const std::string& name, const FileIdentity& identity) {
+bool KnownFiles::IsAccepted(const std::string& name, const FileIdentity& identity, Reader reader) {
   AMutexGuard guard(m_Lock);
   const auto found = m_Entries.find(name);
   if (found == m_Entries.end() || !found->second.m_Accepted ||
@@ -38,13 +43,16 @@ bool KnownFiles::IsAccepted(const std::string& name, const FileIdentity& identit
     return false;
   }
   found->second.m_Reading = m_Reading;
+  if (reader == Reader::Scheduler) {
+    found->second.m_InMemory = identity;
+  }
   return true;
 }
 
 bool KnownFiles::IsCurrent(const std::string& name, const FileIdentity& identity) const {
   AMutexGuard guard(m_Lock);
   const auto found = m_Entries.find(name);
-  return found != m_Entries.end() && found->second.m_Identity == identity;
+  return found != m_Entries.end() && found->second.m_InMemory == identity;
 }
 
 std::optional<Refusal> KnownFiles::RefusalOf(const std::string& name) const {
@@ -66,7 +74,7 @@ void KnownFiles::EndReading() {
 
 KnownFiles::Entry& KnownFiles::Renew(const std::string& name, const FileIdentity& identity) {
   Entry& entry = m_Entries[name];
-  entry = {identity, false, std::nullopt, m_Reading};
+  entry = {identity, entry.m_InMemory, false, std::nullopt, m_Reading};
   return entry;
 }
 

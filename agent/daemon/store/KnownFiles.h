@@ -19,9 +19,12 @@ namespace NoxAgent {
 /// [any thread]
 class KnownFiles {
  public:
-  /// The file was handed to the scheduler for reading. With `settled` false it is judged again next
-  /// time: it was changed so recently that another change might not show.
-  void Accept(const std::string& name, const FileIdentity& identity, bool settled)
+  /// For whom a file is read: the scheduler then has it in memory, and a client has not.
+  enum class Reader { Scheduler, Client };
+
+  /// The file was handed out for reading. With `settled` false it is judged again next time: it was
+  /// changed so recently that another change might not show.
+  void Accept(const std::string& name, const FileIdentity& identity, bool settled, Reader reader)
       NOX_EXCLUDES(m_Lock);
   /// The file cannot be read as a task and stays where it is. True when this is news: an unknown
   /// file, or another condition or reason than last time.
@@ -31,9 +34,10 @@ class KnownFiles {
   void Write(const std::string& name, const FileIdentity& identity) NOX_EXCLUDES(m_Lock);
   void Forget(const std::string& name) NOX_EXCLUDES(m_Lock);
 
-  /// Whether the file was accepted in this very condition and as settled. The reading under way
-  /// then counts it as still there.
-  bool IsAccepted(const std::string& name, const FileIdentity& identity) NOX_EXCLUDES(m_Lock);
+  /// Whether the file was accepted in this very condition and as settled. It is then handed out,
+  /// and the reading under way counts it as still there.
+  bool IsAccepted(const std::string& name, const FileIdentity& identity, Reader reader)
+      NOX_EXCLUDES(m_Lock);
   /// Whether the scheduler has read or written the file in this condition: nobody else has changed
   /// it since.
   bool IsCurrent(const std::string& name, const FileIdentity& identity) const NOX_EXCLUDES(m_Lock);
@@ -48,6 +52,7 @@ class KnownFiles {
  private:
   struct Entry {
     FileIdentity m_Identity;
+    FileIdentity m_InMemory;  ///< of what the scheduler has; no file's when it has none
     bool m_Accepted = false;
     std::optional<Refusal> m_Refusal;
     unsigned long m_Reading = 0;

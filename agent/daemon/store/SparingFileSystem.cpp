@@ -51,11 +51,19 @@ int SparingFileSystem::WithSpare(const OpenCall& open) {
   }
   (void)::close(m_Spare);
   m_Spare = -1;
-  return open();
+  const int secondError = open();
+  if (secondError != 0) {
+    FillSpare();  // nothing was opened whose closing would do it
+  }
+  return secondError;
 }
 
 void SparingFileSystem::Refill() {
   AMutexGuard guard(m_Lock);
+  FillSpare();
+}
+
+void SparingFileSystem::FillSpare() {
   if (m_Spare < 0) {
     m_Spare = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
   }

@@ -28,6 +28,7 @@ class SparingFileSystem final : public ForwardingFileSystem {
   template <class OpenCall>
   int WithSpare(const OpenCall& open) NOX_EXCLUDES(m_Lock);
   void Refill() NOX_EXCLUDES(m_Lock);
+  void FillSpare() NOX_REQUIRES(m_Lock);
 
   BaseSDK::AMutex m_Lock;
   int m_Spare NOX_GUARDED_BY(m_Lock) = -1;

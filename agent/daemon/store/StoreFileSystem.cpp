@@ -115,13 +115,17 @@ int StoreFileSystem::Unlink(const char* path) {
   return WithoutThrowing([&] {
     const std::optional<std::string> name = TaskFileAt(path);
     if (name && !AMsgQueue::IsAnswering()) {
-      return m_Remover.Remove(*name, path);
+      const int error = m_Remover.Remove(*name, path);
+      if (error == 0 || error == ENOENT) {
+        m_WriteTrouble.Forget(*name);
+      }
+      return error;
     }
     const int error = ForwardingFileSystem::Unlink(path);
-    if (name && error == 0) {
+    if (name && (error == 0 || error == ENOENT)) {
       m_Known.Forget(*name);
       m_WriteTrouble.Forget(*name);
-    } else if (name && error != ENOENT && error != EINTR) {
+    } else if (name && error != EINTR) {
       WriteFailures::Note(*name, error);
     }
     return error;

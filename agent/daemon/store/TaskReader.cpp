@@ -3,6 +3,8 @@
 #include "agent/daemon/process/AgentLog.h"
 #include "agent/daemon/store/WholeFile.h"
 
+#include <AgentInterfacesV3/AMsgQueue.h>
+
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -12,6 +14,7 @@
 using BaseSDK::AFileSystem;
 using BaseSDK::ALogger;
 using BaseSDK::AString;
+using Corvane::AgentInterfacesV3::AMsgQueue;
 
 namespace NoxAgent {
 namespace {
@@ -25,6 +28,10 @@ constexpr std::int64_t SecondsToSettle = 2;
 // clocks of file systems are coarse.
 bool IsSettled(const FileIdentity& identity) {
   return identity.m_Modified / NanosecondsPerSecond + SecondsToSettle < std::time(nullptr);
+}
+
+KnownFiles::Reader ReaderOfNow() {
+  return AMsgQueue::IsAnswering() ? KnownFiles::Reader::Client : KnownFiles::Reader::Scheduler;
 }
 
 // "T1.vsk:3:7: not well formed"
@@ -87,7 +94,8 @@ int TaskReader::LookAt(const std::string& name, int fd, Look& look) {
     look.m_Refusal = Refusal{S_ISDIR(info.m_Mode) ? "it is a directory" : "it is no regular file"};
     return 0;
   }
-  return m_Parts.m_Known.IsAccepted(name, look.m_Identity) ? 0 : Judge(name, fd, look);
+  return m_Parts.m_Known.IsAccepted(name, look.m_Identity, ReaderOfNow()) ? 0
+                                                                          : Judge(name, fd, look);
 }
 
 int TaskReader::Judge(const std::string& name, int fd, Look& look) {
@@ -103,7 +111,7 @@ int TaskReader::Judge(const std::string& name, int fd, Look& look) {
   look.m_Refusal = error == EFBIG ? Refusal{"it is larger than 16 MiB"} : JudgeDocument(bytes);
   if (!look.m_Refusal) {
     m_Parts.m_Open.AddJudged(fd, std::move(bytes));
-    m_Parts.m_Known.Accept(name, look.m_Identity, IsSettled(look.m_Identity));
+    m_Parts.m_Known.Accept(name, look.m_Identity, IsSettled(look.m_Identity), ReaderOfNow());
   }
   return 0;
 }

@@ -66,6 +66,19 @@ TEST(SparingFileSystem, OpensAFileAfterAllWhenNoDescriptorIsLeft) {
   }
 }
 
+TEST(SparingFileSystem, KeepsItsSpareForAFileThatIsThere) {
+  AFileSystem system;
+  SparingFileSystem files(system);
+  UseOnce(system);
+  UseOnce(files);
+  const NoDescriptors none;
+  int fd = -1;
+  EXPECT_EQ(files.Open("/no/such/file", O_RDONLY, 0, fd), ENOENT);
+  EXPECT_EQ(::dup(0), -1) << "nobody else gets it";
+  EXPECT_EQ(files.Open("/dev/null", O_RDONLY, 0, fd), 0);
+  EXPECT_EQ(files.Close(fd), 0);
+}
+
 TEST(SparingFileSystem, ListsADirectoryAfterAllWhenNoDescriptorIsLeft) {
   AFileSystem system;
   SparingFileSystem files(system);

@@ -4,6 +4,9 @@
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempDir.h"
 
+#include <AgentInterfacesV3/AMsgIn.h>
+#include <AgentInterfacesV3/AMsgQueue.h>
+#include <AgentInterfacesV3/AMsgQueueServer.h>
 #include <BaseSDK/AFile.h>
 #include <BaseSDK/AResult.h>
 #include <BaseSDK/AUtf8Encoding.h>
@@ -26,6 +29,31 @@ namespace NoxAgent {
 namespace {
 
 constexpr const char* Good = "<Task><Schedule><Trigger Type=\"-1\"/></Schedule></Task>";
+
+// Does what is given as the answer to a request: for a client.
+class ClientsRequest : public Corvane::AgentInterfacesV3::AMsgQueueServer {
+ public:
+  static void Do(const std::function<void()>& work) {
+    using namespace Corvane::AgentInterfacesV3;
+    AMsgQueue queue(5);
+    ClientsRequest request(work);
+    ASSERT_EQ(request.Open(5), 1);
+    AMsgReply reply;
+    AMsgIn message("INoxTaskScheduler", "GetTaskXML", reply);
+    EXPECT_EQ(queue.Send(message), 1);
+  }
+
+  long ProcessRequest(const Corvane::AgentInterfacesV3::AMsgIn* request) override {
+    m_Work();
+    request->Reply().SetResult(1, {});
+    return 1;
+  }
+
+ private:
+  explicit ClientsRequest(std::function<void()> work) : m_Work(std::move(work)) {}
+
+  const std::function<void()> m_Work;
+};
 
 // The disk, with what a test has happen in front of its calls.
 class Disk : public TestSupport::ForwardingFileSystem {
@@ -243,6 +271,28 @@ TEST_F(StoreFileSystemTest, AFileThatWasChangedMeanwhileOutlivesItsTask) {
   EXPECT_EQ(m_Log.CountContaining("its file was changed meanwhile"), 1U);
 }
 
+TEST_F(StoreFileSystemTest, AChangedFileThatOnlyAClientHasReadOutlivesItsTask) {
+  Put("T1.vsk", Good);
+  (void)Read("T1.vsk");
+  Put("T1.vsk", std::string(Good) + " ");
+  ClientsRequest::Do([&] { EXPECT_EQ(Read("T1.vsk"), std::string(Good) + " "); });
+  EXPECT_EQ(Remove("T1.vsk"), ESTALE);
+  EXPECT_TRUE(Has("T1.vsk"));
+  (void)Read("T1.vsk");
+  EXPECT_EQ(Remove("T1.vsk"), 0) << "the scheduler has read it now";
+}
+
+TEST_F(StoreFileSystemTest, AChangedFileThatAClientWasRefusedOutlivesItsTask) {
+  Put("T1.vsk", Good);
+  (void)Read("T1.vsk");
+  Put("T1.vsk", "bad");
+  m_Disk.m_RenameError = ENOSPC;
+  ClientsRequest::Do([&] { EXPECT_EQ(Read("T1.vsk"), Missing); });
+  m_Disk.m_RenameError = 0;
+  EXPECT_EQ(Remove("T1.vsk"), ESTALE);
+  EXPECT_TRUE(Has("T1.vsk"));
+}
+
 TEST_F(StoreFileSystemTest, AFileThatTakesThePlaceOfAnEndedOneStays) {
   Put("T1.vsk", Good);
   (void)Read("T1.vsk");
@@ -273,6 +323,17 @@ TEST_F(StoreFileSystemTest, TellsOnceThatFilesCannotBeWrittenAndThatTheyCanAgain
   EXPECT_EQ(Write("T1.vsk", Good), 0);
   EXPECT_TRUE(
       m_Log.Has(ALogger::Notice, "Task files can be written again; writing failed 2 times"));
+}
+
+TEST_F(StoreFileSystemTest, AnEndedTaskLeavesNoWriteFailureToItsSuccessor) {
+  Put("T1.vsk", Good);
+  (void)Read("T1.vsk");
+  m_Disk.m_WriteError = ENOSPC;
+  EXPECT_EQ(Write("T1.vsk", Good), ENOSPC);
+  EXPECT_EQ(m_Store.Trouble().ErrorOf("T1.vsk"), ENOSPC);
+  m_Disk.m_WriteError = 0;
+  EXPECT_EQ(Remove("T1.vsk"), 0);
+  EXPECT_EQ(m_Store.Trouble().ErrorOf("T1.vsk"), 0);
 }
 
 TEST_F(StoreFileSystemTest, AFileThatCannotBeReadIsToldOfOnceAndStays) {
