@@ -50,6 +50,10 @@ int RunClient(const std::vector<std::string>& arguments, std::istream& in, std::
   }
   try {
     (void)line.Parse(arguments, out);
+    if (!out.flush()) {
+      throw CommandError(ExitCode::Failed,
+                         "the answer could not be written; see that there is room for it");
+    }
     return static_cast<int>(context.m_ExitCode);
   } catch (const CommandLineError& error) {
     // The words before the option may be those that could not be read, so it is looked for here.

@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <sstream>
+
 namespace NoxAgentTest {
 
 TEST_F(Client, RefusedIdsAreBadUsage) {
@@ -21,6 +24,15 @@ TEST_F(Client, EmptyPathsAreRefusedWhereverTheyStand) {
     EXPECT_EQ(2, RunAsGiven(arguments)) << testing::PrintToString(arguments);
     ExpectError(": the path is empty");
   }
+}
+
+TEST_F(Client, AnAnswerThatCannotBeWrittenIsAnError) {
+  std::ofstream full("/dev/full");
+  std::istringstream in;
+  std::ostringstream errors;
+  EXPECT_EQ(1, NoxAgent::RunClient({"--version"}, in, full, errors));
+  EXPECT_EQ("noxctl: the answer could not be written; see that there is room for it\n",
+            errors.str());
 }
 
 TEST_F(Client, CommandsOnUnknownTasksFailAndSayWhereToLook) {
