@@ -130,7 +130,9 @@ void Run::Advance() {
 
 void Run::End(EndReason reason) {
   if (!m_KillAt && !m_IsOver) {
-    m_Reason = m_End ? EndReason::None : reason;
+    // It may have ended by itself, unnoticed so far. Advance is left to notice it.
+    const bool hasEnded = m_End || m_Child.End();
+    m_Reason = hasEnded ? EndReason::None : reason;
     Terminate();
   }
 }

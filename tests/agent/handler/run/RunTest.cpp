@@ -10,7 +10,11 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <latch>
 #include <string>
+#include <thread>
+#include <utility>
+#include <vector>
 
 using BaseSDK::ALogger;
 
@@ -49,6 +53,31 @@ TEST_F(Run, IsOkAfterExitStatusZero) {
   const auto told = TimeTold("Task 'a' succeeded: exit status 0 after ");
   EXPECT_GE(told.count(), 0);
   EXPECT_LE(told, Clock::now() - begin);
+}
+
+TEST_F(Run, IsOkWhenItHasEndedBeforeItIsAskedTo) {
+  AddGatedJob("a");
+  AddJob("b", "exit 0");
+  StartSupervisor();
+  Dispatch("a");
+  const std::string process = Started();
+  std::thread stop;
+  bool isFirst = true;
+  m_Scheduler.OnState([&] {
+    if (std::exchange(isFirst, false)) {  // the supervisor is telling of the other run
+      OpenGate();
+      EXPECT_TRUE(WaitForEnd(process));
+      std::latch begins(1);
+      stop = std::thread([&] {
+        begins.count_down();
+        EXPECT_TRUE(m_Supervisor->Stop());
+      });
+      begins.wait();
+    }
+  });
+  Dispatch("b");
+  EXPECT_EQ(m_Scheduler.WaitForStates(2), (std::vector<std::string>{"b Ok", "a Ok"}));
+  stop.join();
 }
 
 TEST_F(Run, IsFailedAfterAnyOtherExitStatus) {
