@@ -17,9 +17,11 @@ struct HandlerSettings {
   /// How long killed processes may take to be gone. Even to end, a process needs a processor, and
   /// on a machine that is short of everything it may get none for seconds.
   static constexpr std::chrono::seconds AfterKill{10};
-  /// How many runs go on at the same time; each takes three file descriptors.
-  std::size_t m_MaxRuns = 200;
-  bool m_LogOutput = true;  ///< whether the output of the commands goes to the log too
+  /// What a run takes while it goes on: its process, the two pipes from it and its output file. To
+  /// end it takes one more for each of its processes, for a moment.
+  static constexpr unsigned long DescriptorsPerRun = 4;
+  std::size_t m_MaxRuns = 200;  ///< how many runs go on at the same time
+  bool m_LogOutput = true;      ///< whether the output of the commands goes to the log too
 
   /// The path of the task's job file.
   BaseSDK::AString JobFile(const BaseSDK::AString& taskId) const {

@@ -21,7 +21,6 @@ constexpr long KillGraceSeconds = 5;
 constexpr long MaxGraceSeconds = 3600;
 constexpr long MaxRuns = 200;
 constexpr long MaxMaxRuns = 100000;
-constexpr unsigned long DescriptorsPerRun = 3;
 constexpr unsigned long DescriptorsOfAgent = 200;  // sockets, logs, files for a moment
 
 [[noreturn]] void Refuse(const AString& key, const AString& reason) {
@@ -67,7 +66,9 @@ bool YesOrNo(const char* key, bool fallback) {
 
 unsigned long RunsThatFit() {
   const unsigned long limit = BaseSDK::ADescriptorLimit::Current();
-  return limit > DescriptorsOfAgent ? (limit - DescriptorsOfAgent) / DescriptorsPerRun : 0;
+  return limit > DescriptorsOfAgent
+             ? (limit - DescriptorsOfAgent) / HandlerSettings::DescriptorsPerRun
+             : 0;
 }
 
 long ReadMaxRuns() {
@@ -81,7 +82,8 @@ long ReadMaxRuns() {
                    "service)")
                .Arg(AString().SetNum(runs, 'd'),
                     AString().SetNum(BaseSDK::ADescriptorLimit::Current(), 'u'),
-                    AString().SetNum(DescriptorsPerRun, 'u'), AString().SetNum(fit, 'd')));
+                    AString().SetNum(HandlerSettings::DescriptorsPerRun, 'u'),
+                    AString().SetNum(fit, 'd')));
   }
   return runs;
 }

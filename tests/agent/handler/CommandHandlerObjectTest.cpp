@@ -283,15 +283,14 @@ TEST_F(CommandHandlerObject, RefusesMoreRunsThanDescriptorsCarry) {
   rlimit few = before;
   few.rlim_cur = 500;
   ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
-  m_Scheduler.SetConfig("max_runs", "101");
+  m_Scheduler.SetConfig("max_runs", "76");
   Load();
   EXPECT_EQ(Initialize(), -1);
-  EXPECT_EQ(
-      LogCount("The command handler cannot start: max_runs: 101 runs do not fit into 500 file "
-               "descriptors: a run takes 3, and the agent needs some itself; 100 at most"),
-      1u);
+  EXPECT_EQ(LogCount("The command handler cannot start: max_runs: 76 runs do not fit into 500 file "
+                     "descriptors: a run takes 4, and the agent needs some itself; 75 at most"),
+            1u);
   Unload();
-  m_Scheduler.SetConfig("max_runs", "100");
+  m_Scheduler.SetConfig("max_runs", "75");
   Load();
   EXPECT_EQ(Initialize(), 1);
   Unload();

@@ -10,6 +10,8 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
+#include <iterator>
 #include <latch>
 #include <string>
 #include <thread>
@@ -53,6 +55,23 @@ TEST_F(Run, IsOkAfterExitStatusZero) {
   const auto told = TimeTold("Task 'a' succeeded: exit status 0 after ");
   EXPECT_GE(told.count(), 0);
   EXPECT_LE(told, Clock::now() - begin);
+}
+
+TEST_F(Run, TakesTheDescriptorsThatAreReckonedForIt) {
+  const auto count = [] {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+  };
+  AddGatedJob("a");
+  AddGatedJob("b");
+  StartSupervisor();
+  Dispatch("a");
+  (void)Started();
+  const auto before = count();
+  Dispatch("b");
+  (void)Started();
+  EXPECT_EQ(count() - before, static_cast<long>(HandlerSettings::DescriptorsPerRun));
+  OpenGate();
+  OpenGate();
 }
 
 TEST_F(Run, IsOkWhenItHasEndedBeforeItIsAskedTo) {
