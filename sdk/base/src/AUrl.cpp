@@ -9,8 +9,7 @@ namespace BaseSDK {
 namespace {
 
 bool IsUnreserved(char c) {
-  return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' ||
-         c == '.' || c == '_' || c == '~';
+  return IsAsciiLetter(c) || IsAsciiDigit(c) || c == '-' || c == '.' || c == '_' || c == '~';
 }
 
 /// The byte that the three characters at `pos` encode; -1 when they do not.

@@ -19,10 +19,6 @@ namespace {
 constexpr std::size_t AllNodes = static_cast<std::size_t>(-1);
 constexpr std::string_view Utf8ByteOrderMark = "\xEF\xBB\xBF";
 
-bool IsText(const pugi::xml_node& node) {
-  return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
-}
-
 /// The place of a byte, as people count: lines by line feeds, columns in characters.
 void Locate(std::string_view text, std::size_t offset, AXmlDoc::AXmlError& error) {
   const std::string_view before = text.substr(0, offset);
@@ -69,7 +65,7 @@ XmlPath::Nodes SelectNodes(const pugi::xml_document& document, const std::string
   const std::optional<XmlPath> path = XmlPath::Read(xpath);
   XmlPath::Nodes selected = path ? path->Select(document, most) : SelectByXPath(document, xpath);
   std::erase_if(selected, [](const pugi::xpath_node& found) {
-    return IsText(found.node()) && IsText(found.node().previous_sibling());
+    return XmlPath::IsText(found.node()) && XmlPath::IsText(found.node().previous_sibling());
   });
   return selected;
 }
@@ -153,7 +149,8 @@ AString AXmlDoc::Impl::Value(const pugi::xpath_node& selected) const {
     return Markup(node);
   }
   std::string value = node.value();
-  for (auto next = node.next_sibling(); IsText(node) && IsText(next); next = next.next_sibling()) {
+  for (auto next = node.next_sibling(); XmlPath::IsText(node) && XmlPath::IsText(next);
+       next = next.next_sibling()) {
     value += next.value();
   }
   return AString::FromUtf8(value);

@@ -11,7 +11,7 @@ std::wstring_view Trimmed(std::wstring_view text) {
 }
 
 int HexValue(char c) {
-  if (c >= '0' && c <= '9') {
+  if (IsAsciiDigit(c)) {
     return c - '0';
   }
   const char lower = static_cast<char>(c | 0x20);

@@ -1,5 +1,6 @@
 #include "XmlCursor.h"
 
+#include "Characters.h"
 #include "Utf8.h"
 #include "XmlCharacter.h"
 
@@ -9,12 +10,8 @@ namespace BaseSDK {
 
 namespace {
 
-bool IsAsciiLetter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
 bool IsPlain(char c) {
-  return IsAsciiLetter(c) || (c >= '0' && c <= '9') || c == ' ' || c == '\n';
+  return IsAsciiLetter(c) || IsAsciiDigit(c) || c == ' ' || c == '\n';
 }
 
 }  // namespace

@@ -1,18 +1,17 @@
 #include "XmlPath.h"
 
+#include "Characters.h"
+
 #include <algorithm>
 
 namespace BaseSDK {
 
 namespace {
 
-bool IsLetterOrDigit(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-}
-
 bool IsPlainName(std::string_view name) {
-  return !name.empty() && !(name.front() >= '0' && name.front() <= '9') &&
-         std::all_of(name.begin(), name.end(), IsLetterOrDigit);
+  return !name.empty() && IsAsciiLetter(name.front()) &&
+         std::all_of(name.begin(), name.end(),
+                     [](char c) { return IsAsciiLetter(c) || IsAsciiDigit(c); });
 }
 
 /// What stands before the next "/"; `path` goes on behind it.
@@ -24,6 +23,10 @@ std::string_view TakeStep(std::string_view& path) {
 }
 
 }  // namespace
+
+bool XmlPath::IsText(const pugi::xml_node& node) {
+  return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
+}
 
 std::optional<XmlPath> XmlPath::Read(std::string_view path) {
   XmlPath read;
@@ -56,10 +59,13 @@ bool XmlPath::ReadLastStep(std::string_view step) {
     m_Kind = Kind::Text;
     return true;
   }
+  if (!step.starts_with('@')) {
+    return false;
+  }
   m_Kind = Kind::Attribute;
-  m_Attribute = step.substr(std::min(step.size(), std::size_t{1}));
+  m_Attribute = step.substr(1);
   // To XPath a declaration of a namespace is no attribute.
-  return step.starts_with('@') && IsPlainName(m_Attribute) && m_Attribute != "xmlns";
+  return IsPlainName(m_Attribute) && m_Attribute != "xmlns";
 }
 
 XmlPath::Nodes XmlPath::Select(const pugi::xml_document& document, std::size_t most) const {
@@ -80,8 +86,7 @@ void XmlPath::SelectBelow(const pugi::xml_node& node, std::size_t depth, std::si
       if (selected.size() < most && Passes(child, depth + 1)) {
         SelectBelow(child, depth + 1, most, selected);
       }
-    } else if (wantsTexts &&
-               (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata)) {
+    } else if (wantsTexts && IsText(child)) {
       selected.emplace_back(child);
     }
   }

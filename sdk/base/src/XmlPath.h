@@ -18,6 +18,9 @@ class XmlPath {
  public:
   using Nodes = std::vector<pugi::xpath_node>;
 
+  /// Whether it is text to XPath: a CDATA section is.
+  static bool IsText(const pugi::xml_node& node);
+
   /// Nothing for any other expression, for names of more than ASCII letters and digits, and for
   /// more than MaxNames elements. The path is borrowed.
   static std::optional<XmlPath> Read(std::string_view path);

@@ -81,6 +81,7 @@ TEST(AXmlDoc, WalksPlainPathsToWhatTheEngineSelects) {
       "<a/>",
       "<a a='1'>x<a a='2'>y<b>1</b><a>z<b a='3' xmlns='u'>2</b></a></a>w<b>3<!-- --><![CDATA[4]]>"
       "</b><c:b xmlns:c='v' c:a='5' a='6'/><ab a='7'/><?b a?></a>",
+      "<a><b><a><b><a><b><a><b><a>deep</a></b></a></b></a></b></a></b></a>",
       "<b><b><b a='1'/></b><a><b a='2'>t<![CDATA[]]></b></a></b>",
   };
   const char* const paths[] = {
@@ -124,6 +125,8 @@ TEST(AXmlDoc, WalksPlainPathsToWhatTheEngineSelects) {
       "//1",
       "/a/@",
       "/",
+      "/a/b/a/b/a/b/a/b",
+      "/a/b/a/b/a/b/a/b/a/text()",
   };
   for (const char* const text : documents) {
     AXmlDoc document{AString(text)};
