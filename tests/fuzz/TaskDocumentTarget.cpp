@@ -12,6 +12,7 @@
 #include <VirtualTime/VirtualClock.h>
 
 #include <tuple>
+#include <vector>
 
 using BaseSDK::AString;
 using BaseSDK::AXmlDoc;
@@ -71,6 +72,26 @@ bool IsOrderly(const AString& text) {
          Count(document, L"//RunTime") == Count(document, L"/Task/TaskHistory//RunTime");
 }
 
+std::vector<AString> All(AXmlDoc& document, const AString& xpath) {
+  std::vector<AString> values;
+  (void)document.Find(xpath);
+  while (document.Read()) {
+    values.push_back(document.GetValue());
+  }
+  return values;
+}
+
+/// A path in parentheses is an expression that only the XPath engine reads.
+void RequireSameSelections(const AString& text) {
+  AXmlDoc document(text);
+  for (const wchar_t* const path :
+       {L"/Task/@Enabled", L"//HandlerCLSID/text()", L"//RunTime/text()", L"//Trigger",
+        L"//Trigger/@Description", L"/Task/Schedule/Trigger/BeginDate/text()"}) {
+    Require(All(document, path) == All(document, AString(L"(") + path + L")"),
+            "a plain path selects what the XPath engine selects");
+  }
+}
+
 auto Definition(const CTaskTrigger& trigger) {
   return std::tie(trigger.m_Type, trigger.m_Interval, trigger.m_Duration, trigger.m_Disabled,
                   trigger.m_Description, trigger.m_KillAtEnd, trigger.m_BeginDate,
@@ -105,6 +126,7 @@ void Ask(CTask& task) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static World world;
   const AString text = Fuzz::Text(data, size);
+  RequireSameSelections(text);
   CTask task(&world.m_Scheduler, L"t", text);
   Ask(task);
 

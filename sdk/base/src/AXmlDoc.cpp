@@ -1,22 +1,22 @@
+#include "XmlEngine.h"
 #include "XmlPath.h"
 #include "XmlScanner.h"
+#include "XmlTree.h"
 
 #include <BaseSDK/AXmlDoc.h>
-
-#include <pugixml.hpp>
 
 #include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace BaseSDK {
 
 namespace {
 
-constexpr std::size_t AllNodes = static_cast<std::size_t>(-1);
 constexpr std::string_view Utf8ByteOrderMark = "\xEF\xBB\xBF";
 
 /// The place of a byte, as people count: lines by line feeds, columns in characters.
@@ -47,53 +47,41 @@ std::string WithoutByteOrderMark(const AString& text) {
   return utf8;
 }
 
-XmlPath::Nodes SelectByXPath(const pugi::xml_document& document, const std::string& xpath) {
-  try {
-    pugi::xpath_node_set nodes = document.select_nodes(xpath.c_str());
-    nodes.sort();
-    return {nodes.begin(), nodes.end()};
-  } catch (const pugi::xpath_exception&) {
-    return {};  // as the header promises
-  }
-}
-
-/// In document order; of a plain path only the first `most`. To XPath, text and CDATA sections side
-/// by side are one text node: only the first of them stays. Nothing for an expression that cannot
-/// be read or yields, say, a number.
-XmlPath::Nodes SelectNodes(const pugi::xml_document& document, const std::string& xpath,
-                           std::size_t most) {
-  const std::optional<XmlPath> path = XmlPath::Read(xpath);
-  XmlPath::Nodes selected = path ? path->Select(document, most) : SelectByXPath(document, xpath);
-  std::erase_if(selected, [](const pugi::xpath_node& found) {
-    return XmlPath::IsText(found.node()) && XmlPath::IsText(found.node().previous_sibling());
-  });
-  return selected;
-}
-
 }  // namespace
 
 struct AXmlDoc::Impl {
+  /// A selected node, to be read as it is asked for: an element is as large as all that it holds.
+  struct Selected {
+    std::string_view m_Written;
+    std::optional<std::string> m_Decoded;  ///< where the node says something else than is written
+  };
+  using Selection = std::vector<Selected>;
+
   bool Parse(const AString& text);
   bool Fail(const std::string& message);
   bool Fail(std::size_t offset, const std::string& message);
-  XmlPath::Nodes Select(const AString& xpath, std::size_t most = AllNodes) const {
-    return m_Parsed ? SelectNodes(m_Document, xpath.ToUtf8(), most) : XmlPath::Nodes();
+  AString SelectFirst(std::string_view xpath);
+  Selection SelectAll(std::string_view xpath);
+  Selection SelectByPath(const XmlPath& path) const;
+  Selection SelectByEngine(std::string_view xpath);
+  static Selected Describe(const XmlTree::Node& node);
+  static AString Value(const Selected& selected) {
+    return AString::FromUtf8(selected.m_Decoded ? *selected.m_Decoded : selected.m_Written);
   }
-  AString Value(const pugi::xpath_node& selected) const;
-  AString Markup(const pugi::xml_node& element) const;
 
   std::string m_Text;  ///< UTF-8, without a byte order mark
-  pugi::xml_document m_Document;
-  std::vector<XmlScanner::Element> m_Elements;
+  XmlTree m_Tree;
+  std::optional<XmlEngine> m_Engine;  ///< once an expression needs it
   bool m_Parsed = false;
   AXmlError m_Error;
-  XmlPath::Nodes m_Found;
+  Selection m_Found;
   std::size_t m_Next = 0;  ///< in m_Found; the current node is the one before
 };
 
 bool AXmlDoc::Impl::Fail(const std::string& message) {
   m_Error.m_Message = AString::FromUtf8(message);
   m_Text.clear();
+  m_Tree.Clear();
   return false;
 }
 
@@ -107,53 +95,71 @@ bool AXmlDoc::Impl::Parse(const AString& text) {
   if (m_Text.size() > MaxBytes) {
     return Fail("the document is too large");
   }
-  XmlScanner scanner(m_Text, MaxDepth);
+  XmlScanner scanner(m_Text, MaxDepth, m_Tree);
   if (!scanner.Scan()) {
     return Fail(scanner.ErrorOffset(), scanner.Message());
   }
   // In the UTF-8 form such a character was replaced: the scanner could not see it.
-  const std::size_t wrong = FindUnencodable(text.Str());
+  // No such character has a form of one byte.
+  const bool isPossible = m_Text.size() != text.Length();
+  const std::size_t wrong = isPossible ? FindUnencodable(text.Str()) : std::wstring::npos;
   if (wrong != std::wstring::npos) {
     return Fail(WithoutByteOrderMark(text.Left(wrong)).size(),
                 "a character that XML does not allow");
   }
-  // Everything becomes a node, so that texts apart stay apart and white space counts.
-  const auto result = m_Document.load_buffer(
-      m_Text.data(), m_Text.size(), pugi::parse_full | pugi::parse_ws_pcdata, pugi::encoding_utf8);
-  if (!result) {
-    return Fail(static_cast<std::size_t>(result.offset), result.description());
-  }
-  m_Elements = scanner.Elements();
   m_Parsed = true;
   return true;
 }
 
-AString AXmlDoc::Impl::Markup(const pugi::xml_node& element) const {
-  // The offset is that of the name, after "<".
-  const auto begin = static_cast<std::size_t>(element.offset_debug()) - 1;
-  const auto found = std::lower_bound(
-      m_Elements.begin(), m_Elements.end(), begin,
-      [](const XmlScanner::Element& left, std::size_t right) { return left.m_Begin < right; });
-  if (found == m_Elements.end() || found->m_Begin != begin) {
+AString AXmlDoc::Impl::SelectFirst(std::string_view xpath) {
+  if (!m_Parsed) {
     return AString();
   }
-  return AString::FromUtf8(std::string_view(m_Text).substr(begin, found->m_End - begin));
+  if (const std::optional<XmlPath> path = XmlPath::Read(xpath)) {
+    const XmlTree::Index first = path->Next(m_Tree, 0);
+    return first == XmlTree::None ? AString() : Value(Describe(m_Tree.Nodes()[first]));
+  }
+  const Selection selection = SelectByEngine(xpath);
+  return selection.empty() ? AString() : Value(selection.front());
 }
 
-AString AXmlDoc::Impl::Value(const pugi::xpath_node& selected) const {
-  if (selected.attribute()) {
-    return AString(selected.attribute().value());
+AXmlDoc::Impl::Selection AXmlDoc::Impl::SelectAll(std::string_view xpath) {
+  if (!m_Parsed) {
+    return {};
   }
-  const pugi::xml_node node = selected.node();
-  if (node.type() == pugi::node_element) {
-    return Markup(node);
+  const std::optional<XmlPath> path = XmlPath::Read(xpath);
+  return path ? SelectByPath(*path) : SelectByEngine(xpath);
+}
+
+AXmlDoc::Impl::Selection AXmlDoc::Impl::SelectByPath(const XmlPath& path) const {
+  Selection selection;
+  for (XmlTree::Index found = path.Next(m_Tree, 0); found != XmlTree::None;
+       found = path.Next(m_Tree, found + 1)) {
+    selection.push_back(Describe(m_Tree.Nodes()[found]));
   }
-  std::string value = node.value();
-  for (auto next = node.next_sibling(); XmlPath::IsText(node) && XmlPath::IsText(next);
-       next = next.next_sibling()) {
-    value += next.value();
+  return selection;
+}
+
+AXmlDoc::Impl::Selected AXmlDoc::Impl::Describe(const XmlTree::Node& node) {
+  if (XmlTree::SaysWhatIsWritten(node)) {
+    return {node.m_Raw, std::nullopt};
   }
-  return AString::FromUtf8(value);
+  return {{}, XmlTree::Decode(node)};
+}
+
+AXmlDoc::Impl::Selection AXmlDoc::Impl::SelectByEngine(std::string_view xpath) {
+  if (!m_Engine) {
+    m_Engine.emplace(m_Text);
+  }
+  Selection selection;
+  for (XmlEngine::Node& found : m_Engine->Select(std::string(xpath))) {
+    if (!found.m_IsElement) {
+      selection.push_back({{}, std::move(found.m_Value)});
+    } else if (const XmlTree::Node* element = m_Tree.ElementAt(m_Text.data() + found.m_Begin)) {
+      selection.push_back({element->m_Raw, std::nullopt});
+    }
+  }
+  return selection;
 }
 
 AXmlDoc::AXmlDoc() : m_Impl(std::make_unique<Impl>()) {}
@@ -180,12 +186,11 @@ const AXmlDoc::AXmlError& AXmlDoc::Error() const {
 }
 
 AString AXmlDoc::SelectSingleNode(const AString& xpath) const {
-  const auto nodes = m_Impl->Select(xpath, 1);
-  return nodes.empty() ? AString() : m_Impl->Value(nodes[0]);
+  return m_Impl->SelectFirst(xpath.ToUtf8());
 }
 
 bool AXmlDoc::Find(const AString& xpath) {
-  m_Impl->m_Found = m_Impl->Select(xpath);
+  m_Impl->m_Found = m_Impl->SelectAll(xpath.ToUtf8());
   m_Impl->m_Next = 0;
   return !m_Impl->m_Found.empty();
 }
@@ -201,7 +206,7 @@ bool AXmlDoc::Read() {
 AString AXmlDoc::GetValue() const {
   const std::size_t next = m_Impl->m_Next;
   return next == 0 || next > m_Impl->m_Found.size() ? AString()
-                                                    : m_Impl->Value(m_Impl->m_Found[next - 1]);
+                                                    : Impl::Value(m_Impl->m_Found[next - 1]);
 }
 
 }  // namespace BaseSDK

@@ -52,26 +52,6 @@ To AsciiBegin(const From& text) {
   return begin;
 }
 
-void AppendUtf8(std::uint32_t value, std::string& bytes) {
-  const auto put = [&bytes](std::uint32_t byte) { bytes += static_cast<char>(byte); };
-  const auto putTail = [&](unsigned shift) { put(0x80u | ((value >> shift) & 0x3Fu)); };
-  if (value < 0x80) {
-    put(value);
-  } else if (value < 0x800) {
-    put(0xC0u | (value >> 6));
-    putTail(0);
-  } else if (value < 0x10000) {
-    put(0xE0u | (value >> 12));
-    putTail(6);
-    putTail(0);
-  } else {
-    put(0xF0u | (value >> 18));
-    putTail(12);
-    putTail(6);
-    putTail(0);
-  }
-}
-
 }  // namespace
 
 std::size_t Utf8Sequence(std::string_view bytes, std::size_t pos, wchar_t& character) {
@@ -92,6 +72,26 @@ std::size_t Utf8Sequence(std::string_view bytes, std::size_t pos, wchar_t& chara
   }
   character = static_cast<wchar_t>(value);
   return lead.m_Length;
+}
+
+void AppendUtf8(std::uint32_t value, std::string& bytes) {
+  const auto put = [&bytes](std::uint32_t byte) { bytes += static_cast<char>(byte); };
+  const auto putTail = [&](unsigned shift) { put(0x80u | ((value >> shift) & 0x3Fu)); };
+  if (value < 0x80) {
+    put(value);
+  } else if (value < 0x800) {
+    put(0xC0u | (value >> 6));
+    putTail(0);
+  } else if (value < 0x10000) {
+    put(0xE0u | (value >> 12));
+    putTail(6);
+    putTail(0);
+  } else {
+    put(0xF0u | (value >> 18));
+    putTail(12);
+    putTail(6);
+    putTail(0);
+  }
 }
 
 std::wstring Utf8ToWide(std::string_view bytes) {

@@ -18,8 +18,13 @@ class XmlCursor {
   /// `text` is UTF-8 and is borrowed for the cursor's life.
   explicit XmlCursor(std::string_view text) : m_Text(text) {}
 
+  std::size_t Size() const { return m_Text.size(); }
   std::size_t Offset() const { return m_Pos; }
   bool AtEnd() const { return m_Pos >= m_Text.size(); }
+  /// So many bytes past the place; 0, which XML does not allow, behind the end.
+  char CharacterAt(std::size_t distance) const {
+    return distance < m_Text.size() - m_Pos ? m_Text[m_Pos + distance] : '\0';
+  }
   /// REQUIRES: `what` is not empty.
   bool LooksAt(std::string_view what) const {
     return !AtEnd() && m_Text[m_Pos] == what.front() &&
@@ -41,7 +46,7 @@ class XmlCursor {
   /// Moves to the next of these characters, or to the end.
   void SkipTo(std::string_view characters);
 
-  /// Moves past letters, digits and blanks, which mean nothing in a text or a value.
+  /// Moves past ASCII characters that are allowed in a text and in a value and mean nothing there.
   void SkipPlain();
 
   /// Takes one character that XML allows. REQUIRES: not AtEnd().

@@ -24,10 +24,6 @@ std::string_view TakeStep(std::string_view& path) {
 
 }  // namespace
 
-bool XmlPath::IsText(const pugi::xml_node& node) {
-  return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
-}
-
 std::optional<XmlPath> XmlPath::Read(std::string_view path) {
   XmlPath read;
   read.m_IsAnywhere = path.starts_with("//");
@@ -56,61 +52,40 @@ bool XmlPath::ReadElement(std::string_view step) {
 
 bool XmlPath::ReadLastStep(std::string_view step) {
   if (step == "text()") {
-    m_Kind = Kind::Text;
+    m_Kind = XmlTree::Kind::Text;
     return true;
   }
   if (!step.starts_with('@')) {
     return false;
   }
-  m_Kind = Kind::Attribute;
+  m_Kind = XmlTree::Kind::Attribute;
   m_Attribute = step.substr(1);
   // To XPath a declaration of a namespace is no attribute.
   return IsPlainName(m_Attribute) && m_Attribute != "xmlns";
 }
 
-XmlPath::Nodes XmlPath::Select(const pugi::xml_document& document, std::size_t most) const {
-  Nodes selected;
-  SelectBelow(document, 0, most, selected);
-  return selected;
-}
-
-void XmlPath::SelectBelow(const pugi::xml_node& node, std::size_t depth, std::size_t most,
-                          Nodes& selected) const {
-  const bool wantsTexts = m_Kind == Kind::Text && EndsAt(node, depth);
-  for (pugi::xml_node child = node.first_child(); child && selected.size() < most;
-       child = child.next_sibling()) {
-    if (child.type() == pugi::node_element) {
-      if (EndsAt(child, depth + 1)) {
-        SelectAt(child, selected);
-      }
-      if (selected.size() < most && Passes(child, depth + 1)) {
-        SelectBelow(child, depth + 1, most, selected);
-      }
-    } else if (wantsTexts && IsText(child)) {
-      selected.emplace_back(child);
+XmlTree::Index XmlPath::Next(const XmlTree& tree, XmlTree::Index from) const {
+  const std::vector<XmlTree::Node>& nodes = tree.Nodes();
+  for (XmlTree::Index i = from; i < nodes.size(); ++i) {
+    if (nodes[i].m_Kind == m_Kind &&
+        (m_Kind != XmlTree::Kind::Attribute || nodes[i].m_Name == m_Attribute) &&
+        EndsAt(tree, m_Kind == XmlTree::Kind::Element ? i : nodes[i].m_Owner)) {
+      return i;
     }
   }
+  return XmlTree::None;
 }
 
-void XmlPath::SelectAt(const pugi::xml_node& element, Nodes& selected) const {
-  if (m_Kind == Kind::Element) {
-    selected.emplace_back(element);
-  } else if (m_Kind == Kind::Attribute) {
-    for (const pugi::xml_attribute& attribute : element.attributes()) {
-      if (m_Attribute == attribute.name()) {
-        selected.emplace_back(attribute, element);
-      }
+bool XmlPath::EndsAt(const XmlTree& tree, XmlTree::Index element) const {
+  std::size_t depth = m_Depth;
+  for (; depth > 0 && element != XmlTree::None; --depth) {
+    const XmlTree::Node& node = tree.Nodes()[element];
+    if (node.m_Name != m_Elements[depth - 1]) {
+      return false;
     }
+    element = node.m_Owner;
   }
-}
-
-bool XmlPath::Passes(const pugi::xml_node& element, std::size_t depth) const {
-  return m_IsAnywhere || (depth <= m_Depth && m_Elements[depth - 1] == element.name());
-}
-
-bool XmlPath::EndsAt(const pugi::xml_node& element, std::size_t depth) const {
-  const bool isDeepEnough = m_IsAnywhere ? depth > 0 : depth == m_Depth;
-  return isDeepEnough && m_Elements[m_Depth - 1] == element.name();
+  return depth == 0 && (m_IsAnywhere || element == XmlTree::None);
 }
 
 }  // namespace BaseSDK

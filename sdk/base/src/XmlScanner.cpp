@@ -1,36 +1,14 @@
 #include "XmlScanner.h"
 
-#include "XmlCharacter.h"
 #include "XmlDeclaration.h"
 #include "XmlDocType.h"
+#include "XmlReference.h"
 
-#include <cstdint>
 #include <string>
 
 namespace BaseSDK {
 
 namespace {
-
-bool IsPredefinedEntity(std::string_view name) {
-  return name == "lt" || name == "gt" || name == "amp" || name == "apos" || name == "quot";
-}
-
-/// The number of a character reference without "&#" and ";"; 0, no character, when it is none.
-std::uint32_t ReferencedCharacter(std::string_view digits) {
-  const bool isHex = !digits.empty() && digits.front() == 'x';
-  const std::uint32_t base = isHex ? 16 : 10;
-  constexpr std::string_view Values = "0123456789abcdef";
-  std::uint32_t value = 0;
-  for (const char c : digits.substr(isHex ? 1 : 0)) {
-    const char lower = c >= 'A' && c <= 'F' ? static_cast<char>(c - 'A' + 'a') : c;
-    const std::size_t digit = Values.substr(0, base).find(lower);
-    if (digit == std::string_view::npos || value > 0x10FFFF) {
-      return 0;
-    }
-    value = value * base + static_cast<std::uint32_t>(digit);
-  }
-  return value;
-}
 
 /// "xml" in any case: kept from processing instructions.
 bool IsReserved(std::string_view target) {
@@ -41,37 +19,45 @@ bool IsReserved(std::string_view target) {
 }  // namespace
 
 bool XmlScanner::Scan() {
+  m_Tree.ReserveFor(Size());
   while (!AtEnd()) {
-    if (!(LooksAt("<") ? ScanMarkup() : ScanText())) {
+    if (!(CharacterAt(0) == '<' ? ScanMarkup() : ScanText())) {
       return false;
     }
   }
   if (!m_Open.empty()) {
     return Fail("element " + Quoted(m_Open.back().m_Name) + " is not closed");
   }
-  return !m_Elements.empty() || Fail("there is no element");
+  return !m_Tree.Nodes().empty() || Fail("there is no element");
 }
 
 bool XmlScanner::ScanMarkup() {
-  if (LooksAt("</")) {
-    return ScanEndTag();
+  switch (CharacterAt(1)) {
+    case '/':
+      return ScanEndTag();
+    case '?':
+      return ScanInstruction();
+    case '!':
+      return ScanDeclaration();
+    default:
+      return ScanStartTag();
   }
+}
+
+bool XmlScanner::ScanDeclaration() {
   if (LooksAt("<!--")) {
     return ScanComment();
   }
   if (LooksAt("<![CDATA[")) {
     return ScanCData();
   }
-  if (LooksAt("<!DOCTYPE")) {
-    return ScanDocType();
-  }
-  return LooksAt("<?") ? ScanInstruction() : ScanStartTag();
+  return LooksAt("<!DOCTYPE") ? ScanDocType() : ScanStartTag();
 }
 
 bool XmlScanner::ScanStartTag() {
   const std::size_t begin = Offset();
   (void)Take("<");
-  if (m_Open.empty() && !m_Elements.empty()) {
+  if (m_Open.empty() && !m_Tree.Nodes().empty()) {
     return Fail(begin, "there is more than one root element");
   }
   if (m_Open.size() >= m_MaxDepth) {
@@ -79,19 +65,24 @@ bool XmlScanner::ScanStartTag() {
   }
   std::string_view name;
   bool isEmptyElement = false;
-  if (!ScanName(name, "a name is missing after \"<\"") || !ScanAttributes(isEmptyElement)) {
+  if (!ScanName(name, "a name is missing after \"<\"")) {
     return false;
   }
-  if (!isEmptyElement) {
-    m_Open.push_back({m_Elements.size(), name});
+  const XmlTree::Index element = m_Tree.AddElement(Innermost(), name, TextFrom(begin));
+  if (!ScanAttributes(element, isEmptyElement)) {
+    return false;
   }
-  m_Elements.push_back({begin, Offset()});
+  if (isEmptyElement) {
+    m_Tree.CloseElement(element, TextFrom(begin));
+  } else {
+    m_Open.push_back({element, begin, name});
+  }
   return true;
 }
 
 /// attributes = { space name "=" value } [ space ] ( ">" | "/>" )
-bool XmlScanner::ScanAttributes(bool& isEmptyElement) {
-  std::set<std::string_view> names;
+bool XmlScanner::ScanAttributes(XmlTree::Index element, bool& isEmptyElement) {
+  m_AttributeNames.Clear();
   for (;;) {
     const bool spaced = SkipSpace();
     if (AtEnd()) {
@@ -104,25 +95,30 @@ bool XmlScanner::ScanAttributes(bool& isEmptyElement) {
     if (!spaced) {
       return Fail("white space is missing before an attribute");
     }
-    if (!ScanAttribute(names)) {
+    if (!ScanAttribute(element)) {
       return false;
     }
   }
 }
 
-bool XmlScanner::ScanAttribute(std::set<std::string_view>& names) {
+bool XmlScanner::ScanAttribute(XmlTree::Index element) {
   const std::size_t begin = Offset();
   std::string_view name;
   if (!ScanName(name, "an attribute name is expected")) {
     return false;
   }
-  if (!names.insert(name).second) {
+  if (!m_AttributeNames.Insert(name)) {
     return Fail(begin, "attribute " + Quoted(name) + " is given twice");
   }
-  return ScanEquals(name) && ScanAttributeValue();
+  std::string_view value;
+  if (!ScanEquals(name) || !ScanAttributeValue(value)) {
+    return false;
+  }
+  m_Tree.AddAttribute(element, name, value);
+  return true;
 }
 
-bool XmlScanner::ScanAttributeValue() {
+bool XmlScanner::ScanAttributeValue(std::string_view& value) {
   const std::size_t begin = Offset();
   const std::string_view quote = TakeQuote();
   if (quote.empty()) {
@@ -139,6 +135,8 @@ bool XmlScanner::ScanAttributeValue() {
       return false;
     }
   }
+  value = TextFrom(begin);
+  value = value.substr(1, value.size() - 2);
   return true;
 }
 
@@ -160,7 +158,7 @@ bool XmlScanner::ScanEndTag() {
     return Fail(begin, "closing tag of " + Quoted(name) + " where that of " +
                            Quoted(m_Open.back().m_Name) + " is expected");
   }
-  m_Elements[m_Open.back().m_Index].m_End = Offset();
+  m_Tree.CloseElement(m_Open.back().m_Index, TextFrom(m_Open.back().m_Begin));
   m_Open.pop_back();
   return true;
 }
@@ -169,6 +167,7 @@ bool XmlScanner::ScanText() {
   if (m_Open.empty()) {
     return SkipSpace() || Fail("text outside the root element");
   }
+  const std::size_t begin = Offset();
   for (SkipPlain(); !AtEnd() && !LooksAt("<"); SkipPlain()) {
     if (LooksAt("]]>")) {
       return Fail("\"]]>\" in text; write \"]]&gt;\"");
@@ -177,6 +176,7 @@ bool XmlScanner::ScanText() {
       return false;
     }
   }
+  m_Tree.AddText(Innermost(), TextFrom(begin));
   return true;
 }
 
@@ -189,9 +189,8 @@ bool XmlScanner::ScanReference() {
   if (name.empty() || !Take(";")) {
     return Fail(begin, "\"&\" without an entity; write \"&amp;\"");
   }
-  const bool isKnown = name.front() == '#' ? IsXmlCharacter(ReferencedCharacter(name.substr(1)))
-                                           : IsPredefinedEntity(name);
-  return isKnown || Fail(begin, "there is no entity " + Quoted(TextFrom(begin)));
+  return XmlReferencedCharacter(name) != 0 ||
+         Fail(begin, "there is no entity " + Quoted(TextFrom(begin)));
 }
 
 bool XmlScanner::ScanComment() {
@@ -204,8 +203,13 @@ bool XmlScanner::ScanCData() {
   if (m_Open.empty()) {
     return Fail("text outside the root element");
   }
+  const std::size_t begin = Offset();
   (void)Take("<![CDATA[");
-  return ScanUntil("]]>", "a CDATA section is not closed");
+  if (!ScanUntil("]]>", "a CDATA section is not closed")) {
+    return false;
+  }
+  m_Tree.AddText(Innermost(), TextFrom(begin));
+  return true;
 }
 
 bool XmlScanner::ScanInstruction() {
@@ -230,7 +234,7 @@ bool XmlScanner::ScanInstruction() {
 }
 
 bool XmlScanner::ScanDocType() {
-  if (m_SawDocType || !m_Elements.empty()) {
+  if (m_SawDocType || !m_Tree.Nodes().empty()) {
     return Fail("a document type declaration out of place");
   }
   m_SawDocType = true;

@@ -1,50 +1,52 @@
 #pragma once
 
 #include "XmlCursor.h"
+#include "XmlNames.h"
+#include "XmlTree.h"
 
 #include <cstddef>
-#include <set>
 #include <string_view>
 #include <vector>
 
 namespace BaseSDK {
 
-/// Checks that a text is a well-formed XML 1.0 document (fifth edition) and notes where its
-/// elements end.
+/// Reads a well-formed XML 1.0 document (fifth edition) into a tree, and says of any other text
+/// where and why it is none.
 ///
-/// The library behind AXmlDoc reads much that is not well formed, and does not say how an element
-/// was written; both matter to callers. Refused though well formed: declarations within the
+/// The library that answers XPath reads much that is not well formed, and does not say how an
+/// element was written; both matter to callers. Refused though well formed: declarations within the
 /// document, references to entities that would need some, and elements nested too deeply.
 class XmlScanner : private XmlCursor {
  public:
-  /// `text` is UTF-8 and is borrowed for the scanner's life.
-  XmlScanner(std::string_view text, std::size_t maxDepth) : XmlCursor(text), m_MaxDepth(maxDepth) {}
+  /// `text` is UTF-8. Text and tree are borrowed for the scanner's life.
+  XmlScanner(std::string_view text, std::size_t maxDepth, XmlTree& tree)
+      : XmlCursor(text), m_MaxDepth(maxDepth), m_Tree(tree) {}
 
-  /// Reads the whole text; false when it is not such a document. Call it once.
+  /// Reads the whole text; false when it is not such a document, and the tree then means nothing.
+  /// Call it once.
   bool Scan();
 
   /// After a failed Scan: why, and at which byte.
   using XmlCursor::ErrorOffset;
   using XmlCursor::Message;
 
-  struct Element {
-    std::size_t m_Begin;  ///< of "<"
-    std::size_t m_End;    ///< after ">"
-  };
-  /// After a successful Scan: all elements, in document order and so ordered by m_Begin.
-  const std::vector<Element>& Elements() const { return m_Elements; }
-
  private:
   struct OpenElement {
-    std::size_t m_Index;  ///< in m_Elements
+    XmlTree::Index m_Index;
+    std::size_t m_Begin;  ///< of "<"
     std::string_view m_Name;
   };
 
+  XmlTree::Index Innermost() const {
+    return m_Open.empty() ? XmlTree::None : m_Open.back().m_Index;
+  }
+
   bool ScanMarkup();
+  bool ScanDeclaration();
   bool ScanStartTag();
-  bool ScanAttributes(bool& isEmptyElement);
-  bool ScanAttribute(std::set<std::string_view>& names);
-  bool ScanAttributeValue();
+  bool ScanAttributes(XmlTree::Index element, bool& isEmptyElement);
+  bool ScanAttribute(XmlTree::Index element);
+  bool ScanAttributeValue(std::string_view& value);
   bool ScanEndTag();
   bool ScanText();
   bool ScanReference();
@@ -54,8 +56,9 @@ class XmlScanner : private XmlCursor {
   bool ScanDocType();
 
   const std::size_t m_MaxDepth;
-  std::vector<Element> m_Elements;
+  XmlTree& m_Tree;
   std::vector<OpenElement> m_Open;
+  XmlNames m_AttributeNames;  ///< of the tag that is being read
   bool m_SawDocType = false;
 };
 

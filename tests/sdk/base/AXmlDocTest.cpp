@@ -83,6 +83,9 @@ TEST(AXmlDoc, WalksPlainPathsToWhatTheEngineSelects) {
       "</b><c:b xmlns:c='v' c:a='5' a='6'/><ab a='7'/><?b a?></a>",
       "<a><b><a><b><a><b><a><b><a>deep</a></b></a></b></a></b></a></b></a>",
       "<b><b><b a='1'/></b><a><b a='2'>t<![CDATA[]]></b></a></b>",
+      "<a a=' 1\t2\r\n3\r4\n5&#10;&#9;&#13;&lt;&#xE9;&#x1F600;&quot;&apos; '> x\r\ny\rz\n\r\n&#13;"
+      "&amp;&gt;<![CDATA[\r\n<&amp;>]\r]]>\r<b>1<![CDATA[2]]><![CDATA[]]>3</b><b><![CDATA[]]></b>"
+      "<b a=''></b><b a='\xC3\xA4'>\xE2\x82\xAC\xF0\x9F\x98\x80</b>\r\n</a>\r\n",
   };
   const char* const paths[] = {
       "/a",

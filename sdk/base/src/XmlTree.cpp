@@ -1,0 +1,104 @@
+#include "XmlTree.h"
+
+#include "Utf8.h"
+#include "XmlReference.h"
+
+#include <algorithm>
+#include <functional>
+#include <utility>
+
+namespace BaseSDK {
+
+namespace {
+
+constexpr std::string_view CDataBegin = "<![CDATA[";
+constexpr std::string_view CDataEnd = "]]>";
+
+/// Takes a text apart from its front. It is known to be well formed.
+class Decoder {
+ public:
+  explicit Decoder(const XmlTree::Node& node)
+      : m_Rest(node.m_Raw), m_IsAttribute(node.m_Kind == XmlTree::Kind::Attribute) {}
+
+  std::string Decode() {
+    while (!m_Rest.empty()) {
+      if (m_Rest.front() == '&') {
+        TakeReference();
+      } else if (m_Rest.front() == '<') {
+        TakeCData();
+      } else {
+        TakeCharacter();
+      }
+    }
+    return std::move(m_Decoded);
+  }
+
+ private:
+  void TakeReference() {
+    const std::size_t end = m_Rest.find(';');
+    AppendUtf8(XmlReferencedCharacter(m_Rest.substr(1, end - 1)), m_Decoded);
+    m_Rest.remove_prefix(end + 1);
+  }
+
+  void TakeCData() {
+    m_Rest.remove_prefix(CDataBegin.size());
+    while (!m_Rest.starts_with(CDataEnd)) {
+      TakeCharacter();
+    }
+    m_Rest.remove_prefix(CDataEnd.size());
+  }
+
+  void TakeCharacter() {
+    const bool isLineEnd = m_Rest.front() == '\r' || m_Rest.front() == '\n';
+    const char character = isLineEnd ? '\n' : m_Rest.front();
+    m_Rest.remove_prefix(m_Rest.starts_with("\r\n") ? 2 : 1);
+    m_Decoded += m_IsAttribute && (isLineEnd || character == '\t') ? ' ' : character;
+  }
+
+  std::string_view m_Rest;
+  const bool m_IsAttribute;
+  std::string m_Decoded;
+};
+
+}  // namespace
+
+XmlTree::Index XmlTree::AddElement(Index owner, std::string_view name, std::string_view begin) {
+  m_Nodes.push_back({Kind::Element, owner, name, begin});
+  return static_cast<Index>(m_Nodes.size() - 1);
+}
+
+void XmlTree::AddAttribute(Index owner, std::string_view name, std::string_view value) {
+  m_Nodes.push_back({Kind::Attribute, owner, name, value});
+}
+
+void XmlTree::AddText(Index owner, std::string_view text) {
+  std::string_view& last = m_Nodes.back().m_Raw;
+  if (m_Nodes.back().m_Kind == Kind::Text && last.data() + last.size() == text.data()) {
+    last = std::string_view(last.data(), last.size() + text.size());
+  } else {
+    m_Nodes.push_back({Kind::Text, owner, {}, text});
+  }
+}
+
+const XmlTree::Node* XmlTree::ElementAt(const char* place) const {
+  const std::less<const char*> isBefore;
+  const auto found = std::lower_bound(
+      m_Nodes.begin(), m_Nodes.end(), place,
+      [&](const Node& node, const char* wanted) { return isBefore(node.m_Raw.data(), wanted); });
+  const bool isThere = found != m_Nodes.end() && found->m_Raw.data() == place;
+  return isThere && found->m_Kind == Kind::Element ? &*found : nullptr;
+}
+
+bool XmlTree::SaysWhatIsWritten(const Node& node) {
+  const bool isAttribute = node.m_Kind == Kind::Attribute;
+  return node.m_Kind == Kind::Element ||
+         std::none_of(node.m_Raw.begin(), node.m_Raw.end(), [isAttribute](char c) {
+           return c == '&' || c == '<' || c == '\r' || (isAttribute && (c == '\t' || c == '\n'));
+         });
+}
+
+std::string XmlTree::Decode(const Node& node) {
+  return Decoder(node).Decode();
+}
+
+}  // namespace BaseSDK
