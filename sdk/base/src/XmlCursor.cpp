@@ -5,13 +5,46 @@
 #include "XmlCharacter.h"
 
 #include <algorithm>
+#include <array>
 
 namespace BaseSDK {
 
 namespace {
 
-bool IsPlain(char c) {
-  return IsAsciiLetter(c) || IsAsciiDigit(c) || c == ' ' || c == '\n';
+constexpr bool IsBlank(char c) {
+  return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
+/// What is known of an ASCII character without a look at those around it.
+enum Trait : std::uint8_t {
+  Plain = 1,      ///< allowed in a text and in a value, and means nothing there
+  NameStart = 2,  ///< a name may begin with it
+  InName = 4,     ///< a name may hold it
+};
+
+constexpr std::uint8_t TraitsOf(char c) {
+  const bool isMarkup = c == '<' || c == '&' || c == ']' || c == '"' || c == '\'';
+  const bool isNameStart = IsAsciiLetter(c) || c == '_' || c == ':';
+  const bool isInName = isNameStart || IsAsciiDigit(c) || c == '-' || c == '.';
+  return static_cast<std::uint8_t>(((IsBlank(c) || c > ' ') && !isMarkup ? Plain : 0) |
+                                   (isNameStart ? NameStart : 0) | (isInName ? InName : 0));
+}
+
+/// By byte; those that are not ASCII have none.
+constexpr std::array<std::uint8_t, 256> Traits = [] {
+  std::array<std::uint8_t, 256> traits{};
+  for (std::size_t c = 0; c < 0x80; ++c) {
+    traits[c] = TraitsOf(static_cast<char>(c));
+  }
+  return traits;
+}();
+
+bool Has(char c, Trait trait) {
+  return (Traits[static_cast<unsigned char>(c)] & trait) != 0;
+}
+
+bool IsAscii(char c) {
+  return (static_cast<unsigned char>(c) & 0x80) == 0;
 }
 
 }  // namespace
@@ -24,7 +57,9 @@ std::string_view XmlCursor::TakeQuote() {
 
 bool XmlCursor::SkipSpace() {
   const std::size_t begin = m_Pos;
-  m_Pos = std::min(m_Text.find_first_not_of(" \t\r\n", begin), m_Text.size());
+  while (!AtEnd() && IsBlank(m_Text[m_Pos])) {
+    ++m_Pos;
+  }
   return m_Pos > begin;
 }
 
@@ -33,7 +68,7 @@ void XmlCursor::SkipTo(std::string_view characters) {
 }
 
 void XmlCursor::SkipPlain() {
-  while (!AtEnd() && IsPlain(m_Text[m_Pos])) {
+  while (!AtEnd() && Has(m_Text[m_Pos], Plain)) {
     ++m_Pos;
   }
 }
@@ -76,15 +111,11 @@ bool XmlCursor::ScanUntil(std::string_view end, const char* unended) {
 
 bool XmlCursor::ScanName(std::string_view& name, const char* missing) {
   const std::size_t begin = m_Pos;
-  while (!AtEnd() && IsAsciiLetter(m_Text[m_Pos])) {  // most names are no more than that
-    ++m_Pos;
-  }
   while (const std::size_t length = NameCharacterLength(m_Pos == begin)) {
     m_Pos += length;
   }
   name = TextFrom(begin);
-  const bool isAscii = AtEnd() || (static_cast<unsigned char>(m_Text[m_Pos]) & 0x80) == 0;
-  if (isAscii) {
+  if (AtEnd() || IsAscii(m_Text[m_Pos])) {
     return !name.empty() || Fail(missing);
   }
   // Nothing that may follow a name lies past ASCII.
@@ -94,8 +125,14 @@ bool XmlCursor::ScanName(std::string_view& name, const char* missing) {
 }
 
 std::size_t XmlCursor::NameCharacterLength(bool isFirst) const {
+  if (AtEnd()) {
+    return 0;
+  }
+  if (IsAscii(m_Text[m_Pos])) {
+    return Has(m_Text[m_Pos], isFirst ? NameStart : InName) ? 1 : 0;
+  }
   std::uint32_t character = 0;
-  const std::size_t length = AtEnd() ? 0 : Decode(character);
+  const std::size_t length = Decode(character);
   return (isFirst ? IsXmlNameStart(character) : IsXmlNameCharacter(character)) ? length : 0;
 }
 
