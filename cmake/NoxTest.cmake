@@ -2,6 +2,7 @@
 #   OPTIMIZED   for the few whose own code does the long work
 #   TIMEOUT     seconds, against a test that hangs: far more than sanitized code takes on a machine
 #               that has other things to do
+#   COST        the tests of the highest begin first; TIMEOUT when it is not given
 include_guard()
 find_package(GTest REQUIRED)
 
@@ -20,9 +21,12 @@ target_link_libraries(test_headers PRIVATE GTest::gmock GTest::gtest)
 target_precompile_headers(test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
 
 function(nox_add_test)
-  cmake_parse_arguments(TEST "OPTIMIZED" "NAME;TIMEOUT" "SOURCES;LINKS" ${ARGN})
+  cmake_parse_arguments(TEST "OPTIMIZED" "NAME;TIMEOUT;COST" "SOURCES;LINKS" ${ARGN})
   if(NOT TEST_TIMEOUT)
     set(TEST_TIMEOUT 1200)
+  endif()
+  if(NOT TEST_COST)
+    set(TEST_COST ${TEST_TIMEOUT})
   endif()
   add_executable(${TEST_NAME} ${TEST_SOURCES})
   target_link_libraries(${TEST_NAME} PRIVATE ${TEST_LINKS} GTest::gmock GTest::gtest_main)
@@ -34,6 +38,6 @@ function(nox_add_test)
   target_compile_options(${TEST_NAME} PRIVATE
     "$<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>")
   add_test(NAME ${TEST_NAME} COMMAND ${TEST_NAME} --gtest_brief=1)
-  # What may take longest begins first, or it would run alone at the end.
-  set_tests_properties(${TEST_NAME} PROPERTIES TIMEOUT ${TEST_TIMEOUT} COST ${TEST_TIMEOUT})
+  # What takes longest begins first, or it would run alone at the end.
+  set_tests_properties(${TEST_NAME} PROPERTIES TIMEOUT ${TEST_TIMEOUT} COST ${TEST_COST})
 endfunction()
