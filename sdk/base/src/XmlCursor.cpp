@@ -11,23 +11,22 @@ namespace BaseSDK {
 
 namespace {
 
-constexpr bool IsBlank(char c) {
-  return c == ' ' || c == '\t' || c == '\r' || c == '\n';
-}
-
 /// What is known of an ASCII character without a look at those around it.
 enum Trait : std::uint8_t {
   Plain = 1,      ///< allowed in a text and in a value, and means nothing there
   NameStart = 2,  ///< a name may begin with it
   InName = 4,     ///< a name may hold it
+  Blank = 8,      ///< white space
 };
 
 constexpr std::uint8_t TraitsOf(char c) {
+  const bool isBlank = c == ' ' || c == '\t' || c == '\r' || c == '\n';
   const bool isMarkup = c == '<' || c == '&' || c == ']' || c == '"' || c == '\'';
   const bool isNameStart = IsAsciiLetter(c) || c == '_' || c == ':';
   const bool isInName = isNameStart || IsAsciiDigit(c) || c == '-' || c == '.';
-  return static_cast<std::uint8_t>(((IsBlank(c) || c > ' ') && !isMarkup ? Plain : 0) |
-                                   (isNameStart ? NameStart : 0) | (isInName ? InName : 0));
+  return static_cast<std::uint8_t>(((isBlank || c > ' ') && !isMarkup ? Plain : 0) |
+                                   (isBlank ? Blank : 0) | (isNameStart ? NameStart : 0) |
+                                   (isInName ? InName : 0));
 }
 
 /// By byte; those that are not ASCII have none.
@@ -47,6 +46,16 @@ bool IsAscii(char c) {
   return (static_cast<unsigned char>(c) & 0x80) == 0;
 }
 
+/// Of the characters of that trait that stand from `begin` on.
+std::size_t EndOf(Trait trait, std::string_view text, std::size_t begin) {
+  const char* const end = text.data() + text.size();
+  const char* place = text.data() + begin;
+  while (place != end && Has(*place, trait)) {
+    ++place;
+  }
+  return static_cast<std::size_t>(place - text.data());
+}
+
 }  // namespace
 
 std::string_view XmlCursor::TakeQuote() {
@@ -57,9 +66,7 @@ std::string_view XmlCursor::TakeQuote() {
 
 bool XmlCursor::SkipSpace() {
   const std::size_t begin = m_Pos;
-  while (!AtEnd() && IsBlank(m_Text[m_Pos])) {
-    ++m_Pos;
-  }
+  m_Pos = EndOf(Blank, m_Text, begin);
   return m_Pos > begin;
 }
 
@@ -68,9 +75,7 @@ void XmlCursor::SkipTo(std::string_view characters) {
 }
 
 void XmlCursor::SkipPlain() {
-  while (!AtEnd() && Has(m_Text[m_Pos], Plain)) {
-    ++m_Pos;
-  }
+  m_Pos = EndOf(Plain, m_Text, m_Pos);
 }
 
 std::size_t XmlCursor::Decode(std::uint32_t& character) const {
@@ -111,8 +116,11 @@ bool XmlCursor::ScanUntil(std::string_view end, const char* unended) {
 
 bool XmlCursor::ScanName(std::string_view& name, const char* missing) {
   const std::size_t begin = m_Pos;
-  while (const std::size_t length = NameCharacterLength(m_Pos == begin)) {
-    m_Pos += length;
+  if (!AtEnd() && Has(m_Text[begin], NameStart)) {
+    m_Pos = EndOf(InName, m_Text, begin);
+  }
+  while (const std::size_t length = WideNameCharacterLength(m_Pos == begin)) {
+    m_Pos = EndOf(InName, m_Text, m_Pos + length);
   }
   name = TextFrom(begin);
   if (AtEnd() || IsAscii(m_Text[m_Pos])) {
@@ -124,12 +132,9 @@ bool XmlCursor::ScanName(std::string_view& name, const char* missing) {
                                                    : "a character that no name holds");
 }
 
-std::size_t XmlCursor::NameCharacterLength(bool isFirst) const {
-  if (AtEnd()) {
+std::size_t XmlCursor::WideNameCharacterLength(bool isFirst) const {
+  if (AtEnd() || IsAscii(m_Text[m_Pos])) {
     return 0;
-  }
-  if (IsAscii(m_Text[m_Pos])) {
-    return Has(m_Text[m_Pos], isFirst ? NameStart : InName) ? 1 : 0;
   }
   std::uint32_t character = 0;
   const std::size_t length = Decode(character);

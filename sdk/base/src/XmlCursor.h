@@ -75,8 +75,8 @@ class XmlCursor {
   /// The character at the place, which is not the end, and its length in bytes; 0 when they are not
   /// UTF-8.
   std::size_t Decode(std::uint32_t& character) const;
-  /// In bytes; 0 when a name cannot go on here.
-  std::size_t NameCharacterLength(bool isFirst) const;
+  /// In bytes; 0 when no character past ASCII that may go on with a name stands here.
+  std::size_t WideNameCharacterLength(bool isFirst) const;
 
   const std::string_view m_Text;
   std::size_t m_Pos = 0;

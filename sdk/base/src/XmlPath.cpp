@@ -2,66 +2,77 @@
 
 #include "Characters.h"
 
-#include <algorithm>
+#include <utility>
 
 namespace BaseSDK {
 
 namespace {
 
-bool IsPlainName(std::string_view name) {
-  return !name.empty() && IsAsciiLetter(name.front()) &&
-         std::all_of(name.begin(), name.end(),
-                     [](char c) { return IsAsciiLetter(c) || IsAsciiDigit(c); });
+constexpr std::string_view TextStep = "text()";
+
+/// Takes a name of ASCII letters and digits off the front; empty when none stands there.
+std::string_view TakeName(std::string_view& path) {
+  std::size_t length = 0;
+  while (length < path.size() &&
+         (IsAsciiLetter(path[length]) || (length > 0 && IsAsciiDigit(path[length])))) {
+    ++length;
+  }
+  const std::string_view name = path.substr(0, length);
+  path.remove_prefix(length);
+  return name;
 }
 
-/// What stands before the next "/"; `path` goes on behind it.
-std::string_view TakeStep(std::string_view& path) {
-  const std::size_t end = std::min(path.find('/'), path.size());
-  const std::string_view step = path.substr(0, end);
-  path.remove_prefix(std::min(end + 1, path.size()));
-  return step;
+bool TakeSlash(std::string_view& path) {
+  const bool isThere = path.starts_with('/');
+  path.remove_prefix(isThere ? 1 : 0);
+  return isThere;
 }
 
 }  // namespace
 
 std::optional<XmlPath> XmlPath::Read(std::string_view path) {
-  XmlPath read;
-  read.m_IsAnywhere = path.starts_with("//");
-  if (!path.starts_with("/") || path.ends_with("/")) {
+  std::optional<XmlPath> read(std::in_place);
+  if (!TakeSlash(path)) {
     return std::nullopt;
   }
-  path.remove_prefix(read.m_IsAnywhere ? 2 : 1);
-  while (!path.empty()) {
-    const std::string_view step = TakeStep(path);
-    const bool isLast = path.empty();
-    if (!read.ReadElement(step) && !(isLast && read.ReadLastStep(step))) {
+  read->m_IsAnywhere = TakeSlash(path);
+  do {
+    if (read->ReadLastStep(path)) {
+      break;
+    }
+    if (!read->ReadElement(TakeName(path))) {
       return std::nullopt;
     }
-  }
-  const bool isKnown = read.m_Depth == 1 || (read.m_Depth > 1 && !read.m_IsAnywhere);
-  return isKnown ? std::optional(read) : std::nullopt;
+  } while (TakeSlash(path));
+  const bool isKnown = read->m_Depth == 1 || (read->m_Depth > 1 && !read->m_IsAnywhere);
+  return path.empty() && isKnown ? read : std::nullopt;
 }
 
-bool XmlPath::ReadElement(std::string_view step) {
-  if (!IsPlainName(step) || m_Depth == MaxNames) {
+bool XmlPath::ReadElement(std::string_view name) {
+  if (name.empty() || m_Depth == MaxNames) {
     return false;
   }
-  m_Elements[m_Depth++] = step;
+  m_Elements[m_Depth++] = name;
   return true;
 }
 
-bool XmlPath::ReadLastStep(std::string_view step) {
-  if (step == "text()") {
+/// Takes the step off; without one the path is as it was.
+bool XmlPath::ReadLastStep(std::string_view& path) {
+  if (path == TextStep) {
     m_Kind = XmlTree::Kind::Text;
+    path.remove_prefix(TextStep.size());
     return true;
   }
-  if (!step.starts_with('@')) {
+  if (!path.starts_with('@')) {
     return false;
   }
+  std::string_view rest = path.substr(1);
   m_Kind = XmlTree::Kind::Attribute;
-  m_Attribute = step.substr(1);
+  m_Attribute = TakeName(rest);
   // To XPath a declaration of a namespace is no attribute.
-  return IsPlainName(m_Attribute) && m_Attribute != "xmlns";
+  const bool isAttribute = !m_Attribute.empty() && m_Attribute != "xmlns";
+  path = isAttribute ? rest : path;
+  return isAttribute;
 }
 
 XmlTree::Index XmlPath::Next(const XmlTree& tree, XmlTree::Index from) const {

@@ -27,8 +27,8 @@ class XmlPath {
  private:
   static constexpr std::size_t MaxNames = 8;
 
-  bool ReadElement(std::string_view step);
-  bool ReadLastStep(std::string_view step);
+  bool ReadElement(std::string_view name);
+  bool ReadLastStep(std::string_view& path);
   bool EndsAt(const XmlTree& tree, XmlTree::Index element) const;
 
   bool m_IsAnywhere = false;
