@@ -1,27 +1,40 @@
 #include <BaseSDK/ALong32.h>
 
+#include <chrono>
+
 namespace BaseSDK {
 namespace {
 
 constexpr std::time_t SecondsPerDay = 86400;
 
+bool IsSameClock(const std::tm& shown, const std::tm& wanted) {
+  return shown.tm_sec == wanted.tm_sec && shown.tm_min == wanted.tm_min &&
+         shown.tm_hour == wanted.tm_hour && shown.tm_mday == wanted.tm_mday;
+}
+
 bool ShowsSameClock(std::time_t moment, const std::tm& wanted) {
   std::tm shown{};
-  return localtime_r(&moment, &shown) != nullptr && shown.tm_min == wanted.tm_min &&
-         shown.tm_hour == wanted.tm_hour && shown.tm_mday == wanted.tm_mday &&
-         shown.tm_sec == wanted.tm_sec;
+  return localtime_r(&moment, &shown) != nullptr && IsSameClock(shown, wanted);
 }
 
 // For a local time that a change of the clock repeats or skips, mktime's answer depends on the call
 // made before it: the same schedule would start sometimes at one moment, sometimes at the
 // other. Here the offset in force a day earlier decides, as in calendars: a repeated time is the
 // first of the two, and a skipped one lies as far behind the change as its fields are past it.
-std::time_t WithOffsetOfDayBefore(std::time_t moment, const std::tm& wanted) {
+//
+// `shown` is what the clock shows at `moment`, mktime's answer.
+std::time_t WithOffsetOfDayBefore(std::time_t moment, const std::tm& shown, const std::tm& wanted) {
   const std::time_t dayBefore = moment - SecondsPerDay;
   std::tm before{};
+  if (localtime_r(&dayBefore, &before) == nullptr) {
+    return moment;
+  }
+  if (before.tm_gmtoff == shown.tm_gmtoff && IsSameClock(shown, wanted)) {
+    return moment;  // as nearly always
+  }
   std::tm normal = wanted;  // timegm makes 32 October the 1 November that a clock can show
   const std::time_t utc = timegm(&normal);
-  if (utc == -1 || localtime_r(&dayBefore, &before) == nullptr) {
+  if (utc == -1) {
     return moment;
   }
   const std::time_t candidate = utc - before.tm_gmtoff;
@@ -48,7 +61,7 @@ long MakeTime32(std::tm& fields) {
   if (wide == -1 || wanted.tm_isdst >= 0 || NearEndOfRange(wide)) {
     return static_cast<long>(wide);
   }
-  const std::time_t settled = WithOffsetOfDayBefore(moment, wanted);
+  const std::time_t settled = WithOffsetOfDayBefore(moment, fields, wanted);
   if (settled != moment) {
     localtime_r(&settled, &fields);
   }
