@@ -16,28 +16,47 @@ namespace {
 constexpr long SecondsPerMinute = 60;
 constexpr long SecondsPerHour = 3600;
 
+/// Made once, not for every trigger that is read.
+namespace TriggerPath {
+const AString Disabled = L"/Trigger/@Disabled";
+const AString Description = L"/Trigger/@Description";
+const AString Type = L"/Trigger/@Type";
+const AString Interval = L"/Trigger/@Interval";
+const AString IntervalUnit = L"/Trigger/@IntervalUnit";
+const AString Duration = L"/Trigger/@Duration";
+const AString KillAtEnd = L"/Trigger/@KillAtEnd";
+const AString BeginDate = L"/Trigger/BeginDate/text()";
+const AString EndDate = L"/Trigger/EndDate/text()";
+const AString DaysInterval = L"/Trigger/DaysInterval/text()";
+const AString WeeksInterval = L"/Trigger/WeeksInterval/text()";
+const AString DaysOfWeek = L"/Trigger/DaysOfWeek/text()";
+const AString DaysOfMonth = L"/Trigger/DaysOfMonth/text()";
+const AString MonthsOfYear = L"/Trigger/MonthsOfYear/text()";
+const AString Week = L"/Trigger/Week/text()";
+}  // namespace TriggerPath
+
 /// Decimal; 0 when absent or not a number.
-long ReadNumber(const AXmlDoc& doc, const wchar_t* path) {
+long ReadNumber(const AXmlDoc& doc, const AString& path) {
   return doc.SelectSingleNode(path).ToLong();
 }
 
 /// At least 1, which is also what an absent element means.
-long ReadCount(const AXmlDoc& doc, const wchar_t* path) {
+long ReadCount(const AXmlDoc& doc, const AString& path) {
   return std::max(ReadNumber(doc, path), 1L);
 }
 
 /// One decimal number. Taken as it is: bits that stand for no day are never asked for.
-std::uint32_t ReadMask(const AXmlDoc& doc, const wchar_t* path) {
+std::uint32_t ReadMask(const AXmlDoc& doc, const AString& path) {
   return static_cast<std::uint32_t>(ReadNumber(doc, path));
 }
 
 bool ReadDisabled(const AXmlDoc& doc) {
-  const AString value = doc.SelectSingleNode(L"/Trigger/@Disabled");
+  const AString value = doc.SelectSingleNode(TriggerPath::Disabled);
   return BaseSDK::AText::StrToBool(value) || value.EqualsNoCase(L"Y");
 }
 
 long ReadSecondsPerUnit(const AXmlDoc& doc) {
-  const AString unit = doc.SelectSingleNode(L"/Trigger/@IntervalUnit");
+  const AString unit = doc.SelectSingleNode(TriggerPath::IntervalUnit);
   if (unit.EqualsNoCase(L"HOUR")) {
     return SecondsPerHour;
   }
@@ -49,7 +68,7 @@ long KnownTime(const ADateTime& date) {
 }
 
 long ReadBeginDate(const AXmlDoc& doc) {
-  const AString text = doc.SelectSingleNode(L"/Trigger/BeginDate/text()");
+  const AString text = doc.SelectSingleNode(TriggerPath::BeginDate);
   const long time = KnownTime(ADateTime(text));
   if (time != CTaskTrigger::NoTime) {
     return time;
@@ -60,12 +79,12 @@ long ReadBeginDate(const AXmlDoc& doc) {
 // Kept on purpose: the end date is not read a second time in the explicit format, so that a task
 // that had no end until now still has none.
 long ReadEndDate(const AXmlDoc& doc) {
-  return KnownTime(ADateTime(doc.SelectSingleNode(L"/Trigger/EndDate/text()")));
+  return KnownTime(ADateTime(doc.SelectSingleNode(TriggerPath::EndDate)));
 }
 
 /// 1 to 5; anything else is the first week.
 long ReadWeek(const AXmlDoc& doc) {
-  const long week = ReadNumber(doc, L"/Trigger/Week/text()");
+  const long week = ReadNumber(doc, TriggerPath::Week);
   return week < 1 || week > 5 ? 1 : week;
 }
 
@@ -89,8 +108,8 @@ bool CTaskTrigger::ReadKind(const AXmlDoc& doc) {
   if (ReadDisabled(doc)) {
     return false;
   }
-  m_Description = doc.SelectSingleNode(L"/Trigger/@Description");
-  m_Type = ReadNumber(doc, L"/Trigger/@Type");
+  m_Description = doc.SelectSingleNode(TriggerPath::Description);
+  m_Type = ReadNumber(doc, TriggerPath::Type);
   // Kept on purpose: the two event types are refused here although the due test knows them, while
   // negative types without a meaning pass and fire every day.
   if (m_Type > MonthlyByWeekday) {
@@ -103,14 +122,14 @@ bool CTaskTrigger::ReadKind(const AXmlDoc& doc) {
 }
 
 void CTaskTrigger::ReadRepetition(const AXmlDoc& doc) {
-  m_Interval = Nox::Mul32(ReadNumber(doc, L"/Trigger/@Interval"), ReadSecondsPerUnit(doc));
-  m_Duration = Nox::Mul32(ReadNumber(doc, L"/Trigger/@Duration"), SecondsPerMinute);
+  m_Interval = Nox::Mul32(ReadNumber(doc, TriggerPath::Interval), ReadSecondsPerUnit(doc));
+  m_Duration = Nox::Mul32(ReadNumber(doc, TriggerPath::Duration), SecondsPerMinute);
   // Kept on purpose: with an interval a negative duration stays, and then moves the moments that
   // the due test looks at into the future.
   if (m_Interval == 0) {
     m_Duration = std::max(m_Duration, 0L);
   }
-  m_KillAtEnd = ReadNumber(doc, L"/Trigger/@KillAtEnd") != 0;
+  m_KillAtEnd = ReadNumber(doc, TriggerPath::KillAtEnd) != 0;
 }
 
 /// The dates are read in the C library's zone of now, and the arithmetic on them must be of the
@@ -129,10 +148,10 @@ bool CTaskTrigger::ReadDates(const AXmlDoc& doc) {
 }
 
 void CTaskTrigger::ReadRecurrence(const AXmlDoc& doc) {
-  m_DaysInterval = ReadCount(doc, L"/Trigger/DaysInterval/text()");
-  m_WeeksInterval = ReadCount(doc, L"/Trigger/WeeksInterval/text()");
-  m_DaysOfWeek = ReadMask(doc, L"/Trigger/DaysOfWeek/text()");
-  m_DaysOfMonth = ReadMask(doc, L"/Trigger/DaysOfMonth/text()");
-  m_MonthsOfYear = ReadMask(doc, L"/Trigger/MonthsOfYear/text()");
+  m_DaysInterval = ReadCount(doc, TriggerPath::DaysInterval);
+  m_WeeksInterval = ReadCount(doc, TriggerPath::WeeksInterval);
+  m_DaysOfWeek = ReadMask(doc, TriggerPath::DaysOfWeek);
+  m_DaysOfMonth = ReadMask(doc, TriggerPath::DaysOfMonth);
+  m_MonthsOfYear = ReadMask(doc, TriggerPath::MonthsOfYear);
   m_Week = ReadWeek(doc);
 }

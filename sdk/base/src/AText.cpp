@@ -3,6 +3,9 @@
 namespace BaseSDK {
 
 bool AText::StrToBool(const AString& text) {
+  if (text.IsEmpty()) {
+    return false;
+  }
   return text.EqualsNoCase(L"true") || text.EqualsNoCase(L"yes") || text.EqualsNoCase(L"on") ||
          text.ToLong() != 0;
 }
