@@ -19,6 +19,7 @@
 // One name a line: HostNames.cmake reads them.
 #pragma GCC poison ALOG
 #pragma GCC poison AStringMap
+#pragma GCC poison Ascii
 #pragma GCC poison AXmlError
 #pragma GCC poison AutoReset
 #pragma GCC poison CALL_NOT_DELIVERED

@@ -45,22 +45,22 @@ long ToMoment(std::tm local) {
 }
 
 /// Takes exactly `count` digits off the front; false when they are not there.
-bool TakeDigits(std::wstring_view& text, std::size_t count, int& value) {
+bool TakeDigits(std::string_view& text, std::size_t count, int& value) {
   if (text.size() < count) {
     return false;
   }
   value = 0;
-  for (const wchar_t c : text.substr(0, count)) {
-    if (c < L'0' || c > L'9') {
+  for (const char c : text.substr(0, count)) {
+    if (!IsAsciiDigit(c)) {
       return false;
     }
-    value = value * 10 + static_cast<int>(c - L'0');
+    value = value * 10 + (c - '0');
   }
   text.remove_prefix(count);
   return true;
 }
 
-bool TakeChar(std::wstring_view& text, wchar_t wanted) {
+bool TakeChar(std::string_view& text, char wanted) {
   if (text.empty() || text.front() != wanted) {
     return false;
   }
@@ -69,11 +69,11 @@ bool TakeChar(std::wstring_view& text, wchar_t wanted) {
 }
 
 /// date = year separator month separator day; both separators the same, "-" or "/"
-bool TakeDate(std::wstring_view& text, std::tm& local) {
+bool TakeDate(std::string_view& text, std::tm& local) {
   if (!TakeDigits(text, 4, local.tm_year)) {
     return false;
   }
-  const wchar_t separator = !text.empty() && text.front() == L'/' ? L'/' : L'-';
+  const char separator = !text.empty() && text.front() == '/' ? '/' : '-';
   const bool taken = TakeChar(text, separator) && TakeDigits(text, 2, local.tm_mon) &&
                      TakeChar(text, separator) && TakeDigits(text, 2, local.tm_mday);
   local.tm_year -= 1900;
@@ -82,13 +82,13 @@ bool TakeDate(std::wstring_view& text, std::tm& local) {
 }
 
 /// time = hour ":" minute ":" second
-bool TakeTime(std::wstring_view& text, std::tm& local) {
-  return TakeDigits(text, 2, local.tm_hour) && TakeChar(text, L':') &&
-         TakeDigits(text, 2, local.tm_min) && TakeChar(text, L':') &&
+bool TakeTime(std::string_view& text, std::tm& local) {
+  return TakeDigits(text, 2, local.tm_hour) && TakeChar(text, ':') &&
+         TakeDigits(text, 2, local.tm_min) && TakeChar(text, ':') &&
          TakeDigits(text, 2, local.tm_sec);
 }
 
-long ReadDefault(std::wstring_view text) {
+long ReadDefault(std::string_view text) {
   std::tm local{};
   if (!TakeDate(text, local)) {
     return Unreadable;
@@ -96,29 +96,30 @@ long ReadDefault(std::wstring_view text) {
   if (text.empty()) {
     return ToMoment(local);
   }
-  const bool timed = (TakeChar(text, L' ') || TakeChar(text, L'T')) && TakeTime(text, local);
+  const bool timed = (TakeChar(text, ' ') || TakeChar(text, 'T')) && TakeTime(text, local);
   return timed && text.empty() ? ToMoment(local) : Unreadable;
 }
 
-long ReadFormat(std::wstring_view text, const AString& format) {
+long ReadFormat(std::string_view text, const AString& format) {
   // A zero byte would end the text for strptime and hide what follows.
-  if (text.find(L'\0') != std::wstring_view::npos) {
+  if (text.find('\0') != std::string_view::npos) {
     return Unreadable;
   }
   std::tm local{};
   local.tm_year = 70;
   local.tm_mday = 1;
-  const std::string bytes = AString(text.data(), text.size()).ToUtf8();
+  const std::string bytes(text);
   const char* const rest = strptime(bytes.c_str(), format.ToUtf8().c_str(), &local);
   return rest != nullptr && *rest == '\0' ? ToMoment(local) : Unreadable;
 }
 
 }  // namespace
 
-ADateTime::ADateTime(const AString& text) : m_Time(ReadDefault(Trimmed(text.Str()))) {}
+ADateTime::ADateTime(const AString& text)
+    : m_Time(text.Ascii() ? ReadDefault(Trimmed(*text.Ascii())) : Unreadable) {}
 
 ADateTime::ADateTime(const AString& text, const AString& format, int mode)
-    : m_Time(mode == 0 ? ReadFormat(Trimmed(text.Str()), format) : Unreadable) {}
+    : m_Time(mode == 0 ? ReadFormat(Trimmed(text.ToUtf8()), format) : Unreadable) {}
 
 ADateTime ADateTime::Now() {
   return ADateTime(Clamp32(::time(nullptr)));

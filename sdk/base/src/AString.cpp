@@ -4,33 +4,52 @@
 #include <BaseSDK/ALong32.h>
 #include <BaseSDK/AString.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdint>
+#include <cwchar>
+#include <iterator>
+#include <memory>
 #include <type_traits>
+#include <utility>
+#include <vector>
 
 namespace BaseSDK {
 
 namespace {
 
-wchar_t LowerAscii(wchar_t c) {
-  return c >= L'A' && c <= L'Z' ? c - L'A' + L'a' : c;
+/// Whether all are ASCII.
+template <class Character>
+bool IsAscii(std::basic_string_view<Character> text) {
+  std::make_unsigned_t<Character> bits = 0;
+  for (const Character c : text) {
+    bits |= static_cast<std::make_unsigned_t<Character>>(c);
+  }
+  return bits < 0x80;
+}
+
+std::wstring Widened(const std::string& ascii) {
+  return std::wstring(ascii.begin(), ascii.end());
+}
+
+char LowerAscii(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
 /// The value of a digit in bases up to 36; -1 for all else.
-int DigitValue(wchar_t c) {
-  if (c >= L'0' && c <= L'9') {
-    return static_cast<int>(c - L'0');
+int DigitValue(char c) {
+  if (IsAsciiDigit(c)) {
+    return c - '0';
   }
-  const wchar_t lower = LowerAscii(c);
-  return lower >= L'a' && lower <= L'z' ? static_cast<int>(lower - L'a') + 10 : -1;
+  return IsAsciiLetter(c) ? LowerAscii(c) - 'a' + 10 : -1;
 }
 
 /// Digits of `base` and nothing else; -1 otherwise. Stays above the 32-bit range once it is there.
-std::int64_t ReadDigits(std::wstring_view digits, int base) {
+std::int64_t ReadDigits(std::string_view digits, int base) {
   constexpr std::int64_t Beyond = std::int64_t{Long32Max} + 2;
   std::int64_t value = digits.empty() ? -1 : 0;
-  for (const wchar_t c : digits) {
+  for (const char c : digits) {
     const int digit = DigitValue(c);
     if (digit < 0 || digit >= base) {
       return -1;
@@ -42,7 +61,7 @@ std::int64_t ReadDigits(std::wstring_view digits, int base) {
 }
 
 template <class Number>
-std::wstring FormatNumber(Number value, char format) {
+std::string FormatNumber(Number value, char format) {
   std::array<char, 24> digits{};
   char* const end = digits.data() + digits.size();
   std::to_chars_result result{};
@@ -52,52 +71,165 @@ std::wstring FormatNumber(Number value, char format) {
   } else {
     result = std::to_chars(digits.data(), end, static_cast<std::make_signed_t<Number>>(value));
   }
-  return std::wstring(digits.data(), result.ptr);
+  return std::string(digits.data(), result.ptr);
+}
+
+/// `text` with %1, %2, ... replaced by the arguments that there are.
+template <class String>
+String FillPlaceholders(const String& text, const std::vector<const String*>& arguments) {
+  String filled;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const bool mayBegin = text[i] == '%' && i + 1 < text.size() && text[i + 1] >= '1';
+    const auto index = mayBegin ? static_cast<std::size_t>(text[i + 1] - '1') : arguments.size();
+    if (index < arguments.size()) {
+      filled += *arguments[index];
+      ++i;
+    } else {
+      filled += text[i];
+    }
+  }
+  return filled;
 }
 
 }  // namespace
 
-AString::AString(const wchar_t* text) : m_Text(text != nullptr ? text : L"") {}
+AString::AString(const AString& other)
+    : m_Ascii(other.m_Ascii), m_Wide(other.IsWide() ? new std::wstring(other.Wide()) : nullptr) {}
 
-AString::AString(const wchar_t* text, std::size_t length)
-    : m_Text(text != nullptr ? std::wstring(text, length) : std::wstring()) {}
-
-AString::AString(std::wstring text) : m_Text(std::move(text)) {}
-
-AString::AString(const char* narrow)
-    : m_Text(narrow != nullptr ? Utf8ToWide(narrow) : std::wstring()) {}
-
-AString AString::FromUtf8(std::string_view bytes) {
-  return AString(Utf8ToWide(bytes));
+AString::AString(AString&& other) noexcept
+    : m_Ascii(std::move(other.m_Ascii)), m_Wide(other.TakeWide()) {
+  other.m_Ascii.clear();
 }
 
-std::string AString::ToUtf8() const {
-  return WideToUtf8(m_Text);
+AString& AString::operator=(const AString& other) {
+  return *this = AString(other);
 }
 
-AString& AString::operator+=(const AString& other) {
-  m_Text += other.m_Text;
+AString& AString::operator=(AString&& other) noexcept {
+  AString taken(std::move(other));
+  m_Ascii = std::move(taken.m_Ascii);
+  SetWide(taken.TakeWide());
   return *this;
 }
 
+AString::AString(const wchar_t* text) : AString(text, text != nullptr ? std::wcslen(text) : 0) {}
+
+AString::AString(const wchar_t* text, std::size_t length) {
+  if (text == nullptr) {
+    return;
+  }
+  if (IsAscii(std::wstring_view(text, length))) {
+    m_Ascii = std::string(text, text + length);
+  } else {
+    SetWide(new std::wstring(text, length));
+  }
+}
+
+AString::AString(std::wstring text) : AString(text.data(), text.size()) {}
+
+AString::AString(const char* narrow)
+    : AString(FromUtf8(narrow != nullptr ? std::string_view(narrow) : std::string_view())) {}
+
+AString AString::FromUtf8(std::string_view bytes) {
+  return IsAscii(bytes) ? OfAscii(std::string(bytes)) : AString(Utf8ToWide(bytes));
+}
+
+AString AString::OfAscii(std::string ascii) {
+  AString text;
+  text.m_Ascii = std::move(ascii);
+  return text;
+}
+
+std::string AString::ToUtf8() const {
+  return IsWide() ? WideToUtf8(Wide()) : m_Ascii;
+}
+
+const std::wstring& AString::Str() const {
+  static const std::wstring Empty;
+  if (IsEmpty()) {
+    return Empty;
+  }
+  std::wstring* wide = m_Wide.load(std::memory_order_acquire);
+  if (wide == nullptr) {
+    auto made = std::make_unique<std::wstring>(Widened(m_Ascii));
+    if (m_Wide.compare_exchange_strong(wide, made.get(), std::memory_order_acq_rel)) {
+      wide = made.release();
+    }
+  }
+  return *wide;
+}
+
+std::wstring* AString::TakeWide() noexcept {
+  std::wstring* const wide = m_Wide.load(std::memory_order_relaxed);
+  m_Wide.store(nullptr, std::memory_order_relaxed);
+  return wide;
+}
+
+void AString::SetWide(std::wstring* wide) noexcept {
+  delete m_Wide.load(std::memory_order_relaxed);
+  m_Wide.store(wide, std::memory_order_relaxed);
+}
+
+AString& AString::operator+=(const AString& other) {
+  if (IsWide() || other.IsWide()) {
+    AppendWide(other);
+  } else if (!other.IsEmpty()) {
+    m_Ascii += other.m_Ascii;
+    SetWide(nullptr);
+  }
+  return *this;
+}
+
+void AString::AppendWide(const AString& other) {
+  if (!IsWide()) {
+    auto sum = std::make_unique<std::wstring>(Widened(m_Ascii) + other.Wide());
+    Clear();
+    SetWide(sum.release());
+  } else if (other.IsWide()) {
+    Wide() += other.Wide();
+  } else {
+    Wide().append(other.m_Ascii.begin(), other.m_Ascii.end());
+  }
+}
+
+bool AString::IsBefore(const AString& other) const {
+  const std::size_t both = std::min(Length(), other.Length());
+  for (std::size_t i = 0; i < both; ++i) {
+    if ((*this)[i] != other[i]) {
+      return (*this)[i] < other[i];
+    }
+  }
+  return Length() < other.Length();
+}
+
 std::size_t AString::Find(const AString& what, std::size_t from) const {
-  return m_Text.find(what.m_Text, from);
+  if (!IsWide()) {
+    return what.IsWide() ? npos : m_Ascii.find(what.m_Ascii, from);
+  }
+  return Wide().find(what.IsWide() ? what.Wide() : Widened(what.m_Ascii), from);
 }
 
 std::size_t AString::ReverseFind(wchar_t what) const {
-  return m_Text.rfind(what);
+  if (IsWide()) {
+    return Wide().rfind(what);
+  }
+  return what >= 0 && what < 0x80 ? m_Ascii.rfind(static_cast<char>(what)) : npos;
 }
 
 AString AString::Mid(std::size_t pos, std::size_t count) const {
-  return pos < m_Text.size() ? AString(m_Text.substr(pos, count)) : AString();
+  if (pos >= Length()) {
+    return AString();
+  }
+  return IsWide() ? AString(Wide().substr(pos, count)) : OfAscii(m_Ascii.substr(pos, count));
 }
 
 bool AString::EqualsNoCase(const AString& other) const {
-  if (m_Text.size() != other.m_Text.size()) {
+  if (IsWide() != other.IsWide() || Length() != other.Length()) {
     return false;
   }
-  for (std::size_t i = 0; i < m_Text.size(); ++i) {
-    if (LowerAscii(m_Text[i]) != LowerAscii(other.m_Text[i])) {
+  const auto lower = [](wchar_t c) { return c >= L'A' && c <= L'Z' ? c - L'A' + L'a' : c; };
+  for (std::size_t i = 0; i < Length(); ++i) {
+    if (lower((*this)[i]) != lower(other[i])) {
       return false;
     }
   }
@@ -105,9 +237,9 @@ bool AString::EqualsNoCase(const AString& other) const {
 }
 
 long AString::ToLong(int base) const {
-  std::wstring_view digits = Trimmed(m_Text);
-  const bool negative = !digits.empty() && digits.front() == L'-';
-  if (negative || (!digits.empty() && digits.front() == L'+')) {
+  std::string_view digits = Trimmed(m_Ascii);
+  const bool negative = digits.starts_with('-');
+  if (negative || digits.starts_with('+')) {
     digits.remove_prefix(1);
   }
   const std::int64_t value = ReadDigits(digits, base);
@@ -115,38 +247,33 @@ long AString::ToLong(int base) const {
 }
 
 AString& AString::SetNum(int value, char format) {
-  m_Text = FormatNumber(value, format);
-  return *this;
+  return *this = OfAscii(FormatNumber(value, format));
 }
 
 AString& AString::SetNum(unsigned value, char format) {
-  m_Text = FormatNumber(value, format);
-  return *this;
+  return *this = OfAscii(FormatNumber(value, format));
 }
 
 AString& AString::SetNum(long value, char format) {
-  m_Text = FormatNumber(value, format);
-  return *this;
+  return *this = OfAscii(FormatNumber(value, format));
 }
 
 AString& AString::SetNum(unsigned long value, char format) {
-  m_Text = FormatNumber(value, format);
-  return *this;
+  return *this = OfAscii(FormatNumber(value, format));
 }
 
 AString AString::Fill(const AString* const* arguments, std::size_t count) const {
-  std::wstring filled;
-  for (std::size_t i = 0; i < m_Text.size(); ++i) {
-    const bool mayBegin = m_Text[i] == L'%' && i + 1 < m_Text.size() && m_Text[i + 1] >= L'1';
-    const auto index = mayBegin ? static_cast<std::size_t>(m_Text[i + 1] - L'1') : count;
-    if (index < count) {
-      filled += arguments[index]->m_Text;
-      ++i;
-    } else {
-      filled += m_Text[i];
-    }
+  const auto isWide = [](const AString* text) { return text->IsWide(); };
+  if (IsWide() || std::any_of(arguments, arguments + count, isWide)) {
+    std::vector<const std::wstring*> wide;
+    std::transform(arguments, arguments + count, std::back_inserter(wide),
+                   [](const AString* text) { return &text->Str(); });
+    return AString(FillPlaceholders(Str(), wide));
   }
-  return AString(std::move(filled));
+  std::vector<const std::string*> narrow;
+  std::transform(arguments, arguments + count, std::back_inserter(narrow),
+                 [](const AString* text) { return &text->m_Ascii; });
+  return OfAscii(FillPlaceholders(m_Ascii, narrow));
 }
 
 AString AString::Arg(const AString& a1) const {

@@ -2,18 +2,36 @@
 
 namespace BaseSDK {
 
+namespace {
+
+/// Where the token ends that begins there.
+std::size_t EndOfToken(const AString& text, std::size_t begin, const AString& delimiters) {
+  const auto isDelimiter = [&](wchar_t character) {
+    std::size_t i = 0;
+    while (i < delimiters.Length() && delimiters[i] != character) {
+      ++i;
+    }
+    return i < delimiters.Length();
+  };
+  while (begin < text.Length() && !isDelimiter(text[begin])) {
+    ++begin;
+  }
+  return begin;
+}
+
+}  // namespace
+
 AStringTokenizer::AStringTokenizer(const AString& text, const AString& delimiters, int keepEmpty,
                                    int maxTokens) {
-  const std::wstring& whole = text.Str();
   const std::size_t limit = maxTokens > 0 ? static_cast<std::size_t>(maxTokens) : AString::npos;
   std::size_t begin = 0;
   while (m_Tokens.size() < limit) {
-    const std::size_t end = whole.find_first_of(delimiters.Str(), begin);
-    const std::size_t length = (end == std::wstring::npos ? whole.size() : end) - begin;
+    const std::size_t end = EndOfToken(text, begin, delimiters);
+    const std::size_t length = end - begin;
     if (length > 0 || keepEmpty != 0) {
       m_Tokens.push_back(text.Mid(begin, length));
     }
-    if (end == std::wstring::npos) {
+    if (end == text.Length()) {
       return;
     }
     begin = end + 1;

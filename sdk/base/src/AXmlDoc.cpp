@@ -186,7 +186,7 @@ const AXmlDoc::AXmlError& AXmlDoc::Error() const {
 }
 
 AString AXmlDoc::SelectSingleNode(const AString& xpath) const {
-  return m_Impl->SelectFirst(xpath.ToUtf8());
+  return xpath.Ascii() ? m_Impl->SelectFirst(*xpath.Ascii()) : m_Impl->SelectFirst(xpath.ToUtf8());
 }
 
 bool AXmlDoc::Find(const AString& xpath) {

@@ -4,8 +4,8 @@
 
 namespace BaseSDK {
 
-std::wstring_view Trimmed(std::wstring_view text) {
-  constexpr std::wstring_view Blanks = L" \t\n\v\f\r";
+std::string_view Trimmed(std::string_view text) {
+  constexpr std::string_view Blanks = " \t\n\v\f\r";
   text.remove_prefix(std::min(text.find_first_not_of(Blanks), text.size()));
   return text.substr(0, text.find_last_not_of(Blanks) + 1);  // npos + 1 is 0
 }

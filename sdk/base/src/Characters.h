@@ -5,7 +5,7 @@
 namespace BaseSDK {
 
 /// Without the white space at both ends: blanks and the control characters that isspace counts.
-std::wstring_view Trimmed(std::wstring_view text);
+std::string_view Trimmed(std::string_view text);
 
 constexpr bool IsAsciiLetter(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');

@@ -5,7 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <optional>
 #include <string>
+#include <string_view>
+#include <thread>
+#include <utility>
 #include <vector>
 
 namespace BaseSDK {
@@ -106,6 +110,68 @@ TEST(AString, AppendsAndClears) {
   EXPECT_EQ(text[6], L'\0');
   text.Clear();
   EXPECT_TRUE(text.IsEmpty());
+}
+
+// Text of ASCII alone is held otherwise than any other: every pair of the two has to work together.
+TEST(AString, TextsWithinAndBeyondAsciiGoTogether) {
+  const std::wstring texts[] = {L"",        L"a",       L"Za",          L"\u00E4",
+                                L"a\u00E4", L"\u00E4a", L"a\U0001F600z"};
+  for (const std::wstring& left : texts) {
+    for (const std::wstring& right : texts) {
+      const AString one(left), other(right);
+      EXPECT_EQ((one + other).Str(), left + right);
+      EXPECT_EQ(one == other, left == right);
+      EXPECT_EQ(one < other, left < right);
+      EXPECT_EQ((one + other).Find(other), (left + right).find(right));
+      EXPECT_EQ(one.Find(other, 1), left.find(right, 1));
+      EXPECT_EQ(AString(L"%1|%2").Arg(one, other).Str(), left + L"|" + right);
+      EXPECT_EQ((one + AString(L"%1")).Arg(other).Str(), left + right);
+    }
+  }
+}
+
+TEST(AString, APieceThatIsAsciiEqualsTheSameTextOfItsOwn) {
+  const AString text(L"abc\u00E4def");
+  EXPECT_EQ(text.Mid(4), AString("def"));
+  EXPECT_EQ(text.Left(3), AString("abc"));
+  EXPECT_FALSE(text.Mid(4) < AString("def"));
+  EXPECT_EQ(text.ReverseFind(L'\u00E4'), 3u);
+  EXPECT_EQ(AString("abc").ReverseFind(L'\u00E4'), AString::npos);
+  EXPECT_EQ(text.Mid(4).Ascii(), std::string_view("def"));
+  EXPECT_EQ(text.Ascii(), std::nullopt);
+}
+
+TEST(AString, TheWideFormIsThatOfTheTextAsItIs) {
+  AString text = "ab";
+  EXPECT_EQ(text.c_str(), std::wstring(L"ab"));
+  text += "c";
+  EXPECT_EQ(text.c_str(), std::wstring(L"abc"));
+  text += AString(L"\u00E4");
+  EXPECT_EQ(text.c_str(), std::wstring(L"abc\u00E4"));
+  text += text;
+  EXPECT_EQ(text.Str(), L"abc\u00E4abc\u00E4");
+  AString taken = std::move(text);
+  EXPECT_EQ(taken.Length(), 8u);
+  text = "new";
+  EXPECT_EQ(text.Str(), L"new");
+  taken = text;
+  EXPECT_EQ(taken.Str(), L"new");
+  taken.Clear();
+  EXPECT_EQ(taken.Str(), L"");
+  text = std::move(taken);
+  EXPECT_TRUE(text.IsEmpty());
+}
+
+TEST(AString, SeveralReadersMayBeTheFirstToAskForTheWideForm) {
+  for (int round = 0; round < 100; ++round) {
+    const AString text = "a text for several readers";
+    const wchar_t* seen[2] = {};
+    std::thread reader([&] { seen[0] = text.c_str(); });
+    seen[1] = text.c_str();
+    reader.join();
+    ASSERT_EQ(seen[0], seen[1]);
+    ASSERT_EQ(seen[0], std::wstring(L"a text for several readers"));
+  }
 }
 
 TEST(AString, FindsForwardAndBackward) {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -9,6 +11,9 @@ namespace BaseSDK {
 /// The kit's string: a value of wide characters, one per Unicode code point. Every task ID,
 /// document, path and message is one. Copies are independent; as with any value, one thread writes
 /// at a time.
+///
+/// Text of ASCII characters alone, as nearly all is, takes a byte for each of them. The wide form
+/// that c_str() and Str() give is made when it is first asked for, and then kept.
 ///
 /// Narrow text is UTF-8. Bytes that are not valid UTF-8 survive: a byte b becomes the lone
 /// surrogate U+DC00+b, which no valid text holds, and ToUtf8 turns it back. So any file name the
@@ -19,6 +24,11 @@ class AString {
   static constexpr std::size_t npos = std::wstring::npos;
 
   AString() = default;
+  AString(const AString& other);
+  AString(AString&& other) noexcept;
+  AString& operator=(const AString& other);
+  AString& operator=(AString&& other) noexcept;
+  ~AString() { delete m_Wide.load(std::memory_order_relaxed); }
   /// A null pointer makes an empty string, as it does below.
   AString(const wchar_t* text);
   AString(const wchar_t* text, std::size_t length);
@@ -32,15 +42,24 @@ class AString {
   /// U+10FFFF) become U+FFFD.
   std::string ToUtf8() const;
 
-  bool IsEmpty() const { return m_Text.empty(); }
-  std::size_t Length() const { return m_Text.size(); }
+  bool IsEmpty() const { return Length() == 0; }
+  std::size_t Length() const { return IsWide() ? Wide().size() : m_Ascii.size(); }
   /// Valid until the string is changed or destroyed.
-  const wchar_t* c_str() const { return m_Text.c_str(); }
-  const std::wstring& Str() const { return m_Text; }
+  const wchar_t* c_str() const { return Str().c_str(); }
+  const std::wstring& Str() const;
+  /// The text without a copy, if it is ASCII alone. Valid until the string is changed or destroyed.
+  std::optional<std::string_view> Ascii() const {
+    return IsWide() ? std::nullopt : std::optional<std::string_view>(m_Ascii);
+  }
   /// `index` is at most Length(); there it yields the ending zero.
-  wchar_t operator[](std::size_t index) const { return m_Text[index]; }
+  wchar_t operator[](std::size_t index) const {
+    return IsWide() ? Wide()[index] : static_cast<wchar_t>(m_Ascii[index]);
+  }
 
-  void Clear() { m_Text.clear(); }
+  void Clear() {
+    m_Ascii.clear();
+    SetWide(nullptr);
+  }
   AString& operator+=(const AString& other);
 
   friend AString operator+(const AString& left, const AString& right) {
@@ -48,12 +67,13 @@ class AString {
     return sum += right;
   }
   friend bool operator==(const AString& left, const AString& right) {
-    return left.m_Text == right.m_Text;
+    return left.IsWide() == right.IsWide() &&
+           (left.IsWide() ? left.Wide() == right.Wide() : left.m_Ascii == right.m_Ascii);
   }
   friend bool operator!=(const AString& left, const AString& right) { return !(left == right); }
   /// Order of code points, the same in every locale.
   friend bool operator<(const AString& left, const AString& right) {
-    return left.m_Text < right.m_Text;
+    return left.IsWide() || right.IsWide() ? left.IsBefore(right) : left.m_Ascii < right.m_Ascii;
   }
 
   /// Position of the first occurrence at or after `from`; npos when there is none.
@@ -87,9 +107,23 @@ class AString {
   AString Arg(const AString& a1, const AString& a2, const AString& a3, const AString& a4) const;
 
  private:
+  /// Whether a character is not ASCII.
+  bool IsWide() const {
+    return m_Ascii.empty() && m_Wide.load(std::memory_order_relaxed) != nullptr;
+  }
+  /// REQUIRES: IsWide().
+  std::wstring& Wide() const { return *m_Wide.load(std::memory_order_relaxed); }
+  static AString OfAscii(std::string ascii);
+  std::wstring* TakeWide() noexcept;
+  void SetWide(std::wstring* wide) noexcept;
+  bool IsBefore(const AString& other) const;
+  void AppendWide(const AString& other);
   AString Fill(const AString* const* arguments, std::size_t count) const;
 
-  std::wstring m_Text;
+  std::string m_Ascii;  ///< empty where a character is not ASCII
+  /// A text that is not all ASCII; of any other its wide form, once it was asked for. Owned.
+  /// Readers on several threads may be the first to ask.
+  mutable std::atomic<std::wstring*> m_Wide{nullptr};
 };
 
 }  // namespace BaseSDK
