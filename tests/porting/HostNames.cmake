@@ -1,8 +1,8 @@
 # Three things, each of which fails the test:
 # - a kit header that the plug-in includes is not on docs/porting.md, or one that is there is not
 #   included any more, or a header of another folder of this repository is included;
-# - a folder of the plug-in does not compile when it finds only the headers of that page, and in
-#   them none of the names in KitOnlyNames.h;
+# - the plug-in does not compile when it finds only the headers of that page, and in them none of the
+#   names in KitOnlyNames.h;
 # - the check itself lets such a header or name pass.
 #
 # SOURCE_DIR, WORK_DIR, COMPILER and FLAGS (a list) are given.
@@ -84,15 +84,14 @@ function(compile name text errors)
   endif()
 endfunction()
 
-foreach(folder IN LISTS plugin_folders)
-  file(GLOB sources "${SOURCE_DIR}/${folder}/*.cpp")
-  list(TRANSFORM sources REPLACE "(.+)" "#include \"\\1\"\n")
-  list(JOIN sources "" text)
-  compile("${folder}" "${text}" errors)
-  if(NOT "${errors}" STREQUAL "")
-    message(SEND_ERROR "${folder} needs more than the host's names:\n${errors}")
-  endif()
-endforeach()
+set(sources ${plugin_files})
+list(FILTER sources INCLUDE REGEX "\\.cpp$")
+list(TRANSFORM sources REPLACE "(.+)" "#include \"\\1\"\n")
+list(JOIN sources "" text)
+compile(Plugin "${text}" errors)
+if(NOT "${errors}" STREQUAL "")
+  message(SEND_ERROR "the plug-in needs more than the host's names:\n${errors}")
+endif()
 
 # What must not pass does not.
 compile(AKitHeader "#include <BaseSDK/ALong32.h>\n" errors)
