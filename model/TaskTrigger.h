@@ -9,8 +9,9 @@
 #include <optional>
 
 namespace Nox {
+class LocalZone;
 class TriggerDays;
-}
+}  // namespace Nox
 
 /// One schedule rule of a task: one `Trigger` element, and the arithmetic that says when it starts.
 ///
@@ -98,6 +99,35 @@ class CTaskTrigger {
     long m_NextStart = Nox::Long32Min;
   };
 
+  /// All that a due test depends on, but for the moment.
+  struct Grounds {
+    const Nox::LocalZone* m_Zone = nullptr;
+    long m_LastRun = NoTime;
+    long m_Type = Once;
+    long m_Interval = 0;
+    long m_Duration = 0;
+    bool m_Disabled = false;
+    long m_BeginDate = 0;
+    long m_EndDate = 0;
+    long m_DaysInterval = 0;
+    long m_WeeksInterval = 0;
+    std::uint32_t m_DaysOfWeek = 0;
+    std::uint32_t m_DaysOfMonth = 0;
+    std::uint32_t m_MonthsOfYear = 0;
+    long m_Week = 0;
+    bool operator==(const Grounds&) const = default;
+  };
+
+  /// A time in which a due test finds nothing due and says the same each time. The monitor asks on
+  /// every pass, and nearly always it is the answer of the pass before.
+  struct QuietSpell {
+    long m_Begin = 0;
+    long m_End = 0;  ///< the first moment that may have another answer
+    Grounds m_Grounds;
+    Finding m_Finding;
+    long m_NextRun = NoTime;
+  };
+
   // Reading the element. ReadKind and ReadDates return whether the trigger can fire at all.
   bool ReadKind(const BaseSDK::AXmlDoc& doc);
   void ReadRepetition(const BaseSDK::AXmlDoc& doc);
@@ -107,6 +137,7 @@ class CTaskTrigger {
   // The due test.
   bool IsDueAt(long now, bool firstEvent, bool secondEvent, long& sleepSeconds, bool& late,
                bool& expired, bool& nextRunChanged);
+  Finding Find(long now, bool firstEvent, bool secondEvent, bool expired);
   Finding Examine(Nox::TriggerDays& days, long now, bool firstEvent, bool secondEvent) const;
   Finding ExamineDated(Nox::TriggerDays& days, long now) const;
   long WalkOrigin(Nox::TriggerDays& days, long now) const;
@@ -116,6 +147,18 @@ class CTaskTrigger {
   bool Repeats() const { return m_Duration != 0 && m_Interval != 0; }
   long RepetitionFrom(long start, long now, long ahead) const;
 
+  // The quiet spell.
+  Grounds GroundsNow() const;
+  bool IsQuietAt(long now) const;
+  void KeepWhileQuiet(Nox::TriggerDays& days, long now, const Finding& found);
+  long QuietUntil(Nox::TriggerDays& days, long now, const Finding& found) const;
+  long QuietUntilBegin(const Nox::TriggerDays& days, long now) const;
+  bool IsPlain(long now) const;
+  bool IsSearchPlain(const Nox::TriggerDays& days, long now) const;
+  long NextChangeOf(long start, long now) const;
+
   // The search.
   long NextRunFrom(Nox::TriggerDays& days, long from, bool expired) const;
+
+  QuietSpell m_Quiet;
 };

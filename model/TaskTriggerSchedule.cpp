@@ -1,3 +1,4 @@
+#include "model/DueTest.h"
 #include "model/LocalTime.h"
 #include "model/LocalZone.h"
 #include "model/TaskTrigger.h"
@@ -6,20 +7,17 @@
 #include <algorithm>
 
 using Nox::Add32;
+using Nox::GraceSeconds;
 using Nox::Long32Min;
 using Nox::Mul32;
+using Nox::PunctualSeconds;
+using Nox::SearchAheadSeconds;
 using Nox::SecondsPerDay;
 using Nox::Sub32;
 using Nox::TriggerDays;
 
 namespace {
 
-/// Later than this after its start a run counts as late.
-constexpr long PunctualSeconds = 59;
-/// The last repetition, at the very end of the active period, may be found this much after it.
-constexpr long GraceSeconds = 5;
-/// The search for the next run leaves out the minute that is under way.
-constexpr long SearchAheadSeconds = 60;
 /// Twenty years of 365 days: without an end date the search for the next run gives up there.
 constexpr long SearchSpanSeconds = 7300 * SecondsPerDay;
 
@@ -36,22 +34,35 @@ bool CTaskTrigger::IsDue(bool firstEvent, bool secondEvent, long& sleepSeconds, 
 
 bool CTaskTrigger::IsDueAt(long now, bool firstEvent, bool secondEvent, long& sleepSeconds,
                            bool& late, bool& expired, bool& nextRunChanged) {
-  TriggerDays days(*this);
-  const Finding found = Examine(days, now, firstEvent, secondEvent);
+  const long previous = m_NextRun;
+  const Finding found = Find(now, firstEvent, secondEvent, expired);
   late = found.m_Late.value_or(late);
   expired = expired || found.m_Expired;
   if (found.m_NextStart > now) {
     sleepSeconds = std::min(sleepSeconds, Sub32(found.m_NextStart, now));
   }
+  nextRunChanged = m_NextRun != previous;
+  return found.m_Due;
+}
 
-  const long previous = m_NextRun;
+/// Sets m_NextRun as well. `expired` is what the caller knows already.
+CTaskTrigger::Finding CTaskTrigger::Find(long now, bool firstEvent, bool secondEvent,
+                                         bool expired) {
+  if (!expired && IsQuietAt(now)) {
+    m_NextRun = m_Quiet.m_NextRun;
+    return m_Quiet.m_Finding;
+  }
+  TriggerDays days(*this);
+  const Finding found = Examine(days, now, firstEvent, secondEvent);
   if (found.m_NextStart < 1 || found.m_NextStart <= now) {
-    m_NextRun = NextRunFrom(days, Add32(now, SearchAheadSeconds), expired);
+    m_NextRun = NextRunFrom(days, Add32(now, SearchAheadSeconds), expired || found.m_Expired);
   } else {
     m_NextRun = found.m_NextStart;
   }
-  nextRunChanged = m_NextRun != previous;
-  return found.m_Due;
+  if (!expired) {
+    KeepWhileQuiet(days, now, found);
+  }
+  return found;
 }
 
 CTaskTrigger::Finding CTaskTrigger::Examine(TriggerDays& days, long now, bool firstEvent,

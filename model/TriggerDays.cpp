@@ -169,6 +169,14 @@ long TriggerDays::StepOn(long cursor, long until) const {
   return Add32(cursor, std::min({steps, stepsUntil, MostSteps}) * SecondsPerDay);
 }
 
+bool TriggerDays::SelectsNothingFrom(long moment) const {
+  return NextSelectedDay(m_Zone.LocalTimeAt(moment).m_Day - m_Zone.MostDrift()) == NoDay;
+}
+
+long TriggerDays::EndOfDay(long moment) const {
+  return Add32(moment, SecondsPerDay - m_Zone.LocalTimeAt(moment).m_Second);
+}
+
 /// The first day at or after `day` that may be selected; NoDay when there is none.
 long TriggerDays::NextSelectedDay(long day) const {
   // CountSelects counts elapsed days, which the clock's changes keep from being the calendar's, and

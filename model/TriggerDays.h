@@ -20,6 +20,14 @@ class TriggerDays {
   /// What CTaskTrigger::GetTriggerStartTime says.
   long StartOnDayOf(long moment);
 
+  /// Whether no local day from that of `moment` on is selected, nor the one before it.
+  bool SelectsNothingFrom(long moment) const;
+
+  /// Where the local day of `moment` ends, on a day on which the clock does not change.
+  long EndOfDay(long moment) const;
+  /// Whether the clock does not change from the one moment to the other.
+  bool IsSteady(long from, long to) const { return m_Zone.IsSteady(from, to); }
+
   /// The moment to which steps of 86400 seconds lead from `cursor`: one step, or as many as surely
   /// meet no selected day. Of these no more than lead to `until` or past it.
   long StepOn(long cursor, long until) const;

@@ -149,7 +149,7 @@ CMonitorThread::RunBatch CMonitorThread::Cycle::Evaluate(long& sleepSeconds) {
 /// An exception leaves the task out of the batch and its run unregistered, so that it is due again.
 void CMonitorThread::Cycle::EvaluateTask(CTask& task, long& sleepSeconds, RunBatch& batch,
                                          std::vector<AString>& expired) {
-  const AString taskID = task.m_TaskID;
+  const AString& taskID = task.m_TaskID;
   const DueTest test = TestTask(task, sleepSeconds);
   if (test.m_Due) {
     std::wstring& batchText = batch[task.m_HandlerCLSID];

@@ -28,6 +28,8 @@ namespace {
 using TestSupport::Day;
 
 constexpr int MomentsPerRule = 4;
+constexpr int WalksPerRule = 6;
+constexpr int StepsPerWalk = 6;
 
 // NOX_RULES_PER_ZONE sets another number: with 1000, each width sees more than a million cases.
 int RulesPerZone() {
@@ -122,6 +124,28 @@ void Compare(CTaskTrigger& trigger, long now) {
   EXPECT_EQ(Show(Ask(trigger, now, 86400)), Show(stepped.Ask(now, 86400)));
 }
 
+// Asks one trigger at one moment after the other, as the monitor does: an answer that is kept must
+// be the answer of the later moments too. They lie around a start after `from` and its period.
+void CompareAlong(CTaskTrigger& trigger, long& lastRun, long from, Draw& draw) {
+  static const std::vector<long> steps{1,    2,     3,     4,     5,     6,  0,   1,    4,    5,
+                                       6,    29,    30,    59,    60,    61, 299, 600,  1800, 3540,
+                                       7200, 21600, 43200, 82800, 86400, -1, -59, -3600};
+  const SteppedSchedule stepped(trigger);
+  trigger.CalculateNextRunTime(from, false);
+  const long start = trigger.m_NextRun == CTaskTrigger::NoTime ? from : trigger.m_NextRun;
+  const long away = draw.OneOf({-80000, -3600, -61, -6, -3, -1, 0, 10, 3595});
+  long now = Nox::Add32(start, draw.OneIn(2) ? away : Nox::Add32(away, trigger.m_Duration));
+  lastRun = draw.OneIn(10) ? draw.OneOf({CTaskTrigger::NoTime, Nox::Add32(now, 100)})
+                           : std::min(now, Nox::Add32(start, draw.OneOf({-Day, -1, 0, 5, 3600})));
+  for (int step = 0; step < StepsPerWalk && !::testing::Test::HasFailure(); ++step) {
+    SCOPED_TRACE(ShowRule(trigger) + " now " + std::to_string(now));
+    const PlainSchedule::Answer answer = Ask(trigger, now, 86400);
+    EXPECT_EQ(Show(answer), Show(stepped.Ask(now, 86400)));
+    lastRun = answer.due && draw.OneIn(2) ? now : lastRun;
+    now = Nox::Clamp32(std::int64_t{now} + draw.OneOf(steps));
+  }
+}
+
 void CompareZone(const std::string& name, unsigned seed) {
   const VirtualTime::Zone zone(name.c_str());
   SCOPED_TRACE(name);
@@ -136,6 +160,10 @@ void CompareZone(const std::string& name, unsigned seed) {
                 : draw.OneIn(3) ? draw.Near(trigger.m_BeginDate)
                                 : draw.Near(now);
       Compare(trigger, now);
+    }
+    for (int walk = 0; walk < WalksPerRule; ++walk) {
+      CompareAlong(trigger, lastRun, draw.OneIn(2) ? draw.Moment() : draw.Near(trigger.m_BeginDate),
+                   draw);
     }
   }
 }
