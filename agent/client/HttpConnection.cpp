@@ -202,13 +202,11 @@ HttpResponse HttpConnection::Follow(const std::string& target, const std::functi
     impl.m_Stream.expires_never();
     opened();
   }
-  while (!parser.is_done() && (!isStream || TakeLines(body, line))) {
+  for (bool wantsMore = true; wantsMore && !parser.is_done();) {
     impl.Await(reading, [&](auto done) {
       http::async_read_some(impl.m_Stream, impl.m_Buffer, parser, done);
     });
-  }
-  if (isStream) {
-    (void)TakeLines(body, line);
+    wantsMore = !isStream || TakeLines(body, line);
   }
   return {parser.get().result_int(), std::move(body)};
 }
