@@ -2,6 +2,7 @@
 
 #include "agent/daemon/AgentError.h"
 #include "agent/daemon/config/BuiltInPlugins.h"
+#include "agent/daemon/plugins/NotificationCenter.h"
 #include "agent/daemon/process/AgentLog.h"
 
 #include <BaseSDK/AThreadRest.h>
@@ -144,7 +145,12 @@ void Plugin::Notify(const AMsgIn& notification) {
 std::optional<TaskGate::Change> Plugin::ChangeBy(const AMsgIn& notification) {
   const auto* const kind = notification.Find("kind");
   const auto* const text = notification.Find("text");
-  if (!Serves("INoxTaskScheduler") || kind == nullptr || text == nullptr) {
+  if (kind == nullptr || text == nullptr) {
+    return std::nullopt;
+  }
+  // What a plug-in subscribed to may reach it while it is loaded and its interfaces are not known
+  // yet; it changes nothing.
+  if (std::get<long>(*kind) == NotificationCenter::Subscribed || !Serves("INoxTaskScheduler")) {
     return std::nullopt;
   }
   return m_Gate.After(std::get<long>(*kind), std::get<AString>(*text));
