@@ -30,7 +30,7 @@ std::optional<NamedRunRecord> NamedRunRecord::Decode(std::string_view bytes) {
   std::size_t length = 0;
   text >> named.m_Record.m_Pid >> named.m_Record.m_StartTicks >> named.m_Record.m_BootId >>
       named.m_Record.m_Token >> length;
-  if (!text || named.m_Record.m_Pid <= 1 || length > Bytes) {
+  if (!text || text.eof() || named.m_Record.m_Pid <= 1 || length > Bytes) {
     return std::nullopt;
   }
   const std::string_view rest = bytes.substr(static_cast<std::size_t>(text.tellg()));

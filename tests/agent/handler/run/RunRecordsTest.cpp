@@ -147,11 +147,20 @@ TEST_F(RunRecordsTest, SaysThatThereIsNoRoomForThem) {
   EXPECT_EQ(Write(records, "a"), ENOSPC);
 }
 
+TEST_F(RunRecordsTest, AreNoneOfATextThatEndsBeforeTheTask) {
+  const std::string whole = "1234 5 boot token 1 b end\n";
+  ASSERT_TRUE(NamedRunRecord::Decode(whole));
+  for (std::size_t length = 0; length < whole.size() - 1; ++length) {
+    EXPECT_FALSE(NamedRunRecord::Decode(whole.substr(0, length))) << length;
+  }
+}
+
 TEST_F(RunRecordsTest, DeletesWhatCannotBeReadAndSaysSo) {
   for (const char* text :
        {"x", "1234 5 boot token 1 a", "1234 5 boot token 2 a end\n",
         "1234 5 boot token 600 a end\n", "x 5 boot token 1 a end\n", "1 5 boot token 1 a end\n",
-        "-7 5 boot token 1 a end\n", "1234 5 boot token 1", "1234 5 boot token -1 a end\n"}) {
+        "-7 5 boot token 1 a end\n", "1234 5 boot token 1", "1234 5 boot token 1\n",
+        "1234 5 boot token -1 a end\n"}) {
     SCOPED_TRACE(text);
     {
       const LogCapture log;
