@@ -32,20 +32,28 @@ void WriteTrouble::ForgetFiles() {
   m_Stale.clear();
 }
 
+bool WriteTrouble::NoteFailure(const std::string& name, int error) {
+  m_Stale[name] = error;
+  ++m_Failed;
+  return std::exchange(m_Error, error) != error;
+}
+
+/// One file that cannot be written among many that can is told of once: that others can be written
+/// is no news.
+bool WriteTrouble::NoteSuccess(const std::string& name) {
+  const bool isOver = m_Stale.erase(name) > 0 || m_Stale.empty();
+  return isOver && std::exchange(m_Error, 0) != 0;
+}
+
 void WriteTrouble::Note(const std::string& name, int error) {
-  int before = 0;
+  bool isNews = false;
   unsigned long failed = 0;
   {
     AMutexGuard guard(m_Lock);
-    before = std::exchange(m_Error, error);
-    failed = error == 0 ? std::exchange(m_Failed, 0) : ++m_Failed;
-    if (error == 0) {
-      m_Stale.erase(name);
-    } else {
-      m_Stale[name] = error;
-    }
+    isNews = error == 0 ? NoteSuccess(name) : NoteFailure(name, error);
+    failed = error == 0 && isNews ? std::exchange(m_Failed, 0) : m_Failed;
   }
-  if (error == before) {
+  if (!isNews) {
     return;
   }
   if (error != 0) {

@@ -30,11 +30,16 @@ class WriteTrouble {
   void ForgetFiles() NOX_EXCLUDES(m_Lock);
 
  private:
+  // Whether it is to be told.
+  bool NoteFailure(const std::string& name, int error) NOX_REQUIRES(m_Lock);
+  bool NoteSuccess(const std::string& name) NOX_REQUIRES(m_Lock);
+
   const ReadingTimes& m_Readings;
 
   mutable BaseSDK::AMutex m_Lock;
-  int m_Error NOX_GUARDED_BY(m_Lock) = 0;             ///< of the last write
-  unsigned long m_Failed NOX_GUARDED_BY(m_Lock) = 0;  ///< writes in a row
+  int m_Error NOX_GUARDED_BY(m_Lock) =
+      0;  ///< of the last failure told, until writing is told to work again
+  unsigned long m_Failed NOX_GUARDED_BY(m_Lock) = 0;  ///< writes since then
   std::map<std::string, int> m_Stale NOX_GUARDED_BY(m_Lock);
 };
 

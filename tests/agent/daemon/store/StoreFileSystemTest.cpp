@@ -313,6 +313,20 @@ TEST_F(StoreFileSystemTest, AnEndedTaskWhoseFileCannotGoIsToldOf) {
   EXPECT_EQ(m_Log.CountContaining("cannot be deleted: Read-only file system"), 1U);
 }
 
+TEST_F(StoreFileSystemTest, AFileThatCannotBeWrittenAmongOthersThatCanIsToldOfOnce) {
+  for (int run = 0; run < 3; ++run) {
+    m_Disk.m_WriteError = EACCES;
+    EXPECT_EQ(Write("T1.vsk", Good), EACCES);
+    m_Disk.m_WriteError = 0;
+    EXPECT_EQ(Write("T2.vsk", Good), 0);
+  }
+  EXPECT_EQ(m_Log.Messages(ALogger::Warning).size(), 1U);
+  EXPECT_EQ(m_Log.Messages(ALogger::Notice).size(), 0U);
+  EXPECT_EQ(Write("T1.vsk", Good), 0);
+  EXPECT_TRUE(
+      m_Log.Has(ALogger::Notice, "Task files can be written again; writing failed 3 times"));
+}
+
 TEST_F(StoreFileSystemTest, TellsOnceThatFilesCannotBeWrittenAndThatTheyCanAgain) {
   m_Disk.m_WriteError = ENOSPC;
   EXPECT_EQ(Write("T1.vsk", Good), ENOSPC);
