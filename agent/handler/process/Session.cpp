@@ -6,7 +6,13 @@
 
 namespace NoxHandler {
 
+// A process that starts another and ends while the list is read may leave neither in it. So that
+// there are none is not believed the first time.
 bool Session::Refresh() {
+  return Look() || Look();
+}
+
+bool Session::Look() {
   m_Processes.clear();
   for (const ProcessTable::Process& process : ProcessTable::OfSession(m_Id)) {
     FileDescriptor handle = ProcessHandle::Open(process.m_Pid);

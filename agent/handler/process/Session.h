@@ -30,6 +30,7 @@ class Session {
   const std::vector<FileDescriptor>& EndHandles() const { return m_Processes; }
 
  private:
+  bool Look();
   bool Belongs(const ProcessTable::Process& process) const;
 
   const pid_t m_Id;
