@@ -2,11 +2,11 @@
 
 #include "tests/support/LogCapture.h"
 #include "tests/support/RawSlots.h"
+#include "tests/support/Texts.h"
 
 #include <AgentInterfacesV3/AMsgIn.h>
 #include <AgentInterfacesV3/AMsgQueue.h>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <optional>
@@ -24,11 +24,10 @@ using BaseSDK::AString;
 using Corvane::AgentInterfacesV3::AMsgIn;
 using Corvane::AgentInterfacesV3::AMsgQueue;
 using Corvane::AgentInterfacesV3::AMsgQueueServer;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using TestSupport::LogCapture;
 using TestSupport::SlotAt;
 using TestSupport::SlotOf;
+using TestSupport::Texts;
 
 /// What the objects of this file answer, and what became of them.
 struct World {
@@ -105,7 +104,7 @@ class PluginBaseTest : public ::testing::Test {
     EXPECT_EQ(1, PluginUninitialize(true));
   }
 
-  std::vector<AString> Traces() const { return m_Log.Messages(ALogger::Trace); }
+  Texts Traces() const { return m_Log.Messages(ALogger::Trace); }
 
   AMsgQueue m_Queue{Queue};
   LogCapture m_Log;
@@ -113,9 +112,9 @@ class PluginBaseTest : public ::testing::Test {
 
 TEST_F(PluginBaseTest, InitializeMakesTheObjectOpensItsQueueAndInitializesIt) {
   EXPECT_EQ(1, PluginInitialize(Queue));
-  EXPECT_THAT(world.m_Calls, ElementsAre("made", "Initialize"));
+  EXPECT_EQ(world.m_Calls, (Texts{"made", "Initialize"}));
   EXPECT_TRUE(m_Queue.HasObject());
-  EXPECT_THAT(m_Log.Lines(), IsEmpty());
+  EXPECT_EQ(m_Log.Lines(), std::vector<LogCapture::Line>());
 }
 
 TEST_F(PluginBaseTest, OnlyANegativeResultOfTheQueueKeepsTheObjectFromBeingInitialized) {
@@ -134,7 +133,7 @@ TEST_F(PluginBaseTest, InitializeTwiceIsOneAndMakesNoSecondObject) {
   EXPECT_EQ(1, PluginInitialize(Queue));
   world.m_Initialized = -1;
   EXPECT_EQ(1, PluginInitialize(Queue));
-  EXPECT_THAT(world.m_Calls, ElementsAre("made", "Initialize"));
+  EXPECT_EQ(world.m_Calls, (Texts{"made", "Initialize"}));
 }
 
 TEST_F(PluginBaseTest, InitializeFailsWithoutAnObjectAndSaysSo) {
@@ -155,10 +154,9 @@ TEST_F(PluginBaseTest, AnExceptionOfTheObjectIsAFailureOfTheCallAndTheObjectStay
   AString value(L"before");
   EXPECT_EQ(-1, PluginGetAttributeV3("name", value));
   EXPECT_EQ(-1, PluginUninitialize(true));
-  EXPECT_THAT(m_Log.Messages(ALogger::Warning),
-              ElementsAre(L"PluginGetAttributeV3(): broken", L"PluginUninitialize(): broken"));
-  EXPECT_THAT(Traces(),
-              ElementsAre(L"PluginUninitialize(): enter.", L"PluginUninitialize(): leave."));
+  EXPECT_EQ(m_Log.Messages(ALogger::Warning),
+            (Texts{"PluginGetAttributeV3(): broken", "PluginUninitialize(): broken"}));
+  EXPECT_EQ(Traces(), (Texts{"PluginUninitialize(): enter.", "PluginUninitialize(): leave."}));
   world.m_Throws = false;
   EXPECT_EQ(1, PluginUninitialize(true));
   EXPECT_EQ("destroyed", world.m_Calls.back());
@@ -167,10 +165,10 @@ TEST_F(PluginBaseTest, AnExceptionOfTheObjectIsAFailureOfTheCallAndTheObjectStay
 TEST_F(PluginBaseTest, AnExceptionWhileTheObjectIsMadeLeavesNone) {
   world.m_Throws = true;
   EXPECT_EQ(-1, PluginInitialize(Queue));
-  EXPECT_THAT(m_Log.Messages(ALogger::Warning), ElementsAre(L"PluginInitialize(): broken"));
+  EXPECT_EQ(m_Log.Messages(ALogger::Warning), Texts{"PluginInitialize(): broken"});
   world.m_Throws = false;
   EXPECT_EQ(1, PluginInitialize(Queue));
-  EXPECT_THAT(world.m_Calls, ElementsAre("made", "made", "Initialize"));
+  EXPECT_EQ(world.m_Calls, (Texts{"made", "made", "Initialize"}));
 }
 
 TEST_F(PluginBaseTest, InitializeTriesAgainAfterNoObject) {
@@ -182,17 +180,17 @@ TEST_F(PluginBaseTest, InitializeTriesAgainAfterNoObject) {
 
 TEST_F(PluginBaseTest, AnObjectWithoutQueueOnPurposeStaysAndASecondInitializeIsOne) {
   EXPECT_LT(PluginInitialize(NoQueue), 0);
-  EXPECT_THAT(world.m_Calls, ElementsAre("made"));
-  EXPECT_THAT(m_Log.Lines(), IsEmpty());
+  EXPECT_EQ(world.m_Calls, Texts{"made"});
+  EXPECT_EQ(m_Log.Lines(), std::vector<LogCapture::Line>());
   EXPECT_EQ(1, PluginInitialize(Queue));
-  EXPECT_THAT(world.m_Calls, ElementsAre("made")) << "not initialised";
+  EXPECT_EQ(world.m_Calls, Texts{"made"}) << "not initialised";
   EXPECT_FALSE(m_Queue.HasObject());
 }
 
 TEST_F(PluginBaseTest, AFailedInitializeIsPassedOnAndTheObjectStays) {
   world.m_Initialized = -1;
   EXPECT_EQ(-1, PluginInitialize(Queue));
-  EXPECT_THAT(m_Log.Lines(), IsEmpty());
+  EXPECT_EQ(m_Log.Lines(), std::vector<LogCapture::Line>());
   AString value;
   EXPECT_EQ(15, PluginGetAttributeV3("x", value));
 }
@@ -201,12 +199,11 @@ TEST_F(PluginBaseTest, UninitializeDestroysAnObjectThatAgrees) {
   EXPECT_EQ(1, PluginInitialize(Queue));
   world.m_Uninitialized = 2;
   EXPECT_EQ(2, PluginUninitialize(false));
-  EXPECT_THAT(world.m_Calls, ElementsAre("made", "Initialize", "Uninitialize 0", "destroyed"));
-  EXPECT_THAT(
-      Traces(),
-      ElementsAre(L"PluginUninitialize(): enter.",
-                  L"PluginUninitialize(): Plugin agreed to unload - destroying server class.",
-                  L"PluginUninitialize(): leave."));
+  EXPECT_EQ(world.m_Calls, (Texts{"made", "Initialize", "Uninitialize 0", "destroyed"}));
+  EXPECT_EQ(Traces(),
+            (Texts{"PluginUninitialize(): enter.",
+                   "PluginUninitialize(): Plugin agreed to unload - destroying server class.",
+                   "PluginUninitialize(): leave."}));
   EXPECT_FALSE(m_Queue.HasObject());
 }
 
@@ -216,9 +213,9 @@ TEST_F(PluginBaseTest, UninitializeKeepsAnObjectThatRefuses) {
     world.m_Uninitialized = refusal;
     m_Log.Clear();
     EXPECT_EQ(refusal, PluginUninitialize(false));
-    EXPECT_THAT(Traces(), ElementsAre(L"PluginUninitialize(): enter.",
-                                      L"PluginUninitialize(): Plugin refused to unload.\n",
-                                      L"PluginUninitialize(): leave."));
+    EXPECT_EQ(Traces(), (Texts{"PluginUninitialize(): enter.",
+                               "PluginUninitialize(): Plugin refused to unload.\n",
+                               "PluginUninitialize(): leave."}));
     EXPECT_EQ(3U, m_Log.Lines().size());
   }
   AString value;
@@ -230,10 +227,9 @@ TEST_F(PluginBaseTest, UninitializeWarnsOfAForcedUnloadThatFails) {
   world.m_Uninitialized = 0;
   EXPECT_EQ(0, PluginUninitialize(true));
   EXPECT_EQ("Uninitialize 1", world.m_Calls.back());
-  EXPECT_THAT(m_Log.Messages(ALogger::Warning),
-              ElementsAre(L"PluginUninitialize(): Plugin failed forced unload!\n"));
-  EXPECT_THAT(Traces(),
-              ElementsAre(L"PluginUninitialize(): enter.", L"PluginUninitialize(): leave."));
+  EXPECT_EQ(m_Log.Messages(ALogger::Warning),
+            Texts{"PluginUninitialize(): Plugin failed forced unload!\n"});
+  EXPECT_EQ(Traces(), (Texts{"PluginUninitialize(): enter.", "PluginUninitialize(): leave."}));
   AString value;
   EXPECT_EQ(15, PluginGetAttributeV3("x", value));
 }
@@ -242,19 +238,18 @@ TEST_F(PluginBaseTest, UninitializeWithoutObjectIsOneWithItsTwoLines) {
   for (const bool forced : {false, true}) {
     m_Log.Clear();
     EXPECT_EQ(1, PluginUninitialize(forced));
-    EXPECT_THAT(Traces(),
-                ElementsAre(L"PluginUninitialize(): enter.", L"PluginUninitialize(): leave."));
+    EXPECT_EQ(Traces(), (Texts{"PluginUninitialize(): enter.", "PluginUninitialize(): leave."}));
     EXPECT_EQ(2U, m_Log.Lines().size());
   }
-  EXPECT_THAT(world.m_Calls, IsEmpty());
+  EXPECT_EQ(world.m_Calls, Texts());
 }
 
 TEST_F(PluginBaseTest, CanBeInitializedAgainAfterUnloading) {
   EXPECT_EQ(1, PluginInitialize(Queue));
   EXPECT_EQ(1, PluginUninitialize(true));
   EXPECT_EQ(1, PluginInitialize(Queue));
-  EXPECT_THAT(world.m_Calls, ElementsAre("made", "Initialize", "Uninitialize 1", "destroyed",
-                                         "made", "Initialize"));
+  EXPECT_EQ(world.m_Calls,
+            (Texts{"made", "Initialize", "Uninitialize 1", "destroyed", "made", "Initialize"}));
 }
 
 TEST_F(PluginBaseTest, GetAttributeAsksTheObject) {
@@ -301,7 +296,7 @@ TEST(PluginBase, IsDestroyedThroughItsFifthSlot) {
   world = World();
   APluginBase* const object = new FakeServer;
   SlotAt<void (*)(void*)>(object, 4)(object);
-  EXPECT_THAT(world.m_Calls, ElementsAre("made", "destroyed"));
+  EXPECT_EQ(world.m_Calls, (Texts{"made", "destroyed"}));
 }
 
 TEST(PluginBase, AnswersThroughTheRawSlotsOfItsFactory) {

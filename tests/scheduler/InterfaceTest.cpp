@@ -18,8 +18,6 @@ namespace {
 
 using BaseSDK::ALogger;
 using BaseSDK::AString;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 const char LaterTrigger[] = "2030-01-01 08:00:00";
 
@@ -73,7 +71,7 @@ TEST_F(InterfaceTest, AddTaskThatFailsToStoreLeavesMemoryAlone) {
   EXPECT_EQ(CTaskStorage::ERR_INVALID_ARGUMENT, LastError());
   EXPECT_FALSE(Knows(L"T1"));
   EXPECT_EQ(AString(L"before"), m_NewID);
-  EXPECT_THAT(m_Log.Messages(ALogger::Warning), IsEmpty());
+  EXPECT_EQ(m_Log.Messages(ALogger::Warning), Texts());
 }
 
 TEST_F(InterfaceTest, AddTaskOfAnExistingTaskWithoutHistoryStoresTheDocumentAsItIs) {
@@ -116,8 +114,8 @@ TEST_F(InterfaceTest, AddTaskOfAnExistingTaskCarriesItsHistoryIntoTheNewDocument
 TEST_F(InterfaceTest, AddTaskThatCannotReplaceWarnsAndLeavesMemoryAlone) {
   Store("T1", Later());
   EXPECT_EQ(0U, Rounds([this] { EXPECT_EQ(-1, Add(L"T1", "")); }));
-  EXPECT_THAT(m_Log.Messages(ALogger::Warning),
-              ElementsAre(L"Failed to change task XML for the task ID = T1"));
+  EXPECT_EQ(m_Log.Messages(ALogger::Warning),
+            Texts{"Failed to change task XML for the task ID = T1"});
   EXPECT_EQ(CTaskStorage::ERR_INVALID_ARGUMENT, LastError());
   EXPECT_FALSE(Knows(L"T1")) << "it was never loaded";
   EXPECT_EQ(AString(L"T1"), m_NewID);
@@ -265,10 +263,10 @@ TEST_F(InterfaceTest, ADisabledTaskDoesNotRunUntilEnabledAgain) {
   Start();
   EXPECT_EQ(1, m_Scheduler->EnableTask(L"T1", false));
   OpenGate();
-  EXPECT_THAT(Batches(), IsEmpty());
+  EXPECT_EQ(Batches(), Texts());
   EXPECT_EQ(1, m_Scheduler->EnableTask(L"T1", true));
   Clock().Settle();
-  EXPECT_THAT(Batches(), ElementsAre("T1:0:1:0;"));
+  EXPECT_EQ(Batches(), Texts{"T1:0:1:0;"});
 }
 
 TEST_F(InterfaceTest, IsCalledFromManyThreadsBesideTheMonitor) {

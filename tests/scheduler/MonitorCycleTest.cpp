@@ -12,8 +12,6 @@ namespace {
 
 using BaseSDK::ALogger;
 using BaseSDK::AString;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using TestSupport::FakeHandler;
 
 class MonitorCycleTest : public SchedulerFixture {
@@ -142,7 +140,7 @@ TEST_F(MonitorCycleTest, AClockSetForwardRunsWhatIsDueThen) {
   StartWithOpenGate();
   Clock().StepWallClock(2 * Hour);
   Clock().Settle();
-  EXPECT_THAT(CallTimes(), ElementsAre(Begin + 2 * Hour));
+  EXPECT_EQ(CallTimes(), Moments{Begin + 2 * Hour});
   EXPECT_EQ(2U, Loads()) << "the cycle is over, too";
 }
 
@@ -151,14 +149,14 @@ TEST_F(MonitorCycleTest, WakesWithTheMachine) {
   StartWithOpenGate();
   Clock().Suspend(8 * Hour);
   Clock().Settle();
-  EXPECT_THAT(CallTimes(), ElementsAre(Begin + 8 * Hour));
+  EXPECT_EQ(CallTimes(), Moments{Begin + 8 * Hour});
 }
 
 TEST_F(MonitorCycleTest, WithoutTasksItGoesRoundAllTheSame) {
   StartWithOpenGate();
   RunUntil(Begin + 24 * Hour);
   EXPECT_EQ(25U, Loads());
-  EXPECT_THAT(m_Log.Messages(ALogger::Error), IsEmpty());
+  EXPECT_EQ(m_Log.Messages(ALogger::Error), Texts());
 }
 
 TEST_F(MonitorCycleTest, WithoutADirectoryItGoesRoundAllTheSame) {
@@ -199,11 +197,10 @@ TEST_F(MonitorCycleTest, TellsTheStepsOfItsCycles) {
   Store("T1", Task(Daily("2030-01-01 08:00:00")));
   Start();
   RunUntil(Begin + Hour);
-  EXPECT_THAT(Traces(),
-              ElementsAre(L"TaskSchedulerObject_i::Initialize()\n", L"REFRESH TASK LIST!\n",
-                          L"Task Thread is sleeping for 3600 seconds.",
-                          L"Deleting all (1) task from the tasks list...", L"REFRESH TASK LIST!\n",
-                          L"Task Thread is sleeping for 3600 seconds."));
+  EXPECT_EQ(Traces(), (Texts{"TaskSchedulerObject_i::Initialize()\n", "REFRESH TASK LIST!\n",
+                             "Task Thread is sleeping for 3600 seconds.",
+                             "Deleting all (1) task from the tasks list...", "REFRESH TASK LIST!\n",
+                             "Task Thread is sleeping for 3600 seconds."}));
   for (const TestSupport::LogCapture::Line& line : m_Log.Lines()) {
     EXPECT_EQ("Corvane::Agent::TaskScheduler", line.m_Channel);
     EXPECT_EQ("TaskSchedulerObject", line.m_Source);
@@ -216,9 +213,9 @@ TEST_F(MonitorCycleTest, PurgesItsTasksAndEndsWhenStopped) {
   Start();
   m_Log.Clear();
   Stop();
-  EXPECT_THAT(Traces(), ElementsAre(L"TaskSchedulerObject_i::Uninitialize()\n",
-                                    L"Deleting all (2) task from the tasks list...",
-                                    L"Exiting the Task Thread.\n"));
+  EXPECT_EQ(Traces(),
+            (Texts{"TaskSchedulerObject_i::Uninitialize()\n",
+                   "Deleting all (2) task from the tasks list...", "Exiting the Task Thread.\n"}));
   EXPECT_FALSE(Knows(L"T1"));
 }
 
@@ -233,7 +230,7 @@ TEST_F(MonitorCycleTest, AStopDuringADispatchTakesEffectAfterThatIterationsWait)
   Stop();
   EXPECT_EQ(1U, other.Calls().size()) << "the handlers of the pass are all called";
   EXPECT_EQ("2005-03-01 08:00:00 Ok", StoredRun("T1"));
-  EXPECT_EQ(AString(L"Exiting the Task Thread.\n"), Traces().back());
+  EXPECT_EQ("Exiting the Task Thread.\n", Traces().back());
 }
 
 TEST_F(MonitorCycleTest, AStopDuringTheLoadTakesEffectAfterTheFirstIteration) {
@@ -241,9 +238,9 @@ TEST_F(MonitorCycleTest, AStopDuringTheLoadTakesEffectAfterTheFirstIteration) {
   THREAD_INSIDE(SCHEDULER_INSIDE(*m_Scheduler, m_MonitorThread), m_Stop) = true;
   OpenGate();
   Start();
-  EXPECT_THAT(Batches(), ElementsAre("T1:0:1:0;"));
+  EXPECT_EQ(Batches(), Texts{"T1:0:1:0;"});
   EXPECT_EQ(1U, Sleeps().size());
-  EXPECT_EQ(AString(L"Exiting the Task Thread.\n"), Traces().back());
+  EXPECT_EQ("Exiting the Task Thread.\n", Traces().back());
 }
 
 // The zone
@@ -254,7 +251,7 @@ TEST_F(MonitorCycleTest, AChangedZoneCountsFromTheNextPassOn) {
   const VirtualTime::Zone later("<+0030>-0:30");
   EXPECT_EQ(1, m_Scheduler->RefreshTaskList());
   Clock().Settle();
-  EXPECT_THAT(Sleeps(), ElementsAre("3000", "1200")) << "to midnight at 24:00, at 23:30";
+  EXPECT_EQ(Sleeps(), (Texts{"3000", "1200"})) << "to midnight at 24:00, at 23:30";
 }
 
 // Days that are not 24 hours long
@@ -289,8 +286,8 @@ TEST_F(MonitorInNewYorkTest, ADailyTaskKeepsItsLocalTimeAcrossTheChange) {
   Store("T1", Task(Daily("2024-03-09 09:00:00")));
   StartWithOpenGate();
   RunUntil(1709989200 + 48 * Hour);
-  EXPECT_THAT(CallTimes(),
-              ElementsAre(1709989200 + Hour, 1709989200 + 24 * Hour, 1709989200 + 48 * Hour));
+  EXPECT_EQ(CallTimes(),
+            (Moments{1709989200 + Hour, 1709989200 + 24 * Hour, 1709989200 + 48 * Hour}));
 }
 
 // A day that the zone leaves out
@@ -315,9 +312,9 @@ TEST_P(MonitorOnAMissingDayTest, SleepsUntilTheMidnightThatEndsTheDayBefore) {
   StartWithOpenGate();
   EXPECT_EQ("1820", Sleeps().back());
   RunUntil(midnight + 20 * Minute);
-  EXPECT_THAT(Sleeps(), ElementsAre("1820", "1820", "600", "1180"))
+  EXPECT_EQ(Sleeps(), (Texts{"1820", "1820", "600", "1180"}))
       << "once before the gate was open; to midnight, to the start, to the end of the cycle";
-  EXPECT_THAT(CallTimes(), ElementsAre(midnight + 10 * Minute)) << "ten past, to the second";
+  EXPECT_EQ(CallTimes(), Moments{midnight + 10 * Minute}) << "ten past, to the second";
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -16,8 +16,6 @@ using BaseSDK::ALogger;
 using BaseSDK::AString;
 using Corvane::AgentInterfacesV3::INoxScheduledTaskHandler;
 using Corvane::AgentInterfacesV3::TASK_HANDLER_DECLINED;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using TestSupport::FakeHandler;
 
 const char Started[] = "2005-03-01 08:00:00 Started";
@@ -25,8 +23,8 @@ const char Ok[] = "2005-03-01 08:00:00 Ok";
 
 class MonitorThreadTest : public SchedulerFixture {
  protected:
-  std::vector<std::string> Operations() const {
-    std::vector<std::string> operations;
+  Texts Operations() const {
+    Texts operations;
     for (const FakeHandler::Call& call : m_Handler.Calls()) {
       operations.push_back(call.m_Operation);
     }
@@ -40,8 +38,8 @@ TEST_F(MonitorThreadTest, DueTasksOfOneHandlerAreOneCallInTheOrderOfTheirIds) {
   Store("T2", Task(AsSoonAsPossible()));
   Store("T1", Task(AsSoonAsPossible()));
   StartWithOpenGate();
-  EXPECT_THAT(Batches(), ElementsAre("T1:0:1:0;T2:0:1:0;"));
-  EXPECT_THAT(CallTimes(), ElementsAre(Begin));
+  EXPECT_EQ(Batches(), Texts{"T1:0:1:0;T2:0:1:0;"});
+  EXPECT_EQ(CallTimes(), Moments{Begin});
 }
 
 TEST_F(MonitorThreadTest, EveryHandlerGetsItsOwnBatchInTheOrderOfTheClassIdentifiers) {
@@ -51,8 +49,8 @@ TEST_F(MonitorThreadTest, EveryHandlerGetsItsOwnBatchInTheOrderOfTheClassIdentif
   Store("T2", Task(AsSoonAsPossible()));
   Store("T3", Task(AsSoonAsPossible(), "", OtherHandler));
   StartWithOpenGate();
-  EXPECT_THAT(Batches(), ElementsAre("T2:0:1:0;"));
-  EXPECT_THAT(other.Batches(), ElementsAre(L"T1:0:1:0;T3:0:1:0;"));
+  EXPECT_EQ(Batches(), Texts{"T2:0:1:0;"});
+  EXPECT_EQ(other.Batches(), Texts{"T1:0:1:0;T3:0:1:0;"});
   ASSERT_EQ(2U, m_Host.Openings().size());
   EXPECT_EQ(AString(Handler), m_Host.Openings()[0].m_ClassId);
   EXPECT_EQ(AString(OtherHandler), m_Host.Openings()[1].m_ClassId);
@@ -135,7 +133,7 @@ TEST_F(MonitorThreadTest, ADeclinedRunStaysRegisteredAndIsNotRunAgainInItsCycle)
   m_Log.Clear();
   OpenGate();
   EXPECT_EQ(1U, m_Handler.Calls().size());
-  EXPECT_THAT(m_Log.Messages(ALogger::Information), IsEmpty());
+  EXPECT_EQ(m_Log.Messages(ALogger::Information), Texts());
   RunUntil(Begin + Hour);
   EXPECT_EQ(2U, m_Handler.Calls().size()) << "the reload takes the run for unfinished";
 }
@@ -154,8 +152,9 @@ TEST_F(MonitorThreadTest, AHandlerThatOpensWithoutAnObjectHasNotOpened) {
   m_Host.AddNothing(OtherHandler);
   Store("T1", Task(AsSoonAsPossible(), "", OtherHandler));
   StartWithOpenGate();
-  EXPECT_THAT(m_Log.Messages(ALogger::Information),
-              ::testing::Contains(AString(L"Failed to open task handler ID = ") + OtherHandler));
+  EXPECT_EQ(m_Log.Messages(ALogger::Information),
+            (Texts{"Task ID = T1 was RUN on 2005-03-01 08:00:00",
+                   std::string("Failed to open task handler ID = ") + OtherHandler}));
   EXPECT_EQ(Started, StoredRun("T1"));
 }
 
@@ -169,7 +168,7 @@ TEST_F(MonitorThreadTest, ATaskWithoutHandlerIsOfferedToNobody) {
 TEST_F(MonitorThreadTest, AnIdThatTheEncodingChangesOnPurposeReachesSetRunStateEncoded) {
   Store("my task", Task(AsSoonAsPossible()));
   StartWithOpenGate();
-  EXPECT_THAT(Batches(), ElementsAre("my%20task:0:1:0;"));
+  EXPECT_EQ(Batches(), Texts{"my%20task:0:1:0;"});
   EXPECT_TRUE(Logged(ALogger::Trace, L"Try setting run state 'Ok' for task ID = my%20task"));
   EXPECT_EQ(Started, StoredRun("my task")) << "no task goes by that name";
 }
@@ -177,7 +176,7 @@ TEST_F(MonitorThreadTest, AnIdThatTheEncodingChangesOnPurposeReachesSetRunStateE
 TEST_F(MonitorThreadTest, AnIdWithTheMarksOfABatchIsOneEntry) {
   Store("a:b;c%1", Task(AsSoonAsPossible()));
   StartWithOpenGate();
-  EXPECT_THAT(Batches(), ElementsAre("a%3Ab%3Bc%251:0:1:0;"));
+  EXPECT_EQ(Batches(), Texts{"a%3Ab%3Bc%251:0:1:0;"});
 }
 
 TEST_F(MonitorThreadTest, AHandlerMayCallTheSchedulerFromWithin) {
@@ -215,9 +214,9 @@ TEST_F(MonitorThreadTest, AHandlerThatThrowsDropsItsBatchAndNoOtherAndIsReleased
   Start();
   m_Handler.Observe([](const FakeHandler::Call&) { throw std::runtime_error("gone"); });
   OpenGate();
-  EXPECT_THAT(Operations(), ElementsAre("RunTasksEx")) << "it may have taken the batch";
-  EXPECT_THAT(m_Log.Messages(ALogger::Warning),
-              ElementsAre(AString(L"Task handler ID = %1 failed: gone").Arg(Handler)));
+  EXPECT_EQ(Operations(), Texts{"RunTasksEx"}) << "it may have taken the batch";
+  EXPECT_EQ(m_Log.Messages(ALogger::Warning),
+            Texts{std::string("Task handler ID = ") + Handler + " failed: gone"});
   EXPECT_EQ(Started, StoredRun("T1"));
   EXPECT_EQ(Ok, StoredRun("T2"));
   EXPECT_EQ(1U, m_Handler.Releases());
@@ -231,8 +230,8 @@ TEST_F(MonitorThreadTest, WhatIsThrownNeedNotBeAStandardException) {
   Start();
   m_Handler.Observe([](const FakeHandler::Call&) { throw 1; });
   OpenGate();
-  EXPECT_THAT(m_Log.Messages(ALogger::Warning),
-              ElementsAre(AString(L"Task handler ID = %1 failed: unknown exception").Arg(Handler)));
+  EXPECT_EQ(m_Log.Messages(ALogger::Warning),
+            Texts{std::string("Task handler ID = ") + Handler + " failed: unknown exception"});
 }
 
 TEST_F(MonitorThreadTest, ANotificationThatThrowsKeepsNothingFromRunning) {
@@ -243,7 +242,7 @@ TEST_F(MonitorThreadTest, ANotificationThatThrowsKeepsNothingFromRunning) {
   OpenGate();
   EXPECT_EQ(Ok, StoredRun("T1"));
   EXPECT_FALSE(Knows(L"T2"));
-  EXPECT_THAT(m_Log.Messages(ALogger::Warning), IsEmpty());
+  EXPECT_EQ(m_Log.Messages(ALogger::Warning), Texts());
 }
 
 /// An agent that fails when a handler is to be opened.
@@ -260,8 +259,8 @@ TEST_F(MonitorThreadTest, AnOpeningThatThrowsDropsTheBatch) {
   Start();
   const ThrowingHost host;
   OpenGate();
-  EXPECT_THAT(m_Log.Messages(ALogger::Warning),
-              ElementsAre(AString(L"Task handler ID = %1 failed: no agent").Arg(Handler)));
+  EXPECT_EQ(m_Log.Messages(ALogger::Warning),
+            Texts{std::string("Task handler ID = ") + Handler + " failed: no agent"});
   EXPECT_EQ(Started, StoredRun("T1"));
   OpenGate();
   EXPECT_EQ(1U, m_Log.Messages(ALogger::Warning).size()) << "the run stays registered";
@@ -323,11 +322,10 @@ TEST_F(MonitorThreadTest, ARunThatCannotBeRegisteredMissesItsTurnAndRunsAtTheNex
   ThrowingFiles files;
   files.m_Renames = 1;
   OpenGate();
-  EXPECT_THAT(m_Log.Messages(ALogger::Warning),
-              ElementsAre(L"Task ID = T1 missed its turn: broken"));
-  EXPECT_THAT(Batches(), ElementsAre("T2:0:1:0;"));
+  EXPECT_EQ(m_Log.Messages(ALogger::Warning), Texts{"Task ID = T1 missed its turn: broken"});
+  EXPECT_EQ(Batches(), Texts{"T2:0:1:0;"});
   OpenGate();
-  EXPECT_THAT(Batches(), ElementsAre("T2:0:1:0;", "T1:0:1:0;"));
+  EXPECT_EQ(Batches(), (Texts{"T2:0:1:0;", "T1:0:1:0;"}));
   OpenGate();
   EXPECT_EQ(2U, Batches().size());
   Stop();
@@ -349,8 +347,8 @@ TEST_F(MonitorThreadTest, ARunStateThatCannotBeRecordedIsTriedASecondTime) {
   ThrowingFiles files;
   m_Handler.Observe([&](const FakeHandler::Call&) { files.m_Renames = 1; });
   OpenGate();
-  EXPECT_THAT(m_Log.Messages(ALogger::Warning),
-              ElementsAre(L"Run state of task ID = T1 could not be recorded: broken"));
+  EXPECT_EQ(m_Log.Messages(ALogger::Warning),
+            Texts{"Run state of task ID = T1 could not be recorded: broken"});
   EXPECT_EQ(Ok, StoredRun("T1"));
   Stop();
 }
@@ -362,8 +360,7 @@ TEST_F(MonitorThreadTest, AnExpiredTaskWhoseFileCannotBeDeletedIsBackAtTheNextLo
   ThrowingFiles files;
   files.m_Unlinks = 1;
   OpenGate();
-  EXPECT_THAT(m_Log.Messages(ALogger::Warning),
-              ElementsAre(L"Task ID = T1 could not be deleted: broken"));
+  EXPECT_EQ(m_Log.Messages(ALogger::Warning), Texts{"Task ID = T1 could not be deleted: broken"});
   EXPECT_FALSE(Knows(L"T1"));
   EXPECT_FALSE(Knows(L"T2"));
   EXPECT_TRUE(m_Directory.Has("T1.vsk"));
@@ -379,8 +376,8 @@ TEST_F(MonitorThreadTest, ADailyTaskRunsAtItsSecondEveryDay) {
   StartWithOpenGate();
   RunUntil(Begin + 72 * Hour);
   const long first = Begin + Hour + 30 * Minute + 15;
-  EXPECT_THAT(CallTimes(), ElementsAre(first, first + 24 * Hour, first + 48 * Hour));
-  EXPECT_THAT(Batches(), ElementsAre("T1:0:1:0;", "T1:0:0:0;", "T1:0:0:0;"));
+  EXPECT_EQ(CallTimes(), (Moments{first, first + 24 * Hour, first + 48 * Hour}));
+  EXPECT_EQ(Batches(), (Texts{"T1:0:1:0;", "T1:0:0:0;", "T1:0:0:0;"}));
   EXPECT_EQ("2005-03-03 09:30:15 Ok", StoredRun("T1"));
 }
 
@@ -389,7 +386,7 @@ TEST_F(MonitorThreadTest, TasksDueAtOneSecondAreOneBatch) {
   Store("T2", Task(Daily("2005-03-01 09:00:00")));
   StartWithOpenGate();
   RunUntil(Begin + 2 * Hour);
-  EXPECT_THAT(Batches(), ElementsAre("T1:0:1:0;T2:0:1:0;"));
+  EXPECT_EQ(Batches(), Texts{"T1:0:1:0;T2:0:1:0;"});
 }
 
 TEST_F(MonitorThreadTest, ATaskAddedLaterRunsAtOnceWhenDue) {
@@ -398,7 +395,7 @@ TEST_F(MonitorThreadTest, ATaskAddedLaterRunsAtOnceWhenDue) {
   AString id;
   EXPECT_EQ(1, m_Scheduler->AddTask(L"T1", AString::FromUtf8(Task(AsSoonAsPossible())), id));
   Clock().Settle();
-  EXPECT_THAT(CallTimes(), ElementsAre(Begin + 10 * Minute));
+  EXPECT_EQ(CallTimes(), Moments{Begin + 10 * Minute});
 }
 
 TEST_F(MonitorThreadTest, AnUnfinishedRunIsRunAgainAfterARestart) {
@@ -406,13 +403,13 @@ TEST_F(MonitorThreadTest, AnUnfinishedRunIsRunAgainAfterARestart) {
   StartWithOpenGate();
   EXPECT_TRUE(Logged(ALogger::Warning,
                      L"Task 'T1' did not finish last time, the last known state is 'Started'"));
-  EXPECT_THAT(Batches(), ElementsAre("T1:0:1:0;"));
+  EXPECT_EQ(Batches(), Texts{"T1:0:1:0;"});
 }
 
 TEST_F(MonitorThreadTest, AFinishedRunIsNotRunAgainAfterARestart) {
   Store("T1", Task(AsSoonAsPossible(), History("2005-02-28 08:00:00 Ok")));
   StartWithOpenGate();
-  EXPECT_THAT(Batches(), IsEmpty());
+  EXPECT_EQ(Batches(), Texts());
 }
 
 TEST_F(MonitorThreadTest, AnExpiredTaskIsDeletedFromDiskAndMemory) {
@@ -439,7 +436,7 @@ TEST_F(MonitorThreadTest, WhileTheGateIsClosedNothingIsEvaluated) {
   Store("T2", Task(Ended()));
   Start();
   RunUntil(Begin + 5 * Hour);
-  EXPECT_THAT(Batches(), IsEmpty());
+  EXPECT_EQ(Batches(), Texts());
   EXPECT_TRUE(m_Directory.Has("T2.vsk"));
   EXPECT_EQ(6U, Loads()) << "the tasks are loaded all the same";
 }
@@ -447,11 +444,11 @@ TEST_F(MonitorThreadTest, WhileTheGateIsClosedNothingIsEvaluated) {
 TEST_F(MonitorThreadTest, WhileTheGateIsClosedItSleepsUntilTheCycleEndsUnlessWoken) {
   Store("T1", Task(Daily("2005-03-01 08:30:00")));
   Start();
-  EXPECT_THAT(Sleeps(), ElementsAre("3600"));
+  EXPECT_EQ(Sleeps(), Texts{"3600"});
   RunUntil(Begin + 10 * Minute);
   EXPECT_EQ(1, m_Scheduler->RefreshTaskList());
   Clock().Settle();
-  EXPECT_THAT(Sleeps(), ElementsAre("3600", "3000"));
+  EXPECT_EQ(Sleeps(), (Texts{"3600", "3000"}));
 }
 
 TEST_F(MonitorThreadTest, AGateThatClosesKeepsDueTasksUntilItOpens) {
@@ -459,9 +456,9 @@ TEST_F(MonitorThreadTest, AGateThatClosesKeepsDueTasksUntilItOpens) {
   StartWithOpenGate();
   Notify(1);
   RunUntil(Begin + 2 * Hour);
-  EXPECT_THAT(Batches(), IsEmpty());
+  EXPECT_EQ(Batches(), Texts());
   Notify(2);
-  EXPECT_THAT(Batches(), ElementsAre("T1:1:1:0;")) << "half an hour late";
+  EXPECT_EQ(Batches(), Texts{"T1:1:1:0;"}) << "half an hour late";
 }
 
 }  // namespace

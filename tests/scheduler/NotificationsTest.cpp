@@ -15,8 +15,6 @@ namespace {
 using BaseSDK::ALogger;
 using BaseSDK::AMutex;
 using BaseSDK::AString;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class NotificationsTest : public SchedulerFixture {
  protected:
@@ -31,12 +29,12 @@ class NotificationsTest : public SchedulerFixture {
   bool IsRefreshRequested() {
     return THREAD_INSIDE(SCHEDULER_INSIDE(*m_Scheduler, m_MonitorThread), m_Refresh);
   }
-  std::vector<AString> Informations() const { return m_Log.Messages(ALogger::Information); }
+  Texts Informations() const { return m_Log.Messages(ALogger::Information); }
   /// The traces but for the monitor's own.
-  std::vector<AString> Said() const {
-    std::vector<AString> said;
-    for (const AString& message : Traces()) {
-      if (message.Find(L"Task Thread is sleeping") == AString::npos) {
+  Texts Said() const {
+    Texts said;
+    for (const std::string& message : Traces()) {
+      if (message.find("Task Thread is sleeping") == std::string::npos) {
         said.push_back(message);
       }
     }
@@ -52,7 +50,7 @@ TEST_F(NotificationsTest, TheGateIsClosedBeforeAnyNotification) {
 TEST_F(NotificationsTest, TheEndOfTheStartUpOpensTheGateAndRouses) {
   Notify(0);
   EXPECT_TRUE(IsGateOpen());
-  EXPECT_THAT(Said(), ElementsAre(L"Agent Startup finished. Enabling task processing"));
+  EXPECT_EQ(Said(), Texts{"Agent Startup finished. Enabling task processing"});
   EXPECT_EQ(1U, Iterations());
   EXPECT_TRUE(IsRefreshRequested());
 }
@@ -66,10 +64,9 @@ TEST_F(NotificationsTest, APolicyRefreshClosesTheGateAndItsEndOpensIt) {
   Notify(2);
   EXPECT_TRUE(IsGateOpen());
   EXPECT_EQ(1U, Iterations());
-  EXPECT_THAT(Said(),
-              ElementsAre(L"Policy Refresh Started. Task processing is disabled until policy "
-                          L"refresh is complete",
-                          L"Policy Refresh finished. Enabling task processing"));
+  EXPECT_EQ(Said(), (Texts{"Policy Refresh Started. Task processing is disabled until policy "
+                           "refresh is complete",
+                           "Policy Refresh finished. Enabling task processing"}));
 }
 
 TEST_F(NotificationsTest, RegistrationsCloseTheGateUntilTheLastIsFinished) {
@@ -86,15 +83,13 @@ TEST_F(NotificationsTest, RegistrationsCloseTheGateUntilTheLastIsFinished) {
   EXPECT_TRUE(IsGateOpen());
   EXPECT_EQ(0U, Count());
   EXPECT_EQ(1U, Iterations());
-  EXPECT_THAT(Said(),
-              ElementsAre(L"Started plugin one registration", L"Started plugin two registration",
-                          L"Finished plugin one registration", L"Finished plugin two registration",
-                          L"Enabling task processing"));
-  EXPECT_THAT(
-      Informations(),
-      ElementsAre(L"Number of Install/Uninstall tasks: 1. Task processing is disabled",
-                  L"Number of Install/Uninstall tasks: 2. Task processing is disabled",
-                  L"Number of Install/Uninstall tasks: 1. Task processing remains disabled"));
+  EXPECT_EQ(Said(), (Texts{"Started plugin one registration", "Started plugin two registration",
+                           "Finished plugin one registration", "Finished plugin two registration",
+                           "Enabling task processing"}));
+  EXPECT_EQ(Informations(),
+            (Texts{"Number of Install/Uninstall tasks: 1. Task processing is disabled",
+                   "Number of Install/Uninstall tasks: 2. Task processing is disabled",
+                   "Number of Install/Uninstall tasks: 1. Task processing remains disabled"}));
 }
 
 TEST_F(NotificationsTest, UnregistrationsCountWithRegistrations) {
@@ -104,10 +99,9 @@ TEST_F(NotificationsTest, UnregistrationsCountWithRegistrations) {
   EXPECT_FALSE(IsGateOpen());
   Notify(5, 0, L"new");
   EXPECT_TRUE(IsGateOpen());
-  EXPECT_THAT(Said(),
-              ElementsAre(L"Started plugin old unregistration", L"Started plugin new registration",
-                          L"Finished plugin old unregistration",
-                          L"Finished plugin new registration", L"Enabling task processing"));
+  EXPECT_EQ(Said(), (Texts{"Started plugin old unregistration", "Started plugin new registration",
+                           "Finished plugin old unregistration", "Finished plugin new registration",
+                           "Enabling task processing"}));
 }
 
 TEST_F(NotificationsTest, TheEndOfAPolicyRefreshOnPurposeOpensTheGateWhileAPluginIsInstalled) {
@@ -119,7 +113,7 @@ TEST_F(NotificationsTest, TheEndOfAPolicyRefreshOnPurposeOpensTheGateWhileAPlugi
   Notify(5, 0, L"one");
   EXPECT_TRUE(IsGateOpen());
   EXPECT_EQ(0U, Count());
-  EXPECT_THAT(Said(), ElementsAre(L"Finished plugin one registration", L"Enabling task processing"))
+  EXPECT_EQ(Said(), (Texts{"Finished plugin one registration", "Enabling task processing"}))
       << "it is opened again";
   EXPECT_EQ(1U, Iterations());
 }
@@ -137,7 +131,7 @@ TEST_F(NotificationsTest, WhoeverRousesTheMonitorRaisesTheRefreshFlagFirst) {
     std::vector<bool> seen;
     const EventWatch watch([&] { seen.push_back(IsRefreshRequested()); });
     Notify(row.m_Kind, row.m_Code);
-    EXPECT_THAT(seen, ElementsAre(true)) << row.m_Kind << ", " << row.m_Code;
+    EXPECT_EQ(std::vector<bool>{true}, seen) << row.m_Kind << ", " << row.m_Code;
   }
 }
 
@@ -190,7 +184,7 @@ TEST_F(NotificationsTest, AreCountedBeforeTheyAreToldOf) {
     m_Log.Observe([&](const TestSupport::LogCapture::Line&) { seen.push_back(Count()); });
     Notify(row.m_Kind);
     m_Log.Observe({});
-    EXPECT_THAT(seen, ElementsAre(row.m_Count, row.m_Count)) << row.m_Kind;
+    EXPECT_EQ(std::vector<unsigned>(2, row.m_Count), seen) << row.m_Kind;
   }
 }
 
@@ -257,9 +251,8 @@ TEST_F(NotificationsTest, AFinishThatLeavesACountLeavesAnOpenGateOpen) {
   m_Log.Clear();
   Notify(5, 0, L"one");
   EXPECT_TRUE(IsGateOpen());
-  EXPECT_THAT(
-      Informations(),
-      ElementsAre(L"Number of Install/Uninstall tasks: 1. Task processing remains disabled"));
+  EXPECT_EQ(Informations(),
+            Texts{"Number of Install/Uninstall tasks: 1. Task processing remains disabled"});
   EXPECT_EQ(0U, Iterations());
 }
 
@@ -269,8 +262,8 @@ TEST_F(NotificationsTest, AFinishWithoutAStartOnPurposeWrapsTheCount) {
     Notify(kind, 0, L"x");
     EXPECT_EQ(4294967295U, Count());
     EXPECT_FALSE(IsGateOpen()) << "unchanged";
-    EXPECT_THAT(Informations(), ElementsAre(L"Number of Install/Uninstall tasks: 4294967295. Task "
-                                            L"processing remains disabled"));
+    EXPECT_EQ(Informations(), Texts{"Number of Install/Uninstall tasks: 4294967295. Task "
+                                    "processing remains disabled"});
     Notify(4, 0, L"x");
     EXPECT_EQ(0U, Count());
     EXPECT_FALSE(IsGateOpen());
@@ -300,7 +293,7 @@ TEST_F(NotificationsTest, ASubscribedNotificationSetsItsFlagAndRouses) {
     EXPECT_EQ(1U, Iterations()) << row.m_Code;
     EXPECT_FALSE(IsGateOpen());
   }
-  EXPECT_THAT(Said(), ElementsAre(L"Received 302 subscribed notification: data"));
+  EXPECT_EQ(Said(), Texts{"Received 302 subscribed notification: data"});
 }
 
 TEST_F(NotificationsTest, OtherSubscribedCodesAreIgnoredWithoutAWord) {
@@ -309,7 +302,7 @@ TEST_F(NotificationsTest, OtherSubscribedCodesAreIgnoredWithoutAWord) {
   }
   EXPECT_FALSE(Flag302());
   EXPECT_FALSE(Flag300());
-  EXPECT_THAT(m_Log.Lines(), IsEmpty());
+  EXPECT_EQ(m_Log.Lines(), Lines());
 }
 
 TEST_F(NotificationsTest, OtherKindsAreIgnoredWithoutAWord) {
@@ -324,13 +317,13 @@ TEST_F(NotificationsTest, OtherKindsAreIgnoredWithoutAWord) {
     }
     EXPECT_EQ(0U, Count());
     EXPECT_FALSE(Flag300());
-    EXPECT_THAT(m_Log.Lines(), IsEmpty());
+    EXPECT_EQ(m_Log.Lines(), Lines());
   }
 }
 
 TEST_F(NotificationsTest, NamesOfPluginsAreTextAndNoTemplates) {
   Notify(4, 0, L"%1%2");
-  EXPECT_THAT(Said(), ElementsAre(L"Started plugin %1%2 registration"));
+  EXPECT_EQ(Said(), Texts{"Started plugin %1%2 registration"});
 }
 
 TEST_F(NotificationsTest, AreTakenFromManyThreadsAtOnce) {

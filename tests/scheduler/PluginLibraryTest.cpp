@@ -7,6 +7,7 @@
 #include "tests/support/FakeHandler.h"
 #include "tests/support/FakeHost.h"
 #include "tests/support/TempDir.h"
+#include "tests/support/Texts.h"
 #include "tests/support/ThreadCount.h"
 
 #include <AgentInterfacesV3/AMsgIn.h>
@@ -15,7 +16,6 @@
 #include <BaseSDK/AGuid.h>
 #include <BaseSDK/AThreadRest.h>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -27,11 +27,11 @@ namespace {
 
 using namespace Corvane::AgentInterfacesV3;
 using BaseSDK::AString;
-using ::testing::ElementsAre;
 using TestSupport::FakeHandler;
 using TestSupport::FakeHost;
 using TestSupport::PluginLibrary;
 using TestSupport::TempDir;
+using TestSupport::Texts;
 
 constexpr char Handler[] = "{00000000-0000-0000-0000-00000000000A}";
 constexpr int Queue = 5;
@@ -92,9 +92,8 @@ void LiveOnce() {
 }
 
 TEST(PluginLibrary, ShowsItsFourFunctionsAndNothingElse) {
-  EXPECT_THAT(
-      PluginLibrary::Exports(NOX_PLUGIN),
-      ElementsAre("PluginGetAttributeV3", "PluginInitialize", "PluginMain", "PluginUninitialize"));
+  EXPECT_EQ(PluginLibrary::Exports(NOX_PLUGIN), (Texts{"PluginGetAttributeV3", "PluginInitialize",
+                                                       "PluginMain", "PluginUninitialize"}));
 }
 
 TEST(PluginLibrary, LeavesNothingBehindAndLoadsAgain) {
@@ -143,9 +142,9 @@ TEST(PluginLibrary, WithoutItsQueueItIsLoadedAndNotInitialised) {
 }
 
 TEST(PluginLibrary, TheSmallestPluginLoadsAnswersAndUnloads) {
-  EXPECT_THAT(
+  EXPECT_EQ(
       PluginLibrary::Exports(NOX_MINIMAL_PLUGIN),
-      ElementsAre("PluginGetAttributeV3", "PluginInitialize", "PluginMain", "PluginUninitialize"));
+      (Texts{"PluginGetAttributeV3", "PluginInitialize", "PluginMain", "PluginUninitialize"}));
   {
     AMsgQueue queue(Queue);
     const PluginLibrary plugin(NOX_MINIMAL_PLUGIN);

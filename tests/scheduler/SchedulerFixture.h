@@ -5,12 +5,12 @@
 #include "tests/support/FakeHost.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempDir.h"
+#include "tests/support/Texts.h"
 
 #include <BaseSDK/AString.h>
 #include <VirtualTime/VirtualClock.h>
 #include <VirtualTime/Zone.h>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -21,6 +21,10 @@
 /// 1 March 2005, 08:00:00 in a zone without changes. Nothing runs until Start.
 class SchedulerFixture : public ::testing::Test {
  protected:
+  using Texts = TestSupport::Texts;
+  using Moments = std::vector<long>;
+  using Lines = std::vector<TestSupport::LogCapture::Line>;
+
   static constexpr long Begin = 1109664000;  ///< 2005-03-01 08:00:00
   static constexpr long Minute = 60;
   static constexpr long Hour = 3600;
@@ -120,12 +124,11 @@ class SchedulerFixture : public ::testing::Test {
   bool Logged(BaseSDK::ALogger::Level level, const wchar_t* message) const {
     return m_Log.Has(level, message);
   }
-  std::vector<BaseSDK::AString> Traces() const { return m_Log.Messages(BaseSDK::ALogger::Trace); }
+  Texts Traces() const { return m_Log.Messages(BaseSDK::ALogger::Trace); }
   /// The seconds of every sleep so far, in order.
-  std::vector<std::string> Sleeps() const {
-    std::vector<std::string> sleeps;
-    for (const BaseSDK::AString& message : Traces()) {
-      const std::string text = message.ToUtf8();
+  Texts Sleeps() const {
+    Texts sleeps;
+    for (const std::string& text : Traces()) {
       const std::string head = "Task Thread is sleeping for ";
       if (text.starts_with(head)) {
         sleeps.push_back(text.substr(head.size(), text.find(" seconds.") - head.size()));
@@ -134,20 +137,14 @@ class SchedulerFixture : public ::testing::Test {
     return sleeps;
   }
   /// When a handler was called, in order.
-  std::vector<long> CallTimes() const {
-    std::vector<long> times;
+  Moments CallTimes() const {
+    Moments times;
     for (const TestSupport::FakeHandler::Call& call : m_Handler.Calls()) {
       times.push_back(call.m_Time);
     }
     return times;
   }
-  std::vector<std::string> Batches() const {
-    std::vector<std::string> batches;
-    for (const BaseSDK::AString& batch : m_Handler.Batches()) {
-      batches.push_back(batch.ToUtf8());
-    }
-    return batches;
-  }
+  Texts Batches() const { return m_Handler.Batches(); }
 
   VirtualTime::Zone m_Zone;
   TestSupport::TempDir m_Directory;

@@ -14,9 +14,6 @@ namespace {
 
 using BaseSDK::AFileSystem;
 using BaseSDK::AString;
-using ::testing::Each;
-using ::testing::IsEmpty;
-using ::testing::Not;
 
 /// The system's files; tells of every read of a directory and every write of a file.
 class WatchedFiles : public TestSupport::ForwardingFileSystem {
@@ -56,7 +53,7 @@ TEST_F(StateLockTest, IsHeldThroughoutALoad) {
     Start();
   }
   EXPECT_GE(m_Seen.size(), 2U);
-  EXPECT_THAT(m_Seen, Each(false));
+  EXPECT_EQ(std::vector<bool>(m_Seen.size(), false), m_Seen);
 }
 
 TEST_F(StateLockTest, IsHeldThroughoutAPass) {
@@ -67,7 +64,7 @@ TEST_F(StateLockTest, IsHeldThroughoutAPass) {
   m_Host.Observe([this](const TestSupport::FakeHost::Notification&) { Look(); });
   OpenGate();
   EXPECT_GE(m_Seen.size(), 2U) << "a run recorded, an expired task deleted";
-  EXPECT_THAT(m_Seen, Each(false));
+  EXPECT_EQ(std::vector<bool>(m_Seen.size(), false), m_Seen);
 }
 
 TEST_F(StateLockTest, IsFreeWhileAHandlerIsCalledAndWhileTheMonitorSleeps) {
@@ -76,8 +73,8 @@ TEST_F(StateLockTest, IsFreeWhileAHandlerIsCalledAndWhileTheMonitorSleeps) {
   EXPECT_TRUE(IsFree());
   m_Handler.Observe([this](const TestSupport::FakeHandler::Call&) { Look(); });
   OpenGate();
-  EXPECT_THAT(m_Seen, Not(IsEmpty()));
-  EXPECT_THAT(m_Seen, Each(true));
+  EXPECT_GE(m_Seen.size(), 1U);
+  EXPECT_EQ(std::vector<bool>(m_Seen.size(), true), m_Seen);
   EXPECT_TRUE(IsFree());
 }
 
@@ -108,7 +105,7 @@ TEST_F(StateLockTest, IsHeldWhileAChangedTaskRousesTheMonitorAndFreeWhenEnabledO
     EXPECT_EQ(1, m_Scheduler->RefreshTaskList());
     EXPECT_EQ(1, m_Scheduler->DeleteTask(L"T1"));
   }
-  EXPECT_THAT(m_Seen, ::testing::ElementsAre(false, true, true, false));
+  EXPECT_EQ((std::vector<bool>{false, true, true, false}), m_Seen);
 }
 
 TEST_F(StateLockTest, IsFreeWhileACallerStoresADocumentAndHeldWhileATaskWritesItsOwn) {
@@ -120,13 +117,11 @@ TEST_F(StateLockTest, IsFreeWhileACallerStoresADocumentAndHeldWhileATaskWritesIt
       1, m_Scheduler->AddTask(
              L"T1", AString::FromUtf8(Task(AsSoonAsPossible(), History("2005-02-28 08:00:00 Ok"))),
              id));
-  EXPECT_EQ(2U, m_Seen.size());
-  EXPECT_THAT(m_Seen, Each(true));
+  EXPECT_EQ(std::vector<bool>(2, true), m_Seen);
   m_Seen.clear();
   EXPECT_EQ(0, m_Scheduler->SetRunState(L"T1", L"Failed"));
   EXPECT_EQ(1, m_Scheduler->EnableTask(L"T1", false));
-  EXPECT_EQ(2U, m_Seen.size());
-  EXPECT_THAT(m_Seen, Each(false));
+  EXPECT_EQ(std::vector<bool>(2, false), m_Seen);
   Stop();
 }
 

@@ -13,8 +13,6 @@ namespace {
 
 using BaseSDK::ALogger;
 using BaseSDK::AString;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class TaskLifeTest : public SchedulerFixture {
  protected:
@@ -25,7 +23,7 @@ class TaskLifeTest : public SchedulerFixture {
   static ScriptedTask::Answer& Answer(const char* taskID) {
     return ScriptedTask::s_Answers[taskID];
   }
-  static std::vector<std::string>& Journal() { return ScriptedTask::s_Journal; }
+  static Texts& Journal() { return ScriptedTask::s_Journal; }
   static bool Happened(const char* entry) {
     return std::find(Journal().begin(), Journal().end(), entry) != Journal().end();
   }
@@ -51,7 +49,7 @@ TEST_F(TaskLifeTest, TasksAreTestedInTheOrderOfTheirIds) {
       tested.push_back(entry.substr(7, entry.find(' ', 7) - 7));
     }
   }
-  EXPECT_THAT(tested, ElementsAre("10", "9", "B", "a", "b"));
+  EXPECT_EQ(tested, (Texts{"10", "9", "B", "a", "b"}));
 }
 
 TEST_F(TaskLifeTest, TheSleepIsHandedFromTaskToTask) {
@@ -61,7 +59,7 @@ TEST_F(TaskLifeTest, TheSleepIsHandedFromTaskToTask) {
   Start();
   Journal().clear();
   OpenGate();
-  EXPECT_THAT(Journal(), ElementsAre("tested a 57600", "tested b 500", "tested c 500"))
+  EXPECT_EQ(Journal(), (Texts{"tested a 57600", "tested b 500", "tested c 500"}))
       << "57600 seconds from 08:00 to midnight";
   EXPECT_EQ("500", Sleeps().back());
 }
@@ -91,7 +89,7 @@ TEST_F(TaskLifeInNewYorkTest, MidnightIsTakenWithTheDaylightSavingOfNowOnPurpose
     Start();
     Journal().clear();
     OpenGate();
-    EXPECT_THAT(Journal(), ElementsAre(row.m_Entry)) << row.m_Day;
+    EXPECT_EQ(Journal(), Texts{row.m_Entry}) << row.m_Day;
     Stop();
   }
 }
@@ -102,7 +100,7 @@ TEST_F(TaskLifeTest, Notification302IsTheFirstEventAnd300TheSecond) {
   Journal().clear();
   Notify(10, 302);
   Notify(10, 300);
-  EXPECT_THAT(Journal(), ElementsAre("tested a 302 57600", "tested a 300 57600"));
+  EXPECT_EQ(Journal(), (Texts{"tested a 302 57600", "tested a 300 57600"}));
 }
 
 TEST_F(TaskLifeTest, EveryTaskOfAPassSeesTheEventsAndTheNextPassDoesNot) {
@@ -111,8 +109,8 @@ TEST_F(TaskLifeTest, EveryTaskOfAPassSeesTheEventsAndTheNextPassDoesNot) {
   Journal().clear();
   Notify(10, 302);
   Round();
-  EXPECT_THAT(Journal(), ElementsAre("tested a 302 57600", "tested b 302 57600", "tested a 57600",
-                                     "tested b 57600"));
+  EXPECT_EQ(Journal(), (Texts{"tested a 302 57600", "tested b 302 57600", "tested a 57600",
+                              "tested b 57600"}));
 }
 
 TEST_F(TaskLifeTest, EventsAreKeptWhileTheGateIsClosed) {
@@ -123,7 +121,7 @@ TEST_F(TaskLifeTest, EventsAreKeptWhileTheGateIsClosed) {
   EXPECT_FALSE(Happened("tested a 57600"));
   Journal().clear();
   OpenGate();
-  EXPECT_THAT(Journal(), ElementsAre("tested a 302 300 57600"));
+  EXPECT_EQ(Journal(), Texts{"tested a 302 300 57600"});
 }
 
 TEST_F(TaskLifeTest, AnEventIsConsumedWithoutAnyTask) {
@@ -142,8 +140,8 @@ TEST_F(TaskLifeTest, ADueTaskIsRegisteredBeforeTheNextTaskIsTestedAndRunsAfterTh
   Journal().clear();
   m_Handler.Observe([](const TestSupport::FakeHandler::Call&) { Journal().push_back("called"); });
   OpenGate();
-  EXPECT_THAT(Journal(), ElementsAre("tested a 57600", "registered a", "tested b 57600",
-                                     "registered b", "called", "state a Ok", "state b Ok"));
+  EXPECT_EQ(Journal(), (Texts{"tested a 57600", "registered a", "tested b 57600", "registered b",
+                              "called", "state a Ok", "state b Ok"}));
 }
 
 TEST_F(TaskLifeTest, TheFlagsOfADueTaskStandInItsBatchEntry) {
@@ -198,15 +196,15 @@ TEST_F(TaskLifeTest, ExpiredTasksAreDeletedAfterThePassInTheirOrder) {
     Journal().push_back("deleted " + notification.m_Text.ToUtf8());
   });
   OpenGate();
-  EXPECT_THAT(Journal(), ElementsAre("tested a 57600", "tested b 57600", "tested c 57600",
-                                     "deleted a", "deleted c"));
+  EXPECT_EQ(Journal(), (Texts{"tested a 57600", "tested b 57600", "tested c 57600", "deleted a",
+                              "deleted c"}));
 }
 
 TEST_F(TaskLifeTest, ATaskThatIsDueAndExpiredAtOnceRunsIsDeletedAndStillGetsItsRunState) {
   StoreTasks({"a"});
   Answer("a").m_Due = Answer("a").m_AllExpired = Answer("a").m_DeleteTask = true;
   StartWithOpenGate();
-  EXPECT_THAT(Batches(), ElementsAre("a:0:0:0;"));
+  EXPECT_EQ(Batches(), Texts{"a:0:0:0;"});
   EXPECT_TRUE(Happened("registered a"));
   EXPECT_FALSE(m_Directory.Has("a.vsk"));
   EXPECT_FALSE(Knows(L"a"));
@@ -233,8 +231,8 @@ TEST_F(TaskLifeTest, AnExpiredTaskLeavesTheMapAlsoWhenItsFileCannotBeDeleted) {
   OpenGate();
   EXPECT_FALSE(Knows(L"a"));
   EXPECT_TRUE(m_Host.Notifications().empty());
-  EXPECT_THAT(m_Log.Messages(ALogger::Warning), IsEmpty());
-  EXPECT_THAT(m_Log.Messages(ALogger::Error), IsEmpty());
+  EXPECT_EQ(m_Log.Messages(ALogger::Warning), Texts());
+  EXPECT_EQ(m_Log.Messages(ALogger::Error), Texts());
 }
 
 TEST_F(TaskLifeTest, AnEntryThatIsOverwrittenAtTheLoadIsDestroyedWithTheCycleAndNotBefore) {
@@ -282,9 +280,9 @@ TEST_F(TaskLifeTest, ATaskThatThereIsNoMemoryForAtTheLoadIsReportedAndStays) {
   StartWithOpenGate();
   ScriptedTask::s_NoMemory = true;
   RunUntil(Begin + Hour);
-  EXPECT_THAT(m_Log.Messages(ALogger::Information),
-              ElementsAre(L"Unexpected empty task 'a', total tasks - 2",
-                          L"Unexpected empty task 'b', total tasks - 2"));
+  EXPECT_EQ(m_Log.Messages(ALogger::Information),
+            (Texts{"Unexpected empty task 'a', total tasks - 2",
+                   "Unexpected empty task 'b', total tasks - 2"}));
   EXPECT_TRUE(Knows(L"a")) << "an entry without task is listed like any other";
   m_Log.Clear();
   Round();
@@ -300,7 +298,7 @@ TEST_F(TaskLifeTest, AnEmptyEntryDoesNotKeepTheOthersFromRunning) {
   SCHEDULER_INSIDE(*m_Scheduler, m_Tasks)[L"0"] = nullptr;
   OpenGate();
   EXPECT_TRUE(Logged(ALogger::Information, L"Unexpected empty task '0', total tasks - 2"));
-  EXPECT_THAT(Batches(), ElementsAre("a:0:0:0;"));
+  EXPECT_EQ(Batches(), Texts{"a:0:0:0;"});
 }
 
 TEST_F(TaskLifeTest, AnEmptyEntryIsAnUnknownTaskToTheInterface) {
@@ -320,7 +318,7 @@ TEST_F(TaskLifeTest, AReplacedTaskIsDestroyedBeforeTheNewOneIsMade) {
   AString id;
   EXPECT_EQ(1, m_Scheduler->AddTask(L"a", L"new", id));
   Clock().Settle();
-  EXPECT_THAT(Journal(), ElementsAre("destroyed a", "made a#2", "tested a#2 57600"))
+  EXPECT_EQ(Journal(), (Texts{"destroyed a", "made a#2", "tested a#2 57600"}))
       << "the monitor sees only the new one";
 }
 
@@ -333,10 +331,10 @@ TEST_F(TaskLifeTest, ANewTaskThatThereIsNoMemoryForIsAbsentAndTheMonitorIsWokenA
   AString id;
   EXPECT_EQ(1, m_Scheduler->AddTask(L"a", L"new", id));
   Clock().Settle();
-  EXPECT_THAT(Journal(), ElementsAre("destroyed a"));
+  EXPECT_EQ(Journal(), Texts{"destroyed a"});
   EXPECT_FALSE(Knows(L"a"));
-  EXPECT_THAT(m_Log.Messages(ALogger::Information),
-              ElementsAre(L"Failed to allocate memory for new task ID = a."));
+  EXPECT_EQ(m_Log.Messages(ALogger::Information),
+            Texts{"Failed to allocate memory for new task ID = a."});
   EXPECT_EQ(before + 1, Iterations());
 }
 
@@ -346,7 +344,7 @@ TEST_F(TaskLifeTest, ADeletedTaskIsDestroyedAtOnce) {
   Journal().clear();
   EXPECT_EQ(1, m_Scheduler->DeleteTask(L"a"));
   Clock().Settle();
-  EXPECT_THAT(Journal(), ElementsAre("destroyed a"));
+  EXPECT_EQ(Journal(), Texts{"destroyed a"});
 }
 
 TEST_F(TaskLifeTest, EnableAnswersOneWhenAnyTaskAcceptsAndWakesTheMonitorThen) {
@@ -372,7 +370,7 @@ TEST_F(TaskLifeTest, AttributesRefreshTheClosestRunOnce) {
   Journal().clear();
   TaskSchedulerObject_i::AttributeMap attributes;
   EXPECT_EQ(1, m_Scheduler->GetTaskAttributes(L"a", attributes, nullptr));
-  EXPECT_THAT(Journal(), ElementsAre("updated a"));
+  EXPECT_EQ(Journal(), Texts{"updated a"});
 }
 
 }  // namespace

@@ -13,9 +13,6 @@ using namespace Corvane::AgentInterfacesV3;
 using BaseSDK::AGuid;
 using BaseSDK::ALogger;
 using BaseSDK::AString;
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class TaskSchedulerObjectTest : public SchedulerFixture {
  protected:
@@ -25,8 +22,8 @@ class TaskSchedulerObjectTest : public SchedulerFixture {
 TEST_F(TaskSchedulerObjectTest, ConstructionStartsNothing) {
   EXPECT_FALSE(IsMonitorRunning());
   EXPECT_EQ(nullptr, m_Scheduler->Storage());
-  EXPECT_THAT(m_Host.Subscriptions(), IsEmpty());
-  EXPECT_THAT(m_Log.Lines(), IsEmpty());
+  EXPECT_EQ(0U, m_Host.Subscriptions().size());
+  EXPECT_EQ(m_Log.Lines(), Lines());
   EXPECT_FALSE(IsGateOpen());
   EXPECT_FALSE(SCHEDULER_INSIDE(*m_Scheduler, m_Notification302));
   EXPECT_FALSE(SCHEDULER_INSIDE(*m_Scheduler, m_Notification300));
@@ -37,14 +34,14 @@ TEST_F(TaskSchedulerObjectTest, InitializeSubscribesToItsTwoNotifications) {
   Start();
   ASSERT_EQ(1U, m_Host.Subscriptions().size());
   EXPECT_EQ(AString(L"Corvane.NoxTaskScheduler"), m_Host.Subscriptions()[0].m_Subscriber);
-  EXPECT_THAT(m_Host.Subscriptions()[0].m_Codes, ElementsAre(300, 302));
+  EXPECT_EQ((std::vector<long>{300, 302}), m_Host.Subscriptions()[0].m_Codes);
 }
 
 TEST_F(TaskSchedulerObjectTest, InitializeMakesTheStorageAndStartsTheMonitor) {
   Start();
   EXPECT_TRUE(IsMonitorRunning());
   ASSERT_NE(nullptr, m_Scheduler->Storage());
-  EXPECT_EQ(AString(L"TaskSchedulerObject_i::Initialize()\n"), Traces()[0]);
+  EXPECT_EQ("TaskSchedulerObject_i::Initialize()\n", Traces()[0]);
   EXPECT_EQ("Corvane::Agent::TaskScheduler", m_Log.Lines()[0].m_Channel);
   EXPECT_EQ("TaskSchedulerObject", m_Log.Lines()[0].m_Source);
   EXPECT_FALSE(IsGateOpen());
@@ -56,9 +53,8 @@ TEST_F(TaskSchedulerObjectTest, InitializeGoesOnWithoutItsSubscription) {
     m_Log.Clear();
     m_Scheduler = std::make_unique<TaskSchedulerObject_i>();
     Start();
-    EXPECT_THAT(
-        m_Log.Messages(ALogger::Error),
-        ElementsAre(L"TaskSchedulerObject_i::Initialize(), failed to subscribe to notifications"));
+    EXPECT_EQ(m_Log.Messages(ALogger::Error),
+              Texts{"TaskSchedulerObject_i::Initialize(), failed to subscribe to notifications"});
     EXPECT_TRUE(IsMonitorRunning());
     Stop();
   }
@@ -77,7 +73,7 @@ TEST_F(TaskSchedulerObjectTest, InitializeFailsWithoutEitherConfiguredValue) {
     EXPECT_EQ(nullptr, m_Scheduler->Storage()) << "the storage's defaults are not for this";
   }
   EXPECT_EQ(3U, m_Host.Subscriptions().size()) << "subscribed all the same";
-  EXPECT_THAT(m_Log.Messages(ALogger::Error), IsEmpty());
+  EXPECT_EQ(m_Log.Messages(ALogger::Error), Texts());
 }
 
 TEST_F(TaskSchedulerObjectTest, InitializeFailsWithoutAnyConfiguration) {
@@ -95,7 +91,7 @@ TEST_F(TaskSchedulerObjectTest, UninitializeOnPurposeRefusesUnlessForced) {
   Start();
   m_Log.Clear();
   EXPECT_EQ(-1, m_Scheduler->Uninitialize(0));
-  EXPECT_THAT(m_Log.Lines(), IsEmpty());
+  EXPECT_EQ(m_Log.Lines(), Lines());
   EXPECT_TRUE(IsMonitorRunning());
   EXPECT_NE(nullptr, m_Scheduler->Storage());
 }
@@ -104,10 +100,10 @@ TEST_F(TaskSchedulerObjectTest, UninitializeStopsTheMonitorAndLetsTheStorageGo) 
   Start();
   m_Log.Clear();
   EXPECT_EQ(1, m_Scheduler->Uninitialize(1));
-  EXPECT_EQ(AString(L"TaskSchedulerObject_i::Uninitialize()\n"), Traces()[0]);
+  EXPECT_EQ("TaskSchedulerObject_i::Uninitialize()\n", Traces()[0]);
   EXPECT_FALSE(IsMonitorRunning());
   EXPECT_EQ(nullptr, m_Scheduler->Storage());
-  EXPECT_THAT(m_Host.Subscriptions(), ::testing::SizeIs(1)) << "not cancelled";
+  EXPECT_EQ(1U, m_Host.Subscriptions().size()) << "not cancelled";
 }
 
 TEST_F(TaskSchedulerObjectTest, UninitializeTakesEveryOtherNumberForForced) {
@@ -152,7 +148,7 @@ TEST_F(TaskSchedulerObjectTest, UninitializeGoesOnWhenAHandlerHoldsTheMonitor) {
 
 TEST_F(TaskSchedulerObjectTest, DestructionIsLogged) {
   m_Scheduler.reset();
-  EXPECT_THAT(Traces(), ElementsAre(L"TaskSchedulerObject_i destructor.\n"));
+  EXPECT_EQ(Traces(), Texts{"TaskSchedulerObject_i destructor.\n"});
   m_Scheduler = std::make_unique<TaskSchedulerObject_i>();
 }
 
@@ -168,9 +164,9 @@ TEST_F(TaskSchedulerObjectTest, AcknowledgesTheAgentsLifeInEveryState) {
     EXPECT_EQ(0, m_Scheduler->AgentUninstall());
     EXPECT_EQ(0, m_Scheduler->AgentUpgrade());
     EXPECT_EQ(3, m_Scheduler->GetVersion());
-    EXPECT_THAT(Traces(), ElementsAre(L"TaskSchedulerObject_i::AgentStart()\n",
-                                      L"TaskSchedulerObject_i::AgentStop()\n",
-                                      L"TaskSchedulerObject_i::AgentRefresh()\n"));
+    EXPECT_EQ(Traces(), (Texts{"TaskSchedulerObject_i::AgentStart()\n",
+                               "TaskSchedulerObject_i::AgentStop()\n",
+                               "TaskSchedulerObject_i::AgentRefresh()\n"}));
     EXPECT_EQ(3U, m_Log.Lines().size());
   };
   expectAnswers();

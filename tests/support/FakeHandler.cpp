@@ -35,10 +35,10 @@ std::vector<FakeHandler::Call> FakeHandler::Calls() const {
   return m_Calls;
 }
 
-std::vector<AString> FakeHandler::Batches() const {
-  std::vector<AString> batches;
+Texts FakeHandler::Batches() const {
+  Texts batches;
   for (const Call& call : Calls()) {
-    batches.push_back(call.m_Batch);
+    batches.push_back(call.m_Batch.ToUtf8());
   }
   return batches;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/support/Texts.h"
+
 #include <AgentInterfacesV3/INoxScheduledTaskHandler.h>
 #include <BaseSDK/AMutex.h>
 #include <BaseSDK/AString.h>
@@ -39,7 +41,7 @@ class FakeHandler : public Corvane::AgentInterfacesV3::INoxScheduledTaskHandler 
 
   std::vector<Call> Calls() const;
   /// The batch texts alone, in order.
-  std::vector<BaseSDK::AString> Batches() const;
+  Texts Batches() const;
   void ClearCalls();
   /// How often it was released. Openings are counted by the host, see FakeHost.
   unsigned Releases() const;

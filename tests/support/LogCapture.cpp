@@ -95,11 +95,11 @@ bool LogCapture::Has(ALogger::Level level, const AString& message) const {
   return Count(level, message) > 0;
 }
 
-std::vector<AString> LogCapture::Messages(ALogger::Level level) const {
-  std::vector<AString> messages;
+Texts LogCapture::Messages(ALogger::Level level) const {
+  Texts messages;
   for (const Line& line : Lines()) {
     if (line.m_Level == level) {
-      messages.push_back(line.m_Message);
+      messages.push_back(line.m_Message.ToUtf8());
     }
   }
   return messages;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/support/Texts.h"
+
 #include <BaseSDK/ALogger.h>
 #include <BaseSDK/AMutex.h>
 #include <BaseSDK/AString.h>
@@ -23,6 +25,8 @@ class LogCapture {
     BaseSDK::AString m_Message;
     std::string m_Source;
     int m_Number;
+
+    bool operator==(const Line&) const = default;
   };
 
   explicit LogCapture(BaseSDK::ALogger::Level level = BaseSDK::ALogger::Trace);
@@ -43,7 +47,7 @@ class LogCapture {
   unsigned CountContaining(const BaseSDK::AString& part) const;
   bool Has(BaseSDK::ALogger::Level level, const BaseSDK::AString& message) const;
   /// The lines of one level, in order: what a test compares when nothing else may be said.
-  std::vector<BaseSDK::AString> Messages(BaseSDK::ALogger::Level level) const;
+  Texts Messages(BaseSDK::ALogger::Level level) const;
 
  private:
   class Sink;

@@ -6,8 +6,6 @@
 
 #include <thread>
 
-using BaseSDK::AString;
-
 namespace NoxAgent {
 namespace {
 
@@ -18,7 +16,7 @@ TEST(HandlerCalls, ForwardsToTheHandlerAndReleasesItOnce) {
   HandlerCalls::Handler* const tracked = calls.Track(&handler);
   EXPECT_EQ(tracked->RunTasksEx("a:0:0:0;"), 5);
   EXPECT_EQ(tracked->RunTasks("b:0:0:0;"), 7);
-  EXPECT_EQ(handler.Batches(), (std::vector<AString>{"a:0:0:0;", "b:0:0:0;"}));
+  EXPECT_EQ(handler.Batches(), (TestSupport::Texts{"a:0:0:0;", "b:0:0:0;"}));
   EXPECT_EQ(handler.Releases(), 0U);
   EXPECT_EQ(tracked->Release(), 0);
   EXPECT_EQ(handler.Releases(), 1U);

@@ -19,7 +19,6 @@
 #include <string_view>
 #include <thread>
 
-using BaseSDK::AString;
 namespace NoxAgent {
 namespace {
 
@@ -103,8 +102,8 @@ TEST(PluginLifecycle, UnloadsInReverseOrderAndTellsWhoIsLeft) {
   EXPECT_TRUE(agent.m_Plugins.All().empty());
   const auto messages = log.Messages(BaseSDK::ALogger::Information);
   ASSERT_GE(messages.size(), 2U);
-  EXPECT_EQ(messages[messages.size() - 2], AString("Unloaded the plug-in two"));
-  EXPECT_EQ(messages[messages.size() - 1], AString("Unloaded the plug-in one"));
+  EXPECT_EQ(messages[messages.size() - 2], "Unloaded the plug-in two");
+  EXPECT_EQ(messages[messages.size() - 1], "Unloaded the plug-in one");
 }
 
 // A scheduler counts who is coming and going and runs tasks when nobody is: its own going, which

@@ -3,6 +3,7 @@
 #include "agent/daemon/plugins/NotificationCenter.h"
 #include "tests/agent/daemon/TestAgent.h"
 #include "tests/support/LogCapture.h"
+#include "tests/support/Texts.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +11,7 @@
 #include <vector>
 
 using BaseSDK::ALogger;
-using BaseSDK::AString;
+using TestSupport::Texts;
 
 namespace NoxAgent {
 namespace {
@@ -74,10 +75,10 @@ TEST(TaskGate, AnEndWithoutABeginLetsNothingRun) {
             "Tasks are held back: a policy refresh has started\n");
 }
 
-std::vector<AString> TaskLines(const TestSupport::LogCapture& log) {
-  std::vector<AString> lines;
-  for (const AString& message : log.Messages(ALogger::Information)) {
-    if (message.Left(6) == "Tasks ") {
+Texts TaskLines(const TestSupport::LogCapture& log) {
+  Texts lines;
+  for (const std::string& message : log.Messages(ALogger::Information)) {
+    if (message.starts_with("Tasks ")) {
       lines.push_back(message);
     }
   }
@@ -88,18 +89,15 @@ TEST(TaskGate, IsToldOfInTheLogForSchedulersAlone) {
   TestSupport::LogCapture log;
   TestAgent agent;
   agent.Add("one").Add("other", {}, "MinimalPlugin").Load();
-  EXPECT_EQ(TaskLines(log),
-            (std::vector<AString>{"Tasks are held back: the plug-in other is being loaded",
-                                  "Tasks may run: all plug-ins are loaded"}));
+  EXPECT_EQ(TaskLines(log), (Texts{"Tasks are held back: the plug-in other is being loaded",
+                                   "Tasks may run: all plug-ins are loaded"}));
   log.Clear();
   EXPECT_EQ(agent.Ask("POST", "/v1/refresh").m_Status, 200U);
-  EXPECT_EQ(TaskLines(log),
-            (std::vector<AString>{"Tasks are held back: a policy refresh has started",
-                                  "Tasks may run: the policy refresh is over"}));
+  EXPECT_EQ(TaskLines(log), (Texts{"Tasks are held back: a policy refresh has started",
+                                   "Tasks may run: the policy refresh is over"}));
   log.Clear();
   EXPECT_TRUE(agent.m_Lifecycle.UnloadAll());
-  EXPECT_EQ(TaskLines(log),
-            std::vector<AString>{"Tasks are held back: the plug-in other is being unloaded"});
+  EXPECT_EQ(TaskLines(log), Texts{"Tasks are held back: the plug-in other is being unloaded"});
 }
 
 }  // namespace
