@@ -1,21 +1,21 @@
 #include "agent/client/HandlerRun.h"
 
+#include "tests/support/Texts.h"
+
 #include <VirtualTime/Zone.h>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace NoxAgentTest {
 
 using NoxAgent::ReadHandlerRun;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using TestSupport::Texts;
 
 namespace {
 
-using Texts = std::map<std::string, std::string>;
+using Answer = std::map<std::string, std::string>;
 
-std::vector<std::string> Told(const Texts& answer) {
+Texts Told(const Answer& answer) {
   const VirtualTime::Zone zone("UTC0");
   return ReadHandlerRun(answer).value().Sentences();
 }
@@ -24,36 +24,36 @@ std::vector<std::string> Told(const Texts& answer) {
 
 TEST(HandlerRun, IsNoneWithoutAStateThatIsKnown) {
   EXPECT_FALSE(ReadHandlerRun(std::nullopt));
-  EXPECT_FALSE(ReadHandlerRun(Texts{}));
-  EXPECT_FALSE(ReadHandlerRun(Texts{{"state", "asleep"}}));
+  EXPECT_FALSE(ReadHandlerRun(Answer{}));
+  EXPECT_FALSE(ReadHandlerRun(Answer{{"state", "asleep"}}));
   EXPECT_TRUE(NoxAgent::ToJson(std::nullopt).IsNull());
 }
 
 TEST(HandlerRun, TellsWhatItWaitsForAndWhatWaitsForIt) {
-  EXPECT_THAT(Told({{"state", "waiting"}, {"reason", "4 other runs go on"}}),
-              ElementsAre("A run waits to be started: 4 other runs go on."));
-  EXPECT_THAT(Told({{"state", "running"}, {"start", "1781510400"}, {"queued", "1781510460"}}),
-              ElementsAre("A run is under way since 2026-06-15 08:00:00 +0000.",
-                          "Its next run has been waiting for the end of that one since 2026-06-15 "
-                          "08:01:00 +0000."));
+  EXPECT_EQ(Told({{"state", "waiting"}, {"reason", "4 other runs go on"}}),
+            Texts{"A run waits to be started: 4 other runs go on."});
+  EXPECT_EQ(Told({{"state", "running"}, {"start", "1781510400"}, {"queued", "1781510460"}}),
+            (Texts{"A run is under way since 2026-06-15 08:00:00 +0000.",
+                   "Its next run has been waiting for the end of that one since 2026-06-15 "
+                   "08:01:00 +0000."}));
 }
 
 TEST(HandlerRun, TellsHowItEndedUnlessWell) {
-  EXPECT_THAT(Told({{"state", "ended"}, {"result", "Failed"}}), ElementsAre("Its run failed."));
-  EXPECT_THAT(Told({{"state", "ended"},
-                    {"start", "1781510400"},
-                    {"result", "Failed"},
-                    {"reason", "there is no job file /x/y.job"}}),
-              ElementsAre("Its run of 2026-06-15 08:00:00 +0000 failed: there is no job file "
-                          "/x/y.job."));
-  EXPECT_THAT(Told({{"state", "ended"}, {"result", "Ok"}, {"reason", "exit status 0"}}), IsEmpty());
+  EXPECT_EQ(Told({{"state", "ended"}, {"result", "Failed"}}), Texts{"Its run failed."});
+  EXPECT_EQ(Told({{"state", "ended"},
+                  {"start", "1781510400"},
+                  {"result", "Failed"},
+                  {"reason", "there is no job file /x/y.job"}}),
+            Texts{"Its run of 2026-06-15 08:00:00 +0000 failed: there is no job file "
+                  "/x/y.job."});
+  EXPECT_EQ(Told({{"state", "ended"}, {"result", "Ok"}, {"reason", "exit status 0"}}), Texts());
 }
 
 TEST(HandlerRun, KnowsTheReasonOfAFailureAlone) {
-  const auto ok = ReadHandlerRun(Texts{{"state", "ended"}, {"result", "Ok"}, {"reason", "x"}});
+  const auto ok = ReadHandlerRun(Answer{{"state", "ended"}, {"result", "Ok"}, {"reason", "x"}});
   EXPECT_EQ("", ok.value().ReasonAgainst("Failed")) << "somebody else has said so";
   const auto failed =
-      ReadHandlerRun(Texts{{"state", "ended"}, {"result", "Failed"}, {"reason", "x"}});
+      ReadHandlerRun(Answer{{"state", "ended"}, {"result", "Failed"}, {"reason", "x"}});
   EXPECT_EQ("x", failed.value().ReasonAgainst("Failed"));
 }
 
