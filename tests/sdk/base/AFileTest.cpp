@@ -1,5 +1,6 @@
 #include "FailingFileSystem.h"
 #include "ScratchDirectory.h"
+#include "tests/support/Texts.h"
 
 #include <BaseSDK/AFile.h>
 #include <BaseSDK/AResult.h>
@@ -17,8 +18,7 @@
 namespace BaseSDK {
 namespace {
 
-using testing::ElementsAre;
-using testing::UnorderedElementsAre;
+using TestSupport::Texts;
 namespace fs = std::filesystem;
 
 class AFileTest : public testing::Test {
@@ -42,7 +42,7 @@ TEST_F(AFileTest, WriteCreatesWithTheUsualMode) {
   (void)umask(before);
   EXPECT_EQ(m_Scratch.Get("T1.vsk"), "\xC3\xA4\n");
   EXPECT_EQ(ModeOf("T1.vsk"), 0644u);
-  EXPECT_THAT(m_Scratch.Files(), ElementsAre("T1.vsk"));
+  EXPECT_EQ(m_Scratch.Files(), FileNames{"T1.vsk"});
 }
 
 TEST_F(AFileTest, WriteReplacesAndKeepsTheMode) {
@@ -51,7 +51,7 @@ TEST_F(AFileTest, WriteReplacesAndKeepsTheMode) {
   EXPECT_EQ(Write("T1.vsk", "new"), 0u);
   EXPECT_EQ(m_Scratch.Get("T1.vsk"), "new");
   EXPECT_EQ(ModeOf("T1.vsk"), 0600u);
-  EXPECT_THAT(m_Scratch.Files(), ElementsAre("T1.vsk"));
+  EXPECT_EQ(m_Scratch.Files(), FileNames{"T1.vsk"});
 }
 
 TEST_F(AFileTest, WriteTakesAnEmptyTextAndNamesWithoutDirectoryOrExtension) {
@@ -62,7 +62,7 @@ TEST_F(AFileTest, WriteTakesAnEmptyTextAndNamesWithoutDirectoryOrExtension) {
   EXPECT_EQ(AFile::Write("bare", "x", AUtf8Encoding()), 0u);
   EXPECT_EQ(AFile::Write(".hidden", "x", AUtf8Encoding()), 0u);
   fs::current_path(before);
-  EXPECT_THAT(m_Scratch.Files(), ElementsAre(".hidden", "bare", "empty"));
+  EXPECT_EQ(m_Scratch.Files(), (FileNames{".hidden", "bare", "empty"}));
 }
 
 TEST_F(AFileTest, WriteTakesTheLongestName) {
@@ -75,8 +75,8 @@ TEST_F(AFileTest, WriteTakesTheLongestName) {
 TEST_F(AFileTest, WriteFlushesTheFileBeforeTheRenameAndTheDirectoryAfter) {
   FailingFileSystem system;
   EXPECT_EQ(Write("T1.vsk", "x"), 0u);
-  EXPECT_THAT(system.Calls(), ElementsAre("info", "open", "write", "sync", "close", "rename",
-                                          "open", "sync", "close"));
+  EXPECT_EQ(system.Calls(),
+            (Texts{"info", "open", "write", "sync", "close", "rename", "open", "sync", "close"}));
 }
 
 TEST_F(AFileTest, WriteTellsTheFileSystemHowItsReplacementEnded) {
@@ -85,7 +85,7 @@ TEST_F(AFileTest, WriteTellsTheFileSystemHowItsReplacementEnded) {
   EXPECT_EQ(Write("T1.vsk", "x"), 0u);
   system.FailCall(system.Calls().size() + 2, ENOSPC);
   EXPECT_EQ(Write("T1.vsk", "y"), ResultFromErrno(ENOSPC));
-  EXPECT_THAT(system.Replacements(), ElementsAre(std::pair(path, 0), std::pair(path, ENOSPC)));
+  EXPECT_EQ(system.Replacements(), (std::vector{std::pair(path, 0), std::pair(path, ENOSPC)}));
 }
 
 TEST_F(AFileTest, WriteUsesAHiddenTemporaryWithoutTheExtension) {
@@ -118,7 +118,7 @@ TEST_F(AFileTest, WriteReportsEveryFailureAndLeavesOldOrNew) {
     system.FailCall(failing, EIO);
     SCOPED_TRACE(failing);
     EXPECT_EQ(Write("T1.vsk", "new"), ResultFromErrno(EIO));
-    EXPECT_THAT(m_Scratch.Files(), ElementsAre("T1.vsk")) << system.Calls()[failing];
+    EXPECT_EQ(m_Scratch.Files(), FileNames{"T1.vsk"}) << system.Calls()[failing];
     const bool renamed = system.Calls()[failing] != "rename" && failing + 3 >= calls;
     EXPECT_EQ(m_Scratch.Get("T1.vsk"), renamed ? "new" : "old") << system.Calls()[failing];
     EXPECT_EQ(system.OpenDescriptors(), 0u);
@@ -134,7 +134,7 @@ TEST_F(AFileTest, WriteStartsAgainAfterSignals) {
     const bool hitsClose = (Write("T1.vsk", "new") != 0);
     const auto& calls = system.Calls();
     EXPECT_EQ(hitsClose, calls.at(interrupted) == "close") << interrupted;
-    EXPECT_THAT(m_Scratch.Files(), ElementsAre("T1.vsk"));
+    EXPECT_EQ(m_Scratch.Files(), FileNames{"T1.vsk"});
     EXPECT_EQ(system.OpenDescriptors(), 0u);
   }
 }
@@ -200,7 +200,7 @@ TEST_F(AFileTest, NameWithAZeroCharacterIsRefusedEverywhere) {
   EXPECT_EQ(AFile::MakeTemp(name, text), invalid);
   EXPECT_EQ(AFile::RemoveLeftovers(name, removed), invalid);
   EXPECT_EQ(m_Scratch.Get("T1"), "old");
-  EXPECT_THAT(m_Scratch.Files(), ElementsAre("T1"));
+  EXPECT_EQ(m_Scratch.Files(), FileNames{"T1"});
 }
 
 TEST_F(AFileTest, ReadGivesWhatWriteWroteWithInvalidBytes) {
@@ -273,7 +273,7 @@ TEST_F(AFileTest, RemoveDeletesAndFlushes) {
   FailingFileSystem system;
   EXPECT_EQ(AFile::Remove(m_Scratch.Name("T1"), 1), ResultFromErrno(EINVAL));
   EXPECT_EQ(AFile::Remove(m_Scratch.Name("T1"), 0), 0u);
-  EXPECT_THAT(system.Calls(), ElementsAre("unlink", "open", "sync", "close"));
+  EXPECT_EQ(system.Calls(), (Texts{"unlink", "open", "sync", "close"}));
   EXPECT_TRUE(m_Scratch.Files().empty());
   EXPECT_EQ(AFile::Remove(m_Scratch.Name("T1"), 0), ResultFromErrno(ENOENT));
 }
@@ -296,7 +296,7 @@ TEST_F(AFileTest, RenameReplacesOnlyWhenAsked) {
   EXPECT_EQ(AFile::Rename(m_Scratch.Name("a"), m_Scratch.Name("b"), AFile::ReplaceExisting), 0u);
   EXPECT_EQ(m_Scratch.Get("b"), "new");
   EXPECT_EQ(AFile::Rename(m_Scratch.Name("b"), m_Scratch.Name("c"), 0), 0u);
-  EXPECT_THAT(m_Scratch.Files(), ElementsAre("c"));
+  EXPECT_EQ(m_Scratch.Files(), FileNames{"c"});
   EXPECT_EQ(AFile::Rename(m_Scratch.Name("c"), m_Scratch.Name("d"), 4), ResultFromErrno(EINVAL));
   EXPECT_EQ(AFile::Rename(m_Scratch.Name("x"), m_Scratch.Name("d"), 2), ResultFromErrno(ENOENT));
 }
@@ -306,8 +306,7 @@ TEST_F(AFileTest, RenameFlushesBothDirectories) {
   m_Scratch.Put("a", "x");
   FailingFileSystem system;
   EXPECT_EQ(AFile::Rename(m_Scratch.Name("a"), m_Scratch.Name("dir/a"), 2), 0u);
-  EXPECT_THAT(system.Calls(),
-              ElementsAre("rename", "open", "sync", "close", "open", "sync", "close"));
+  EXPECT_EQ(system.Calls(), (Texts{"rename", "open", "sync", "close", "open", "sync", "close"}));
 }
 
 TEST_F(AFileTest, RenameReportsEveryFailure) {
@@ -330,9 +329,9 @@ TEST_F(AFileTest, RemoveLeftoversTakesTemporariesOnly) {
   unsigned removed = 77;
   EXPECT_EQ(AFile::RemoveLeftovers(m_Scratch.Name(""), removed), 0u);
   EXPECT_EQ(removed, 2u);
-  EXPECT_THAT(m_Scratch.Files(),
-              UnorderedElementsAre(".T1.aB3xY", ".T1.aB3xY99", ".T1.aB3x-9", "T1.aB3xY9",
-                                   "..aB3xY9", ".aB3xY9", "T1.vsk", ".T1aB3xY9", ".dir.aB3xY9"));
+  EXPECT_EQ(m_Scratch.Files(),
+            (FileNames{".T1.aB3xY", ".T1.aB3xY99", ".T1.aB3x-9", "T1.aB3xY9", "..aB3xY9", ".aB3xY9",
+                       "T1.vsk", ".T1aB3xY9", ".dir.aB3xY9"}));
 }
 
 TEST_F(AFileTest, RemoveLeftoversFindsWhatAnInterruptedWriteLeaves) {

@@ -1,4 +1,5 @@
 #include "ScratchDirectory.h"
+#include "tests/support/Texts.h"
 
 #include <BaseSDK/ALogConfig.h>
 #include <BaseSDK/ALogSinks.h>
@@ -22,9 +23,9 @@
 namespace BaseSDK {
 namespace {
 
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::MatchesRegex;
+using TestSupport::Texts;
 
 /// Keeps what it is given as "channel level source:line message".
 class RecordingSink : public ALogSink {
@@ -112,8 +113,8 @@ TEST_F(ALoggerTest, MacroBuildsTheMessageOnlyWhenItIsWanted) {
   const int line = __LINE__ + 1;
   ALOG(logger, ALogger::Warning, "Task", message());
   EXPECT_EQ(built, 1);
-  EXPECT_THAT(m_Sink->Lines(),
-              ElementsAre("Test::Macro warning Task:" + std::to_string(line) + " Task ID = T1"));
+  EXPECT_EQ(m_Sink->Lines(),
+            Texts{"Test::Macro warning Task:" + std::to_string(line) + " Task ID = T1"});
 }
 
 TEST_F(ALoggerTest, EverySinkGetsAMessageUntilItIsRemoved) {
@@ -123,7 +124,7 @@ TEST_F(ALoggerTest, EverySinkGetsAMessageUntilItIsRemoved) {
   logger.Log(ALogger::Error, "one", nullptr, 1);
   ALogConfig::RemoveSink(second);
   logger.Log(ALogger::Error, "two", "Source", 2);
-  EXPECT_THAT(second->Lines(), ElementsAre("Test::Sinks error :1 one"));
+  EXPECT_EQ(second->Lines(), Texts{"Test::Sinks error :1 one"});
   EXPECT_EQ(m_Sink->Lines().size(), 2u);
   EXPECT_EQ(second.use_count(), 1) << "nothing of it is kept";
 }
@@ -239,7 +240,7 @@ TEST(ALogSinks, FileGetsEverythingAndRotates) {
   for (int i = 0; i < 100; ++i) {
     WriteTo(*sink, ALogger::Error, "more");
   }
-  EXPECT_THAT(scratch.Files(), ElementsAre("agent.1.log", "agent.2.log", "agent.log"));
+  EXPECT_EQ(scratch.Files(), (FileNames{"agent.1.log", "agent.2.log", "agent.log"}));
   for (const std::string& file : scratch.Files()) {
     EXPECT_LE(scratch.Get(file).size(), 1000u) << file;
   }

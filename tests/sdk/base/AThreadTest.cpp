@@ -1,9 +1,10 @@
+#include "tests/support/Texts.h"
+
 #include <BaseSDK/AEvent.h>
 #include <BaseSDK/AMutex.h>
 #include <BaseSDK/AThread.h>
 #include <BaseSDK/ThreadHooks.h>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <pthread.h>
@@ -66,7 +67,7 @@ void OnThreadEnd() {
 
 namespace {
 
-using testing::ElementsAre;
+using TestSupport::Texts;
 
 /// Shared by a test and a thread that may outlive its object.
 struct Gate {
@@ -136,7 +137,7 @@ TEST_F(AThreadTest, HooksTellOfItsBeginningAndEnd) {
     (void)m_Gate->m_Leave.Set();
     AwaitEnd(thread);
   }
-  EXPECT_THAT(g_Hooks.TakeNames(), ElementsAre("start here", "enter there", "end there"));
+  EXPECT_EQ(g_Hooks.TakeNames(), (Texts{"start here", "enter there", "end there"}));
 }
 
 TEST_F(AThreadTest, DestructionLeavesARunningThreadRunning) {
@@ -173,7 +174,7 @@ TEST_F(AThreadTest, StartReportsThatTheSystemHasNoThreadToGive) {
   EXPECT_FALSE(thread.Start());
   ASSERT_EQ(pthread_setattr_default_np(&before), 0);
   EXPECT_FALSE(thread.IsRunning());
-  EXPECT_THAT(g_Hooks.TakeNames(), ElementsAre("start here", "end here"));
+  EXPECT_EQ(g_Hooks.TakeNames(), (Texts{"start here", "end here"}));
   (void)pthread_attr_destroy(&tooLarge);
   (void)pthread_attr_destroy(&before);
 

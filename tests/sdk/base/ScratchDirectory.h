@@ -14,6 +14,8 @@
 
 namespace BaseSDK {
 
+using FileNames = std::set<std::string>;
+
 /// An empty directory for one test, gone with everything in it afterwards.
 class ScratchDirectory {
  public:
@@ -43,8 +45,8 @@ class ScratchDirectory {
     std::ifstream stream(m_Path / file, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
   }
-  std::set<std::string> Files() const {
-    std::set<std::string> names;
+  FileNames Files() const {
+    FileNames names;
     for (const auto& entry : std::filesystem::directory_iterator(m_Path)) {
       names.insert(entry.path().filename().string());
     }

@@ -1,10 +1,10 @@
 #include "FailingFileSystem.h"
 #include "ScratchDirectory.h"
+#include "tests/support/Texts.h"
 
 #include <BaseSDK/AResult.h>
 #include <BaseSDK/Sys.h>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
@@ -12,13 +12,12 @@
 
 #include <array>
 #include <cerrno>
-#include <set>
 #include <string>
 
 namespace BaseSDK::Wrappers {
 namespace {
 
-using testing::ElementsAre;
+using TestSupport::Texts;
 
 class SysTest : public testing::Test {
  protected:
@@ -49,7 +48,7 @@ TEST_F(SysTest, WritesEverythingAndFlushes) {
   EXPECT_EQ(written, 10u);
   EXPECT_EQ(Sys::Close(fd), 0u);
   EXPECT_EQ(m_Scratch.Get("T1"), "0123456789");
-  EXPECT_THAT(system.Calls(), ElementsAre("open", "write", "write", "write", "sync", "close"));
+  EXPECT_EQ(system.Calls(), (Texts{"open", "write", "write", "write", "sync", "close"}));
 }
 
 TEST_F(SysTest, CountsWhatWasWrittenBeforeAFailure) {
@@ -84,12 +83,12 @@ TEST_F(SysTest, ListsADirectory) {
   unsigned long handle = 0;
   ASSERT_EQ(Sys::Opendir(Path("").c_str(), handle), 0u);
   EXPECT_NE(handle, 0u);
-  std::set<std::string> names;
+  FileNames names;
   const char* name = nullptr;
   while (Sys::Readdir(handle, name) == 0 && name != nullptr) {
     names.insert(name);
   }
-  EXPECT_THAT(names, ElementsAre(".", "..", "a", "b\xFF"));
+  EXPECT_EQ(names, (FileNames{".", "..", "a", "b\xFF"}));
   EXPECT_EQ(Sys::Readdir(handle, name), 0u);
   EXPECT_EQ(name, nullptr);
   EXPECT_EQ(Sys::Closedir(handle), 0u);
