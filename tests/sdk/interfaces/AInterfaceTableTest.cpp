@@ -1,3 +1,5 @@
+#include "tests/support/Texts.h"
+
 #include <AgentInterfacesV3/AInterfaceTable.h>
 #include <AgentInterfacesV3/INoxCommandHandler.h>
 #include <AgentInterfacesV3/INoxObject.h>
@@ -6,7 +8,6 @@
 #include <AgentInterfacesV3/INoxVeskClientAgent.h>
 #include <AgentInterfacesV3/InterfaceIds.h>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <set>
@@ -17,9 +18,9 @@ namespace {
 
 using namespace Corvane::AgentInterfacesV3;
 using BaseSDK::AGuid;
-using testing::ElementsAre;
+using TestSupport::Texts;
 
-std::vector<std::string> OperationsOf(const char* interfaceName) {
+Texts OperationsOf(const char* interfaceName) {
   std::vector<std::string> names;
   for (const auto& operation : AInterfaceTable::Find(interfaceName)->m_Operations) {
     names.emplace_back(operation.m_Name);
@@ -28,16 +29,16 @@ std::vector<std::string> OperationsOf(const char* interfaceName) {
 }
 
 TEST(AInterfaceTable, OperationsStandInSlotOrder) {
-  EXPECT_THAT(OperationsOf("INoxObject"), ElementsAre("ObjectDebugInfo", "NotifyObject"));
-  EXPECT_THAT(OperationsOf("INoxVeskClientAgent"),
-              ElementsAre("AgentStart", "AgentStop", "AgentRefresh", "AgentQuery",
-                          "AgentQueryUnload", "AgentInstall", "AgentUninstall", "AgentUpgrade"));
-  EXPECT_THAT(OperationsOf("INoxTaskScheduler"),
-              ElementsAre("AddTask", "DeleteTask", "GetTaskXML", "FindFirstTask", "FindNextTask",
-                          "FindClose", "RefreshTaskList", "SetRunState", "GetTaskAttributes",
-                          "EnableTask"));
-  EXPECT_THAT(OperationsOf("INoxScheduledTaskHandler"), ElementsAre("RunTasks", "RunTasksEx"));
-  EXPECT_THAT(OperationsOf("INoxCommandHandler"), ElementsAre("GetRun", "CheckJob"));
+  EXPECT_EQ(OperationsOf("INoxObject"), (Texts{"ObjectDebugInfo", "NotifyObject"}));
+  EXPECT_EQ(OperationsOf("INoxVeskClientAgent"),
+            (Texts{"AgentStart", "AgentStop", "AgentRefresh", "AgentQuery", "AgentQueryUnload",
+                   "AgentInstall", "AgentUninstall", "AgentUpgrade"}));
+  EXPECT_EQ(
+      OperationsOf("INoxTaskScheduler"),
+      (Texts{"AddTask", "DeleteTask", "GetTaskXML", "FindFirstTask", "FindNextTask", "FindClose",
+             "RefreshTaskList", "SetRunState", "GetTaskAttributes", "EnableTask"}));
+  EXPECT_EQ(OperationsOf("INoxScheduledTaskHandler"), (Texts{"RunTasks", "RunTasksEx"}));
+  EXPECT_EQ(OperationsOf("INoxCommandHandler"), (Texts{"GetRun", "CheckJob"}));
 }
 
 TEST(AInterfaceTable, ParentsComeFirst) {

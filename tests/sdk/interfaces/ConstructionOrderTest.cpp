@@ -1,6 +1,7 @@
+#include "tests/support/Texts.h"
+
 #include <AgentInterfacesV3/INoxTaskScheduler_impl.h>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -76,9 +77,9 @@ class Object : public INoxTaskScheduler_impl, public Frame {
 
 TEST(ConstructionOrder, QueueServerThenSkeletonsFromTheRootThenFrame) {
   const Object object;
-  EXPECT_THAT(Constructed(),
-              testing::ElementsAre("AMsgQueueServer", "INoxObject_impl", "INoxVeskClientAgent_impl",
-                                   "INoxTaskScheduler_impl", "Frame", "Object"));
+  EXPECT_EQ(Constructed(),
+            (TestSupport::Texts{"AMsgQueueServer", "INoxObject_impl", "INoxVeskClientAgent_impl",
+                                "INoxTaskScheduler_impl", "Frame", "Object"}));
 }
 
 }  // namespace

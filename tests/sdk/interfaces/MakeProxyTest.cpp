@@ -1,5 +1,6 @@
 #include "tests/sdk/interfaces/RecordingObjects.h"
 #include "tests/support/LogCapture.h"
+#include "tests/support/Texts.h"
 
 #include <AgentInterfacesV3/AMsgQueue.h>
 #include <AgentInterfacesV3/CIClient.h>
@@ -10,7 +11,6 @@
 #include <AgentInterfacesV3/InterfaceIds.h>
 #include <AgentInterfacesV3/MakeProxy.h>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -20,8 +20,7 @@ namespace {
 
 using namespace Corvane::AgentInterfacesV3;
 using BaseSDK::AString;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using TestSupport::Texts;
 
 constexpr int Number = 7;
 
@@ -37,7 +36,7 @@ class MakeProxyTest : public testing::Test {
   /// As a host does before the object goes.
   void TearDown() override { m_Queue->Close(); }
 
-  const std::vector<std::string>& Calls() const { return m_Object.m_Calls.All(); }
+  const Texts& Calls() const { return m_Object.m_Calls.All(); }
 
   std::unique_ptr<AMsgQueue> m_Queue = std::make_unique<AMsgQueue>(Number);
   RecordingObjects::Scheduler m_Object;
@@ -56,9 +55,9 @@ TEST_F(MakeProxyTest, TaskOperationsArriveWithTheirArgumentsAndGiveTheirsBack) {
   EXPECT_EQ(scheduler->RefreshTaskList(), 1);
   EXPECT_EQ(scheduler->SetRunState("a", "Ok"), 38);
   EXPECT_EQ(scheduler->EnableTask("a:b", true), 40);
-  EXPECT_THAT(Calls(), ElementsAre("AddTask(\"a\", \"<Task/>\")", "DeleteTask(\"a\")",
-                                   "GetTaskXML(\"a\")", "RefreshTaskList()",
-                                   "SetRunState(\"a\", \"Ok\")", "EnableTask(\"a:b\", 1)"));
+  EXPECT_EQ(Calls(),
+            (Texts{"AddTask(\"a\", \"<Task/>\")", "DeleteTask(\"a\")", "GetTaskXML(\"a\")",
+                   "RefreshTaskList()", "SetRunState(\"a\", \"Ok\")", "EnableTask(\"a:b\", 1)"}));
 }
 
 TEST_F(MakeProxyTest, AnEnumerationPassesItsHandle) {
@@ -73,7 +72,7 @@ TEST_F(MakeProxyTest, AnEnumerationPassesItsHandle) {
   EXPECT_EQ(scheduler->FindNextTask(4, id), 35);
   EXPECT_EQ(id, "next");
   EXPECT_EQ(scheduler->FindClose(5), 36);
-  EXPECT_THAT(Calls(), ElementsAre("FindFirstTask(3)", "FindNextTask(4)", "FindClose(5)"));
+  EXPECT_EQ(Calls(), (Texts{"FindFirstTask(3)", "FindNextTask(4)", "FindClose(5)"}));
 }
 
 TEST_F(MakeProxyTest, AttributesKeepWhatTheyHeld) {
@@ -85,8 +84,8 @@ TEST_F(MakeProxyTest, AttributesKeepWhatTheyHeld) {
   EXPECT_EQ(attributes, (AStringMap{{"mine", "1"}, {"t0", "a"}}));
   const AStringMap input{{"in", "2"}};
   EXPECT_EQ(scheduler->GetTaskAttributes("b", attributes, &input), 39);
-  EXPECT_THAT(Calls(), ElementsAre("GetTaskAttributes(\"a\", {mine=1;}, \"null\")",
-                                   "GetTaskAttributes(\"b\", {mine=1;t0=a;}, \"{in=2;}\")"));
+  EXPECT_EQ(Calls(), (Texts{"GetTaskAttributes(\"a\", {mine=1;}, \"null\")",
+                            "GetTaskAttributes(\"b\", {mine=1;t0=a;}, \"{in=2;}\")"}));
 }
 
 TEST_F(MakeProxyTest, ClientAgentOperationsArrive) {
@@ -113,7 +112,7 @@ TEST_F(MakeProxyTest, ObjectOperationsArriveThroughEachInterface) {
   EXPECT_EQ(object->ObjectDebugInfo(report), 11);
   EXPECT_EQ(report, "the report");
   EXPECT_EQ(scheduler->NotifyObject(10, 300, "data"), 12);
-  EXPECT_THAT(Calls(), ElementsAre("ObjectDebugInfo()", "NotifyObject(10, 300, \"data\")"));
+  EXPECT_EQ(Calls(), (Texts{"ObjectDebugInfo()", "NotifyObject(10, 300, \"data\")"}));
 }
 
 TEST_F(MakeProxyTest, ResultsAreKeptInTheSigned32BitRange) {
@@ -130,7 +129,7 @@ TEST_F(MakeProxyTest, ABatchThatReachesNobodyIsDeclinedAndLogged) {
   CIClient<INoxScheduledTaskHandler> handler;
   Open(handler);
   EXPECT_EQ(handler->RunTasksEx("a:0:1:0;"), TASK_HANDLER_DECLINED);
-  EXPECT_THAT(Calls(), IsEmpty());
+  EXPECT_EQ(Calls(), Texts());
   EXPECT_TRUE(log.Has(BaseSDK::ALogger::Warning,
                       "Call of INoxScheduledTaskHandler::RunTasksEx was not delivered: The object "
                       "does not serve the interface \"INoxScheduledTaskHandler\"."));
@@ -144,7 +143,7 @@ TEST_F(MakeProxyTest, ACallAfterTheQueueIsNotDeliveredAndLeavesItsArgumentsAlone
   AString id = "before";
   EXPECT_EQ(scheduler->AddTask("a", "<Task/>", id), CALL_NOT_DELIVERED);
   EXPECT_EQ(id, "before");
-  EXPECT_THAT(Calls(), IsEmpty());
+  EXPECT_EQ(Calls(), Texts());
 
   // Also when another queue has the number now: that is another object.
   m_Queue = std::make_unique<AMsgQueue>(Number);
@@ -187,8 +186,7 @@ TEST(MakeProxyOfHandlers, TheSchedulersCallsReachTheHandler) {
     EXPECT_EQ(client->RunTasksEx("a:0:1:0;"), 52);
     EXPECT_EQ(client->RunTasks("b:1:0:0;"), TASK_HANDLER_DECLINED);
   }
-  EXPECT_THAT(handler.m_Calls.All(),
-              ElementsAre("RunTasksEx(\"a:0:1:0;\")", "RunTasks(\"b:1:0:0;\")"));
+  EXPECT_EQ(handler.m_Calls.All(), (Texts{"RunTasksEx(\"a:0:1:0;\")", "RunTasks(\"b:1:0:0;\")"}));
   queue.Close();
 }
 
@@ -209,7 +207,7 @@ TEST(MakeProxyOfHandlers, QuestionsAboutRunsAndJobsReachTheHandler) {
     EXPECT_EQ(client->GetRun("a", run), CALL_NOT_DELIVERED);
     EXPECT_EQ(run, (AStringMap{{"state", "running"}}));
   }
-  EXPECT_THAT(handler.m_Calls.All(), ElementsAre("GetRun(\"a\")", "CheckJob(\"b\")"));
+  EXPECT_EQ(handler.m_Calls.All(), (Texts{"GetRun(\"a\")", "CheckJob(\"b\")"}));
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
 #include "tests/sdk/interfaces/RecordingObjects.h"
+#include "tests/support/Texts.h"
 
 #include <AgentInterfacesV3/AInterfaceTable.h>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -12,8 +12,7 @@ namespace {
 
 using namespace Corvane::AgentInterfacesV3;
 using BaseSDK::AString;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using TestSupport::Texts;
 
 constexpr const char* SchedulerInterfaces[] = {"INoxObject", "INoxVeskClientAgent",
                                                "INoxTaskScheduler"};
@@ -65,7 +64,7 @@ class SkeletonDecoding : public testing::Test {
     EXPECT_EQ(m_Object.ProcessRequest(&request), -1);
     ASSERT_TRUE(m_Reply.IsError());
     EXPECT_EQ(m_Reply.ErrorCode(), code) << m_Reply.ErrorText().ToUtf8();
-    EXPECT_THAT(m_Object.m_Calls.All(), IsEmpty());
+    EXPECT_EQ(m_Object.m_Calls.All(), Texts());
   }
 
   void ExpectTextNames(std::string_view part) {
@@ -198,15 +197,15 @@ TEST_F(SkeletonDecoding, ArgumentsArriveAsSent) {
   enable.Set("taskIds", AString("a:b")).Set("enable", false);
   EXPECT_EQ(m_Object.ProcessRequest(&enable), 1);
 
-  EXPECT_THAT(m_Object.m_Calls.All(), ElementsAre("AddTask(\"backup\", \"<Task a=\"1\"/>\")",
-                                                  "NotifyObject(10, -300, \"gr\xC3\xBC\xC3\x9F\")",
-                                                  "EnableTask(\"a:b\", 0)"));
+  EXPECT_EQ(m_Object.m_Calls.All(),
+            (Texts{"AddTask(\"backup\", \"<Task a=\"1\"/>\")",
+                   "NotifyObject(10, -300, \"gr\xC3\xBC\xC3\x9F\")", "EnableTask(\"a:b\", 0)"}));
 }
 
 TEST_F(SkeletonDecoding, AnAbsentHandleIsZeroAndAFailureStillGivesTheHandleBack) {
   const AMsgIn request = Request("INoxTaskScheduler", "FindFirstTask");
   EXPECT_EQ(m_Object.ProcessRequest(&request), 1);
-  EXPECT_THAT(m_Object.m_Calls.All(), ElementsAre("FindFirstTask(0)"));
+  EXPECT_EQ(m_Object.m_Calls.All(), Texts{"FindFirstTask(0)"});
   EXPECT_EQ(m_Reply.Result(), -34);
   EXPECT_EQ(std::get<unsigned long>(m_Reply.Out().at("handle")), ~0UL);
 }
@@ -216,7 +215,7 @@ TEST_F(SkeletonDecoding, AHandleIsAsWideAsAWord) {
   AMsgIn request = Request("INoxTaskScheduler", "FindClose");
   request.Set("handle", Widest);
   EXPECT_EQ(m_Object.ProcessRequest(&request), 1);
-  EXPECT_THAT(m_Object.m_Calls.All(), ElementsAre("FindClose(" + std::to_string(Widest) + ")"));
+  EXPECT_EQ(m_Object.m_Calls.All(), Texts{"FindClose(" + std::to_string(Widest) + ")"});
 }
 
 TEST_F(SkeletonDecoding, AttributesThatAreThereAlreadyReachTheOperation) {
@@ -224,8 +223,7 @@ TEST_F(SkeletonDecoding, AttributesThatAreThereAlreadyReachTheOperation) {
   request.Set("taskId", AString("a")).Set("attributes", AStringMap{{"t0", "mine"}});
   EXPECT_EQ(m_Object.ProcessRequest(&request), 1);
   EXPECT_EQ(std::get<AStringMap>(m_Reply.Out().at("attributes")), (AStringMap{{"t0", "mine"}}));
-  EXPECT_THAT(m_Object.m_Calls.All(),
-              ElementsAre("GetTaskAttributes(\"a\", {t0=mine;}, \"null\")"));
+  EXPECT_EQ(m_Object.m_Calls.All(), Texts{"GetTaskAttributes(\"a\", {t0=mine;}, \"null\")"});
 }
 
 TEST_F(SkeletonDecoding, AnAbsentInputMapIsANullPointerAndAnEmptyOneIsNot) {
@@ -234,8 +232,8 @@ TEST_F(SkeletonDecoding, AnAbsentInputMapIsANullPointerAndAnEmptyOneIsNot) {
   EXPECT_EQ(m_Object.ProcessRequest(&request), 1);
   request.Set("inputAttributes", AStringMap());
   EXPECT_EQ(m_Object.ProcessRequest(&request), 1);
-  EXPECT_THAT(m_Object.m_Calls.All(), ElementsAre("GetTaskAttributes(\"a\", {}, \"null\")",
-                                                  "GetTaskAttributes(\"a\", {}, \"{}\")"));
+  EXPECT_EQ(m_Object.m_Calls.All(), (Texts{"GetTaskAttributes(\"a\", {}, \"null\")",
+                                           "GetTaskAttributes(\"a\", {}, \"{}\")"}));
 }
 
 TEST_F(SkeletonDecoding, ALongOutsideTheSigned32BitRangeIsMistypedAtBothWordSizes) {
@@ -283,7 +281,7 @@ TEST(SkeletonDecodingOfHandlers, ServesObjectAndHandlerOperations) {
   const AMsgIn refused("INoxVeskClientAgent", "AgentStart", reply);
   EXPECT_EQ(handler.ProcessRequest(&refused), -1);
   EXPECT_EQ(reply.ErrorCode(), AMsgError::UnknownInterface);
-  EXPECT_THAT(handler.m_Calls.All(), ElementsAre("RunTasksEx(\"a:0:1:0;\")", "ObjectDebugInfo()"));
+  EXPECT_EQ(handler.m_Calls.All(), (Texts{"RunTasksEx(\"a:0:1:0;\")", "ObjectDebugInfo()"}));
 }
 
 TEST(SkeletonDecodingOfHandlers, TellsOfRunsAndJobs) {

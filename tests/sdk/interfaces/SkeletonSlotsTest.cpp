@@ -1,9 +1,9 @@
 #include "tests/sdk/interfaces/RawSlots.h"
 #include "tests/sdk/interfaces/RecordingObjects.h"
+#include "tests/support/Texts.h"
 
 #include <AgentInterfacesV3/AMsgIn.h>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -16,8 +16,7 @@ using BaseSDK::AString;
 using RecordingObjects::CommandHandler;
 using RecordingObjects::Handler;
 using RecordingObjects::Scheduler;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using TestSupport::Texts;
 
 enum Slot : std::size_t {
   CompleteDestructor,
@@ -81,23 +80,23 @@ TEST_F(SkeletonSlots, ProcessRequestAndCallMethodFollowTheDestructors) {
   EXPECT_EQ((Call<long, const AMsgIn*>(CallMethod, &request)), 1);
   // Only ProcessRequest bears this.
   EXPECT_EQ((Call<long, const AMsgIn*>(ProcessRequest, nullptr)), -1);
-  EXPECT_THAT(Calls(), ElementsAre("RefreshTaskList()", "RefreshTaskList()"));
+  EXPECT_EQ(Calls(), (Texts{"RefreshTaskList()", "RefreshTaskList()"}));
 }
 
 TEST_F(SkeletonSlots, ObjectOperationsFollow) {
   EXPECT_EQ((Call<int, AString*>(ObjectDebugInfo, &m_Out)), 11);
   EXPECT_EQ(m_Out, "the report");
   EXPECT_EQ((Call<int, long, long, const AString*>(NotifyObject, 1, 2, &m_A)), 12);
-  EXPECT_THAT(Calls(), ElementsAre("ObjectDebugInfo()", "NotifyObject(1, 2, \"a\")"));
+  EXPECT_EQ(Calls(), (Texts{"ObjectDebugInfo()", "NotifyObject(1, 2, \"a\")"}));
 }
 
 TEST_F(SkeletonSlots, ClientAgentOperationsFollow) {
   for (std::size_t slot = AgentStart; slot <= AgentUpgrade; ++slot) {
     EXPECT_EQ(Call<int>(slot), static_cast<int>(slot - AgentStart) + 21) << "slot " << slot;
   }
-  EXPECT_THAT(Calls(), ElementsAre("AgentStart()", "AgentStop()", "AgentRefresh()", "AgentQuery()",
-                                   "AgentQueryUnload()", "AgentInstall()", "AgentUninstall()",
-                                   "AgentUpgrade()"));
+  EXPECT_EQ(Calls(),
+            (Texts{"AgentStart()", "AgentStop()", "AgentRefresh()", "AgentQuery()",
+                   "AgentQueryUnload()", "AgentInstall()", "AgentUninstall()", "AgentUpgrade()"}));
 }
 
 TEST_F(SkeletonSlots, TaskOperationsFollow) {
@@ -110,9 +109,9 @@ TEST_F(SkeletonSlots, TaskOperationsFollow) {
   EXPECT_EQ(Call<long>(RefreshTaskList), 1);
   EXPECT_EQ((Call<long, const AString*, const AString*>(SetRunState, &m_A, &m_B)), 38);
   EXPECT_EQ((Call<long, const AString*, bool>(EnableTask, &m_A, true)), 40);
-  EXPECT_THAT(Calls(), ElementsAre("AddTask(\"a\", \"b\")", "DeleteTask(\"a\")",
-                                   "GetTaskXML(\"a\")", "RefreshTaskList()",
-                                   "SetRunState(\"a\", \"b\")", "EnableTask(\"a\", 1)"));
+  EXPECT_EQ(Calls(),
+            (Texts{"AddTask(\"a\", \"b\")", "DeleteTask(\"a\")", "GetTaskXML(\"a\")",
+                   "RefreshTaskList()", "SetRunState(\"a\", \"b\")", "EnableTask(\"a\", 1)"}));
 }
 
 TEST_F(SkeletonSlots, EnumerationAndAttributesStandBetween) {
@@ -124,8 +123,8 @@ TEST_F(SkeletonSlots, EnumerationAndAttributesStandBetween) {
   EXPECT_EQ((Call<long, const AString*, AStringMap*, const AStringMap*>(GetTaskAttributes, &m_A,
                                                                         &attributes, nullptr)),
             39);
-  EXPECT_THAT(Calls(), ElementsAre("FindFirstTask(0)", "FindNextTask(5)", "FindClose(6)",
-                                   "GetTaskAttributes(\"a\", {}, \"null\")"));
+  EXPECT_EQ(Calls(), (Texts{"FindFirstTask(0)", "FindNextTask(5)", "FindClose(6)",
+                            "GetTaskAttributes(\"a\", {}, \"null\")"}));
 }
 
 TEST_F(SkeletonSlots, HandlerOperationsFollowThoseOfTheObject) {
@@ -135,8 +134,8 @@ TEST_F(SkeletonSlots, HandlerOperationsFollowThoseOfTheObject) {
   EXPECT_EQ((RawSlots::Call<int, AString*>(self, ObjectDebugInfo, &m_Out)), 1);
   EXPECT_EQ((RawSlots::Call<long, const AString*>(self, HandlerRunTasks, &m_A)), -10000);
   EXPECT_EQ((RawSlots::Call<long, const AString*>(self, HandlerRunTasksEx, &m_B)), 52);
-  EXPECT_THAT(handler.m_Calls.All(),
-              ElementsAre("ObjectDebugInfo()", "RunTasks(\"a\")", "RunTasksEx(\"b\")"));
+  EXPECT_EQ(handler.m_Calls.All(),
+            (Texts{"ObjectDebugInfo()", "RunTasks(\"a\")", "RunTasksEx(\"b\")"}));
 }
 
 TEST_F(SkeletonSlots, CommandHandlerOperationsFollowThoseOfTheObject) {
@@ -149,8 +148,8 @@ TEST_F(SkeletonSlots, CommandHandlerOperationsFollowThoseOfTheObject) {
   EXPECT_EQ((RawSlots::Call<long, const AString*, AString*>(self, HandlerCheckJob, &m_B, &m_Out)),
             -62);
   EXPECT_EQ(m_Out, "no such job");
-  EXPECT_THAT(handler.m_Calls.All(),
-              ElementsAre("ObjectDebugInfo()", "GetRun(\"a\")", "CheckJob(\"b\")"));
+  EXPECT_EQ(handler.m_Calls.All(),
+            (Texts{"ObjectDebugInfo()", "GetRun(\"a\")", "CheckJob(\"b\")"}));
 }
 
 TEST(SkeletonDestructorSlots, TheFirstDestroysAndTheSecondAlsoFrees) {
