@@ -69,16 +69,15 @@ TEST_P(AsciiDocumentRefused, NamesThePlace) {
   EXPECT_EQ(row.m_Message, document.Problem()->m_Message.ToUtf8());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, AsciiDocumentRefused,
-    testing::Values(
-        RefusedRow{"<a\n><\xC3\xA9/>", 2, 3, "a character outside ASCII in a name"},
-        RefusedRow{"<a>\xC3\xA9<!-- \xC3\xA9 -->", 1, 10, "a character outside ASCII in a comment"},
-        RefusedRow{"<a><![CDATA[\xC3\xA9]]>", 1, 13,
-                   "a character outside ASCII in a CDATA section"},
-        RefusedRow{"<?x \xC3\xA9?>", 1, 5, "a character outside ASCII in a processing instruction"},
-        RefusedRow{"<!DOCTYPE \xC3\xA9>", 1, 11, "a character outside ASCII in a document type"},
-        RefusedRow{"<a>\n\n x\xFFz", 3, 3, "a byte or character that XML does not know"},
-        RefusedRow{"<a b='\xEF\xBF\xBF'/>", 1, 7, "a byte or character that XML does not know"}));
+const RefusedRow RefusedRows[] = {
+    {"<a\n><\xC3\xA9/>", 2, 3, "a character outside ASCII in a name"},
+    {"<a>\xC3\xA9<!-- \xC3\xA9 -->", 1, 10, "a character outside ASCII in a comment"},
+    {"<a><![CDATA[\xC3\xA9]]>", 1, 13, "a character outside ASCII in a CDATA section"},
+    {"<?x \xC3\xA9?>", 1, 5, "a character outside ASCII in a processing instruction"},
+    {"<!DOCTYPE \xC3\xA9>", 1, 11, "a character outside ASCII in a document type"},
+    {"<a>\n\n x\xFFz", 3, 3, "a byte or character that XML does not know"},
+    {"<a b='\xEF\xBF\xBF'/>", 1, 7, "a byte or character that XML does not know"}};
+
+INSTANTIATE_TEST_SUITE_P(Rows, AsciiDocumentRefused, testing::ValuesIn(RefusedRows));
 
 }  // namespace NoxAgentTest

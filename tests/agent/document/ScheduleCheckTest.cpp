@@ -65,62 +65,60 @@ TEST_P(ScheduleCheckDifference, IsToldWithItsFirstDate) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, ScheduleCheckDifference,
-    testing::Values(
-        // A step of 24 hours, and days that are shorter.
-        DifferenceRow{NewYork, 1, "2026/07/06 23:00:00", "", "", "start of 2027-03-14 23:00:00"},
-        DifferenceRow{NewYork, 1, "2026/07/06 22:59:59", "", "", ""},
-        DifferenceRow{Utc, 1, "2026/07/06 23:30:00", "", "", ""},
-        DifferenceRow{LordHowe, 1, "2026/07/06 23:30:00", "", "", "begin before 23:30:00"},
-        DifferenceRow{LordHowe, 1, "2026/07/06 23:29:59", "", "", ""},
-        // Sundays alone are short.
-        DifferenceRow{NewYork, 2, "2026/07/06 23:30:00", "", "<DaysOfWeek>62</DaysOfWeek>", ""},
-        DifferenceRow{NewYork, 2, "2026/07/05 23:30:00", "", "<DaysOfWeek>1</DaysOfWeek>",
-                      "start of 2027-03-14 23:30:00"},
-        DifferenceRow{NewYork, 1, "2026/07/06 23:30:00", "",
-                      "<EndDate>2027/03/14 12:00:00</EndDate>", ""},
-        // A period and the next start.
-        DifferenceRow{Utc, 1, "2026/07/06 00:00:00", "Interval='10' Duration='1440'", "",
-                      "lost after them, from 2026-07-07 00:10:00 on; write a Duration of at most "
-                      "1430 minutes"},
-        DifferenceRow{Utc, 1, "2026/07/06 07:30:00", "Interval='10' Duration='1390'", "",
-                      "starts may come up to an hour late, the first at 2026-07-07 07:30:00"},
-        DifferenceRow{Utc, 1, "2026/07/06 07:30:00", "Interval='10' Duration='1380'", "", ""},
-        DifferenceRow{Utc, 1, "2026/07/06 08:00:00", "Duration='1440' KillAtEnd='1'", "",
-                      "starts may come up to an hour late"},
-        DifferenceRow{Utc, 1, "2026/07/06 08:00:00", "Duration='600' KillAtEnd='1'", "", ""},
-        // Tuesdays follow Mondays, but nothing follows Fridays.
-        DifferenceRow{Utc, 2, "2026/07/06 22:00:00", "Interval='60' Duration='240'",
-                      "<DaysOfWeek>62</DaysOfWeek>", "the first of them at 2026-07-11 01:00:00"},
-        DifferenceRow{Utc, 2, "2026/07/06 22:00:00", "Interval='60' Duration='180'",
-                      "<DaysOfWeek>62</DaysOfWeek>", "write a Duration of at most 120 minutes"},
-        DifferenceRow{Utc, 2, "2026/07/06 22:00:00", "Interval='60' Duration='120'",
-                      "<DaysOfWeek>62</DaysOfWeek>", ""},
-        DifferenceRow{Utc, 0, "2026/07/06 22:00:00", "Interval='60' Duration='240'", "",
-                      "the first of them at 2026-07-07 01:00:00"},
-        // Elapsed days and the calendar.
-        DifferenceRow{NewYork, 1, "2026/12/01 08:00:00", "", "<DaysInterval>2</DaysInterval>",
-                      "there is no run at 2027-03-15 08:00:00, but one at 2027-03-14 08:00:00"},
-        DifferenceRow{Utc, 1, "2026/12/01 08:00:00", "", "<DaysInterval>2</DaysInterval>", ""},
-        DifferenceRow{NewYork, 2, "2026/12/07 08:00:00", "",
-                      "<WeeksInterval>2</WeeksInterval><DaysOfWeek>2</DaysOfWeek>", ""},
-        DifferenceRow{NewYork, 2, "2026/12/06 08:00:00", "",
-                      "<WeeksInterval>2</WeeksInterval><DaysOfWeek>1</DaysOfWeek>",
-                      "there is no run at 2027-03-14 08:00:00"},
-        // Far ahead, and numbers without measure.
-        DifferenceRow{NewYork, 1, "2038/01/18 22:14:07", "Interval='10' Duration='120'", "", ""},
-        DifferenceRow{NewYork, 1, "2038/01/05 08:00:00", "Interval='10' Duration='35791394'", "",
-                      "the Duration reaches too near"},
-        DifferenceRow{NewYork, 2, "2027/03/08 08:00:00", "",
-                      "<WeeksInterval>2147483647</WeeksInterval><DaysOfWeek>127</DaysOfWeek>",
-                      "weeks are counted"},
-        // Weeks of a month.
-        DifferenceRow{Utc, 4, "2026/08/03 08:00:00", "",
-                      "<DaysOfWeek>2</DaysOfWeek><MonthsOfYear>128</MonthsOfYear>", ""},
-        DifferenceRow{Utc, 4, "2026/10/05 08:00:00", "",
-                      "<DaysOfWeek>2</DaysOfWeek><MonthsOfYear>3840</MonthsOfYear>",
-                      "there is no run on 2026-12-07, the first Monday of its month"}));
+const DifferenceRow DifferenceRows[] = {
+    // A step of 24 hours, and days that are shorter.
+    {NewYork, 1, "2026/07/06 23:00:00", "", "", "start of 2027-03-14 23:00:00"},
+    {NewYork, 1, "2026/07/06 22:59:59", "", "", ""},
+    {Utc, 1, "2026/07/06 23:30:00", "", "", ""},
+    {LordHowe, 1, "2026/07/06 23:30:00", "", "", "begin before 23:30:00"},
+    {LordHowe, 1, "2026/07/06 23:29:59", "", "", ""},
+    // Sundays alone are short.
+    {NewYork, 2, "2026/07/06 23:30:00", "", "<DaysOfWeek>62</DaysOfWeek>", ""},
+    {NewYork, 2, "2026/07/05 23:30:00", "", "<DaysOfWeek>1</DaysOfWeek>",
+     "start of 2027-03-14 23:30:00"},
+    {NewYork, 1, "2026/07/06 23:30:00", "", "<EndDate>2027/03/14 12:00:00</EndDate>", ""},
+    // A period and the next start.
+    {Utc, 1, "2026/07/06 00:00:00", "Interval='10' Duration='1440'", "",
+     "lost after them, from 2026-07-07 00:10:00 on; write a Duration of at most "
+     "1430 minutes"},
+    {Utc, 1, "2026/07/06 07:30:00", "Interval='10' Duration='1390'", "",
+     "starts may come up to an hour late, the first at 2026-07-07 07:30:00"},
+    {Utc, 1, "2026/07/06 07:30:00", "Interval='10' Duration='1380'", "", ""},
+    {Utc, 1, "2026/07/06 08:00:00", "Duration='1440' KillAtEnd='1'", "",
+     "starts may come up to an hour late"},
+    {Utc, 1, "2026/07/06 08:00:00", "Duration='600' KillAtEnd='1'", "", ""},
+    // Tuesdays follow Mondays, but nothing follows Fridays.
+    {Utc, 2, "2026/07/06 22:00:00", "Interval='60' Duration='240'", "<DaysOfWeek>62</DaysOfWeek>",
+     "the first of them at 2026-07-11 01:00:00"},
+    {Utc, 2, "2026/07/06 22:00:00", "Interval='60' Duration='180'", "<DaysOfWeek>62</DaysOfWeek>",
+     "write a Duration of at most 120 minutes"},
+    {Utc, 2, "2026/07/06 22:00:00", "Interval='60' Duration='120'", "<DaysOfWeek>62</DaysOfWeek>",
+     ""},
+    {Utc, 0, "2026/07/06 22:00:00", "Interval='60' Duration='240'", "",
+     "the first of them at 2026-07-07 01:00:00"},
+    // Elapsed days and the calendar.
+    {NewYork, 1, "2026/12/01 08:00:00", "", "<DaysInterval>2</DaysInterval>",
+     "there is no run at 2027-03-15 08:00:00, but one at 2027-03-14 08:00:00"},
+    {Utc, 1, "2026/12/01 08:00:00", "", "<DaysInterval>2</DaysInterval>", ""},
+    {NewYork, 2, "2026/12/07 08:00:00", "",
+     "<WeeksInterval>2</WeeksInterval><DaysOfWeek>2</DaysOfWeek>", ""},
+    {NewYork, 2, "2026/12/06 08:00:00", "",
+     "<WeeksInterval>2</WeeksInterval><DaysOfWeek>1</DaysOfWeek>",
+     "there is no run at 2027-03-14 08:00:00"},
+    // Far ahead, and numbers without measure.
+    {NewYork, 1, "2038/01/18 22:14:07", "Interval='10' Duration='120'", "", ""},
+    {NewYork, 1, "2038/01/05 08:00:00", "Interval='10' Duration='35791394'", "",
+     "the Duration reaches too near"},
+    {NewYork, 2, "2027/03/08 08:00:00", "",
+     "<WeeksInterval>2147483647</WeeksInterval><DaysOfWeek>127</DaysOfWeek>", "weeks are counted"},
+    // Weeks of a month.
+    {Utc, 4, "2026/08/03 08:00:00", "",
+     "<DaysOfWeek>2</DaysOfWeek><MonthsOfYear>128</MonthsOfYear>", ""},
+    {Utc, 4, "2026/10/05 08:00:00", "",
+     "<DaysOfWeek>2</DaysOfWeek><MonthsOfYear>3840</MonthsOfYear>",
+     "there is no run on 2026-12-07, the first Monday of its month"}};
+
+INSTANTIATE_TEST_SUITE_P(Rows, ScheduleCheckDifference, testing::ValuesIn(DifferenceRows));
 
 TEST(ScheduleCheck, TellsOfTheFirstRunOnlyWhereThereWasNone) {
   const VirtualTime::Zone zone(NewYork);

@@ -217,46 +217,40 @@ TEST_P(TaskDocumentCheckSkippedStart, IsFoundOnDaysOnWhichTheTriggerFires) {
 using TestSupport::Berlin;
 constexpr const char* MidnightGap = "<+00>0<+01>,M3.4.0/0,M10.4.0/1";
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, TaskDocumentCheckSkippedStart,
-    testing::Values(
-        SkippedStartRow{
-            "UTC0", "<Trigger Type='1'><BeginDate>2026/07/06 02:30:00</BeginDate></Trigger>", ""},
-        SkippedStartRow{Berlin,
-                        "<Trigger Type='1'><BeginDate>2026/07/06 02:30:00</BeginDate></Trigger>",
-                        "there is no 2027-03-28 02:30:00"},
-        SkippedStartRow{
-            Berlin, "<Trigger Type='1'><BeginDate>2026/07/06 03:00:00</BeginDate></Trigger>", ""},
-        SkippedStartRow{Berlin,
-                        "<Trigger Type='1'><BeginDate>2026/07/06 02:30:00</BeginDate>"
-                        "<EndDate>2027-03-28 00:00:00</EndDate></Trigger>",
-                        ""},
-        // The clocks go forward on Sundays, so a weekly trigger on Mondays never meets it.
-        SkippedStartRow{Berlin,
-                        "<Trigger Type='2'><BeginDate>2026/07/06 02:30:00</BeginDate>"
-                        "<DaysOfWeek>2</DaysOfWeek></Trigger>",
-                        ""},
-        SkippedStartRow{Berlin,
-                        "<Trigger Type='2'><BeginDate>2026/07/06 02:30:00</BeginDate>"
-                        "<DaysOfWeek>1</DaysOfWeek></Trigger>",
-                        "there is no 2027-03-28 02:30:00"},
-        SkippedStartRow{Berlin,
-                        "<Trigger Type='3'><BeginDate>2026/07/01 02:30:00</BeginDate>"
-                        "<DaysOfMonth>1</DaysOfMonth><MonthsOfYear>4095</MonthsOfYear></Trigger>",
-                        ""},
-        SkippedStartRow{Berlin,
-                        "<Trigger Type='4'><BeginDate>2026/07/06 02:30:00</BeginDate><Week>5</Week>"
-                        "<DaysOfWeek>1</DaysOfWeek><MonthsOfYear>4</MonthsOfYear></Trigger>",
-                        "there is no 2027-03-28 02:30:00"},
-        SkippedStartRow{Berlin,
-                        "<Trigger Type='0'><BeginDate>2027/03/28 02:30:00</BeginDate></Trigger>",
-                        "there is no 2027-03-28 02:30:00"},
-        SkippedStartRow{Berlin,
-                        "<Trigger Type='1'><BeginDate>2026/3/29 2:30:00</BeginDate></Trigger>",
-                        "every start has that time of day"},
-        SkippedStartRow{MidnightGap,
-                        "<Trigger Type='1'><BeginDate>2026-07-06</BeginDate></Trigger>",
-                        "there is no 2027-03-28 00:00:00"}));
+const SkippedStartRow SkippedStartRows[] = {
+    {"UTC0", "<Trigger Type='1'><BeginDate>2026/07/06 02:30:00</BeginDate></Trigger>", ""},
+    {Berlin, "<Trigger Type='1'><BeginDate>2026/07/06 02:30:00</BeginDate></Trigger>",
+     "there is no 2027-03-28 02:30:00"},
+    {Berlin, "<Trigger Type='1'><BeginDate>2026/07/06 03:00:00</BeginDate></Trigger>", ""},
+    {Berlin,
+     "<Trigger Type='1'><BeginDate>2026/07/06 02:30:00</BeginDate>"
+     "<EndDate>2027-03-28 00:00:00</EndDate></Trigger>",
+     ""},
+    // The clocks go forward on Sundays, so a weekly trigger on Mondays never meets it.
+    {Berlin,
+     "<Trigger Type='2'><BeginDate>2026/07/06 02:30:00</BeginDate>"
+     "<DaysOfWeek>2</DaysOfWeek></Trigger>",
+     ""},
+    {Berlin,
+     "<Trigger Type='2'><BeginDate>2026/07/06 02:30:00</BeginDate>"
+     "<DaysOfWeek>1</DaysOfWeek></Trigger>",
+     "there is no 2027-03-28 02:30:00"},
+    {Berlin,
+     "<Trigger Type='3'><BeginDate>2026/07/01 02:30:00</BeginDate>"
+     "<DaysOfMonth>1</DaysOfMonth><MonthsOfYear>4095</MonthsOfYear></Trigger>",
+     ""},
+    {Berlin,
+     "<Trigger Type='4'><BeginDate>2026/07/06 02:30:00</BeginDate><Week>5</Week>"
+     "<DaysOfWeek>1</DaysOfWeek><MonthsOfYear>4</MonthsOfYear></Trigger>",
+     "there is no 2027-03-28 02:30:00"},
+    {Berlin, "<Trigger Type='0'><BeginDate>2027/03/28 02:30:00</BeginDate></Trigger>",
+     "there is no 2027-03-28 02:30:00"},
+    {Berlin, "<Trigger Type='1'><BeginDate>2026/3/29 2:30:00</BeginDate></Trigger>",
+     "every start has that time of day"},
+    {MidnightGap, "<Trigger Type='1'><BeginDate>2026-07-06</BeginDate></Trigger>",
+     "there is no 2027-03-28 00:00:00"}};
+
+INSTANTIATE_TEST_SUITE_P(Rows, TaskDocumentCheckSkippedStart, testing::ValuesIn(SkippedStartRows));
 
 struct ValueRow {
   const char* m_Trigger;
@@ -272,31 +266,31 @@ TEST_P(TaskDocumentCheckValue, IsToldAsTheSchedulerReadsIt) {
       << GetParam().m_Trigger << Describe("", problems);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, TaskDocumentCheckValue,
-    testing::Values(
-        ValueRow{"<Trigger Type='-1' KillAtEnd='1 '/>", "no problems"},
-        ValueRow{"<Trigger Type='-1' KillAtEnd='1x'/>", "\"1x\" is not a number; it is read as 0"},
-        ValueRow{"<Trigger Type='-1' KillAtEnd='4294967297'/>", "it is read as 2147483647"},
-        ValueRow{"<Trigger Type='-1' Disabled='nope'/>", "the trigger is not disabled"},
-        ValueRow{"<Trigger Type='-1'><BeginDate>2026-07-06</BeginDate></Trigger>",
-                 "BeginDate has no part in a trigger of type -1"},
-        ValueRow{"<Trigger Type='1' Duration='-5'><BeginDate>2026-07-06</BeginDate></Trigger>",
-                 "the Duration is negative; the trigger does not repeat"},
-        ValueRow{"<Trigger Type='1'><BeginDate>2026-01-05</BeginDate>"
-                 "<EndDate>2026-01-05</EndDate></Trigger>",
-                 "EndDate is the same as BeginDate"},
-        ValueRow{"<Trigger Type='1'><BeginDate>2040-01-05</BeginDate></Trigger>",
-                 "BeginDate \"2040-01-05\" cannot be read"},
-        ValueRow{"<Trigger Type='4'><BeginDate>2026-01-05</BeginDate><Week>5</Week>"
-                 "<DaysOfWeek>0</DaysOfWeek></Trigger>",
-                 "MonthsOfYear selects nothing"},
-        ValueRow{"<Trigger Type='3'><BeginDate>2026-01-05</BeginDate><DaysOfMonth>1073741824"
-                 "</DaysOfMonth><MonthsOfYear>1320</MonthsOfYear></Trigger>",
-                 "none of the months in MonthsOfYear has a day of DaysOfMonth"},
-        ValueRow{"<Trigger Type='3'><BeginDate>2027-01-31</BeginDate><DaysOfMonth>1073741824"
-                 "</DaysOfMonth><MonthsOfYear>1321</MonthsOfYear></Trigger>",
-                 "no problems"},
-        ValueRow{"<Group><Trigger Type='-1'/></Group>", "a Trigger inside \"Group\""}));
+const ValueRow ValueRows[] = {
+    {"<Trigger Type='-1' KillAtEnd='1 '/>", "no problems"},
+    {"<Trigger Type='-1' KillAtEnd='1x'/>", "\"1x\" is not a number; it is read as 0"},
+    {"<Trigger Type='-1' KillAtEnd='4294967297'/>", "it is read as 2147483647"},
+    {"<Trigger Type='-1' Disabled='nope'/>", "the trigger is not disabled"},
+    {"<Trigger Type='-1'><BeginDate>2026-07-06</BeginDate></Trigger>",
+     "BeginDate has no part in a trigger of type -1"},
+    {"<Trigger Type='1' Duration='-5'><BeginDate>2026-07-06</BeginDate></Trigger>",
+     "the Duration is negative; the trigger does not repeat"},
+    {"<Trigger Type='1'><BeginDate>2026-01-05</BeginDate>"
+     "<EndDate>2026-01-05</EndDate></Trigger>",
+     "EndDate is the same as BeginDate"},
+    {"<Trigger Type='1'><BeginDate>2040-01-05</BeginDate></Trigger>",
+     "BeginDate \"2040-01-05\" cannot be read"},
+    {"<Trigger Type='4'><BeginDate>2026-01-05</BeginDate><Week>5</Week>"
+     "<DaysOfWeek>0</DaysOfWeek></Trigger>",
+     "MonthsOfYear selects nothing"},
+    {"<Trigger Type='3'><BeginDate>2026-01-05</BeginDate><DaysOfMonth>1073741824"
+     "</DaysOfMonth><MonthsOfYear>1320</MonthsOfYear></Trigger>",
+     "none of the months in MonthsOfYear has a day of DaysOfMonth"},
+    {"<Trigger Type='3'><BeginDate>2027-01-31</BeginDate><DaysOfMonth>1073741824"
+     "</DaysOfMonth><MonthsOfYear>1321</MonthsOfYear></Trigger>",
+     "no problems"},
+    {"<Group><Trigger Type='-1'/></Group>", "a Trigger inside \"Group\""}};
+
+INSTANTIATE_TEST_SUITE_P(Rows, TaskDocumentCheckValue, testing::ValuesIn(ValueRows));
 
 }  // namespace NoxAgentTest

@@ -185,13 +185,14 @@ TEST_P(VirtualEventAlign, WaitBegunWithinASecond) {
       << row.m_Milliseconds << " ms, behaviour " << row.m_Behavior;
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, VirtualEventAlign,
-    testing::Values(AlignCase{2000, ClockSkewIgnore, 2300}, AlignCase{2000, AllBehaviors, 2000},
-                    AlignCase{2000, ClockSkewAlignToSecond, 2000},
-                    AlignCase{2000, ClockSkewNeverEarly, 2300},
-                    AlignCase{2000, ClockSkewEndOnSet, 2300},
-                    AlignCase{2500, AllBehaviors, 2800}));  // only whole seconds are aligned
+const AlignCase AlignCases[] = {{2000, ClockSkewIgnore, 2300},
+                                {2000, AllBehaviors, 2000},
+                                {2000, ClockSkewAlignToSecond, 2000},
+                                {2000, ClockSkewNeverEarly, 2300},
+                                {2000, ClockSkewEndOnSet, 2300},
+                                {2500, AllBehaviors, 2800}};  // only whole seconds are aligned
+
+INSTANTIATE_TEST_SUITE_P(Rows, VirtualEventAlign, testing::ValuesIn(AlignCases));
 
 struct StepCase {
   const char* m_Name;
@@ -225,24 +226,18 @@ TEST_P(VirtualEventStep, WaitUnderWayWhenTheMachineSleeps) {
   Check([&](long seconds) { m_Clock.Suspend(seconds); });
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, VirtualEventStep,
-    testing::Values(StepCase{"plain, forward", ClockSkewIgnore, 3600, AEvent::TimedOut, 3610000},
-                    StepCase{"plain, back", ClockSkewIgnore, -3600, AEvent::TimedOut, -3590000},
-                    StepCase{"on the wall clock, forward past it", ClockSkewNeverEarly, 3600,
-                             AEvent::TimedOut, 3604000},
-                    StepCase{"on the wall clock, forward before it", ClockSkewNeverEarly, 3,
-                             AEvent::TimedOut, 10000},
-                    StepCase{"on the wall clock, back", ClockSkewAlignToSecond, -30,
-                             AEvent::TimedOut, 10000},
-                    StepCase{"asking for the end on set", ClockSkewEndOnSet, 3600,
-                             AEvent::ClockChanged, 3604000},
-                    StepCase{"asking for the end on resume", ClockSkewEndOnResume, 60,
-                             AEvent::ClockChanged, 64000},
-                    StepCase{"as the monitor waits, forward", AllBehaviors, 3600,
-                             AEvent::ClockChanged, 3604000},
-                    StepCase{"as the monitor waits, back", AllBehaviors, -3600,
-                             AEvent::ClockChanged, -3596000}));
+const StepCase StepCases[] = {
+    {"plain, forward", ClockSkewIgnore, 3600, AEvent::TimedOut, 3610000},
+    {"plain, back", ClockSkewIgnore, -3600, AEvent::TimedOut, -3590000},
+    {"on the wall clock, forward past it", ClockSkewNeverEarly, 3600, AEvent::TimedOut, 3604000},
+    {"on the wall clock, forward before it", ClockSkewNeverEarly, 3, AEvent::TimedOut, 10000},
+    {"on the wall clock, back", ClockSkewAlignToSecond, -30, AEvent::TimedOut, 10000},
+    {"asking for the end on set", ClockSkewEndOnSet, 3600, AEvent::ClockChanged, 3604000},
+    {"asking for the end on resume", ClockSkewEndOnResume, 60, AEvent::ClockChanged, 64000},
+    {"as the monitor waits, forward", AllBehaviors, 3600, AEvent::ClockChanged, 3604000},
+    {"as the monitor waits, back", AllBehaviors, -3600, AEvent::ClockChanged, -3596000}};
+
+INSTANTIATE_TEST_SUITE_P(Rows, VirtualEventStep, testing::ValuesIn(StepCases));
 
 TEST_F(VirtualEvent, SetWinsOverAChangeOfTheClockAtTheSameMoment) {
   const auto holdTime = [&] {
