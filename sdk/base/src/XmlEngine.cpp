@@ -40,7 +40,9 @@ XmlEngine::Node Describe(const pugi::xpath_node& selected) {
 
 }  // namespace
 
-XmlEngine::XmlEngine(std::string_view text) : m_Document(std::make_unique<pugi::xml_document>()) {
+struct XmlEngine::Document : pugi::xml_document {};
+
+XmlEngine::XmlEngine(std::string_view text) : m_Document(std::make_unique<Document>()) {
   // Everything becomes a node, so that texts apart stay apart and white space counts.
   const auto result = m_Document->load_buffer(
       text.data(), text.size(), pugi::parse_full | pugi::parse_ws_pcdata, pugi::encoding_utf8);

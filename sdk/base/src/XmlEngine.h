@@ -1,13 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
-
-namespace pugi {
-class xml_document;
-}
 
 namespace BaseSDK {
 
@@ -30,7 +27,9 @@ class XmlEngine {
   std::vector<Node> Select(const std::string& xpath) const;
 
  private:
-  std::unique_ptr<pugi::xml_document> m_Document;
+  struct Document;  ///< as the library holds it
+
+  std::unique_ptr<Document> m_Document;
 };
 
 }  // namespace BaseSDK
