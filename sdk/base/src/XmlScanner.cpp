@@ -68,7 +68,7 @@ bool XmlScanner::ScanStartTag() {
   if (!ScanName(name, "a name is missing after \"<\"")) {
     return false;
   }
-  const XmlTree::Index element = m_Tree.AddElement(Innermost(), name, TextFrom(begin));
+  const XmlTree::Index element = m_Tree.AddElement(Innermost(), name);
   if (!ScanAttributes(element, isEmptyElement)) {
     return false;
   }

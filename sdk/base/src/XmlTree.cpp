@@ -62,8 +62,8 @@ class Decoder {
 
 }  // namespace
 
-XmlTree::Index XmlTree::AddElement(Index owner, std::string_view name, std::string_view begin) {
-  m_Nodes.push_back({Kind::Element, owner, name, begin});
+XmlTree::Index XmlTree::AddElement(Index owner, std::string_view name) {
+  m_Nodes.push_back({Kind::Element, owner, name, {}});
   return static_cast<Index>(m_Nodes.size() - 1);
 }
 

@@ -31,8 +31,8 @@ class XmlTree {
 
   /// Makes room for the nodes of a document of that many bytes, as documents usually are.
   void ReserveFor(std::size_t bytes) { m_Nodes.reserve(bytes / UsualBytesPerNode + 1); }
-  /// Returns the element's index; its markup is not known yet.
-  Index AddElement(Index owner, std::string_view name, std::string_view begin);
+  /// Returns the element's index; its markup is known when it is closed.
+  Index AddElement(Index owner, std::string_view name);
   void CloseElement(Index element, std::string_view markup) { m_Nodes[element].m_Raw = markup; }
   void AddAttribute(Index owner, std::string_view name, std::string_view value);
   /// A text and a CDATA section side by side are one text, as they are to XPath.
