@@ -37,9 +37,8 @@ class WriteTrouble {
   const ReadingTimes& m_Readings;
 
   mutable BaseSDK::AMutex m_Lock;
-  int m_Error NOX_GUARDED_BY(m_Lock) =
-      0;  ///< of the last failure told, until writing is told to work again
-  unsigned long m_Failed NOX_GUARDED_BY(m_Lock) = 0;  ///< writes since then
+  int m_Error NOX_GUARDED_BY(m_Lock) = 0;             ///< told last; 0 once writing works again
+  unsigned long m_Failed NOX_GUARDED_BY(m_Lock) = 0;  ///< writes since it was told first
   std::map<std::string, int> m_Stale NOX_GUARDED_BY(m_Lock);
 };
 
