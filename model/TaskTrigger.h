@@ -149,8 +149,9 @@ class CTaskTrigger {
 
   // The quiet spell.
   Grounds GroundsNow() const;
-  bool IsQuietAt(long now) const;
-  void KeepWhileQuiet(Nox::TriggerDays& days, long now, const Finding& found);
+  bool IsQuietAt(long now, const Grounds& grounds) const;
+  void KeepWhileQuiet(Nox::TriggerDays& days, long now, const Grounds& grounds,
+                      const Finding& found);
   long QuietUntil(Nox::TriggerDays& days, long now, const Finding& found) const;
   long QuietUntilBegin(const Nox::TriggerDays& days, long now) const;
   bool IsPlain(long now) const;

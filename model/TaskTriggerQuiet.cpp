@@ -35,17 +35,18 @@ CTaskTrigger::Grounds CTaskTrigger::GroundsNow() const {
           m_Week};
 }
 
-bool CTaskTrigger::IsQuietAt(long now) const {
-  return now >= m_Quiet.m_Begin && now < m_Quiet.m_End && m_Quiet.m_Grounds == GroundsNow();
+bool CTaskTrigger::IsQuietAt(long now, const Grounds& grounds) const {
+  return now >= m_Quiet.m_Begin && now < m_Quiet.m_End && m_Quiet.m_Grounds == grounds;
 }
 
-void CTaskTrigger::KeepWhileQuiet(TriggerDays& days, long now, const Finding& found) {
+void CTaskTrigger::KeepWhileQuiet(TriggerDays& days, long now, const Grounds& grounds,
+                                  const Finding& found) {
   const bool isDated =
       !m_Disabled && m_Type != AsSoonAsPossible && m_Type != FirstEvent && m_Type != SecondEvent;
   m_Quiet.m_Begin = now;
   m_Quiet.m_End = isDated && !found.m_Due ? QuietUntil(days, now, found) : now;
   if (m_Quiet.m_End > now) {
-    m_Quiet.m_Grounds = GroundsNow();
+    m_Quiet.m_Grounds = grounds;
     m_Quiet.m_Finding = found;
     m_Quiet.m_NextRun = m_NextRun;
   }

@@ -48,7 +48,9 @@ bool CTaskTrigger::IsDueAt(long now, bool firstEvent, bool secondEvent, long& sl
 /// Sets m_NextRun as well. `expired` is what the caller knows already.
 CTaskTrigger::Finding CTaskTrigger::Find(long now, bool firstEvent, bool secondEvent,
                                          bool expired) {
-  if (!expired && IsQuietAt(now)) {
+  // Taken before the zone is asked: if another is in force by then, the answer is not found again.
+  const Grounds grounds = GroundsNow();
+  if (!expired && IsQuietAt(now, grounds)) {
     m_NextRun = m_Quiet.m_NextRun;
     return m_Quiet.m_Finding;
   }
@@ -60,7 +62,7 @@ CTaskTrigger::Finding CTaskTrigger::Find(long now, bool firstEvent, bool secondE
     m_NextRun = found.m_NextStart;
   }
   if (!expired) {
-    KeepWhileQuiet(days, now, found);
+    KeepWhileQuiet(days, now, grounds, found);
   }
   return found;
 }
