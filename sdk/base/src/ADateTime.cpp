@@ -4,10 +4,8 @@
 #include <BaseSDK/ALong32.h>
 
 #include <algorithm>
+#include <clocale>
 #include <ctime>
-#include <iomanip>
-#include <locale>
-#include <sstream>
 #include <string>
 #include <string_view>
 
@@ -16,6 +14,7 @@ namespace BaseSDK {
 namespace {
 
 constexpr long Unreadable = 0;
+constexpr std::size_t UsualTextBytes = 64;
 
 constexpr bool IsLeapYear(int year) {
   return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
@@ -131,11 +130,16 @@ AString ADateTime::ToString(const AString& format) const {
   if (localtime_r(&moment, &local) == nullptr) {
     return AString();
   }
-  std::ostringstream text;
-  text.exceptions(std::ios::badbit);  // or it would end the text where there is no more memory
-  text.imbue(std::locale::classic());
-  text << std::put_time(&local, format.ToUtf8().c_str());
-  return AString::FromUtf8(text.str());
+  // Whatever locale the process has chosen.
+  static const locale_t Classic = ::newlocale(LC_ALL_MASK, "C", nullptr);
+  // With a character in front of it even an empty text has a length: 0 says that it does not fit.
+  const std::string marked = "." + format.ToUtf8();
+  std::string text(UsualTextBytes, '\0');
+  std::size_t length = 0;
+  while ((length = ::strftime_l(text.data(), text.size(), marked.c_str(), &local, Classic)) == 0) {
+    text.resize(2 * text.size());
+  }
+  return AString::FromUtf8(std::string_view(text).substr(1, length - 1));
 }
 
 }  // namespace BaseSDK
