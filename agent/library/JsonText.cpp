@@ -3,6 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <ostream>
 
 namespace NoxAgent {
@@ -92,32 +93,82 @@ class Builder : public nlohmann::json_sax<Library> {
   std::string m_Name;         // of the member that comes next
 };
 
-Library ToLibrary(const Json& value) {
-  if (value.IsObject()) {
-    Library object = Library::object();
-    for (const auto& [name, member] : value.Members()) {
-      object[name] = ToLibrary(member);
+/// Writes values one behind the other, without a copy of the whole in the library's own form.
+class Writer {
+ public:
+  Writer(unsigned indent, Json::Charset charset)
+      : m_Indent(indent), m_IsAscii(charset == Json::Charset::Ascii) {}
+
+  std::string Result() { return std::move(m_Text); }
+
+  void Write(const Json& value) {
+    if (value.IsObject()) {
+      WriteItems('{', value.Members(), '}');
+    } else if (value.IsList()) {
+      WriteItems('[', value.Items(), ']');
+    } else if (value.IsText()) {
+      WriteText(value.Text());
+    } else if (value.IsBool()) {
+      m_Text += value.Bool() ? "true" : "false";
+    } else if (value.IsNull()) {
+      m_Text += "null";
+    } else {
+      m_Text += value.IsWhole() ? std::to_string(value.Whole()) : Library(value.Number()).dump();
     }
-    return object;
   }
-  if (value.IsList()) {
-    Library list = Library::array();
-    for (const Json& item : value.Items()) {
-      list.push_back(ToLibrary(item));
+
+ private:
+  template <typename Items>
+  void WriteItems(char begin, const Items& items, char end) {
+    m_Text += begin;
+    ++m_Depth;
+    bool isFirst = true;
+    for (const auto& item : items) {
+      m_Text += isFirst ? "" : ",";
+      isFirst = false;
+      BreakLine();
+      WriteItem(item);
     }
-    return list;
+    --m_Depth;
+    if (!isFirst) {
+      BreakLine();
+    }
+    m_Text += end;
   }
-  if (value.IsText()) {
-    return value.Text();
+
+  void WriteItem(const Json& item) { Write(item); }
+  void WriteItem(const Json::Object::value_type& member) {
+    WriteText(member.first);
+    m_Text += m_Indent == 0 ? ":" : ": ";
+    Write(member.second);
   }
-  if (value.IsBool()) {
-    return value.Bool();
+
+  void BreakLine() {
+    if (m_Indent != 0) {
+      m_Text += '\n';
+      m_Text.append(m_Depth * m_Indent, ' ');
+    }
   }
-  if (value.IsNull()) {
-    return nullptr;
+
+  /// The library escapes and mends what has to be; most texts are written as they are.
+  void WriteText(const std::string& text) {
+    const bool isPlain = std::all_of(text.begin(), text.end(), [](char character) {
+      return character >= ' ' && character < 0x7F && character != '"' && character != '\\';
+    });
+    if (isPlain) {
+      m_Text += '"';
+      m_Text += text;
+      m_Text += '"';
+    } else {
+      m_Text += Library(text).dump(-1, ' ', m_IsAscii, Library::error_handler_t::replace);
+    }
   }
-  return value.IsWhole() ? Library(value.Whole()) : Library(value.Number());
-}
+
+  const unsigned m_Indent;
+  const bool m_IsAscii;
+  unsigned m_Depth = 0;
+  std::string m_Text;
+};
 
 }  // namespace
 
@@ -128,8 +179,9 @@ Json Json::Parse(std::string_view text, std::size_t maxDepth) {
 }
 
 std::string Json::Dump(unsigned indent, Charset charset) const {
-  return ToLibrary(*this).dump(indent == 0 ? -1 : static_cast<int>(indent), ' ',
-                               charset == Charset::Ascii, Library::error_handler_t::replace);
+  Writer writer(indent, charset);
+  writer.Write(*this);
+  return writer.Result();
 }
 
 std::ostream& operator<<(std::ostream& out, const Json& value) {
