@@ -3,6 +3,8 @@
 #include "model/TaskTrigger.h"
 #include "scheduler/TaskSchedulerObject.h"
 
+#include <utility>
+
 using BaseSDK::AMutexGuard;
 using BaseSDK::AString;
 
@@ -21,8 +23,8 @@ AString Flag(bool value) {
 }
 
 /// A key that the map holds already keeps its value.
-void Insert(AttributeMap& attributes, const AString& key, const AString& value) {
-  (void)attributes.insert({key, value});
+void Insert(AttributeMap& attributes, AString key, AString value) {
+  (void)attributes.try_emplace(std::move(key), std::move(value));
 }
 
 /// What the triggers' run values say, and what they add up to.
