@@ -77,6 +77,7 @@ class Agent {
   PluginLifecycle m_Lifecycle;
   OperationRoute m_Operations;
   FilesRoute m_Files;
+  TasksRoute m_Tasks;
   Api m_Api;
   std::unique_ptr<ControlServer> m_Server;
 

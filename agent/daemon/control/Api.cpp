@@ -21,6 +21,7 @@ RequestError UnknownPath(const std::string& path) {
 }
 
 constexpr const char* WithTasks = "tasks=1";
+constexpr const char* WithAttributes = "attributes=1";
 
 RequestError BadQuery(const char* known) {
   return RequestError(HttpStatus::BadRequest, "bad-query",
@@ -41,7 +42,35 @@ void CheckKind(long kind) {
 }
 
 ApiResponse Ok(const Json& answer) {
-  return {HttpStatus::Ok, JsonMessage::Dump(answer), {}, false};
+  return {HttpStatus::Ok, JsonMessage::Dump(answer)};
+}
+
+// What a request is answered with that has failed. REQUIRES: a std::exception is being handled.
+RequestError CaughtError(const std::string& target) {
+  try {
+    throw;
+  } catch (const RequestError& error) {
+    return error;
+  } catch (const AgentError& error) {
+    return RequestError(HttpStatus::Unprocessable, "refused", error.what());
+  } catch (const std::exception& error) {
+    ALOG(AgentLog(), BaseSDK::ALogger::Error, "Api",
+         AString("The request %1 failed: %2")
+             .Arg(AString::FromUtf8(target).Left(200), error.what()));
+    return RequestError(HttpStatus::Internal, "failed", error.what());
+  }
+}
+
+// The status is with the client already when a part fails.
+BodyParts EndingWithErrors(BodyParts parts, const std::string& target) {
+  return [parts = std::move(parts), target, hasFailed = false]() mutable -> std::string {
+    try {
+      return hasFailed ? std::string() : parts();
+    } catch (const std::exception&) {
+      hasFailed = true;
+      return Api::ErrorResponse(CaughtError(target)).m_Body + "\n";
+    }
+  };
 }
 
 ApiResponse WrongMethod(const char* allowed) {
@@ -63,10 +92,11 @@ struct Api::Target {
   std::string m_Query;
 };
 
-Api::Api(OperationRoute& operations, FilesRoute& files, NotificationCenter& notifications,
-         Actions actions)
+Api::Api(OperationRoute& operations, FilesRoute& files, TasksRoute& tasks,
+         NotificationCenter& notifications, Actions actions)
     : m_Operations(operations),
       m_Files(files),
+      m_Tasks(tasks),
       m_Notifications(notifications),
       m_Actions(std::move(actions)) {}
 
@@ -82,15 +112,8 @@ ApiResponse Api::Handle(const ApiRequest& request) {
 ApiResponse Api::Answer(const ApiRequest& request) {
   try {
     return Route(request);
-  } catch (const RequestError& error) {
-    return ErrorResponse(error);
-  } catch (const AgentError& error) {
-    return ErrorResponse(RequestError(HttpStatus::Unprocessable, "refused", error.what()));
-  } catch (const std::exception& error) {
-    ALOG(AgentLog(), BaseSDK::ALogger::Error, "Api",
-         AString("The request %1 failed: %2")
-             .Arg(AString::FromUtf8(request.m_Target).Left(200), error.what()));
-    return ErrorResponse(RequestError(HttpStatus::Internal, "failed", error.what()));
+  } catch (const std::exception&) {
+    return ErrorResponse(CaughtError(request.m_Target));
   }
 }
 
@@ -100,7 +123,7 @@ ApiResponse Api::ErrorResponse(const RequestError& error) {
     body["line"] = error.Where()->m_Line;
     body["column"] = error.Where()->m_Column;
   }
-  return {error.Status(), JsonMessage::Dump({{"error", body}}), {}, false};
+  return {error.Status(), JsonMessage::Dump({{"error", body}})};
 }
 
 ApiResponse Api::Route(const ApiRequest& request) {
@@ -127,6 +150,12 @@ ApiResponse Api::Fixed(const ApiRequest& request, const Target& target) {
       {"/v1/notifications", "GET", nullptr,
        [] {
          return ApiResponse{HttpStatus::Ok, {}, {}, true};
+       }},
+      {"/v1/tasks", "GET", WithAttributes,
+       [&] {
+         BodyParts parts = m_Tasks.List(target.m_Query == WithAttributes);
+         return ApiResponse{
+             HttpStatus::Ok, {}, {}, false, EndingWithErrors(std::move(parts), request.m_Target)};
        }},
       {"/v1/refresh", "POST", nullptr, [&] { return Refresh(); }},
       {"/v1/notify", "POST", nullptr, [&] { return Notify(request.m_Body); }},

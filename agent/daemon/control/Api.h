@@ -1,9 +1,11 @@
 #pragma once
 
 #include "agent/daemon/config/SettingChange.h"
+#include "agent/daemon/control/BodyParts.h"
 #include "agent/daemon/control/FilesRoute.h"
 #include "agent/daemon/control/OperationRoute.h"
 #include "agent/daemon/control/RequestError.h"
+#include "agent/daemon/control/TasksRoute.h"
 #include "agent/daemon/plugins/NotificationCenter.h"
 #include "agent/library/Json.h"
 
@@ -23,9 +25,13 @@ struct ApiRequest {
 /// The answer to one request.
 struct ApiResponse {
   unsigned m_Status = HttpStatus::Ok;
-  std::string m_Body;       ///< JSON
-  std::string m_Allow;      ///< with MethodNotAllowed: the method that is allowed
+  std::string m_Body;  ///< JSON
+  /// With MethodNotAllowed: the method that is allowed.
+  std::string m_Allow = {};
   bool m_IsStream = false;  ///< the answer is the stream of notifications instead of the body
+  /// When set, the body is what these give instead: JSON, a value a line. They never throw: a
+  /// failure becomes the last line, an error.
+  BodyParts m_Parts = {};
 };
 
 /// The routes of the control socket: what a request asks for, and its answer. docs/http.md
@@ -41,8 +47,8 @@ class Api {
     std::function<SettingChanges()> m_Refresh;  ///< gives what is not in force yet
   };
 
-  Api(OperationRoute& operations, FilesRoute& files, NotificationCenter& notifications,
-      Actions actions);
+  Api(OperationRoute& operations, FilesRoute& files, TasksRoute& tasks,
+      NotificationCenter& notifications, Actions actions);
 
   /// Answers the request. Never throws: a failure becomes an answer with an error.
   ApiResponse Handle(const ApiRequest& request);
@@ -61,6 +67,7 @@ class Api {
 
   OperationRoute& m_Operations;
   FilesRoute& m_Files;
+  TasksRoute& m_Tasks;
   NotificationCenter& m_Notifications;
   const Actions m_Actions;
 };

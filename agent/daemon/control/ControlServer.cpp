@@ -82,6 +82,7 @@ struct ControlServer::Impl final : ControlSession::Server {
 
   const ControlPatience& Patience() const override { return m_Patience; }
   void Answer(ApiRequest request, std::function<void(ApiResponse)> done) override;
+  void Produce(const BodyParts& parts, std::function<void(std::string)> done) override;
   bool BecomeStream(ControlSession::Socket& socket) override;
   bool MayKeep() const override;
   bool IsStopping() const override { return m_Stopping; }
@@ -107,7 +108,7 @@ struct ControlServer::Impl final : ControlSession::Server {
   asio::steady_timer m_Pause;
   std::set<std::shared_ptr<ControlSession>> m_Sessions;
   std::set<std::shared_ptr<NotificationStream>> m_Streams;
-  unsigned m_UnderWay = 0;  // requests with the workers, or waiting for one
+  unsigned m_UnderWay = 0;  // requests and parts with the workers, or waiting for one
   bool m_Stopping = false;
   AEvent m_Idle{AEvent::ManualReset};  // set when stopping and nothing is under way
 
@@ -149,6 +150,16 @@ void ControlServer::Impl::Answer(ApiRequest request, std::function<void(ApiRespo
         done(answer);
       });
     }
+  });
+}
+
+void ControlServer::Impl::Produce(const BodyParts& parts, std::function<void(std::string)> done) {
+  ++m_UnderWay;
+  asio::post(m_Workers, [this, &parts, done = std::move(done)] {
+    asio::post(m_Io, [this, done, part = parts()] {
+      --m_UnderWay;
+      done(part);
+    });
   });
 }
 

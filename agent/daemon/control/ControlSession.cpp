@@ -1,5 +1,6 @@
 #include "agent/daemon/control/ControlSession.h"
 
+#include "agent/daemon/control/ChunkedBody.h"
 #include "agent/daemon/control/ControlServer.h"
 
 #include <boost/asio/write.hpp>
@@ -144,7 +145,9 @@ void ControlSession::OnReadError(Error error) {
 }
 
 void ControlSession::OnAnswer(const ApiResponse& answer) {
-  if (!answer.m_IsStream) {
+  if (answer.m_Parts) {
+    WriteParts(answer.m_Parts, KeepsConnection());
+  } else if (!answer.m_IsStream) {
     Write(answer, KeepsConnection());
   } else if (m_Server.BecomeStream(m_Socket)) {
     End();
@@ -174,12 +177,48 @@ void ControlSession::Write(const ApiResponse& answer, bool keep) {
                     [self = shared_from_this(), keep](Error error, std::size_t) {
                       if (error) {
                         self->End();
-                      } else if (keep) {
-                        self->WaitForNext();
                       } else {
-                        self->Linger();
+                        self->GoOn(keep);
                       }
                     });
+}
+
+void ControlSession::WriteParts(const BodyParts& parts, bool keep) {
+  ++m_Answered;
+  m_Parts = parts;
+  m_KeepsAfter = keep;
+  WritePart(ChunkedBody::Header(keep), false);
+}
+
+void ControlSession::WritePart(std::string bytes, bool isLast) {
+  m_Part = std::move(bytes);
+  StartTimer(m_Server.Patience().m_ToWrite);
+  asio::async_write(m_Socket, asio::buffer(m_Part),
+                    [self = shared_from_this(), isLast](Error error, std::size_t) {
+                      if (error || self->m_Server.IsStopping()) {
+                        self->End();
+                      } else if (isLast) {
+                        self->m_Parts = nullptr;
+                        self->GoOn(self->m_KeepsAfter);
+                      } else {
+                        self->ProducePart();
+                      }
+                    });
+}
+
+void ControlSession::ProducePart() {
+  StopTimer();
+  m_Server.Produce(m_Parts, [self = shared_from_this()](const std::string& part) {
+    self->WritePart(ChunkedBody::Chunk(part), part.empty());
+  });
+}
+
+void ControlSession::GoOn(bool keep) {
+  if (keep) {
+    WaitForNext();
+  } else {
+    Linger();
+  }
 }
 
 bool ControlSession::KeepsConnection() const {
@@ -236,6 +275,7 @@ void ControlSession::End() {
   StopTimer();
   Error ignored;
   (void)m_Socket.close(ignored);
+  m_Parts = nullptr;
   m_Server.Ended(shared_from_this());
 }
 

@@ -31,6 +31,9 @@ class ControlSession : public std::enable_shared_from_this<ControlSession> {
     virtual const ControlPatience& Patience() const = 0;
     /// Has the request answered elsewhere; `done` is called here with the answer.
     virtual void Answer(ApiRequest request, std::function<void(ApiResponse)> done) = 0;
+    /// Has the next part of a body made elsewhere; `done` is called here with it. The caller keeps
+    /// `parts` until then.
+    virtual void Produce(const BodyParts& parts, std::function<void(std::string)> done) = 0;
     /// Goes on with the connection as a stream of notifications. False when there are too many
     /// streams; `socket` is then as it was.
     virtual bool BecomeStream(Socket& socket) = 0;
@@ -67,6 +70,12 @@ class ControlSession : public std::enable_shared_from_this<ControlSession> {
   void OnAnswer(const ApiResponse& answer);
   /// `keep`: another request may follow.
   void Write(const ApiResponse& answer, bool keep);
+  /// The same with a body in parts: each is made when the one before it has been taken.
+  void WriteParts(const BodyParts& parts, bool keep);
+  void WritePart(std::string bytes, bool isLast);
+  void ProducePart();
+  /// After the answer.
+  void GoOn(bool keep);
   bool KeepsConnection() const;
   void WaitForNext();
   /// Lets the client finish sending before the connection is closed: closing it with input unread
@@ -84,6 +93,9 @@ class ControlSession : public std::enable_shared_from_this<ControlSession> {
   boost::beast::flat_buffer m_Buffer;
   std::optional<Parser> m_Parser;  ///< of the request that is read; never empty once started
   Response m_Response;
+  BodyParts m_Parts;
+  std::string m_Part;         ///< that is being written
+  bool m_KeepsAfter = false;  ///< another request may follow these parts
   unsigned m_Answered = 0;
   unsigned m_LastTimer = 0;
   bool m_IsReading = false;

@@ -1,32 +1,15 @@
 #include "agent/daemon/control/NotificationStream.h"
 
+#include "agent/daemon/control/ChunkedBody.h"
 #include "agent/daemon/control/ControlServer.h"
 
 #include <boost/asio/write.hpp>
 
 #include <chrono>
-#include <cstdio>
 
 namespace asio = boost::asio;
 
 namespace NoxAgent {
-namespace {
-
-constexpr const char* Header =
-    "HTTP/1.1 200 OK\r\n"
-    "Content-Type: application/x-ndjson\r\n"
-    "Transfer-Encoding: chunked\r\n"
-    "Connection: close\r\n\r\n";
-constexpr const char* LastChunk = "0\r\n\r\n";
-
-std::string MakeChunk(const std::string& line) {
-  char size[24];
-  (void)std::snprintf(size, sizeof(size), "%zx\r\n", line.size());
-  return size + line + "\r\n";
-}
-
-}  // namespace
-
 NotificationStream::NotificationStream(Socket socket, unsigned secondsToWrite, OnEnd onEnd)
     : m_Socket(std::move(socket)),
       m_SecondsToWrite(secondsToWrite),
@@ -35,20 +18,20 @@ NotificationStream::NotificationStream(Socket socket, unsigned secondsToWrite, O
 
 void NotificationStream::Start() {
   WatchClient();
-  Enqueue(Header);
+  Enqueue(ChunkedBody::Header(false));
 }
 
 void NotificationStream::Send(const Line& line) {
   if (m_Waiting.size() >= ControlServer::MaxStreamBacklog) {
     End(true);
   } else {
-    Enqueue(MakeChunk(*line));
+    Enqueue(ChunkedBody::Chunk(*line));
   }
 }
 
 void NotificationStream::Finish() {
   m_IsFinishing = true;
-  Enqueue(LastChunk);
+  Enqueue(ChunkedBody::Chunk({}));
 }
 
 void NotificationStream::Enqueue(std::string bytes) {

@@ -1,10 +1,9 @@
 #include "agent/daemon/control/OperationRoute.h"
 
 #include "agent/daemon/control/JsonMessage.h"
+#include "agent/daemon/control/ReplyError.h"
 #include "agent/daemon/control/WrittenCheck.h"
 #include "agent/library/Json.h"
-
-#include <AgentInterfacesV3/AMsgError.h>
 
 #include <array>
 #include <optional>
@@ -12,7 +11,6 @@
 
 using BaseSDK::AString;
 using Corvane::AgentInterfacesV3::AInterfaceTable;
-using Corvane::AgentInterfacesV3::AMsgError;
 using Corvane::AgentInterfacesV3::AMsgIn;
 using Corvane::AgentInterfacesV3::AMsgReply;
 namespace NoxAgent {
@@ -24,24 +22,6 @@ constexpr std::size_t PrefixLength = 4;
 // Names in messages are cut: they come from outside.
 AString Shown(const std::string& name) {
   return AString::FromUtf8(name).Left(100);
-}
-
-unsigned StatusOf(AMsgError error) {
-  switch (error) {
-    case AMsgError::UnknownInterface:
-    case AMsgError::UnknownOperation:
-      return HttpStatus::NotFound;
-    case AMsgError::MissingArgument:
-    case AMsgError::MistypedArgument:
-    case AMsgError::UnexpectedArgument:
-      return HttpStatus::BadRequest;
-    case AMsgError::NoObject:
-    case AMsgError::QueueClosed:
-      return HttpStatus::Unavailable;
-    case AMsgError::OperationFailed:
-      break;
-  }
-  return HttpStatus::Internal;
 }
 
 // What stands between the slashes after the prefix; nothing when there are not just three parts.
@@ -105,7 +85,7 @@ Json OperationRoute::Answer(const std::string& path, const std::string& query,
   const bool force = query == "force=1" && call.m_Operation.m_Name == "AddTask";
   if (!query.empty() && !force) {
     throw RequestError(HttpStatus::BadRequest, "bad-query",
-                       "AddTask knows the query force=1, and status tasks=1; there are no others");
+                       "of all operations only AddTask takes a query, force=1");
   }
   call.m_Body = JsonMessage::ParseObject(body);
   JsonMessage::Decode(call.m_Body, call.m_Operation, call.m_Request);
@@ -188,10 +168,7 @@ Json OperationRoute::Send(Call& call) {
   } else {
     call.m_Plugin->Send(call.m_Request);
   }
-  if (call.m_Reply.IsError()) {
-    const auto& info = Corvane::AgentInterfacesV3::InfoOf(call.m_Reply.ErrorCode());
-    throw RequestError(StatusOf(call.m_Reply.ErrorCode()), info.m_Name, call.m_Reply.ErrorText());
-  }
+  ThrowIfError(call.m_Reply);
   if (m_Store.Files() != nullptr) {
     ThrowIfNotWritten(call.m_Request, call.m_Reply.Result(), failures, *m_Store.Files());
   }

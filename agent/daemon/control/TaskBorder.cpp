@@ -44,26 +44,32 @@ bool IsUnreserved(wchar_t character) {
          character == L'_' || character == L'~';
 }
 
-void CheckTaskId(const AString& taskId, const AString& extension) {
-  const auto refuse = [&](const AString& reason) {
-    return RequestError(HttpStatus::Unprocessable, "bad-task-id",
-                        AString("the task ID \"%1\" %2").Arg(taskId.Left(250), reason));
-  };
+// Why no task may have this ID, as words that follow it; empty when one may.
+AString FaultOf(const AString& taskId, const AString& extension) {
   if (taskId.IsEmpty()) {
-    throw refuse("is empty");
+    return "is empty";
   }
   if (taskId.Length() > TaskBorder::MaxTaskIdLength) {
-    throw refuse("is longer than 200 characters");
+    return "is longer than 200 characters";
   }
-  const std::wstring& text = taskId.Str();
-  if (!std::all_of(text.begin(), text.end(), IsUnreserved)) {
-    throw refuse("may hold letters, digits, \"-\", \".\", \"_\" and \"~\" of ASCII only");
+  for (std::size_t index = 0; index < taskId.Length(); ++index) {
+    if (!IsUnreserved(taskId[index])) {
+      return "may hold letters, digits, \"-\", \".\", \"_\" and \"~\" of ASCII only";
+    }
   }
-  if (text[0] == L'.') {
-    throw refuse("must not begin with a dot");
+  if (taskId[0] == L'.') {
+    return "must not begin with a dot";
   }
   if (!extension.IsEmpty() && taskId.Find(extension) != AString::npos) {
-    throw refuse(AString("must not contain \"%1\", the extension of task files").Arg(extension));
+    return AString("must not contain \"%1\", the extension of task files").Arg(extension);
+  }
+  return {};
+}
+
+void CheckTaskId(const AString& taskId, const AString& extension) {
+  if (const AString fault = FaultOf(taskId, extension); !fault.IsEmpty()) {
+    throw RequestError(HttpStatus::Unprocessable, "bad-task-id",
+                       AString("the task ID \"%1\" %2").Arg(taskId.Left(250), fault));
   }
 }
 
@@ -121,6 +127,10 @@ RequestError::Place PlaceOf(const AString& document, const AString& tag) {
 }  // namespace
 
 TaskBorder::TaskBorder(const Plugins& plugins) : m_Plugins(plugins) {}
+
+bool TaskBorder::IsTaskId(const AString& taskId, const AString& extension) {
+  return FaultOf(taskId, extension).IsEmpty();
+}
 
 std::vector<TaskDocumentProblem> TaskBorder::Check(Plugin& scheduler, AMsgIn& request,
                                                    bool force) const {

@@ -22,6 +22,9 @@ class TaskBorder {
   /// `plugins` are the plug-ins whose handlers a task may name; borrowed.
   explicit TaskBorder(const Plugins& plugins);
 
+  /// Whether a task may have this ID. `extension` is that of task files.
+  static bool IsTaskId(const BaseSDK::AString& taskId, const BaseSDK::AString& extension);
+
   /// Checks a request for INoxTaskScheduler of `scheduler`; one for any other interface passes.
   /// Throws RequestError. With `force` a document passes also when its task would never run. The
   /// document of the request becomes ASCII. Gives what is odd about the document but no reason to

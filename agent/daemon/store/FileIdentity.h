@@ -28,6 +28,13 @@ struct FileIdentity {
 
   bool operator==(const FileIdentity&) const = default;
 
+  /// Whether a change after `now` would show. A file that was written just now may be written again
+  /// with the same size and the same time: the clocks of file systems are coarse.
+  bool IsSettled(long now) const {
+    constexpr std::int64_t SecondsToSettle = 2;
+    return m_Modified / NanosecondsPerSecond + SecondsToSettle < now;
+  }
+
   /// Whether `other` is this file after a rename, or unchanged: a rename changes m_Changed alone.
   bool IsRenamed(FileIdentity other) const {
     other.m_Changed = m_Changed;

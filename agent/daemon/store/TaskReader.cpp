@@ -22,13 +22,6 @@ namespace {
 constexpr const char* TaskReaderSource = "TaskReader";
 // A file that has changed at so many looks in a row is being written over and over.
 constexpr int MaxLooks = 3;
-constexpr std::int64_t SecondsToSettle = 2;
-
-// A file that was written just now may be written again with the same size and the same time: the
-// clocks of file systems are coarse.
-bool IsSettled(const FileIdentity& identity) {
-  return identity.m_Modified / NanosecondsPerSecond + SecondsToSettle < std::time(nullptr);
-}
 
 KnownFiles::Reader ReaderOfNow() {
   return AMsgQueue::IsAnswering() ? KnownFiles::Reader::Client : KnownFiles::Reader::Scheduler;
@@ -111,7 +104,8 @@ int TaskReader::Judge(const std::string& name, int fd, Look& look) {
   look.m_Refusal = error == EFBIG ? Refusal{"it is larger than 16 MiB"} : JudgeDocument(bytes);
   if (!look.m_Refusal) {
     m_Parts.m_Open.AddJudged(fd, std::move(bytes));
-    m_Parts.m_Known.Accept(name, look.m_Identity, IsSettled(look.m_Identity), ReaderOfNow());
+    m_Parts.m_Known.Accept(name, look.m_Identity, look.m_Identity.IsSettled(std::time(nullptr)),
+                           ReaderOfNow());
   }
   return 0;
 }

@@ -1,0 +1,213 @@
+#include "agent/daemon/control/TaskLines.h"
+
+#include "agent/daemon/control/JsonMessage.h"
+#include "agent/daemon/control/ReplyError.h"
+#include "agent/daemon/control/TaskBorder.h"
+#include "agent/document/TaskGlance.h"
+
+#include <AgentInterfacesV3/AMsgIn.h>
+#include <AgentInterfacesV3/AMsgReply.h>
+#include <AgentInterfacesV3/InterfaceIds.h>
+
+#include <algorithm>
+#include <ctime>
+#include <optional>
+#include <string_view>
+
+using BaseSDK::AString;
+using Corvane::AgentInterfacesV3::AMsgIn;
+using Corvane::AgentInterfacesV3::AMsgReply;
+using Corvane::AgentInterfacesV3::AMsgValue;
+using Corvane::AgentInterfacesV3::AStringMap;
+
+namespace NoxAgent {
+namespace {
+
+constexpr std::size_t PartBytes = 16 * 1024;
+constexpr const char* Scheduler = "INoxTaskScheduler";
+
+template <typename T>
+const T* FindOut(const AMsgReply& reply, std::string_view name) {
+  const auto found = reply.Out().find(name);
+  return found == reply.Out().end() ? nullptr : std::get_if<T>(&found->second);
+}
+
+template <typename T>
+T Out(const AMsgReply& reply, std::string_view name) {
+  const T* const value = FindOut<T>(reply, name);
+  return value != nullptr ? *value : T();
+}
+
+// Whether there is such a task; the reply has what was asked for then.
+bool Ask(Plugin& plugin, const char* interface, const char* operation, const AString& taskId,
+         AMsgReply& reply) {
+  AMsgIn request(interface, operation, reply);
+  plugin.Send(request.Set("taskId", taskId));
+  ThrowIfError(reply);
+  return reply.Result() > 0;
+}
+
+// An enumeration of the scheduler's, closed at the end.
+class Enumeration {
+ public:
+  explicit Enumeration(Plugin& scheduler) : m_Scheduler(scheduler) {
+    AMsgReply reply;
+    Send("FindFirstTask", reply);
+    m_Handle = Out<unsigned long>(reply, "handle");
+    Take(reply);
+  }
+  Enumeration(const Enumeration&) = delete;
+  Enumeration& operator=(const Enumeration&) = delete;
+  ~Enumeration() {
+    if (m_Handle != 0) {
+      AMsgReply reply;
+      Send("FindClose", reply);
+    }
+  }
+
+  // The ID that was found last; nothing at the end.
+  const std::optional<AString>& Id() const { return m_Id; }
+
+  void Next() {
+    AMsgReply reply;
+    Send("FindNextTask", reply);
+    Take(reply);
+  }
+
+ private:
+  void Send(const char* operation, AMsgReply& reply) {
+    AMsgIn request(Scheduler, operation, reply);
+    m_Scheduler.Send(request.Set("handle", m_Handle));
+  }
+
+  void Take(const AMsgReply& reply) {
+    ThrowIfError(reply);
+    m_Id = reply.Result() > 0 ? std::optional(Out<AString>(reply, "taskId")) : std::nullopt;
+  }
+
+  Plugin& m_Scheduler;
+  unsigned long m_Handle = 0;
+  std::optional<AString> m_Id;
+};
+
+std::vector<AString> IdsOf(Plugin& scheduler, const AString& extension) {
+  std::vector<AString> ids;
+  for (Enumeration tasks(scheduler); tasks.Id().has_value(); tasks.Next()) {
+    if (TaskBorder::IsTaskId(*tasks.Id(), extension)) {
+      ids.push_back(*tasks.Id());
+    }
+  }
+  std::sort(ids.begin(), ids.end());
+  ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
+  return ids;
+}
+
+Json ToJson(const AStringMap& texts) {
+  Json object = Json::Object{};
+  for (const auto& [key, text] : texts) {
+    object[key.ToUtf8()] = text.ToUtf8();
+  }
+  return object;
+}
+
+const AString& TextAt(const AStringMap& attributes, const char* key) {
+  static const AString None;
+  const auto found = attributes.find(key);
+  return found == attributes.end() ? None : found->second;
+}
+
+// A moment is told when there is one.
+void AddTime(const char* name, const AString& seconds, Json& line) {
+  if (const long time = seconds.ToLong(10); time > 0) {
+    line[name] = time;
+  }
+}
+
+}  // namespace
+
+TaskLines::TaskLines(Parts parts, bool withAttributes)
+    : m_Parts(std::move(parts)),
+      m_WithAttributes(withAttributes),
+      m_Ids(
+          IdsOf(*m_Parts.m_Scheduler, AString::FromUtf8(m_Parts.m_Files.Directory().Extension()))) {
+  m_Parts.m_Glances.ForgetAllBut(m_Ids);
+}
+
+std::string TaskLines::Next() {
+  std::string lines;
+  while (m_Next < m_Ids.size() && lines.size() < PartBytes) {
+    lines += LineOf(m_Ids[m_Next++]);
+  }
+  return lines;
+}
+
+// The document is read last: a run that is in memory and not in the document was not written then.
+std::string TaskLines::LineOf(const AString& taskId) {
+  Json line = ReportOn(taskId);
+  const std::optional<TaskGlance> document = DocumentOf(taskId);
+  if (!document.has_value()) {
+    return {};
+  }
+  line["id"] = taskId.ToUtf8();
+  line["enabled"] = document->m_Enabled;
+  if (!document->m_RunTime.IsEmpty()) {
+    line["runTime"] = document->m_RunTime.ToUtf8();
+  }
+  return JsonMessage::Dump(line) + "\n";
+}
+
+// The file's condition is looked at before it is read: what is kept is of this one or a later one,
+// and a later one does not pass for this.
+std::optional<TaskGlance> TaskLines::DocumentOf(const AString& taskId) {
+  const std::string path = m_Parts.m_Files.Directory().FileOf(taskId.ToUtf8());
+  BaseSDK::AFileSystem::Info info;
+  const FileIdentity identity =
+      m_Parts.m_Files.GetInfo(path.c_str(), info) == 0 ? FileIdentity(info) : FileIdentity();
+  if (auto known = m_Parts.m_Glances.Find(taskId, identity)) {
+    return known;
+  }
+  AMsgReply reply;
+  if (!Ask(*m_Parts.m_Scheduler, Scheduler, "GetTaskXML", taskId, reply)) {
+    return std::nullopt;
+  }
+  const TaskGlance glance = GlanceAt(Out<AString>(reply, "taskXml"));
+  m_Parts.m_Glances.Keep(taskId, identity, glance, std::time(nullptr));
+  return glance;
+}
+
+Json TaskLines::ReportOn(const AString& taskId) {
+  AMsgReply reply;
+  const bool isLoaded = Ask(*m_Parts.m_Scheduler, Scheduler, "GetTaskAttributes", taskId, reply);
+  const auto* const attributes = FindOut<AStringMap>(reply, "attributes");
+  Json line = {{"loaded", isLoaded}};
+  if (!isLoaded || attributes == nullptr) {
+    return line;
+  }
+  AddTime("lastRun", TextAt(*attributes, "t3"), line);
+  AddTime("nextRun", TextAt(*attributes, "t6"), line);
+  line["late"] = TextAt(*attributes, "t2").ToLong(10) != 0;
+  if (m_WithAttributes) {
+    line["attributes"] = ToJson(*attributes);
+  }
+  AMsgReply run;
+  Plugin* const handler = HandlerOf(TextAt(*attributes, "t1"));
+  if (handler != nullptr && Ask(*handler, "INoxCommandHandler", "GetRun", taskId, run)) {
+    line["run"] = ToJson(Out<AStringMap>(run, "run"));
+  }
+  return line;
+}
+
+// Null when the handler tells nothing of runs.
+Plugin* TaskLines::HandlerOf(const AString& classId) {
+  if (classId != m_HandlerId) {
+    m_HandlerId = classId;
+    m_Handler = m_Parts.m_Plugins.FindClass(classId);
+    if (m_Handler != nullptr &&
+        !m_Handler->Serves(Corvane::AgentInterfacesV3::IID_INoxCommandHandler)) {
+      m_Handler = nullptr;
+    }
+  }
+  return m_Handler.get();
+}
+
+}  // namespace NoxAgent
