@@ -4,9 +4,6 @@
 
 #include <BaseSDK/AString.h>
 
-#include <algorithm>
-#include <set>
-
 namespace NoxAgent {
 
 namespace {
@@ -14,8 +11,6 @@ namespace {
 constexpr unsigned HttpOk = 200;
 constexpr unsigned HttpUnprocessable = 422;
 constexpr const char* BadTaskId = "bad-task-id";
-// Requests sent before the first answer is read: all of them fit into a socket's buffer.
-constexpr std::size_t AtOnce = 32;
 constexpr const char* Scheduler = "/v1/scheduler/INoxTaskScheduler/";
 constexpr const char* LatestRunTarget = "/v1/command/INoxCommandHandler/GetRun";
 
@@ -77,44 +72,17 @@ std::string BodyOf(const Json& arguments) {
   return arguments.Dump(0, Json::Charset::Ascii);
 }
 
-std::vector<Json> ArgumentsFor(const std::vector<std::string>& ids) {
-  std::vector<Json> arguments;
-  for (const std::string& id : ids) {
-    arguments.push_back({{"taskId", id}});
-  }
-  return arguments;
-}
-
-// Adds what an enumeration has found; false at its end.
-bool TakeId(const Json& answer, std::set<std::string>& ids) {
-  if (ResultOf(answer) <= 0) {
-    return false;
-  }
-  const std::string id = OutText(answer, "taskId");
-  const bool isTask = !id.empty() && id.front() != '.';  // it also returns "." and ".."
-  if (isTask) {
-    ids.insert(id);
-  }
-  return true;
-}
-
 // Nothing when there is no such task.
 std::optional<Json> AnswerForTask(const HttpResponse& response) {
   try {
     Json answer = Answer(response);
     return ResultOf(answer) < 1 ? std::nullopt : std::optional<Json>(std::move(answer));
   } catch (const CommandError& refusal) {
-    // The task directory may hold files of other names, and they are enumerated as well.
     if (refusal.Name() == BadTaskId) {
       return std::nullopt;
     }
     throw;
   }
-}
-
-std::optional<std::string> TaskXmlIn(const HttpResponse& response) {
-  const std::optional<Json> answer = AnswerForTask(response);
-  return answer ? std::optional<std::string>(OutText(*answer, "taskXml")) : std::nullopt;
 }
 
 AgentApi::Attributes TextsIn(const Json& object) {
@@ -125,9 +93,23 @@ AgentApi::Attributes TextsIn(const Json& object) {
   return texts;
 }
 
-std::optional<AgentApi::Attributes> AttributesIn(const HttpResponse& response) {
-  const std::optional<Json> answer = AnswerForTask(response);
-  return answer ? std::optional(TextsIn(answer->At("out").At("attributes"))) : std::nullopt;
+// A line of the list of tasks. The last one is an error when the list breaks off.
+AgentApi::ListedTask TaskIn(const Json& line) {
+  if (const Json* const error = line.Find("error")) {
+    throw CommandError(ExitCode::Failed, "the agent breaks off: " + DescribeError(*error),
+                       error->Text("code", ""));
+  }
+  AgentApi::ListedTask task;
+  task.m_Id = line.At("id").Text();
+  task.m_Document = {line.At("enabled").Bool(),
+                     BaseSDK::AString::FromUtf8(line.Text("runTime", ""))};
+  if (line.At("loaded").Bool()) {
+    task.m_Report = {line.Long("lastRun", 0), line.Long("nextRun", 0), line.At("late").Bool()};
+  }
+  if (const Json* const run = line.Find("run")) {
+    task.m_Run = TextsIn(*run);
+  }
+  return task;
 }
 
 // Whatever else it is, it is no run.
@@ -164,24 +146,8 @@ Json AgentApi::Call(const std::string& operation, const Json& arguments, const s
   return Answer(Connection().Post(Scheduler + operation + query, BodyOf(arguments)));
 }
 
-std::vector<HttpResponse> AgentApi::CallAll(const std::string& operation,
-                                            const std::vector<Json>& arguments) {
-  return PostAll(Scheduler + operation, arguments);
-}
-
-std::vector<HttpResponse> AgentApi::PostAll(const std::string& target,
-                                            const std::vector<Json>& arguments) {
-  std::vector<HttpResponse> answers;
-  while (answers.size() < arguments.size()) {
-    std::vector<std::string> bodies;
-    for (std::size_t i = answers.size(); i < arguments.size() && bodies.size() < AtOnce; ++i) {
-      bodies.push_back(BodyOf(arguments[i]));
-    }
-    for (HttpResponse& answer : Connection().PostAll(target, bodies)) {
-      answers.push_back(std::move(answer));
-    }
-  }
-  return answers;
+HttpResponse AgentApi::PostAbout(const std::string& target, const std::string& taskId) {
+  return Connection().Post(target, BodyOf({{"taskId", taskId}}));
 }
 
 AgentApi::AddedTask AgentApi::AddTask(const std::string& id, const std::string& xml, bool force) {
@@ -195,49 +161,27 @@ AgentApi::AddedTask AgentApi::AddTask(const std::string& id, const std::string& 
 }
 
 std::vector<std::string> AgentApi::TaskIds() {
-  std::set<std::string> ids;
-  Json answer = Call("FindFirstTask", Json::Object{});
-  if (answer.At("out").At("handle").IsWhole()) {
-    return {};  // the number 0: nothing was opened
-  }
-  const std::string handle = OutText(answer, "handle");
-  bool more = TakeId(answer, ids);
-  while (more) {
-    // Asked some times past the end at last, which does no harm.
-    for (const HttpResponse& next :
-         CallAll("FindNextTask", std::vector<Json>(AtOnce, {{"handle", handle}}))) {
-      more = more && TakeId(Answer(next), ids);
-    }
-  }
-  if (!handle.empty()) {
-    (void)Call("FindClose", {{"handle", handle}});
-  }
-  return {ids.begin(), ids.end()};
+  std::vector<std::string> ids;
+  ForEachTask([&](const ListedTask& task) { ids.push_back(task.m_Id); });
+  return ids;
 }
 
 std::optional<std::string> AgentApi::TaskXml(const std::string& id) {
-  return TaskXmls({id}).front();
-}
-
-std::vector<std::optional<std::string>> AgentApi::TaskXmls(const std::vector<std::string>& ids) {
-  std::vector<std::optional<std::string>> documents;
-  for (const HttpResponse& response : CallAll("GetTaskXML", ArgumentsFor(ids))) {
-    documents.push_back(TaskXmlIn(response));
-  }
-  return documents;
+  const auto answer = AnswerForTask(PostAbout(Scheduler + std::string("GetTaskXML"), id));
+  return answer ? std::optional<std::string>(OutText(*answer, "taskXml")) : std::nullopt;
 }
 
 std::optional<AgentApi::Attributes> AgentApi::TaskAttributes(const std::string& id) {
-  return TaskAttributes(std::vector<std::string>{id}).front();
+  const auto answer = AnswerForTask(PostAbout(Scheduler + std::string("GetTaskAttributes"), id));
+  return answer ? std::optional(TextsIn(answer->At("out").At("attributes"))) : std::nullopt;
 }
 
-std::vector<std::optional<AgentApi::Attributes>> AgentApi::TaskAttributes(
-    const std::vector<std::string>& ids) {
-  std::vector<std::optional<Attributes>> reports;
-  for (const HttpResponse& response : CallAll("GetTaskAttributes", ArgumentsFor(ids))) {
-    reports.push_back(AttributesIn(response));
+void AgentApi::ForEachTask(const std::function<void(const ListedTask&)>& take) {
+  const HttpResponse end = Connection().GetLines(
+      "/v1/tasks", [&](const std::string& line) { take(TaskIn(Json::Parse(line))); });
+  if (end.m_Status != HttpOk) {
+    (void)Answer(end);
   }
-  return reports;
 }
 
 bool AgentApi::DeleteTask(const std::string& id) {
@@ -254,16 +198,7 @@ bool AgentApi::SetRunState(const std::string& id, const std::string& state) {
 }
 
 std::optional<AgentApi::Attributes> AgentApi::LatestRun(const std::string& id) {
-  return LatestRuns({id}).front();
-}
-
-std::vector<std::optional<AgentApi::Attributes>> AgentApi::LatestRuns(
-    const std::vector<std::string>& ids) {
-  std::vector<std::optional<Attributes>> runs;
-  for (const HttpResponse& response : PostAll(LatestRunTarget, ArgumentsFor(ids))) {
-    runs.push_back(RunIn(response));
-  }
-  return runs;
+  return RunIn(PostAbout(LatestRunTarget, id));
 }
 
 std::vector<std::pair<std::string, std::string>> AgentApi::FilesThatAreNoTasks() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "agent/client/HttpConnection.h"
+#include "agent/client/TaskSummary.h"
 #include "agent/library/Json.h"
 
 #include <functional>
@@ -36,14 +37,22 @@ class AgentApi {
   std::vector<std::string> TaskIds();  ///< in alphabetical order
   /// The task's document; nothing when there is no such task, or when `id` cannot be a task's ID.
   std::optional<std::string> TaskXml(const std::string& id);
-  /// The same for many IDs, in their order; far quicker than one by one.
-  std::vector<std::optional<std::string>> TaskXmls(const std::vector<std::string>& ids);
   /// Keys and values, both texts.
   using Attributes = std::map<std::string, std::string>;
   /// The scheduler's report on a task (t0, t1 and so on); nothing when it does not hold the task in
   /// memory, or when `id` cannot be a task's ID.
   std::optional<Attributes> TaskAttributes(const std::string& id);
-  std::vector<std::optional<Attributes>> TaskAttributes(const std::vector<std::string>& ids);
+
+  /// What a list tells of a task.
+  struct ListedTask {
+    std::string m_Id;
+    TaskGlance m_Document;               ///< no older than what follows
+    std::optional<TaskReport> m_Report;  ///< nothing when the scheduler does not hold it in memory
+    std::optional<Attributes> m_Run;     ///< as of LatestRun
+  };
+  /// Hands over each task, in alphabetical order of the IDs, as the agent's answer comes in.
+  void ForEachTask(const std::function<void(const ListedTask&)>& take);
+
   /// The next three are false when there is no such task; EnableTask also when nothing changed.
   bool DeleteTask(const std::string& id);
   bool EnableTask(const std::string& id, bool enable);
@@ -52,7 +61,6 @@ class AgentApi {
   /// What the command handler tells of the task's latest run ("state", "reason" and so on: GetRun
   /// of INoxCommandHandler); nothing when it knows of none, or cannot be asked.
   std::optional<Attributes> LatestRun(const std::string& id);
-  std::vector<std::optional<Attributes>> LatestRuns(const std::vector<std::string>& ids);
   /// Which files are not tasks: {"refused": [...], "strays": [...]}.
   Json Files();
   /// Adds a refused file as a task and returns its ID.
@@ -80,10 +88,7 @@ class AgentApi {
  private:
   /// The whole answer to an operation of the scheduler: "result" and "out".
   Json Call(const std::string& operation, const Json& arguments, const std::string& query = {});
-  /// The agent's answers to calls of one operation of the scheduler, in order.
-  std::vector<HttpResponse> CallAll(const std::string& operation,
-                                    const std::vector<Json>& arguments);
-  std::vector<HttpResponse> PostAll(const std::string& target, const std::vector<Json>& arguments);
+  HttpResponse PostAbout(const std::string& target, const std::string& taskId);
   HttpConnection& Connection();
 
   std::string m_SocketPath;

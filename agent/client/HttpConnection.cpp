@@ -29,6 +29,8 @@ constexpr std::chrono::seconds AnswerTime{30};
 constexpr std::chrono::seconds ReuseTime{2};
 constexpr int SendAttempts = 3;
 constexpr std::uint64_t LargestAnswer = 64 * 1024 * 1024;
+constexpr std::size_t BufferBytes = 64 * 1024;
+constexpr const char* Reading = "read from the agent at";
 
 // Takes the whole lines off the front of `text`; false when `line` wants no more.
 bool TakeLines(std::string& text, const std::function<bool(const std::string&)>& line) {
@@ -47,7 +49,9 @@ bool TakeLines(std::string& text, const std::function<bool(const std::string&)>&
 }  // namespace
 
 struct HttpConnection::Impl {
-  explicit Impl(const std::string& path) : m_Path(path), m_Stream(m_Context) {}
+  explicit Impl(const std::string& path) : m_Path(path), m_Stream(m_Context) {
+    m_Buffer.reserve(BufferBytes);
+  }
 
   // Runs one asynchronous operation to its end, so that the stream's time limit holds for it.
   template <class Start>
@@ -89,18 +93,16 @@ struct HttpConnection::Impl {
     return m_KeepsOpen && std::chrono::steady_clock::now() - m_LastUse < ReuseTime;
   }
 
-  void Send(http::verb verb, const std::string& target, const std::vector<std::string>& bodies) {
-    std::ostringstream bytes;
-    for (const std::string& body : bodies) {
-      http::request<http::string_body> request(verb, target, 11, body);
-      request.set(http::field::host, "localhost");
-      request.set(http::field::user_agent, "noxctl");
-      if (!body.empty()) {
-        request.set(http::field::content_type, "application/json");
-      }
-      request.prepare_payload();
-      bytes << request;
+  void Send(http::verb verb, const std::string& target, const std::string& body) {
+    http::request<http::string_body> request(verb, target, 11, body);
+    request.set(http::field::host, "localhost");
+    request.set(http::field::user_agent, "noxctl");
+    if (!body.empty()) {
+      request.set(http::field::content_type, "application/json");
     }
+    request.prepare_payload();
+    std::ostringstream bytes;
+    bytes << request;
     m_KeepsOpen = false;
     SendAll(bytes.str());
   }
@@ -133,19 +135,49 @@ struct HttpConnection::Impl {
     Fail("send to the agent at", failure);
   }
 
+  using Parser = http::response_parser<http::string_body>;
+
   HttpResponse Receive() {
-    http::response_parser<http::string_body> parser;
+    Parser parser;
     parser.body_limit(LargestAnswer);
     m_Stream.expires_after(AnswerTime);
-    Await("read from the agent at",
-          [&](auto done) { http::async_read(m_Stream, m_Buffer, parser, done); });
-    m_KeepsOpen = parser.get().keep_alive();
+    Await(Reading, [&](auto done) { http::async_read(m_Stream, m_Buffer, parser, done); });
+    return TakeAnswer(parser);
+  }
+
+  void ReceiveHeader(Parser& parser) {
+    parser.body_limit(std::numeric_limits<std::uint64_t>::max());
+    m_Stream.expires_after(AnswerTime);
+    Await(Reading, [&](auto done) { http::async_read_header(m_Stream, m_Buffer, parser, done); });
+  }
+
+  // The rest of an answer. Its lines are handed over as they come, if it is one of 200. A stream
+  // may be silent as long as it likes.
+  HttpResponse ReceiveLines(Parser& parser, bool isStream,
+                            const std::function<bool(const std::string&)>& line) {
+    const bool hasLines = parser.get().result() == http::status::ok;
+    if (isStream && hasLines) {
+      m_Stream.expires_never();
+    }
+    for (bool wantsMore = true; wantsMore && !parser.is_done();) {
+      if (!isStream) {
+        m_Stream.expires_after(AnswerTime);
+      }
+      Await(Reading, [&](auto done) { http::async_read_some(m_Stream, m_Buffer, parser, done); });
+      wantsMore = !hasLines || TakeLines(parser.get().body(), line);
+    }
+    return TakeAnswer(parser);
+  }
+
+  // Another request may follow an answer that was read to its end.
+  HttpResponse TakeAnswer(Parser& parser) {
+    m_KeepsOpen = parser.is_done() && parser.get().keep_alive();
     m_LastUse = std::chrono::steady_clock::now();
     return {parser.get().result_int(), std::move(parser.get().body())};
   }
 
   HttpResponse Exchange(http::verb verb, const std::string& target, const std::string& body) {
-    Send(verb, target, {body});
+    Send(verb, target, body);
     return Receive();
   }
 
@@ -176,39 +208,26 @@ HttpResponse HttpConnection::Post(const std::string& target, const std::string& 
   return m_Impl->Exchange(http::verb::post, target, body);
 }
 
-std::vector<HttpResponse> HttpConnection::PostAll(const std::string& target,
-                                                  const std::vector<std::string>& jsons) {
-  m_Impl->Send(http::verb::post, target, jsons);
-  std::vector<HttpResponse> answers;
-  do {
-    answers.push_back(m_Impl->Receive());
-  } while (answers.size() < jsons.size() && m_Impl->m_KeepsOpen);
-  return answers;
+HttpResponse HttpConnection::GetLines(const std::string& target,
+                                      const std::function<void(const std::string&)>& line) {
+  m_Impl->Send(http::verb::get, target, {});
+  Impl::Parser parser;
+  m_Impl->ReceiveHeader(parser);
+  return m_Impl->ReceiveLines(parser, false, [&](const std::string& text) {
+    line(text);
+    return true;
+  });
 }
 
 HttpResponse HttpConnection::Follow(const std::string& target, const std::function<void()>& opened,
                                     const std::function<bool(const std::string&)>& line) {
-  Impl& impl = *m_Impl;
-  impl.Send(http::verb::get, target, {""});
-  http::response_parser<http::string_body> parser;
-  parser.body_limit(std::numeric_limits<std::uint64_t>::max());
-  const char* const reading = "read from the agent at";
-  impl.Await(reading, [&](auto done) {
-    http::async_read_header(impl.m_Stream, impl.m_Buffer, parser, done);
-  });
-  const bool isStream = parser.get().result() == http::status::ok;
-  std::string& body = parser.get().body();
-  if (isStream) {
-    impl.m_Stream.expires_never();
+  m_Impl->Send(http::verb::get, target, {});
+  Impl::Parser parser;
+  m_Impl->ReceiveHeader(parser);
+  if (parser.get().result() == http::status::ok) {
     opened();
   }
-  for (bool wantsMore = true; wantsMore && !parser.is_done();) {
-    impl.Await(reading, [&](auto done) {
-      http::async_read_some(impl.m_Stream, impl.m_Buffer, parser, done);
-    });
-    wantsMore = !isStream || TakeLines(body, line);
-  }
-  return {parser.get().result_int(), std::move(body)};
+  return m_Impl->ReceiveLines(parser, true, line);
 }
 
 }  // namespace NoxAgent

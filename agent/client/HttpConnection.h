@@ -3,7 +3,6 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace NoxAgent {
 
@@ -35,12 +34,10 @@ class HttpConnection {
   HttpResponse Get(const std::string& target);
   HttpResponse Post(const std::string& target, const std::string& body);
 
-  /// Sends a request for each of the bodies before it reads the first answer, so together they must
-  /// fit into a socket's buffer. Returns the answers in order, at least one. There are fewer
-  /// answers than bodies when the agent closes the connection; it has not looked at the other
-  /// requests then.
-  std::vector<HttpResponse> PostAll(const std::string& target,
-                                    const std::vector<std::string>& jsons);
+  /// Asks for `target` and hands each line of the answer to `line` as it comes. An answer other
+  /// than 200 is returned with its body, and no line is handed over.
+  HttpResponse GetLines(const std::string& target,
+                        const std::function<void(const std::string&)>& line);
 
   /// Asks for `target` and hands each line of the answer to `line` as it comes, without limit of
   /// time, until `line` returns false or the other side ends the stream. `opened` is called once,

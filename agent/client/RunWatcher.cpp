@@ -35,15 +35,15 @@ RunEvent FinishedAt(Clock::time_point time, const std::string& task, const RunEn
 
 }  // namespace
 
-void RunWatcher::Know(const std::string& task, const std::string& taskXml) {
-  if (const auto run = ReadRunEntry(taskXml)) {
+void RunWatcher::Know(const std::string& task, const TaskGlance& document) {
+  if (const auto run = ReadRunEntry(document)) {
     m_Known[task] = {*run, std::nullopt};
   }
 }
 
-std::vector<RunEvent> RunWatcher::Changed(const std::string& task, const std::string& taskXml,
+std::vector<RunEvent> RunWatcher::Changed(const std::string& task, const TaskGlance& document,
                                           Clock::time_point now) {
-  const auto run = ReadRunEntry(taskXml);
+  const auto run = ReadRunEntry(document);
   if (!run) {
     return {};
   }

@@ -31,11 +31,11 @@ class RunWatcher {
   using Clock = std::chrono::system_clock;
 
   /// Remembers a task's run from before, so that it is not told again.
-  void Know(const std::string& task, const std::string& taskXml);
+  void Know(const std::string& task, const TaskGlance& document);
 
   /// A task's document was changed at `now`: returns what happened to its run, in order. A run may
   /// be over before anyone looks; then its start and its end are told together.
-  std::vector<RunEvent> Changed(const std::string& task, const std::string& taskXml,
+  std::vector<RunEvent> Changed(const std::string& task, const TaskGlance& document,
                                 Clock::time_point now);
   /// The task was deleted.
   void Forget(const std::string& task) { m_Known.erase(task); }

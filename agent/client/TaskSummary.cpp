@@ -1,32 +1,13 @@
 #include "agent/client/TaskSummary.h"
 
-#include "agent/client/AgentApi.h"
-
 #include <BaseSDK/ADateTime.h>
 #include <BaseSDK/AStringTokenizer.h>
-#include <BaseSDK/AXmlDoc.h>
 
 namespace NoxAgent {
 
 using BaseSDK::AString;
 
 namespace {
-
-std::optional<RunEntry> RunEntryOf(const BaseSDK::AXmlDoc& document) {
-  const AString text = document.SelectSingleNode("//RunTime/text()");
-  const BaseSDK::AStringTokenizer words(text, " ", 1, 3);
-  if (words.Token(0).IsEmpty()) {
-    return std::nullopt;
-  }
-  const AString start = words.Token(0) + " " + words.Token(1);
-  const long seconds = BaseSDK::ADateTime(start).GetTime();
-  return RunEntry{start.ToUtf8(), seconds == 0 ? -1 : seconds, words.Token(2).ToUtf8()};
-}
-
-bool IsEnabled(const BaseSDK::AXmlDoc& document) {
-  const AString enabled = document.SelectSingleNode("/Task/@Enabled");
-  return enabled.IsEmpty() || enabled.ToLong(10) != 0;
-}
 
 std::string LocalText(long seconds) {
   return BaseSDK::ADateTime(seconds).ToString("%Y-%m-%d %H:%M:%S").ToUtf8();
@@ -44,8 +25,18 @@ void TakeLastRun(long lastRun, TaskSummary& task) {
 
 }  // namespace
 
+std::optional<RunEntry> ReadRunEntry(const TaskGlance& document) {
+  const BaseSDK::AStringTokenizer words(document.m_RunTime, " ", 1, 3);
+  if (words.Token(0).IsEmpty()) {
+    return std::nullopt;
+  }
+  const AString start = words.Token(0) + " " + words.Token(1);
+  const long seconds = BaseSDK::ADateTime(start).GetTime();
+  return RunEntry{start.ToUtf8(), seconds == 0 ? -1 : seconds, words.Token(2).ToUtf8()};
+}
+
 std::optional<RunEntry> ReadRunEntry(const std::string& taskXml) {
-  return RunEntryOf(BaseSDK::AXmlDoc(AString::FromUtf8(taskXml)));
+  return ReadRunEntry(GlanceAt(AString::FromUtf8(taskXml)));
 }
 
 bool IsUnrecorded(long lastRun, const std::optional<RunEntry>& recorded) {
@@ -57,18 +48,18 @@ bool IsUnrecorded(long lastRun, const std::optional<RunEntry>& recorded) {
   return recorded->m_Seconds < lastRun && recorded->m_Start != LocalText(lastRun);
 }
 
-TaskSummary Summarize(const std::string& id, const std::string& taskXml, const TaskReport& report,
+TaskSummary Summarize(const std::string& id, const TaskGlance& document,
+                      const std::optional<TaskReport>& report,
                       const std::optional<HandlerRun>& run) {
-  const BaseSDK::AXmlDoc document(AString::FromUtf8(taskXml));
   TaskSummary task;
   task.m_Id = id;
-  task.m_Enabled = IsEnabled(document);
-  task.m_LastRun = RunEntryOf(document);
+  task.m_Enabled = document.m_Enabled;
+  task.m_LastRun = ReadRunEntry(document);
   task.m_Loaded = report.has_value();
   if (report) {
-    task.m_NextRun = AttributeNumber(*report, "t6", 0);
-    task.m_Late = AttributeNumber(*report, "t2", 0) != 0;
-    TakeLastRun(AttributeNumber(*report, "t3", 0), task);
+    task.m_NextRun = report->m_NextRun;
+    task.m_Late = report->m_Late;
+    TakeLastRun(report->m_LastRun, task);
   }
   if (task.m_Recorded && task.m_LastRun && run && run->m_Skipped && run->m_Start) {
     task.m_LastRun->m_Start = LocalText(*run->m_Start);

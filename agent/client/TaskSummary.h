@@ -1,8 +1,8 @@
 #pragma once
 
 #include "agent/client/HandlerRun.h"
+#include "agent/document/TaskGlance.h"
 
-#include <map>
 #include <optional>
 #include <string>
 
@@ -18,6 +18,7 @@ struct RunEntry {
 };
 
 /// Nothing when the document has no run entry.
+std::optional<RunEntry> ReadRunEntry(const TaskGlance& document);
 std::optional<RunEntry> ReadRunEntry(const std::string& taskXml);
 
 /// Whether the scheduler's last run (t3, in seconds since the epoch) is later than the run in the
@@ -38,12 +39,17 @@ struct TaskSummary {
   bool m_Late = false;     ///< it became due later than planned and has not reported back yet
 };
 
-/// The scheduler's attributes of a task; nothing when it does not hold the task in memory.
-using TaskReport = std::optional<std::map<std::string, std::string>>;
+/// What the scheduler has in memory of a task.
+struct TaskReport {
+  long m_LastRun = 0;  ///< since the epoch, 0 or less when it counts none
+  long m_NextRun = 0;  ///< likewise
+  bool m_Late = false;
+};
 
-/// Puts the summary together. The document must have been read after the report. This process's
-/// zone must be the agent's.
-TaskSummary Summarize(const std::string& id, const std::string& taskXml, const TaskReport& report,
+/// Puts the summary together. The document must have been read after the report, which is nothing
+/// when the scheduler does not hold the task in memory. This process's zone must be the agent's.
+TaskSummary Summarize(const std::string& id, const TaskGlance& document,
+                      const std::optional<TaskReport>& report,
                       const std::optional<HandlerRun>& run = {});
 
 }  // namespace NoxAgent

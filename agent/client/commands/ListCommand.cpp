@@ -4,37 +4,18 @@
 #include "agent/client/TextTable.h"
 #include "agent/client/commands/Commands.h"
 
-#include <algorithm>
 #include <ctime>
 
 namespace NoxAgent {
 
 namespace {
 
-// Documents can be large: only so many are held at a time.
-constexpr std::ptrdiff_t DocumentsAtOnce = 100;
-
-void AddSummaries(AgentApi& agent, const std::vector<std::string>& ids,
-                  std::vector<TaskSummary>& tasks) {
-  const auto runs = agent.LatestRuns(ids);
-  const auto reports = agent.TaskAttributes(ids);
-  const auto documents = agent.TaskXmls(ids);  // no older than the reports
-  // A task may go between the two questions, and not every file in the directory is a task.
-  for (std::size_t i = 0; i < ids.size(); ++i) {
-    if (documents[i]) {
-      tasks.push_back(Summarize(ids[i], *documents[i], reports[i], ReadHandlerRun(runs[i])));
-    }
-  }
-}
-
 std::vector<TaskSummary> Tasks(AgentApi& agent) {
-  const std::vector<std::string> ids = agent.TaskIds();
   std::vector<TaskSummary> tasks;
-  for (auto begin = ids.begin(); begin != ids.end();) {
-    const auto count = std::min(DocumentsAtOnce, ids.end() - begin);
-    AddSummaries(agent, {begin, begin + count}, tasks);
-    begin += count;
-  }
+  agent.ForEachTask([&](const AgentApi::ListedTask& task) {
+    tasks.push_back(
+        Summarize(task.m_Id, task.m_Document, task.m_Report, ReadHandlerRun(task.m_Run)));
+  });
   return tasks;
 }
 

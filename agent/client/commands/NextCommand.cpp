@@ -7,6 +7,7 @@
 #include "agent/client/TimeArgument.h"
 #include "agent/client/ZoneInForce.h"
 #include "agent/client/commands/Commands.h"
+#include "agent/document/TaskGlance.h"
 #include "agent/simulation/SimulationEvent.h"
 
 #include <chrono>
@@ -112,7 +113,7 @@ void AddNotes(const TaskSource& source, Forecast& forecast) {
 bool IsEnabled(const TaskSource& source) {
   return source.m_Live && source.m_Live->m_Memory
              ? source.m_Live->m_Memory->m_Enabled
-             : Summarize(source.m_Document.m_Id, source.m_Document.m_Xml, {}).m_Enabled;
+             : GlanceAt(BaseSDK::AString::FromUtf8(source.m_Document.m_Xml)).m_Enabled;
 }
 
 std::string WhyNoMore(const TaskSource& source, const Forecast& forecast) {

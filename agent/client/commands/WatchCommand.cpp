@@ -92,11 +92,8 @@ class Watch {
   // After the stream is open, so that no run is missed between the two.
   void KnowTasks() {
     AgentApi agent = m_Context.Agent();
-    for (const std::string& id : agent.TaskIds()) {
-      if (const auto xml = agent.TaskXml(id)) {
-        m_Watcher.Know(id, *xml);
-      }
-    }
+    agent.ForEachTask(
+        [this](const AgentApi::ListedTask& task) { m_Watcher.Know(task.m_Id, task.m_Document); });
   }
 
   bool Next(const Json& notification) {
@@ -132,7 +129,8 @@ class Watch {
     if (!xml) {
       return;
     }
-    for (const RunEvent& event : m_Watcher.Changed(id, *xml, now)) {
+    const TaskGlance document = GlanceAt(BaseSDK::AString::FromUtf8(*xml));
+    for (const RunEvent& event : m_Watcher.Changed(id, document, now)) {
       Print(event);
     }
   }

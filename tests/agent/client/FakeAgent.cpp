@@ -1,5 +1,7 @@
 #include "tests/agent/client/FakeAgent.h"
 
+#include "agent/document/TaskGlance.h"
+
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -13,9 +15,6 @@
 namespace NoxAgentTest {
 
 namespace {
-
-// The only enumeration that is open at a time.
-constexpr const char* Handle = "a1b2c3";
 
 void SendAll(int connection, const std::string& bytes) {
   std::size_t sent = 0;
@@ -54,6 +53,11 @@ std::string Chunk(const std::string& data) {
   char size[16];
   (void)std::snprintf(size, sizeof size, "%zx", data.size());
   return size + ("\r\n" + data) + "\r\n";
+}
+
+long NumberIn(const std::map<std::string, std::string>& attributes, const char* key) {
+  const auto found = attributes.find(key);
+  return found == attributes.end() ? 0 : std::stol(found->second);
 }
 
 Json Result(long result, Json out = Json::Object{}) {
@@ -209,6 +213,11 @@ std::string FakeAgent::Answer(const FakeRequest& request) {
     const std::string name = request.m_Target.substr(std::strlen(Operations));
     return Response(200, Operation(name.substr(0, name.find('?')), request.m_Body).Dump());
   }
+  if (request.m_Target == "/v1/tasks") {
+    m_Reads += static_cast<unsigned>(m_Tasks.size());
+    m_Read.notify_all();
+    return Response(200, TaskLines());
+  }
   if (request.m_Target == "/v1/status") {
     return Response(200, Status().Dump());
   }
@@ -244,10 +253,6 @@ Json FakeAgent::Operation(const std::string& name, const Json& in) {
   if (!id.empty() && id == m_Unanswered) {
     return Json::Object{};
   }
-  const std::string handle = name == "FindFirstTask" ? "" : Handle;
-  if (name.rfind("Find", 0) == 0 && in.Text("handle", "") != handle) {
-    return Result(-1);
-  }
   const auto task = m_Tasks.find(id);
   const bool isKnown = task != m_Tasks.end();
   if (name == "AddTask") {
@@ -278,21 +283,28 @@ Json FakeAgent::Operation(const std::string& name, const Json& in) {
     const std::string wanted = in.At("enable").Bool() ? "1" : "0";
     return Result(std::exchange(enabled, wanted) == wanted ? -1 : 1);
   }
-  if (name == "FindFirstTask") {
-    m_Enumeration = {"..", "."};
-    for (const auto& [known, value] : m_Tasks) {
-      m_Enumeration.insert(m_Enumeration.begin(), known);
+  return Result(-1);
+}
+
+std::string FakeAgent::TaskLines() const {
+  std::string lines;
+  for (const auto& [id, task] : m_Tasks) {
+    const NoxAgent::TaskGlance document =
+        NoxAgent::GlanceAt(BaseSDK::AString::FromUtf8(task.m_Xml));
+    Json line = {
+        {"id", id}, {"enabled", document.m_Enabled}, {"runTime", document.m_RunTime.ToUtf8()}};
+    line["loaded"] = task.m_Loaded;
+    if (task.m_Loaded) {
+      line["lastRun"] = NumberIn(task.m_Attributes, "t3");
+      line["nextRun"] = NumberIn(task.m_Attributes, "t6");
+      line["late"] = NumberIn(task.m_Attributes, "t2") != 0;
     }
+    if (!task.m_Run.empty()) {
+      line["run"] = task.m_Run;
+    }
+    lines += line.Dump() + "\n";
   }
-  if (name == "FindClose") {
-    return Result(0);
-  }
-  if (m_Enumeration.empty()) {
-    return Result(-1, {{"handle", Handle}, {"taskId", ""}});
-  }
-  const std::string next = m_Enumeration.front();
-  m_Enumeration.erase(m_Enumeration.begin());
-  return Result(1, {{"handle", Handle}, {"taskId", next}});
+  return m_LastLine.empty() ? lines : lines + m_LastLine + "\n";
 }
 
 void FakeAgent::Stream(int connection) {

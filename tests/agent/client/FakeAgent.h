@@ -35,7 +35,7 @@ class FakeAgent {
  public:
   /// A step of the notification stream: first `m_Before` is done with the tasks, then the line is
   /// sent. The next step waits until the client has read documents or latest runs `m_Reads` times
-  /// since.
+  /// since; a list of all tasks counts for each of them.
   struct Step {
     std::function<void(FakeAgent&)> m_Before;
     std::string m_Line;
@@ -68,6 +68,11 @@ class FakeAgent {
   }
   /// Every request is answered with this instead.
   void AnswerAlways(unsigned status, const std::string& body);
+  /// One more line, behind the tasks in the list of all.
+  void SetLastLine(const std::string& line) {
+    const std::lock_guard guard(m_Lock);
+    m_LastLine = line;
+  }
   /// A call of an operation of the scheduler for this task is answered with an empty object.
   void AnswerNothingFor(const std::string& id) {
     const std::lock_guard guard(m_Lock);
@@ -97,6 +102,7 @@ class FakeAgent {
   bool HasEnded() const;
   std::string Answer(const FakeRequest& request);
   Json Status() const;
+  std::string TaskLines() const;
   Json LatestRun(const std::string& id) const;
   Json Operation(const std::string& name, const Json& in);
   void Stream(int connection);
@@ -109,6 +115,7 @@ class FakeAgent {
   std::string m_Report;
   Json m_Files = Json::Object{};
   std::string m_LastTarget;
+  std::string m_LastLine;
   std::string m_Unanswered;
   Json::Object m_MoreStatus;
 
@@ -119,7 +126,6 @@ class FakeAgent {
   unsigned m_Reads = 0;
   std::map<std::string, FakeTask> m_Tasks;
   std::vector<FakeRequest> m_Requests;
-  std::vector<std::string> m_Enumeration;
   unsigned m_FixedStatus = 0;
   std::string m_FixedBody;
   std::vector<int> m_Connections;

@@ -10,6 +10,7 @@ namespace NoxAgentTest {
 
 using NoxAgent::RunEvent;
 using NoxAgent::RunWatcher;
+using NoxAgent::TaskGlance;
 using std::chrono::milliseconds;
 using TestSupport::Texts;
 using Kind = RunEvent::Kind;
@@ -32,14 +33,14 @@ Texts Seen(const std::vector<RunEvent>& events) {
   return texts;
 }
 
-std::string Ran(const std::string& runTime) {
-  return "<Task><TaskHistory><RunTime>" + runTime + "</RunTime></TaskHistory></Task>";
+TaskGlance Ran(const char* runTime) {
+  return {true, runTime};
 }
 
 class RunWatcherOfOneTask : public testing::Test {
  protected:
-  std::vector<RunEvent> At(long millisecondsPastEight, const std::string& xml) {
-    return m_Watcher.Changed("T1", xml, Eight + milliseconds(millisecondsPastEight));
+  std::vector<RunEvent> At(long millisecondsPastEight, const TaskGlance& document) {
+    return m_Watcher.Changed("T1", document, Eight + milliseconds(millisecondsPastEight));
   }
 
   VirtualTime::Zone m_Zone{"UTC0"};
@@ -101,8 +102,7 @@ TEST_F(RunWatcherOfOneTask, TellsNoTimeForAStartThatCannotBeRead) {
 }
 
 TEST_F(RunWatcherOfOneTask, IgnoresDocumentsWithoutARun) {
-  EXPECT_EQ(Seen(At(0, "<Task/>")), Texts());
-  EXPECT_EQ(Seen(At(0, "not XML")), Texts());
+  EXPECT_EQ(Seen(At(0, {})), Texts());
   EXPECT_EQ(Seen(At(0, Ran(""))), Texts());
 }
 

@@ -37,8 +37,8 @@ TEST(TaskSummary, ReadsTheRunEntryAsTheSchedulerDoes) {
 
 TEST(TaskSummary, TakesTheSchedulersNumberForTheLastRunOverTheDocumentsLocalTime) {
   const VirtualTime::Zone zone("UTC0");
-  const TaskReport report{{{"t3", "1781503200"}, {"t2", "1"}, {"t6", "1781589600"}}};
-  const auto task = Summarize("T1", TaskThatRan("2026-06-15 08:00:00 Ok"), report);
+  const TaskReport report{1781503200, 1781589600, true};
+  const auto task = Summarize("T1", {false, "2026-06-15 08:00:00 Ok"}, report);
   EXPECT_FALSE(task.m_Enabled);
   EXPECT_TRUE(task.m_Loaded);
   EXPECT_TRUE(task.m_Late);
@@ -49,13 +49,13 @@ TEST(TaskSummary, TakesTheSchedulersNumberForTheLastRunOverTheDocumentsLocalTime
 
 TEST(TaskSummary, KeepsTheDocumentsTimeOfAnUnfinishedRun) {
   const VirtualTime::Zone zone("UTC0");
-  const auto task = Summarize("T1", TaskThatRan("2026-06-15 08:00:00 Started"), {{{"t3", "-1"}}});
+  const auto task = Summarize("T1", {true, "2026-06-15 08:00:00 Started"}, TaskReport{-1});
   ASSERT_TRUE(task.m_LastRun);
   EXPECT_EQ(1781510400, task.m_LastRun->m_Seconds);
 }
 
 TEST(TaskSummary, KnowsNoNextRunOfATaskThatIsNotLoaded) {
-  const auto task = Summarize("T1", "<Task/>", std::nullopt);
+  const auto task = Summarize("T1", {}, std::nullopt);
   EXPECT_TRUE(task.m_Enabled);
   EXPECT_FALSE(task.m_Loaded);
   EXPECT_FALSE(task.m_LastRun);
