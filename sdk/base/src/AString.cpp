@@ -8,6 +8,7 @@
 #include <array>
 #include <charconv>
 #include <cstdint>
+#include <cstring>
 #include <cwchar>
 #include <iterator>
 #include <memory>
@@ -20,13 +21,26 @@ namespace BaseSDK {
 namespace {
 
 /// Whether all are ASCII.
-template <class Character>
-bool IsAscii(std::basic_string_view<Character> text) {
-  std::make_unsigned_t<Character> bits = 0;
-  for (const Character c : text) {
-    bits |= static_cast<std::make_unsigned_t<Character>>(c);
+bool IsAscii(std::wstring_view text) {
+  std::make_unsigned_t<wchar_t> bits = 0;
+  for (const wchar_t c : text) {
+    bits |= static_cast<std::make_unsigned_t<wchar_t>>(c);
   }
   return bits < 0x80;
+}
+
+/// Eight at a time: whole documents come by here.
+bool IsAscii(std::string_view text) {
+  std::uint64_t bits = 0;
+  for (; text.size() >= sizeof(bits); text.remove_prefix(sizeof(bits))) {
+    std::uint64_t eight = 0;
+    std::memcpy(&eight, text.data(), sizeof(eight));
+    bits |= eight;
+  }
+  for (const char c : text) {
+    bits |= static_cast<unsigned char>(c);
+  }
+  return (bits & 0x8080808080808080U) == 0;
 }
 
 std::wstring Widened(const std::string& ascii) {

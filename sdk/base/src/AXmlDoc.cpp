@@ -115,7 +115,7 @@ AString AXmlDoc::Impl::SelectFirst(std::string_view xpath) {
   if (!m_Parsed) {
     return AString();
   }
-  if (const std::optional<XmlPath> path = XmlPath::Read(xpath)) {
+  if (const std::optional<XmlPath>& path = XmlPath::Known(xpath)) {
     const XmlTree::Index first = path->Next(m_Tree, 0);
     return first == XmlTree::None ? AString() : Value(Describe(m_Tree.Nodes()[first]));
   }
@@ -127,7 +127,7 @@ AXmlDoc::Impl::Selection AXmlDoc::Impl::SelectAll(std::string_view xpath) {
   if (!m_Parsed) {
     return {};
   }
-  const std::optional<XmlPath> path = XmlPath::Read(xpath);
+  const std::optional<XmlPath>& path = XmlPath::Known(xpath);
   return path ? SelectByPath(*path) : SelectByEngine(xpath);
 }
 

@@ -13,20 +13,22 @@ namespace {
 
 /// What is known of an ASCII character without a look at those around it.
 enum Trait : std::uint8_t {
-  Plain = 1,      ///< allowed in a text and in a value, and means nothing there
-  NameStart = 2,  ///< a name may begin with it
-  InName = 4,     ///< a name may hold it
-  Blank = 8,      ///< white space
+  PlainText = 1,   ///< in a text it stands for itself
+  NameStart = 2,   ///< a name may begin with it
+  InName = 4,      ///< a name may hold it
+  Blank = 8,       ///< white space
+  PlainValue = 16  ///< in a value it stands for itself
 };
 
 constexpr std::uint8_t TraitsOf(char c) {
   const bool isBlank = c == ' ' || c == '\t' || c == '\r' || c == '\n';
-  const bool isMarkup = c == '<' || c == '&' || c == ']' || c == '"' || c == '\'';
+  const bool isInText = c > ' ' && c != '<' && c != '&' && c != ']';
+  const bool isInValue = c >= ' ' && c != '<' && c != '&' && c != '"' && c != '\'';
   const bool isNameStart = IsAsciiLetter(c) || c == '_' || c == ':';
   const bool isInName = isNameStart || IsAsciiDigit(c) || c == '-' || c == '.';
-  return static_cast<std::uint8_t>(((isBlank || c > ' ') && !isMarkup ? Plain : 0) |
-                                   (isBlank ? Blank : 0) | (isNameStart ? NameStart : 0) |
-                                   (isInName ? InName : 0));
+  return static_cast<std::uint8_t>((isInText || (isBlank && c != '\r') ? PlainText : 0) |
+                                   (isInValue ? PlainValue : 0) | (isBlank ? Blank : 0) |
+                                   (isNameStart ? NameStart : 0) | (isInName ? InName : 0));
 }
 
 /// By byte; those that are not ASCII have none.
@@ -58,10 +60,19 @@ std::size_t EndOf(Trait trait, std::string_view text, std::size_t begin) {
 
 }  // namespace
 
-std::string_view XmlCursor::TakeQuote() {
-  const std::size_t begin = m_Pos;
-  (void)(Take("\"") || Take("'"));
-  return TextFrom(begin);
+char XmlCursor::TakeQuote() {
+  const char quote = CharacterAt(0);
+  return Take('"') || Take('\'') ? quote : '\0';
+}
+
+bool XmlCursor::TakeEndTag(std::string_view name) {
+  constexpr std::string_view Begin = "</";
+  const std::size_t end = m_Pos + Begin.size() + name.size();
+  const bool isThere = end < m_Text.size() && m_Text[end] == '>' &&
+                       m_Text.substr(m_Pos, Begin.size()) == Begin &&
+                       m_Text.substr(m_Pos + Begin.size(), name.size()) == name;
+  m_Pos = isThere ? end + 1 : m_Pos;
+  return isThere;
 }
 
 bool XmlCursor::SkipSpace() {
@@ -74,8 +85,12 @@ void XmlCursor::SkipTo(std::string_view characters) {
   m_Pos = std::min(m_Text.find_first_of(characters, m_Pos), m_Text.size());
 }
 
-void XmlCursor::SkipPlain() {
-  m_Pos = EndOf(Plain, m_Text, m_Pos);
+void XmlCursor::SkipPlainText() {
+  m_Pos = EndOf(PlainText, m_Text, m_Pos);
+}
+
+void XmlCursor::SkipPlainValue() {
+  m_Pos = EndOf(PlainValue, m_Text, m_Pos);
 }
 
 std::size_t XmlCursor::Decode(std::uint32_t& character) const {
@@ -142,21 +157,21 @@ std::size_t XmlCursor::WideNameCharacterLength(bool isFirst) const {
 }
 
 bool XmlCursor::ScanQuoted(std::string_view& value, const char* missing, const char* unended) {
-  const std::string_view quote = TakeQuote();
+  const char quote = TakeQuote();
   const std::size_t begin = m_Pos;
-  if (quote.empty()) {
+  if (quote == '\0') {
     return Fail(missing);
   }
-  if (!ScanUntil(quote, unended)) {
+  if (!ScanUntil(std::string_view(&quote, 1), unended)) {
     return false;
   }
-  value = m_Text.substr(begin, m_Pos - quote.size() - begin);
+  value = m_Text.substr(begin, m_Pos - 1 - begin);
   return true;
 }
 
 bool XmlCursor::ScanEquals(std::string_view name) {
   (void)SkipSpace();
-  if (!Take("=")) {
+  if (!Take('=')) {
     return Fail("\"=\" is missing after " + Quoted(name));
   }
   (void)SkipSpace();

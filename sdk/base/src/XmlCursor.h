@@ -30,6 +30,8 @@ class XmlCursor {
     return !AtEnd() && m_Text[m_Pos] == what.front() &&
            m_Text.compare(m_Pos, what.size(), what) == 0;
   }
+  /// REQUIRES: it is not '\0'.
+  bool LooksAt(char character) const { return CharacterAt(0) == character; }
   /// From `begin` to the place.
   std::string_view TextFrom(std::size_t begin) const { return m_Text.substr(begin, m_Pos - begin); }
 
@@ -39,15 +41,24 @@ class XmlCursor {
     m_Pos += isThere ? what.size() : 0;
     return isThere;
   }
-  /// Moves past a quotation mark and returns it; empty when none stands here.
-  std::string_view TakeQuote();
+  bool Take(char character) {
+    const bool isThere = LooksAt(character);
+    m_Pos += isThere ? 1 : 0;
+    return isThere;
+  }
+  /// Moves past a quotation mark and returns it; '\0' when none stands here.
+  char TakeQuote();
+  /// Moves past the closing tag of an element of that name, if it stands here as it mostly does:
+  /// without a blank.
+  bool TakeEndTag(std::string_view name);
   /// Moves past white space; false when there was none.
   bool SkipSpace();
   /// Moves to the next of these characters, or to the end.
   void SkipTo(std::string_view characters);
 
-  /// Moves past ASCII characters that are allowed in a text and in a value and mean nothing there.
-  void SkipPlain();
+  /// Moves past ASCII characters that say in a text what is written; the second, in a value.
+  void SkipPlainText();
+  void SkipPlainValue();
 
   /// Takes one character that XML allows. REQUIRES: not AtEnd().
   bool ScanCharacter();

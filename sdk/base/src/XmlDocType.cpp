@@ -56,10 +56,10 @@ bool ScanXmlDocType(XmlCursor& cursor) {
     return false;
   }
   (void)cursor.SkipSpace();
-  if (cursor.LooksAt("[")) {
+  if (cursor.LooksAt('[')) {
     return cursor.Fail("declarations within the document are not accepted");
   }
-  return cursor.Take(">") || cursor.Fail("\">\" is missing after a document type declaration");
+  return cursor.Take('>') || cursor.Fail("\">\" is missing after a document type declaration");
 }
 
 }  // namespace BaseSDK

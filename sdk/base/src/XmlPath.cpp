@@ -2,6 +2,9 @@
 
 #include "Characters.h"
 
+#include <cstdint>
+#include <cstring>
+#include <string>
 #include <utility>
 
 namespace BaseSDK {
@@ -28,7 +31,42 @@ bool TakeSlash(std::string_view& path) {
   return isThere;
 }
 
+/// A path and what was read from it, which borrows from it.
+struct KnownPath {
+  std::string m_Text;
+  std::optional<XmlPath> m_Path;
+};
+
+constexpr std::size_t KnownPathCount = 64;
+
+/// Where to look for a path: FNV-1a, four bytes at a time.
+std::size_t PlaceOf(std::string_view path) {
+  constexpr std::uint32_t Prime = 16777619;
+  auto hash = static_cast<std::uint32_t>(path.size());
+  for (; path.size() >= sizeof(hash); path.remove_prefix(sizeof(hash))) {
+    std::uint32_t four = 0;
+    std::memcpy(&four, path.data(), sizeof(four));
+    hash = (hash ^ four) * Prime;
+    hash ^= hash >> 15;
+  }
+  for (const char c : path) {
+    hash = (hash ^ static_cast<unsigned char>(c)) * Prime;
+  }
+  return (hash >> 20) % KnownPathCount;
+}
+
 }  // namespace
+
+const std::optional<XmlPath>& XmlPath::Known(std::string_view path) {
+  static thread_local std::array<KnownPath, KnownPathCount> s_Known;
+  KnownPath& known = s_Known[PlaceOf(path)];
+  if (known.m_Text != path) {
+    known.m_Path.reset();
+    known.m_Text = path;
+    known.m_Path = Read(known.m_Text);
+  }
+  return known.m_Path;
+}
 
 std::optional<XmlPath> XmlPath::Read(std::string_view path) {
   std::optional<XmlPath> read(std::in_place);

@@ -20,6 +20,10 @@ class XmlPath {
   /// more than MaxNames elements. The path is borrowed.
   static std::optional<XmlPath> Read(std::string_view path);
 
+  /// The same, remembered for each thread: documents are asked the same few things over and over.
+  /// Valid until the thread's next call. The path need not outlive the call.
+  static const std::optional<XmlPath>& Known(std::string_view path);
+
   /// What the XPath engine selects: the first such node at or after `from`; None when there is
   /// none.
   XmlTree::Index Next(const XmlTree& tree, XmlTree::Index from) const;

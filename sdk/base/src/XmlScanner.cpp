@@ -56,7 +56,7 @@ bool XmlScanner::ScanDeclaration() {
 
 bool XmlScanner::ScanStartTag() {
   const std::size_t begin = Offset();
-  (void)Take("<");
+  (void)Take('<');
   if (m_Open.empty() && !m_Tree.Nodes().empty()) {
     return Fail(begin, "there is more than one root element");
   }
@@ -89,7 +89,7 @@ bool XmlScanner::ScanAttributes(XmlTree::Index element, bool& isEmptyElement) {
       return Fail("a tag is not closed");
     }
     isEmptyElement = Take("/>");
-    if (isEmptyElement || Take(">")) {
+    if (isEmptyElement || Take('>')) {
       return true;
     }
     if (!spaced) {
@@ -111,27 +111,30 @@ bool XmlScanner::ScanAttribute(XmlTree::Index element) {
     return Fail(begin, "attribute " + Quoted(name) + " is given twice");
   }
   std::string_view value;
-  if (!ScanEquals(name) || !ScanAttributeValue(value)) {
+  bool isPlain = false;
+  if (!ScanEquals(name) || !ScanAttributeValue(value, isPlain)) {
     return false;
   }
-  m_Tree.AddAttribute(element, name, value);
+  m_Tree.AddAttribute(element, name, value, isPlain);
   return true;
 }
 
-bool XmlScanner::ScanAttributeValue(std::string_view& value) {
+bool XmlScanner::ScanAttributeValue(std::string_view& value, bool& isPlain) {
   const std::size_t begin = Offset();
-  const std::string_view quote = TakeQuote();
-  if (quote.empty()) {
+  const char quote = TakeQuote();
+  if (quote == '\0') {
     return Fail("an attribute value needs quotes");
   }
-  for (SkipPlain(); !Take(quote); SkipPlain()) {
+  SkipPlainValue();
+  isPlain = LooksAt(quote);
+  for (; !Take(quote); SkipPlainValue()) {
     if (AtEnd()) {
       return Fail(begin, "an attribute value is not closed");
     }
-    if (LooksAt("<")) {
+    if (LooksAt('<')) {
       return Fail("\"<\" in an attribute value; write \"&lt;\"");
     }
-    if (!(LooksAt("&") ? ScanReference() : ScanCharacter())) {
+    if (!(LooksAt('&') ? ScanReference() : ScanCharacter())) {
       return false;
     }
   }
@@ -142,13 +145,17 @@ bool XmlScanner::ScanAttributeValue(std::string_view& value) {
 
 bool XmlScanner::ScanEndTag() {
   const std::size_t begin = Offset();
+  if (!m_Open.empty() && TakeEndTag(m_Open.back().m_Name)) {
+    CloseInnermost();
+    return true;
+  }
   (void)Take("</");
   std::string_view name;
   if (!ScanName(name, "a name is missing after \"</\"")) {
     return false;
   }
   (void)SkipSpace();
-  if (!Take(">")) {
+  if (!Take('>')) {
     return Fail("\">\" is missing after " + Quoted("</" + std::string(name)));
   }
   if (m_Open.empty()) {
@@ -158,9 +165,13 @@ bool XmlScanner::ScanEndTag() {
     return Fail(begin, "closing tag of " + Quoted(name) + " where that of " +
                            Quoted(m_Open.back().m_Name) + " is expected");
   }
+  CloseInnermost();
+  return true;
+}
+
+void XmlScanner::CloseInnermost() {
   m_Tree.CloseElement(m_Open.back().m_Index, TextFrom(m_Open.back().m_Begin));
   m_Open.pop_back();
-  return true;
 }
 
 bool XmlScanner::ScanText() {
@@ -168,25 +179,27 @@ bool XmlScanner::ScanText() {
     return SkipSpace() || Fail("text outside the root element");
   }
   const std::size_t begin = Offset();
-  for (SkipPlain(); !AtEnd() && !LooksAt("<"); SkipPlain()) {
+  SkipPlainText();
+  const bool isPlain = LooksAt('<');
+  for (; !AtEnd() && !LooksAt('<'); SkipPlainText()) {
     if (LooksAt("]]>")) {
       return Fail("\"]]>\" in text; write \"]]&gt;\"");
     }
-    if (!(LooksAt("&") ? ScanReference() : ScanCharacter())) {
+    if (!(LooksAt('&') ? ScanReference() : ScanCharacter())) {
       return false;
     }
   }
-  m_Tree.AddText(Innermost(), TextFrom(begin));
+  m_Tree.AddText(Innermost(), TextFrom(begin), isPlain);
   return true;
 }
 
 /// reference = "&" name ";" | "&#" digits ";" | "&#x" digits ";"
 bool XmlScanner::ScanReference() {
   const std::size_t begin = Offset();
-  (void)Take("&");
+  (void)Take('&');
   SkipTo(";<&\"' \t\r\n");
   const std::string_view name = TextFrom(begin + 1);
-  if (name.empty() || !Take(";")) {
+  if (name.empty() || !Take(';')) {
     return Fail(begin, "\"&\" without an entity; write \"&amp;\"");
   }
   return XmlReferencedCharacter(name) != 0 ||
@@ -196,7 +209,7 @@ bool XmlScanner::ScanReference() {
 bool XmlScanner::ScanComment() {
   (void)Take("<!--");
   return ScanUntil("--", "a comment is not closed") &&
-         (Take(">") || Fail(Offset() - 2, "\"--\" in a comment"));
+         (Take('>') || Fail(Offset() - 2, "\"--\" in a comment"));
 }
 
 bool XmlScanner::ScanCData() {
@@ -208,7 +221,7 @@ bool XmlScanner::ScanCData() {
   if (!ScanUntil("]]>", "a CDATA section is not closed")) {
     return false;
   }
-  m_Tree.AddText(Innermost(), TextFrom(begin));
+  m_Tree.AddText(Innermost(), TextFrom(begin), false);
   return true;
 }
 

@@ -46,8 +46,9 @@ class XmlScanner : private XmlCursor {
   bool ScanStartTag();
   bool ScanAttributes(XmlTree::Index element, bool& isEmptyElement);
   bool ScanAttribute(XmlTree::Index element);
-  bool ScanAttributeValue(std::string_view& value);
+  bool ScanAttributeValue(std::string_view& value, bool& isPlain);
   bool ScanEndTag();
+  void CloseInnermost();
   bool ScanText();
   bool ScanReference();
   bool ScanComment();

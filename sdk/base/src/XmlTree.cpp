@@ -63,20 +63,22 @@ class Decoder {
 }  // namespace
 
 XmlTree::Index XmlTree::AddElement(Index owner, std::string_view name) {
-  m_Nodes.push_back({Kind::Element, owner, name, {}});
+  m_Nodes.push_back({Kind::Element, true, owner, name, {}});
   return static_cast<Index>(m_Nodes.size() - 1);
 }
 
-void XmlTree::AddAttribute(Index owner, std::string_view name, std::string_view value) {
-  m_Nodes.push_back({Kind::Attribute, owner, name, value});
+void XmlTree::AddAttribute(Index owner, std::string_view name, std::string_view value,
+                           bool isPlain) {
+  m_Nodes.push_back({Kind::Attribute, isPlain, owner, name, value});
 }
 
-void XmlTree::AddText(Index owner, std::string_view text) {
-  std::string_view& last = m_Nodes.back().m_Raw;
-  if (m_Nodes.back().m_Kind == Kind::Text && last.data() + last.size() == text.data()) {
-    last = std::string_view(last.data(), last.size() + text.size());
+void XmlTree::AddText(Index owner, std::string_view text, bool isPlain) {
+  Node& last = m_Nodes.back();
+  if (last.m_Kind == Kind::Text && last.m_Raw.data() + last.m_Raw.size() == text.data()) {
+    last.m_Raw = std::string_view(last.m_Raw.data(), last.m_Raw.size() + text.size());
+    last.m_IsPlain = last.m_IsPlain && isPlain;
   } else {
-    m_Nodes.push_back({Kind::Text, owner, {}, text});
+    m_Nodes.push_back({Kind::Text, isPlain, owner, {}, text});
   }
 }
 
@@ -91,7 +93,7 @@ const XmlTree::Node* XmlTree::ElementAt(const char* place) const {
 
 bool XmlTree::SaysWhatIsWritten(const Node& node) {
   const bool isAttribute = node.m_Kind == Kind::Attribute;
-  return node.m_Kind == Kind::Element ||
+  return node.m_IsPlain ||
          std::none_of(node.m_Raw.begin(), node.m_Raw.end(), [isAttribute](char c) {
            return c == '&' || c == '<' || c == '\r' || (isAttribute && (c == '\t' || c == '\n'));
          });

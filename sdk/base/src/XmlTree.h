@@ -20,6 +20,7 @@ class XmlTree {
 
   struct Node {
     Kind m_Kind;
+    bool m_IsPlain;           ///< known to say what is written
     Index m_Owner;            ///< the element around it; None for the root
     std::string_view m_Name;  ///< empty for a text
     /// As written: an element's markup, an attribute's value without its quotes, a text with its
@@ -34,9 +35,10 @@ class XmlTree {
   /// Returns the element's index; its markup is known when it is closed.
   Index AddElement(Index owner, std::string_view name);
   void CloseElement(Index element, std::string_view markup) { m_Nodes[element].m_Raw = markup; }
-  void AddAttribute(Index owner, std::string_view name, std::string_view value);
+  /// `isPlain`: it is known to say what is written.
+  void AddAttribute(Index owner, std::string_view name, std::string_view value, bool isPlain);
   /// A text and a CDATA section side by side are one text, as they are to XPath.
-  void AddText(Index owner, std::string_view text);
+  void AddText(Index owner, std::string_view text, bool isPlain);
   void Clear() { m_Nodes.clear(); }
 
   /// The element that is written at `place`; null when none is.
