@@ -53,8 +53,10 @@ struct World {
   EnumerationHandles m_Handles;
   OperationRoute m_Operations{m_Plugins, m_Notifications, m_Handles, m_Store};
   FilesRoute m_Files{m_Store, m_Operations};
+  TasksRoute m_Tasks{m_Plugins, m_Store};
   Api m_Api{m_Operations,
             m_Files,
+            m_Tasks,
             m_Notifications,
             {[](bool) { return Json::Object{}; }, [] { return SettingChanges(); }}};
 };
