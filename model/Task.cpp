@@ -2,13 +2,17 @@
 
 #include "Common/Failure.h"
 #include "Common/Log.h"
+#include "Common/Long32.h"
 #include "Common/Notifications.h"
+#include "model/LocalTime.h"
+#include "model/LocalZone.h"
 #include "model/TaskDocument.h"
 #include "scheduler/TaskSchedulerObject.h"
 #include "storage/TaskStorage.h"
 
 #include <BaseSDK/ADateTime.h>
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -64,11 +68,17 @@ bool CTask::IsDue(bool firstEvent, bool secondEvent, long& sleepSeconds, bool& l
     m_Late = false;
     return false;
   }
-  allExpired = true;
   late = false;
-  deleteTask = true;
   killAtEnd = false;
   neverRun = m_LastRun == CTaskTrigger::NoTime;
+  if (IsQuiet(sleepSeconds)) {
+    allExpired = false;
+    deleteTask = false;
+    m_Late = false;
+    return false;
+  }
+  allExpired = true;
+  deleteTask = true;
   bool due = false;
   bool asapDue = false;
   bool anyChange = false;
@@ -89,13 +99,46 @@ bool CTask::IsDue(bool firstEvent, bool secondEvent, long& sleepSeconds, bool& l
     anyChange = anyChange || nextRunChanged;
   }
   m_Late = late;
+  m_Quiet = {};  // the next runs are not as it left them
+  if (!allExpired) {
+    KeepWhileQuiet();
+  }
   if (anyChange) {
     Nox::Announce(Nox::TaskChanged, m_TaskID);
   }
   return due;
 }
 
+/// Lowers the sleep as the triggers would.
+bool CTask::IsQuiet(long& sleepSeconds) const {
+  const CTaskTrigger::QuietTime& time = m_Quiet.m_Time;
+  const long now = Nox::Now();
+  const bool isQuiet = now >= time.m_Begin && now < time.m_End && m_LastRun == m_Quiet.m_LastRun &&
+                       m_Quiet.m_Zone == &Nox::LocalZone::InForce();
+  if (isQuiet && time.m_NextStart.has_value()) {
+    sleepSeconds = std::min(sleepSeconds, Nox::Sub32(*time.m_NextStart, now));
+  }
+  return isQuiet;
+}
+
+/// As long as every trigger is quiet, which one that is due is not.
+void CTask::KeepWhileQuiet() {
+  CTaskTrigger::QuietTime all{Nox::Long32Min, Nox::Long32Max, std::nullopt};
+  for (const CTaskTrigger* trigger : m_Triggers) {
+    const CTaskTrigger::QuietTime time = trigger->KnownQuietTime();
+    all.m_Begin = std::max(all.m_Begin, time.m_Begin);
+    all.m_End = std::min(all.m_End, time.m_End);
+    if (time.m_NextStart && *time.m_NextStart <= all.m_NextStart.value_or(Nox::Long32Max)) {
+      all.m_NextStart = time.m_NextStart;
+    }
+  }
+  m_Quiet = {all, &Nox::LocalZone::InForce(), m_LastRun};
+}
+
+/// The next due test thinks anew: at a moment before the quiet time, as after the clock was set
+/// back, other next runs are found here.
 void CTask::UpdateClosestRun() {
+  m_Quiet = {};
   for (CTaskTrigger* trigger : m_Triggers) {
     trigger->UpdateClosestRun(m_Enabled);
   }

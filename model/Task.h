@@ -65,10 +65,23 @@ class CTask {
   bool m_Late = false;  ///< the last due test found the task late; until a run state is set
 
  private:
+  /// A time in which no trigger is due and not all have expired. A pass over many tasks looks at
+  /// little else, so it lies beside what else the pass needs.
+  struct QuietSpell {
+    CTaskTrigger::QuietTime m_Time;
+    const Nox::LocalZone* m_Zone = nullptr;
+    long m_LastRun = CTaskTrigger::NoTime;
+  };
+
   CTask(TaskSchedulerObject_i* scheduler, const BaseSDK::AString& taskID);
+
+  bool IsQuiet(long& sleepSeconds) const;
+  void KeepWhileQuiet();
 
   void ReadLastRun(const BaseSDK::AString& date, const BaseSDK::AString& time,
                    const BaseSDK::AString& state);
   void AddTrigger(const BaseSDK::AString& element);
   void WriteHistory(const BaseSDK::AString& history);
+
+  QuietSpell m_Quiet;
 };

@@ -60,6 +60,16 @@ class CTaskTrigger {
   bool IsDue(bool firstEvent, bool secondEvent, long& sleepSeconds, bool& late, bool& expired,
              bool& nextRunChanged);
 
+  /// A time in which due tests find nothing due, change nothing, and lower the sleep to the same
+  /// moment. It ends early with another zone, last run or definition.
+  struct QuietTime {
+    long m_Begin = 0;
+    long m_End = 0;  ///< the first moment after it; not after m_Begin: there is no such time
+    std::optional<long> m_NextStart;  ///< to which the sleep is lowered; not before m_End
+  };
+  /// As the last due test left it.
+  QuietTime KnownQuietTime() const;
+
   /// Sets m_NextRun to the first start at or after `from` that the search meets, or to NoTime. The
   /// search goes to the end date, or twenty years ahead when there is none.
   void CalculateNextRunTime(long from, bool expired);

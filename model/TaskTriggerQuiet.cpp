@@ -52,6 +52,15 @@ void CTaskTrigger::KeepWhileQuiet(TriggerDays& days, long now, const Grounds& gr
   }
 }
 
+CTaskTrigger::QuietTime CTaskTrigger::KnownQuietTime() const {
+  if (!IsQuietAt(m_Quiet.m_Begin, GroundsNow())) {
+    return {};
+  }
+  const long nextStart = m_Quiet.m_Finding.m_NextStart;
+  const bool isAhead = nextStart > m_Quiet.m_Begin;
+  return {m_Quiet.m_Begin, m_Quiet.m_End, isAhead ? std::optional(nextStart) : std::nullopt};
+}
+
 /// At or before `now` when there is no spell.
 long CTaskTrigger::QuietUntil(TriggerDays& days, long now, const Finding& found) const {
   if (found.m_Expired) {
