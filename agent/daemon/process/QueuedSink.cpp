@@ -4,6 +4,7 @@
 #include <deque>
 #include <mutex>
 #include <thread>
+#include <utility>
 
 using BaseSDK::ALogger;
 using BaseSDK::ALogRecord;
