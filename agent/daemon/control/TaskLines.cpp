@@ -9,6 +9,8 @@
 #include <AgentInterfacesV3/AMsgReply.h>
 #include <AgentInterfacesV3/InterfaceIds.h>
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <ctime>
 #include <optional>
@@ -156,22 +158,31 @@ std::string TaskLines::LineOf(const AString& taskId) {
   return JsonMessage::Dump(line) + "\n";
 }
 
+// A document behind a symbolic link changes while the link stays as it is.
+std::optional<FileIdentity> TaskLines::ConditionOf(const AString& taskId) const {
+  const std::string path = m_Parts.m_Files.Directory().FileOf(taskId.ToUtf8());
+  BaseSDK::AFileSystem::Info info;
+  const bool tells = m_Parts.m_Files.GetInfo(path.c_str(), info) == 0 && S_ISREG(info.m_Mode);
+  return tells ? std::optional(FileIdentity(info)) : std::nullopt;
+}
+
 // The file's condition is looked at before it is read: what is kept is of this one or a later one,
 // and a later one does not pass for this.
 std::optional<TaskGlance> TaskLines::DocumentOf(const AString& taskId) {
-  const std::string path = m_Parts.m_Files.Directory().FileOf(taskId.ToUtf8());
-  BaseSDK::AFileSystem::Info info;
-  const FileIdentity identity =
-      m_Parts.m_Files.GetInfo(path.c_str(), info) == 0 ? FileIdentity(info) : FileIdentity();
-  if (auto known = m_Parts.m_Glances.Find(taskId, identity)) {
-    return known;
+  const std::optional<FileIdentity> condition = ConditionOf(taskId);
+  if (condition.has_value()) {
+    if (auto known = m_Parts.m_Glances.Find(taskId, *condition)) {
+      return known;
+    }
   }
   AMsgReply reply;
   if (!Ask(*m_Parts.m_Scheduler, Scheduler, "GetTaskXML", taskId, reply)) {
     return std::nullopt;
   }
   const TaskGlance glance = GlanceAt(Out<AString>(reply, "taskXml"));
-  m_Parts.m_Glances.Keep(taskId, identity, glance, std::time(nullptr));
+  if (condition.has_value()) {
+    m_Parts.m_Glances.Keep(taskId, *condition, glance, std::time(nullptr));
+  }
   return glance;
 }
 

@@ -6,8 +6,12 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <chrono>
+#include <ctime>
 #include <filesystem>
 #include <sstream>
 
@@ -138,6 +142,20 @@ TEST_F(TasksRouteTest, ReadsOnlyDocumentsThatHaveChangedSinceTheLastList) {
   PutTask("b.vsk", "<Task Enabled='0'><Schedule><Trigger/></Schedule></Task>");
   EXPECT_EQ(List()[1]["enabled"], false);
   EXPECT_EQ(requestsOfAList(), readingAll - 2) << "it has changed just now";
+}
+
+TEST_F(TasksRouteTest, ReadsADocumentBehindASymbolicLinkEachTime) {
+  m_Agent.m_Dir.Write("elsewhere.xml", TestAgent::DailyTask);
+  std::filesystem::create_symlink(m_Agent.m_Dir / "elsewhere.xml",
+                                  m_Agent.m_Dir / "state/tasks/a.vsk");
+  const timespec hourAgo[] = {{std::time(nullptr) - 3600, 0}, {std::time(nullptr) - 3600, 0}};
+  ASSERT_EQ(::utimensat(AT_FDCWD, (m_Agent.m_Dir / "state/tasks/a.vsk").c_str(), hourAgo,
+                        AT_SYMLINK_NOFOLLOW),
+            0);
+  m_Agent.Load();
+  EXPECT_EQ(List()[0]["enabled"], true);
+  m_Agent.m_Dir.Write("elsewhere.xml", "<Task Enabled='0'><Schedule><Trigger/></Schedule></Task>");
+  EXPECT_EQ(List()[0]["enabled"], false);
 }
 
 TEST_F(TasksRouteTest, IsEmptyWithoutATask) {
