@@ -41,10 +41,9 @@ T Out(const AMsgReply& reply, std::string_view name) {
 }
 
 // Whether there is such a task; the reply has what was asked for then.
-bool Ask(Plugin& plugin, const char* interface, const char* operation, const AString& taskId,
-         AMsgReply& reply) {
-  AMsgIn request(interface, operation, reply);
-  plugin.Send(request.Set("taskId", taskId));
+bool Ask(Plugin& scheduler, const char* operation, const AString& taskId, AMsgReply& reply) {
+  AMsgIn request(Scheduler, operation, reply);
+  scheduler.Send(request.Set("taskId", taskId));
   ThrowIfError(reply);
   return reply.Result() > 0;
 }
@@ -176,7 +175,7 @@ std::optional<TaskGlance> TaskLines::DocumentOf(const AString& taskId) {
     }
   }
   AMsgReply reply;
-  if (!Ask(*m_Parts.m_Scheduler, Scheduler, "GetTaskXML", taskId, reply)) {
+  if (!Ask(*m_Parts.m_Scheduler, "GetTaskXML", taskId, reply)) {
     return std::nullopt;
   }
   const TaskGlance glance = GlanceAt(Out<AString>(reply, "taskXml"));
@@ -188,7 +187,7 @@ std::optional<TaskGlance> TaskLines::DocumentOf(const AString& taskId) {
 
 Json TaskLines::ReportOn(const AString& taskId) {
   AMsgReply reply;
-  const bool isLoaded = Ask(*m_Parts.m_Scheduler, Scheduler, "GetTaskAttributes", taskId, reply);
+  const bool isLoaded = Ask(*m_Parts.m_Scheduler, "GetTaskAttributes", taskId, reply);
   const auto* const attributes = FindOut<AStringMap>(reply, "attributes");
   Json line = {{"loaded", isLoaded}};
   if (!isLoaded || attributes == nullptr) {
@@ -200,12 +199,22 @@ Json TaskLines::ReportOn(const AString& taskId) {
   if (m_WithAttributes) {
     line["attributes"] = ToJson(*attributes);
   }
-  AMsgReply run;
-  Plugin* const handler = HandlerOf(TextAt(*attributes, "t1"));
-  if (handler != nullptr && Ask(*handler, "INoxCommandHandler", "GetRun", taskId, run)) {
-    line["run"] = ToJson(Out<AStringMap>(run, "run"));
-  }
+  AddRun(taskId, TextAt(*attributes, "t1"), line);
   return line;
+}
+
+// A handler that cannot be asked tells nothing, and the list goes on without.
+void TaskLines::AddRun(const AString& taskId, const AString& classId, Json& line) {
+  Plugin* const handler = HandlerOf(classId);
+  if (handler == nullptr) {
+    return;
+  }
+  AMsgReply reply;
+  AMsgIn request("INoxCommandHandler", "GetRun", reply);
+  handler->Send(request.Set("taskId", taskId));
+  if (!reply.IsError() && reply.Result() > 0) {
+    line["run"] = ToJson(Out<AStringMap>(reply, "run"));
+  }
 }
 
 // Null when the handler tells nothing of runs.

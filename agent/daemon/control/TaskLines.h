@@ -40,6 +40,7 @@ class TaskLines {
   std::string LineOf(const BaseSDK::AString& taskId);
   /// What is known of a task besides its document.
   Json ReportOn(const BaseSDK::AString& taskId);
+  void AddRun(const BaseSDK::AString& taskId, const BaseSDK::AString& classId, Json& line);
   /// The condition of the task's file; nothing when it does not tell whether the document changes.
   std::optional<FileIdentity> ConditionOf(const BaseSDK::AString& taskId) const;
   /// What the task's file says; nothing when there is no such task.

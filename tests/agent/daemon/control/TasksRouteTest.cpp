@@ -158,6 +158,22 @@ TEST_F(TasksRouteTest, ReadsADocumentBehindASymbolicLinkEachTime) {
   EXPECT_EQ(List()[0]["enabled"], false);
 }
 
+TEST_F(TasksRouteTest, AHandlerThatFailsToTellOfARunBreaksNothingOff) {
+  m_Agent.Add("command", "job_path=%installdir%/jobs\noutput_path=%installdir%/output\n",
+              "CommandHandler");
+  std::filesystem::create_directories(m_Agent.m_Dir / "state/jobs");
+  m_Agent.Load();
+  std::string task = TestAgent::DailyTask;
+  task.replace(task.find("0002}"), 4, "0003");
+  (void)m_Agent.Call("AddTask", {{"taskId", "a"}, {"taskXml", task}}, "scheduler");
+  (void)m_Agent.Call("AddTask", {{"taskId", "b"}, {"taskXml", TestAgent::DailyTask}}, "scheduler");
+  ASSERT_TRUE(m_Agent.m_Plugins.Find("command")->CloseQueue(60000));
+  const Json::List lines = List();
+  ASSERT_EQ(lines.size(), 2U);
+  EXPECT_EQ(lines[0].Find("error"), nullptr) << lines[0];
+  EXPECT_FALSE(lines[0].Has("run"));
+}
+
 TEST_F(TasksRouteTest, IsEmptyWithoutATask) {
   m_Agent.Load();
   EXPECT_EQ(Ids(), Texts());
