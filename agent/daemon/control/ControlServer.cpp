@@ -82,14 +82,15 @@ struct ControlServer::Impl final : ControlSession::Server {
 
   const ControlPatience& Patience() const override { return m_Patience; }
   void Answer(ApiRequest request, std::function<void(ApiResponse)> done) override;
-  void Produce(const BodyParts& parts, std::function<void(std::string)> done) override;
+  void Produce(const BodyParts& parts,
+               std::function<void(std::optional<std::string>)> done) override;
   bool BecomeStream(ControlSession::Socket& socket) override;
   bool MayKeep() const override;
   bool IsStopping() const override { return m_Stopping; }
   void CountError() override;
   void Ended(const std::shared_ptr<ControlSession>& session) override;
 
-  void GiveUpLater(const std::shared_ptr<Turn>& turn, const std::function<void(ApiResponse)>& done);
+  void GiveUpLater(const std::shared_ptr<Turn>& turn, std::function<void()> giveUp);
   void WaitForClient();
   void AcceptAll();
   void Admit(int fd);
@@ -140,7 +141,12 @@ void ControlServer::Impl::Answer(ApiRequest request, std::function<void(ApiRespo
   m_Requests.fetch_add(1, std::memory_order_relaxed);
   const auto turn = std::make_shared<Turn>(m_Io);
   if (++m_UnderWay > Workers) {
-    GiveUpLater(turn, done);
+    GiveUpLater(turn, [done] {
+      done(Api::ErrorResponse(RequestError(
+          HttpStatus::Unavailable, "busy",
+          "nothing was done: the requests before this one have not come back from their plug-ins; "
+          "try again later")));
+    });
   }
   asio::post(m_Workers, [this, turn, request = std::move(request), done = std::move(done)] {
     if (turn->Claim()) {
@@ -153,28 +159,34 @@ void ControlServer::Impl::Answer(ApiRequest request, std::function<void(ApiRespo
   });
 }
 
-void ControlServer::Impl::Produce(const BodyParts& parts, std::function<void(std::string)> done) {
-  ++m_UnderWay;
-  asio::post(m_Workers, [this, &parts, done = std::move(done)] {
-    asio::post(m_Io, [this, done, part = parts()] {
-      --m_UnderWay;
-      done(part);
-    });
+// Whoever claims the turn has `parts` for sure: its owner waits.
+void ControlServer::Impl::Produce(const BodyParts& parts,
+                                  std::function<void(std::optional<std::string>)> done) {
+  const auto turn = std::make_shared<Turn>(m_Io);
+  if (++m_UnderWay > Workers) {
+    GiveUpLater(turn, [done] { done(std::nullopt); });
+  }
+  asio::post(m_Workers, [this, turn, &parts, done = std::move(done)] {
+    if (turn->Claim()) {
+      asio::post(m_Io, [this, turn, done, part = parts()] {
+        (void)turn->m_Timer.cancel();
+        --m_UnderWay;
+        done(part);
+      });
+    }
   });
 }
 
 void ControlServer::Impl::GiveUpLater(const std::shared_ptr<Turn>& turn,
-                                      const std::function<void(ApiResponse)>& done) {
+                                      std::function<void()> giveUp) {
   (void)turn->m_Timer.expires_after(std::chrono::seconds(m_Patience.m_ToWait));
-  turn->m_Timer.async_wait([this, turn, done](const boost::system::error_code& error) {
-    if (!error && turn->Claim()) {
-      --m_UnderWay;
-      done(Api::ErrorResponse(RequestError(
-          HttpStatus::Unavailable, "busy",
-          "nothing was done: the requests before this one have not come back from their plug-ins; "
-          "try again later")));
-    }
-  });
+  turn->m_Timer.async_wait(
+      [this, turn, giveUp = std::move(giveUp)](const boost::system::error_code& error) {
+        if (!error && turn->Claim()) {
+          --m_UnderWay;
+          giveUp();
+        }
+      });
 }
 
 bool ControlServer::Impl::BecomeStream(ControlSession::Socket& socket) {

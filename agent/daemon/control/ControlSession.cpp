@@ -208,9 +208,21 @@ void ControlSession::WritePart(std::string bytes, bool isLast) {
 
 void ControlSession::ProducePart() {
   StopTimer();
-  m_Server.Produce(m_Parts, [self = shared_from_this()](const std::string& part) {
-    self->WritePart(ChunkedBody::Chunk(part), part.empty());
+  m_Server.Produce(m_Parts, [self = shared_from_this()](const std::optional<std::string>& part) {
+    if (part.has_value()) {
+      self->WritePart(ChunkedBody::Chunk(*part), part->empty());
+    } else {
+      self->BreakOff();
+    }
   });
+}
+
+void ControlSession::BreakOff() {
+  const RequestError error(HttpStatus::Unavailable, "busy",
+                           "the answer is not whole: the requests before it have not come back "
+                           "from their plug-ins; try again later");
+  WritePart(ChunkedBody::Chunk(Api::ErrorResponse(error).m_Body + "\n") + ChunkedBody::Chunk({}),
+            true);
 }
 
 void ControlSession::GoOn(bool keep) {

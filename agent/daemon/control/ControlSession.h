@@ -31,9 +31,10 @@ class ControlSession : public std::enable_shared_from_this<ControlSession> {
     virtual const ControlPatience& Patience() const = 0;
     /// Has the request answered elsewhere; `done` is called here with the answer.
     virtual void Answer(ApiRequest request, std::function<void(ApiResponse)> done) = 0;
-    /// Has the next part of a body made elsewhere; `done` is called here with it. The caller keeps
-    /// `parts` until then.
-    virtual void Produce(const BodyParts& parts, std::function<void(std::string)> done) = 0;
+    /// Has the next part of a body made elsewhere; `done` is called here with it, or with nothing
+    /// when nobody comes to make it. The caller keeps `parts` until then.
+    virtual void Produce(const BodyParts& parts,
+                         std::function<void(std::optional<std::string>)> done) = 0;
     /// Goes on with the connection as a stream of notifications. False when there are too many
     /// streams; `socket` is then as it was.
     virtual bool BecomeStream(Socket& socket) = 0;
@@ -74,6 +75,7 @@ class ControlSession : public std::enable_shared_from_this<ControlSession> {
   void WriteParts(const BodyParts& parts, bool keep);
   void WritePart(std::string bytes, bool isLast);
   void ProducePart();
+  void BreakOff();
   /// After the answer.
   void GoOn(bool keep);
   bool KeepsConnection() const;

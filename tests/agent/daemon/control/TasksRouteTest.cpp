@@ -8,12 +8,17 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
 #include <ctime>
 #include <filesystem>
+#include <memory>
 #include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
 
 using namespace std::chrono_literals;
 using TestSupport::Texts;
@@ -228,6 +233,41 @@ TEST_F(TasksRouteTest, ComesInChunksAndLeavesTheConnectionToTheNextRequest) {
   EXPECT_EQ(std::count(body.begin(), body.end(), '\n'), 5);
   EXPECT_EQ(StatusOf(answers), 200U) << answers.substr(0, 200);
   EXPECT_EQ(Json::Parse(BodyOf(answers))["version"], "test");
+}
+
+// As for any request: whoever waits for a thread hears of it.
+TEST_F(TasksRouteTest, EndsWithAnErrorWhenNoThreadComesFreeForItsNextPart) {
+  PutLargeTasks(50);
+  m_Agent.Add("one");
+  m_Agent.Serve({600, 600, 1, 600});
+  RawClient client(m_Agent.SocketPath());
+  (void)client.Send("GET /v1/tasks HTTP/1.1\r\n\r\n").ReadUntil("large0");
+  std::vector<std::unique_ptr<RawClient>> held;
+  for (unsigned number = 0; number < ControlServer::Workers; ++number) {
+    held.push_back(std::make_unique<RawClient>(m_Agent.SocketPath()));
+    held.back()->Send(
+        RawClient::Request("POST", "/v1/one/INoxTaskScheduler/GetTaskXML", R"({"taskId":"hold"})"));
+  }
+  const auto isHeld = [this] {
+    unsigned count = 0;
+    const std::string report = m_Agent.Report();
+    for (std::size_t at = 0; (at = report.find("holding", at)) != std::string::npos; ++at) {
+      ++count;
+    }
+    return count == ControlServer::Workers;
+  };
+  while (!isHeld()) {
+    std::this_thread::yield();
+  }
+  std::string rest;
+  EXPECT_NO_THROW(rest = client.ReadUntil("0\r\n\r\n")) << "the list waits for good";
+  EXPECT_NE(rest.find("busy"), std::string::npos);
+  // Open for writing until the last of them has come there to read.
+  const int pipe = ::open((m_Agent.m_Dir / "hold").c_str(), O_RDWR | O_CLOEXEC);
+  for (const auto& holder : held) {
+    EXPECT_EQ(StatusOf(holder->ReadAll()), 200U);
+  }
+  (void)::close(pipe);
 }
 
 TEST_F(TasksRouteTest, IsCutShortWhenTheAgentStops) {
