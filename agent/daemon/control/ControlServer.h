@@ -51,8 +51,9 @@ class ControlServer {
   /// Serves clients from now on, also those that have connected already. Call it once.
   void Start();
 
-  /// Takes no more requests, ends streams, and waits until the requests under way have been
-  /// answered, for `milliseconds` at most; false when one has not come back by then.
+  /// Takes no more requests, ends streams, cuts answers that are made in parts, and waits until all
+  /// other requests under way have been answered, for `milliseconds` at most; false when one has
+  /// not come back by then.
   bool Stop(unsigned long milliseconds);
 
   Counters Count() const;

@@ -145,7 +145,11 @@ void ControlSession::OnReadError(Error error) {
 }
 
 void ControlSession::OnAnswer(const ApiResponse& answer) {
-  if (answer.m_Parts) {
+  constexpr unsigned VersionWithChunks = 11;
+  if ((answer.m_Parts || answer.m_IsStream) && m_Parser->get().version() < VersionWithChunks) {
+    Refuse(RequestError(HttpStatus::OldVersion, "http-too-old",
+                        "this answer comes in chunks, which need HTTP/1.1"));
+  } else if (answer.m_Parts) {
     WriteParts(answer.m_Parts, KeepsConnection());
   } else if (!answer.m_IsStream) {
     Write(answer, KeepsConnection());

@@ -49,6 +49,7 @@ struct HttpStatus {
   static constexpr unsigned HeaderTooLarge = 431;
   static constexpr unsigned Internal = 500;
   static constexpr unsigned Unavailable = 503;
+  static constexpr unsigned OldVersion = 505;
   static constexpr unsigned NotWritten = 507;
 };
 

@@ -168,6 +168,7 @@ std::optional<FileIdentity> TaskLines::ConditionOf(const AString& taskId) const 
 // The file's condition is looked at before it is read: what is kept is of this one or a later one,
 // and a later one does not pass for this.
 std::optional<TaskGlance> TaskLines::DocumentOf(const AString& taskId) {
+  const long now = static_cast<long>(std::time(nullptr));
   const std::optional<FileIdentity> condition = ConditionOf(taskId);
   if (condition.has_value()) {
     if (auto known = m_Parts.m_Glances.Find(taskId, *condition)) {
@@ -180,7 +181,7 @@ std::optional<TaskGlance> TaskLines::DocumentOf(const AString& taskId) {
   }
   const TaskGlance glance = GlanceAt(Out<AString>(reply, "taskXml"));
   if (condition.has_value()) {
-    m_Parts.m_Glances.Keep(taskId, *condition, glance, std::time(nullptr));
+    m_Parts.m_Glances.Keep(taskId, *condition, glance, now);
   }
   return glance;
 }

@@ -19,8 +19,8 @@ class TaskGlances {
   /// What the task's file says; nothing when it was not read in this condition.
   std::optional<TaskGlance> Find(const BaseSDK::AString& taskId, const FileIdentity& identity) const
       NOX_EXCLUDES(m_Lock);
-  /// The file was read at `now`, in this condition or a later one. Nothing is kept of a file that
-  /// has changed so recently that another change might not show.
+  /// The file was read after `now`, in this condition or a later one. Nothing is kept of a file
+  /// that has changed so recently that another change might not show.
   void Keep(const BaseSDK::AString& taskId, const FileIdentity& identity, const TaskGlance& glance,
             long now) NOX_EXCLUDES(m_Lock);
   /// These are all the tasks that there are, in order: forgets others.
