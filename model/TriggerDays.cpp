@@ -1,6 +1,7 @@
 #include "model/TriggerDays.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <chrono>
 #include <cstdint>
@@ -25,15 +26,29 @@ Date DateOf(long day) {
           static_cast<int>(unsigned{date.day()}) - 1};
 }
 
+/// Months and days of the signed 32-bit range, and of the decades behind it that a search looks at,
+/// are not negative when they count from 1901. Every fourth year is a leap year there.
+constexpr unsigned YearsTo1970 = 69;
+constexpr unsigned DaysTo1970 = YearsTo1970 * 365 + YearsTo1970 / 4;
+
+unsigned MonthsSince1901(int month) {
+  return static_cast<unsigned>(month) + 12 * YearsTo1970;
+}
+
 /// The first day of a month counted from January 1970.
 long FirstDayOf(int month) {
-  const std::chrono::year_month first =
-      std::chrono::year(1970) / std::chrono::January + std::chrono::months(month);
-  return static_cast<long>(std::chrono::local_days(first / 1).time_since_epoch().count());
+  constexpr std::array<unsigned, 12> DaysBefore = {0,   31,  59,  90,  120, 151,
+                                                   181, 212, 243, 273, 304, 334};
+  constexpr unsigned March = 2;
+  const unsigned months = MonthsSince1901(month);
+  const unsigned year = months / 12;
+  const bool isPastLeapDay = year % 4 == 3 && months % 12 >= March;
+  const unsigned day = year * 365 + year / 4 + DaysBefore[months % 12] + (isPastLeapDay ? 1 : 0);
+  return static_cast<long>(day) - static_cast<long>(DaysTo1970);
 }
 
 int MonthOfYear(int month) {
-  return (month % 12 + 12) % 12;
+  return static_cast<int>(MonthsSince1901(month) % 12);
 }
 
 /// The first month at or after `month` that the mask of the months has; NoMonth without any.
@@ -45,9 +60,8 @@ int NextMonth(std::uint32_t monthsOfYear, int month) {
 
 /// 0 is Sunday.
 int WeekdayOf(long day) {
-  constexpr long FirstWeekday = 4;  // 1970-01-01 was a Thursday
-  const long weekday = (day + FirstWeekday) % 7;
-  return static_cast<int>(weekday < 0 ? weekday + 7 : weekday);
+  constexpr unsigned FirstWeekday = 2;  // 1901-01-01 was a Tuesday
+  return static_cast<int>((static_cast<unsigned>(day) + DaysTo1970 + FirstWeekday) % 7);
 }
 
 bool HasBit(std::uint32_t mask, int bit) {
