@@ -106,9 +106,8 @@ Json FilesRoute::TakeBack(const std::string& body) {
 
 // Goes through the same checks as if a client had added the task.
 Json FilesRoute::AddTask(const std::string& taskId, const std::string& document) {
-  const Json body = {{"taskId", taskId}, {"taskXml", document}};
-  Json answer = m_Operations.Answer(
-      "/v1/" + m_Store.Scheduler().ToUtf8() + "/INoxTaskScheduler/AddTask", {}, body.Dump());
+  Json answer = m_Operations.Perform(
+      *m_Operations.PrepareAddTask({{"taskId", taskId}, {"taskXml", document}}, false));
   if (answer.At("result").Long() < 1) {
     throw RequestError(HttpStatus::Internal, "operation-failed",
                        "the scheduler could not store the task; the refused file stays");

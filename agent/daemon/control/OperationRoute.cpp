@@ -11,8 +11,6 @@
 
 using BaseSDK::AString;
 using Corvane::AgentInterfacesV3::AInterfaceTable;
-using Corvane::AgentInterfacesV3::AMsgIn;
-using Corvane::AgentInterfacesV3::AMsgReply;
 namespace NoxAgent {
 namespace {
 
@@ -36,6 +34,12 @@ std::optional<std::array<std::string, 3>> Split(const std::string& path) {
                     path.substr(first + 1, second - first - 1), path.substr(second + 1)};
 }
 
+// The argument of the operation that is an enumeration's handle; null when it has none.
+const JsonMessage::Argument* HandleOf(const OperationCall& call) {
+  const JsonMessage::Argument* const handle = call.m_Operation.Find("handle");
+  return handle != nullptr && JsonMessage::IsHandle(*handle) ? handle : nullptr;
+}
+
 Json Describe(const std::vector<TaskDocumentProblem>& problems, const AString& jobProblem) {
   Json list = Json::List{};
   for (const TaskDocumentProblem& problem : problems) {
@@ -55,17 +59,6 @@ Json Describe(const std::vector<TaskDocumentProblem>& problems, const AString& j
 
 }  // namespace
 
-// One operation of a plug-in, from the path to the answer.
-struct OperationRoute::Call {
-  std::shared_ptr<Plugin> m_Plugin;
-  const AInterfaceTable& m_Table;
-  const AInterfaceTable::AOperation& m_Operation;
-  Json m_Body{};
-  AMsgReply m_Reply{};
-  long m_Client = 0;
-  AMsgIn m_Request{m_Table.m_Name, m_Operation.m_Name, m_Reply};
-};
-
 OperationRoute::OperationRoute(const Plugins& plugins, NotificationCenter& notifications,
                                EnumerationHandles& handles, const TaskStore& store)
     : m_Plugins(plugins),
@@ -80,25 +73,43 @@ bool OperationRoute::IsPath(const std::string& path) {
 
 Json OperationRoute::Answer(const std::string& path, const std::string& query,
                             const std::string& body, long client) {
-  Call call = Find(path);
-  call.m_Client = client;
-  const bool force = query == "force=1" && call.m_Operation.m_Name == "AddTask";
+  const std::unique_ptr<OperationCall> call = Find(path);
+  call->m_Client = client;
+  const bool force = query == "force=1" && call->m_Operation.m_Name == "AddTask";
   if (!query.empty() && !force) {
     throw RequestError(HttpStatus::BadRequest, "bad-query",
                        "of all operations only AddTask takes a query, force=1");
   }
-  call.m_Body = JsonMessage::ParseObject(body);
-  JsonMessage::Decode(call.m_Body, call.m_Operation, call.m_Request);
-  const auto problems = m_Border.Check(*call.m_Plugin, call.m_Request, force);
-  Json answer = Perform(call);
-  Json warnings = Describe(problems, m_Border.ProblemOfJob(call.m_Request, call.m_Reply));
+  Prepare(*call, JsonMessage::ParseObject(body), force);
+  return Perform(*call);
+}
+
+std::unique_ptr<OperationCall> OperationRoute::PrepareAddTask(const Json& arguments,
+                                                              bool force) const {
+  std::unique_ptr<OperationCall> call =
+      Find(Prefix + m_Store.Scheduler().ToUtf8() + "/INoxTaskScheduler/AddTask");
+  Prepare(*call, arguments, force);
+  return call;
+}
+
+void OperationRoute::Prepare(OperationCall& call, const Json& arguments, bool force) const {
+  JsonMessage::Decode(arguments, call.m_Operation, call.m_Request);
+  if (HandleOf(call) != nullptr) {
+    call.m_Token = JsonMessage::DecodeToken(arguments, "handle");
+  }
+  call.m_Problems = m_Border.Check(*call.m_Plugin, call.m_Request, force);
+}
+
+Json OperationRoute::Perform(OperationCall& call) {
+  Json answer = SendWithHandle(call);
+  Json warnings = Describe(call.m_Problems, m_Border.ProblemOfJob(call.m_Request, call.m_Reply));
   if (!warnings.Items().empty()) {
     answer["warnings"] = std::move(warnings);
   }
   return answer;
 }
 
-OperationRoute::Call OperationRoute::Find(const std::string& path) const {
+std::unique_ptr<OperationCall> OperationRoute::Find(const std::string& path) const {
   const auto [pluginName, interfaceName, operationName] = *Split(path);
   std::shared_ptr<Plugin> plugin = m_Plugins.Find(AString::FromUtf8(pluginName));
   if (plugin == nullptr) {
@@ -118,19 +129,19 @@ OperationRoute::Call OperationRoute::Find(const std::string& path) const {
                        AString("the interface %1 has no operation \"%2\"")
                            .Arg(Shown(interfaceName), Shown(operationName)));
   }
-  return {std::move(plugin), *table, *operation};
+  return std::make_unique<OperationCall>(std::move(plugin), *table, *operation);
 }
 
-Json OperationRoute::Perform(Call& call) {
-  const AInterfaceTable::AArgument* const handle = call.m_Operation.Find("handle");
-  if (handle == nullptr || !JsonMessage::IsHandle(*handle)) {
+Json OperationRoute::SendWithHandle(OperationCall& call) {
+  const JsonMessage::Argument* const handle = HandleOf(call);
+  if (handle == nullptr) {
     return Send(call);
   }
   return handle->IsOut() ? OpenEnumeration(call) : UseEnumeration(call);
 }
 
-Json OperationRoute::OpenEnumeration(Call& call) {
-  if (!JsonMessage::DecodeToken(call.m_Body, "handle").empty()) {
+Json OperationRoute::OpenEnumeration(OperationCall& call) {
+  if (!call.m_Token.empty()) {
     throw RequestError(HttpStatus::BadRequest, "handle-not-empty",
                        "an enumeration begins without a handle: leave it out");
   }
@@ -148,9 +159,8 @@ Json OperationRoute::OpenEnumeration(Call& call) {
   return answer;
 }
 
-Json OperationRoute::UseEnumeration(Call& call) {
-  EnumerationHandles::Use use(m_Handles, *call.m_Plugin,
-                              JsonMessage::DecodeToken(call.m_Body, "handle"),
+Json OperationRoute::UseEnumeration(OperationCall& call) {
+  EnumerationHandles::Use use(m_Handles, *call.m_Plugin, call.m_Token,
                               EnumerationHandles::Clock::now());
   call.m_Request.Set("handle", use.Handle());
   if (call.m_Operation.m_Name == "FindClose") {
@@ -159,7 +169,7 @@ Json OperationRoute::UseEnumeration(Call& call) {
   return Send(call);
 }
 
-Json OperationRoute::Send(Call& call) {
+Json OperationRoute::Send(OperationCall& call) {
   const WriteFailures failures;
   // A plug-in gets the agent's notifications on the agent thread only, also those that clients ask
   // for.

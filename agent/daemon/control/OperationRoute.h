@@ -1,6 +1,7 @@
 #pragma once
 
 #include "agent/daemon/control/EnumerationHandles.h"
+#include "agent/daemon/control/OperationCall.h"
 #include "agent/daemon/control/RequestError.h"
 #include "agent/daemon/control/TaskBorder.h"
 #include "agent/daemon/plugins/NotificationCenter.h"
@@ -8,6 +9,7 @@
 #include "agent/daemon/store/TaskStore.h"
 #include "agent/library/Json.h"
 
+#include <memory>
 #include <string>
 
 namespace NoxAgent {
@@ -30,14 +32,21 @@ class OperationRoute {
   Json Answer(const std::string& path, const std::string& query, const std::string& body,
               long client = 0);
 
- private:
-  struct Call;
+  // The same in two steps, for other routes that add tasks.
 
-  Call Find(const std::string& path) const;
-  Json Perform(Call& call);
-  Json OpenEnumeration(Call& call);
-  Json UseEnumeration(Call& call);
-  Json Send(Call& call);
+  /// A request to the scheduler for AddTask that has passed the border; nothing was sent yet.
+  /// Throws RequestError. REQUIRES: the agent has a scheduler.
+  std::unique_ptr<OperationCall> PrepareAddTask(const Json& arguments, bool force) const;
+  /// Sends what was prepared, once, and gives what Answer does. Throws RequestError.
+  Json Perform(OperationCall& call);
+
+ private:
+  std::unique_ptr<OperationCall> Find(const std::string& path) const;
+  void Prepare(OperationCall& call, const Json& arguments, bool force) const;
+  Json SendWithHandle(OperationCall& call);
+  Json OpenEnumeration(OperationCall& call);
+  Json UseEnumeration(OperationCall& call);
+  Json Send(OperationCall& call);
 
   const Plugins& m_Plugins;
   NotificationCenter& m_Notifications;

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "agent/daemon/plugins/Plugin.h"
+#include "agent/document/TaskDocumentProblem.h"
+
+#include <AgentInterfacesV3/AInterfaceTable.h>
+#include <AgentInterfacesV3/AMsgIn.h>
+#include <AgentInterfacesV3/AMsgReply.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace NoxAgent {
+
+/// A request for one operation of a plug-in, and the place for the reply. OperationRoute fills it.
+struct OperationCall {
+  using Table = Corvane::AgentInterfacesV3::AInterfaceTable;
+
+  OperationCall(std::shared_ptr<Plugin> plugin, const Table& table,
+                const Table::AOperation& operation)
+      : m_Plugin(std::move(plugin)),
+        m_Operation(operation),
+        m_Request(table.m_Name, operation.m_Name, m_Reply) {}
+  // The request refers to the reply.
+  OperationCall(const OperationCall&) = delete;
+  OperationCall& operator=(const OperationCall&) = delete;
+
+  const std::shared_ptr<Plugin> m_Plugin;
+  const Table::AOperation& m_Operation;
+  /// The enumeration that the client names; empty when it names none.
+  std::string m_Token;
+  long m_Client = 0;  ///< the process that asks, 0 when that is not known
+  /// What the border found odd.
+  std::vector<TaskDocumentProblem> m_Problems;
+  Corvane::AgentInterfacesV3::AMsgReply m_Reply;
+  Corvane::AgentInterfacesV3::AMsgIn m_Request;
+};
+
+}  // namespace NoxAgent
