@@ -3,6 +3,7 @@
 #include "agent/daemon/control/RequestError.h"
 #include "agent/document/AsciiDocument.h"
 #include "agent/document/TaskDocumentCheck.h"
+#include "agent/document/TaskId.h"
 
 #include <AgentInterfacesV3/InterfaceIds.h>
 #include <BaseSDK/AText.h>
@@ -37,37 +38,8 @@ AString HandlerOf(const AString& document) {
   return BaseSDK::AXmlDoc(document).SelectSingleNode("//HandlerCLSID/text()");
 }
 
-// What URL encoding leaves unchanged: the scheduler reports runs by the encoded ID.
-bool IsUnreserved(wchar_t character) {
-  return (character >= L'a' && character <= L'z') || (character >= L'A' && character <= L'Z') ||
-         (character >= L'0' && character <= L'9') || character == L'-' || character == L'.' ||
-         character == L'_' || character == L'~';
-}
-
-// Why no task may have this ID, as words that follow it; empty when one may.
-AString FaultOf(const AString& taskId, const AString& extension) {
-  if (taskId.IsEmpty()) {
-    return "is empty";
-  }
-  if (taskId.Length() > TaskBorder::MaxTaskIdLength) {
-    return "is longer than 200 characters";
-  }
-  for (std::size_t index = 0; index < taskId.Length(); ++index) {
-    if (!IsUnreserved(taskId[index])) {
-      return "may hold letters, digits, \"-\", \".\", \"_\" and \"~\" of ASCII only";
-    }
-  }
-  if (taskId[0] == L'.') {
-    return "must not begin with a dot";
-  }
-  if (!extension.IsEmpty() && taskId.Find(extension) != AString::npos) {
-    return AString("must not contain \"%1\", the extension of task files").Arg(extension);
-  }
-  return {};
-}
-
 void CheckTaskId(const AString& taskId, const AString& extension) {
-  if (const AString fault = FaultOf(taskId, extension); !fault.IsEmpty()) {
+  if (const AString fault = FaultOfTaskId(taskId, extension); !fault.IsEmpty()) {
     throw RequestError(HttpStatus::Unprocessable, "bad-task-id",
                        AString("the task ID \"%1\" %2").Arg(taskId.Left(250), fault));
   }
@@ -127,10 +99,6 @@ RequestError::Place PlaceOf(const AString& document, const AString& tag) {
 }  // namespace
 
 TaskBorder::TaskBorder(const Plugins& plugins) : m_Plugins(plugins) {}
-
-bool TaskBorder::IsTaskId(const AString& taskId, const AString& extension) {
-  return FaultOf(taskId, extension).IsEmpty();
-}
 
 std::vector<TaskDocumentProblem> TaskBorder::Check(Plugin& scheduler, AMsgIn& request,
                                                    bool force) const {

@@ -16,14 +16,8 @@ namespace NoxAgent {
 /// nearly everything; what it cannot use it drops, cuts off or never runs, without a word.
 class TaskBorder {
  public:
-  /// In characters; an ID becomes a file name.
-  static constexpr std::size_t MaxTaskIdLength = 200;
-
   /// `plugins` are the plug-ins whose handlers a task may name; borrowed.
   explicit TaskBorder(const Plugins& plugins);
-
-  /// Whether a task may have this ID. `extension` is that of task files.
-  static bool IsTaskId(const BaseSDK::AString& taskId, const BaseSDK::AString& extension);
 
   /// Checks a request for INoxTaskScheduler of `scheduler`; one for any other interface passes.
   /// Throws RequestError. With `force` a document passes also when its task would never run. The

@@ -2,8 +2,8 @@
 
 #include "agent/daemon/control/JsonMessage.h"
 #include "agent/daemon/control/ReplyError.h"
-#include "agent/daemon/control/TaskBorder.h"
 #include "agent/document/TaskGlance.h"
+#include "agent/document/TaskId.h"
 
 #include <AgentInterfacesV3/AMsgIn.h>
 #include <AgentInterfacesV3/AMsgReply.h>
@@ -94,7 +94,7 @@ class Enumeration {
 std::vector<AString> IdsOf(Plugin& scheduler, const AString& extension) {
   std::vector<AString> ids;
   for (Enumeration tasks(scheduler); tasks.Id().has_value(); tasks.Next()) {
-    if (TaskBorder::IsTaskId(*tasks.Id(), extension)) {
+    if (FaultOfTaskId(*tasks.Id(), extension).IsEmpty()) {
       ids.push_back(*tasks.Id());
     }
   }
