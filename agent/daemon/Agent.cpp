@@ -46,7 +46,7 @@ Agent::Agent(const Options& options, Environment environment, Settings settings)
       m_Lifecycle(m_Plugins, m_Notifications, m_Host, m_HandlerCalls, m_Handles, m_Store),
       m_Operations(m_Plugins, m_Notifications, m_Handles, m_Store),
       m_Files(m_Store, m_Operations),
-      m_Tasks(m_Plugins, m_Store),
+      m_Tasks(m_Plugins, m_Store, m_Operations),
       m_Api(m_Operations, m_Files, m_Tasks, m_Notifications,
             {[this](bool withTasks) { return Status(withTasks); }, [this] { return Refresh(); }}) {}
 

@@ -53,7 +53,7 @@ struct World {
   EnumerationHandles m_Handles;
   OperationRoute m_Operations{m_Plugins, m_Notifications, m_Handles, m_Store};
   FilesRoute m_Files{m_Store, m_Operations};
-  TasksRoute m_Tasks{m_Plugins, m_Store};
+  TasksRoute m_Tasks{m_Plugins, m_Store, m_Operations};
   Api m_Api{m_Operations,
             m_Files,
             m_Tasks,

@@ -1,6 +1,6 @@
 #include "agent/daemon/control/Api.h"
 
-#include "agent/daemon/AgentError.h"
+#include "agent/daemon/control/ErrorAnswer.h"
 #include "agent/daemon/control/JsonMessage.h"
 #include "agent/daemon/control/RequestBody.h"
 #include "agent/daemon/process/AgentLog.h"
@@ -22,6 +22,7 @@ RequestError UnknownPath(const std::string& path) {
 
 constexpr const char* WithTasks = "tasks=1";
 constexpr const char* WithAttributes = "attributes=1";
+constexpr const char* WithForce = "force=1";
 
 RequestError BadQuery(const char* known) {
   return RequestError(HttpStatus::BadRequest, "bad-query",
@@ -45,22 +46,6 @@ ApiResponse Ok(const Json& answer) {
   return {HttpStatus::Ok, JsonMessage::Dump(answer)};
 }
 
-// What a request is answered with that has failed. REQUIRES: a std::exception is being handled.
-RequestError CaughtError(const std::string& target) {
-  try {
-    throw;
-  } catch (const RequestError& error) {
-    return error;
-  } catch (const AgentError& error) {
-    return RequestError(HttpStatus::Unprocessable, "refused", error.what());
-  } catch (const std::exception& error) {
-    ALOG(AgentLog(), BaseSDK::ALogger::Error, "Api",
-         AString("The request %1 failed: %2")
-             .Arg(AString::FromUtf8(target).Left(200), error.what()));
-    return RequestError(HttpStatus::Internal, "failed", error.what());
-  }
-}
-
 // The status is with the client already when a part fails.
 BodyParts EndingWithErrors(BodyParts parts, const std::string& target) {
   return [parts = std::move(parts), target, hasFailed = false]() mutable -> std::string {
@@ -68,7 +53,7 @@ BodyParts EndingWithErrors(BodyParts parts, const std::string& target) {
       return hasFailed ? std::string() : parts();
     } catch (const std::exception&) {
       hasFailed = true;
-      return Api::ErrorResponse(CaughtError(target)).m_Body + "\n";
+      return Api::ErrorResponse(CaughtError(AString::FromUtf8(target))).m_Body + "\n";
     }
   };
 }
@@ -113,17 +98,12 @@ ApiResponse Api::Answer(const ApiRequest& request) {
   try {
     return Route(request);
   } catch (const std::exception&) {
-    return ErrorResponse(CaughtError(request.m_Target));
+    return ErrorResponse(CaughtError(AString::FromUtf8(request.m_Target)));
   }
 }
 
 ApiResponse Api::ErrorResponse(const RequestError& error) {
-  Json body = {{"code", error.Code()}, {"message", error.what()}};
-  if (error.Where().has_value()) {
-    body["line"] = error.Where()->m_Line;
-    body["column"] = error.Where()->m_Column;
-  }
-  return {error.Status(), JsonMessage::Dump({{"error", body}})};
+  return {error.Status(), JsonMessage::Dump({{"error", ErrorJson(error)}})};
 }
 
 ApiResponse Api::Route(const ApiRequest& request) {
@@ -157,6 +137,8 @@ ApiResponse Api::Fixed(const ApiRequest& request, const Target& target) {
          return ApiResponse{
              HttpStatus::Ok, {}, {}, false, EndingWithErrors(std::move(parts), request.m_Target)};
        }},
+      {"/v1/tasks/add", "POST", WithForce,
+       [&] { return Ok(m_Tasks.Add(request.m_Body, target.m_Query == WithForce)); }},
       {"/v1/refresh", "POST", nullptr, [&] { return Refresh(); }},
       {"/v1/notify", "POST", nullptr, [&] { return Notify(request.m_Body); }},
       {"/v1/files", "GET", nullptr, [&] { return Ok(m_Files.List()); }},

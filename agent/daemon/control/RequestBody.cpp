@@ -59,4 +59,16 @@ AString RequestBody::Text(const char* name, const std::optional<AString>& fallba
   return AString::FromUtf8(found->Text());
 }
 
+const Json::List& RequestBody::Items(const char* name) const {
+  const Json* const found = m_Members.Find(name);
+  if (found == nullptr) {
+    throw Missing(name);
+  }
+  if (!found->IsList()) {
+    throw RequestError(HttpStatus::BadRequest, "mistyped-argument",
+                       AString("\"%1\" is to be a list").Arg(name));
+  }
+  return found->Items();
+}
+
 }  // namespace NoxAgent

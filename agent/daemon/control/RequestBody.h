@@ -21,6 +21,8 @@ class RequestBody {
   long Number(const char* name, std::optional<long> fallback = std::nullopt) const;
   BaseSDK::AString Text(const char* name,
                         const std::optional<BaseSDK::AString>& fallback = std::nullopt) const;
+  /// A list; it must be there.
+  const Json::List& Items(const char* name) const;
 
  private:
   Json m_Members;

@@ -2,9 +2,11 @@
 
 #include <BaseSDK/AString.h>
 
+#include <cstddef>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace NoxAgent {
 
@@ -17,6 +19,12 @@ class RequestError : public std::runtime_error {
     unsigned m_Column;
   };
 
+  /// Which one of several tasks.
+  struct Task {
+    std::size_t m_Index;  ///< in the request, from 0
+    std::string m_Id;     ///< as it was given; empty when it was not
+  };
+
   /// `code` is for programs, such as "bad-task-id"; docs/http.md lists them.
   RequestError(unsigned status, std::string code, const BaseSDK::AString& message,
                std::optional<Place> place = std::nullopt)
@@ -25,14 +33,23 @@ class RequestError : public std::runtime_error {
         m_Code(std::move(code)),
         m_Place(place) {}
 
+  /// The same error as that of one task among several.
+  RequestError OfTask(Task task) const {
+    RequestError error = *this;
+    error.m_Task = std::move(task);
+    return error;
+  }
+
   unsigned Status() const { return m_Status; }
   const std::string& Code() const { return m_Code; }
   const std::optional<Place>& Where() const { return m_Place; }
+  const std::optional<Task>& InTask() const { return m_Task; }
 
  private:
   unsigned m_Status;
   std::string m_Code;
   std::optional<Place> m_Place;
+  std::optional<Task> m_Task;
 };
 
 /// The statuses in use.

@@ -1,23 +1,131 @@
 #include "agent/daemon/control/TasksRoute.h"
 
+#include "agent/daemon/control/ErrorAnswer.h"
+#include "agent/daemon/control/RequestBody.h"
 #include "agent/daemon/control/RequestError.h"
 #include "agent/daemon/control/TaskLines.h"
 
-#include <memory>
+#include <map>
+#include <vector>
+
+using BaseSDK::AString;
 
 namespace NoxAgent {
+namespace {
 
-TasksRoute::TasksRoute(const Plugins& plugins, const TaskStore& store)
-    : m_Plugins(plugins), m_Store(store) {}
+// The arguments of AddTask for an item of the list. The operation needs an ID, if an empty one.
+Json ArgumentsIn(const Json& item) {
+  if (!item.IsObject()) {
+    throw RequestError(HttpStatus::BadRequest, "mistyped-argument",
+                       "\"tasks\" is to be a list of objects");
+  }
+  Json arguments = item;
+  if (!item.Has("taskId")) {
+    arguments["taskId"] = "";
+  }
+  return arguments;
+}
 
-BodyParts TasksRoute::List(bool withAttributes) {
-  const std::shared_ptr<Plugin> scheduler = m_Plugins.Find(m_Store.Scheduler());
+// As far as it is one, and cut: it comes from outside.
+std::string IdIn(const Json& item) {
+  const Json* const id = item.Find("taskId");
+  return id != nullptr && id->IsText() ? AString::FromUtf8(id->Text()).Left(250).ToUtf8()
+                                       : std::string();
+}
+
+// The tasks of a request, from the body to what became of each.
+class TaskAddition {
+ public:
+  TaskAddition(OperationRoute& operations, bool force) : m_Operations(operations), m_Force(force) {}
+
+  // Throws RequestError when the item is no task to be added.
+  void Prepare(const Json& item) {
+    const RequestError::Task task{m_Tasks.size(), IdIn(item)};
+    try {
+      m_Tasks.push_back({task.m_Id, m_Operations.PrepareAddTask(ArgumentsIn(item), m_Force)});
+      RefuseSecond(task);
+    } catch (const RequestError& error) {
+      throw error.OfTask(task);
+    }
+  }
+
+  // One that cannot be added does not keep the others back.
+  Json Perform() {
+    Json outcomes = Json::List{};
+    for (const Task& task : m_Tasks) {
+      try {
+        outcomes.Append(Add(task));
+      } catch (const std::exception&) {
+        const RequestError error = CaughtError("/v1/tasks/add");
+        outcomes.Append({{"taskId", task.m_Id}, {"error", ErrorJson(error)}});
+      }
+    }
+    return {{"tasks", std::move(outcomes)}};
+  }
+
+ private:
+  struct Task {
+    std::string m_Id;
+    std::unique_ptr<OperationCall> m_Call;
+  };
+
+  void RefuseSecond(const RequestError::Task& task) {
+    if (task.m_Id.empty()) {
+      return;
+    }
+    const auto [first, isFirst] = m_Indices.emplace(task.m_Id, task.m_Index);
+    if (!isFirst) {
+      throw RequestError(
+          HttpStatus::Unprocessable, "duplicate-task-id",
+          AString("the task ID \"%1\" is that of another task of the request, the "
+                  "one with the index %2")
+              .Arg(AString::FromUtf8(task.m_Id), AString().SetNum(first->second, 'u')));
+    }
+  }
+
+  Json Add(const Task& task) {
+    const Json answer = m_Operations.Perform(*task.m_Call);
+    if (answer.At("result").Long() < 1) {
+      throw RequestError(HttpStatus::Internal, "operation-failed",
+                         "the scheduler could not store the task; see that its directory can be "
+                         "written and has room");
+    }
+    return {{"taskId", answer.At("out").At("newTaskId")}, {"warnings", answer.Items("warnings")}};
+  }
+
+  OperationRoute& m_Operations;
+  const bool m_Force;
+  std::vector<Task> m_Tasks;
+  std::map<std::string, std::size_t> m_Indices;
+};
+
+}  // namespace
+
+TasksRoute::TasksRoute(const Plugins& plugins, const TaskStore& store, OperationRoute& operations)
+    : m_Plugins(plugins), m_Store(store), m_Operations(operations) {}
+
+std::shared_ptr<Plugin> TasksRoute::Scheduler() const {
+  std::shared_ptr<Plugin> scheduler = m_Plugins.Find(m_Store.Scheduler());
   if (m_Store.Files() == nullptr || scheduler == nullptr) {
     throw RequestError(HttpStatus::NotFound, "no-scheduler", "the agent has no task scheduler");
   }
+  return scheduler;
+}
+
+BodyParts TasksRoute::List(bool withAttributes) {
   const auto lines = std::make_shared<TaskLines>(
-      TaskLines::Parts{m_Plugins, scheduler, *m_Store.Files(), m_Glances}, withAttributes);
+      TaskLines::Parts{m_Plugins, Scheduler(), *m_Store.Files(), m_Glances}, withAttributes);
   return [lines] { return lines->Next(); };
+}
+
+Json TasksRoute::Add(const std::string& body, bool force) {
+  (void)Scheduler();
+  const RequestBody arguments(body, {"tasks"});
+  TaskAddition addition(m_Operations, force);
+  for (const Json& item : arguments.Items("tasks")) {
+    addition.Prepare(item);
+  }
+  return addition.Perform();
 }
 
 }  // namespace NoxAgent

@@ -1,27 +1,42 @@
 #pragma once
 
 #include "agent/daemon/control/BodyParts.h"
+#include "agent/daemon/control/OperationRoute.h"
 #include "agent/daemon/plugins/Plugins.h"
 #include "agent/daemon/store/TaskGlances.h"
 #include "agent/daemon/store/TaskStore.h"
+#include "agent/library/Json.h"
+
+#include <memory>
+#include <string>
 
 namespace NoxAgent {
 
-/// The route GET /v1/tasks: all tasks in one answer. docs/http.md describes it.
+/// The routes GET /v1/tasks, all tasks in one answer, and POST /v1/tasks/add, many new ones in one
+/// request. docs/http.md describes them.
 ///
 /// Any number of threads may ask at once.
 class TasksRoute {
  public:
-  TasksRoute(const Plugins& plugins, const TaskStore& store);
+  TasksRoute(const Plugins& plugins, const TaskStore& store, OperationRoute& operations);
 
   /// A line of JSON for each task of the scheduler, in the order of the IDs; with the scheduler's
   /// attributes when asked. Throws RequestError,
   /// and so do the parts.
   BodyParts List(bool withAttributes);
 
+  /// Adds the tasks of {"tasks": [{"taskId", "taskXml"}, ...]}, in their order, after all of them
+  /// have passed the border. {"tasks": [...]} with what became of each. Throws RequestError, OfTask
+  /// where one task is to blame; nothing was added then.
+  Json Add(const std::string& body, bool force);
+
  private:
+  /// Throws RequestError when there is none.
+  std::shared_ptr<Plugin> Scheduler() const;
+
   const Plugins& m_Plugins;
   const TaskStore& m_Store;
+  OperationRoute& m_Operations;
   TaskGlances m_Glances;
 };
 

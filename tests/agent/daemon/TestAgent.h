@@ -77,7 +77,7 @@ class TestAgent {
   PluginLifecycle m_Lifecycle;
   OperationRoute m_Operations{m_Plugins, m_Notifications, m_Handles, m_Store};
   FilesRoute m_Files{m_Store, m_Operations};
-  TasksRoute m_Tasks{m_Plugins, m_Store};
+  TasksRoute m_Tasks{m_Plugins, m_Store, m_Operations};
   Api m_Api;
   std::unique_ptr<ControlSocket> m_Socket;
   std::unique_ptr<ControlServer> m_Server;
