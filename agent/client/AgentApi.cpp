@@ -1,8 +1,9 @@
 #include "agent/client/AgentApi.h"
 
-#include "agent/client/ExitCode.h"
-
 #include <BaseSDK/AString.h>
+
+#include <algorithm>
+#include <span>
 
 namespace NoxAgent {
 
@@ -12,6 +13,11 @@ constexpr unsigned HttpOk = 200;
 constexpr unsigned HttpUnprocessable = 422;
 constexpr const char* BadTaskId = "bad-task-id";
 constexpr const char* Scheduler = "/v1/scheduler/INoxTaskScheduler/";
+constexpr const char* AddTarget = "/v1/tasks/add";
+// In bytes; the agent takes half as much again.
+constexpr std::size_t MaxAddBody = 1024 * 1024;
+// So that the answer comes within the time that an answer may take, on a slow disk as well.
+constexpr std::size_t MaxAddedAtOnce = 200;
 constexpr const char* LatestRunTarget = "/v1/command/INoxCommandHandler/GetRun";
 
 // "message (line 3, column 7)"
@@ -45,13 +51,18 @@ std::optional<Json> ObjectIn(const std::string& text) {
   }
 }
 
+// What an answer that is none says; nothing when it says nothing.
+std::optional<Json> ErrorIn(const HttpResponse& response) {
+  const auto body = ObjectIn(response.m_Body);
+  const Json* const error = body ? body->Find("error") : nullptr;
+  return error != nullptr && error->IsObject() ? std::optional<Json>(*error) : std::nullopt;
+}
+
 Json Answer(const HttpResponse& response) {
   if (response.m_Status == HttpOk) {
     return response.m_Body.empty() ? Json::Object{} : Json::Parse(response.m_Body);
   }
-  const auto body = ObjectIn(response.m_Body);
-  const Json* const error = body ? body->Find("error") : nullptr;
-  if (error != nullptr && error->IsObject()) {
+  if (const auto error = ErrorIn(response)) {
     throw Refusal(response.m_Status, *error);
   }
   throw CommandError(ExitCode::Failed, "the agent answers with HTTP status " +
@@ -133,6 +144,46 @@ std::vector<std::string> JobWarningsIn(const Json& answer) {
   return texts;
 }
 
+struct AddBody {
+  std::string m_Text;
+  std::size_t m_Tasks = 0;
+};
+
+// For the first of the tasks: as many as it has room for, but for one at least.
+AddBody BodyToAdd(std::span<const AgentApi::NewTask> tasks) {
+  AddBody body{"{\"tasks\":["};
+  for (const AgentApi::NewTask& task : tasks.first(std::min(tasks.size(), MaxAddedAtOnce))) {
+    const std::string text = BodyOf({{"taskId", task.m_Id}, {"taskXml", task.m_Xml}});
+    if (body.m_Tasks > 0 && body.m_Text.size() + text.size() + 3 >= MaxAddBody) {
+      break;
+    }
+    body.m_Text += (body.m_Tasks > 0 ? "," : "") + text;
+    ++body.m_Tasks;
+  }
+  body.m_Text += "]}";
+  return body;
+}
+
+// `first` is the first task of the request, which has so many.
+void ThrowIfTaskRefused(const HttpResponse& response, std::size_t first, std::size_t tasks) {
+  const auto error = response.m_Status == HttpOk ? std::nullopt : ErrorIn(response);
+  const long index = error ? error->Long("index", -1) : -1;
+  if (index >= 0 && static_cast<std::size_t>(index) < tasks) {
+    throw TaskRefusal(Refusal(response.m_Status, *error), first + static_cast<std::size_t>(index));
+  }
+}
+
+AgentApi::AddedTask AddedTaskIn(const Json& outcome) {
+  AgentApi::AddedTask task;
+  if (const Json* const error = outcome.Find("error")) {
+    task.m_Error = Refusal(HttpOk, *error);
+  } else {
+    task.m_Id = outcome.At("taskId").Text();
+    task.m_JobWarnings = JobWarningsIn(outcome);
+  }
+  return task;
+}
+
 }  // namespace
 
 HttpConnection& AgentApi::Connection() {
@@ -142,22 +193,26 @@ HttpConnection& AgentApi::Connection() {
   return *m_Connection;
 }
 
-Json AgentApi::Call(const std::string& operation, const Json& arguments, const std::string& query) {
-  return Answer(Connection().Post(Scheduler + operation + query, BodyOf(arguments)));
+Json AgentApi::Call(const std::string& operation, const Json& arguments) {
+  return Answer(Connection().Post(Scheduler + operation, BodyOf(arguments)));
 }
 
 HttpResponse AgentApi::PostAbout(const std::string& target, const std::string& taskId) {
   return Connection().Post(target, BodyOf({{"taskId", taskId}}));
 }
 
-AgentApi::AddedTask AgentApi::AddTask(const std::string& id, const std::string& xml, bool force) {
-  const Json answer = Call("AddTask", {{"taskId", id}, {"taskXml", xml}}, force ? "?force=1" : "");
-  if (ResultOf(answer) < 1) {
-    throw CommandError(ExitCode::Failed,
-                       "the scheduler could not store the task; see that its directory can be "
-                       "written and has room");
+void AgentApi::AddTasks(const std::vector<NewTask>& tasks, bool force, const TakeAddedTask& take) {
+  const std::string target = AddTarget + std::string(force ? "?force=1" : "");
+  for (std::size_t first = 0; first < tasks.size();) {
+    const AddBody body = BodyToAdd(std::span(tasks).subspan(first));
+    const HttpResponse response = Connection().Post(target, body.m_Text);
+    ThrowIfTaskRefused(response, first, body.m_Tasks);
+    const Json answer = Answer(response);
+    for (std::size_t index = 0; index < body.m_Tasks; ++index) {
+      take(first + index, AddedTaskIn(answer.At("tasks").At(index)));
+    }
+    first += body.m_Tasks;
   }
-  return {OutText(answer, "newTaskId"), JobWarningsIn(answer)};
 }
 
 std::vector<std::string> AgentApi::TaskIds() {

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "agent/client/ExitCode.h"
 #include "agent/client/HttpConnection.h"
 #include "agent/client/TaskSummary.h"
 #include "agent/library/Json.h"
 
+#include <cstddef>
 #include <functional>
 #include <map>
 #include <memory>
@@ -12,6 +14,18 @@
 #include <vector>
 
 namespace NoxAgent {
+
+/// The agent finds fault with one of the tasks that it is to add.
+class TaskRefusal : public CommandError {
+ public:
+  TaskRefusal(const CommandError& error, std::size_t index) : CommandError(error), m_Index(index) {}
+
+  /// Which of the tasks it is.
+  std::size_t Index() const { return m_Index; }
+
+ private:
+  std::size_t m_Index;
+};
 
 /// The agent as noxctl sees it: plain calls, each of which sends a request to the control socket,
 /// or one request for each ID. docs/http.md describes the requests.
@@ -26,14 +40,24 @@ class AgentApi {
  public:
   explicit AgentApi(std::string socketPath) : m_SocketPath(std::move(socketPath)) {}
 
+  struct NewTask {
+    std::string m_Id;   ///< empty: the agent invents one
+    std::string m_Xml;  ///< in ASCII
+  };
+  /// What became of it.
   struct AddedTask {
     std::string m_Id;  ///< under which it is stored
     /// What is wrong with the task's job, a sentence each.
     std::vector<std::string> m_JobWarnings;
+    /// When the agent could not add it as it is to be; nothing else is told then.
+    std::optional<CommandError> m_Error;
   };
-  /// Adds the task, or replaces the one of this ID. With `force` the agent takes also a document
-  /// that never runs.
-  AddedTask AddTask(const std::string& id, const std::string& xml, bool force);
+  using TakeAddedTask = std::function<void(std::size_t index, const AddedTask&)>;
+  /// Adds the tasks, or replaces those of their IDs, with a request for as many as one has room
+  /// for, and hands over what became of each, in their order. With `force` the agent takes also
+  /// documents that never run. Throws TaskRefusal when the agent finds fault with one of them:
+  /// nothing of its request was added and nothing behind it was sent.
+  void AddTasks(const std::vector<NewTask>& tasks, bool force, const TakeAddedTask& take);
   std::vector<std::string> TaskIds();  ///< in alphabetical order
   /// The task's document; nothing when there is no such task, or when `id` cannot be a task's ID.
   std::optional<std::string> TaskXml(const std::string& id);
@@ -87,7 +111,7 @@ class AgentApi {
 
  private:
   /// The whole answer to an operation of the scheduler: "result" and "out".
-  Json Call(const std::string& operation, const Json& arguments, const std::string& query = {});
+  Json Call(const std::string& operation, const Json& arguments);
   HttpResponse PostAbout(const std::string& target, const std::string& taskId);
   HttpConnection& Connection();
 

@@ -61,8 +61,8 @@ TEST_F(Client, CheckJobFindsNoFaultWithTheExamples) {
 
 TEST_F(Client, AddTellsWhatTheAgentFindsWrongWithTheJob) {
   m_Agent.AnswerAlways(
-      200, R"({"result":1,"out":{"newTaskId":"t"},"warnings":[{"line":1,"column":2,"message":"m",)"
-           R"("effect":"e","mend":"x"},{"message":"no job","effect":"fails","mend":"write it"}]})");
+      200, R"({"tasks":[{"taskId":"t","warnings":[{"line":1,"column":2,"message":"m","effect":"e",)"
+           R"("mend":"x"},{"message":"no job","effect":"fails","mend":"write it"}]}]})");
   EXPECT_EQ(0, Run({"add", "-"}, TaskXml("<Trigger Type=\"-1\"/>")));
   EXPECT_EQ("t\n", Out());
   EXPECT_EQ("noxctl: warning: no job; fails; write it\n", Err());

@@ -9,57 +9,6 @@
 
 namespace NoxAgentTest {
 
-TEST_F(Client, AddSendsTheDocumentAndPrintsTheInventedId) {
-  EXPECT_EQ(0, Run({"add", FileWith(TaskXml(NowTrigger))})) << Err();
-  EXPECT_EQ("corvane_task_1\n", Out());
-  ASSERT_EQ(1U, m_Agent.Requests().size());
-  const FakeRequest request = m_Agent.Requests()[0];
-  EXPECT_EQ("POST", request.m_Method);
-  EXPECT_EQ("/v1/scheduler/INoxTaskScheduler/AddTask", request.m_Target);
-  EXPECT_EQ(Json({{"taskId", ""}, {"taskXml", TaskXml(NowTrigger)}}), request.m_Body);
-}
-
-TEST_F(Client, AddReadsStandardInputAndTakesAnId) {
-  EXPECT_EQ(0, Run({"add", "-", "--id", "T1", "--json"}, TaskXml(NowTrigger))) << Err();
-  EXPECT_EQ(Json({{"id", "T1"}}), JsonOut());
-}
-
-TEST_F(Client, AddSendsAsciiAlone) {
-  EXPECT_EQ(0, Run({"add", "-"}, TaskXml("<Trigger Type=\"-1\" Description=\"\xC3\xA9\"/>")));
-  const std::string sent = m_Agent.Requests()[0].m_Body["taskXml"].Text();
-  EXPECT_NE(std::string::npos, sent.find("\"&#233;\"")) << sent;
-}
-
-TEST_F(Client, AddRefusesWhatNeverRunsUnlessForced) {
-  const std::string file = FileWith(TaskXml(DeadTrigger));
-  EXPECT_EQ(2, Run({"add", file}));
-  ExpectError("type 6 is for events");
-  EXPECT_NE(std::string::npos, Err().find("--force"));
-  EXPECT_TRUE(m_Agent.Requests().empty());
-  EXPECT_EQ(0, Run({"add", file, "--force"})) << Err();
-  EXPECT_EQ("/v1/scheduler/INoxTaskScheduler/AddTask?force=1", m_Agent.Requests()[0].m_Target);
-}
-
-TEST_F(Client, AddRefusesBrokenDocumentsEvenWhenForced) {
-  EXPECT_EQ(2, Run({"add", "-", "--force"}, "<Task>\n<a></Task>"));
-  ExpectError("-: line 2");
-  EXPECT_TRUE(m_Agent.Requests().empty());
-}
-
-TEST_F(Client, AddTellsEachWarningInALine) {
-  EXPECT_EQ(0, Run({"add", "-"}, TaskXml(WarnedTrigger)));
-  EXPECT_EQ(0U, Err().find("noxctl: warning: -: line 1, column 115: KillAtEnd")) << Err();
-  EXPECT_EQ(Err().size() - 1, Err().find('\n')) << Err();
-  EXPECT_EQ("corvane_task_1\n", Out());
-}
-
-TEST_F(Client, AddTellsAnUnreadableFile) {
-  EXPECT_EQ(2, Run({"add", (m_Dir / "none.xml").string()}));
-  ExpectError("No such file");
-  EXPECT_EQ(2, Run({"add", m_Dir.Path().string()}));
-  ExpectError("cannot read");
-}
-
 TEST_F(Client, ShowPrintsTheDocument) {
   m_Agent.SetTask("T1", {TaskXml(NowTrigger), true, {{"t0", "T1"}}});
   EXPECT_EQ(0, Run({"show", "T1"}));

@@ -94,8 +94,8 @@ TEST_F(Completion, ProposesCommandsAndThenTheirArguments) {
   EXPECT_EQ(Of({"re"}), Texts{"refresh"});
   EXPECT_EQ(Missing({"add", "list", "explain", "notify"}, Of({""})), Texts());
   EXPECT_EQ(Of({"add", ""}), Texts{":files"});
-  EXPECT_EQ(Of({"add", "task.xml", ""}), Texts()) << "it takes one";
-  EXPECT_EQ(Of({"check", "task.xml", ""}), Texts{":files"});
+  EXPECT_EQ(Of({"add", "task.xml", ""}), Texts{":files"});
+  EXPECT_EQ(Of({"next", "task.xml", ""}), Texts()) << "it takes one";
   EXPECT_EQ(Of({"show", ""}), (Texts{"backup", "report"}));
   EXPECT_EQ(Of({"delete", "backup", "r"}), Texts{"report"});
   EXPECT_EQ(Of({"next", "b"}), (Texts{"backup", ":files"}));

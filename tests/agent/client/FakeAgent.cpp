@@ -213,6 +213,9 @@ std::string FakeAgent::Answer(const FakeRequest& request) {
     const std::string name = request.m_Target.substr(std::strlen(Operations));
     return Response(200, Operation(name.substr(0, name.find('?')), request.m_Body).Dump());
   }
+  if (request.m_Target.rfind("/v1/tasks/add", 0) == 0) {
+    return AddTasks(request.m_Body);
+  }
   if (request.m_Target == "/v1/tasks") {
     m_Reads += static_cast<unsigned>(m_Tasks.size());
     m_Read.notify_all();
@@ -255,11 +258,6 @@ Json FakeAgent::Operation(const std::string& name, const Json& in) {
   }
   const auto task = m_Tasks.find(id);
   const bool isKnown = task != m_Tasks.end();
-  if (name == "AddTask") {
-    const std::string newId = id.empty() ? "corvane_task_1" : id;
-    m_Tasks[newId].m_Xml = in.At("taskXml").Text();
-    return Result(1, {{"newTaskId", newId}});
-  }
   if (name == "DeleteTask") {
     return Result(m_Tasks.erase(id) != 0 ? 1 : -1);
   }
@@ -284,6 +282,38 @@ Json FakeAgent::Operation(const std::string& name, const Json& in) {
     return Result(std::exchange(enabled, wanted) == wanted ? -1 : 1);
   }
   return Result(-1);
+}
+
+std::string FakeAgent::AddTasks(const Json& in) {
+  const Json::List& tasks = in.At("tasks").Items();
+  for (std::size_t index = 0; index < tasks.size(); ++index) {
+    const std::string& id = tasks[index].At("taskId").Text();
+    if (!id.empty() && id == m_Refused) {
+      return Response(422, Json{{"error",
+                                 {{"code", "never-runs"},
+                                  {"message", "no such handler"},
+                                  {"line", 1},
+                                  {"column", 7},
+                                  {"index", index},
+                                  {"taskId", id}}}}
+                               .Dump());
+    }
+  }
+  Json outcomes = Json::List{};
+  for (const Json& task : tasks) {
+    outcomes.Append(AddTask(task));
+  }
+  return Response(200, Json{{"tasks", outcomes}}.Dump());
+}
+
+Json FakeAgent::AddTask(const Json& task) {
+  const std::string& id = task.At("taskId").Text();
+  if (!id.empty() && id == m_NotWritten) {
+    return {{"taskId", id}, {"error", {{"code", "not-written"}, {"message", "the disk is full"}}}};
+  }
+  const std::string newId = id.empty() ? "corvane_task_" + std::to_string(m_Tasks.size() + 1) : id;
+  m_Tasks[newId].m_Xml = task.At("taskXml").Text();
+  return {{"taskId", newId}, {"warnings", Json::List{}}};
 }
 
 std::string FakeAgent::TaskLines() const {

@@ -78,6 +78,16 @@ class FakeAgent {
     const std::lock_guard guard(m_Lock);
     m_Unanswered = id;
   }
+  /// A request that adds this task is refused, as one that never runs.
+  void RefuseToAdd(const std::string& id) {
+    const std::lock_guard guard(m_Lock);
+    m_Refused = id;
+  }
+  /// This task cannot be added, others of the same request can.
+  void FailToAdd(const std::string& id) {
+    const std::lock_guard guard(m_Lock);
+    m_NotWritten = id;
+  }
   /// Sends these bytes for an answer and closes the connection.
   void AnswerRaw(const std::string& bytes);
 
@@ -105,6 +115,8 @@ class FakeAgent {
   std::string TaskLines() const;
   Json LatestRun(const std::string& id) const;
   Json Operation(const std::string& name, const Json& in);
+  std::string AddTasks(const Json& in);
+  Json AddTask(const Json& task);
   void Stream(int connection);
 
   int m_Listener = -1;
@@ -117,6 +129,8 @@ class FakeAgent {
   std::string m_LastTarget;
   std::string m_LastLine;
   std::string m_Unanswered;
+  std::string m_Refused;
+  std::string m_NotWritten;
   Json::Object m_MoreStatus;
 
   mutable std::mutex m_Lock;

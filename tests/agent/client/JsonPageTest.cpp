@@ -146,6 +146,7 @@ class JsonPage : public Client {
 
 TEST_F(JsonPage, HasTheFormOfEveryAnswer) {
   Expect("add", {"add", "-"}, TaskXml(EveryDay));
+  Expect("add, with several files", {"add", FileWith(TaskXml(EveryDay)), "-"}, TaskXml(EveryDay));
   Expect("list", {"list"});
   Expect("show", {"show", "backup"});
   Expect("attributes", {"attributes", "backup"});

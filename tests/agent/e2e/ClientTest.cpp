@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <filesystem>
 #include <memory>
 
 using NoxAgent::Json;
@@ -37,6 +38,45 @@ TEST_F(Client, AddsATaskFromAFile) {
   m_Directory.Write("task.xml", Document(Trigger(0, FromNow(3600))));
   EXPECT_EQ(Ctl({"add", Path("task.xml"), "--id", "a"}).m_Status, 0);
   EXPECT_EQ(TaskFile("a"), m_Directory.Read("task.xml"));
+}
+
+TEST_F(Client, AddsManyFilesUnderTheirNames) {
+  StartAgent();
+  const std::string document = Document(Trigger(0, FromNow(3600)));
+  std::vector<std::string> arguments = {"add"};
+  for (const char* const name : {"a.xml", "b.vsk", "c.xml"}) {
+    m_Directory.Write(name, document);
+    arguments.push_back(Path(name));
+  }
+  std::filesystem::create_directory(m_Directory / "state/var/tasks/b.vsk");
+  auto result = Ctl(arguments);
+  EXPECT_EQ(result.m_Status, 1);
+  EXPECT_EQ(result.m_Output, "a\nc\n");
+  EXPECT_NE(result.m_Error.find(Path("b.vsk") + ": the agent refuses: the task b was not added"),
+            std::string::npos)
+      << result.m_Error;
+  EXPECT_EQ(TaskFile("a"), document);
+  EXPECT_EQ(TaskFile("c"), document);
+  std::filesystem::remove(m_Directory / "state/var/tasks/b.vsk");
+  result = Ctl(arguments);
+  EXPECT_EQ(result.m_Status, 0) << result.m_Error;
+  EXPECT_EQ(result.m_Output, "a\nb\nc\n");
+  EXPECT_EQ(TaskFile("b"), document);
+}
+
+TEST_F(Client, AddsNoneOfManyFilesWhenTheAgentRefusesOne) {
+  StartAgent();
+  std::string document = Document(Trigger(0, FromNow(3600)));
+  m_Directory.Write("a.xml", document);
+  document.replace(document.find("{"), 3, "{00");
+  m_Directory.Write("b.xml", document);
+  const auto result = Ctl({"add", Path("a.xml"), Path("b.xml")});
+  EXPECT_EQ(result.m_Status, 2);
+  EXPECT_EQ(result.m_Output, "");
+  EXPECT_NE(result.m_Error.find(Path("b.xml") + ": the agent refuses: no plug-in has the handler"),
+            std::string::npos)
+      << result.m_Error;
+  EXPECT_EQ(TaskFile("a"), "");
 }
 
 TEST_F(Client, RefusesADocumentThatWouldNeverRunUnlessForced) {
