@@ -3,6 +3,8 @@
 #include "agent/client/ExitCode.h"
 #include "agent/document/TaskDocumentCheck.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
@@ -17,10 +19,16 @@ namespace {
                                           "; name a readable file, or - for standard input");
 }
 
+// In pieces: room for the largest document would cost more than reading most of them does.
 std::string ReadBounded(std::istream& in) {
-  std::string text(MaxTaskDocumentBytes + 1, '\0');
-  in.read(text.data(), static_cast<std::streamsize>(text.size()));
-  text.resize(static_cast<std::size_t>(in.gcount()));
+  constexpr std::size_t MaxBytes = MaxTaskDocumentBytes + 1;
+  std::array<char, 8192> piece;
+  std::string text;
+  while (in && text.size() < MaxBytes) {
+    in.read(piece.data(),
+            static_cast<std::streamsize>(std::min(piece.size(), MaxBytes - text.size())));
+    text.append(piece.data(), static_cast<std::size_t>(in.gcount()));
+  }
   return text;
 }
 

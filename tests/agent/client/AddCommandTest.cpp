@@ -217,6 +217,7 @@ TEST_F(AddCommand, SendsAsManyAtOnceAsARequestHasRoomFor) {
   const auto requests = m_Agent.Requests();
   ASSERT_EQ(4U, requests.size());
   EXPECT_EQ((Ids{"a", "b"}), IdsOf(requests[0]));
+  EXPECT_EQ(TaskXml(NowTrigger) + large, requests[0].m_Body["tasks"].At(1)["taskXml"]);
   EXPECT_LT(requests[0].m_Body.Dump().size(), 1024U * 1024);
   EXPECT_EQ(Ids{"c"}, IdsOf(requests[1]));
   EXPECT_EQ(Ids{"d"}, IdsOf(requests[2])) << "it goes alone";
