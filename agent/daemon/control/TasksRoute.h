@@ -21,8 +21,7 @@ class TasksRoute {
   TasksRoute(const Plugins& plugins, const TaskStore& store, OperationRoute& operations);
 
   /// A line of JSON for each task of the scheduler, in the order of the IDs; with the scheduler's
-  /// attributes when asked. Throws RequestError,
-  /// and so do the parts.
+  /// attributes when asked. Throws RequestError, and so do the parts.
   BodyParts List(bool withAttributes);
 
   /// Adds the tasks of {"tasks": [{"taskId", "taskXml"}, ...]}, in their order, after all of them
