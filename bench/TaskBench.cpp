@@ -3,11 +3,14 @@
 #include "model/Task.h"
 
 #include <benchmark/benchmark.h>
+#include <pugixml.hpp>
 
 #include <malloc.h>
 
+#include <array>
+#include <map>
 #include <memory>
-#include <vector>
+#include <string>
 
 namespace {
 
@@ -23,22 +26,58 @@ void BuildTask(benchmark::State& state) {
 }
 BENCHMARK(BuildTask)->Unit(benchmark::kMicrosecond);
 
-void MemoryOfLoadedTasks(benchmark::State& state) {
-  const AString text = AString::FromUtf8(Workbench::DailyTask());
-  const auto count = static_cast<std::size_t>(state.range(0));
-  double bytes = 0;
+void ParseDocument(benchmark::State& state) {
+  const std::string document = Workbench::DailyTask();
   for (auto _ : state) {
-    std::vector<std::unique_ptr<CTask>> tasks;
-    tasks.reserve(count);
-    const auto before = mallinfo2().uordblks;
-    for (std::size_t i = 0; i < count; ++i) {
-      tasks.push_back(std::make_unique<CTask>(nullptr, L"T1", text));
-    }
-    bytes = static_cast<double>(mallinfo2().uordblks - before);
+    pugi::xml_document parsed;
+    benchmark::DoNotOptimize(parsed.load_buffer(document.data(), document.size(),
+                                                pugi::parse_default, pugi::encoding_utf8));
   }
-  state.counters["bytes_per_task"] = bytes / static_cast<double>(count);
 }
-BENCHMARK(MemoryOfLoadedTasks)->Arg(1000)->Arg(10000)->Iterations(1);
+BENCHMARK(ParseDocument)->Unit(benchmark::kMicrosecond);
+
+/// What there is to know of a daily task, and nothing else.
+struct PlainTask {
+  std::string m_Document;
+  std::array<std::uint32_t, 4> m_Handler;
+  std::uint32_t m_LastRun;
+  std::array<std::uint32_t, 12> m_Trigger;
+};
+
+/// The bytes that each of so many objects takes in a map; `make` makes an entry from its ID.
+template <class Map, class Make>
+double BytesOfEach(long count, Make make) {
+  Map map;
+  const auto before = mallinfo2().uordblks;
+  for (long i = 0; i < count; ++i) {
+    map.insert(make("task" + std::to_string(i)));
+  }
+  return static_cast<double>(mallinfo2().uordblks - before) / static_cast<double>(count);
+}
+
+void MemoryOfTasks(benchmark::State& state) {
+  const std::string document = Workbench::DailyTask();
+  using Map = std::map<AString, std::unique_ptr<CTask>>;
+  for (auto _ : state) {
+    state.counters["bytes_each"] = BytesOfEach<Map>(10000, [&](const std::string& id) {
+      const AString taskID = AString::FromUtf8(id);
+      return Map::value_type(taskID,
+                             std::make_unique<CTask>(nullptr, taskID, AString::FromUtf8(document)));
+    });
+  }
+}
+BENCHMARK(MemoryOfTasks)->Iterations(1);
+
+void MemoryOfPlainTasks(benchmark::State& state) {
+  const std::string document = Workbench::DailyTask();
+  using Map = std::map<std::string, PlainTask>;
+  for (auto _ : state) {
+    state.counters["bytes_each"] = BytesOfEach<Map>(10000, [&](const std::string& id) {
+      return Map::value_type(id, PlainTask{document, {}, 0, {}});
+    });
+  }
+}
+BENCHMARK(MemoryOfPlainTasks)->Iterations(1);
 
 // Rewrites the document and stores it, flushed to disk.
 void RegisterRun(benchmark::State& state) {

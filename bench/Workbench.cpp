@@ -16,23 +16,35 @@ namespace {
 
 constexpr long StartupFinished = 0;
 
-std::string Document(const std::string& trigger, const std::string& history) {
-  return "<Task Enabled=\"1\">\n\t<HandlerCLSID>" + AString(HandlerClassId).ToUtf8() +
+constexpr const char* SchedulerChannel = "Corvane::Agent::TaskScheduler";
+
+std::string Document(const std::string& handlerClassId, const std::string& trigger,
+                     const std::string& history) {
+  return "<Task Enabled=\"1\">\n\t<HandlerCLSID>" + handlerClassId +
          "</HandlerCLSID>\n\t<Schedule>\n\t\t" + trigger + "\n\t</Schedule>\n\t" + history +
          "\n</Task>";
+}
+
+double SecondsOn(clockid_t clock) {
+  timespec now{};
+  clock_gettime(clock, &now);
+  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
 }  // namespace
 
 double FineNow() {
-  timespec now{};
-  clock_gettime(CLOCK_REALTIME, &now);
-  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+  return SecondsOn(CLOCK_REALTIME);
 }
 
-std::string DailyTask() {
+double CpuNow() {
+  return SecondsOn(CLOCK_PROCESS_CPUTIME_ID);
+}
+
+std::string DailyTask(const std::string& handlerClassId) {
   const std::string today = BaseSDK::ADateTime::Now().ToString(L"%Y-%m-%d %H:%M:%S").ToUtf8();
-  return Document("<Trigger Type=\"1\" Description=\"" + std::string(230, 'd') +
+  return Document(handlerClassId,
+                  "<Trigger Type=\"1\" Description=\"" + std::string(230, 'd') +
                       "\" Interval=\"0\" IntervalUnit=\"MINUTE\" Duration=\"0\" KillAtEnd=\"0\">"
                       "<BeginDate>2005/03/01 03:00:00</BeginDate><DaysInterval>1</DaysInterval>"
                       "<MonthsOfYear>4095</MonthsOfYear></Trigger>",
@@ -41,7 +53,8 @@ std::string DailyTask() {
 
 std::string TaskDueAt(long due) {
   const std::string begin = BaseSDK::ADateTime(due).ToString(L"%Y/%m/%d %H:%M:%S").ToUtf8();
-  return Document("<Trigger Type=\"0\"><BeginDate>" + begin + "</BeginDate></Trigger>", "");
+  return Document(BenchHandlerClassId,
+                  "<Trigger Type=\"0\"><BeginDate>" + begin + "</BeginDate></Trigger>", "");
 }
 
 TaskDirectory::TaskDirectory() {
@@ -58,8 +71,12 @@ TaskDirectory::~TaskDirectory() {
 
 void TaskDirectory::Fill(long count, const std::string& document) const {
   for (long i = 0; i < count; ++i) {
-    std::ofstream(m_Path / ("task" + std::to_string(i) + ".vsk")) << document;
+    std::ofstream(File(i)) << document;
   }
+}
+
+std::filesystem::path TaskDirectory::File(long number) const {
+  return m_Path / ("task" + std::to_string(number) + ".vsk");
 }
 
 AString TaskDirectory::Path() const {
@@ -107,6 +124,7 @@ void SleepListener::Write(const BaseSDK::ALogRecord& record) noexcept {
   }
   const std::lock_guard guard(m_Lock);
   ++m_Sleeps;
+  m_LastSleep = FineNow();
   m_Slept.notify_all();
 }
 
@@ -116,9 +134,15 @@ void SleepListener::WaitForSleep() {
   m_Seen = m_Sleeps;
 }
 
+void SleepListener::WaitForSleepAfter(double moment) {
+  std::unique_lock guard(m_Lock);
+  m_Slept.wait(guard, [&] { return m_LastSleep > moment; });
+  m_Seen = m_Sleeps;
+}
+
 Plugin::Plugin(const TaskDirectory& directory)
     : m_Host(directory.Path(), m_Handler), m_Listener(std::make_shared<SleepListener>()) {
-  BaseSDK::ALogConfig::SetDefaultLevel(BaseSDK::ALogger::Trace);
+  BaseSDK::ALogConfig::SetLevel(SchedulerChannel, BaseSDK::ALogger::Trace);
   BaseSDK::ALogConfig::AddSink(m_Listener);
 }
 
@@ -136,7 +160,7 @@ void Plugin::Start() {
 
 void Plugin::Pass() {
   (void)m_Scheduler.NotifyObject(StartupFinished, 0, L"");
-  WaitUntilAsleep();
+  m_Listener->WaitForSleep();
 }
 
 }  // namespace Workbench

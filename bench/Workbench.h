@@ -15,16 +15,20 @@
 /// What the benchmarks share: a task directory, an agent of a few lines, and the real plug-in.
 namespace Workbench {
 
-constexpr const wchar_t* HandlerClassId = L"{B0000000-0000-0000-0000-000000000001}";
+/// The task handler of the benchmarks.
+constexpr const char* BenchHandlerClassId = "{B0000000-0000-0000-0000-000000000001}";
 
 /// Seconds since the epoch, with fractions.
 double FineNow();
+/// The seconds for which this process has had a processor, all its threads together.
+double CpuNow();
 
-/// A document of about 700 bytes: a daily trigger, a description, a history.
-std::string DailyTask();
+/// A document of about 640 bytes: a daily trigger, a description, a run of today.
+std::string DailyTask(const std::string& handlerClassId = BenchHandlerClassId);
 /// Runs once, at `due`.
 std::string TaskDueAt(long due);
 
+/// A directory that goes with the object.
 class TaskDirectory {
  public:
   TaskDirectory();
@@ -32,7 +36,11 @@ class TaskDirectory {
   TaskDirectory& operator=(const TaskDirectory&) = delete;
   ~TaskDirectory();
 
+  /// Makes so many task files.
   void Fill(long count, const std::string& document) const;
+  /// The task file of this number.
+  std::filesystem::path File(long number) const;
+  const std::filesystem::path& Folder() const { return m_Path; }
   BaseSDK::AString Path() const;
 
  private:
@@ -80,11 +88,14 @@ class SleepListener : public BaseSDK::ALogSink {
  public:
   void Write(const BaseSDK::ALogRecord& record) noexcept override;
   void WaitForSleep();
+  /// Returns when the monitor has gone to sleep after `moment`, as FineNow says it.
+  void WaitForSleepAfter(double moment);
 
  private:
   std::mutex m_Lock;
   std::condition_variable m_Slept;
   unsigned m_Sleeps = 0, m_Seen = 0;
+  double m_LastSleep = 0;
 };
 
 /// The plug-in over a directory, from its start to its end. The gate is closed at first.
@@ -97,7 +108,8 @@ class Plugin {
   void Start();
   /// Opens the gate, which is one pass over all tasks; returns when it is over.
   void Pass();
-  void WaitUntilAsleep() { m_Listener->WaitForSleep(); }
+  /// Returns when the monitor sleeps again, all runs recorded, after the handler's first call.
+  void WaitUntilRecorded() { m_Listener->WaitForSleepAfter(m_Handler.WaitForCall()); }
   Handler& TaskHandler() { return m_Handler; }
 
  private:
