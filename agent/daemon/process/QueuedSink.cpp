@@ -51,6 +51,7 @@ struct QueuedSink::State {
   bool m_IsWriting = false;
   bool m_IsStalled = false;  ///< somebody has waited in vain since the last message was written
   bool m_IsEnding = false;
+  unsigned long m_WrittenCount = 0;
   unsigned long m_Dropped = 0;
 };
 
@@ -67,6 +68,7 @@ void QueuedSink::State::Run() {
     lock.unlock();
     message.WriteTo(*m_Target);
     lock.lock();
+    ++m_WrittenCount;
     m_IsStalled = false;
     if (const unsigned long dropped = std::exchange(m_Dropped, 0); dropped != 0) {
       lock.unlock();
@@ -92,9 +94,19 @@ void QueuedSink::State::Take(const ALogRecord& record) {
   }
 }
 
+// A slow reader gets it all, one that reads nothing for Patience does not, nor one that takes for
+// ever.
 bool QueuedSink::State::WaitUntilWritten() {
   std::unique_lock lock(m_Lock);
-  return m_Written.wait_for(lock, Patience, [this] { return m_Queue.empty() && !m_IsWriting; });
+  bool isWritten = false;
+  bool isMoving = true;
+  for (int wait = 0; !isWritten && isMoving && wait < MostWaits; ++wait) {
+    const unsigned long before = m_WrittenCount;
+    isWritten =
+        m_Written.wait_for(lock, Patience, [this] { return m_Queue.empty() && !m_IsWriting; });
+    isMoving = m_WrittenCount != before;
+  }
+  return isWritten;
 }
 
 void QueuedSink::State::WriteDropped(unsigned long dropped) const {

@@ -14,14 +14,16 @@ namespace NoxAgent {
 /// room before it is dropped, unless an earlier one has waited in vain since the last message was
 /// written.
 ///
-/// The destructor waits Patience for the queue to be written. A thread that is stuck in the other
-/// sink by then is left as it is, with the sink, until the process ends.
+/// The destructor waits for the queue to be written, as Flush does. A thread that is stuck in the
+/// other sink by then is left as it is, with the sink, until the process ends.
 class QueuedSink final : public BaseSDK::ALogSink {
  public:
   /// How many messages may wait.
   static constexpr std::size_t MaxQueued = 2000;
-  /// How long an error waits for room, and Flush for the queue.
+  /// How long an error waits for room, and Flush for a message to be written.
   static constexpr std::chrono::seconds Patience{1};
+  /// How many times Patience Flush waits at most.
+  static constexpr int MostWaits = 10;
 
   explicit QueuedSink(std::shared_ptr<ALogSink> target);
   QueuedSink(const QueuedSink&) = delete;
@@ -29,7 +31,8 @@ class QueuedSink final : public BaseSDK::ALogSink {
   ~QueuedSink() override;
 
   void Write(const BaseSDK::ALogRecord& record) noexcept override;
-  /// Waits until all that was logged before is written; false when that takes more than Patience.
+  /// Waits until all that was logged before is written; false when nothing is written for Patience,
+  /// or when all of it takes more than MostWaits times as long.
   bool Flush();
 
  private:

@@ -271,6 +271,9 @@ TEST_F(NoxagentdTest, ServesAlsoWhenNobodyReadsItsLog) {
   for (int request = 0; request < 600; ++request) {  // far more text than a pipe holds
     ASSERT_EQ(StatusOf(RawClient::Ask(Socket(), "GET", target)), 404U) << request;
   }
+  EXPECT_EQ(StatusOf(RawClient::Ask(Socket(), "GET", "/v1/last")), 404U);
+  ASSERT_TRUE(process->ReadUntil("/v1/last: 404")) << "what waited comes when it is read";
+  EXPECT_EQ(process->Text().find("dropped"), std::string::npos);
   process->Signal(SIGTERM);
   EXPECT_EQ(process->Wait(), 0);
   EXPECT_NE(process->Text().find("Unloaded the plug-in one"), std::string::npos)
