@@ -58,8 +58,8 @@ std::size_t PlaceOf(std::string_view path) {
 }  // namespace
 
 const std::optional<XmlPath>& XmlPath::Known(std::string_view path) {
-  static thread_local std::array<KnownPath, KnownPathCount> s_Known;
-  KnownPath& known = s_Known[PlaceOf(path)];
+  static thread_local std::array<KnownPath, KnownPathCount> remembered;
+  KnownPath& known = remembered[PlaceOf(path)];
   if (known.m_Text != path) {
     known.m_Path.reset();
     known.m_Text = path;
