@@ -1,5 +1,9 @@
 #include "tests/agent/daemon/TestAgent.h"
 
+#include "tests/agent/daemon/control/RawClient.h"
+
+#include <gtest/gtest.h>
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -57,6 +61,12 @@ TestAgent& TestAgent::Add(const std::string& name, const std::string& config,
   return *this;
 }
 
+TestAgent& TestAgent::AddScheduler() {
+  std::filesystem::create_directories(m_Dir / "state/tasks");
+  return Add("scheduler", "task_storage_path=%installdir%/tasks\ntask_file_extension=.vsk\n",
+             "NoxTaskScheduler");
+}
+
 // The same shared object cannot be loaded twice, a copy of it can.
 std::string TestAgent::CopyOf(const std::string& library, const std::string& name) const {
   const std::string path = PluginPath(library);
@@ -112,6 +122,40 @@ void TestAgent::Release() {
   if (m_Held.joinable()) {
     m_Held.join();
   }
+}
+
+void TestAgent::HoldEveryThread() {
+  for (unsigned number = 0; number < ControlServer::Workers; ++number) {
+    // One that waits for its thread too long, as on a slow machine, asks again.
+    m_EachHeld.emplace_back([this] {
+      unsigned status = HttpStatus::Unavailable;
+      while (status == HttpStatus::Unavailable) {
+        status = StatusOf(RawClient::Ask(
+            SocketPath(), "POST", "/v1/one/INoxTaskScheduler/GetTaskXML", R"({"taskId":"hold"})"));
+      }
+      EXPECT_EQ(status, HttpStatus::Ok);
+    });
+  }
+  const auto isEachHeld = [this] {
+    unsigned count = 0;
+    const std::string report = Report();
+    for (std::size_t at = 0; (at = report.find("holding", at)) != std::string::npos; ++at) {
+      ++count;
+    }
+    return count == ControlServer::Workers;
+  };
+  while (!isEachHeld()) {
+    std::this_thread::yield();
+  }
+}
+
+void TestAgent::ReleaseEveryThread() {
+  // Open for writing until the last of them has come there to read.
+  const int pipe = ::open((m_Dir / "hold").c_str(), O_RDWR | O_CLOEXEC);
+  for (std::thread& held : m_EachHeld) {
+    held.join();
+  }
+  (void)::close(pipe);
 }
 
 void TestAgent::Settle() {

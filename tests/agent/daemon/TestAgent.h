@@ -10,6 +10,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace NoxAgent {
 
@@ -40,6 +41,8 @@ class TestAgent {
   /// the class identifier ClassId, the next 2 and so on.
   TestAgent& Add(const std::string& name, const std::string& config = {},
                  const std::string& library = "RecordingPlugin");
+  /// The real scheduler, called "scheduler", and its directory "state/tasks" for files "*.vsk".
+  TestAgent& AddScheduler();
   /// Loads what was added. Throws as PluginLifecycle does.
   TestAgent& Load();
   /// Load, then serve the control socket. Only tests of its patience give it a short one: a machine
@@ -61,11 +64,16 @@ class TestAgent {
   /// Starts a request that does not come back before Release. REQUIRES: the plug-in "one".
   void Hold();
   void Release();
+  /// Keeps every thread of the server at work until ReleaseEveryThread. REQUIRES: Serve; the
+  /// plug-in "one".
+  void HoldEveryThread();
+  void ReleaseEveryThread();
   /// What is on its way on the agent thread has arrived.
   void Settle();
 
   TestSupport::TempDir m_Dir;
   std::thread m_Held;
+  std::vector<std::thread> m_EachHeld;
   Settings m_Settings;
   AgentThread m_Thread;
   TaskStore m_Store;

@@ -17,12 +17,7 @@ Json Task(const std::string& id, const std::string& document = TestAgent::DailyT
 
 class AddTasks : public testing::Test {
  protected:
-  AddTasks() {
-    m_Agent.Add("scheduler", "task_storage_path=%installdir%/tasks\ntask_file_extension=.vsk\n",
-                "NoxTaskScheduler");
-    std::filesystem::create_directories(m_Agent.m_Dir / "state/tasks");
-    m_Agent.Add("handler").Load();
-  }
+  AddTasks() { m_Agent.AddScheduler().Add("handler").Load(); }
 
   ApiResponse Ask(const std::string& body, const std::string& query = {}) {
     return m_Agent.Ask("POST", "/v1/tasks/add" + query, body);

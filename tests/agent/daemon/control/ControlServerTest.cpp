@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -407,36 +406,15 @@ TEST_F(ControlServerTest, StopAnswersWhatIsUnderWayAndEndsTheRest) {
 // A plug-in that does not come back holds the threads that answer. Whoever waits for one hears of
 // it, and what was not begun by then is never done.
 TEST_F(ControlServerWithoutTimeToWait, TellsWhoWaitsThatRequestsDoNotComeBack) {
-  const std::string operation = "/v1/one/INoxTaskScheduler/";
-  std::vector<std::unique_ptr<RawClient>> held;
-  for (unsigned number = 0; number < ControlServer::Workers; ++number) {
-    held.push_back(std::make_unique<RawClient>(m_Agent.SocketPath()));
-    held.back()->Send(RawClient::Request("POST", operation + "GetTaskXML", R"({"taskId":"hold"})"));
-  }
-  const auto isHeld = [this] {
-    unsigned count = 0;
-    const std::string report = m_Agent.Report();
-    for (std::size_t at = 0; (at = report.find("holding", at)) != std::string::npos; ++at) {
-      ++count;
-    }
-    return count == ControlServer::Workers;
-  };
-  while (!isHeld()) {
-    std::this_thread::yield();
-  }
+  m_Agent.HoldEveryThread();
   RawClient waiting(m_Agent.SocketPath());
-  waiting.Send(RawClient::Request("POST", operation + "SetRunState",
+  waiting.Send(RawClient::Request("POST", "/v1/one/INoxTaskScheduler/SetRunState",
                                   R"({"taskId":"task_file_extension","runState":"Ok"})"));
   const std::string answer = Ask("GET", "/v1/status");
   EXPECT_EQ(StatusOf(answer), 503U);
   EXPECT_EQ(CodeOf(answer), "busy");
   EXPECT_EQ(CodeOf(waiting.ReadAll()), "busy");
-  // Open for writing until the last of them has come there to read.
-  const int pipe = ::open((m_Agent.m_Dir / "hold").c_str(), O_RDWR | O_CLOEXEC);
-  for (const auto& client : held) {
-    EXPECT_EQ(StatusOf(client->ReadAll()), 200U);
-  }
-  (void)::close(pipe);
+  m_Agent.ReleaseEveryThread();
   ExpectAlive();
   EXPECT_EQ(m_Agent.Report().find("setting:"), std::string::npos) << m_Agent.Report();
 }

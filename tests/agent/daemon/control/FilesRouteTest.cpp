@@ -14,10 +14,7 @@ namespace {
 class FilesRouteTest : public testing::Test {
  protected:
   FilesRouteTest() {
-    m_Agent.Add("scheduler", "task_storage_path=%installdir%/tasks\ntask_file_extension=.vsk\n",
-                "NoxTaskScheduler");
-    m_Agent.Add("handler");
-    std::filesystem::create_directories(m_Agent.m_Dir / "state/tasks");
+    m_Agent.AddScheduler().Add("handler");
     std::filesystem::create_directories(m_Agent.m_Dir / "state/var/refused");
   }
 

@@ -8,7 +8,6 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -16,8 +15,6 @@
 #include <filesystem>
 #include <sstream>
 #include <string>
-#include <thread>
-#include <vector>
 
 using namespace std::chrono_literals;
 using TestSupport::Texts;
@@ -27,12 +24,7 @@ namespace {
 
 class TasksRouteTest : public testing::Test {
  protected:
-  TasksRouteTest() {
-    m_Agent.Add("scheduler", "task_storage_path=%installdir%/tasks\ntask_file_extension=.vsk\n",
-                "NoxTaskScheduler");
-    m_Agent.Add("handler");
-    std::filesystem::create_directories(m_Agent.m_Dir / "state/tasks");
-  }
+  TasksRouteTest() { m_Agent.AddScheduler().Add("handler"); }
 
   void PutTask(const std::string& name, const std::string& bytes) const {
     m_Agent.m_Dir.Write("state/tasks/" + name, bytes);
@@ -251,36 +243,11 @@ TEST_F(TasksRouteTest, EndsWithAnErrorWhenNoThreadComesFreeForItsNextPart) {
   m_Agent.Serve({600, 600, 1, 600});
   RawClient client(m_Agent.SocketPath());
   (void)client.Send("GET /v1/tasks HTTP/1.1\r\n\r\n").ReadUntil("large0");
-  // One that has to wait for its thread too long, as on a slow machine, asks again.
-  std::vector<std::thread> holders;
-  for (unsigned number = 0; number < ControlServer::Workers; ++number) {
-    holders.emplace_back([this] {
-      while (StatusOf(RawClient::Ask(m_Agent.SocketPath(), "POST",
-                                     "/v1/one/INoxTaskScheduler/GetTaskXML",
-                                     R"({"taskId":"hold"})")) == 503U) {
-      }
-    });
-  }
-  const auto isHeld = [this] {
-    unsigned count = 0;
-    const std::string report = m_Agent.Report();
-    for (std::size_t at = 0; (at = report.find("holding", at)) != std::string::npos; ++at) {
-      ++count;
-    }
-    return count == ControlServer::Workers;
-  };
-  while (!isHeld()) {
-    std::this_thread::yield();
-  }
+  m_Agent.HoldEveryThread();
   std::string rest;
   EXPECT_NO_THROW(rest = client.ReadUntil("0\r\n\r\n")) << "the list waits for good";
   EXPECT_NE(rest.find("busy"), std::string::npos);
-  // Open for writing until the last of them has come there to read.
-  const int pipe = ::open((m_Agent.m_Dir / "hold").c_str(), O_RDWR | O_CLOEXEC);
-  for (std::thread& holder : holders) {
-    holder.join();
-  }
-  (void)::close(pipe);
+  m_Agent.ReleaseEveryThread();
 }
 
 TEST_F(TasksRouteTest, IsCutShortWhenTheAgentStops) {

@@ -36,9 +36,7 @@ class FullDisk : public TestSupport::ForwardingFileSystem {
 class WrittenCheckTest : public testing::Test {
  protected:
   WrittenCheckTest() {
-    m_Agent.Add("scheduler", "task_storage_path=%installdir%/tasks\ntask_file_extension=.vsk\n",
-                "NoxTaskScheduler");
-    m_Agent.Add("handler").Load();
+    m_Agent.AddScheduler().Add("handler").Load();
     // What is read from the files again is what they tell.
     while (!m_Agent.m_Store.Files()->Readings().Next().has_value()) {
       std::this_thread::yield();
