@@ -27,8 +27,8 @@ class TaskRefusal : public CommandError {
   std::size_t m_Index;
 };
 
-/// The agent as noxctl sees it: plain calls, each of which sends a request to the control socket,
-/// or one request for each ID. docs/http.md describes the requests.
+/// The agent as noxctl sees it: plain calls, each of which sends a request to the control socket;
+/// only AddTasks may send several. docs/http.md describes the requests.
 ///
 /// All texts are UTF-8. Every call throws CommandError when the agent cannot be reached
 /// (Unreachable) or answers with an error. That one has the agent's message; it is Usage when the

@@ -102,13 +102,7 @@ void RefuseUnknown(const Json& object, const JsonMessage::Operation& operation) 
 Json EncodeValue(const AMsgValue& value) {
   struct Visitor {
     Json operator()(const AString& text) const { return text.ToUtf8(); }
-    Json operator()(const AStringMap& map) const {
-      Json object = Json::Object{};
-      for (const auto& [key, text] : map) {
-        object[key.ToUtf8()] = text.ToUtf8();
-      }
-      return object;
-    }
+    Json operator()(const AStringMap& map) const { return JsonMessage::EncodeMap(map); }
     Json operator()(long number) const { return number; }
     Json operator()(unsigned long number) const { return number; }
     Json operator()(bool truth) const { return truth; }
@@ -186,6 +180,14 @@ Json JsonMessage::Encode(const Operation& operation, const AMsgReply& reply) {
     }
   }
   return {{"result", reply.Result()}, {"out", out}};
+}
+
+Json JsonMessage::EncodeMap(const AStringMap& map) {
+  Json object = Json::Object{};
+  for (const auto& [key, text] : map) {
+    object[key.ToUtf8()] = text.ToUtf8();
+  }
+  return object;
 }
 
 std::string JsonMessage::Dump(const Json& value) {

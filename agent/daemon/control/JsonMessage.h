@@ -41,6 +41,9 @@ struct JsonMessage {
   static Json Encode(const Operation& operation,
                      const Corvane::AgentInterfacesV3::AMsgReply& reply);
 
+  /// A StringMap.
+  static Json EncodeMap(const Corvane::AgentInterfacesV3::AStringMap& map);
+
   /// Texts in JSON are UTF-8; bytes of a file name that are none become U+FFFD.
   static std::string Dump(const Json& value);
 };

@@ -2,6 +2,7 @@
 
 #include "agent/daemon/control/JsonMessage.h"
 #include "agent/daemon/control/ReplyError.h"
+#include "agent/daemon/control/ReplyValue.h"
 #include "agent/daemon/control/WrittenCheck.h"
 #include "agent/library/Json.h"
 
@@ -147,9 +148,7 @@ Json OperationRoute::OpenEnumeration(OperationCall& call) {
   }
   EnumerationHandles::Reservation reservation(m_Handles, call.m_Client);
   Json answer = Send(call);
-  const auto found = call.m_Reply.Out().find("handle");
-  const unsigned long handle =
-      found == call.m_Reply.Out().end() ? 0 : std::get<unsigned long>(found->second);
+  const auto handle = Out<unsigned long>(call.m_Reply, "handle");
   if (handle == 0) {
     answer["out"]["handle"] = 0;
   } else {

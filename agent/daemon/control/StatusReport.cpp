@@ -1,6 +1,7 @@
 #include "agent/daemon/control/StatusReport.h"
 
 #include "agent/daemon/BuildInfo.h"
+#include "agent/daemon/control/ReplyValue.h"
 #include "agent/daemon/control/SchedulerReport.h"
 #include "agent/library/Json.h"
 
@@ -20,8 +21,7 @@ namespace {
 std::string ReportOf(Plugin& plugin) {
   AMsgReply reply;
   plugin.Send(AMsgIn("INoxObject", "ObjectDebugInfo", reply));
-  const auto report = reply.Out().find("report");
-  return report == reply.Out().end() ? std::string() : std::get<AString>(report->second).ToUtf8();
+  return Out<AString>(reply, "report").ToUtf8();
 }
 
 Json Describe(Plugin& plugin, const std::string& report) {

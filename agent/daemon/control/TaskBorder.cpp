@@ -1,5 +1,6 @@
 #include "agent/daemon/control/TaskBorder.h"
 
+#include "agent/daemon/control/ReplyValue.h"
 #include "agent/daemon/control/RequestError.h"
 #include "agent/document/AsciiDocument.h"
 #include "agent/document/TaskDocumentCheck.h"
@@ -24,13 +25,6 @@ constexpr std::size_t MaxRunStateLength = 64;
 AString TextOf(const AMsgIn& request, std::string_view name) {
   const auto* const value = request.Find(name);
   const AString* const text = value != nullptr ? std::get_if<AString>(value) : nullptr;
-  return text != nullptr ? *text : AString();
-}
-
-AString TextOf(const AMsgReply& reply, const char* name) {
-  const auto value = reply.Out().find(name);
-  const AString* const text =
-      value != reply.Out().end() ? std::get_if<AString>(&value->second) : nullptr;
   return text != nullptr ? *text : AString();
 }
 
@@ -159,9 +153,9 @@ AString TaskBorder::ProblemOfJob(const AMsgIn& request, const AMsgReply& reply) 
   }
   AMsgReply answer;
   AMsgIn question("INoxCommandHandler", "CheckJob", answer);
-  question.Set("taskId", TextOf(reply, "newTaskId"));
+  question.Set("taskId", Out<AString>(reply, "newTaskId"));
   handler->Send(question);
-  return TextOf(answer, "problem");
+  return Out<AString>(answer, "problem");
 }
 
 void TaskBorder::CheckHandler(const AString& document) const {

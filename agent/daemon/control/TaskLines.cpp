@@ -2,6 +2,7 @@
 
 #include "agent/daemon/control/JsonMessage.h"
 #include "agent/daemon/control/ReplyError.h"
+#include "agent/daemon/control/ReplyValue.h"
 #include "agent/document/TaskGlance.h"
 #include "agent/document/TaskId.h"
 
@@ -14,12 +15,10 @@
 #include <algorithm>
 #include <ctime>
 #include <optional>
-#include <string_view>
 
 using BaseSDK::AString;
 using Corvane::AgentInterfacesV3::AMsgIn;
 using Corvane::AgentInterfacesV3::AMsgReply;
-using Corvane::AgentInterfacesV3::AMsgValue;
 using Corvane::AgentInterfacesV3::AStringMap;
 
 namespace NoxAgent {
@@ -27,18 +26,6 @@ namespace {
 
 constexpr std::size_t PartBytes = 16 * 1024;
 constexpr const char* Scheduler = "INoxTaskScheduler";
-
-template <typename T>
-const T* FindOut(const AMsgReply& reply, std::string_view name) {
-  const auto found = reply.Out().find(name);
-  return found == reply.Out().end() ? nullptr : std::get_if<T>(&found->second);
-}
-
-template <typename T>
-T Out(const AMsgReply& reply, std::string_view name) {
-  const T* const value = FindOut<T>(reply, name);
-  return value != nullptr ? *value : T();
-}
 
 // Whether there is such a task; the reply has what was asked for then.
 bool Ask(Plugin& scheduler, const char* operation, const AString& taskId, AMsgReply& reply) {
@@ -101,14 +88,6 @@ std::vector<AString> IdsOf(Plugin& scheduler, const AString& extension) {
   std::sort(ids.begin(), ids.end());
   ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
   return ids;
-}
-
-Json ToJson(const AStringMap& texts) {
-  Json object = Json::Object{};
-  for (const auto& [key, text] : texts) {
-    object[key.ToUtf8()] = text.ToUtf8();
-  }
-  return object;
 }
 
 const AString& TextAt(const AStringMap& attributes, const char* key) {
@@ -198,7 +177,7 @@ Json TaskLines::ReportOn(const AString& taskId) {
   AddTime("nextRun", TextAt(*attributes, "t6"), line);
   line["late"] = TextAt(*attributes, "t2").ToLong(10) != 0;
   if (m_WithAttributes) {
-    line["attributes"] = ToJson(*attributes);
+    line["attributes"] = JsonMessage::EncodeMap(*attributes);
   }
   AddRun(taskId, TextAt(*attributes, "t1"), line);
   return line;
@@ -214,7 +193,7 @@ void TaskLines::AddRun(const AString& taskId, const AString& classId, Json& line
   AMsgIn request("INoxCommandHandler", "GetRun", reply);
   handler->Send(request.Set("taskId", taskId));
   if (!reply.IsError() && reply.Result() > 0) {
-    line["run"] = ToJson(Out<AStringMap>(reply, "run"));
+    line["run"] = JsonMessage::EncodeMap(Out<AStringMap>(reply, "run"));
   }
 }
 

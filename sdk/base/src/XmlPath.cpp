@@ -39,7 +39,7 @@ struct KnownPath {
 
 constexpr std::size_t KnownPathCount = 64;
 
-/// Where to look for a path: FNV-1a, four bytes at a time.
+/// Where to look for a path: after FNV-1a, four bytes at a time.
 std::size_t PlaceOf(std::string_view path) {
   constexpr std::uint32_t Prime = 16777619;
   auto hash = static_cast<std::uint32_t>(path.size());
