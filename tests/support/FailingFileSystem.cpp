@@ -119,6 +119,16 @@ int FailingFileSystem::Sync(int fd) {
   return error != 0 ? error : ForwardingFileSystem::Sync(fd);
 }
 
+int FailingFileSystem::SyncData(int fd) {
+  const int error = Admit(SyncCall, "sync data");
+  return error != 0 ? error : ForwardingFileSystem::SyncData(fd);
+}
+
+int FailingFileSystem::SyncAll(int fd) {
+  const int error = Admit(SyncCall, "sync all");
+  return error != 0 ? error : ForwardingFileSystem::SyncAll(fd);
+}
+
 int FailingFileSystem::Close(int fd) {
   const int error = Admit(CloseCall, "close");
   const int result = ForwardingFileSystem::Close(fd);

@@ -59,7 +59,10 @@ class FailingFileSystem : public ForwardingFileSystem {
   int Open(const char* path, int flags, unsigned mode, int& fd) override;
   int Read(int fd, void* buffer, std::size_t size, std::size_t& got) override;
   int Write(int fd, const void* data, std::size_t size, std::size_t& written) override;
+  // All three are counted as SyncCall.
   int Sync(int fd) override;
+  int SyncData(int fd) override;
+  int SyncAll(int fd) override;
   int Close(int fd) override;
   int SetMode(int fd, unsigned mode) override;
   int GetInfo(const char* path, Info& info) override;

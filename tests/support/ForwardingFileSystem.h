@@ -4,12 +4,15 @@
 
 namespace TestSupport {
 
-/// Passes every call on to another file system; derive and override the calls that are to differ.
-/// It does not put itself in force.
+/// Passes every call of the system on to another file system; derive and override the calls that
+/// are to differ. It does not put itself in force.
 class ForwardingFileSystem : public BaseSDK::AFileSystem {
  public:
   /// `below` is borrowed.
   explicit ForwardingFileSystem(AFileSystem& below) : m_Below(below) {}
+  // A copy would be mistaken for an object above the other one.
+  ForwardingFileSystem(const ForwardingFileSystem&) = delete;
+  ForwardingFileSystem& operator=(const ForwardingFileSystem&) = delete;
 
   int Open(const char* path, int flags, unsigned mode, int& fd) override {
     return m_Below.Open(path, flags, mode, fd);
@@ -21,11 +24,13 @@ class ForwardingFileSystem : public BaseSDK::AFileSystem {
     return m_Below.Write(fd, data, size, written);
   }
   int Sync(int fd) override { return m_Below.Sync(fd); }
+  int SyncData(int fd) override { return m_Below.SyncData(fd); }
+  int SyncAll(int fd) override { return m_Below.SyncAll(fd); }
   int Close(int fd) override { return m_Below.Close(fd); }
   int SetMode(int fd, unsigned mode) override { return m_Below.SetMode(fd, mode); }
   int GetInfo(const char* path, Info& info) override { return m_Below.GetInfo(path, info); }
   int GetOpenInfo(int fd, Info& info) override { return m_Below.GetOpenInfo(fd, info); }
-  void Replaced(const char* path, int error) override { m_Below.Replaced(path, error); }
+  void MakeSafe() override { m_Below.MakeSafe(); }
   int Rename(const char* from, const char* to, bool replace) override {
     return m_Below.Rename(from, to, replace);
   }

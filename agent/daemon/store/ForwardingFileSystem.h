@@ -4,12 +4,15 @@
 
 namespace NoxAgent {
 
-/// Passes every call on to another file system. A class that derives from it overrides the calls
-/// that it treats otherwise.
+/// Passes every call of the system on to another file system. A class that derives from it
+/// overrides the calls that it treats otherwise. ReplaceFile is not passed on: its steps are.
 class ForwardingFileSystem : public BaseSDK::AFileSystem {
  public:
   /// `below` is borrowed and outlives this object.
   explicit ForwardingFileSystem(AFileSystem& below) : m_Below(below) {}
+  // A copy would be mistaken for an object above the other one.
+  ForwardingFileSystem(const ForwardingFileSystem&) = delete;
+  ForwardingFileSystem& operator=(const ForwardingFileSystem&) = delete;
 
   int Open(const char* path, int flags, unsigned mode, int& fd) override {
     return m_Below.Open(path, flags, mode, fd);
@@ -21,6 +24,8 @@ class ForwardingFileSystem : public BaseSDK::AFileSystem {
     return m_Below.Write(fd, data, size, written);
   }
   int Sync(int fd) override { return m_Below.Sync(fd); }
+  int SyncData(int fd) override { return m_Below.SyncData(fd); }
+  int SyncAll(int fd) override { return m_Below.SyncAll(fd); }
   int Close(int fd) override { return m_Below.Close(fd); }
   int SetMode(int fd, unsigned mode) override { return m_Below.SetMode(fd, mode); }
   int GetInfo(const char* path, Info& info) override { return m_Below.GetInfo(path, info); }
@@ -36,7 +41,7 @@ class ForwardingFileSystem : public BaseSDK::AFileSystem {
     return m_Below.ReadDirectory(handle, name);
   }
   int CloseDirectory(unsigned long handle) override { return m_Below.CloseDirectory(handle); }
-  void Replaced(const char* path, int error) override { m_Below.Replaced(path, error); }
+  void MakeSafe() override { m_Below.MakeSafe(); }
   std::uint64_t UniqueNumber() override { return m_Below.UniqueNumber(); }
 
  protected:

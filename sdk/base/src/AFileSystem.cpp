@@ -1,3 +1,4 @@
+#include <BaseSDK/AFileReplacement.h>
 #include <BaseSDK/AFileSystem.h>
 
 #include <dirent.h>
@@ -77,6 +78,14 @@ int AFileSystem::Sync(int fd) {
   return ErrorOf(fsync(fd));
 }
 
+int AFileSystem::SyncData(int fd) {
+  return ErrorOf(fdatasync(fd));
+}
+
+int AFileSystem::SyncAll(int fd) {
+  return ErrorOf(syncfs(fd));
+}
+
 int AFileSystem::Close(int fd) {
   return ErrorOf(close(fd));
 }
@@ -124,7 +133,14 @@ int AFileSystem::CloseDirectory(unsigned long handle) {
   return ErrorOf(closedir(DirectoryOf(handle)));
 }
 
-void AFileSystem::Replaced(const char* /*path*/, int /*error*/) {}
+int AFileSystem::ReplaceFile(const char* path, const std::string& bytes) {
+  AFileReplacement replacement(*this, path);
+  int error = replacement.Prepare(bytes, AFileReplacement::Flushed::Yes);
+  error = error != 0 ? error : replacement.Rename();
+  return error != 0 ? error : replacement.FlushDirectory();
+}
+
+void AFileSystem::MakeSafe() {}
 
 std::uint64_t AFileSystem::UniqueNumber() {
   std::random_device source;

@@ -180,13 +180,15 @@ int AMemoryFileSystem::Write(int fd, const void* data, std::size_t size, std::si
   if (found == m_OpenFiles.end() || !found->second.m_Writes) {
     return EBADF;
   }
-  written = std::min(size, m_FreeBytes);
+  OpenFile& open = found->second;
+  std::string& content = open.m_File->m_Content;
+  const std::size_t rest = content.size() - std::min(content.size(), open.m_Offset);
+  const std::size_t growth = size - std::min(size, rest);
+  written = size - growth + std::min(growth, m_FreeBytes);
   if (written == 0 && size > 0) {
     return ENOSPC;
   }
-  m_FreeBytes -= m_FreeBytes == Unlimited ? 0 : written;
-  OpenFile& open = found->second;
-  std::string& content = open.m_File->m_Content;
+  m_FreeBytes -= m_FreeBytes == Unlimited ? 0 : std::min(growth, m_FreeBytes);
   content.resize(std::max(content.size(), open.m_Offset + written));
   content.replace(open.m_Offset, written, static_cast<const char*>(data), written);
   open.m_Offset += written;

@@ -2,8 +2,6 @@
 
 #include "Retry.h"
 
-#include <BaseSDK/AFileSystem.h>
-
 #include <fcntl.h>
 
 #include <array>
@@ -11,18 +9,18 @@
 
 namespace BaseSDK {
 
-int OpenFile(const char* path, int flags, unsigned mode, int& fd) {
+int OpenFile(AFileSystem& files, const char* path, int flags, unsigned mode, int& fd) {
   fd = -1;
-  return Retry([&] { return AFileSystem::Current().Open(path, flags, mode, fd); });
+  return Retry([&] { return files.Open(path, flags, mode, fd); });
 }
 
-int WriteAll(int fd, const void* data, std::size_t size, std::size_t& written) {
+int WriteAll(AFileSystem& files, int fd, const void* data, std::size_t size, std::size_t& written) {
   const char* const bytes = static_cast<const char*>(data);
   written = 0;
   while (written < size) {
     std::size_t count = 0;
-    const int error = Retry(
-        [&] { return AFileSystem::Current().Write(fd, bytes + written, size - written, count); });
+    const int error =
+        Retry([&] { return files.Write(fd, bytes + written, size - written, count); });
     written += count;
     if (error != 0) {
       return error;
@@ -34,12 +32,11 @@ int WriteAll(int fd, const void* data, std::size_t size, std::size_t& written) {
   return 0;
 }
 
-int ReadAll(int fd, std::size_t most, std::string& bytes) {
+int ReadAll(AFileSystem& files, int fd, std::size_t most, std::string& bytes) {
   std::array<char, 16384> buffer;
   for (;;) {
     std::size_t got = 0;
-    const int error =
-        Retry([&] { return AFileSystem::Current().Read(fd, buffer.data(), buffer.size(), got); });
+    const int error = Retry([&] { return files.Read(fd, buffer.data(), buffer.size(), got); });
     if (error != 0 || got == 0) {
       return error;
     }
@@ -50,19 +47,19 @@ int ReadAll(int fd, std::size_t most, std::string& bytes) {
   }
 }
 
-int FlushFile(int fd) {
-  const int error = Retry([fd] { return AFileSystem::Current().Sync(fd); });
+int FlushFile(AFileSystem& files, int fd) {
+  const int error = Retry([&] { return files.Sync(fd); });
   return error == EINVAL || error == EROFS ? 0 : error;
 }
 
-int FlushDirectory(const std::string& directory) {
+int FlushDirectory(AFileSystem& files, const std::string& directory) {
   int fd = -1;
-  const int openError = OpenFile(directory.c_str(), O_RDONLY | O_DIRECTORY, 0, fd);
+  const int openError = OpenFile(files, directory.c_str(), O_RDONLY | O_DIRECTORY, 0, fd);
   if (openError != 0) {
     return openError;
   }
-  const int error = FlushFile(fd);
-  const int closeError = AFileSystem::Current().Close(fd);
+  const int error = FlushFile(files, fd);
+  const int closeError = files.Close(fd);
   return error != 0 ? error : closeError;
 }
 

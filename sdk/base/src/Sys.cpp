@@ -8,12 +8,14 @@
 namespace BaseSDK::Wrappers {
 
 unsigned long Sys::Open(const char* name, int flags, int mode, int& fd) {
-  return ResultFromErrno(OpenFile(name, flags, static_cast<unsigned>(mode), fd));
+  return ResultFromErrno(
+      OpenFile(AFileSystem::Current(), name, flags, static_cast<unsigned>(mode), fd));
 }
 
 unsigned long Sys::Write(int fd, const void* data, std::size_t size, std::size_t& written) {
-  const int error = WriteAll(fd, data, size, written);
-  return ResultFromErrno(error != 0 ? error : FlushFile(fd));
+  AFileSystem& files = AFileSystem::Current();
+  const int error = WriteAll(files, fd, data, size, written);
+  return ResultFromErrno(error != 0 ? error : FlushFile(files, fd));
 }
 
 unsigned long Sys::Close(int fd) {

@@ -1,5 +1,6 @@
 #include "AMsgChannel.h"
 
+#include <BaseSDK/AFileSystem.h>
 #include <BaseSDK/AWaitableLock.h>
 
 #include <map>
@@ -95,7 +96,9 @@ long AMsgChannel::Send(const AMsgIn& request) {
   if (visit.Server() == nullptr) {
     return -1;
   }
+  BaseSDK::AFileSystem::Current().MakeSafe();
   (void)visit.Server()->ProcessRequest(&request);
+  BaseSDK::AFileSystem::Current().MakeSafe();
   if (!reply.IsAnswered()) {
     reply.SetError(AMsgError::OperationFailed, "The object left the request unanswered.");
   }

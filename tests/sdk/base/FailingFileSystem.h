@@ -33,8 +33,6 @@ class FailingFileSystem : public AFileSystem {
   void LimitWrites(std::size_t bytes) { m_MostPerWrite = bytes; }
 
   const std::vector<std::string>& Calls() const { return m_Calls; }
-  /// What AFile::Write has told of its replacements.
-  const std::vector<std::pair<std::string, int>>& Replacements() const { return m_Replaced; }
   std::size_t OpenDescriptors() const { return m_OpenCount; }
 
   int Open(const char* path, int flags, unsigned mode, int& fd) override {
@@ -64,7 +62,6 @@ class FailingFileSystem : public AFileSystem {
   int GetInfo(const char* path, Info& info) override {
     return Note("info", [&] { return AFileSystem::GetInfo(path, info); });
   }
-  void Replaced(const char* path, int error) override { m_Replaced.emplace_back(path, error); }
   int Rename(const char* from, const char* to, bool replace) override {
     return Note("rename", [&] { return AFileSystem::Rename(from, to, replace); });
   }
@@ -95,7 +92,6 @@ class FailingFileSystem : public AFileSystem {
 
   AFileSystem* const m_Before;
   std::vector<std::string> m_Calls;
-  std::vector<std::pair<std::string, int>> m_Replaced;
   std::size_t m_FailFrom = 0;
   std::size_t m_FailCount = 0;
   int m_Error = 0;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 namespace BaseSDK {
 
@@ -41,6 +42,10 @@ class AFileSystem {
   virtual int Write(int fd, const void* data, std::size_t size, std::size_t& written);
   /// Flushes a file or, opened as one, a directory to the disk.
   virtual int Sync(int fd);
+  /// Flushes what a file holds, without its times.
+  virtual int SyncData(int fd);
+  /// Flushes all that was changed on the disk that the open file or directory is on.
+  virtual int SyncAll(int fd);
   /// The descriptor is gone also when this fails.
   virtual int Close(int fd);
   /// Sets the permission bits of an open file, whatever the umask.
@@ -60,10 +65,17 @@ class AFileSystem {
   virtual int ReadDirectory(unsigned long handle, const char*& name);
   virtual int CloseDirectory(unsigned long handle);
 
-  /// This is no call of the system. AFile::Write reports here how its replacement of the file
-  /// `path` ended: with 0 or an errno. A derived class learns in this way that a file could not be
-  /// written, even if the caller of AFile::Write ignores the result. Does nothing here.
-  virtual void Replaced(const char* path, int error);
+  // The rest are no calls of the system.
+
+  /// What AFile::Write does with the file `path`: replaces it as a whole, in the steps of
+  /// AFileReplacement, each a call of this object. A derived class may put the flushes off until
+  /// MakeSafe. 0 or an errno.
+  virtual int ReplaceFile(const char* path, const std::string& bytes);
+  /// Returns when a power cut leaves whatever was changed through this object until now, by any
+  /// thread. The message queues call it around each request: nobody hears of a change before it is
+  /// safe. A change that fails only here is reported as the derived class sees fit. Does nothing
+  /// here, where each change is safe when its call returns. Never throws.
+  virtual void MakeSafe();
 
   /// The number that the tail of a new file's name is made from: unpredictable, and another one at
   /// each call. It comes from here so that a simulation can give its files the same names each

@@ -25,8 +25,8 @@ class AMemoryFileSystem : public AFileSystem {
 
   /// Makes an empty directory. Those above it need not be there; an existing one stays as it is.
   void MakeDirectory(const std::string& path);
-  /// From now on calls of Write take so many bytes altogether; then the disk is full (ENOSPC).
-  /// Deleting files makes no room.
+  /// From now on files grow by so many bytes altogether; then the disk is full (ENOSPC). Deleting
+  /// files makes no room.
   void SetFreeBytes(std::size_t bytes);
   /// While set, opening a file for writing, Rename and Unlink fail with EROFS. A descriptor that is
   /// open for writing already still writes.
@@ -50,6 +50,8 @@ class AMemoryFileSystem : public AFileSystem {
   int Read(int fd, void* buffer, std::size_t size, std::size_t& got) override;
   int Write(int fd, const void* data, std::size_t size, std::size_t& written) override;
   int Sync(int fd) override;
+  int SyncData(int fd) override { return Sync(fd); }
+  int SyncAll(int fd) override { return Sync(fd); }
   int Close(int fd) override;
   int SetMode(int fd, unsigned mode) override;
   int GetInfo(const char* path, Info& info) override;

@@ -1,0 +1,88 @@
+#include "FileBytes.h"
+#include "Retry.h"
+#include "TemporaryNames.h"
+
+#include <BaseSDK/AFileReplacement.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <utility>
+
+namespace BaseSDK {
+
+namespace {
+
+/// Why a rename must not replace this file; 0 when it may.
+int RefusalOf(const AFileSystem::Info& info) {
+  return S_ISREG(info.m_Mode) || S_ISLNK(info.m_Mode) ? 0 : S_ISDIR(info.m_Mode) ? EISDIR : EINVAL;
+}
+
+}  // namespace
+
+AFileReplacement::AFileReplacement(AFileSystem& files, std::string path)
+    : m_Files(files), m_Path(std::move(path)), m_Directory(DirectoryOf(m_Path)) {}
+
+AFileReplacement::~AFileReplacement() {
+  if (!m_Temporary.empty()) {
+    (void)Retry([&] { return m_Files.Unlink(m_Temporary.c_str()); });
+  }
+}
+
+int AFileReplacement::Prepare(const std::string& bytes, Flushed flushed) {
+  std::string temporary;
+  int fd = -1;
+  int error = LookAtPrevious();
+  error = error != 0 ? error : CreateUnique(m_Files, TemporaryPrefix(m_Path), temporary, fd);
+  if (error != 0) {
+    return error;
+  }
+  m_Temporary = std::move(temporary);
+  error = Fill(fd, bytes, flushed);
+  const int closeError = m_Files.Close(fd);
+  return error != 0 ? error : closeError;
+}
+
+int AFileReplacement::LookAtPrevious() {
+  const int error = Retry([&] { return m_Files.GetInfo(m_Path.c_str(), m_Previous); });
+  m_Replaces = error == 0;
+  return error == 0 ? RefusalOf(m_Previous) : error == ENOENT ? 0 : error;
+}
+
+int AFileReplacement::Fill(int fd, const std::string& bytes, Flushed flushed) {
+  constexpr unsigned PermissionBits = 07777;
+  int error = 0;
+  if (m_Replaces && S_ISREG(m_Previous.m_Mode)) {
+    error = Retry([&] { return m_Files.SetMode(fd, m_Previous.m_Mode & PermissionBits); });
+  }
+  std::size_t written = 0;
+  error = error != 0 ? error : WriteAll(m_Files, fd, bytes.data(), bytes.size(), written);
+  return error != 0 || flushed == Flushed::No ? error : FlushFile(m_Files, fd);
+}
+
+int AFileReplacement::Flush() {
+  int fd = -1;
+  const int openError = OpenFile(m_Files, m_Temporary.c_str(), O_RDONLY, 0, fd);
+  if (openError != 0) {
+    return openError;
+  }
+  const int error = FlushFile(m_Files, fd);
+  const int closeError = m_Files.Close(fd);
+  return error != 0 ? error : closeError;
+}
+
+int AFileReplacement::Rename() {
+  const int error =
+      Retry([&] { return m_Files.Rename(m_Temporary.c_str(), m_Path.c_str(), true); });
+  if (error == 0) {
+    m_Temporary.clear();
+  }
+  return error;
+}
+
+int AFileReplacement::FlushDirectory() {
+  return BaseSDK::FlushDirectory(m_Files, m_Directory);
+}
+
+}  // namespace BaseSDK
