@@ -105,7 +105,7 @@ void PluginLifecycle::PrepareTaskDirectory(Plugin& plugin, const Settings& setti
   }
   const AString extension = plugin.Config().Peek("task_file_extension");
   m_Store.Guard({plugin.Name(), directory, extension.IsEmpty() ? AString(".vsk") : extension,
-                 settings.m_StateDir + "/var/refused"});
+                 settings.m_StateDir + "/var/refused", settings.m_StateDir + "/var/journal"});
 }
 
 void PluginLifecycle::Refresh(const std::function<void()>& readAgain) {

@@ -31,17 +31,33 @@ int WithoutThrowing(const Call& call) {
   }
 }
 
+// What is only to be noted goes unnoted when memory runs out.
+template <class Call>
+void WithoutMemory(const Call& call) {
+  (void)WithoutThrowing([&] {
+    call();
+    return 0;
+  });
+}
+
 }  // namespace
 
-StoreFileSystem::StoreFileSystem(AFileSystem& below, TaskDirectory directory,
+StoreFileSystem::StoreFileSystem(JournaledFiles& below, TaskDirectory directory,
                                  const std::string& refusedPath)
-    : ForwardingFileSystem(below),
+    : ForwardingFileSystem(static_cast<AFileSystem&>(below)),
+      m_Journaled(below),
       m_Directory(std::move(directory)),
       m_Refused(below, refusedPath),
       m_WriteTrouble(m_Readings),
       m_Strays(below, m_Directory, m_Known, m_Open),
       m_Reader({below, m_Refused, m_Known, m_Open, m_Readings}),
-      m_Remover(below, m_Directory, m_Known, m_Readings) {}
+      m_Remover(below, m_Directory, m_Known, m_Readings) {
+  m_Journaled.SetObserver(this);
+}
+
+StoreFileSystem::~StoreFileSystem() {
+  m_Journaled.SetObserver(nullptr);
+}
 
 int StoreFileSystem::Open(const char* path, int flags, unsigned mode, int& fd) {
   fd = -1;
@@ -50,9 +66,7 @@ int StoreFileSystem::Open(const char* path, int flags, unsigned mode, int& fd) {
     if (name && IsToRead(flags) && m_Directory.IsTaskFile(*name)) {
       return m_Reader.Open(*name, path, flags, fd);
     }
-    // AFile::Write writes to a file with a dot in front of its name; Replaced reports how that
-    // went.
-    if (name && !IsToRead(flags) && !name->starts_with('.')) {
+    if (name && !IsToRead(flags)) {
       return Make(*name, path, flags, mode, fd);
     }
     return ForwardingFileSystem::Open(path, flags, mode, fd);
@@ -178,16 +192,30 @@ int StoreFileSystem::CloseDirectory(unsigned long handle) {
   return 0;
 }
 
-void StoreFileSystem::Replaced(const char* path, int error) {
-  ForwardingFileSystem::Replaced(path, error);
-  const std::optional<std::string> name = TaskFileAt(path);
-  if (!name) {
-    return;
-  }
-  m_WriteTrouble.Note(*name, error);
+int StoreFileSystem::ReplaceFile(const char* path, const std::string& bytes) {
+  const int error = Below().ReplaceFile(path, bytes);
   if (error != 0) {
-    WriteFailures::Note(*name, error);
+    OnFailure(path, error);
   }
+  return error;
+}
+
+void StoreFileSystem::OnReplaced(const std::string& path, const Info& info) noexcept {
+  WithoutMemory([&] {
+    if (const auto name = TaskFileAt(path.c_str())) {
+      m_Known.Write(*name, FileIdentity(info));
+      m_WriteTrouble.Note(*name, 0);
+    }
+  });
+}
+
+void StoreFileSystem::OnFailure(const std::string& path, int error) noexcept {
+  WithoutMemory([&] {
+    if (const auto name = TaskFileAt(path.c_str())) {
+      m_WriteTrouble.Note(*name, error);
+      WriteFailures::Note(*name, error);
+    }
+  });
 }
 
 std::optional<std::string> StoreFileSystem::TaskFileAt(const char* path) const {

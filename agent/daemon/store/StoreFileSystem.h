@@ -1,5 +1,6 @@
 #pragma once
 
+#include "agent/daemon/journal/JournaledFiles.h"
 #include "agent/daemon/store/DirectoryListings.h"
 #include "agent/daemon/store/ForwardingFileSystem.h"
 #include "agent/daemon/store/KnownFiles.h"
@@ -29,11 +30,14 @@ namespace NoxAgent {
 ///
 /// Everything else passes through. A call counts as the scheduler's own when the thread is
 /// answering no request. [any thread]
-class StoreFileSystem final : public ForwardingFileSystem {
+class StoreFileSystem final : public ForwardingFileSystem, private JournaledFiles::Observer {
  public:
   /// `below` is borrowed and outlives this object. Refused documents go to the folder
   /// `refusedPath`.
-  StoreFileSystem(AFileSystem& below, TaskDirectory directory, const std::string& refusedPath);
+  StoreFileSystem(JournaledFiles& below, TaskDirectory directory, const std::string& refusedPath);
+  ~StoreFileSystem() override;
+  StoreFileSystem(const StoreFileSystem&) = delete;
+  StoreFileSystem& operator=(const StoreFileSystem&) = delete;
 
   const TaskDirectory& Directory() const { return m_Directory; }
   RefusedFolder& Refused() { return m_Refused; }
@@ -51,9 +55,12 @@ class StoreFileSystem final : public ForwardingFileSystem {
   int OpenDirectory(const char* path, unsigned long& handle) override;
   int ReadDirectory(unsigned long handle, const char*& name) override;
   int CloseDirectory(unsigned long handle) override;
-  void Replaced(const char* path, int error) override;
+  int ReplaceFile(const char* path, const std::string& bytes) override;
 
  private:
+  void OnReplaced(const std::string& path, const Info& info) noexcept override;
+  void OnFailure(const std::string& path, int error) noexcept override;
+
   /// The name of a task file; nothing for any other path.
   std::optional<std::string> TaskFileAt(const char* path) const;
   int Make(const std::string& name, const char* path, int flags, unsigned mode, int& fd);
@@ -61,6 +68,7 @@ class StoreFileSystem final : public ForwardingFileSystem {
   int NoteOfMade(int fd, int error);
   void ReportReading(int error) const;
 
+  JournaledFiles& m_Journaled;
   const TaskDirectory m_Directory;
   RefusedFolder m_Refused;
 

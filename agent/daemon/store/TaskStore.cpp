@@ -2,6 +2,7 @@
 
 #include "agent/daemon/AgentError.h"
 #include "agent/daemon/process/AgentLog.h"
+#include "agent/daemon/process/Directories.h"
 
 #include <cstring>
 
@@ -11,12 +12,24 @@ using BaseSDK::AString;
 
 namespace NoxAgent {
 
+namespace {
+
+AString FolderOf(const AString& path) {
+  return path.Left(path.ReverseFind(L'/'));
+}
+
+}  // namespace
+
 TaskStore::TaskStore() : m_Spared(AFileSystem::Current()) {
   m_Before = AFileSystem::Replace(&m_Spared);
 }
 
 TaskStore::~TaskStore() {
   (void)AFileSystem::Replace(m_Before);
+  m_Follower.reset();
+  if (m_Journaled != nullptr) {
+    m_Journaled->End();
+  }
 }
 
 void TaskStore::Guard(const Tasks& tasks) {
@@ -29,18 +42,26 @@ void TaskStore::Guard(const Tasks& tasks) {
     }
     return;
   }
+  Directories::Make(FolderOf(tasks.m_JournalPath), Directories::Private);
+  m_Journaled = std::make_unique<JournaledFiles>(m_Spared, directory, tasks.m_JournalPath.ToUtf8());
+  m_Journaled->Begin();
   DirectoryListings::Listing listing;
-  int error = DirectoryListings::List(m_Spared, directory.Path().c_str(), listing);
+  int error = DirectoryListings::List(*m_Journaled, directory.Path().c_str(), listing);
   error = error != 0 ? error : listing.m_Error;
   if (error != 0) {
     throw AgentError(AgentError::Kind::Failure,
                      AString("cannot read the task directory %1: %2; no task would run")
                          .Arg(tasks.m_Directory, std::strerror(error)));
   }
-  m_Files = std::make_unique<StoreFileSystem>(m_Spared, std::move(directory),
+  m_Files = std::make_unique<StoreFileSystem>(*m_Journaled, std::move(directory),
                                               tasks.m_RefusedPath.ToUtf8());
   m_Scheduler = tasks.m_Scheduler;
+  m_Follower = std::make_unique<JournalFollower>(*m_Journaled);
   (void)AFileSystem::Replace(m_Files.get());
+}
+
+JournaledFiles::Counts TaskStore::Counts() const {
+  return m_Journaled != nullptr ? m_Journaled->Count() : JournaledFiles::Counts();
 }
 
 }  // namespace NoxAgent

@@ -1,17 +1,18 @@
 #pragma once
 
+#include "agent/daemon/journal/JournalFollower.h"
+#include "agent/daemon/journal/JournaledFiles.h"
 #include "agent/daemon/store/SparingFileSystem.h"
 #include "agent/daemon/store/StoreFileSystem.h"
 
 #include <BaseSDK/AString.h>
 
 #include <memory>
-#include <optional>
 
 namespace NoxAgent {
 
 /// The agent's part in the task files. While it lives, it stands between the scheduler and the disk
-/// (see StoreFileSystem). It must outlive every plug-in.
+/// (see StoreFileSystem and JournaledFiles). It must outlive every plug-in.
 class TaskStore {
  public:
   /// Puts itself in front of the file system in force. [main thread]
@@ -26,6 +27,7 @@ class TaskStore {
     BaseSDK::AString m_Directory;
     BaseSDK::AString m_Extension;
     BaseSDK::AString m_RefusedPath;  ///< where refused documents go
+    BaseSDK::AString m_JournalPath;  ///< what is to be made safe is written there first
   };
   /// Looks after these task files from now on. Call it before the scheduler is loaded. Only the
   /// first directory is guarded; another one is logged. Throws AgentError when the directory cannot
@@ -34,13 +36,17 @@ class TaskStore {
 
   /// The guarded files; null without a scheduler. [any thread, once plug-ins are loaded]
   StoreFileSystem* Files() const { return m_Files.get(); }
+  /// What became of their changes; zeros without a scheduler. [as Files]
+  JournaledFiles::Counts Counts() const;
   /// The name of the plug-in that the files belong to; empty without one.
   const BaseSDK::AString& Scheduler() const { return m_Scheduler; }
 
  private:
   BaseSDK::AFileSystem* m_Before = nullptr;
   SparingFileSystem m_Spared;
+  std::unique_ptr<JournaledFiles> m_Journaled;
   std::unique_ptr<StoreFileSystem> m_Files;
+  std::unique_ptr<JournalFollower> m_Follower;
   BaseSDK::AString m_Scheduler;
 };
 

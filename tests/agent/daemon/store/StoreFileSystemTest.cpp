@@ -130,8 +130,9 @@ class StoreFileSystemTest : public testing::Test {
   TestSupport::LogCapture m_Log{ALogger::Notice};
   TestSupport::TempDir m_Dir;
   Disk m_Disk{AFileSystem::Current()};
-  StoreFileSystem m_Store{m_Disk, TaskDirectory((m_Dir / "tasks").string(), ".vsk"),
-                          (m_Dir / "refused").string()};
+  const TaskDirectory m_Tasks{(m_Dir / "tasks").string(), ".vsk"};
+  JournaledFiles m_Journaled{m_Disk, m_Tasks, (m_Dir / "journal").string()};
+  StoreFileSystem m_Store{m_Journaled, m_Tasks, (m_Dir / "refused").string()};
 };
 
 const std::string Missing = std::to_string(ENOENT);

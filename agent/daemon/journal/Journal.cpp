@@ -1,0 +1,148 @@
+#include "agent/daemon/journal/Journal.h"
+
+#include "agent/daemon/store/FileCalls.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+namespace NoxAgent {
+namespace {
+
+constexpr unsigned JournalMode = 0600;
+
+}  // namespace
+
+Journal::Journal(BaseSDK::AFileSystem& files, std::string path)
+    : m_Files(files), m_Path(std::move(path)) {}
+
+Journal::~Journal() {
+  Close();
+}
+
+int Journal::Open(int flags) {
+  Close();
+  return Uninterrupted([&] { return m_Files.Open(m_Path.c_str(), flags, JournalMode, m_Fd); });
+}
+
+void Journal::Close() {
+  m_Ready = false;
+  if (m_Fd != -1) {
+    (void)m_Files.Close(std::exchange(m_Fd, -1));  // what counts was flushed before
+  }
+}
+
+int Journal::Read(std::vector<JournalRecord>& records) {
+  m_HasSpace = false;
+  int error = Open(O_RDWR | O_NOFOLLOW);
+  if (error == ENOENT) {
+    return 0;
+  }
+  std::string bytes;
+  error = error != 0 ? error : ReadAll(bytes);
+  if (error != 0) {
+    return error;
+  }
+  const auto generation = JournalFormat::GenerationOf(bytes);
+  m_HasSpace = generation.has_value() && bytes.size() == Size;
+  m_Generation = generation.value_or(0);
+  for (std::size_t offset = JournalFormat::HeadSize; offset < bytes.size();) {
+    const auto record =
+        JournalFormat::Read(std::string_view(bytes).substr(offset), {m_Generation, offset});
+    if (!record) {
+      break;
+    }
+    offset += JournalFormat::SizeOf(*record);
+    records.push_back(*record);
+  }
+  return 0;
+}
+
+int Journal::ReadAll(std::string& bytes) {
+  // One byte more tells a longer file, which is no journal of ours.
+  bytes.resize(Size + 1);
+  std::size_t filled = 0;
+  for (;;) {
+    std::size_t got = 0;
+    const int error = Uninterrupted(
+        [&] { return m_Files.Read(m_Fd, bytes.data() + filled, bytes.size() - filled, got); });
+    filled += got;
+    if (error != 0 || got == 0 || filled == bytes.size()) {
+      bytes.resize(filled);
+      return error;
+    }
+  }
+}
+
+int Journal::Clear() {
+  int error = m_HasSpace ? 0 : TakeSpace();
+  // Opened anew to write from the beginning.
+  error = error != 0 ? error : Open(O_RDWR | O_NOFOLLOW);
+  error = error != 0 ? error : WriteHead();
+  m_Ready = error == 0;
+  return error;
+}
+
+// Zeros are written, not skipped: a flush of data that fills a hole would have to flush the file's
+// map of blocks as well.
+int Journal::TakeSpace() {
+  int error = Open(O_RDWR | O_CREAT | O_TRUNC | O_NOFOLLOW);
+  error = error != 0 ? error : Write(std::string(Size, '\0'));
+  error = error != 0 ? error : Uninterrupted([&] { return m_Files.Sync(m_Fd); });
+  error = error != 0 ? error : FlushName();
+  m_Flushes += 2;
+  m_HasSpace = error == 0;
+  return error;
+}
+
+// Flushed before any record of the new generation is written: otherwise a power cut could leave the
+// old head with a part of the old records, and these would count.
+int Journal::WriteHead() {
+  const int error = Write(JournalFormat::Head(m_Generation + 1));
+  if (error != 0) {
+    return error;
+  }
+  ++m_Generation;
+  m_Used = JournalFormat::HeadSize;
+  ++m_Flushes;
+  return Uninterrupted([&] { return m_Files.SyncData(m_Fd); });
+}
+
+int Journal::FlushName() {
+  return FlushDirectory(m_Files, m_Path.substr(0, m_Path.rfind('/') + 1));
+}
+
+int Journal::Append(const std::vector<const JournalRecord*>& records) {
+  std::string bytes;
+  for (const JournalRecord* const record : records) {
+    JournalFormat::Append(*record, {m_Generation, m_Used + bytes.size()}, bytes);
+  }
+  int error = m_Ready ? Write(bytes) : EBADF;
+  if (error == 0) {
+    m_Used += bytes.size();
+    ++m_Flushes;
+    error = Uninterrupted([&] { return m_Files.SyncData(m_Fd); });
+  }
+  if (error != 0) {
+    Close();
+  }
+  return error;
+}
+
+int Journal::Write(const std::string& bytes) {
+  std::size_t done = 0;
+  while (done < bytes.size()) {
+    std::size_t written = 0;
+    const int error = Uninterrupted(
+        [&] { return m_Files.Write(m_Fd, bytes.data() + done, bytes.size() - done, written); });
+    done += written;
+    if (error != 0 || written == 0) {
+      return error != 0 ? error : EIO;
+    }
+  }
+  return 0;
+}
+
+}  // namespace NoxAgent

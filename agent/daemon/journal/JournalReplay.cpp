@@ -1,0 +1,114 @@
+#include "agent/daemon/journal/JournalReplay.h"
+
+#include "agent/daemon/store/FileCalls.h"
+#include "agent/daemon/store/FileIdentity.h"
+#include "agent/daemon/store/WholeFile.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+
+using BaseSDK::AFileReplacement;
+using BaseSDK::AFileSystem;
+
+namespace NoxAgent {
+namespace {
+
+// Whether `part` is what a power cut can leave of `whole`: not all of its bytes, or zeros instead
+// of some.
+bool IsTorn(std::string_view part, std::string_view whole) {
+  return part.size() <= whole.size() &&
+         std::equal(part.begin(), part.end(), whole.begin(),
+                    [](char left, char right) { return left == right || left == '\0'; });
+}
+
+std::string NameIn(const std::string& path) {
+  return path.substr(path.rfind('/') + 1);
+}
+
+// Whether the rename failed for the sake of this one file: the next time will be no better.
+bool IsRefused(int error) {
+  return error == EACCES || error == EPERM || error == EBUSY || error == EISDIR;
+}
+
+}  // namespace
+
+JournalReplay::JournalReplay(AFileSystem& files, std::string directory,
+                             const std::vector<JournalRecord>& records)
+    : m_Files(files), m_Directory(std::move(directory)) {
+  for (const JournalRecord& record : records) {
+    m_Versions[record.m_Name].push_back(&record);
+  }
+}
+
+int JournalReplay::Perform() {
+  m_Prepared.clear();
+  m_Left.clear();
+  for (const auto& [name, versions] : m_Versions) {
+    if (const int error = Prepare(name, versions); error != 0) {
+      return error;
+    }
+  }
+  // Whole on the disk before they take the place of others; the journal does not know these files.
+  int error = m_Prepared.empty() ? 0 : FlushDiskOf(m_Files, m_Directory);
+  error = error != 0 ? error : RenameAll();
+  // Also for the files that are up to date: they may be so only in the system's memory.
+  return error != 0 || m_Versions.empty() ? error : FlushDiskOf(m_Files, m_Directory);
+}
+
+int JournalReplay::Prepare(const std::string& name, const Versions& versions) {
+  const State state = StateOf(name, versions);
+  if (state == State::Foreign) {
+    m_Left.push_back(name);
+  }
+  if (state != State::OutOfDate) {
+    return 0;
+  }
+  auto replacement = std::make_unique<AFileReplacement>(m_Files, m_Directory + "/" + name);
+  const int error = replacement->Prepare(versions.back()->m_Content, AFileReplacement::Flushed::No);
+  m_Prepared.push_back(std::move(replacement));
+  return error;
+}
+
+JournalReplay::State JournalReplay::StateOf(const std::string& name,
+                                            const Versions& versions) const {
+  const std::string path = m_Directory + "/" + name;
+  AFileSystem::Info info;
+  const int error = Uninterrupted([&] { return m_Files.GetInfo(path.c_str(), info); });
+  if (error == ENOENT) {
+    return State::UpToDate;  // deleted since
+  }
+  if (error != 0) {
+    return State::Foreign;
+  }
+  std::string content;
+  FileIdentity identity;
+  const bool isRead = S_ISREG(info.m_Mode) && ReadFile(m_Files, path, content, identity) == 0;
+  if (isRead && content == versions.back()->m_Content) {
+    return State::UpToDate;
+  }
+  const FileVersion present(info);
+  const bool isOlder = std::any_of(versions.begin(), versions.end(), [&](const auto* version) {
+    const bool isTorn = isRead && present.m_Number == version->m_After.m_Number &&
+                        IsTorn(content, version->m_Content);
+    return present == version->m_Before || present == version->m_After || isTorn;
+  });
+  return isOlder ? State::OutOfDate : State::Foreign;
+}
+
+int JournalReplay::RenameAll() {
+  for (const auto& replacement : m_Prepared) {
+    const int error = replacement->Rename();
+    if (IsRefused(error)) {
+      m_Left.push_back(NameIn(replacement->Path()));
+    } else if (error != 0) {
+      return error;
+    } else {
+      ++m_Renewed;
+    }
+  }
+  return 0;
+}
+
+}  // namespace NoxAgent

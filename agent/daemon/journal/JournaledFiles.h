@@ -1,0 +1,129 @@
+#pragma once
+
+#include "agent/daemon/journal/FailedChanges.h"
+#include "agent/daemon/journal/SharedFlush.h"
+#include "agent/daemon/journal/TaskJournal.h"
+#include "agent/daemon/journal/UnflushedChanges.h"
+#include "agent/daemon/journal/WaitingFiles.h"
+#include "agent/daemon/store/ForwardingFileSystem.h"
+#include "agent/daemon/store/TaskDirectory.h"
+
+#include <BaseSDK/AMutex.h>
+
+#include <atomic>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+
+namespace NoxAgent {
+
+/// Makes many changes of task files safe with one flush. A file that is replaced waits beside the
+/// old one until MakeSafe has appended its content to the journal and flushed that; then it takes
+/// the old one's place, without a flush of its own. Files that are made, renamed or deleted change
+/// at once, and MakeSafe flushes them. docs/files.md tells what is on the disk at every moment.
+///
+/// Whoever asks for a file that waits makes it safe and puts it in its place first, so everybody
+/// sees what was written last. While the journal cannot be written, each file is flushed by itself.
+///
+/// [any thread]
+class JournaledFiles final : public ForwardingFileSystem {
+ public:
+  /// Learns what becomes of the files. It must neither call back nor throw.
+  class Observer {
+   public:
+    virtual ~Observer() = default;
+    /// The file `path` has been replaced; `info` is the new one.
+    virtual void OnReplaced(const std::string& path, const Info& info) noexcept = 0;
+    /// A change of `path` that had seemed to succeed has failed, or a power cut may undo it. On the
+    /// thread that made it, from within MakeSafe. `error` is an errno.
+    virtual void OnFailure(const std::string& path, int error) noexcept = 0;
+  };
+
+  /// `below` is borrowed and outlives this object. `directory` is that of the task files; all other
+  /// paths pass through. `journalPath` lies in a directory that is there.
+  JournaledFiles(AFileSystem& below, const TaskDirectory& directory,
+                 const std::string& journalPath);
+  /// REQUIRES: no call is under way.
+  ~JournaledFiles() override;
+
+  /// `observer` is borrowed; null for none. [while nobody else uses this object]
+  void SetObserver(Observer* observer) { m_Observer = observer; }
+
+  /// Brings the files up to date with what an earlier agent has left in the journal. Until then,
+  /// and when that fails, each file is flushed by itself; the next listing of the directory tries
+  /// again.
+  void Begin() { m_Journal.Begin(); }
+  /// Makes all safe, puts every file in its place and empties the journal.
+  void End();
+
+  /// Puts the replaced files that are safe in their place. MakeSafe does so too, unless they are
+  /// many.
+  void Follow() NOX_EXCLUDES(m_FollowLock);
+  /// The files that wait; who follows from a thread of his own waits for them there.
+  WaitingFiles& Waiting() { return m_Waiting; }
+
+  struct Counts {
+    std::uint64_t m_Replaced = 0;    ///< task files since the start
+    std::uint64_t m_Flushes = 0;     ///< for all changes of task files since the start
+    std::size_t m_JournalBytes = 0;  ///< what the journal holds now
+  };
+  Counts Count() const;
+
+  int Open(const char* path, int flags, unsigned mode, int& fd) override;
+  int Sync(int fd) override;
+  int Close(int fd) override;
+  int GetInfo(const char* path, Info& info) override;
+  int Rename(const char* from, const char* to, bool replace) override;
+  int Unlink(const char* path) override;
+  int OpenDirectory(const char* path, unsigned long& handle) override;
+  int ReplaceFile(const char* path, const std::string& bytes) override;
+  void MakeSafe() override;
+
+ private:
+  using Files = WaitingFiles::Files;
+
+  bool IsIn(const char* path) const { return m_Directory.NameOf(path).has_value(); }
+  /// Puts a file that waits for this path in its place.
+  void SettleAt(const char* path);
+  /// The path of a file that is open for writing; empty for the directory, nothing for all else.
+  std::optional<std::string> PathOf(int fd) NOX_EXCLUDES(m_Lock);
+  /// Has `note` note a change that was made, to be flushed by the next MakeSafe.
+  template <class Note>
+  void NoteChange(const Note& note) NOX_EXCLUDES(m_Lock);
+
+  int ReplaceAtOnce(const char* path, const std::string& bytes);
+  int ReplaceLater(const std::string& name, const char* path, const std::string& bytes);
+
+  // On the one thread that flushes for all.
+  void FlushAll();
+  void FlushChanges() NOX_EXCLUDES(m_Lock);
+  void FlushSome(Files& files);
+  void FlushEach(Files& files) NOX_EXCLUDES(m_FollowLock);
+
+  /// The one file of the list is in its place, unless `error` tells why not.
+  void Finish(const Files& file, int error) NOX_REQUIRES(m_FollowLock);
+  void ReportOwnFailures();
+
+  const TaskDirectory m_Directory;
+  Observer* m_Observer = nullptr;
+
+  // Each with a lock of its own.
+  TaskJournal m_Journal;
+  WaitingFiles m_Waiting;
+  FailedChanges m_Failed;
+  SharedFlush m_Shared;
+
+  /// Held while files are put in their place, so that this happens in their order. Before every
+  /// other lock of this object.
+  BaseSDK::AMutex m_FollowLock;
+
+  BaseSDK::AMutex m_Lock;
+  UnflushedChanges m_Changes NOX_GUARDED_BY(m_Lock);
+  std::map<int, std::string> m_Open NOX_GUARDED_BY(m_Lock);  ///< see PathOf
+
+  std::atomic<std::uint64_t> m_Replaced{0};
+  std::atomic<std::uint64_t> m_Flushes{0};  ///< without the journal's
+};
+
+}  // namespace NoxAgent

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "agent/daemon/journal/Journal.h"
+#include "agent/daemon/journal/WaitingFiles.h"
+
+#include <BaseSDK/AMutex.h>
+
+#include <list>
+#include <string>
+
+namespace NoxAgent {
+
+/// The journal of one task directory, from the replay at the start to its emptying at the end. It
+/// reports in the log what it finds. [any thread]
+class TaskJournal {
+ public:
+  /// `files` is borrowed and outlives this object.
+  TaskJournal(BaseSDK::AFileSystem& files, std::string directory, std::string path);
+
+  /// Brings the task files up to date with what the journal holds, and empties it. When that fails,
+  /// the journal stays as it is and cannot be used; a later attempt may succeed. Does nothing when
+  /// the journal is in use.
+  void Begin() NOX_EXCLUDES(m_Lock);
+  /// Whether Append may be used. After an error it may not.
+  bool IsReady() const NOX_EXCLUDES(m_Lock);
+
+  /// Whether Append has room for the record now.
+  bool HasRoomFor(std::size_t bytes) const NOX_EXCLUDES(m_Lock);
+  /// Appends the records of the files and flushes them. 0 or an errno, which is logged.
+  int Append(const std::list<WaitingFile>& files) NOX_EXCLUDES(m_Lock);
+  /// Flushes the disk and empties the journal. REQUIRES: every file that it tells of has the
+  /// content that it tells. 0 or an errno, which is logged.
+  int Empty() NOX_EXCLUDES(m_Lock);
+
+  std::size_t UsedBytes() const NOX_EXCLUDES(m_Lock);
+  std::uint64_t Flushes() const NOX_EXCLUDES(m_Lock);
+
+ private:
+  int Replay() NOX_REQUIRES(m_Lock);
+  int Report(const char* problem, int error) NOX_REQUIRES(m_Lock);
+
+  BaseSDK::AFileSystem& m_Files;
+  const std::string m_Directory;
+  const std::string m_Path;
+
+  mutable BaseSDK::AMutex m_Lock;
+  Journal m_Journal NOX_GUARDED_BY(m_Lock);
+  std::uint64_t m_DiskFlushes NOX_GUARDED_BY(m_Lock) = 0;
+  int m_Reported NOX_GUARDED_BY(m_Lock) = 0;  ///< the error that was logged last
+};
+
+}  // namespace NoxAgent

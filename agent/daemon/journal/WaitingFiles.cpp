@@ -1,0 +1,97 @@
+#include "agent/daemon/journal/WaitingFiles.h"
+
+#include <BaseSDK/AWaitableLock.h>
+
+#include <chrono>
+#include <utility>
+
+using BaseSDK::AMutexGuard;
+using BaseSDK::AWaitableLock;
+
+namespace NoxAgent {
+namespace {
+
+// So many changes of one moment share a flush, and yet a file is up to date within a second.
+constexpr std::chrono::milliseconds PatienceWithUnsafe{200};
+
+}  // namespace
+
+bool WaitingFiles::Has(const std::string& name) const {
+  AMutexGuard guard(m_Lock);
+  return m_Waiting.contains(name);
+}
+
+void WaitingFiles::Add(Files& files) {
+  AMutexGuard guard(m_Lock);
+  for (const WaitingFile& file : files) {
+    ++m_Waiting[file.m_Record.m_Name];
+  }
+  m_Unsafe.splice(m_Unsafe.end(), files);
+  m_Changed.notify_all();
+}
+
+void WaitingFiles::BeginFlush() {
+  AMutexGuard guard(m_Lock);
+  m_HasOther = false;
+}
+
+WaitingFiles::Files WaitingFiles::TakeUnsafe() {
+  AMutexGuard guard(m_Lock);
+  return std::exchange(m_Unsafe, {});
+}
+
+void WaitingFiles::AddSafe(Files& files) {
+  AMutexGuard guard(m_Lock);
+  m_Safe.splice(m_Safe.end(), files);
+  m_Changed.notify_all();
+}
+
+WaitingFiles::Files WaitingFiles::TakeFirstSafe() {
+  AMutexGuard guard(m_Lock);
+  Files first;
+  if (!m_Safe.empty()) {
+    first.splice(first.end(), m_Safe, m_Safe.begin());
+  }
+  return first;
+}
+
+void WaitingFiles::Remove(const Files& files) noexcept {
+  AMutexGuard guard(m_Lock);
+  for (const WaitingFile& file : files) {
+    const auto found = m_Waiting.find(file.m_Record.m_Name);
+    if (--found->second == 0) {
+      m_Waiting.erase(found);
+    }
+  }
+}
+
+std::size_t WaitingFiles::CountSafe() const {
+  AMutexGuard guard(m_Lock);
+  return m_Safe.size();
+}
+
+void WaitingFiles::NoteOther() {
+  AMutexGuard guard(m_Lock);
+  m_HasOther = true;
+  m_Changed.notify_all();
+}
+
+bool WaitingFiles::Await() {
+  AMutexGuard guard(m_Lock);
+  AWaitableLock lock(m_Lock);
+  while (!IsOneReady() && m_Unsafe.empty() && !m_HasOther) {
+    m_Changed.wait(lock);
+  }
+  const auto end = std::chrono::steady_clock::now() + PatienceWithUnsafe;
+  while (!IsOneReady() && m_Changed.wait_until(lock, end) == std::cv_status::no_timeout) {
+  }
+  return !m_Stopped;
+}
+
+void WaitingFiles::StopAwaiting() {
+  AMutexGuard guard(m_Lock);
+  m_Stopped = true;
+  m_Changed.notify_all();
+}
+
+}  // namespace NoxAgent
