@@ -4,11 +4,15 @@
 #include "agent/daemon/control/RequestBody.h"
 #include "agent/daemon/control/RequestError.h"
 #include "agent/daemon/control/TaskLines.h"
+#include "agent/daemon/control/WrittenCheck.h"
+
+#include <AgentInterfacesV3/AMsgGroup.h>
 
 #include <map>
 #include <vector>
 
 using BaseSDK::AString;
+using Corvane::AgentInterfacesV3::AMsgGroup;
 
 namespace NoxAgent {
 namespace {
@@ -36,7 +40,8 @@ std::string IdIn(const Json& item) {
 // The tasks of a request, from the body to what became of each.
 class TaskAddition {
  public:
-  TaskAddition(OperationRoute& operations, bool force) : m_Operations(operations), m_Force(force) {}
+  TaskAddition(OperationRoute& operations, const StoreFileSystem& store, bool force)
+      : m_Operations(operations), m_Store(store), m_Force(force) {}
 
   // Throws RequestError when the item is no task to be added.
   void Prepare(const Json& item) {
@@ -49,16 +54,22 @@ class TaskAddition {
     }
   }
 
-  // One that cannot be added does not keep the others back.
+  // One that cannot be added does not keep the others back. All files are flushed together.
   Json Perform() {
-    Json outcomes = Json::List{};
+    Json::List outcomes;
+    AMsgGroup group;
     for (const Task& task : m_Tasks) {
       try {
-        outcomes.Append(Add(task));
+        outcomes.push_back(Add(task));
       } catch (const std::exception&) {
         const RequestError error = CaughtError("/v1/tasks/add");
-        outcomes.Append({{"taskId", task.m_Id}, {"error", ErrorJson(error)}});
+        outcomes.push_back({{"taskId", task.m_Id}, {"error", ErrorJson(error)}});
       }
+    }
+    const WriteFailures failures;
+    group.End();
+    for (const auto& [name, error] : failures.All()) {
+      TellNotWritten(name, error, outcomes);
     }
     return {{"tasks", std::move(outcomes)}};
   }
@@ -93,7 +104,16 @@ class TaskAddition {
     return {{"taskId", answer.At("out").At("newTaskId")}, {"warnings", answer.Items("warnings")}};
   }
 
+  void TellNotWritten(const std::string& name, int error, Json::List& outcomes) const {
+    for (Json& outcome : outcomes) {
+      if (outcome.At("taskId").Text() + m_Store.Directory().Extension() == name) {
+        outcome["error"] = ErrorJson(NotWrittenError({{name, error}}, m_Store));
+      }
+    }
+  }
+
   OperationRoute& m_Operations;
+  const StoreFileSystem& m_Store;
   const bool m_Force;
   std::vector<Task> m_Tasks;
   std::map<std::string, std::size_t> m_Indices;
@@ -121,7 +141,7 @@ BodyParts TasksRoute::List(bool withAttributes) {
 Json TasksRoute::Add(const std::string& body, bool force) {
   (void)Scheduler();
   const RequestBody arguments(body, {"tasks"});
-  TaskAddition addition(m_Operations, force);
+  TaskAddition addition(m_Operations, *m_Store.Files(), force);
   for (const Json& item : arguments.Items("tasks")) {
     addition.Prepare(item);
   }

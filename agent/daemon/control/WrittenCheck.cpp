@@ -51,7 +51,9 @@ RequestError NotAdded(const std::string& name, int error, const StoreFileSystem&
                               .Arg(id, std::strerror(error)));
 }
 
-RequestError NotKept(const Errors& errors, const StoreFileSystem& store) {
+}  // namespace
+
+RequestError NotWrittenError(const Errors& errors, const StoreFileSystem& store) {
   AString tasks;
   for (const auto& [name, error] : errors) {
     tasks += AString(tasks.IsEmpty() ? "%1 (%2)" : ", %1 (%2)")
@@ -62,8 +64,6 @@ RequestError NotKept(const Errors& errors, const StoreFileSystem& store) {
                             "latest, or until the agent is restarted")
                         .Arg(tasks, store.Readings().NextText()));
 }
-
-}  // namespace
 
 void ThrowIfNotWritten(const AMsgIn& request, long result, const WriteFailures& failures,
                        const StoreFileSystem& store) {
@@ -85,7 +85,7 @@ void ThrowIfNotWritten(const AMsgIn& request, long result, const WriteFailures& 
   if (request.Operation() == "AddTask" && result < 1) {
     throw NotAdded(name, error, store);
   }
-  throw NotKept(errors, store);
+  throw NotWrittenError(errors, store);
 }
 
 }  // namespace NoxAgent

@@ -7,6 +7,8 @@
 #include "agent/handler/system/WallClock.h"
 #include "agent/handler/task/ActivePeriod.h"
 
+#include <AgentInterfacesV3/AMsgGroup.h>
+
 #include <algorithm>
 #include <csignal>
 #include <ctime>
@@ -17,6 +19,7 @@
 using BaseSDK::ALogger;
 using BaseSDK::AMutexGuard;
 using BaseSDK::AString;
+using Corvane::AgentInterfacesV3::AMsgGroup;
 using namespace std::chrono_literals;
 
 namespace NoxHandler {
@@ -281,8 +284,12 @@ void Supervisor::BeginStop() {
   }
 }
 
+// The states of runs that end together are recorded together. A run goes only then, for its record
+// on the disk goes with it.
 void Supervisor::AdvanceRuns() {
   std::vector<TaskBatch::Entry> next;
+  std::vector<std::unique_ptr<Run>> ended;
+  AMsgGroup reports;
   for (auto it = m_Slots.begin(); it != m_Slots.end();) {
     auto& [taskId, slot] = *it;
     if (NeedsAdvance(slot)) {
@@ -298,8 +305,11 @@ void Supervisor::AdvanceRuns() {
     } else {
       m_Reporter.Report(taskId, slot.m_Run->Succeeded() ? "Ok" : "Failed");
     }
+    ended.push_back(std::move(slot.m_Run));
     it = m_Slots.erase(it);
   }
+  reports.End();
+  ended.clear();
   for (const TaskBatch::Entry& entry : next) {
     StartRun(entry);
   }

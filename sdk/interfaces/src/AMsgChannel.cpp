@@ -4,6 +4,7 @@
 #include <BaseSDK/AWaitableLock.h>
 
 #include <map>
+#include <utility>
 
 namespace Corvane::AgentInterfacesV3 {
 namespace {
@@ -23,6 +24,14 @@ ARegistry& Registry() {
 
 /// Requests that the thread is answering; one may lead to another.
 thread_local unsigned answering = 0;
+/// The thread has a group of requests, which it sends while it answers so many.
+thread_local std::optional<unsigned> groupAt;
+
+void MakeSafeUnlessGrouped(bool grouped) {
+  if (!grouped) {
+    BaseSDK::AFileSystem::Current().MakeSafe();
+  }
+}
 
 }  // namespace
 
@@ -92,13 +101,14 @@ bool AMsgChannel::HasServer() const {
 
 long AMsgChannel::Send(const AMsgIn& request) {
   AMsgReply& reply = request.Reply();
+  const bool grouped = groupAt == answering;
   const AVisit visit(*this, reply);
   if (visit.Server() == nullptr) {
     return -1;
   }
-  BaseSDK::AFileSystem::Current().MakeSafe();
+  MakeSafeUnlessGrouped(grouped);
   (void)visit.Server()->ProcessRequest(&request);
-  BaseSDK::AFileSystem::Current().MakeSafe();
+  MakeSafeUnlessGrouped(grouped);
   if (!reply.IsAnswered()) {
     reply.SetError(AMsgError::OperationFailed, "The object left the request unanswered.");
   }
@@ -128,6 +138,14 @@ void AMsgChannel::Leave() {
 
 bool AMsgChannel::IsAnswering() {
   return answering != 0;
+}
+
+std::optional<unsigned> AMsgChannel::BeginGroup() {
+  return std::exchange(groupAt, answering);
+}
+
+void AMsgChannel::EndGroup(std::optional<unsigned> before) {
+  groupAt = before;
 }
 
 bool AMsgChannel::IsClosed() const {

@@ -33,6 +33,10 @@ class AMsgChannel {
   long Send(const AMsgIn& request);
   static bool IsAnswering();
   bool IsClosed() const;
+  /// Requests that the calling thread sends are not made safe one by one from now on. Those that it
+  /// sends from within one of them are. Returns what EndGroup is to be given.
+  static std::optional<unsigned> BeginGroup();
+  static void EndGroup(std::optional<unsigned> before);
   /// Refuses requests from now on and waits for those under way. False when one is still under way
   /// at the deadline; without a deadline it waits as long as it takes.
   bool Close(ADeadline deadline);
