@@ -67,6 +67,7 @@ class NotificationCenter {
 
  private:
   void Deliver(const Notification& notification) NOX_EXCLUDES(m_Lock);
+  bool HasListeners() NOX_EXCLUDES(m_Lock);
   Plugins::List SubscribersOf(long code) NOX_EXCLUDES(m_Lock);
   static void TellOne(Plugin& plugin, Kind kind, long code, const BaseSDK::AString& text);
 
