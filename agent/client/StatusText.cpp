@@ -55,6 +55,13 @@ std::string Tasks(const Json& status) {
   return text + '\n';
 }
 
+std::string TaskFiles(const Json& status) {
+  const Json* const files = status.Find("taskFiles");
+  return files == nullptr ? std::string()
+                          : "task files     written " + Plain(*files, "written") + " times with " +
+                                Plain(*files, "flushes") + " flushes to the disk\n";
+}
+
 std::string RefusedFiles(const Json& status) {
   const long count = Number(status, "refusedFiles");
   return count == 0 ? std::string()
@@ -82,7 +89,7 @@ std::string StatusText(const Json& status) {
       << "\nrequests       " << Requests(status) << "\nopen           " << Open(status)
       << "\nnotifications  " << Plain(status, "notifications") << '\n'
       << "time zone      " << Plain(status, "zoneName") << '\n'
-      << Tasks(status) << RefusedFiles(status);
+      << Tasks(status) << TaskFiles(status) << RefusedFiles(status);
   for (const Json& plugin : status.Items("plugins")) {
     AppendPlugin(plugin, out);
   }

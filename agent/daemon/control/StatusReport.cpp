@@ -41,6 +41,12 @@ Json Describe(Plugin& plugin, const std::string& report) {
           {"report", report}};
 }
 
+Json Describe(const JournaledFiles::Counts& counts) {
+  return {{"written", counts.m_Replaced},
+          {"flushes", counts.m_Flushes},
+          {"journalBytes", counts.m_JournalBytes}};
+}
+
 Json Describe(const SchedulerReport& report, bool withTasks) {
   Json tasks = {{"loaded", report.m_TaskIds.size()}};
   if (withTasks) {
@@ -81,6 +87,7 @@ Json StatusReport::Make(const ControlServer::Counters& counters, bool withTasks)
       {"enumerations", m_Handles.Count()},
       {"notifications", m_Notifications.Posted()},
       {"refusedFiles", m_Store.Files() != nullptr ? m_Store.Files()->Refused().Count() : 0},
+      {"taskFiles", Describe(m_Store.Counts())},
       {"zone", BaseSDK::ASystemZone::Value().ToUtf8()},
       {"zoneName", BaseSDK::ASystemZone::Name().ToUtf8()},
       {"tasks", tasks},

@@ -171,12 +171,14 @@ TEST_F(Client, RefreshTellsWhatWaitsForTheNextStart) {
 
 TEST_F(Client, StatusCountsTasksAndTellsZoneAndNextReading) {
   m_Agent.AnswerAlways(200, R"({"zoneName":"Europe/Berlin","tasks":{"loaded":10018},)"
-                            R"("nextReading":1781528400,"refusedFiles":2,"plugins":[]})");
+                            R"("nextReading":1781528400,"refusedFiles":2,"plugins":[],)"
+                            R"("taskFiles":{"written":2000,"flushes":6,"journalBytes":4711}})");
   EXPECT_EQ(0, Run({"status"})) << Err();
   EXPECT_NE(std::string::npos,
             Out().find("time zone      Europe/Berlin\n"
                        "tasks          10018 loaded, their files are read again by "
                        "2026-06-15 15:00:00 +0200\n"
+                       "task files     written 2000 times with 6 flushes to the disk\n"
                        "refused files  2; noxctl files tells more\n"))
       << Out();
   EXPECT_EQ("/v1/status", m_Agent.Requests()[0].m_Target);
