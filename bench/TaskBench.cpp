@@ -79,9 +79,10 @@ void MemoryOfPlainTasks(benchmark::State& state) {
 }
 BENCHMARK(MemoryOfPlainTasks)->Iterations(1);
 
-// Rewrites the document and stores it, flushed to disk.
+// Rewrites the document, stores it and makes it safe.
 void RegisterRun(benchmark::State& state) {
   const Workbench::TaskDirectory directory;
+  const Workbench::Store store(directory);
   Workbench::Handler handler;
   const Workbench::Host host(directory.Path(), handler);
   TaskSchedulerObject_i scheduler;
@@ -91,6 +92,7 @@ void RegisterRun(benchmark::State& state) {
   CTask task(&scheduler, L"T1", AString::FromUtf8(Workbench::DailyTask()));
   for (auto _ : state) {
     task.RegisterRun();
+    BaseSDK::AFileSystem::Current().MakeSafe();
   }
   (void)scheduler.Uninitialize(1);
 }

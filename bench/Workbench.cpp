@@ -1,6 +1,7 @@
 #include "bench/Workbench.h"
 
 #include <BaseSDK/ADateTime.h>
+#include <BaseSDK/AFileSystem.h>
 #include <BaseSDK/ALogConfig.h>
 
 #include <cstdlib>
@@ -15,6 +16,8 @@ namespace Workbench {
 namespace {
 
 constexpr long StartupFinished = 0;
+
+constexpr const char* JournalSuffix = ".journal";
 
 constexpr const char* SchedulerChannel = "Corvane::Agent::TaskScheduler";
 
@@ -67,6 +70,7 @@ TaskDirectory::TaskDirectory() {
 
 TaskDirectory::~TaskDirectory() {
   std::filesystem::remove_all(m_Path);
+  std::filesystem::remove(m_Path.string() + JournalSuffix);
 }
 
 void TaskDirectory::Fill(long count, const std::string& document) const {
@@ -83,7 +87,15 @@ AString TaskDirectory::Path() const {
   return AString::FromUtf8(m_Path.string());
 }
 
+Store::Store(const TaskDirectory& directory) {
+  const AString path = directory.Path();
+  m_Store.Guard({"scheduler", path, ".vsk", path + ".refused", path + JournalSuffix});
+}
+
+// The message queue, which stands between the scheduler and a handler in the agent, makes all safe
+// first.
 long Handler::RunTasksEx(const AString&) {
+  BaseSDK::AFileSystem::Current().MakeSafe();
   const double now = FineNow();
   const std::lock_guard guard(m_Lock);
   if (m_CallTime == 0) {
@@ -141,7 +153,9 @@ void SleepListener::WaitForSleepAfter(double moment) {
 }
 
 Plugin::Plugin(const TaskDirectory& directory)
-    : m_Host(directory.Path(), m_Handler), m_Listener(std::make_shared<SleepListener>()) {
+    : m_Store(directory),
+      m_Host(directory.Path(), m_Handler),
+      m_Listener(std::make_shared<SleepListener>()) {
   BaseSDK::ALogConfig::SetLevel(SchedulerChannel, BaseSDK::ALogger::Trace);
   BaseSDK::ALogConfig::AddSink(m_Listener);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "agent/daemon/store/TaskStore.h"
 #include "scheduler/TaskSchedulerObject.h"
 
 #include <AgentInterfacesV3/INoxScheduledTaskHandler.h>
@@ -45,6 +46,15 @@ class TaskDirectory {
 
  private:
   std::filesystem::path m_Path;
+};
+
+/// The agent's part in the files of a directory: its journal, above all.
+class Store {
+ public:
+  explicit Store(const TaskDirectory& directory);
+
+ private:
+  NoxAgent::TaskStore m_Store;
 };
 
 /// Takes every batch and remembers when the first of them came.
@@ -113,6 +123,7 @@ class Plugin {
   Handler& TaskHandler() { return m_Handler; }
 
  private:
+  const Store m_Store;
   Handler m_Handler;
   Host m_Host;
   std::shared_ptr<SleepListener> m_Listener;
