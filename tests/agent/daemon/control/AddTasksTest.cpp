@@ -1,8 +1,12 @@
 #include "agent/daemon/control/TasksRoute.h"
 #include "tests/agent/daemon/TestAgent.h"
+#include "tests/support/ForwardingFileSystem.h"
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <cerrno>
+#include <cstdint>
 #include <filesystem>
 
 namespace NoxAgent {
@@ -128,6 +132,52 @@ TEST_F(AddTasks, OneThatCannotBeWrittenDoesNotKeepTheOthersBack) {
   EXPECT_FALSE(outcomes.At(2).Has("error")) << "the failure before is not its own";
   EXPECT_EQ(FileOf("a"), TestAgent::DailyTask);
   EXPECT_EQ(FileOf("c"), TestAgent::DailyTask);
+}
+
+// Whoever asks the disk to make a change last is told so.
+class StubbornDisk : public TestSupport::ForwardingFileSystem {
+ public:
+  StubbornDisk() : ForwardingFileSystem(BaseSDK::AFileSystem::Current()) { (void)Replace(this); }
+  ~StubbornDisk() override { (void)Replace(nullptr); }
+  int Sync(int fd) override {
+    return m_Error != 0 ? m_Error.load() : ForwardingFileSystem::Sync(fd);
+  }
+  int SyncAll(int fd) override {
+    return m_Error != 0 ? m_Error.load() : ForwardingFileSystem::SyncAll(fd);
+  }
+  std::atomic<int> m_Error{0};
+};
+
+class AddTasksToAStubbornDisk : public testing::Test {
+ protected:
+  StubbornDisk m_Disk;  // below the agent's
+};
+
+TEST_F(AddTasksToAStubbornDisk, TellsForEachThatItIsNotOnTheDisk) {
+  TestAgent agent;
+  agent.AddScheduler().Add("handler").Load();
+  m_Disk.m_Error = EIO;
+  const ApiResponse answer =
+      agent.Ask("POST", "/v1/tasks/add", Json{{"tasks", Json::List{Task("a"), Task("b")}}}.Dump());
+  m_Disk.m_Error = 0;
+  const Json outcomes = Json::Parse(answer.m_Body)["tasks"];
+  for (const std::size_t i : {0U, 1U}) {
+    EXPECT_EQ(outcomes.At(i)["error"]["code"], "not-written") << outcomes;
+    EXPECT_NE(outcomes.At(i)["error"]["message"].Text().find("Input/output error"),
+              std::string::npos);
+  }
+}
+
+TEST_F(AddTasks, MakesAllSafeTogether) {
+  const std::uint64_t before = m_Agent.m_Store.Counts().m_Flushes;
+  Json::List tasks;
+  for (int i = 0; i < 50; ++i) {
+    tasks.push_back(Task("t" + std::to_string(i)));
+  }
+  (void)Add(tasks);
+  // The thread that makes safe what nobody waits for may come in between.
+  EXPECT_LE(m_Agent.m_Store.Counts().m_Flushes - before, 10U);
+  EXPECT_EQ(Count(), 50);
 }
 
 TEST_F(AddTasks, GivesTheWarningsOfEachAsAddTaskDoes) {
