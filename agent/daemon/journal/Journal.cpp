@@ -12,6 +12,8 @@ namespace NoxAgent {
 namespace {
 
 constexpr unsigned JournalMode = 0600;
+// What is no regular file must not hold the agent up, nor lead it elsewhere.
+constexpr int JournalFlags = O_RDWR | O_NOFOLLOW | O_NONBLOCK;
 
 }  // namespace
 
@@ -36,7 +38,7 @@ void Journal::Close() {
 
 int Journal::Read(std::vector<JournalRecord>& records) {
   m_HasSpace = false;
-  int error = Open(O_RDWR | O_NOFOLLOW);
+  int error = Open(JournalFlags);
   if (error == ENOENT) {
     return 0;
   }
@@ -79,7 +81,7 @@ int Journal::ReadAll(std::string& bytes) {
 int Journal::Clear() {
   int error = m_HasSpace ? 0 : TakeSpace();
   // Opened anew to write from the beginning.
-  error = error != 0 ? error : Open(O_RDWR | O_NOFOLLOW);
+  error = error != 0 ? error : Open(JournalFlags);
   error = error != 0 ? error : WriteHead();
   m_Ready = error == 0;
   return error;
@@ -88,7 +90,7 @@ int Journal::Clear() {
 // Zeros are written, not skipped: a flush of data that fills a hole would have to flush the file's
 // map of blocks as well.
 int Journal::TakeSpace() {
-  int error = Open(O_RDWR | O_CREAT | O_TRUNC | O_NOFOLLOW);
+  int error = Open(JournalFlags | O_CREAT | O_TRUNC);
   error = error != 0 ? error : Write(std::string(Size, '\0'));
   error = error != 0 ? error : Uninterrupted([&] { return m_Files.Sync(m_Fd); });
   error = error != 0 ? error : FlushName();

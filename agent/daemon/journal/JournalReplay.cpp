@@ -52,9 +52,7 @@ int JournalReplay::Perform() {
   }
   // Whole on the disk before they take the place of others; the journal does not know these files.
   int error = m_Prepared.empty() ? 0 : FlushDiskOf(m_Files, m_Directory);
-  error = error != 0 ? error : RenameAll();
-  // Also for the files that are up to date: they may be so only in the system's memory.
-  return error != 0 || m_Versions.empty() ? error : FlushDiskOf(m_Files, m_Directory);
+  return error != 0 ? error : RenameAll();
 }
 
 int JournalReplay::Prepare(const std::string& name, const Versions& versions) {

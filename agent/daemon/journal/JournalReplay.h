@@ -24,8 +24,9 @@ class JournalReplay {
   JournalReplay(BaseSDK::AFileSystem& files, std::string directory,
                 const std::vector<JournalRecord>& records);
 
-  /// 0 or an errno. When it returns 0, a power cut leaves what it did. After an error it may have
-  /// done a part; done again, it goes on from there.
+  /// 0 or an errno. When it returns 0, the files are up to date in the system's memory; flush the
+  /// disk before the records go. After an error it may have done a part; done again, it goes on
+  /// from there.
   int Perform();
 
   /// How many files were out of date.

@@ -197,7 +197,8 @@ int JournaledFiles::ReplaceLater(const std::string& name, const char* path,
 
 void JournaledFiles::MakeSafe() {
   m_Shared.Share([this] { FlushAll(); });
-  if (m_Waiting.CountSafe() <= MostFollowedAtOnce) {
+  const std::size_t safe = m_Waiting.CountSafe();
+  if (safe > 0 && safe <= MostFollowedAtOnce) {
     Follow();
   }
   ReportOwnFailures();

@@ -30,31 +30,33 @@ TaskJournal::TaskJournal(AFileSystem& files, std::string directory, std::string 
 
 void TaskJournal::Begin() {
   AMutexGuard guard(m_Lock);
-  if (m_Journal.IsReady()) {
+  if (m_Journal.IsReady() || ReplayOnce() != 0 || Report("cannot be made", Clear()) != 0) {
     return;
   }
-  int error = Replay();
-  if (error == 0) {
-    error = m_Journal.Clear();
-    (void)Report("cannot be made", error);
-  }
-  if (error == 0 && std::exchange(m_Reported, 0) != 0) {
+  if (std::exchange(m_Reported, 0) != 0) {
     ALOG(AgentLog(), ALogger::Notice, TaskJournalSource,
          AString("The journal %1 can be used again").Arg(AString::FromUtf8(m_Path)));
   }
 }
 
-int TaskJournal::Replay() {
+int TaskJournal::ReplayOnce() {
   std::vector<JournalRecord> records;
+  if (m_Replayed) {
+    return 0;
+  }
   if (const int error = m_Journal.Read(records); error != 0) {
     return Report("cannot be read", error);
   }
-  if (records.empty()) {
-    return 0;
-  }
+  m_HasRecords = !records.empty();
+  const int error = m_HasRecords ? Replay(records) : 0;
+  m_Replayed = error == 0;
+  return error;
+}
+
+int TaskJournal::Replay(const std::vector<JournalRecord>& records) {
   JournalReplay replay(m_Files, m_Directory, records);
   const int error = replay.Perform();
-  m_DiskFlushes += 2;
+  ++m_DiskFlushes;
   if (error != 0) {
     return Report("tells of task files that cannot be brought up to date", error);
   }
@@ -71,6 +73,18 @@ int TaskJournal::Replay() {
   return 0;
 }
 
+int TaskJournal::Clear() {
+  if (m_HasRecords) {
+    ++m_DiskFlushes;
+    if (const int error = FlushDiskOf(m_Files, m_Directory); error != 0) {
+      return error;
+    }
+  }
+  const int error = m_Journal.Clear();
+  m_HasRecords = m_HasRecords && error != 0;
+  return error;
+}
+
 bool TaskJournal::IsReady() const {
   AMutexGuard guard(m_Lock);
   return m_Journal.IsReady();
@@ -84,6 +98,7 @@ bool TaskJournal::HasRoomFor(std::size_t bytes) const {
 int TaskJournal::Append(const std::list<WaitingFile>& files) {
   AMutexGuard guard(m_Lock);
   int error = ENOMEM;
+  m_HasRecords = true;
   try {
     std::vector<const JournalRecord*> records;
     for (const WaitingFile& file : files) {
@@ -98,12 +113,7 @@ int TaskJournal::Append(const std::list<WaitingFile>& files) {
 
 int TaskJournal::Empty() {
   AMutexGuard guard(m_Lock);
-  if (m_Journal.UsedBytes() == 0) {
-    return 0;
-  }
-  ++m_DiskFlushes;
-  const int error = FlushDiskOf(m_Files, m_Directory);
-  return Report("cannot be emptied", error != 0 ? error : m_Journal.Clear());
+  return m_HasRecords ? Report("cannot be emptied", Clear()) : 0;
 }
 
 std::size_t TaskJournal::UsedBytes() const {
@@ -116,11 +126,16 @@ std::uint64_t TaskJournal::Flushes() const {
   return m_Journal.Flushes() + m_DiskFlushes;
 }
 
-int TaskJournal::Report(const char* problem, int error) {
-  if (error != 0 && std::exchange(m_Reported, error) != error) {
+int TaskJournal::Report(const char* problem, int error) noexcept {
+  if (error == 0 || std::exchange(m_Reported, error) == error) {
+    return error;
+  }
+  try {
     ALOG(AgentLog(), ALogger::Warning, TaskJournalSource,
          AString("The journal %1 %2: %3. Each task file is flushed by itself meanwhile")
              .Arg(AString::FromUtf8(m_Path), AString(problem), std::strerror(error)));
+  } catch (const std::bad_alloc&) {
+    // The files matter more than the word on them.
   }
   return error;
 }

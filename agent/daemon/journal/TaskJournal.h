@@ -5,8 +5,10 @@
 
 #include <BaseSDK/AMutex.h>
 
+#include <cstdint>
 #include <list>
 #include <string>
+#include <vector>
 
 namespace NoxAgent {
 
@@ -17,9 +19,10 @@ class TaskJournal {
   /// `files` is borrowed and outlives this object.
   TaskJournal(BaseSDK::AFileSystem& files, std::string directory, std::string path);
 
-  /// Brings the task files up to date with what the journal holds, and empties it. When that fails,
-  /// the journal stays as it is and cannot be used; a later attempt may succeed. Does nothing when
-  /// the journal is in use.
+  /// The first time it brings the task files up to date with what the journal holds; then it
+  /// readies the journal. When that fails, the journal stays as it is and cannot be used; a later
+  /// attempt may succeed. Does nothing when the journal is ready. REQUIRES: every file that Append
+  /// was told of has the content that it was told, or a newer one.
   void Begin() NOX_EXCLUDES(m_Lock);
   /// Whether Append may be used. After an error it may not.
   bool IsReady() const NOX_EXCLUDES(m_Lock);
@@ -28,16 +31,19 @@ class TaskJournal {
   bool HasRoomFor(std::size_t bytes) const NOX_EXCLUDES(m_Lock);
   /// Appends the records of the files and flushes them. 0 or an errno, which is logged.
   int Append(const std::list<WaitingFile>& files) NOX_EXCLUDES(m_Lock);
-  /// Flushes the disk and empties the journal. REQUIRES: every file that it tells of has the
-  /// content that it tells. 0 or an errno, which is logged.
+  /// Flushes the disk and empties the journal. REQUIRES: as for Begin. 0 or an errno, which is
+  /// logged.
   int Empty() NOX_EXCLUDES(m_Lock);
 
   std::size_t UsedBytes() const NOX_EXCLUDES(m_Lock);
   std::uint64_t Flushes() const NOX_EXCLUDES(m_Lock);
 
  private:
-  int Replay() NOX_REQUIRES(m_Lock);
-  int Report(const char* problem, int error) NOX_REQUIRES(m_Lock);
+  int ReplayOnce() NOX_REQUIRES(m_Lock);
+  int Replay(const std::vector<JournalRecord>& records) NOX_REQUIRES(m_Lock);
+  /// Empties the journal, once the disk has what it tells of.
+  int Clear() NOX_REQUIRES(m_Lock);
+  int Report(const char* problem, int error) noexcept NOX_REQUIRES(m_Lock);
 
   BaseSDK::AFileSystem& m_Files;
   const std::string m_Directory;
@@ -45,6 +51,8 @@ class TaskJournal {
 
   mutable BaseSDK::AMutex m_Lock;
   Journal m_Journal NOX_GUARDED_BY(m_Lock);
+  bool m_Replayed NOX_GUARDED_BY(m_Lock) = false;
+  bool m_HasRecords NOX_GUARDED_BY(m_Lock) = false;  ///< the journal may have some
   std::uint64_t m_DiskFlushes NOX_GUARDED_BY(m_Lock) = 0;
   int m_Reported NOX_GUARDED_BY(m_Lock) = 0;  ///< the error that was logged last
 };
