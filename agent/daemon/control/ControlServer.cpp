@@ -8,6 +8,7 @@
 #include "agent/library/Json.h"
 
 #include <BaseSDK/AEvent.h>
+#include <BaseSDK/AFileSystem.h>
 
 #include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/io_context.hpp>
@@ -319,6 +320,8 @@ ControlServer::ControlServer(int fd, const PeerCheck& peers, Api& api,
   impl->m_Listener =
       notifications.AddListener([impl](const NotificationCenter::Notification& notification) {
         if (impl->m_StreamCount > 0) {
+          // Clients hear of nothing that a power cut could undo.
+          BaseSDK::AFileSystem::Current().MakeSafe();
           const auto line = std::make_shared<const std::string>(MakeLine(notification));
           asio::post(impl->m_Io, [impl, line] { impl->Broadcast(line); });
         }

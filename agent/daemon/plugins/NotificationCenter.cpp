@@ -2,8 +2,6 @@
 
 #include "agent/daemon/process/AgentLog.h"
 
-#include <BaseSDK/AFileSystem.h>
-
 #include <algorithm>
 #include <ctime>
 
@@ -71,19 +69,10 @@ void NotificationCenter::Deliver(const Notification& notification) {
   for (const auto& plugin : SubscribersOf(notification.m_Code)) {
     TellOne(*plugin, Subscribed, notification.m_Code, notification.m_Text);
   }
-  if (HasListeners()) {
-    // Plug-ins hear of nothing that is not safe, and neither do clients.
-    BaseSDK::AFileSystem::Current().MakeSafe();
-  }
   AMutexGuard guard(m_Lock);
   for (const auto& [number, listener] : m_Listeners) {
     listener(notification);
   }
-}
-
-bool NotificationCenter::HasListeners() {
-  AMutexGuard guard(m_Lock);
-  return !m_Listeners.empty();
 }
 
 Plugins::List NotificationCenter::SubscribersOf(long code) {

@@ -39,7 +39,8 @@ class NotificationCenter {
     BaseSDK::AString m_Text;
   };
   /// Called on the agent thread and under a lock: it must pass the notification on and return, and
-  /// not add or remove listeners.
+  /// not add or remove listeners. What the notification tells may not be safe yet
+  /// (AFileSystem::MakeSafe): plug-ins are told by requests, which make it so.
   using Listener = std::function<void(const Notification&)>;
 
   NotificationCenter(AgentThread& thread, const Plugins& plugins);
@@ -67,7 +68,6 @@ class NotificationCenter {
 
  private:
   void Deliver(const Notification& notification) NOX_EXCLUDES(m_Lock);
-  bool HasListeners() NOX_EXCLUDES(m_Lock);
   Plugins::List SubscribersOf(long code) NOX_EXCLUDES(m_Lock);
   static void TellOne(Plugin& plugin, Kind kind, long code, const BaseSDK::AString& text);
 

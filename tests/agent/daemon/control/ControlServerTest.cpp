@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <fstream>
 #include <thread>
 #include <vector>
@@ -351,6 +352,34 @@ TEST_F(ControlServerTest, StreamsNotificationsAsLines) {
   EXPECT_EQ(second["code"], 300);
   EXPECT_EQ(second["text"], "a\nb");
   EXPECT_FALSE(second.Has("id"));
+}
+
+// Counts how often all is made safe, while it is in force.
+class CountedSafety : public BaseSDK::AFileSystem {
+ public:
+  CountedSafety() : m_Before(Replace(this)) {}
+  ~CountedSafety() override { (void)Replace(m_Before); }
+  void MakeSafe() override { ++m_Count; }
+  std::atomic<unsigned> m_Count{0};
+
+ private:
+  BaseSDK::AFileSystem* const m_Before;
+};
+
+TEST_F(ControlServerTest, StreamsOnlyWhatIsSafe) {
+  RawClient client(m_Agent.SocketPath());
+  const CountedSafety files;
+  (void)m_Agent.m_Notifications.Post(100, "a");
+  m_Agent.Settle();
+  EXPECT_EQ(files.m_Count, 0U) << "nobody listens";
+  client.Send("GET /v1/notifications HTTP/1.1\r\n\r\n");
+  (void)client.ReadUntil("\r\n\r\n");
+  while (m_Agent.m_Server->Count().m_Streams == 0) {
+    std::this_thread::yield();
+  }
+  (void)m_Agent.m_Notifications.Post(100, "b");
+  (void)client.ReadUntil("\"b\"");
+  EXPECT_EQ(files.m_Count, 1U);
 }
 
 TEST_F(ControlServerTest, DropsStreamsWhoseClientsDoNotRead) {

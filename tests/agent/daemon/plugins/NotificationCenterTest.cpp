@@ -62,30 +62,5 @@ TEST(NotificationCenter, ListenersHearEveryPostUntilTheyAreRemoved) {
   EXPECT_EQ(agent.m_Notifications.Posted(), 3U);
 }
 
-// Notes what happens to it: "s" when all is made safe.
-class SafeFiles : public BaseSDK::AFileSystem {
- public:
-  explicit SafeFiles(std::string& events) : m_Events(events) {}
-  void MakeSafe() override { m_Events += 's'; }
-
- private:
-  std::string& m_Events;
-};
-
-TEST(NotificationCenter, ListenersHearOfNothingBeforeItIsSafe) {
-  std::string events;
-  SafeFiles files(events);
-  TestAgent agent;
-  agent.Add("one").Load();
-  BaseSDK::AFileSystem* const before = BaseSDK::AFileSystem::Replace(&files);
-  const unsigned number = agent.m_Notifications.AddListener(
-      [&](const NotificationCenter::Notification&) { events += 'n'; });
-  (void)agent.m_Notifications.Post(100, "a");
-  agent.Settle();
-  agent.m_Notifications.RemoveListener(number);
-  (void)BaseSDK::AFileSystem::Replace(before);
-  EXPECT_EQ(events, "sn");
-}
-
 }  // namespace
 }  // namespace NoxAgent
