@@ -3,6 +3,7 @@
 #include "agent/daemon/store/FileCalls.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -13,7 +14,7 @@ namespace {
 
 constexpr unsigned JournalMode = 0600;
 // What is no regular file must not hold the agent up, nor lead it elsewhere.
-constexpr int JournalFlags = O_RDWR | O_NOFOLLOW | O_NONBLOCK;
+constexpr int JournalFlags = O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
 
 }  // namespace
 
@@ -24,9 +25,13 @@ Journal::~Journal() {
   Close();
 }
 
-int Journal::Open(int flags) {
+int Journal::Open(int extraFlags) {
   Close();
-  return Uninterrupted([&] { return m_Files.Open(m_Path.c_str(), flags, JournalMode, m_Fd); });
+  const int flags = JournalFlags | extraFlags;
+  int error = Uninterrupted([&] { return m_Files.Open(m_Path.c_str(), flags, JournalMode, m_Fd); });
+  BaseSDK::AFileSystem::Info info;
+  error = error != 0 ? error : m_Files.GetOpenInfo(m_Fd, info);
+  return error == 0 && !S_ISREG(info.m_Mode) ? EINVAL : error;
 }
 
 void Journal::Close() {
@@ -38,7 +43,7 @@ void Journal::Close() {
 
 int Journal::Read(std::vector<JournalRecord>& records) {
   m_HasSpace = false;
-  int error = Open(JournalFlags);
+  int error = Open(0);
   if (error == ENOENT) {
     return 0;
   }
@@ -81,7 +86,7 @@ int Journal::ReadAll(std::string& bytes) {
 int Journal::Clear() {
   int error = m_HasSpace ? 0 : TakeSpace();
   // Opened anew to write from the beginning.
-  error = error != 0 ? error : Open(JournalFlags);
+  error = error != 0 ? error : Open(0);
   error = error != 0 ? error : WriteHead();
   m_Ready = error == 0;
   return error;
@@ -90,7 +95,7 @@ int Journal::Clear() {
 // Zeros are written, not skipped: a flush of data that fills a hole would have to flush the file's
 // map of blocks as well.
 int Journal::TakeSpace() {
-  int error = Open(JournalFlags | O_CREAT | O_TRUNC);
+  int error = Open(O_CREAT | O_TRUNC);
   error = error != 0 ? error : Write(std::string(Size, '\0'));
   error = error != 0 ? error : Uninterrupted([&] { return m_Files.Sync(m_Fd); });
   error = error != 0 ? error : FlushName();

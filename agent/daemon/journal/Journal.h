@@ -49,7 +49,7 @@ class Journal {
   std::uint64_t Flushes() const { return m_Flushes; }
 
  private:
-  int Open(int flags);
+  int Open(int extraFlags);
   void Close();
   int ReadAll(std::string& bytes);
   int Write(const std::string& bytes);

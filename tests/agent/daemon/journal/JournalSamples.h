@@ -1,0 +1,31 @@
+// Records and their versions, for the tests of the journal.
+#pragma once
+
+#include "agent/daemon/journal/JournalRecord.h"
+
+#include <cstdint>
+#include <string>
+
+namespace NoxAgent {
+
+inline FileVersion VersionOf(std::uint64_t number, std::int64_t modified) {
+  FileVersion version;
+  version.m_Number = number;
+  version.m_Modified = modified;
+  return version;
+}
+
+inline JournalRecord RecordOf(const std::string& name, const std::string& content) {
+  return {name, VersionOf(1, 2), VersionOf(3, 4), content};
+}
+
+/// All of it, for a comparison: "T1.vsk 1@2 -> 3@4: <Task/>".
+inline std::string TextOf(const JournalRecord& record) {
+  const auto text = [](const FileVersion& version) {
+    return std::to_string(version.m_Number) + "@" + std::to_string(version.m_Modified);
+  };
+  return record.m_Name + " " + text(record.m_Before) + " -> " + text(record.m_After) + ": " +
+         record.m_Content;
+}
+
+}  // namespace NoxAgent
