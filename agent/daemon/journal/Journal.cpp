@@ -92,16 +92,28 @@ int Journal::Clear() {
   return error;
 }
 
-// Zeros are written, not skipped: a flush of data that fills a hole would have to flush the file's
-// map of blocks as well.
 int Journal::TakeSpace() {
   int error = Open(O_CREAT | O_TRUNC);
-  error = error != 0 ? error : Write(std::string(Size, '\0'));
-  error = error != 0 ? error : Uninterrupted([&] { return m_Files.Sync(m_Fd); });
-  error = error != 0 ? error : FlushName();
-  m_Flushes += 2;
+  if (error != 0) {
+    return error;
+  }
+  error = FillSpace();
   m_HasSpace = error == 0;
+  if (error != 0) {
+    // A part is of no use, and would take the last bytes of a full disk.
+    Close();
+    (void)m_Files.Unlink(m_Path.c_str());
+  }
   return error;
+}
+
+// Zeros are written, not skipped: a flush of data that fills a hole would have to flush the file's
+// map of blocks as well.
+int Journal::FillSpace() {
+  m_Flushes += 2;
+  int error = Write(std::string(Size, '\0'));
+  error = error != 0 ? error : Uninterrupted([&] { return m_Files.Sync(m_Fd); });
+  return error != 0 ? error : FlushName();
 }
 
 // Flushed before any record of the new generation is written: otherwise a power cut could leave the

@@ -54,6 +54,7 @@ class Journal {
   int ReadAll(std::string& bytes);
   int Write(const std::string& bytes);
   int TakeSpace();
+  int FillSpace();
   int WriteHead();
   int FlushName();
 

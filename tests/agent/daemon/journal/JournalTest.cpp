@@ -163,6 +163,25 @@ TEST_F(JournalTest, ReadsOneOfAnotherSizeBeforeItIsMadeAnew) {
   }
 }
 
+TEST_F(JournalTest, LeavesNothingOnADiskThatHasNoRoomForIt) {
+  m_Memory.SetFreeBytes(Journal::Size - 1);
+  EXPECT_THAT(ReadNames(m_Journal), IsEmpty());
+  EXPECT_EQ(m_Journal.Clear(), ENOSPC);
+  EXPECT_FALSE(m_Journal.IsReady());
+  EXPECT_FALSE(m_Memory.Has(JournalPath));
+  EXPECT_EQ(m_Memory.OpenHandles(), 0U);
+
+  m_Memory.SetFreeBytes(Journal::Size);
+  EXPECT_EQ(m_Journal.Clear(), 0);
+  EXPECT_TRUE(m_Journal.IsReady());
+}
+
+TEST_F(JournalTest, LeavesNothingThatCannotBeFlushed) {
+  m_Disk.FailAll(FailingFileSystem::SyncCall, EIO);
+  EXPECT_EQ(m_Journal.Clear(), EIO);
+  EXPECT_FALSE(m_Memory.Has(JournalPath));
+}
+
 TEST_F(JournalTest, HoldsWhatFitsToTheLastByte) {
   Begin(m_Journal);
   const std::size_t room = Journal::Size - JournalFormat::HeadSize;
