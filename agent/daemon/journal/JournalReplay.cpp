@@ -27,9 +27,9 @@ std::string NameIn(const std::string& path) {
   return path.substr(path.rfind('/') + 1);
 }
 
-// Whether the rename failed for the sake of this one file: the next time will be no better.
+// Whether the call failed for the sake of this one file: the next time will be no better.
 bool IsRefused(int error) {
-  return error == EACCES || error == EPERM || error == EBUSY || error == EISDIR;
+  return error == EACCES || error == EPERM || error == EBUSY || error == EISDIR || error == EFBIG;
 }
 
 }  // namespace
@@ -56,7 +56,10 @@ int JournalReplay::Perform() {
 }
 
 int JournalReplay::Prepare(const std::string& name, const Versions& versions) {
-  const State state = StateOf(name, versions);
+  State state = State::Foreign;
+  if (const int error = FindState(name, versions, state); error != 0) {
+    return error;
+  }
   if (state == State::Foreign) {
     m_Left.push_back(name);
   }
@@ -69,27 +72,35 @@ int JournalReplay::Prepare(const std::string& name, const Versions& versions) {
   return error;
 }
 
-JournalReplay::State JournalReplay::StateOf(const std::string& name,
-                                            const Versions& versions) const {
+// A file that cannot be looked at now may be one that needs the journal, so that is an error.
+int JournalReplay::FindState(const std::string& name, const Versions& versions,
+                             State& state) const {
   const std::string path = m_Directory + "/" + name;
   AFileSystem::Info info;
-  const int error = Uninterrupted([&] { return m_Files.GetInfo(path.c_str(), info); });
-  if (error == ENOENT) {
-    return State::UpToDate;  // deleted since
-  }
-  if (error != 0) {
-    return State::Foreign;
-  }
+  int error = Uninterrupted([&] { return m_Files.GetInfo(path.c_str(), info); });
   std::string content;
   FileIdentity identity;
-  const bool isRead = S_ISREG(info.m_Mode) && ReadFile(m_Files, path, content, identity) == 0;
-  if (isRead && content == versions.back()->m_Content) {
+  const bool isFile = error == 0 && S_ISREG(info.m_Mode);
+  error = isFile ? ReadFile(m_Files, path, content, identity) : error;
+  if (error == ENOENT) {
+    state = State::UpToDate;  // deleted since
+    return 0;
+  }
+  if (error != 0 && !IsRefused(error)) {
+    return error;
+  }
+  state = Compare(FileVersion(info), isFile && error == 0 ? &content : nullptr, versions);
+  return 0;
+}
+
+JournalReplay::State JournalReplay::Compare(const FileVersion& present, const std::string* content,
+                                            const Versions& versions) {
+  if (content != nullptr && *content == versions.back()->m_Content) {
     return State::UpToDate;
   }
-  const FileVersion present(info);
   const bool isOlder = std::any_of(versions.begin(), versions.end(), [&](const auto* version) {
-    const bool isTorn = isRead && present.m_Number == version->m_After.m_Number &&
-                        IsTorn(content, version->m_Content);
+    const bool isTorn = content != nullptr && present.m_Number == version->m_After.m_Number &&
+                        IsTorn(*content, version->m_Content);
     return present == version->m_Before || present == version->m_After || isTorn;
   });
   return isOlder ? State::OutOfDate : State::Foreign;

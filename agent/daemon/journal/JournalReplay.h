@@ -38,7 +38,10 @@ class JournalReplay {
   using Versions = std::vector<const JournalRecord*>;  ///< of one file, the newest last
   enum class State { UpToDate, OutOfDate, Foreign };
 
-  State StateOf(const std::string& name, const Versions& versions) const;
+  int FindState(const std::string& name, const Versions& versions, State& state) const;
+  /// Of a file that is there. `content` is null when it cannot be read.
+  static State Compare(const FileVersion& present, const std::string* content,
+                       const Versions& versions);
   int Prepare(const std::string& name, const Versions& versions);
   int RenameAll();
 
