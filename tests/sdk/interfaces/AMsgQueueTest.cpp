@@ -1,6 +1,7 @@
 #include "tests/sdk/interfaces/RecordingObjects.h"
 
 #include <AgentInterfacesV3/AMsgQueue.h>
+#include <BaseSDK/AFileSystem.h>
 
 #include <gtest/gtest.h>
 
@@ -8,7 +9,9 @@
 #include <functional>
 #include <latch>
 #include <memory>
+#include <string>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -35,6 +38,20 @@ struct Exchange {
   AMsgIn m_Request{"INoxTaskScheduler", "RefreshTaskList", m_Reply};
 
   long SendTo(AMsgQueue& queue) { return queue.Send(m_Request); }
+};
+
+using Steps = std::vector<std::string>;
+
+/// Is in force while it lives, and writes down when changes are to be made safe.
+class SafeFiles : public BaseSDK::AFileSystem {
+ public:
+  explicit SafeFiles(Steps& steps) : m_Steps(steps), m_Before(Replace(this)) {}
+  ~SafeFiles() override { (void)Replace(m_Before); }
+  void MakeSafe() override { m_Steps.emplace_back("safe"); }
+
+ private:
+  Steps& m_Steps;
+  AFileSystem* const m_Before;
 };
 
 TEST(AMsgQueue, HandsARequestToItsObject) {
@@ -190,6 +207,34 @@ TEST(AMsgQueue, ARequestMaySendAnother) {
   Exchange exchange;
   EXPECT_EQ(exchange.SendTo(queue), 1);
   EXPECT_EQ(depth, 3U);
+}
+
+TEST(AMsgQueue, MakesChangesSafeAroundARequestWithinARequest) {
+  Steps steps;
+  const SafeFiles files(steps);
+  AMsgQueue inner(6);
+  Server leaf([&] { steps.emplace_back("inner"); });
+  ASSERT_EQ(leaf.Open(6), 1);
+  AMsgQueue queue(5);
+  Server server([&] {
+    steps.emplace_back("outer begins");
+    (void)Exchange().SendTo(inner);
+    steps.emplace_back("outer ends");
+  });
+  ASSERT_EQ(server.Open(5), 1);
+  EXPECT_EQ(Exchange().SendTo(queue), 1);
+  EXPECT_EQ(steps, (Steps{"safe", "outer begins", "safe", "inner", "safe", "outer ends", "safe"}));
+}
+
+TEST(AMsgQueue, MakesChangesSafeAlsoWhenTheReplyIsAnError) {
+  Steps steps;
+  const SafeFiles files(steps);
+  AMsgQueue queue(5);
+  Scheduler object;
+  ASSERT_EQ(object.Open(5), 1);
+  AMsgReply reply;
+  EXPECT_EQ(queue.Send(AMsgIn("INoxTaskScheduler", "Nothing", reply)), -1);
+  EXPECT_EQ(steps, (Steps{"safe", "safe"}));
 }
 
 TEST(AMsgQueue, AnswersWithAnErrorWhenClosedAndTakesRequestsWhenReopened) {
