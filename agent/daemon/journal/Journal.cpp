@@ -84,9 +84,12 @@ int Journal::ReadAll(std::string& bytes) {
 }
 
 int Journal::Clear() {
-  int error = m_HasSpace ? 0 : TakeSpace();
-  // Opened anew to write from the beginning.
-  error = error != 0 ? error : Open(0);
+  // Opened anew to write from the beginning; somebody may have deleted it meanwhile.
+  int error = m_HasSpace ? Open(0) : ENOENT;
+  if (error == ENOENT) {
+    error = TakeSpace();
+    error = error != 0 ? error : Open(0);
+  }
   error = error != 0 ? error : WriteHead();
   m_Ready = error == 0;
   return error;

@@ -163,6 +163,15 @@ TEST_F(JournalTest, ReadsOneOfAnotherSizeBeforeItIsMadeAnew) {
   }
 }
 
+TEST_F(JournalTest, IsMadeAnewWhenSomebodyHasDeletedIt) {
+  Begin(m_Journal);
+  m_Memory.RemoveFile(JournalPath);
+  EXPECT_EQ(m_Journal.Clear(), 0);
+  EXPECT_EQ(Bytes().size(), Journal::Size);
+  ASSERT_EQ(AppendRecord(m_Journal, "T1.vsk"), 0);
+  EXPECT_THAT(ReadAnew(), ElementsAre("T1.vsk"));
+}
+
 TEST_F(JournalTest, LeavesNothingOnADiskThatHasNoRoomForIt) {
   m_Memory.SetFreeBytes(Journal::Size - 1);
   EXPECT_THAT(ReadNames(m_Journal), IsEmpty());
