@@ -242,6 +242,19 @@ void JournaledFiles::FlushSome(Files& files) {
   Follow();
   if (!m_Journal.IsReady() || m_Journal.Empty() != 0) {
     FlushEach(files);
+  } else {
+    LookAgain(files);
+  }
+}
+
+// An emptied journal knows no more what has come to their places since they were prepared.
+void JournaledFiles::LookAgain(Files& files) {
+  for (WaitingFile& file : files) {
+    Info info;
+    const char* const path = file.m_Replacement.Path().c_str();
+    if (Uninterrupted([&] { return Below().GetInfo(path, info); }) == 0) {
+      file.m_Record.m_Before = FileVersion(info);
+    }
   }
 }
 

@@ -99,6 +99,7 @@ class JournaledFiles final : public ForwardingFileSystem {
   void FlushAll();
   void FlushChanges() NOX_EXCLUDES(m_Lock);
   void FlushSome(Files& files);
+  void LookAgain(Files& files);
   void FlushEach(Files& files) NOX_EXCLUDES(m_FollowLock);
 
   /// The one file of the list is in its place, unless `error` tells why not.

@@ -1,0 +1,67 @@
+#include "tests/agent/daemon/journal/JournalUser.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+namespace NoxAgent {
+namespace {
+
+using TestSupport::FailingFileSystem;
+
+constexpr const char* Task = "T.vsk";
+constexpr unsigned CutsOfAnyLoss = 20;
+
+// Single promises; JournalUser compares.
+class JournalUserTest : public testing::Test {
+ protected:
+  static void Start(JournalUser& user) {
+    user.Prepare();
+    user.Begin();
+    user.Calm();
+  }
+
+  /// Does `acts` with a new user whose directory is empty, cuts the power, and starts again.
+  template <class Acts>
+  static void CutPowerAfter(Acts acts) {
+    for (const CrashDisk::Loss loss : {CrashDisk::Loss::All, CrashDisk::Loss::None}) {
+      CutPowerAfter(acts, loss, 1);
+    }
+    for (unsigned seed = 0; seed < CutsOfAnyLoss; ++seed) {
+      CutPowerAfter(acts, seed % 4 == 0 ? CrashDisk::Loss::Latest : CrashDisk::Loss::Any, seed);
+    }
+  }
+
+  template <class Acts>
+  static void CutPowerAfter(Acts acts, CrashDisk::Loss loss, unsigned seed) {
+    JournalUser user;
+    std::mt19937_64 random(seed);
+    Start(user);
+    acts(user, random);
+    user.Die(loss, random);
+    Start(user);
+    EXPECT_EQ("", user.Problem());
+  }
+
+  static void AddTask(JournalUser& user) {
+    user.Add(Task, std::string(2000, 'a'));
+    user.MakeSafe();
+  }
+
+  static void ReplaceTask(JournalUser& user, char letter, std::size_t size = 2000) {
+    user.Replace(Task, std::string(size, letter));
+  }
+};
+
+TEST_F(JournalUserTest, KeepsWhatWaitsWhenTheJournalIsEmptied) {
+  CutPowerAfter([](JournalUser& user, std::mt19937_64&) {
+    AddTask(user);
+    constexpr std::size_t MoreThanHalf = Journal::Size * 2 / 3;
+    ReplaceTask(user, 'b', MoreThanHalf);
+    ReplaceTask(user, 'c', MoreThanHalf);
+    user.MakeSafe();
+  });
+}
+
+}  // namespace
+}  // namespace NoxAgent
