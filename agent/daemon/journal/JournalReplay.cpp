@@ -17,10 +17,17 @@ namespace {
 
 // Whether `part` is what a power cut can leave of `whole`: not all of its bytes, or zeros instead
 // of some.
-bool IsTorn(std::string_view part, std::string_view whole) {
+bool IsPart(std::string_view part, std::string_view whole) {
   return part.size() <= whole.size() &&
          std::equal(part.begin(), part.end(), whole.begin(),
                     [](char left, char right) { return left == right || left == '\0'; });
+}
+
+// Whether a power cut has left this of the version. Its time may be an earlier one, but never a
+// later one: then somebody has cut the file short since, or another one was given its number.
+bool IsTorn(const FileVersion& present, std::string_view content, const JournalRecord& version) {
+  return present.m_Number == version.m_After.m_Number &&
+         present.m_Modified <= version.m_After.m_Modified && IsPart(content, version.m_Content);
 }
 
 std::string NameIn(const std::string& path) {
@@ -99,9 +106,8 @@ JournalReplay::State JournalReplay::Compare(const FileVersion& present, const st
     return State::UpToDate;
   }
   const bool isOlder = std::any_of(versions.begin(), versions.end(), [&](const auto* version) {
-    const bool isTorn = content != nullptr && present.m_Number == version->m_After.m_Number &&
-                        IsTorn(*content, version->m_Content);
-    return present == version->m_Before || present == version->m_After || isTorn;
+    return present == version->m_Before || present == version->m_After ||
+           (content != nullptr && IsTorn(present, *content, *version));
   });
   return isOlder ? State::OutOfDate : State::Foreign;
 }

@@ -47,6 +47,14 @@ class JournalReplayTest : public testing::Test {
     ASSERT_EQ(m_Memory.Write(fd, text.data(), text.size(), written), 0);
     ASSERT_EQ(m_Memory.Close(fd), 0);
   }
+  // Leaves a part of the file that is there, as a power cut does, with an earlier time; which
+  // version the whole file was.
+  FileVersion Tear(const std::string& name, const std::string& part) {
+    Overwrite(name, part);
+    FileVersion whole = VersionAt(m_Memory, PathOf(name));
+    ++whole.m_Modified;
+    return whole;
+  }
   void Record(const std::string& name, const FileVersion& before, const FileVersion& after,
               const std::string& content) {
     m_Records.push_back({name, before, after, content});
@@ -119,8 +127,8 @@ TEST_F(JournalReplayTest, RenewsATornVersionOfAFileThatItKnows) {
   const std::string torn[] = {"", "<Task>n", std::string(whole.size(), '\0'),
                               std::string("<Task>\0\0\0</Task>", whole.size())};
   for (const std::string& part : torn) {
-    const FileVersion after = Put("T1.vsk", whole);
-    Overwrite("T1.vsk", part);
+    Put("T1.vsk", whole);
+    const FileVersion after = Tear("T1.vsk", part);
     m_Records.clear();
     Record("T1.vsk", m_Gone, after, whole);
     EXPECT_EQ(Replay(), 1U) << part;
@@ -129,8 +137,8 @@ TEST_F(JournalReplayTest, RenewsATornVersionOfAFileThatItKnows) {
 }
 
 TEST_F(JournalReplayTest, RenewsATornVersionOfAnEarlierRecord) {
-  const FileVersion after = Put("T1.vsk", "<Task>newer</Task>");
-  Overwrite("T1.vsk", "<Task>newer");
+  Put("T1.vsk", "<Task>newer</Task>");
+  const FileVersion after = Tear("T1.vsk", "<Task>newer");
   Record("T1.vsk", m_Gone, after, "<Task>newer</Task>");
   Record("T1.vsk", m_Gone, m_GoneToo, "<Task>newest</Task>");
   EXPECT_EQ(Replay(), 1U);
@@ -212,8 +220,8 @@ TEST_F(JournalReplayTest, AnErrorAtAnyCallLosesNothing) {
     SCOPED_TRACE(failing);
     m_Records.clear();
     Record("T1.vsk", Put("T1.vsk", "old"), m_Gone, "new");
-    const FileVersion after = Put("T2.vsk", "new");
-    Overwrite("T2.vsk", "n");
+    Put("T2.vsk", "new");
+    const FileVersion after = Tear("T2.vsk", "n");
     Record("T2.vsk", m_Gone, after, "new");
     m_Disk.Reset();
     m_Disk.FailAt(failing, EIO);

@@ -63,5 +63,27 @@ TEST_F(JournalUserTest, KeepsWhatWaitsWhenTheJournalIsEmptied) {
   });
 }
 
+TEST_F(JournalUserTest, KeepsAFileThatSomebodyElseHasCutShort) {
+  CutPowerAfter([](JournalUser& user, std::mt19937_64&) {
+    AddTask(user);
+    ReplaceTask(user, 'b');
+    user.MakeSafe();
+    user.OtherWrites(Task, "bb", true);
+  });
+}
+
+TEST_F(JournalUserTest, KeepsAnOlderContentThatSomebodyElseHasPutBack) {
+  CutPowerAfter([](JournalUser& user, std::mt19937_64&) {
+    AddTask(user);
+    ReplaceTask(user, 'b');
+    user.MakeSafe();
+    ReplaceTask(user, 'c');
+    user.MakeSafe();
+    user.Add("Flushed.vsk", "");  // with the directory: the number of the first one is free then
+    user.MakeSafe();
+    user.OtherReplaces(Task, std::string(2000, 'b'), true);
+  });
+}
+
 }  // namespace
 }  // namespace NoxAgent
