@@ -17,9 +17,9 @@ void UnflushedChanges::AddContent(const std::string& path, Thread thread) {
 }
 
 void UnflushedChanges::AddRename(const std::string& from, const std::string& to, Thread thread) {
-  const bool hasContent = m_Changes[from].m_HasContent;
   m_Changes[from] = {thread, false};
-  m_Changes[to] = {thread, hasContent};
+  // The journal may have its content, but under the name that is gone.
+  m_Changes[to] = {thread, true};
 }
 
 void UnflushedChanges::AddRemoval(const std::string& path, Thread thread) {

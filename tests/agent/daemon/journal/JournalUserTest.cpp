@@ -63,6 +63,16 @@ TEST_F(JournalUserTest, KeepsWhatWaitsWhenTheJournalIsEmptied) {
   });
 }
 
+TEST_F(JournalUserTest, KeepsTheContentOfARenamedFile) {
+  CutPowerAfter([](JournalUser& user, std::mt19937_64&) {
+    AddTask(user);
+    ReplaceTask(user, 'b');
+    user.MakeSafe();
+    user.Rename(Task, "Other.vsk");
+    user.MakeSafe();
+  });
+}
+
 TEST_F(JournalUserTest, KeepsAFileThatSomebodyElseHasCutShort) {
   CutPowerAfter([](JournalUser& user, std::mt19937_64&) {
     AddTask(user);
