@@ -48,7 +48,9 @@ int TaskJournal::ReplayOnce() {
     return Report("cannot be read", error);
   }
   m_HasRecords = !records.empty();
-  const int error = m_HasRecords ? Replay(records) : 0;
+  // Files that a killed agent had made and not flushed are there, and count as safe from now on:
+  // without records, nothing else would flush them.
+  const int error = m_HasRecords ? Replay(records) : Report("cannot be readied", FlushDisk());
   m_Replayed = error == 0;
   return error;
 }
@@ -73,10 +75,14 @@ int TaskJournal::Replay(const std::vector<JournalRecord>& records) {
   return 0;
 }
 
+int TaskJournal::FlushDisk() {
+  ++m_DiskFlushes;
+  return FlushDiskOf(m_Files, m_Directory);
+}
+
 int TaskJournal::Clear() {
   if (m_HasRecords) {
-    ++m_DiskFlushes;
-    if (const int error = FlushDiskOf(m_Files, m_Directory); error != 0) {
+    if (const int error = FlushDisk(); error != 0) {
       return error;
     }
   }

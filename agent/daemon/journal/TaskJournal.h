@@ -41,6 +41,7 @@ class TaskJournal {
  private:
   int ReplayOnce() NOX_REQUIRES(m_Lock);
   int Replay(const std::vector<JournalRecord>& records) NOX_REQUIRES(m_Lock);
+  int FlushDisk() NOX_REQUIRES(m_Lock);
   /// Empties the journal, once the disk has what it tells of.
   int Clear() NOX_REQUIRES(m_Lock);
   int Report(const char* problem, int error) noexcept NOX_REQUIRES(m_Lock);

@@ -95,5 +95,13 @@ TEST_F(JournalUserTest, KeepsAnOlderContentThatSomebodyElseHasPutBack) {
   });
 }
 
+TEST_F(JournalUserTest, KeepsWhatAKilledProcessHasMade) {
+  CutPowerAfter([](JournalUser& user, std::mt19937_64& random) {
+    user.Add(Task, std::string(2000, 'a'));
+    user.Die(std::nullopt, random);
+    Start(user);
+  });
+}
+
 }  // namespace
 }  // namespace NoxAgent
