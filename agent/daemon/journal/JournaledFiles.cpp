@@ -222,6 +222,9 @@ void JournaledFiles::FlushChanges() {
   }
   m_Flushes.fetch_add(changes.Flush(Below(), m_Directory.Path(), m_Failed),
                       std::memory_order_relaxed);
+  // What has failed is tried again before the journal tells of these files.
+  AMutexGuard guard(m_Lock);
+  m_Changes.AddEarlier(changes);
 }
 
 // As many as the journal has room for, or all when it cannot be used.

@@ -3,6 +3,7 @@
 #include "agent/daemon/store/FileCalls.h"
 
 #include <cerrno>
+#include <utility>
 
 using BaseSDK::AFileSystem;
 
@@ -26,30 +27,41 @@ void UnflushedChanges::AddRemoval(const std::string& path, Thread thread) {
   m_Changes[path] = {thread, false};
 }
 
+void UnflushedChanges::AddEarlier(UnflushedChanges& earlier) noexcept {
+  m_Changes.merge(earlier.m_Changes);
+  for (const auto& [path, change] : earlier.m_Changes) {
+    m_Changes.find(path)->second.m_HasContent |= change.m_HasContent;
+  }
+  earlier.m_Changes.clear();
+  m_HasUnnamed |= std::exchange(earlier.m_HasUnnamed, false);
+}
+
 unsigned UnflushedChanges::Flush(AFileSystem& files, const std::string& directory,
                                  FailedChanges& failed) {
   // One flush of the whole disk costs about as much as a few of single files, unless others write
   // much to it at that moment.
   constexpr std::size_t MostOneByOne = 8;
-  const bool areMany = m_HasUnnamed || m_Changes.size() > MostOneByOne;
-  unsigned flushes = areMany ? 1 : 0;
-  if (!areMany || FlushDiskOf(files, directory) != 0) {
-    flushes += m_Changes.empty() ? 0 : FlushOneByOne(files, directory, failed);
+  if (!m_HasUnnamed && m_Changes.size() <= MostOneByOne) {
+    return m_Changes.empty() ? 0 : FlushOneByOne(files, directory, failed);
+  }
+  if (FlushDiskOf(files, directory) != 0) {
+    return 1 + FlushOneByOne(files, directory, failed);
   }
   m_Changes.clear();
   m_HasUnnamed = false;
-  return flushes;
+  return 1;
 }
 
 unsigned UnflushedChanges::FlushOneByOne(AFileSystem& files, const std::string& directory,
-                                         FailedChanges& failed) const {
+                                         FailedChanges& failed) {
   unsigned flushes = 1;
-  for (const auto& [path, change] : m_Changes) {
+  for (auto& [path, change] : m_Changes) {
     if (change.m_HasContent) {
       ++flushes;
       const int error = FlushFile(files, path);
       // One that somebody has removed meanwhile has nothing left to flush.
-      if (error != 0 && error != ENOENT) {
+      change.m_HasContent = error != 0 && error != ENOENT;
+      if (change.m_HasContent) {
         failed.Note(change.m_Thread, path, error);
       }
     }
@@ -58,6 +70,8 @@ unsigned UnflushedChanges::FlushOneByOne(AFileSystem& files, const std::string& 
     for (const auto& [path, change] : m_Changes) {
       failed.Note(change.m_Thread, path, error);
     }
+  } else {
+    std::erase_if(m_Changes, [](const auto& entry) { return !entry.second.m_HasContent; });
   }
   return flushes;
 }

@@ -29,8 +29,11 @@ class UnflushedChanges {
   /// Something was changed, and there is no memory to note what.
   void AddUnnamed() { m_HasUnnamed = true; }
 
-  /// Flushes all of it and forgets it. Notes in `failed` what is not on the disk, and returns how
-  /// many flushes it took.
+  /// Takes over changes that were made before these ones; `earlier` is empty afterwards.
+  void AddEarlier(UnflushedChanges& earlier) noexcept;
+
+  /// Flushes all of it and forgets what is on the disk then. Notes in `failed` what is not, which
+  /// stays for the next time. Returns how many flushes it took.
   unsigned Flush(BaseSDK::AFileSystem& files, const std::string& directory, FailedChanges& failed);
 
  private:
@@ -40,7 +43,7 @@ class UnflushedChanges {
   };
 
   unsigned FlushOneByOne(BaseSDK::AFileSystem& files, const std::string& directory,
-                         FailedChanges& failed) const;
+                         FailedChanges& failed);
 
   std::map<std::string, Change> m_Changes;  ///< by path
   bool m_HasUnnamed = false;

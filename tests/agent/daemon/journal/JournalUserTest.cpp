@@ -103,5 +103,16 @@ TEST_F(JournalUserTest, KeepsWhatAKilledProcessHasMade) {
   });
 }
 
+TEST_F(JournalUserTest, KeepsReplacementsOfAFileWhoseFirstFlushHasFailed) {
+  CutPowerAfter([](JournalUser& user, std::mt19937_64&) {
+    user.Calls().FailAll(FailingFileSystem::SyncCall, EIO);
+    AddTask(user);
+    EXPECT_EQ(1U, user.Failures());
+    user.Calls().Reset();
+    ReplaceTask(user, 'b');
+    user.MakeSafe();
+  });
+}
+
 }  // namespace
 }  // namespace NoxAgent
