@@ -62,18 +62,20 @@ int JournaledFiles::Open(const char* path, int flags, unsigned mode, int& fd) {
   return 0;
 }
 
-// The flush is MakeSafe's. That of the directory concerns names, and these were noted when they
-// changed.
+// Noted also when no Sync follows: the file is there, and may be replaced through the journal.
+int JournaledFiles::Write(int fd, const void* data, std::size_t size, std::size_t& written) {
+  const int error = ForwardingFileSystem::Write(fd, data, size, written);
+  if (written > 0 && IsFlushedLater(fd)) {
+    NoteChange([&]() NOX_REQUIRES(m_Lock) {
+      m_Changes.AddContent(m_Open.at(fd), std::this_thread::get_id());
+    });
+  }
+  return error;
+}
+
+// The flush is MakeSafe's: all changes were noted when they were made.
 int JournaledFiles::Sync(int fd) {
-  const std::optional<std::string> path = PathOf(fd);
-  if (!path) {
-    return ForwardingFileSystem::Sync(fd);
-  }
-  if (!path->empty()) {
-    NoteChange(
-        [&]() NOX_REQUIRES(m_Lock) { m_Changes.AddContent(*path, std::this_thread::get_id()); });
-  }
-  return 0;
+  return IsFlushedLater(fd) ? 0 : ForwardingFileSystem::Sync(fd);
 }
 
 int JournaledFiles::Close(int fd) {
@@ -84,10 +86,9 @@ int JournaledFiles::Close(int fd) {
   return ForwardingFileSystem::Close(fd);
 }
 
-std::optional<std::string> JournaledFiles::PathOf(int fd) {
+bool JournaledFiles::IsFlushedLater(int fd) {
   AMutexGuard guard(m_Lock);
-  const auto found = m_Open.find(fd);
-  return found != m_Open.end() ? std::optional(found->second) : std::nullopt;
+  return m_Open.contains(fd);
 }
 
 int JournaledFiles::GetInfo(const char* path, Info& info) {

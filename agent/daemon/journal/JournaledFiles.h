@@ -13,7 +13,6 @@
 #include <atomic>
 #include <cstdint>
 #include <map>
-#include <optional>
 #include <string>
 
 namespace NoxAgent {
@@ -71,6 +70,7 @@ class JournaledFiles final : public ForwardingFileSystem {
   Counts Count() const;
 
   int Open(const char* path, int flags, unsigned mode, int& fd) override;
+  int Write(int fd, const void* data, std::size_t size, std::size_t& written) override;
   int Sync(int fd) override;
   int Close(int fd) override;
   int GetInfo(const char* path, Info& info) override;
@@ -86,8 +86,8 @@ class JournaledFiles final : public ForwardingFileSystem {
   bool IsIn(const char* path) const { return m_Directory.NameOf(path).has_value(); }
   /// Puts a file that waits for this path in its place.
   void SettleAt(const char* path);
-  /// The path of a file that is open for writing; empty for the directory, nothing for all else.
-  std::optional<std::string> PathOf(int fd) NOX_EXCLUDES(m_Lock);
+  /// Whether it is the directory or a task file that is open for writing.
+  bool IsFlushedLater(int fd) NOX_EXCLUDES(m_Lock);
   /// Has `note` note a change that was made, to be flushed by the next MakeSafe.
   template <class Note>
   void NoteChange(const Note& note) NOX_EXCLUDES(m_Lock);
@@ -121,7 +121,7 @@ class JournaledFiles final : public ForwardingFileSystem {
 
   BaseSDK::AMutex m_Lock;
   UnflushedChanges m_Changes NOX_GUARDED_BY(m_Lock);
-  std::map<int, std::string> m_Open NOX_GUARDED_BY(m_Lock);  ///< see PathOf
+  std::map<int, std::string> m_Open NOX_GUARDED_BY(m_Lock);  ///< path, empty of the directory
 
   std::atomic<std::uint64_t> m_Replaced{0};
   std::atomic<std::uint64_t> m_Flushes{0};  ///< without the journal's

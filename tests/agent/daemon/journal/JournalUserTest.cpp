@@ -114,5 +114,18 @@ TEST_F(JournalUserTest, KeepsReplacementsOfAFileWhoseFirstFlushHasFailed) {
   });
 }
 
+TEST_F(JournalUserTest, KeepsReplacementsOfAFileThatWasNotWrittenToItsEnd) {
+  CutPowerAfter([](JournalUser& user, std::mt19937_64&) {
+    constexpr unsigned SecondWrite = 3;  // after the opening
+    const unsigned before = user.Calls().Count();
+    user.Calls().ShortenAt(before + SecondWrite - 1, CrashDisk::SectorSize);
+    user.Calls().FailAt(before + SecondWrite, ENOSPC);
+    AddTask(user);
+    user.Calls().Reset();
+    ReplaceTask(user, 'b');
+    user.MakeSafe();
+  });
+}
+
 }  // namespace
 }  // namespace NoxAgent
