@@ -127,5 +127,43 @@ TEST_F(JournalUserTest, KeepsReplacementsOfAFileThatWasNotWrittenToItsEnd) {
   });
 }
 
+// A look that fails tells nothing of the file: what the journal holds is not lost by it.
+TEST_F(JournalUserTest, KeepsTheJournalWhenAFileCannotBeLookedAt) {
+  for (const auto kind : {FailingFileSystem::GetInfoCall, FailingFileSystem::ReadCall}) {
+    JournalUser user;
+    std::mt19937_64 random(1);
+    Start(user);
+    AddTask(user);
+    ReplaceTask(user, 'b');
+    user.MakeSafe();
+    user.Die(CrashDisk::Loss::All, random);
+    user.Prepare();
+    user.Calls().FailAll(kind, EIO);
+    user.Begin();
+    user.Calm();
+    EXPECT_EQ("", user.Problem());
+  }
+}
+
+// The journal is read first, with two reads; then the file.
+TEST_F(JournalUserTest, LooksAtAFileAgainAfterASignal) {
+  constexpr unsigned MostCalls = 30;
+  for (unsigned number = 1; number < MostCalls; ++number) {
+    JournalUser user;
+    std::mt19937_64 random(1);
+    Start(user);
+    AddTask(user);
+    ReplaceTask(user, 'b');
+    user.MakeSafe();
+    user.Die(CrashDisk::Loss::All, random);
+    user.Prepare();
+    user.Calls().FailAt(number, EINTR);
+    user.Begin();
+    user.Read(Task);
+    user.Calm();
+    EXPECT_EQ("", user.Problem());
+  }
+}
+
 }  // namespace
 }  // namespace NoxAgent
