@@ -119,7 +119,8 @@ int TaskJournal::Append(const std::list<WaitingFile>& files) {
 
 int TaskJournal::Empty() {
   AMutexGuard guard(m_Lock);
-  return m_HasRecords ? Report("cannot be emptied", Clear()) : 0;
+  // Records that were not replayed are those of an earlier agent, whose files may be out of date.
+  return m_HasRecords && m_Replayed ? Report("cannot be emptied", Clear()) : 0;
 }
 
 std::size_t TaskJournal::UsedBytes() const {

@@ -145,6 +145,24 @@ TEST_F(JournalUserTest, KeepsTheJournalWhenAFileCannotBeLookedAt) {
   }
 }
 
+TEST_F(JournalUserTest, KeepsAtItsEndAJournalThatWasNotReplayed) {
+  JournalUser user;
+  std::mt19937_64 random(1);
+  Start(user);
+  AddTask(user);
+  ReplaceTask(user, 'b');
+  user.MakeSafe();
+  user.Die(CrashDisk::Loss::All, random);
+  user.Prepare();
+  user.Calls().FailAll(FailingFileSystem::WriteCall, ENOSPC);
+  user.Begin();
+  user.Calls().Reset();
+  user.End();
+  user.Die(std::nullopt, random);
+  Start(user);
+  EXPECT_EQ("", user.Problem());
+}
+
 // The journal is read first, with two reads; then the file.
 TEST_F(JournalUserTest, LooksAtAFileAgainAfterASignal) {
   constexpr unsigned MostCalls = 30;
