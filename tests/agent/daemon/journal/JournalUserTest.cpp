@@ -89,8 +89,9 @@ TEST_F(JournalUserTest, KeepsAnOlderContentThatSomebodyElseHasPutBack) {
     user.MakeSafe();
     ReplaceTask(user, 'c');
     user.MakeSafe();
-    user.Add("Flushed.vsk", "");  // with the directory: the number of the first one is free then
+    user.Add("Flushed.vsk", "");  // with the directory: the numbers of the first two are free then
     user.MakeSafe();
+    user.Add("First.vsk", "");
     user.OtherReplaces(Task, std::string(2000, 'b'), true);
   });
 }
@@ -123,6 +124,27 @@ TEST_F(JournalUserTest, KeepsReplacementsOfAFileThatWasNotWrittenToItsEnd) {
     AddTask(user);
     user.Calls().Reset();
     ReplaceTask(user, 'b');
+    user.MakeSafe();
+  });
+}
+
+TEST_F(JournalUserTest, KeepsAReplacementOfAFileThatWasNotThere) {
+  CutPowerAfter([](JournalUser& user, std::mt19937_64&) {
+    ReplaceTask(user, 'a');
+    user.MakeSafe();
+  });
+}
+
+TEST_F(JournalUserTest, KeepsWhatFollowsARecordThatWasNotWrittenToItsEnd) {
+  CutPowerAfter([](JournalUser& user, std::mt19937_64&) {
+    AddTask(user);
+    ReplaceTask(user, 'b');
+    const unsigned next = user.Calls().Count() + 1;
+    user.Calls().ShortenAt(next, 100);
+    user.Calls().FailAt(next + 1, ENOSPC);
+    user.MakeSafe();
+    user.Calls().Reset();
+    ReplaceTask(user, 'c');
     user.MakeSafe();
   });
 }
