@@ -198,8 +198,8 @@ int JournaledFiles::ReplaceLater(const std::string& name, const char* path,
 
 void JournaledFiles::MakeSafe() {
   m_Shared.Share([this] { FlushAll(); });
-  const std::size_t safe = m_Waiting.CountSafe();
-  if (safe > 0 && safe <= MostFollowedAtOnce) {
+  // Also when there is none: another thread may be putting the last one in its place.
+  if (m_Waiting.CountSafe() <= MostFollowedAtOnce) {
     Follow();
   }
   ReportOwnFailures();

@@ -52,6 +52,15 @@ unsigned UnflushedChanges::Flush(AFileSystem& files, const std::string& director
   return 1;
 }
 
+// The thread is at work for somebody else when the flush is tried again.
+void UnflushedChanges::TellOnce(Change& change, const std::string& path, int error,
+                                FailedChanges& failed) {
+  if (change.m_Thread != Thread()) {
+    failed.Note(change.m_Thread, path, error);
+    change.m_Thread = Thread();
+  }
+}
+
 unsigned UnflushedChanges::FlushOneByOne(AFileSystem& files, const std::string& directory,
                                          FailedChanges& failed) {
   unsigned flushes = 1;
@@ -62,13 +71,13 @@ unsigned UnflushedChanges::FlushOneByOne(AFileSystem& files, const std::string& 
       // One that somebody has removed meanwhile has nothing left to flush.
       change.m_HasContent = error != 0 && error != ENOENT;
       if (change.m_HasContent) {
-        failed.Note(change.m_Thread, path, error);
+        TellOnce(change, path, error, failed);
       }
     }
   }
   if (const int error = FlushDirectory(files, directory); error != 0) {
-    for (const auto& [path, change] : m_Changes) {
-      failed.Note(change.m_Thread, path, error);
+    for (auto& [path, change] : m_Changes) {
+      TellOnce(change, path, error, failed);
     }
   } else {
     std::erase_if(m_Changes, [](const auto& entry) { return !entry.second.m_HasContent; });

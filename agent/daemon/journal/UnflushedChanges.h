@@ -32,16 +32,17 @@ class UnflushedChanges {
   /// Takes over changes that were made before these ones; `earlier` is empty afterwards.
   void AddEarlier(UnflushedChanges& earlier) noexcept;
 
-  /// Flushes all of it and forgets what is on the disk then. Notes in `failed` what is not, which
-  /// stays for the next time. Returns how many flushes it took.
+  /// Flushes all of it and forgets what is on the disk then. What is not stays for the next time,
+  /// and is noted in `failed` the first time. Returns how many flushes it took.
   unsigned Flush(BaseSDK::AFileSystem& files, const std::string& directory, FailedChanges& failed);
 
  private:
   struct Change {
-    Thread m_Thread;
+    Thread m_Thread;  ///< no thread's once it was told of a failure
     bool m_HasContent = false;
   };
 
+  static void TellOnce(Change& change, const std::string& path, int error, FailedChanges& failed);
   unsigned FlushOneByOne(BaseSDK::AFileSystem& files, const std::string& directory,
                          FailedChanges& failed);
 

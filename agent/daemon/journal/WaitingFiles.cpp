@@ -26,8 +26,11 @@ void WaitingFiles::Add(Files& files) {
   for (const WaitingFile& file : files) {
     ++m_Waiting[file.m_Record.m_Name];
   }
+  const bool isFirst = !HasUnsafe();
   m_Unsafe.splice(m_Unsafe.end(), files);
-  m_Changed.notify_all();
+  if (isFirst) {
+    m_Changed.notify_all();
+  }
 }
 
 void WaitingFiles::BeginFlush() {
@@ -72,14 +75,17 @@ std::size_t WaitingFiles::CountSafe() const {
 
 void WaitingFiles::NoteOther() {
   AMutexGuard guard(m_Lock);
+  const bool isFirst = !HasUnsafe();
   m_HasOther = true;
-  m_Changed.notify_all();
+  if (isFirst) {
+    m_Changed.notify_all();
+  }
 }
 
 bool WaitingFiles::Await() {
   AMutexGuard guard(m_Lock);
   AWaitableLock lock(m_Lock);
-  while (!IsOneReady() && m_Unsafe.empty() && !m_HasOther) {
+  while (!IsOneReady() && !HasUnsafe()) {
     m_Changed.wait(lock);
   }
   const auto end = std::chrono::steady_clock::now() + PatienceWithUnsafe;

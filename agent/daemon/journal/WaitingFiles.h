@@ -58,6 +58,7 @@ class WaitingFiles {
 
  private:
   bool IsOneReady() const NOX_REQUIRES(m_Lock) { return m_Stopped || !m_Safe.empty(); }
+  bool HasUnsafe() const NOX_REQUIRES(m_Lock) { return !m_Unsafe.empty() || m_HasOther; }
 
   mutable BaseSDK::AMutex m_Lock;
   std::condition_variable_any m_Changed;

@@ -136,6 +136,20 @@ TEST_F(UnflushedChangesTest, NoteAFileThatCannotBeFlushed) {
   EXPECT_THAT(m_Failed.TakeOwn(), ElementsAre(Pair(PathOf(1), EIO)));
 }
 
+TEST_F(UnflushedChangesTest, TellOfAFailureOnceAndTryUntilItIsOver) {
+  Write(1);
+  constexpr unsigned SyncOfFirst = 2;
+  for (int attempt = 0; attempt < 2; ++attempt) {
+    m_Disk.Reset();
+    m_Disk.FailAt(SyncOfFirst, EIO);
+    EXPECT_EQ(FlushAsPlanned(), 2U);
+    EXPECT_EQ(m_Failed.TakeOwn().size(), attempt == 0 ? 1U : 0U) << attempt;
+  }
+  EXPECT_EQ(Flush(), 2U);
+  EXPECT_THAT(Flushed(), ElementsAre("T1.vsk", "tasks"));
+  EXPECT_EQ(Flush(), 0U);
+}
+
 TEST_F(UnflushedChangesTest, NoteEachOfThemWhenTheDirectoryCannotBeFlushed) {
   Write(1);
   m_Changes.AddRemoval(PathOf(2), std::this_thread::get_id());
