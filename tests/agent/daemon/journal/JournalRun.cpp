@@ -40,8 +40,9 @@ std::string JournalRun::Perform() {
 }
 
 std::optional<CrashDisk::Loss> JournalRun::DrawLoss() {
-  using Loss = CrashDisk::Loss;
-  constexpr Loss Losses[] = {Loss::All, Loss::None, Loss::Latest, Loss::Any, Loss::Any};
+  constexpr CrashDisk::Loss Losses[] = {CrashDisk::Loss::All, CrashDisk::Loss::None,
+                                        CrashDisk::Loss::Latest, CrashDisk::Loss::Any,
+                                        CrashDisk::Loss::Any};
   const unsigned draw = Draw(7);
   return draw < std::size(Losses) ? std::optional(Losses[draw]) : std::nullopt;
 }
