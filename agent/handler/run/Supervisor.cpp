@@ -284,12 +284,9 @@ void Supervisor::BeginStop() {
   }
 }
 
-// The states of runs that end together are recorded together. A run goes only then, for its record
-// on the disk goes with it.
 void Supervisor::AdvanceRuns() {
   std::vector<TaskBatch::Entry> next;
-  std::vector<std::unique_ptr<Run>> ended;
-  AMsgGroup reports;
+  std::map<AString, bool> ended;
   for (auto it = m_Slots.begin(); it != m_Slots.end();) {
     auto& [taskId, slot] = *it;
     if (NeedsAdvance(slot)) {
@@ -299,21 +296,31 @@ void Supervisor::AdvanceRuns() {
       ++it;
       continue;
     }
-    m_Latest.NoteEnd(taskId, slot.m_Run->Succeeded(), slot.m_Run->Outcome(), WallSeconds());
+    const bool succeeded = slot.m_Run->Succeeded();
+    m_Latest.NoteEnd(taskId, succeeded, slot.m_Run->Outcome(), WallSeconds());
     if (slot.m_Next) {
       next.push_back(*slot.m_Next);  // the state on record is already that of this run: "Started"
     } else {
-      m_Reporter.Report(taskId, slot.m_Run->Succeeded() ? "Ok" : "Failed");
+      ended[taskId] = succeeded;
     }
-    ended.push_back(std::move(slot.m_Run));
     it = m_Slots.erase(it);
   }
-  reports.End();
-  ended.clear();
+  ReportEnds(ended);
   for (const TaskBatch::Entry& entry : next) {
     StartRun(entry);
   }
   StartWaiting();
+}
+
+// As a group: the states of runs that end together are made safe together.
+void Supervisor::ReportEnds(const std::map<AString, bool>& ended) {
+  if (ended.empty()) {
+    return;
+  }
+  const AMsgGroup group;
+  for (const auto& [taskId, succeeded] : ended) {
+    m_Reporter.Report(taskId, succeeded ? "Ok" : "Failed");
+  }
 }
 
 bool Supervisor::NeedsAdvance(const Slot& slot) const {

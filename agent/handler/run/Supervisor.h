@@ -78,6 +78,8 @@ class Supervisor {
   std::unique_ptr<Run> MakeRun(const TaskBatch::Entry& entry);
   void BeginStop();
   void AdvanceRuns();
+  /// By task: whether the run succeeded.
+  void ReportEnds(const std::map<BaseSDK::AString, bool>& ended);
   bool NeedsAdvance(const Slot& slot) const;
   void PublishBusy() NOX_EXCLUDES(m_Lock);
   bool IsFinished() const;

@@ -2,9 +2,13 @@
 #include "tests/agent/handler/FullDisk.h"
 #include "tests/agent/handler/run/SupervisorFixture.h"
 
+#include <BaseSDK/AFileSystem.h>
+
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <filesystem>
+#include <functional>
 
 using BaseSDK::ALogger;
 using States = std::vector<std::string>;
@@ -28,6 +32,40 @@ TEST_F(SupervisorRecords, NotesARunForAsLongAsItGoesOn) {
   OpenGate();
   (void)m_Scheduler.WaitForStates(1);
   EXPECT_EQ(RecordedTasks(), States{});
+}
+
+// Notes when all is made safe, while it is in force.
+class SafetyWatch : public BaseSDK::AFileSystem {
+ public:
+  explicit SafetyWatch(std::function<void()> call) : m_Call(std::move(call)) {
+    (void)Replace(this);
+  }
+  ~SafetyWatch() override { (void)Replace(nullptr); }
+  void MakeSafe() override { m_Call(); }
+
+ private:
+  const std::function<void()> m_Call;
+};
+
+TEST_F(SupervisorRecords, MakesTheStateOfARunSafeBehindIt) {
+  std::atomic<unsigned> told{0};
+  std::atomic<unsigned> safe{0};
+  std::atomic<unsigned> toldWhenSafe{0};
+  m_Scheduler.OnState([&] { ++told; });
+  const SafetyWatch files([&] {
+    toldWhenSafe = told.load();
+    ++safe;
+  });
+  AddGatedJob("a");
+  StartSupervisor();
+  Dispatch("a");
+  (void)Started();
+  EXPECT_EQ(safe, 0u) << "nothing has ended";
+  OpenGate();
+  EXPECT_TRUE(WaitUntil([&] { return safe > 0; }));
+  EXPECT_EQ(toldWhenSafe, 1u);
+  EXPECT_TRUE(m_Supervisor->Stop());
+  EXPECT_EQ(safe, 1u);
 }
 
 // Else the job that would make room could not run either.
