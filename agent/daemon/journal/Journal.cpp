@@ -1,13 +1,14 @@
 #include "agent/daemon/journal/Journal.h"
 
-#include "agent/daemon/store/FileCalls.h"
+#include <BaseSDK/AFileCalls.h>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <utility>
+
+using BaseSDK::AFileCalls;
 
 namespace NoxAgent {
 namespace {
@@ -28,7 +29,8 @@ Journal::~Journal() {
 int Journal::Open(int extraFlags) {
   Close();
   const int flags = JournalFlags | extraFlags;
-  int error = Uninterrupted([&] { return m_Files.Open(m_Path.c_str(), flags, JournalMode, m_Fd); });
+  int error =
+      AFileCalls::Retry([&] { return m_Files.Open(m_Path.c_str(), flags, JournalMode, m_Fd); });
   BaseSDK::AFileSystem::Info info;
   error = error != 0 ? error : m_Files.GetOpenInfo(m_Fd, info);
   return error == 0 && !S_ISREG(info.m_Mode) ? EINVAL : error;
@@ -73,7 +75,7 @@ int Journal::ReadAll(std::string& bytes) {
   std::size_t filled = 0;
   for (;;) {
     std::size_t got = 0;
-    const int error = Uninterrupted(
+    const int error = AFileCalls::Retry(
         [&] { return m_Files.Read(m_Fd, bytes.data() + filled, bytes.size() - filled, got); });
     filled += got;
     if (error != 0 || got == 0 || filled == bytes.size()) {
@@ -115,7 +117,7 @@ int Journal::TakeSpace() {
 int Journal::FillSpace() {
   m_Flushes += 2;
   int error = Write(std::string(Size, '\0'));
-  error = error != 0 ? error : Uninterrupted([&] { return m_Files.Sync(m_Fd); });
+  error = error != 0 ? error : AFileCalls::Retry([&] { return m_Files.Sync(m_Fd); });
   return error != 0 ? error : FlushName();
 }
 
@@ -129,11 +131,11 @@ int Journal::WriteHead() {
   ++m_Generation;
   m_Used = JournalFormat::HeadSize;
   ++m_Flushes;
-  return Uninterrupted([&] { return m_Files.SyncData(m_Fd); });
+  return AFileCalls::Retry([&] { return m_Files.SyncData(m_Fd); });
 }
 
 int Journal::FlushName() {
-  return FlushDirectory(m_Files, m_Path.substr(0, m_Path.rfind('/') + 1));
+  return AFileCalls::FlushDirectory(m_Files, AFileCalls::DirectoryOf(m_Path));
 }
 
 int Journal::Append(const std::vector<const JournalRecord*>& records) {
@@ -145,7 +147,7 @@ int Journal::Append(const std::vector<const JournalRecord*>& records) {
   if (error == 0) {
     m_Used += bytes.size();
     ++m_Flushes;
-    error = Uninterrupted([&] { return m_Files.SyncData(m_Fd); });
+    error = AFileCalls::Retry([&] { return m_Files.SyncData(m_Fd); });
   }
   if (error != 0) {
     Close();
@@ -154,17 +156,8 @@ int Journal::Append(const std::vector<const JournalRecord*>& records) {
 }
 
 int Journal::Write(const std::string& bytes) {
-  std::size_t done = 0;
-  while (done < bytes.size()) {
-    std::size_t written = 0;
-    const int error = Uninterrupted(
-        [&] { return m_Files.Write(m_Fd, bytes.data() + done, bytes.size() - done, written); });
-    done += written;
-    if (error != 0 || written == 0) {
-      return error != 0 ? error : EIO;
-    }
-  }
-  return 0;
+  std::size_t written = 0;
+  return AFileCalls::WriteAll(m_Files, m_Fd, bytes.data(), bytes.size(), written);
 }
 
 }  // namespace NoxAgent

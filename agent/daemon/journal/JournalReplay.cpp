@@ -1,14 +1,16 @@
 #include "agent/daemon/journal/JournalReplay.h"
 
-#include "agent/daemon/store/FileCalls.h"
 #include "agent/daemon/store/FileIdentity.h"
 #include "agent/daemon/store/WholeFile.h"
+
+#include <BaseSDK/AFileCalls.h>
 
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
 
+using BaseSDK::AFileCalls;
 using BaseSDK::AFileReplacement;
 using BaseSDK::AFileSystem;
 
@@ -58,7 +60,7 @@ int JournalReplay::Perform() {
     }
   }
   // Whole on the disk before they take the place of others; the journal does not know these files.
-  int error = m_Prepared.empty() ? 0 : FlushDiskOf(m_Files, m_Directory);
+  int error = m_Prepared.empty() ? 0 : AFileCalls::FlushDiskOf(m_Files, m_Directory);
   return error != 0 ? error : RenameAll();
 }
 
@@ -84,7 +86,7 @@ int JournalReplay::FindState(const std::string& name, const Versions& versions,
                              State& state) const {
   const std::string path = m_Directory + "/" + name;
   AFileSystem::Info info;
-  int error = Uninterrupted([&] { return m_Files.GetInfo(path.c_str(), info); });
+  int error = AFileCalls::Retry([&] { return m_Files.GetInfo(path.c_str(), info); });
   std::string content;
   FileIdentity identity;
   const bool isFile = error == 0 && S_ISREG(info.m_Mode);

@@ -1,6 +1,6 @@
 #include "agent/daemon/journal/JournaledFiles.h"
 
-#include "agent/daemon/store/FileCalls.h"
+#include <BaseSDK/AFileCalls.h>
 
 #include <fcntl.h>
 
@@ -8,6 +8,7 @@
 #include <new>
 #include <utility>
 
+using BaseSDK::AFileCalls;
 using BaseSDK::AFileReplacement;
 using BaseSDK::AMutexGuard;
 
@@ -183,7 +184,7 @@ int JournaledFiles::ReplaceLater(const std::string& name, const char* path,
   }
   Info info;
   const int error =
-      Uninterrupted([&] { return Below().GetInfo(replacement.Temporary().c_str(), info); });
+      AFileCalls::Retry([&] { return Below().GetInfo(replacement.Temporary().c_str(), info); });
   if (error != 0) {
     return error;
   }
@@ -256,7 +257,7 @@ void JournaledFiles::LookAgain(Files& files) {
   for (WaitingFile& file : files) {
     Info info;
     const char* const path = file.m_Replacement.Path().c_str();
-    if (Uninterrupted([&] { return Below().GetInfo(path, info); }) == 0) {
+    if (AFileCalls::Retry([&] { return Below().GetInfo(path, info); }) == 0) {
       file.m_Record.m_Before = FileVersion(info);
     }
   }

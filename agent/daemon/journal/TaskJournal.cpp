@@ -2,7 +2,8 @@
 
 #include "agent/daemon/journal/JournalReplay.h"
 #include "agent/daemon/process/AgentLog.h"
-#include "agent/daemon/store/FileCalls.h"
+
+#include <BaseSDK/AFileCalls.h>
 
 #include <cerrno>
 #include <cstring>
@@ -10,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+using BaseSDK::AFileCalls;
 using BaseSDK::AFileSystem;
 using BaseSDK::ALogger;
 using BaseSDK::AMutexGuard;
@@ -77,7 +79,7 @@ int TaskJournal::Replay(const std::vector<JournalRecord>& records) {
 
 int TaskJournal::FlushDisk() {
   ++m_DiskFlushes;
-  return FlushDiskOf(m_Files, m_Directory);
+  return AFileCalls::FlushDiskOf(m_Files, m_Directory);
 }
 
 int TaskJournal::Clear() {

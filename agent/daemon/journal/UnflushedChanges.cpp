@@ -1,10 +1,11 @@
 #include "agent/daemon/journal/UnflushedChanges.h"
 
-#include "agent/daemon/store/FileCalls.h"
+#include <BaseSDK/AFileCalls.h>
 
 #include <cerrno>
 #include <utility>
 
+using BaseSDK::AFileCalls;
 using BaseSDK::AFileSystem;
 
 namespace NoxAgent {
@@ -44,7 +45,7 @@ unsigned UnflushedChanges::Flush(AFileSystem& files, const std::string& director
   if (!m_HasUnnamed && m_Changes.size() <= MostOneByOne) {
     return m_Changes.empty() ? 0 : FlushOneByOne(files, directory, failed);
   }
-  if (FlushDiskOf(files, directory) != 0) {
+  if (AFileCalls::FlushDiskOf(files, directory) != 0) {
     return 1 + FlushOneByOne(files, directory, failed);
   }
   m_Changes.clear();
@@ -67,7 +68,7 @@ unsigned UnflushedChanges::FlushOneByOne(AFileSystem& files, const std::string& 
   for (auto& [path, change] : m_Changes) {
     if (change.m_HasContent) {
       ++flushes;
-      const int error = FlushFile(files, path);
+      const int error = AFileCalls::FlushFile(files, path);
       // One that somebody has removed meanwhile has nothing left to flush.
       change.m_HasContent = error != 0 && error != ENOENT;
       if (change.m_HasContent) {
@@ -75,7 +76,7 @@ unsigned UnflushedChanges::FlushOneByOne(AFileSystem& files, const std::string& 
       }
     }
   }
-  if (const int error = FlushDirectory(files, directory); error != 0) {
+  if (const int error = AFileCalls::FlushDirectory(files, directory); error != 0) {
     for (auto& [path, change] : m_Changes) {
       TellOnce(change, path, error, failed);
     }

@@ -1,9 +1,10 @@
 #include "agent/daemon/store/TaskReader.h"
 
 #include "agent/daemon/process/AgentLog.h"
-#include "agent/daemon/store/WholeFile.h"
 
 #include <AgentInterfacesV3/AMsgQueue.h>
+#include <BaseSDK/AFile.h>
+#include <BaseSDK/AFileCalls.h>
 
 #include <sys/stat.h>
 
@@ -11,6 +12,7 @@
 #include <cstring>
 #include <ctime>
 
+using BaseSDK::AFileCalls;
 using BaseSDK::AFileSystem;
 using BaseSDK::ALogger;
 using BaseSDK::AString;
@@ -93,7 +95,7 @@ int TaskReader::LookAt(const std::string& name, int fd, Look& look) {
 
 int TaskReader::Judge(const std::string& name, int fd, Look& look) {
   std::string bytes;
-  const int error = ReadWhole(m_Parts.m_Files, fd, bytes);
+  const int error = AFileCalls::ReadAll(m_Parts.m_Files, fd, BaseSDK::AFile::MaxReadBytes, bytes);
   if (error != 0 && error != EFBIG) {
     return error;
   }

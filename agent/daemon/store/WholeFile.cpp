@@ -1,48 +1,29 @@
 #include "agent/daemon/store/WholeFile.h"
 
 #include <BaseSDK/AFile.h>
+#include <BaseSDK/AFileCalls.h>
 
 #include <fcntl.h>
 
 #include <cerrno>
-#include <vector>
 
+using BaseSDK::AFileCalls;
 using BaseSDK::AFileSystem;
 
 namespace NoxAgent {
 namespace {
 
-constexpr std::size_t PieceBytes = 16384;
-
 int ReadOpen(AFileSystem& files, int fd, std::string& bytes, FileIdentity& identity) {
   AFileSystem::Info before;
   AFileSystem::Info after;
   int error = files.GetOpenInfo(fd, before);
-  error = error != 0 ? error : ReadWhole(files, fd, bytes);
+  error = error != 0 ? error : AFileCalls::ReadAll(files, fd, BaseSDK::AFile::MaxReadBytes, bytes);
   error = error != 0 ? error : files.GetOpenInfo(fd, after);
   identity = FileIdentity(after);
   return error == 0 && FileIdentity(before) != identity ? ESTALE : error;
 }
 
 }  // namespace
-
-int ReadWhole(AFileSystem& files, int fd, std::string& bytes) {
-  std::vector<char> piece(PieceBytes);
-  for (;;) {
-    std::size_t got = 0;
-    const int error = files.Read(fd, piece.data(), piece.size(), got);
-    if (error == EINTR) {
-      continue;
-    }
-    if (error != 0 || got == 0) {
-      return error;
-    }
-    if (got > BaseSDK::AFile::MaxReadBytes - bytes.size()) {
-      return EFBIG;
-    }
-    bytes.append(piece.data(), got);
-  }
-}
 
 int ReadFile(AFileSystem& files, const std::string& path, std::string& bytes,
              FileIdentity& identity) {

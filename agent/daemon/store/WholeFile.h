@@ -9,12 +9,8 @@
 
 namespace NoxAgent {
 
-/// Appends all that the open file holds, from where the descriptor stands, to `bytes`. 0 or an
-/// errno; EFBIG for more than AFile::MaxReadBytes.
-int ReadWhole(BaseSDK::AFileSystem& files, int fd, std::string& bytes);
-
 /// Opens the file, reads it, and says which file it was. 0 or an errno; ESTALE when somebody wrote
-/// to it meanwhile. `bytes` is empty on entry.
+/// to it meanwhile, EFBIG for more than AFile::MaxReadBytes. `bytes` is empty on entry.
 int ReadFile(BaseSDK::AFileSystem& files, const std::string& path, std::string& bytes,
              FileIdentity& identity);
 

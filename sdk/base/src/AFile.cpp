@@ -1,8 +1,7 @@
-#include "FileBytes.h"
-#include "Retry.h"
 #include "TemporaryNames.h"
 
 #include <BaseSDK/AFile.h>
+#include <BaseSDK/AFileCalls.h>
 #include <BaseSDK/AFileSystem.h>
 #include <BaseSDK/AResult.h>
 
@@ -24,18 +23,19 @@ bool ToPath(const AString& name, std::string& path) {
 }
 
 int Unlink(const std::string& path) {
-  return Retry([&] { return AFileSystem::Current().Unlink(path.c_str()); });
+  return AFileCalls::Retry([&] { return AFileSystem::Current().Unlink(path.c_str()); });
 }
 
 int RenameFile(const std::string& from, const std::string& to, bool replace) {
-  return Retry([&] { return AFileSystem::Current().Rename(from.c_str(), to.c_str(), replace); });
+  return AFileCalls::Retry(
+      [&] { return AFileSystem::Current().Rename(from.c_str(), to.c_str(), replace); });
 }
 
 int ReadBounded(const std::string& path, std::string& bytes) {
   int fd = -1;
   // Not blocking: a pipe put in a file's place must not hold the reader for ever.
-  const int error =
-      OpenFile(AFileSystem::Current(), path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY, 0, fd);
+  const int error = AFileCalls::Open(AFileSystem::Current(), path.c_str(),
+                                     O_RDONLY | O_NONBLOCK | O_NOCTTY, 0, fd);
   if (error != 0) {
     return error;
   }
@@ -45,20 +45,21 @@ int ReadBounded(const std::string& path, std::string& bytes) {
     ~Closer() { (void)AFileSystem::Current().Close(m_Fd); }
   };
   const Closer closer{fd};
-  return ReadAll(AFileSystem::Current(), fd, AFile::MaxReadBytes, bytes);
+  return AFileCalls::ReadAll(AFileSystem::Current(), fd, AFile::MaxReadBytes, bytes);
 }
 
 int ListTemporaries(const std::string& directory, std::vector<std::string>& names) {
   unsigned long handle = 0;
-  const int error =
-      Retry([&] { return AFileSystem::Current().OpenDirectory(directory.c_str(), handle); });
+  const int error = AFileCalls::Retry(
+      [&] { return AFileSystem::Current().OpenDirectory(directory.c_str(), handle); });
   if (error != 0) {
     return error;
   }
   const char* name = nullptr;
   int readError = 0;
   do {
-    readError = Retry([&] { return AFileSystem::Current().ReadDirectory(handle, name); });
+    readError =
+        AFileCalls::Retry([&] { return AFileSystem::Current().ReadDirectory(handle, name); });
     if (readError == 0 && name != nullptr && IsTemporary(name)) {
       names.emplace_back(name);
     }
@@ -69,7 +70,7 @@ int ListTemporaries(const std::string& directory, std::vector<std::string>& name
 
 int RemoveTemporary(const std::string& path, unsigned& removed) {
   AFileSystem::Info info;
-  int error = Retry([&] { return AFileSystem::Current().GetInfo(path.c_str(), info); });
+  int error = AFileCalls::Retry([&] { return AFileSystem::Current().GetInfo(path.c_str(), info); });
   if (error == 0 && S_ISREG(info.m_Mode)) {
     error = Unlink(path);
     removed += error == 0 ? 1 : 0;
@@ -126,21 +127,22 @@ unsigned long AFile::Write(const AString& name, const AString& text, const AEnco
 unsigned long AFile::Remove(const AString& name, unsigned long flags) {
   std::string path;
   int error = ToPath(name, path) && flags == 0 ? 0 : EINVAL;
-  const std::string directory = DirectoryOf(path);
+  const std::string directory = AFileCalls::DirectoryOf(path);
   error = error != 0 ? error : Unlink(path);
-  return ResultFromErrno(error != 0 ? error : FlushDirectory(AFileSystem::Current(), directory));
+  return ResultFromErrno(
+      error != 0 ? error : AFileCalls::FlushDirectory(AFileSystem::Current(), directory));
 }
 
 unsigned long AFile::Rename(const AString& from, const AString& to, unsigned long flags) {
   std::string source;
   std::string target;
   const bool valid = ToPath(from, source) && ToPath(to, target) && (flags & ~ReplaceExisting) == 0;
-  const std::string left = DirectoryOf(source);
-  const std::string entered = DirectoryOf(target);
+  const std::string left = AFileCalls::DirectoryOf(source);
+  const std::string entered = AFileCalls::DirectoryOf(target);
   int error = valid ? RenameFile(source, target, flags == ReplaceExisting) : EINVAL;
-  error = error != 0 ? error : FlushDirectory(AFileSystem::Current(), entered);
+  error = error != 0 ? error : AFileCalls::FlushDirectory(AFileSystem::Current(), entered);
   if (error == 0 && left != entered) {
-    error = FlushDirectory(AFileSystem::Current(), left);
+    error = AFileCalls::FlushDirectory(AFileSystem::Current(), left);
   }
   return ResultFromErrno(error);
 }

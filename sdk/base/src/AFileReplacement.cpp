@@ -1,7 +1,6 @@
-#include "FileBytes.h"
-#include "Retry.h"
 #include "TemporaryNames.h"
 
+#include <BaseSDK/AFileCalls.h>
 #include <BaseSDK/AFileReplacement.h>
 
 #include <fcntl.h>
@@ -22,11 +21,11 @@ int RefusalOf(const AFileSystem::Info& info) {
 }  // namespace
 
 AFileReplacement::AFileReplacement(AFileSystem& files, std::string path)
-    : m_Files(files), m_Path(std::move(path)), m_Directory(DirectoryOf(m_Path)) {}
+    : m_Files(files), m_Path(std::move(path)), m_Directory(AFileCalls::DirectoryOf(m_Path)) {}
 
 AFileReplacement::~AFileReplacement() {
   if (!m_Temporary.empty()) {
-    (void)Retry([&] { return m_Files.Unlink(m_Temporary.c_str()); });
+    (void)AFileCalls::Retry([&] { return m_Files.Unlink(m_Temporary.c_str()); });
   }
 }
 
@@ -45,7 +44,7 @@ int AFileReplacement::Prepare(const std::string& bytes, Flushed flushed) {
 }
 
 int AFileReplacement::LookAtPrevious() {
-  const int error = Retry([&] { return m_Files.GetInfo(m_Path.c_str(), m_Previous); });
+  const int error = AFileCalls::Retry([&] { return m_Files.GetInfo(m_Path.c_str(), m_Previous); });
   m_Replaces = error == 0;
   return error == 0 ? RefusalOf(m_Previous) : error == ENOENT ? 0 : error;
 }
@@ -54,27 +53,22 @@ int AFileReplacement::Fill(int fd, const std::string& bytes, Flushed flushed) {
   constexpr unsigned PermissionBits = 07777;
   int error = 0;
   if (m_Replaces && S_ISREG(m_Previous.m_Mode)) {
-    error = Retry([&] { return m_Files.SetMode(fd, m_Previous.m_Mode & PermissionBits); });
+    error =
+        AFileCalls::Retry([&] { return m_Files.SetMode(fd, m_Previous.m_Mode & PermissionBits); });
   }
   std::size_t written = 0;
-  error = error != 0 ? error : WriteAll(m_Files, fd, bytes.data(), bytes.size(), written);
-  return error != 0 || flushed == Flushed::No ? error : FlushFile(m_Files, fd);
+  error =
+      error != 0 ? error : AFileCalls::WriteAll(m_Files, fd, bytes.data(), bytes.size(), written);
+  return error != 0 || flushed == Flushed::No ? error : AFileCalls::Flush(m_Files, fd);
 }
 
 int AFileReplacement::Flush() {
-  int fd = -1;
-  const int openError = OpenFile(m_Files, m_Temporary.c_str(), O_RDONLY, 0, fd);
-  if (openError != 0) {
-    return openError;
-  }
-  const int error = FlushFile(m_Files, fd);
-  const int closeError = m_Files.Close(fd);
-  return error != 0 ? error : closeError;
+  return AFileCalls::FlushFile(m_Files, m_Temporary);
 }
 
 int AFileReplacement::Rename() {
   const int error =
-      Retry([&] { return m_Files.Rename(m_Temporary.c_str(), m_Path.c_str(), true); });
+      AFileCalls::Retry([&] { return m_Files.Rename(m_Temporary.c_str(), m_Path.c_str(), true); });
   if (error == 0) {
     m_Temporary.clear();
   }
@@ -82,7 +76,7 @@ int AFileReplacement::Rename() {
 }
 
 int AFileReplacement::FlushDirectory() {
-  return BaseSDK::FlushDirectory(m_Files, m_Directory);
+  return AFileCalls::FlushDirectory(m_Files, m_Directory);
 }
 
 }  // namespace BaseSDK

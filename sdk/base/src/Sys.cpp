@@ -1,6 +1,4 @@
-#include "FileBytes.h"
-#include "Retry.h"
-
+#include <BaseSDK/AFileCalls.h>
 #include <BaseSDK/AFileSystem.h>
 #include <BaseSDK/AResult.h>
 #include <BaseSDK/Sys.h>
@@ -9,13 +7,13 @@ namespace BaseSDK::Wrappers {
 
 unsigned long Sys::Open(const char* name, int flags, int mode, int& fd) {
   return ResultFromErrno(
-      OpenFile(AFileSystem::Current(), name, flags, static_cast<unsigned>(mode), fd));
+      AFileCalls::Open(AFileSystem::Current(), name, flags, static_cast<unsigned>(mode), fd));
 }
 
 unsigned long Sys::Write(int fd, const void* data, std::size_t size, std::size_t& written) {
   AFileSystem& files = AFileSystem::Current();
-  const int error = WriteAll(files, fd, data, size, written);
-  return ResultFromErrno(error != 0 ? error : FlushFile(files, fd));
+  const int error = AFileCalls::WriteAll(files, fd, data, size, written);
+  return ResultFromErrno(error != 0 ? error : AFileCalls::Flush(files, fd));
 }
 
 unsigned long Sys::Close(int fd) {
@@ -24,12 +22,14 @@ unsigned long Sys::Close(int fd) {
 
 unsigned long Sys::Opendir(const char* name, unsigned long& handle) {
   handle = 0;
-  return ResultFromErrno(Retry([&] { return AFileSystem::Current().OpenDirectory(name, handle); }));
+  return ResultFromErrno(
+      AFileCalls::Retry([&] { return AFileSystem::Current().OpenDirectory(name, handle); }));
 }
 
 unsigned long Sys::Readdir(unsigned long handle, const char*& name) {
   name = nullptr;
-  return ResultFromErrno(Retry([&] { return AFileSystem::Current().ReadDirectory(handle, name); }));
+  return ResultFromErrno(
+      AFileCalls::Retry([&] { return AFileSystem::Current().ReadDirectory(handle, name); }));
 }
 
 unsigned long Sys::Closedir(unsigned long handle) {

@@ -1,6 +1,6 @@
 #include "TemporaryNames.h"
 
-#include "FileBytes.h"
+#include <BaseSDK/AFileCalls.h>
 
 #include <fcntl.h>
 
@@ -34,7 +34,7 @@ int CreateUnique(AFileSystem& files, const std::string& prefix, std::string& pat
   int error = EEXIST;
   for (int i = 0; i < Attempts && error == EEXIST; ++i) {
     path = prefix + RandomTail(files);
-    error = OpenFile(files, path.c_str(), O_RDWR | O_CREAT | O_EXCL, NewFileMode, fd);
+    error = AFileCalls::Open(files, path.c_str(), O_RDWR | O_CREAT | O_EXCL, NewFileMode, fd);
   }
   return error;
 }
@@ -42,7 +42,7 @@ int CreateUnique(AFileSystem& files, const std::string& prefix, std::string& pat
 std::string TemporaryPrefix(std::string_view path) {
   constexpr std::size_t LongestName = 255;
   constexpr std::size_t LongestStem = LongestName - TailLength - 2;
-  const std::string_view directory = DirectoryPart(path);
+  const std::string_view directory = path.substr(0, path.rfind('/') + 1);  // npos + 1 is 0
   std::string_view stem = path.substr(directory.size());
   const std::size_t dot = stem.rfind('.');
   if (dot != std::string_view::npos && dot > 0) {

@@ -1,10 +1,10 @@
 #include "tests/agent/daemon/journal/JournalUser.h"
 
 #include "agent/daemon/store/DirectoryListings.h"
-#include "agent/daemon/store/FileCalls.h"
 #include "agent/daemon/store/WholeFile.h"
 
 #include <BaseSDK/AFile.h>
+#include <BaseSDK/AFileCalls.h>
 #include <BaseSDK/AString.h>
 
 #include <fcntl.h>
@@ -15,6 +15,7 @@
 #include <set>
 
 using BaseSDK::AFile;
+using BaseSDK::AFileCalls;
 using BaseSDK::AFileSystem;
 using BaseSDK::AString;
 using TestSupport::FailingFileSystem;
@@ -38,20 +39,15 @@ class InForce {
 int WriteFile(AFileSystem& files, const std::string& path, int flags, const std::string& content,
               bool isSynced, bool& isOpened) {
   int fd = -1;
-  int error = Uninterrupted([&] { return files.Open(path.c_str(), flags, 0644, fd); });
+  int error = AFileCalls::Retry([&] { return files.Open(path.c_str(), flags, 0644, fd); });
   isOpened = error == 0;
   if (error != 0) {
     return error;
   }
-  std::size_t done = 0;
-  while (error == 0 && done < content.size()) {
-    std::size_t written = 0;
-    error = Uninterrupted(
-        [&] { return files.Write(fd, content.data() + done, content.size() - done, written); });
-    done += written;
-  }
+  std::size_t written = 0;
+  error = AFileCalls::WriteAll(files, fd, content.data(), content.size(), written);
   if (error == 0 && isSynced) {
-    error = Uninterrupted([&] { return files.Sync(fd); });
+    error = AFileCalls::Retry([&] { return files.Sync(fd); });
   }
   const int closeError = files.Close(fd);
   return error != 0 ? error : closeError;
@@ -313,7 +309,8 @@ void JournalUser::Follow() {
 // -------------
 
 void JournalUser::FlushAsOther(const std::string& path) {
-  if (FlushFile(m_Disk, path) != 0 || FlushDirectory(m_Disk, Directory) != 0) {
+  if (AFileCalls::FlushFile(m_Disk, path) != 0 ||
+      AFileCalls::FlushDirectory(m_Disk, Directory) != 0) {
     Fail("the disk is out of order");
   }
 }
@@ -365,7 +362,8 @@ void JournalUser::OtherRemoves(const std::string& name) {
     return;
   }
   Note("other removes " + name);
-  if (m_Disk.Unlink(PathOf(name).c_str()) != 0 || FlushDirectory(m_Disk, Directory) != 0) {
+  if (m_Disk.Unlink(PathOf(name).c_str()) != 0 ||
+      AFileCalls::FlushDirectory(m_Disk, Directory) != 0) {
     Fail("the disk is out of order");
   }
   m_Promises.ChangedByOther(name, std::nullopt);
