@@ -40,8 +40,6 @@ JournaledFiles::JournaledFiles(AFileSystem& below, const TaskDirectory& director
       m_Directory(directory),
       m_Journal(below, directory.Path(), journalPath) {}
 
-JournaledFiles::~JournaledFiles() = default;
-
 // Calls
 // ---------------------------------------------------------------------------------------------
 
@@ -149,10 +147,11 @@ int JournaledFiles::ReplaceFile(const char* path, const std::string& bytes) {
   if (!name) {
     return Below().ReplaceFile(path, bytes);
   }
-  const std::size_t size = JournalFormat::SizeOf({*name, {}, {}, bytes});
-  const int error = m_Journal.IsReady() && Journal::CanEverHold(size)
-                        ? ReplaceLater(*name, path, bytes)
-                        : ReplaceAtOnce(path, bytes);
+  JournalRecord record{*name, {}, {}, bytes};
+  const bool isForJournal =
+      m_Journal.IsReady() && Journal::CanEverHold(JournalFormat::SizeOf(record));
+  const int error =
+      isForJournal ? ReplaceLater(path, std::move(record)) : ReplaceAtOnce(path, bytes);
   if (error == 0) {
     m_Replaced.fetch_add(1, std::memory_order_relaxed);
   }
@@ -170,17 +169,17 @@ int JournaledFiles::ReplaceAtOnce(const char* path, const std::string& bytes) {
   return error;
 }
 
-int JournaledFiles::ReplaceLater(const std::string& name, const char* path,
-                                 const std::string& bytes) {
+int JournaledFiles::ReplaceLater(const char* path, JournalRecord record) {
   Files file;
   file.emplace_back(Below(), path);
   AFileReplacement& replacement = file.back().m_Replacement;
-  if (const int error = replacement.Prepare(bytes, AFileReplacement::Flushed::No); error != 0) {
-    return error;
+  const int prepareError = replacement.Prepare(record.m_Content, AFileReplacement::Flushed::No);
+  if (prepareError != 0) {
+    return prepareError;
   }
   // The journal renews files that are there, and brings none back.
   if (!replacement.Replaces()) {
-    return ReplaceAtOnce(path, bytes);
+    return ReplaceAtOnce(path, record.m_Content);
   }
   Info info;
   const int error =
@@ -188,7 +187,9 @@ int JournaledFiles::ReplaceLater(const std::string& name, const char* path,
   if (error != 0) {
     return error;
   }
-  file.back().m_Record = {name, FileVersion(replacement.Previous()), FileVersion(info), bytes};
+  record.m_Before = FileVersion(replacement.Previous());
+  record.m_After = FileVersion(info);
+  file.back().m_Record = std::move(record);
   m_Waiting.Add(file);
   m_Shared.Count();
   return 0;
@@ -229,27 +230,38 @@ void JournaledFiles::FlushChanges() {
   m_Changes.AddEarlier(changes);
 }
 
-// As many as the journal has room for, or all when it cannot be used.
+// As many as the journal has room for. What it cannot take is flushed by itself, behind what it has
+// taken.
 void JournaledFiles::FlushSome(Files& files) {
   Files fitting;
-  std::size_t size = 0;
-  while (!files.empty() &&
-         m_Journal.HasRoomFor(size + JournalFormat::SizeOf(files.front().m_Record))) {
-    size += JournalFormat::SizeOf(files.front().m_Record);
-    fitting.splice(fitting.end(), files, files.begin());
+  if (m_Journal.IsReady()) {
+    fitting = TakeFitting(files);
   }
   if (!fitting.empty() && m_Journal.Append(fitting) == 0) {
     m_Waiting.AddSafe(fitting);
     return;
   }
-  files.splice(files.begin(), fitting);
-  // What is in the journal comes first, whatever follows.
   Follow();
-  if (!m_Journal.IsReady() || m_Journal.Empty() != 0) {
-    FlushEach(files);
-  } else {
+  if (!fitting.empty()) {
+    FlushEach(fitting);
+  } else if (m_Journal.IsReady() && m_Journal.Empty() == 0) {
     LookAgain(files);
+  } else {
+    FlushEach(files);
   }
+}
+
+JournaledFiles::Files JournaledFiles::TakeFitting(Files& files) {
+  Files fitting;
+  std::size_t size = 0;
+  while (!files.empty()) {
+    size += JournalFormat::SizeOf(files.front().m_Record);
+    if (!m_Journal.HasRoomFor(size)) {
+      break;
+    }
+    fitting.splice(fitting.end(), files, files.begin());
+  }
+  return fitting;
 }
 
 // An emptied journal knows no more what has come to their places since they were prepared.

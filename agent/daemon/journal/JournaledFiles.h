@@ -43,8 +43,6 @@ class JournaledFiles final : public ForwardingFileSystem {
   /// paths pass through. `journalPath` lies in a directory that is there.
   JournaledFiles(AFileSystem& below, const TaskDirectory& directory,
                  const std::string& journalPath);
-  /// REQUIRES: no call is under way.
-  ~JournaledFiles() override;
 
   /// `observer` is borrowed; null for none. [while nobody else uses this object]
   void SetObserver(Observer* observer) { m_Observer = observer; }
@@ -93,12 +91,14 @@ class JournaledFiles final : public ForwardingFileSystem {
   void NoteChange(const Note& note) NOX_EXCLUDES(m_Lock);
 
   int ReplaceAtOnce(const char* path, const std::string& bytes);
-  int ReplaceLater(const std::string& name, const char* path, const std::string& bytes);
+  int ReplaceLater(const char* path, JournalRecord record);
 
   // On the one thread that flushes for all.
   void FlushAll();
   void FlushChanges() NOX_EXCLUDES(m_Lock);
   void FlushSome(Files& files);
+  /// As many as the journal has room for now, off the beginning.
+  Files TakeFitting(Files& files);
   void LookAgain(Files& files);
   void FlushEach(Files& files) NOX_EXCLUDES(m_FollowLock);
 

@@ -261,6 +261,22 @@ TEST_F(JournaledFilesTest, AFullJournalIsEmptiedOnlyWhenItsFilesAreOnTheDisk) {
               ElementsAre("sync data", "T1.vsk", "sync all", "sync data", "sync data", "T2.vsk"));
 }
 
+TEST_F(JournaledFilesTest, AJournalThatBreaksIsToldOfOnceAlsoWhenMoreWaitThanItHolds) {
+  constexpr int Many = 3;
+  const std::string large(Journal::Size / 2, 'x');
+  for (int i = 0; i < Many; ++i) {
+    const std::string name = "T" + std::to_string(i) + ".vsk";
+    Put(name, "old");
+    ASSERT_EQ(Write(name, large), 0);
+  }
+  m_Disk.m_JournalError = EIO;
+  m_Files.MakeSafe();
+  EXPECT_EQ(m_Log.Messages(ALogger::Warning).size(), 1U);
+  for (int i = 0; i < Many; ++i) {
+    EXPECT_EQ(OnDisk("T" + std::to_string(i) + ".vsk"), large);
+  }
+}
+
 TEST_F(JournaledFilesTest, AJournalThatCannotBeWrittenIsToldOfOnceAndDoneWithout) {
   m_Disk.m_JournalError = EIO;
   for (const char* const text : {"first", "second", "third"}) {
