@@ -48,6 +48,17 @@ class JournalUserTest : public testing::Test {
     user.MakeSafe();
   }
 
+  /// A replacement was made safe, and only the journal has it. The next life has yet to begin.
+  static void PrepareAfterALostReplacement(JournalUser& user) {
+    std::mt19937_64 random(1);
+    Start(user);
+    AddTask(user);
+    ReplaceTask(user, 'b');
+    user.MakeSafe();
+    user.Die(CrashDisk::Loss::All, random);
+    user.Prepare();
+  }
+
   static void ReplaceTask(JournalUser& user, char letter, std::size_t size = 2000) {
     user.Replace(Task, std::string(size, letter));
   }
@@ -153,13 +164,7 @@ TEST_F(JournalUserTest, KeepsWhatFollowsARecordThatWasNotWrittenToItsEnd) {
 TEST_F(JournalUserTest, KeepsTheJournalWhenAFileCannotBeLookedAt) {
   for (const auto kind : {FailingFileSystem::GetInfoCall, FailingFileSystem::ReadCall}) {
     JournalUser user;
-    std::mt19937_64 random(1);
-    Start(user);
-    AddTask(user);
-    ReplaceTask(user, 'b');
-    user.MakeSafe();
-    user.Die(CrashDisk::Loss::All, random);
-    user.Prepare();
+    PrepareAfterALostReplacement(user);
     user.Calls().FailAll(kind, EIO);
     user.Begin();
     user.Calm();
@@ -169,17 +174,12 @@ TEST_F(JournalUserTest, KeepsTheJournalWhenAFileCannotBeLookedAt) {
 
 TEST_F(JournalUserTest, KeepsAtItsEndAJournalThatWasNotReplayed) {
   JournalUser user;
-  std::mt19937_64 random(1);
-  Start(user);
-  AddTask(user);
-  ReplaceTask(user, 'b');
-  user.MakeSafe();
-  user.Die(CrashDisk::Loss::All, random);
-  user.Prepare();
+  PrepareAfterALostReplacement(user);
   user.Calls().FailAll(FailingFileSystem::WriteCall, ENOSPC);
   user.Begin();
   user.Calls().Reset();
   user.End();
+  std::mt19937_64 random(1);
   user.Die(std::nullopt, random);
   Start(user);
   EXPECT_EQ("", user.Problem());
@@ -190,13 +190,7 @@ TEST_F(JournalUserTest, LooksAtAFileAgainAfterASignal) {
   constexpr unsigned MostCalls = 30;
   for (unsigned number = 1; number < MostCalls; ++number) {
     JournalUser user;
-    std::mt19937_64 random(1);
-    Start(user);
-    AddTask(user);
-    ReplaceTask(user, 'b');
-    user.MakeSafe();
-    user.Die(CrashDisk::Loss::All, random);
-    user.Prepare();
+    PrepareAfterALostReplacement(user);
     user.Calls().FailAt(number, EINTR);
     user.Begin();
     user.Read(Task);
