@@ -118,6 +118,7 @@ LocalZone::LocalZone() : m_Spans{{Long32Min, Ask(Long32Min)}} {
     probe = Add32(probe, ProbeSeconds);
     AddChanges(probe);
   }
+  m_Last = m_Spans.size() - 1;
   MakeIndex();
   FindMostDrift();
 }
@@ -159,7 +160,7 @@ void LocalZone::MakeIndex() {
   std::size_t place = 0;
   for (std::size_t part = 0; part < Parts; ++part) {
     const std::int64_t first = Long32Min + (static_cast<std::int64_t>(part) << PartBits);
-    while (place + 1 < m_Spans.size() && m_Spans[place + 1].m_Begin <= first) {
+    while (place < m_Last && m_Spans[place + 1].m_Begin <= first) {
       ++place;
     }
     m_Index[part] = static_cast<std::uint16_t>(place);

@@ -82,6 +82,11 @@ class LocalZone {
     bool operator==(const Span&) const = default;
   };
 
+  /// The moment at which the clock shows so many seconds after the epoch's midnight. `Number` holds
+  /// all numbers up to twice MostOffset beyond `shown`.
+  template <class Number>
+  Number MomentShowing(Number shown) const;
+
   static Setting Ask(long moment);
   static long FirstChange(const Span& span, long after);
   void AddChanges(long until);
@@ -100,6 +105,7 @@ class LocalZone {
   static std::atomic<const LocalZone*> s_InForce;
 
   std::vector<Span> m_Spans;  ///< in the order of time; the first begins with the range
+  std::size_t m_Last = 0;     ///< the place of the last span
   std::array<std::uint16_t, Parts> m_Index{};
   long m_MostDrift = 0;
 };
@@ -109,7 +115,7 @@ class LocalZone {
 inline std::size_t LocalZone::PlaceOf(long moment) const {
   const std::uint32_t sinceBegin = static_cast<std::uint32_t>(moment) - 0x80000000U;
   std::size_t place = m_Index[sinceBegin >> PartBits];
-  while (place + 1 < m_Spans.size() && m_Spans[place + 1].m_Begin <= moment) {
+  while (place < m_Last && m_Spans[place + 1].m_Begin <= moment) {
     ++place;
   }
   return place;
@@ -128,17 +134,27 @@ inline LocalTime LocalZone::LocalTimeAt(long moment) const {
   return {day, second};
 }
 
-inline long LocalZone::MomentOf(const LocalTime& local) const {
-  const std::int64_t shown = std::int64_t{local.m_Day} * SecondsPerDay + local.m_Second;
+template <class Number>
+Number LocalZone::MomentShowing(Number shown) const {
   const auto moment = [&](std::size_t place) { return shown - m_Spans[place].m_Setting.m_Offset; };
   // The first span whose clock does not end before it shows the local time. If that clock begins
   // later, the local time was skipped, and the clock before goes on to it.
   std::size_t place = PlaceOf(Clamp32(shown - MostOffset));
-  while (place + 1 < m_Spans.size() && moment(place) >= m_Spans[place + 1].m_Begin) {
+  while (place < m_Last && moment(place) >= m_Spans[place + 1].m_Begin) {
     ++place;
   }
   const bool skipped = place > 0 && moment(place) < m_Spans[place].m_Begin;
-  const std::int64_t found = moment(skipped ? place - 1 : place);
+  return moment(skipped ? place - 1 : place);
+}
+
+inline long LocalZone::MomentOf(const LocalTime& local) const {
+  // A few days inside the range no sum of these leaves it, and 32 bits will do.
+  constexpr long MostDays = (Long32Max - 2 * MostOffset) / SecondsPerDay - 1;
+  if (-MostDays <= local.m_Day && local.m_Day <= MostDays) {
+    return MomentShowing<long>(local.m_Day * SecondsPerDay + local.m_Second);
+  }
+  const auto found =
+      MomentShowing<std::int64_t>(std::int64_t{local.m_Day} * SecondsPerDay + local.m_Second);
   return found < Long32Min || found > Long32Max ? -1 : static_cast<long>(found);
 }
 

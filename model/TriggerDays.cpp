@@ -97,13 +97,14 @@ bool IsMultiple(long number, long divisor) {
 TriggerDays::TriggerDays(const CTaskTrigger& trigger)
     : m_Trigger(trigger),
       m_Zone(LocalZone::InForce()),
-      m_Begin(m_Zone.LocalTimeAt(trigger.m_BeginDate)) {}
+      m_Begin(m_Zone.LocalTimeAt(trigger.m_BeginDate)),
+      m_KnownDay{trigger.m_BeginDate, m_Begin.m_Day} {}
 
 long TriggerDays::StartOnDayOf(long moment) {
   if (m_Trigger.m_Type == CTaskTrigger::AsSoonAsPossible) {
     return moment;
   }
-  const long day = m_Zone.LocalTimeAt(moment).m_Day;
+  const long day = DayOf(moment);
   const bool isBeforeBegin = moment < m_Trigger.m_BeginDate;
   Answer& answer = m_Answers[static_cast<std::size_t>(day & 1)];
   if (day != answer.m_Day || isBeforeBegin != answer.m_IsBeforeBegin) {
@@ -112,7 +113,7 @@ long TriggerDays::StartOnDayOf(long moment) {
   return answer.m_Start;
 }
 
-long TriggerDays::StartOn(long day, bool isBeforeBegin) const {
+long TriggerDays::StartOn(long day, bool isBeforeBegin) {
   if (!MasksSelect(day)) {
     return CTaskTrigger::NoTime;
   }
@@ -132,18 +133,22 @@ long TriggerDays::StartOn(long day, bool isBeforeBegin) const {
 }
 
 /// Whether the calendar alone lets the day pass.
-bool TriggerDays::MasksSelect(long day) const {
-  switch (m_Trigger.m_Type) {
-    case CTaskTrigger::Weekly:
-      return HasBit(m_Trigger.m_DaysOfWeek, WeekdayOf(day));
-    case CTaskTrigger::MonthlyByDate:
-    case CTaskTrigger::MonthlyByWeekday: {
-      const Date date = DateOf(day);
-      return HasBit(SelectedDays(date.m_Month, day - date.m_Day), date.m_Day);
-    }
-    default:
-      return true;
+bool TriggerDays::MasksSelect(long day) {
+  if (m_Trigger.m_Type == CTaskTrigger::Weekly) {
+    return HasBit(m_Trigger.m_DaysOfWeek, WeekdayOf(day));
   }
+  const bool isMonthly = m_Trigger.m_Type == CTaskTrigger::MonthlyByDate ||
+                         m_Trigger.m_Type == CTaskTrigger::MonthlyByWeekday;
+  return !isMonthly || MonthSelects(day);
+}
+
+/// Asked from where a step from the day asks too, so that it is found once for both.
+bool TriggerDays::MonthSelects(long day) {
+  long selected = NextSelectedDay(day - m_Zone.MostDrift());
+  while (selected < day) {
+    selected = NextSelectedDay(selected + 1);
+  }
+  return selected == day;
 }
 
 /// The days that a monthly rule selects in a month, as a mask. Those after the month's end may be
@@ -171,9 +176,9 @@ bool TriggerDays::CountSelects(long days, long day) const {
   }
 }
 
-long TriggerDays::StepOn(long cursor, long until) const {
+long TriggerDays::StepOn(long cursor, long until) {
   constexpr long MostSteps = Long32Max / SecondsPerDay;
-  const long day = m_Zone.LocalTimeAt(cursor).m_Day;
+  const long day = DayOf(cursor);
   const long drift = m_Zone.MostDrift();
   const long steps = Sub32(NextSelectedDay(day - drift), day + drift);
   if (steps <= 1) {
@@ -183,16 +188,15 @@ long TriggerDays::StepOn(long cursor, long until) const {
   return Add32(cursor, std::min({steps, stepsUntil, MostSteps}) * SecondsPerDay);
 }
 
-bool TriggerDays::SelectsNothingFrom(long moment) const {
-  return NextSelectedDay(m_Zone.LocalTimeAt(moment).m_Day - m_Zone.MostDrift()) == NoDay;
+bool TriggerDays::SelectsNothingFrom(long moment) {
+  return NextSelectedDay(DayOf(moment) - m_Zone.MostDrift()) == NoDay;
 }
 
 long TriggerDays::EndOfDay(long moment) const {
   return Add32(moment, SecondsPerDay - m_Zone.LocalTimeAt(moment).m_Second);
 }
 
-/// The first day at or after `day` that may be selected; NoDay when there is none.
-long TriggerDays::NextSelectedDay(long day) const {
+long TriggerDays::FindSelectedDay(long day) const {
   // CountSelects counts elapsed days, which the clock's changes keep from being the calendar's, and
   // which end with the 32-bit range: from there on the count stands still.
   constexpr long MostCount = Long32Max / SecondsPerDay;

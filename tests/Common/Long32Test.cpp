@@ -24,5 +24,18 @@ TEST(Long32, StopsAtBothEnds) {
   EXPECT_EQ(Mul32(-6, 7), -42);
 }
 
+TEST(Long32, IsWhat64BitsMakeOfItWithinItsRange) {
+  const long values[] = {Long32Min, Long32Min + 1, -65536, -46341,        -46340,   -2, -1, 0, 1,
+                         2,         46340,         46341,  Long32Max - 1, Long32Max};
+  for (const std::int64_t left : values) {
+    for (const std::int64_t right : values) {
+      const long a = static_cast<long>(left), b = static_cast<long>(right);
+      EXPECT_EQ(Add32(a, b), Clamp32(left + right)) << a << " + " << b;
+      EXPECT_EQ(Sub32(a, b), Clamp32(left - right)) << a << " - " << b;
+      EXPECT_EQ(Mul32(a, b), Clamp32(left * right)) << a << " * " << b;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace Nox

@@ -100,6 +100,28 @@ TEST(LocalZone, ShowsTheDayBeforeAndAfterTheEndsOfTheRange) {
   }
 }
 
+TEST(LocalZone, FindsMomentsUpToTheEndsOfTheRangeAndNoneBeyond) {
+  constexpr long Hour = 3600, LastDay = 24855;
+  const struct {
+    const char* zone;
+    long offset;
+  } rows[] = {{"<-14>14", -14 * Hour}, {Utc, 0}, {"<+14>-14", 14 * Hour}};
+  for (const auto& row : rows) {
+    const VirtualTime::Zone zone(row.zone);
+    const LocalZone asked;
+    for (long beforeEnd = -2; beforeEnd < 12; ++beforeEnd) {
+      for (const long day : {LastDay - beforeEnd, beforeEnd - LastDay - 1}) {
+        for (const long second : {0L, 11646L, 11647L, 11648L, 74751L, 74752L, 74753L, 86399L}) {
+          const std::int64_t moment = std::int64_t{day} * Nox::SecondsPerDay + second - row.offset;
+          const bool isIn = moment >= Nox::Long32Min && moment <= Nox::Long32Max;
+          EXPECT_EQ(asked.MomentOf({day, second}), isIn ? moment : -1)
+              << row.zone << " day " << day << " second " << second;
+        }
+      }
+    }
+  }
+}
+
 TEST(LocalZone, IsSteadyBetweenTwoChangesOfTheClock) {
   const VirtualTime::Zone zone(NewYork);
   constexpr long Spring = 1710054000, Autumn = 1730613600;  // 2024-03-10 03:00, 2024-11-03 01:00
