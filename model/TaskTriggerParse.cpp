@@ -35,6 +35,12 @@ const AString MonthsOfYear = L"/Trigger/MonthsOfYear/text()";
 const AString Week = L"/Trigger/Week/text()";
 }  // namespace TriggerPath
 
+namespace TriggerWord {
+const AString Yes = L"Y";
+const AString Hour = L"HOUR";
+const AString Second = L"SECOND";
+}  // namespace TriggerWord
+
 /// Decimal; 0 when absent or not a number.
 long ReadNumber(const AXmlDoc& doc, const AString& path) {
   return doc.SelectSingleNode(path).ToLong();
@@ -52,15 +58,15 @@ std::uint32_t ReadMask(const AXmlDoc& doc, const AString& path) {
 
 bool ReadDisabled(const AXmlDoc& doc) {
   const AString value = doc.SelectSingleNode(TriggerPath::Disabled);
-  return BaseSDK::AText::StrToBool(value) || value.EqualsNoCase(L"Y");
+  return BaseSDK::AText::StrToBool(value) || value.EqualsNoCase(TriggerWord::Yes);
 }
 
 long ReadSecondsPerUnit(const AXmlDoc& doc) {
   const AString unit = doc.SelectSingleNode(TriggerPath::IntervalUnit);
-  if (unit.EqualsNoCase(L"HOUR")) {
+  if (unit.EqualsNoCase(TriggerWord::Hour)) {
     return SecondsPerHour;
   }
-  return unit.EqualsNoCase(L"SECOND") ? 1 : SecondsPerMinute;
+  return unit.EqualsNoCase(TriggerWord::Second) ? 1 : SecondsPerMinute;
 }
 
 long KnownTime(const ADateTime& date) {

@@ -1,11 +1,16 @@
 #include <BaseSDK/AStringTokenizer.h>
 
+#include <algorithm>
+
 namespace BaseSDK {
 
 namespace {
 
 /// Where the token ends that begins there.
 std::size_t EndOfToken(const AString& text, std::size_t begin, const AString& delimiters) {
+  if (text.Ascii() && delimiters.Ascii()) {
+    return std::min(text.Ascii()->find_first_of(*delimiters.Ascii(), begin), text.Length());
+  }
   const auto isDelimiter = [&](wchar_t character) {
     std::size_t i = 0;
     while (i < delimiters.Length() && delimiters[i] != character) {

@@ -1,6 +1,6 @@
 #include "XmlEngine.h"
 #include "XmlPath.h"
-#include "XmlScanner.h"
+#include "XmlReading.h"
 #include "XmlTree.h"
 
 #include <BaseSDK/AXmlDoc.h>
@@ -57,9 +57,14 @@ struct AXmlDoc::Impl {
   };
   using Selection = std::vector<Selected>;
 
-  bool Parse(const AString& text);
-  bool Fail(const std::string& message);
-  bool Fail(std::size_t offset, const std::string& message);
+  void Parse(const AString& text);
+  void ParseAscii(std::string_view text);
+  void ParseWide(const AString& text);
+  std::shared_ptr<const XmlReading> Read(std::string text);
+  void Fail(const std::string& message);
+  void FailAt(std::string_view text, std::size_t offset, const std::string& message);
+  bool IsParsed() const { return m_Document.m_Reading != nullptr; }
+  const XmlTree& Tree() const { return m_Document.m_Reading->Tree(); }
   AString SelectFirst(std::string_view xpath);
   Selection SelectAll(std::string_view xpath);
   Selection SelectByPath(const XmlPath& path) const;
@@ -69,62 +74,85 @@ struct AXmlDoc::Impl {
     return AString::FromUtf8(selected.m_Decoded ? *selected.m_Decoded : selected.m_Written);
   }
 
-  std::string m_Text;  ///< UTF-8, without a byte order mark
-  XmlTree m_Tree;
+  XmlPart m_Document;
   std::optional<XmlEngine> m_Engine;  ///< once an expression needs it
-  bool m_Parsed = false;
   AXmlError m_Error;
   Selection m_Found;
   std::size_t m_Next = 0;  ///< in m_Found; the current node is the one before
 };
 
-bool AXmlDoc::Impl::Fail(const std::string& message) {
+void AXmlDoc::Impl::Fail(const std::string& message) {
   m_Error.m_Message = AString::FromUtf8(message);
-  m_Text.clear();
-  m_Tree.Clear();
-  return false;
 }
 
-bool AXmlDoc::Impl::Fail(std::size_t offset, const std::string& message) {
-  Locate(m_Text, offset, m_Error);
-  return Fail(message);
+void AXmlDoc::Impl::FailAt(std::string_view text, std::size_t offset, const std::string& message) {
+  Locate(text, offset, m_Error);
+  Fail(message);
 }
 
-bool AXmlDoc::Impl::Parse(const AString& text) {
-  m_Text = WithoutByteOrderMark(text);
-  if (m_Text.size() > MaxBytes) {
-    return Fail("the document is too large");
+void AXmlDoc::Impl::Parse(const AString& text) {
+  if (const auto ascii = text.Ascii()) {
+    ParseAscii(*ascii);
+  } else {
+    ParseWide(text);
   }
-  XmlScanner scanner(m_Text, MaxDepth, m_Tree);
-  if (!scanner.Scan()) {
-    return Fail(scanner.ErrorOffset(), scanner.Message());
+}
+
+void AXmlDoc::Impl::ParseAscii(std::string_view text) {
+  m_Document = XmlPart::Recall(text);
+  if (IsParsed()) {
+    return;
+  }
+  if (std::shared_ptr<const XmlReading> reading = Read(std::string(text))) {
+    XmlPart::Keep(reading);
+    m_Document = XmlPart::Whole(std::move(reading));
+  }
+}
+
+void AXmlDoc::Impl::ParseWide(const AString& text) {
+  std::shared_ptr<const XmlReading> reading = Read(WithoutByteOrderMark(text));
+  if (reading == nullptr) {
+    return;
   }
   // In the UTF-8 form such a character was replaced: the scanner could not see it.
-  // No such character has a form of one byte.
-  const bool isPossible = m_Text.size() != text.Length();
-  const std::size_t wrong = isPossible ? FindUnencodable(text.Str()) : std::wstring::npos;
+  const std::size_t wrong = FindUnencodable(text.Str());
   if (wrong != std::wstring::npos) {
-    return Fail(WithoutByteOrderMark(text.Left(wrong)).size(),
-                "a character that XML does not allow");
+    FailAt(reading->Text(), WithoutByteOrderMark(text.Left(wrong)).size(),
+           "a character that XML does not allow");
+    return;
   }
-  m_Parsed = true;
-  return true;
+  m_Document = XmlPart::Whole(std::move(reading));
+}
+
+/// `text` is UTF-8, without a byte order mark.
+std::shared_ptr<const XmlReading> AXmlDoc::Impl::Read(std::string text) {
+  if (text.size() > MaxBytes) {
+    Fail("the document is too large");
+    return nullptr;
+  }
+  const auto reading = std::make_shared<XmlReading>(std::move(text));
+  XmlReading::Failure failure;
+  if (!reading->Read(MaxDepth, failure)) {
+    FailAt(reading->Text(), failure.m_Offset, failure.m_Message);
+    return nullptr;
+  }
+  return reading;
 }
 
 AString AXmlDoc::Impl::SelectFirst(std::string_view xpath) {
-  if (!m_Parsed) {
+  if (!IsParsed()) {
     return AString();
   }
   if (const std::optional<XmlPath>& path = XmlPath::Known(xpath)) {
-    const XmlTree::Index first = path->Next(m_Tree, 0);
-    return first == XmlTree::None ? AString() : Value(Describe(m_Tree.Nodes()[first]));
+    const XmlTree::Index first = path->Next(Tree(), m_Document.m_Nodes, m_Document.m_Nodes.m_Begin);
+    return first == XmlTree::None ? AString() : Value(Describe(Tree().Nodes()[first]));
   }
   const Selection selection = SelectByEngine(xpath);
   return selection.empty() ? AString() : Value(selection.front());
 }
 
 AXmlDoc::Impl::Selection AXmlDoc::Impl::SelectAll(std::string_view xpath) {
-  if (!m_Parsed) {
+  if (!IsParsed()) {
     return {};
   }
   const std::optional<XmlPath>& path = XmlPath::Known(xpath);
@@ -133,9 +161,10 @@ AXmlDoc::Impl::Selection AXmlDoc::Impl::SelectAll(std::string_view xpath) {
 
 AXmlDoc::Impl::Selection AXmlDoc::Impl::SelectByPath(const XmlPath& path) const {
   Selection selection;
-  for (XmlTree::Index found = path.Next(m_Tree, 0); found != XmlTree::None;
-       found = path.Next(m_Tree, found + 1)) {
-    selection.push_back(Describe(m_Tree.Nodes()[found]));
+  const XmlTree::Range nodes = m_Document.m_Nodes;
+  for (XmlTree::Index found = path.Next(Tree(), nodes, nodes.m_Begin); found != XmlTree::None;
+       found = path.Next(Tree(), nodes, found + 1)) {
+    selection.push_back(Describe(Tree().Nodes()[found]));
   }
   return selection;
 }
@@ -148,14 +177,15 @@ AXmlDoc::Impl::Selected AXmlDoc::Impl::Describe(const XmlTree::Node& node) {
 }
 
 AXmlDoc::Impl::Selection AXmlDoc::Impl::SelectByEngine(std::string_view xpath) {
+  const std::string_view text = m_Document.m_Text;
   if (!m_Engine) {
-    m_Engine.emplace(m_Text);
+    m_Engine.emplace(text);
   }
   Selection selection;
   for (XmlEngine::Node& found : m_Engine->Select(std::string(xpath))) {
     if (!found.m_IsElement) {
       selection.push_back({{}, std::move(found.m_Value)});
-    } else if (const XmlTree::Node* element = m_Tree.ElementAt(m_Text.data() + found.m_Begin)) {
+    } else if (const XmlTree::Node* element = Tree().ElementAt(text.data() + found.m_Begin)) {
       selection.push_back({element->m_Raw, std::nullopt});
     }
   }
@@ -174,11 +204,12 @@ AXmlDoc::~AXmlDoc() = default;
 
 bool AXmlDoc::Parse(const AString& text) {
   m_Impl = std::make_unique<Impl>();
-  return m_Impl->Parse(text);
+  m_Impl->Parse(text);
+  return m_Impl->IsParsed();
 }
 
 bool AXmlDoc::IsParsed() const {
-  return m_Impl->m_Parsed;
+  return m_Impl->IsParsed();
 }
 
 const AXmlDoc::AXmlError& AXmlDoc::Error() const {

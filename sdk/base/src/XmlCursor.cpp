@@ -48,59 +48,59 @@ bool IsAscii(char c) {
   return (static_cast<unsigned char>(c) & 0x80) == 0;
 }
 
-/// Of the characters of that trait that stand from `begin` on.
-std::size_t EndOf(Trait trait, std::string_view text, std::size_t begin) {
-  const char* const end = text.data() + text.size();
-  const char* place = text.data() + begin;
-  while (place != end && Has(*place, trait)) {
+/// Of the characters of that trait that stand from `place` on. The zero byte behind the text has
+/// no trait.
+const char* EndOf(Trait trait, const char* place) {
+  while (Has(*place, trait)) {
     ++place;
   }
-  return static_cast<std::size_t>(place - text.data());
+  return place;
 }
 
 }  // namespace
 
 char XmlCursor::TakeQuote() {
-  const char quote = CharacterAt(0);
+  const char quote = Character();
   return Take('"') || Take('\'') ? quote : '\0';
 }
 
 bool XmlCursor::TakeEndTag(std::string_view name) {
-  constexpr std::string_view Begin = "</";
-  const std::size_t end = m_Pos + Begin.size() + name.size();
-  const bool isThere = end < m_Text.size() && m_Text[end] == '>' &&
-                       m_Text.substr(m_Pos, Begin.size()) == Begin &&
-                       m_Text.substr(m_Pos + Begin.size(), name.size()) == name;
-  m_Pos = isThere ? end + 1 : m_Pos;
+  constexpr std::size_t Brackets = 3;  // "</" and ">"
+  const std::size_t size = name.size() + Brackets;
+  const bool isThere = size <= static_cast<std::size_t>(m_End - m_Place) && m_Place[0] == '<' &&
+                       m_Place[1] == '/' && m_Place[size - 1] == '>' &&
+                       std::string_view(m_Place + 2, name.size()) == name;
+  m_Place += isThere ? size : 0;
   return isThere;
 }
 
-bool XmlCursor::SkipSpace() {
-  const std::size_t begin = m_Pos;
-  m_Pos = EndOf(Blank, m_Text, begin);
-  return m_Pos > begin;
+bool XmlCursor::SkipBlanks() {
+  const char* const begin = m_Place;
+  m_Place = EndOf(Blank, begin);
+  return m_Place > begin;
 }
 
 void XmlCursor::SkipTo(std::string_view characters) {
-  m_Pos = std::min(m_Text.find_first_of(characters, m_Pos), m_Text.size());
+  m_Place = std::find_first_of(m_Place, m_End, characters.begin(), characters.end());
 }
 
 void XmlCursor::SkipPlainText() {
-  m_Pos = EndOf(PlainText, m_Text, m_Pos);
+  m_Place = EndOf(PlainText, m_Place);
 }
 
 void XmlCursor::SkipPlainValue() {
-  m_Pos = EndOf(PlainValue, m_Text, m_Pos);
+  m_Place = EndOf(PlainValue, m_Place);
 }
 
 std::size_t XmlCursor::Decode(std::uint32_t& character) const {
-  const auto byte = static_cast<unsigned char>(m_Text[m_Pos]);
+  const auto byte = static_cast<unsigned char>(*m_Place);
   if (byte < 0x80) {  // as most are
     character = byte;
     return 1;
   }
   wchar_t wide = 0;
-  const std::size_t length = Utf8Sequence(m_Text, m_Pos, wide);
+  const std::string_view rest(m_Place, static_cast<std::size_t>(m_End - m_Place));
+  const std::size_t length = Utf8Sequence(rest, 0, wide);
   character = static_cast<std::uint32_t>(wide);
   return length;
 }
@@ -111,12 +111,12 @@ bool XmlCursor::ScanCharacter() {
   if (length == 0 || !IsXmlCharacter(character)) {
     return Fail("a character that XML does not allow");
   }
-  m_Pos += length;
+  m_Place += length;
   return true;
 }
 
 bool XmlCursor::ScanUntil(std::string_view end, const char* unended) {
-  const std::size_t begin = m_Pos;
+  const std::size_t begin = Offset();
   while (!LooksAt(end)) {
     if (AtEnd()) {
       return Fail(begin, unended);
@@ -125,30 +125,39 @@ bool XmlCursor::ScanUntil(std::string_view end, const char* unended) {
       return false;
     }
   }
-  m_Pos += end.size();
+  m_Place += end.size();
   return true;
 }
 
 bool XmlCursor::ScanName(std::string_view& name, const char* missing) {
-  const std::size_t begin = m_Pos;
-  if (!AtEnd() && Has(m_Text[begin], NameStart)) {
-    m_Pos = EndOf(InName, m_Text, begin);
+  const char* const begin = m_Place;
+  if (Has(*begin, NameStart)) {
+    m_Place = EndOf(InName, begin);
+    if (IsAscii(*m_Place)) {  // as nearly all are
+      name = std::string_view(begin, static_cast<std::size_t>(m_Place - begin));
+      return true;
+    }
   }
-  while (const std::size_t length = WideNameCharacterLength(m_Pos == begin)) {
-    m_Pos = EndOf(InName, m_Text, m_Pos + length);
+  return ScanWideName(begin, name, missing);
+}
+
+/// Goes on with a name that began at `begin`.
+bool XmlCursor::ScanWideName(const char* begin, std::string_view& name, const char* missing) {
+  while (const std::size_t length = WideNameCharacterLength(m_Place == begin)) {
+    m_Place = EndOf(InName, m_Place + length);
   }
-  name = TextFrom(begin);
-  if (AtEnd() || IsAscii(m_Text[m_Pos])) {
+  name = std::string_view(begin, static_cast<std::size_t>(m_Place - begin));
+  if (IsAscii(*m_Place)) {
     return !name.empty() || Fail(missing);
   }
   // Nothing that may follow a name lies past ASCII.
-  const std::size_t end = m_Pos;
+  const std::size_t end = Offset();
   return ScanCharacter() && Fail(end, name.empty() ? "a character that no name begins with"
                                                    : "a character that no name holds");
 }
 
 std::size_t XmlCursor::WideNameCharacterLength(bool isFirst) const {
-  if (AtEnd() || IsAscii(m_Text[m_Pos])) {
+  if (IsAscii(*m_Place)) {
     return 0;
   }
   std::uint32_t character = 0;
@@ -158,14 +167,15 @@ std::size_t XmlCursor::WideNameCharacterLength(bool isFirst) const {
 
 bool XmlCursor::ScanQuoted(std::string_view& value, const char* missing, const char* unended) {
   const char quote = TakeQuote();
-  const std::size_t begin = m_Pos;
+  const std::size_t begin = Offset();
   if (quote == '\0') {
     return Fail(missing);
   }
   if (!ScanUntil(std::string_view(&quote, 1), unended)) {
     return false;
   }
-  value = m_Text.substr(begin, m_Pos - 1 - begin);
+  value = TextFrom(begin);
+  value.remove_suffix(1);
   return true;
 }
 

@@ -15,35 +15,39 @@ namespace BaseSDK {
 /// arguments `missing` and `unended` are the messages for what is not there and what has no end.
 class XmlCursor {
  public:
-  /// `text` is UTF-8 and is borrowed for the cursor's life.
-  explicit XmlCursor(std::string_view text) : m_Text(text) {}
+  /// `text` is UTF-8 and is borrowed for the cursor's life. The zero byte behind it ends every
+  /// search, so that none has to look out for the end.
+  explicit XmlCursor(const std::string& text)
+      : m_Begin(text.c_str()), m_End(m_Begin + text.size()), m_Place(m_Begin) {}
 
-  std::size_t Size() const { return m_Text.size(); }
-  std::size_t Offset() const { return m_Pos; }
-  bool AtEnd() const { return m_Pos >= m_Text.size(); }
-  /// So many bytes past the place; 0, which XML does not allow, behind the end.
-  char CharacterAt(std::size_t distance) const {
-    return distance < m_Text.size() - m_Pos ? m_Text[m_Pos + distance] : '\0';
-  }
+  std::size_t Size() const { return static_cast<std::size_t>(m_End - m_Begin); }
+  std::size_t Offset() const { return static_cast<std::size_t>(m_Place - m_Begin); }
+  bool AtEnd() const { return m_Place == m_End; }
+  /// At the place; 0, which XML does not allow, at the end.
+  char Character() const { return *m_Place; }
+  /// The one behind it. REQUIRES: not AtEnd().
+  char NextCharacter() const { return m_Place[1]; }
   /// REQUIRES: `what` is not empty.
   bool LooksAt(std::string_view what) const {
-    return !AtEnd() && m_Text[m_Pos] == what.front() &&
-           m_Text.compare(m_Pos, what.size(), what) == 0;
+    return *m_Place == what.front() && what.size() <= static_cast<std::size_t>(m_End - m_Place) &&
+           std::string_view(m_Place, what.size()) == what;
   }
   /// REQUIRES: it is not '\0'.
-  bool LooksAt(char character) const { return CharacterAt(0) == character; }
+  bool LooksAt(char character) const { return *m_Place == character; }
   /// From `begin` to the place.
-  std::string_view TextFrom(std::size_t begin) const { return m_Text.substr(begin, m_Pos - begin); }
+  std::string_view TextFrom(std::size_t begin) const {
+    return std::string_view(m_Begin + begin, Offset() - begin);
+  }
 
   /// Moves past `what`, if it stands here.
   bool Take(std::string_view what) {
     const bool isThere = LooksAt(what);
-    m_Pos += isThere ? what.size() : 0;
+    m_Place += isThere ? what.size() : 0;
     return isThere;
   }
   bool Take(char character) {
     const bool isThere = LooksAt(character);
-    m_Pos += isThere ? 1 : 0;
+    m_Place += isThere ? 1 : 0;
     return isThere;
   }
   /// Moves past a quotation mark and returns it; '\0' when none stands here.
@@ -52,7 +56,7 @@ class XmlCursor {
   /// without a blank.
   bool TakeEndTag(std::string_view name);
   /// Moves past white space; false when there was none.
-  bool SkipSpace();
+  bool SkipSpace() { return *m_Place <= ' ' && SkipBlanks(); }
   /// Moves to the next of these characters, or to the end.
   void SkipTo(std::string_view characters);
 
@@ -73,7 +77,7 @@ class XmlCursor {
 
   /// Notes the error and returns false, for the caller to return.
   bool Fail(std::size_t offset, std::string message);
-  bool Fail(std::string message) { return Fail(m_Pos, std::move(message)); }
+  bool Fail(std::string message) { return Fail(Offset(), std::move(message)); }
 
   /// A piece of the text as messages show it: in quotes, and cut when it is long.
   static std::string Quoted(std::string_view text);
@@ -83,14 +87,17 @@ class XmlCursor {
   std::size_t ErrorOffset() const { return m_ErrorOffset; }
 
  private:
+  bool SkipBlanks();
   /// The character at the place, which is not the end, and its length in bytes; 0 when they are not
   /// UTF-8.
   std::size_t Decode(std::uint32_t& character) const;
+  bool ScanWideName(const char* begin, std::string_view& name, const char* missing);
   /// In bytes; 0 when no character past ASCII that may go on with a name stands here.
   std::size_t WideNameCharacterLength(bool isFirst) const;
 
-  const std::string_view m_Text;
-  std::size_t m_Pos = 0;
+  const char* const m_Begin;
+  const char* const m_End;
+  const char* m_Place;
   std::string m_Message;
   std::size_t m_ErrorOffset = 0;
 };

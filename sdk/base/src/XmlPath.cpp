@@ -33,39 +33,43 @@ bool TakeSlash(std::string_view& path) {
 
 /// A path and what was read from it, which borrows from it.
 struct KnownPath {
-  std::string m_Text;
+  void Read(std::string_view path) {
+    m_Path.reset();
+    m_Text = path;
+    m_Path = XmlPath::Read(m_Text);
+  }
+
+  std::string m_Text;  ///< empty: none yet
   std::optional<XmlPath> m_Path;
 };
 
 constexpr std::size_t KnownPathCount = 64;
+/// A path is at its place or, where others were there before, at one of the next.
+constexpr std::size_t MostPlaces = 4;
 
-/// Where to look for a path: after FNV-1a, four bytes at a time.
+/// Where to look for a path. Those of one kind of document differ in their length or their middle.
 std::size_t PlaceOf(std::string_view path) {
-  constexpr std::uint32_t Prime = 16777619;
-  auto hash = static_cast<std::uint32_t>(path.size());
-  for (; path.size() >= sizeof(hash); path.remove_prefix(sizeof(hash))) {
-    std::uint32_t four = 0;
-    std::memcpy(&four, path.data(), sizeof(four));
-    hash = (hash ^ four) * Prime;
-    hash ^= hash >> 15;
+  constexpr std::uint32_t Spread = 2654435761U;  // 2^32 by the golden ratio: multiplicative hashing
+  std::uint32_t middle = 0;
+  if (path.size() >= 2 * sizeof(middle)) {
+    std::memcpy(&middle, path.data() + path.size() / 2, sizeof(middle));
   }
-  for (const char c : path) {
-    hash = (hash ^ static_cast<unsigned char>(c)) * Prime;
-  }
-  return (hash >> 20) % KnownPathCount;
+  return ((static_cast<std::uint32_t>(path.size()) ^ middle) * Spread >> 16) % KnownPathCount;
 }
 
 }  // namespace
 
 const std::optional<XmlPath>& XmlPath::Known(std::string_view path) {
   static thread_local std::array<KnownPath, KnownPathCount> remembered;
-  KnownPath& known = remembered[PlaceOf(path)];
-  if (known.m_Text != path) {
-    known.m_Path.reset();
-    known.m_Text = path;
-    known.m_Path = Read(known.m_Text);
+  std::size_t place = PlaceOf(path);
+  for (std::size_t places = 1; remembered[place].m_Text != path; ++places) {
+    if (remembered[place].m_Text.empty() || places == MostPlaces) {
+      remembered[place].Read(path);
+      break;
+    }
+    place = (place + 1) % KnownPathCount;
   }
-  return known.m_Path;
+  return remembered[place].m_Path;
 }
 
 std::optional<XmlPath> XmlPath::Read(std::string_view path) {
@@ -113,28 +117,30 @@ bool XmlPath::ReadLastStep(std::string_view& path) {
   return isAttribute;
 }
 
-XmlTree::Index XmlPath::Next(const XmlTree& tree, XmlTree::Index from) const {
-  const std::vector<XmlTree::Node>& nodes = tree.Nodes();
-  for (XmlTree::Index i = from; i < nodes.size(); ++i) {
-    if (nodes[i].m_Kind == m_Kind &&
-        (m_Kind != XmlTree::Kind::Attribute || nodes[i].m_Name == m_Attribute) &&
-        EndsAt(tree, m_Kind == XmlTree::Kind::Element ? i : nodes[i].m_Owner)) {
+XmlTree::Index XmlPath::Next(const XmlTree& tree, XmlTree::Range nodes, XmlTree::Index from) const {
+  const XmlTree::Node* const all = tree.Nodes().data();
+  const XmlTree::Index outside = all[nodes.m_Begin].m_Owner;
+  for (XmlTree::Index i = from; i < nodes.m_End; ++i) {
+    const XmlTree::Node& node = all[i];
+    if (node.m_Kind == m_Kind &&
+        (m_Kind != XmlTree::Kind::Attribute || node.m_Name == m_Attribute) &&
+        EndsAt(tree, outside, m_Kind == XmlTree::Kind::Element ? i : node.m_Owner)) {
       return i;
     }
   }
   return XmlTree::None;
 }
 
-bool XmlPath::EndsAt(const XmlTree& tree, XmlTree::Index element) const {
+bool XmlPath::EndsAt(const XmlTree& tree, XmlTree::Index outside, XmlTree::Index element) const {
   std::size_t depth = m_Depth;
-  for (; depth > 0 && element != XmlTree::None; --depth) {
+  for (; depth > 0 && element != outside; --depth) {
     const XmlTree::Node& node = tree.Nodes()[element];
     if (node.m_Name != m_Elements[depth - 1]) {
       return false;
     }
     element = node.m_Owner;
   }
-  return depth == 0 && (m_IsAnywhere || element == XmlTree::None);
+  return depth == 0 && (m_IsAnywhere || element == outside);
 }
 
 }  // namespace BaseSDK

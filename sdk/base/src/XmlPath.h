@@ -24,16 +24,17 @@ class XmlPath {
   /// Valid until the thread's next call. The path need not outlive the call.
   static const std::optional<XmlPath>& Known(std::string_view path);
 
-  /// What the XPath engine selects: the first such node at or after `from`; None when there is
-  /// none.
-  XmlTree::Index Next(const XmlTree& tree, XmlTree::Index from) const;
+  /// What the XPath engine selects in a document of these nodes: the first such node at or after
+  /// `from`; None when there is none.
+  XmlTree::Index Next(const XmlTree& tree, XmlTree::Range nodes, XmlTree::Index from) const;
 
  private:
   static constexpr std::size_t MaxNames = 8;
 
   bool ReadElement(std::string_view name);
   bool ReadLastStep(std::string_view& path);
-  bool EndsAt(const XmlTree& tree, XmlTree::Index element) const;
+  /// Whether the path leads to the element; `outside` is what the root belongs to.
+  bool EndsAt(const XmlTree& tree, XmlTree::Index outside, XmlTree::Index element) const;
 
   bool m_IsAnywhere = false;
   std::array<std::string_view, MaxNames> m_Elements;  ///< names from the outside

@@ -10,6 +10,8 @@ namespace BaseSDK {
 
 namespace {
 
+constexpr std::size_t UsualDepth = 8;
+
 /// "xml" in any case: kept from processing instructions.
 bool IsReserved(std::string_view target) {
   return target.size() == 3 && (target[0] | 0x20) == 'x' && (target[1] | 0x20) == 'm' &&
@@ -20,8 +22,9 @@ bool IsReserved(std::string_view target) {
 
 bool XmlScanner::Scan() {
   m_Tree.ReserveFor(Size());
+  m_Open.reserve(UsualDepth);
   while (!AtEnd()) {
-    if (!(CharacterAt(0) == '<' ? ScanMarkup() : ScanText())) {
+    if (!(LooksAt('<') ? ScanMarkup() : ScanText())) {
       return false;
     }
   }
@@ -32,7 +35,7 @@ bool XmlScanner::Scan() {
 }
 
 bool XmlScanner::ScanMarkup() {
-  switch (CharacterAt(1)) {
+  switch (NextCharacter()) {
     case '/':
       return ScanEndTag();
     case '?':

@@ -19,7 +19,7 @@ namespace BaseSDK {
 class XmlScanner : private XmlCursor {
  public:
   /// `text` is UTF-8. Text and tree are borrowed for the scanner's life.
-  XmlScanner(std::string_view text, std::size_t maxDepth, XmlTree& tree)
+  XmlScanner(const std::string& text, std::size_t maxDepth, XmlTree& tree)
       : XmlCursor(text), m_MaxDepth(maxDepth), m_Tree(tree) {}
 
   /// Reads the whole text; false when it is not such a document, and the tree then means nothing.

@@ -82,6 +82,16 @@ void XmlTree::AddText(Index owner, std::string_view text, bool isPlain) {
   }
 }
 
+XmlTree::Range XmlTree::RangeOf(Index element) const {
+  const std::string_view markup = m_Nodes[element].m_Raw;
+  const char* const end = markup.data() + markup.size();
+  Index next = element + 1;
+  while (next < m_Nodes.size() && m_Nodes[next].m_Raw.data() < end) {
+    ++next;
+  }
+  return {element, next};
+}
+
 const XmlTree::Node* XmlTree::ElementAt(const char* place) const {
   const std::less<const char*> isBefore;
   const auto found = std::lower_bound(

@@ -28,7 +28,16 @@ class XmlTree {
     std::string_view m_Raw;
   };
 
+  /// An element and all that it holds: from its index up to, but not including, m_End.
+  struct Range {
+    Index m_Begin = 0;
+    Index m_End = 0;
+  };
+
   const std::vector<Node>& Nodes() const { return m_Nodes; }
+  /// Of the root.
+  Range Whole() const { return {0, static_cast<Index>(m_Nodes.size())}; }
+  Range RangeOf(Index element) const;
 
   /// Makes room for the nodes of a document of that many bytes, as documents usually are.
   void ReserveFor(std::size_t bytes) { m_Nodes.reserve(bytes / UsualBytesPerNode + 1); }

@@ -143,6 +143,70 @@ TEST(AXmlDoc, WalksPlainPathsToWhatTheEngineSelects) {
   }
 }
 
+/// So that nothing that was read before is recalled.
+void ReadSomethingElse() {
+  ASSERT_TRUE(AXmlDoc(AString("<else/>")).IsParsed());
+}
+
+// A document that was just read, and the elements of it, are not read a second time. Nobody can
+// tell from what they select.
+TEST(AXmlDoc, SelectsTheSameWhetherItIsReadOrRecalled) {
+  const char* const whole =
+      "<?xml version='1.0'?><!-- 1 --><a><!-- 2 -->x<b n='1'><b n='1'/><?p i?>y</b><b n='1'/>"
+      "<c><![CDATA[z]]><b n='2'><b n='1'/>&amp;</b></c>w</a>\n<!-- 3 -->";
+  const char* const paths[] = {
+      "/a",          "/b",
+      "/b/b",        "/a/b/b",
+      "//b",         "/b/@n",
+      "/b/b/@n",     "/b/text()",
+      "/c/b/@n",     "/c/text()",
+      "/c/b/text()", "//b/@n",
+      "//@n",        "//comment()",
+      "//text()",    "/*",
+      "//b[2]",      "/b/b/..",
+      "//b[@n]",     "/..",
+      "//node()",    "/node()",
+      "/c/b[1]",     "/c/*/b",
+      "//b/..",      "//processing-instruction()",
+  };
+  AXmlDoc document{AString(whole)};
+  std::vector<std::string> texts = All(document, "//*");
+  ASSERT_EQ(texts.size(), 7u);
+  texts.insert(texts.begin(), whole);
+  for (const std::string& text : texts) {
+    const AString asText = AString::FromUtf8(text);
+    for (const char* const path : paths) {
+      ReadSomethingElse();
+      AXmlDoc read(asText);
+      ReadSomethingElse();
+      ASSERT_TRUE(AXmlDoc(AString(whole)).IsParsed());
+      AXmlDoc recalled(asText);
+      EXPECT_EQ(All(recalled, path), All(read, path)) << path << " in " << text;
+      EXPECT_EQ(recalled.SelectSingleNode(path), read.SelectSingleNode(path))
+          << path << " in " << text;
+    }
+  }
+}
+
+TEST(AXmlDoc, OutlivesTheDocumentThatItIsAnElementOf) {
+  AXmlDoc element;
+  {
+    const AXmlDoc whole{AString("<a><b n='1'>x</b></a>")};
+    ASSERT_TRUE(element.Parse(whole.SelectSingleNode("/a/b")));
+  }
+  ReadSomethingElse();
+  EXPECT_EQ(element.SelectSingleNode("/b/@n"), AString("1"));
+  EXPECT_EQ(element.SelectSingleNode("/b"), AString("<b n='1'>x</b>"));
+}
+
+TEST(AXmlDoc, RefusesWhatIsNoElementOfTheDocumentBefore) {
+  const AXmlDoc whole{AString("<a><b n='1'>x</b><c/></a>")};
+  ASSERT_TRUE(whole.IsParsed());
+  for (const char* const piece : {"", "x", "n", "1", "<b n='1'>", "<b n='1'>x</b><c/>", "<a>"}) {
+    EXPECT_FALSE(AXmlDoc(AString(piece)).IsParsed()) << piece;
+  }
+}
+
 TEST(AXmlDoc, HasNoCurrentNodeBeforeAndAfterTheSelection) {
   AXmlDoc document{AString("<a>x</a>")};
   EXPECT_FALSE(document.Read());

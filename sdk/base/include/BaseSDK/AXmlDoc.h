@@ -23,6 +23,9 @@ namespace BaseSDK {
 ///   before it came here. A byte order mark at its beginning is left out.
 /// - Nothing is validated, and prefixes of names need not be declared as namespaces.
 ///
+/// A thread keeps the ASCII document that it read last, if that is no longer than 64 KiB. The same
+/// text, and the markup of an element of it, are not read again: they share what was read.
+///
 /// A document object belongs to one thread at a time. One that was moved from may be assigned,
 /// parsed again or destroyed.
 class AXmlDoc {
