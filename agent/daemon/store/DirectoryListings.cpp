@@ -1,5 +1,6 @@
 #include "agent/daemon/store/DirectoryListings.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 
@@ -21,6 +22,9 @@ int DirectoryListings::List(AFileSystem& files, const char* path, Listing& listi
     }
   } while (listing.m_Error == EINTR || (listing.m_Error == 0 && name != nullptr));
   (void)files.CloseDirectory(handle);  // it was only read
+  // What is known of files and tasks lies in maps of this order: those who go through a long
+  // listing find the next entry beside the one before, not somewhere else in memory.
+  std::sort(listing.m_Names.begin(), listing.m_Names.end());
   return 0;
 }
 

@@ -25,8 +25,8 @@ class DirectoryListings {
     bool m_IsReading = false;  ///< the scheduler's own, not a request's
   };
 
-  /// Reads the directory into `listing`, in its own order, "." and ".." included. 0, or an errno
-  /// when it cannot be opened; m_Error tells of a reading that stopped early.
+  /// Reads the directory into `listing`, ordered by the bytes of its names, "." and ".." included.
+  /// 0, or an errno when it cannot be opened; m_Error tells of a reading that stopped early.
   static int List(BaseSDK::AFileSystem& files, const char* path, Listing& listing);
 
   /// Keeps the listing and returns its handle, which is never 0.

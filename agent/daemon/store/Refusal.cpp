@@ -12,7 +12,13 @@ namespace {
 constexpr wchar_t FirstBadByte = 0xDC80;  // as AString keeps bytes that are not UTF-8
 constexpr wchar_t LastBadByte = 0xDCFF;
 
+const AString Root = "/Task";
+const AString Triggers = "//Trigger";
+
 std::optional<Refusal> JudgeEncoding(const AString& text) {
+  if (text.Ascii()) {
+    return std::nullopt;
+  }
   const std::wstring& characters = text.Str();
   const auto bad = std::find_if(characters.begin(), characters.end(), [](wchar_t character) {
     return character >= FirstBadByte && character <= LastBadByte;
@@ -43,10 +49,10 @@ std::optional<Refusal> JudgeDocument(std::string_view bytes) {
     const auto& error = document.Error();
     return Refusal{error.m_Message, std::max(error.m_Line, 1U), std::max(error.m_Column, 1U)};
   }
-  if (!document.Find("/Task")) {
+  if (!document.Find(Root)) {
     return Refusal{"the root element is not Task"};
   }
-  if (!document.Find("//Trigger")) {
+  if (!document.Find(Triggers)) {
     return Refusal{"there is no Trigger in it"};
   }
   return std::nullopt;
