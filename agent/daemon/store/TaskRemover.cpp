@@ -5,6 +5,7 @@
 #include "agent/daemon/store/WholeFile.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 
 using BaseSDK::AFileSystem;
@@ -15,6 +16,13 @@ namespace NoxAgent {
 namespace {
 
 constexpr const char* TaskRemoverSource = "TaskRemover";
+
+// Of the kind that AFile::RemoveLeftovers takes away, for a crash may leave it.
+std::string TemporaryName(std::uint64_t number) {
+  constexpr std::size_t TailLength = 6;
+  const std::string digits = std::string(TailLength, '0') + std::to_string(number);
+  return ".ended." + digits.substr(digits.size() - TailLength);
+}
 
 }  // namespace
 
@@ -56,8 +64,7 @@ int TaskRemover::RemoveCurrent(const std::string& name, const std::string& path)
 // seen.
 int TaskRemover::RemoveUnchanged(const std::string& name, const std::string& path,
                                  const FileIdentity& identity) {
-  const std::string aside =
-      m_Directory.Path() + "/.ended-" + std::to_string(m_Files.UniqueNumber());
+  const std::string aside = m_Directory.Path() + "/" + TemporaryName(m_Files.UniqueNumber());
   if (const int error = MoveUnchanged(m_Files, path, aside, identity); error != 0) {
     return error;
   }

@@ -314,6 +314,22 @@ TEST_F(StoreFileSystemTest, AnEndedTaskWhoseFileCannotGoIsToldOf) {
   EXPECT_EQ(m_Log.CountContaining("cannot be deleted: Read-only file system"), 1U);
 }
 
+// As a crash leaves it: the file has its other name and was neither deleted nor renamed back.
+TEST_F(StoreFileSystemTest, AnEndedTaskThatACrashLeavesAsideGoesWithTheLeftovers) {
+  Put("T1.vsk", Good);
+  (void)Read("T1.vsk");
+  m_Disk.m_UnlinkError = EIO;
+  m_Disk.m_BeforeRename = [this] {
+    m_Disk.m_BeforeRename = [this] { m_Disk.m_RenameError = EIO; };
+  };
+  EXPECT_NE(Remove("T1.vsk"), 0);
+  m_Disk.m_UnlinkError = 0;
+  unsigned removed = 0;
+  EXPECT_EQ(AFile::RemoveLeftovers(PathOf(""), removed), 0U);
+  EXPECT_EQ(removed, 1U);
+  EXPECT_TRUE(std::filesystem::is_empty(m_Dir / "tasks"));
+}
+
 TEST_F(StoreFileSystemTest, AFileThatCannotBeWrittenAmongOthersThatCanIsToldOfOnce) {
   for (int run = 0; run < 3; ++run) {
     m_Disk.m_WriteError = EACCES;
