@@ -6,6 +6,7 @@
 #include "tests/proof/OwnProcess.h"
 #include "tests/proof/SteppedSchedule.h"
 #include "tests/proof/SystemZones.h"
+#include "tests/support/EnvironmentNumber.h"
 #include "tests/support/LocalTimes.h"
 
 #include <VirtualTime/VirtualClock.h>
@@ -15,7 +16,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <iterator>
 #include <random>
 #include <sstream>
@@ -26,6 +26,7 @@
 namespace {
 
 using TestSupport::Day;
+using TestSupport::EnvironmentNumber;
 
 constexpr int MomentsPerRule = 4;
 constexpr int WalksPerRule = 6;
@@ -33,8 +34,7 @@ constexpr int StepsPerWalk = 6;
 
 // NOX_RULES_PER_ZONE sets another number: with 1000, each width sees more than a million cases.
 int RulesPerZone() {
-  const char* const wanted = std::getenv("NOX_RULES_PER_ZONE");
-  return wanted != nullptr ? std::atoi(wanted) : NOX_RULES_PER_ZONE;
+  return static_cast<int>(EnvironmentNumber("NOX_RULES_PER_ZONE", NOX_RULES_PER_ZONE));
 }
 
 // Draws triggers and moments. A draw of its own: standard distributions differ between word sizes.

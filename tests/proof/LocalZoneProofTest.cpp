@@ -4,6 +4,7 @@
 #include "tests/proof/ClockChanges.h"
 #include "tests/proof/OwnProcess.h"
 #include "tests/proof/SystemZones.h"
+#include "tests/support/EnvironmentNumber.h"
 #include "tests/support/LocalTimes.h"
 
 #include <BaseSDK/ALong32.h>
@@ -30,12 +31,12 @@ using Nox::LocalZone;
 using Nox::Long32Max;
 using Nox::Long32Min;
 using TestSupport::Day;
+using TestSupport::EnvironmentNumber;
 
 // The C library is asked this often whether its clock has changed. NOX_PROBE_SECONDS sets another
 // stride: 3600 is a proof of some minutes.
 long ProbeSeconds() {
-  const char* const wanted = std::getenv("NOX_PROBE_SECONDS");
-  return wanted != nullptr ? std::atol(wanted) : 2 * Day;
+  return EnvironmentNumber("NOX_PROBE_SECONDS", 2 * Day);
 }
 
 std::tm Fields(long moment) {

@@ -1,9 +1,10 @@
 #include "tests/agent/daemon/journal/JournalUser.h"
+#include "tests/support/EnvironmentNumber.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 
 namespace NoxAgent {
 namespace {
@@ -73,12 +74,13 @@ class EveryCallTest : public testing::Test {
     user.Calm();
   }
 
-  /// Long runs take every call for each test; others every third, beginning with `first`.
+  /// At each call or, with NOX_JOURNAL_CALL_STEP, at one of so many, beginning with `first`.
   template <class Act>
   static void AtEachCall(unsigned first, Act act) {
-    const bool isLong = std::getenv("NOX_JOURNAL_RUNS") != nullptr;
+    const auto step =
+        static_cast<unsigned>(TestSupport::EnvironmentNumber("NOX_JOURNAL_CALL_STEP", 1));
     const unsigned count = CountCalls();
-    for (unsigned number = isLong ? 1 : first; number <= count; number += isLong ? 1 : 3) {
+    for (unsigned number = std::min(first, step); number <= count; number += step) {
       SCOPED_TRACE("call " + std::to_string(number));
       JournalUser user;
       Prepare(user);
