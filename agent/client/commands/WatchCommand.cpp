@@ -75,12 +75,12 @@ void PrintJsonLine(const RunEvent& event, const std::string& reason, std::ostrea
 class Watch {
  public:
   Watch(const WatchOptions& options, const CommandContext& context)
-      : m_Options(options), m_Context(context) {}
+      : m_Options(options), m_Context(context), m_Agent(context.Agent()) {}
 
   // Returns when enough runs have finished.
   void Run() {
     // The documents hold local times of the agent's.
-    const ChosenZone zone = ChosenZone::AsNamed(m_Context.Agent().Status().Text("zone", ""));
+    const ChosenZone zone = ChosenZone::AsNamed(m_Agent.Status().Text("zone", ""));
     m_Context.Agent().Follow([this] { KnowTasks(); }, [this](const Json& n) { return Next(n); });
     if (!IsEnough()) {
       throw CommandError(ExitCode::Unreachable,
@@ -91,8 +91,7 @@ class Watch {
  private:
   // After the stream is open, so that no run is missed between the two.
   void KnowTasks() {
-    AgentApi agent = m_Context.Agent();
-    agent.ForEachTask(
+    m_Agent.ForEachTask(
         [this](const AgentApi::ListedTask& task) { m_Watcher.Know(task.m_Id, task.m_Document); });
   }
 
@@ -125,7 +124,7 @@ class Watch {
     if (code != TaskChanged) {
       return;
     }
-    const auto xml = m_Context.Agent().TaskXml(id);
+    const auto xml = m_Agent.TaskXml(id);
     if (!xml) {
       return;
     }
@@ -148,16 +147,17 @@ class Watch {
   }
 
   // Why a run did not end well, as far as the command handler knows.
-  std::string ReasonOf(const RunEvent& event) const {
+  std::string ReasonOf(const RunEvent& event) {
     if (event.m_Kind != RunEvent::Kind::Finished || event.m_Run.m_State == "Ok") {
       return {};
     }
-    const auto run = ReadHandlerRun(m_Context.Agent().LatestRun(event.m_Task));
+    const auto run = ReadHandlerRun(m_Agent.LatestRun(event.m_Task));
     return run ? run->ReasonAgainst(event.m_Run.m_State) : "";
   }
 
   const WatchOptions& m_Options;
   const CommandContext& m_Context;
+  AgentApi m_Agent;  // for what is asked meanwhile; another connection follows
   RunWatcher m_Watcher;
   unsigned m_Finished = 0;
 };

@@ -4,6 +4,7 @@
 #include "agent/daemon/control/ControlSession.h"
 #include "agent/daemon/control/JsonMessage.h"
 #include "agent/daemon/control/NotificationStream.h"
+#include "agent/daemon/control/SafeLines.h"
 #include "agent/daemon/process/AgentLog.h"
 #include "agent/library/Json.h"
 
@@ -95,7 +96,7 @@ struct ControlServer::Impl final : ControlSession::Server {
   void WaitForClient();
   void AcceptAll();
   void Admit(int fd);
-  void Broadcast(const NotificationStream::Line& line);
+  void Broadcast(const NotificationStream::Lines& lines);
   void StreamEnded(const std::shared_ptr<NotificationStream>& stream, bool dropped);
   void BeginStop();
   void CheckIdle();
@@ -122,6 +123,10 @@ struct ControlServer::Impl final : ControlSession::Server {
   std::atomic<unsigned> m_StreamCount{0};
 
   // Used by ControlServer.
+  SafeLines m_Lines{[this](std::string lines) {
+    const auto shared = std::make_shared<const std::string>(std::move(lines));
+    asio::post(m_Io, [this, shared] { Broadcast(shared); });
+  }};
   unsigned m_Listener = 0;
   asio::thread_pool m_Workers{Workers};
   std::thread m_Thread;
@@ -273,11 +278,11 @@ void ControlServer::Impl::Admit(int fd) {
   }
 }
 
-void ControlServer::Impl::Broadcast(const NotificationStream::Line& line) {
+void ControlServer::Impl::Broadcast(const NotificationStream::Lines& lines) {
   // A copy: a stream that is dropped leaves the set.
   const auto streams = m_Streams;
   for (const auto& stream : streams) {
-    stream->Send(line);
+    stream->Send(lines);
   }
 }
 
@@ -320,10 +325,7 @@ ControlServer::ControlServer(int fd, const PeerCheck& peers, Api& api,
   impl->m_Listener =
       notifications.AddListener([impl](const NotificationCenter::Notification& notification) {
         if (impl->m_StreamCount > 0) {
-          // Clients hear of nothing that a power cut could undo.
-          BaseSDK::AFileSystem::Current().MakeSafe();
-          const auto line = std::make_shared<const std::string>(MakeLine(notification));
-          asio::post(impl->m_Io, [impl, line] { impl->Broadcast(line); });
+          impl->m_Lines.Add(MakeLine(notification));
         }
       });
   impl->m_Thread = std::thread([impl] { impl->m_Io.run(); });
@@ -341,7 +343,9 @@ void ControlServer::Start() {
 }
 
 bool ControlServer::Stop(unsigned long milliseconds) {
-  asio::post(m_Impl->m_Io, [impl = m_Impl.get()] { impl->BeginStop(); });
+  // Streams end behind the lines that are on their way to them.
+  m_Impl->m_Lines.Finish(
+      [impl = m_Impl.get()] { asio::post(impl->m_Io, [impl] { impl->BeginStop(); }); });
   return m_Impl->m_Idle.Wait(milliseconds, BaseSDK::ClockSkewIgnore) == AEvent::WasSet;
 }
 

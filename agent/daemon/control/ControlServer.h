@@ -25,8 +25,9 @@ class ControlServer {
   static constexpr unsigned MaxKeptConnections = MaxConnections / 2;
   /// On one connection; it is closed after the last answer.
   static constexpr unsigned MaxRequests = 1000;
-  /// How many lines the client of a stream may lag behind before it is dropped.
-  static constexpr std::size_t MaxStreamBacklog = 1000;
+  /// How many bytes the client of a stream may lag behind before it is dropped: a burst of
+  /// thousands of tasks makes lines faster than a client shows them.
+  static constexpr std::size_t MaxStreamBacklog = 1024 * 1024;
   /// How many requests are answered at the same time; further ones wait.
   static constexpr unsigned Workers = 4;
 

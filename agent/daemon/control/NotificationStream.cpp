@@ -21,11 +21,11 @@ void NotificationStream::Start() {
   Enqueue(ChunkedBody::Header(false));
 }
 
-void NotificationStream::Send(const Line& line) {
-  if (m_Waiting.size() >= ControlServer::MaxStreamBacklog) {
+void NotificationStream::Send(const Lines& lines) {
+  if (m_WaitingBytes >= ControlServer::MaxStreamBacklog) {
     End(true);
   } else {
-    Enqueue(ChunkedBody::Chunk(*line));
+    Enqueue(ChunkedBody::Chunk(*lines));
   }
 }
 
@@ -38,6 +38,7 @@ void NotificationStream::Enqueue(std::string bytes) {
   if (m_Ended) {
     return;
   }
+  m_WaitingBytes += bytes.size();
   m_Waiting.push_back(std::move(bytes));
   if (!m_IsWriting) {
     WriteNext();
@@ -57,6 +58,7 @@ void NotificationStream::WriteNext() {
                     [self = shared_from_this()](Error error, std::size_t) {
                       self->m_IsWriting = false;
                       (void)self->m_Timer.cancel();
+                      self->m_WaitingBytes -= self->m_Waiting.front().size();
                       self->m_Waiting.pop_front();
                       if (error || (self->m_IsFinishing && self->m_Waiting.empty())) {
                         self->End(false);

@@ -11,22 +11,22 @@
 
 namespace NoxAgent {
 
-/// The connection of a client that follows the notifications: an HTTP answer without an end, with a
-/// chunk for each line.
+/// The connection of a client that follows the notifications: an HTTP answer without an end, of
+/// lines.
 ///
 /// All of it happens on the thread of input and output.
 class NotificationStream : public std::enable_shared_from_this<NotificationStream> {
  public:
   using Socket = boost::asio::local::stream_protocol::socket;
-  using Line = std::shared_ptr<const std::string>;
+  using Lines = std::shared_ptr<const std::string>;
   /// Told once, at the end; `dropped` when the client was too slow.
   using OnEnd = std::function<void(const std::shared_ptr<NotificationStream>&, bool dropped)>;
 
   NotificationStream(Socket socket, unsigned secondsToWrite, OnEnd onEnd);
 
   void Start();
-  /// Sends the line after those that wait already. Ends the stream as dropped when too many wait.
-  void Send(const Line& line);
+  /// Sends the lines after those that wait already. Ends the stream as dropped when too much waits.
+  void Send(const Lines& lines);
   /// Sends what waits, then ends the stream.
   void Finish();
 
@@ -43,6 +43,7 @@ class NotificationStream : public std::enable_shared_from_this<NotificationStrea
   OnEnd m_OnEnd;
   boost::asio::steady_timer m_Timer;
   std::deque<std::string> m_Waiting;
+  std::size_t m_WaitingBytes = 0;
   std::array<char, 64> m_Input{};
   unsigned m_LastWrite = 0;
   bool m_IsWriting = false;

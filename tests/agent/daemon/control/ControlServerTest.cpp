@@ -1,6 +1,7 @@
 #include "agent/daemon/control/ControlServer.h"
 
 #include "tests/agent/daemon/TestAgent.h"
+#include "tests/agent/daemon/control/CountedSafety.h"
 #include "tests/agent/daemon/control/RawClient.h"
 
 #include <gtest/gtest.h>
@@ -10,6 +11,8 @@
 
 #include <atomic>
 #include <fstream>
+#include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -339,9 +342,11 @@ TEST_F(ControlServerTest, StreamsNotificationsAsLines) {
   (void)Ask("POST", "/v1/one/INoxTaskScheduler/DeleteTask", R"({"taskId":"gone"})");
   (void)Ask("POST", "/v1/notify", R"({"kind":10,"code":300,"text":"a\nb"})");
   const auto next = [&client] {
-    (void)client.ReadUntil("\r\n");
-    const std::string line = client.ReadUntil("\r\n");
-    EXPECT_EQ(line[line.size() - 3], '\n') << line;
+    // Lines that wait together share a chunk. What frames a chunk ends with a carriage return.
+    std::string line = client.ReadUntil("\n");
+    while (line.ends_with("\r\n")) {
+      line = client.ReadUntil("\n");
+    }
     return Json::Parse(line);
   };
   const Json first = next();
@@ -354,32 +359,74 @@ TEST_F(ControlServerTest, StreamsNotificationsAsLines) {
   EXPECT_FALSE(second.Has("id"));
 }
 
-// Counts how often all is made safe, while it is in force.
-class CountedSafety : public BaseSDK::AFileSystem {
- public:
-  CountedSafety() : m_Before(Replace(this)) {}
-  ~CountedSafety() override { (void)Replace(m_Before); }
-  void MakeSafe() override { ++m_Count; }
-  std::atomic<unsigned> m_Count{0};
+/// The texts of the notifications in an answer, with blanks between them.
+std::string TextsOf(const std::string& answer) {
+  constexpr std::string_view Begin = "\"text\":\"";
+  std::string texts;
+  for (std::size_t at = answer.find(Begin); at != std::string::npos; at = answer.find(Begin, at)) {
+    at += Begin.size();
+    texts += (texts.empty() ? "" : " ") + answer.substr(at, answer.find('"', at) - at);
+  }
+  return texts;
+}
 
- private:
-  BaseSDK::AFileSystem* const m_Before;
+/// A client that follows the notifications.
+class Follower : public RawClient {
+ public:
+  explicit Follower(const TestAgent& agent) : RawClient(agent.SocketPath()) {
+    const unsigned before = agent.m_Server->Count().m_Streams;
+    Send("GET /v1/notifications HTTP/1.1\r\n\r\n");
+    (void)ReadUntil("\r\n\r\n");
+    while (agent.m_Server->Count().m_Streams == before) {
+      std::this_thread::yield();
+    }
+  }
 };
 
 TEST_F(ControlServerTest, StreamsOnlyWhatIsSafe) {
-  RawClient client(m_Agent.SocketPath());
   const CountedSafety files;
   (void)m_Agent.m_Notifications.Post(100, "a");
   m_Agent.Settle();
   EXPECT_EQ(files.m_Count, 0U) << "nobody listens";
-  client.Send("GET /v1/notifications HTTP/1.1\r\n\r\n");
-  (void)client.ReadUntil("\r\n\r\n");
-  while (m_Agent.m_Server->Count().m_Streams == 0) {
-    std::this_thread::yield();
-  }
+  Follower client(m_Agent);
   (void)m_Agent.m_Notifications.Post(100, "b");
   (void)client.ReadUntil("\"b\"");
   EXPECT_EQ(files.m_Count, 1U);
+}
+
+TEST_F(ControlServerTest, LinesThatWaitForTheDiskWaitTogether) {
+  Follower client(m_Agent);
+  HeldSafety files;
+  (void)m_Agent.m_Notifications.Post(300, "first");
+  files.m_Begun.acquire();
+  std::string wanted = "first";
+  for (int number = 0; number < 100; ++number) {
+    (void)m_Agent.m_Notifications.Post(300, BaseSDK::AString().SetNum(number, 'd'));
+    wanted += ' ' + std::to_string(number);
+  }
+  m_Agent.Settle();
+  EXPECT_EQ(files.m_Count, 1U) << "the agent's own thread does not wait for the disk";
+  files.m_LetGo.release(2);
+  EXPECT_EQ(TextsOf(client.ReadUntil("\"99\"")), wanted);
+  EXPECT_EQ(files.m_Count, 2U);
+}
+
+TEST_F(ControlServerTest, ABurstReachesAClientThatReadsItLate) {
+  Follower client(m_Agent);
+  for (int number = 0; number < 5000; ++number) {
+    (void)m_Agent.m_Notifications.Post(300, BaseSDK::AString().SetNum(number, 'd'));
+  }
+  m_Agent.Settle();
+  (void)client.ReadUntil("\"4999\"");
+  EXPECT_EQ(m_Agent.m_Server->Count().m_Dropped, 0U);
+}
+
+TEST_F(ControlServerTest, StreamsEndBehindWhatWasPostedBefore) {
+  Follower client(m_Agent);
+  (void)m_Agent.m_Notifications.Post(300, "last");
+  m_Agent.Settle();
+  EXPECT_TRUE(m_Agent.m_Server->Stop(30000));
+  EXPECT_EQ(TextsOf(client.ReadAll()), "last");
 }
 
 TEST_F(ControlServerTest, DropsStreamsWhoseClientsDoNotRead) {
