@@ -28,8 +28,8 @@ namespace fs = std::filesystem;
 
 constexpr int TasksAdded = 1000;
 
-std::string TaskWithJob() {
-  return Workbench::DailyTask(NoxAgent::CommandHandlerClassId);
+std::string TaskWithJob(long number) {
+  return Workbench::DailyTask(number, NoxAgent::CommandHandlerClassId);
 }
 
 void WriteFile(const fs::path& path, const std::string& text) {
@@ -59,9 +59,8 @@ class AgentState {
 
 void ListTasks(benchmark::State& state) {
   const AgentState files;
-  const std::string document = TaskWithJob();
   for (long i = 0; i < state.range(0); ++i) {
-    files.MakeTask("task" + std::to_string(i), document);
+    files.MakeTask("task" + std::to_string(i), TaskWithJob(i));
   }
   const Workbench::AgentProcess agent(files.Path(), static_cast<long>(state.range(0)));
   for (auto _ : state) {
@@ -112,7 +111,7 @@ void AddOverConnection(benchmark::State& state) {
   for (int i = 0; i < TasksAdded; ++i) {
     const std::string id = "task" + std::to_string(i);
     files.MakeJob(id);
-    requests.push_back(NoxAgent::Json{{"taskId", id}, {"taskXml", TaskWithJob()}}.Dump());
+    requests.push_back(NoxAgent::Json{{"taskId", id}, {"taskXml", TaskWithJob(i)}}.Dump());
   }
   const Workbench::AgentProcess agent(files.Path(), 0);
   for (auto _ : state) {
@@ -135,7 +134,7 @@ void AddByClient(benchmark::State& state) {
     files.MakeJob("task" + std::to_string(i));
   }
   const fs::path document = files.Path() / "document.xml";
-  WriteFile(document, TaskWithJob());
+  WriteFile(document, TaskWithJob(1));
   const Workbench::AgentProcess agent(files.Path(), 0);
   for (auto _ : state) {
     const double start = Workbench::FineNow();
@@ -148,7 +147,7 @@ void AddByClient(benchmark::State& state) {
 BENCHMARK(AddByClient)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 void WriteFilesAndFlushOnce(benchmark::State& state) {
-  const std::string document = TaskWithJob();
+  const std::string document = TaskWithJob(1);
   for (auto _ : state) {
     const Workbench::TaskDirectory directory;
     const double start = Workbench::FineNow();

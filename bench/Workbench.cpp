@@ -44,20 +44,24 @@ double CpuNow() {
   return SecondsOn(CLOCK_PROCESS_CPUTIME_ID);
 }
 
-std::string DailyTask(const std::string& handlerClassId) {
+std::string DailyTask(long number, const std::string& handlerClassId) {
+  const std::string name = std::to_string(number);
   const std::string today = BaseSDK::ADateTime::Now().ToString(L"%Y-%m-%d %H:%M:%S").ToUtf8();
   return Document(handlerClassId,
-                  "<Trigger Type=\"1\" Description=\"" + std::string(230, 'd') +
+                  "<Trigger Type=\"1\" Description=\"" + name +
+                      std::string(230 - name.size(), 'd') +
                       "\" Interval=\"0\" IntervalUnit=\"MINUTE\" Duration=\"0\" KillAtEnd=\"0\">"
                       "<BeginDate>2005/03/01 03:00:00</BeginDate><DaysInterval>1</DaysInterval>"
                       "<MonthsOfYear>4095</MonthsOfYear></Trigger>",
                   "<TaskHistory>\n\t\t<RunTime>" + today + " Ok</RunTime>\n\t</TaskHistory>");
 }
 
-std::string TaskDueAt(long due) {
+std::string TaskDueAt(long due, long number) {
   const std::string begin = BaseSDK::ADateTime(due).ToString(L"%Y/%m/%d %H:%M:%S").ToUtf8();
   return Document(BenchHandlerClassId,
-                  "<Trigger Type=\"0\"><BeginDate>" + begin + "</BeginDate></Trigger>", "");
+                  "<Trigger Type=\"0\" Description=\"" + std::to_string(number) + "\"><BeginDate>" +
+                      begin + "</BeginDate></Trigger>",
+                  "");
 }
 
 TaskDirectory::TaskDirectory() {
@@ -73,9 +77,10 @@ TaskDirectory::~TaskDirectory() {
   std::filesystem::remove(m_Path.string() + JournalSuffix);
 }
 
-void TaskDirectory::Fill(long count, const std::string& document) const {
+void TaskDirectory::Fill(long count,
+                         const std::function<std::string(long number)>& document) const {
   for (long i = 0; i < count; ++i) {
-    std::ofstream(File(i)) << document;
+    std::ofstream(File(i)) << document(i);
   }
 }
 

@@ -9,6 +9,7 @@
 
 #include <condition_variable>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -24,10 +25,11 @@ double FineNow();
 /// The seconds for which this process has had a processor, all its threads together.
 double CpuNow();
 
-/// A document of about 640 bytes: a daily trigger, a description, a run of today.
-std::string DailyTask(const std::string& handlerClassId = BenchHandlerClassId);
+/// A document of about 640 bytes: a daily trigger, a description that begins with the number, a run
+/// of today. No two tasks of a machine have the same document, and reading one twice costs less.
+std::string DailyTask(long number, const std::string& handlerClassId = BenchHandlerClassId);
 /// Runs once, at `due`.
-std::string TaskDueAt(long due);
+std::string TaskDueAt(long due, long number);
 
 /// A directory that goes with the object.
 class TaskDirectory {
@@ -38,7 +40,7 @@ class TaskDirectory {
   ~TaskDirectory();
 
   /// Makes so many task files.
-  void Fill(long count, const std::string& document) const;
+  void Fill(long count, const std::function<std::string(long number)>& document) const;
   /// The task file of this number.
   std::filesystem::path File(long number) const;
   const std::filesystem::path& Folder() const { return m_Path; }
