@@ -42,6 +42,9 @@ class Journal {
   /// HasRoomFor all of them, and at least one.
   int Append(const std::vector<const JournalRecord*>& records);
 
+  /// From now on it takes no records, as after an error.
+  void GiveUp() { Close(); }
+
   bool IsReady() const { return m_Ready; }
   /// How many bytes of records it holds.
   std::size_t UsedBytes() const { return m_Ready ? m_Used - JournalFormat::HeadSize : 0; }

@@ -8,6 +8,7 @@ constexpr std::size_t NumberSize = 8;
 // The checksum; the lengths of name and content; two versions of two numbers each.
 constexpr std::size_t RecordHeadSize = 7 * NumberSize;
 constexpr std::size_t JournalHeadUsed = Magic.size() + 2 * NumberSize;
+constexpr std::uint64_t NoContent = ~std::uint64_t{0};  // in place of its length
 
 void AppendNumber(std::uint64_t number, std::string& bytes) {
   for (std::size_t i = 0; i < NumberSize; ++i) {
@@ -54,18 +55,22 @@ std::uint64_t Checksum(std::string_view bytes, JournalFormat::Place place) {
 }  // namespace
 
 std::size_t JournalFormat::SizeOf(const JournalRecord& record) {
-  return RecordHeadSize + record.m_Name.size() + record.m_Content.size();
+  return SizeOfVersion(record) + (record.m_IsVersionAlone ? 0 : record.m_Content.size());
+}
+
+std::size_t JournalFormat::SizeOfVersion(const JournalRecord& record) {
+  return RecordHeadSize + record.m_Name.size();
 }
 
 void JournalFormat::Append(const JournalRecord& record, Place place, std::string& bytes) {
   std::string rest;
   rest.reserve(SizeOf(record) - NumberSize);
   AppendNumber(record.m_Name.size(), rest);
-  AppendNumber(record.m_Content.size(), rest);
+  AppendNumber(record.m_IsVersionAlone ? NoContent : record.m_Content.size(), rest);
   AppendVersion(record.m_Before, rest);
   AppendVersion(record.m_After, rest);
   rest += record.m_Name;
-  rest += record.m_Content;
+  rest += record.m_IsVersionAlone ? std::string_view() : record.m_Content;
   AppendNumber(Checksum(rest, place), bytes);
   bytes += rest;
 }
@@ -75,7 +80,8 @@ std::optional<JournalRecord> JournalFormat::Read(std::string_view bytes, Place p
     return std::nullopt;
   }
   const std::uint64_t nameSize = NumberAt(bytes, NumberSize);
-  const std::uint64_t contentSize = NumberAt(bytes, 2 * NumberSize);
+  const bool hasContent = NumberAt(bytes, 2 * NumberSize) != NoContent;
+  const std::uint64_t contentSize = hasContent ? NumberAt(bytes, 2 * NumberSize) : 0;
   const std::size_t room = bytes.size() - RecordHeadSize;
   if (nameSize == 0 || nameSize > room || contentSize > room - nameSize) {
     return std::nullopt;
@@ -91,6 +97,7 @@ std::optional<JournalRecord> JournalFormat::Read(std::string_view bytes, Place p
   record.m_After = VersionAt(bytes, 5 * NumberSize);
   record.m_Name = bytes.substr(RecordHeadSize, nameLength);
   record.m_Content = bytes.substr(RecordHeadSize + nameLength);
+  record.m_IsVersionAlone = !hasContent;
   return record;
 }
 

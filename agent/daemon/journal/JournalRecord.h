@@ -28,6 +28,8 @@ struct JournalRecord {
   FileVersion m_Before;  ///< what was replaced
   FileVersion m_After;   ///< what took its place
   std::string m_Content;
+  /// It tells no content: what took its place has that of an earlier record of the file.
+  bool m_IsVersionAlone = false;
 };
 
 /// How records lie in the journal, one behind the other: a head of fixed size, the name, the
@@ -44,6 +46,8 @@ class JournalFormat {
 
   /// How many bytes the record takes.
   static std::size_t SizeOf(const JournalRecord& record);
+  /// How many it takes when it tells the version alone.
+  static std::size_t SizeOfVersion(const JournalRecord& record);
   /// Appends the record's bytes for this place to `bytes`.
   static void Append(const JournalRecord& record, Place place, std::string& bytes);
   /// The record that `bytes` begin with; nothing when they begin with no whole one of this place.

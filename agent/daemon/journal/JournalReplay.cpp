@@ -25,13 +25,6 @@ bool IsPart(std::string_view part, std::string_view whole) {
                     [](char left, char right) { return left == right || left == '\0'; });
 }
 
-// Whether a power cut has left this of the version. Its time may be an earlier one, but never a
-// later one: then somebody has cut the file short since, or another one was given its number.
-bool IsTorn(const FileVersion& present, std::string_view content, const JournalRecord& version) {
-  return present.m_Number == version.m_After.m_Number &&
-         present.m_Modified <= version.m_After.m_Modified && IsPart(content, version.m_Content);
-}
-
 std::string NameIn(const std::string& path) {
   return path.substr(path.rfind('/') + 1);
 }
@@ -47,8 +40,11 @@ JournalReplay::JournalReplay(AFileSystem& files, std::string directory,
                              const std::vector<JournalRecord>& records)
     : m_Files(files), m_Directory(std::move(directory)) {
   for (const JournalRecord& record : records) {
-    m_Versions[record.m_Name].push_back(&record);
+    Versions& versions = m_Versions[record.m_Name];
+    versions.m_Records.push_back(&record);
+    versions.m_Newest = record.m_IsVersionAlone ? versions.m_Newest : &record.m_Content;
   }
+  std::erase_if(m_Versions, [](const auto& entry) { return entry.second.m_Newest == nullptr; });
 }
 
 int JournalReplay::Perform() {
@@ -76,7 +72,7 @@ int JournalReplay::Prepare(const std::string& name, const Versions& versions) {
     return 0;
   }
   auto replacement = std::make_unique<AFileReplacement>(m_Files, m_Directory + "/" + name);
-  const int error = replacement->Prepare(versions.back()->m_Content, AFileReplacement::Flushed::No);
+  const int error = replacement->Prepare(*versions.m_Newest, AFileReplacement::Flushed::No);
   m_Prepared.push_back(std::move(replacement));
   return error;
 }
@@ -104,14 +100,26 @@ int JournalReplay::FindState(const std::string& name, const Versions& versions,
 
 JournalReplay::State JournalReplay::Compare(const FileVersion& present, const std::string* content,
                                             const Versions& versions) {
-  if (content != nullptr && *content == versions.back()->m_Content) {
+  if (content != nullptr && *content == *versions.m_Newest) {
     return State::UpToDate;
   }
-  const bool isOlder = std::any_of(versions.begin(), versions.end(), [&](const auto* version) {
-    return present == version->m_Before || present == version->m_After ||
-           (content != nullptr && IsTorn(present, *content, *version));
+  const auto& records = versions.m_Records;
+  const bool isOlder = std::any_of(records.begin(), records.end(), [&](const auto* record) {
+    return present == record->m_Before || present == record->m_After ||
+           (content != nullptr && IsTorn(present, *content, versions, record->m_After));
   });
   return isOlder ? State::OutOfDate : State::Foreign;
+}
+
+// Whether a power cut has left this of the version. Its time may be an earlier one, but never a
+// later one: then somebody has cut the file short since, or another one was given its number.
+bool JournalReplay::IsTorn(const FileVersion& present, std::string_view content,
+                           const Versions& versions, const FileVersion& version) {
+  const auto& records = versions.m_Records;
+  return present.m_Number == version.m_Number && present.m_Modified <= version.m_Modified &&
+         std::any_of(records.begin(), records.end(), [&](const auto* record) {
+           return !record->m_IsVersionAlone && IsPart(content, record->m_Content);
+         });
 }
 
 int JournalReplay::RenameAll() {

@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace NoxAgent {
@@ -35,13 +36,19 @@ class JournalReplay {
   const std::vector<std::string>& Left() const { return m_Left; }
 
  private:
-  using Versions = std::vector<const JournalRecord*>;  ///< of one file, the newest last
+  /// What the journal tells of one file.
+  struct Versions {
+    std::vector<const JournalRecord*> m_Records;  ///< the newest last
+    const std::string* m_Newest = nullptr;        ///< content
+  };
   enum class State { UpToDate, OutOfDate, Foreign };
 
   int FindState(const std::string& name, const Versions& versions, State& state) const;
   /// Of a file that is there. `content` is null when it cannot be read.
   static State Compare(const FileVersion& present, const std::string* content,
                        const Versions& versions);
+  static bool IsTorn(const FileVersion& present, std::string_view content, const Versions& versions,
+                     const FileVersion& version);
   int Prepare(const std::string& name, const Versions& versions);
   int RenameAll();
 

@@ -4,7 +4,9 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <iterator>
 #include <new>
 #include <utility>
 
@@ -15,22 +17,38 @@ using BaseSDK::AMutexGuard;
 namespace NoxAgent {
 namespace {
 
-// Up to so many files are put in their place by the one who has made them safe: he then learns
-// when that fails. More would keep him for longer than the flush did.
+// Up to so many files are prepared at once, and put in their place by the one who has made them
+// safe: he then learns when that fails. More would keep him for longer than the flush did, as a
+// file system may take a millisecond to make one.
 constexpr std::size_t MostFollowedAtOnce = 16;
 
 bool IsToWrite(int flags) {
   return (flags & O_ACCMODE) != O_RDONLY;
 }
 
-// The steps that make a prepared file last without a journal, each with its flush.
-int FinishByItself(AFileReplacement& replacement) {
-  int error = replacement.Flush();
-  error = error != 0 ? error : replacement.Rename();
-  return error != 0 ? error : replacement.FlushDirectory();
+constexpr std::uint64_t FlushesByItself = 2;
+
+bool IsSameFile(const WaitingFile& left, const WaitingFile& right) {
+  return left.m_Record.m_Name == right.m_Record.m_Name;
 }
 
-constexpr std::uint64_t FlushesByItself = 2;
+// Takes out the late files that a later one of the list replaces: they need not be made. None of
+// those that are left has an older one behind it of which the journal does not know the version.
+WaitingFiles::Files TakeReplaced(WaitingFiles::Files& files) {
+  WaitingFiles::Files replaced;
+  for (auto file = files.begin(); file != files.end();) {
+    const auto next = std::next(file);
+    const bool isReplaced =
+        file->m_IsLate && std::any_of(next, files.end(), [&](const WaitingFile& later) {
+          return IsSameFile(later, *file);
+        });
+    if (isReplaced) {
+      replaced.splice(replaced.end(), files, file);
+    }
+    file = next;
+  }
+  return replaced;
+}
 
 }  // namespace
 
@@ -149,7 +167,8 @@ int JournaledFiles::ReplaceFile(const char* path, const std::string& bytes) {
   }
   JournalRecord record{*name, {}, {}, bytes};
   const bool isForJournal =
-      m_Journal.IsReady() && Journal::CanEverHold(JournalFormat::SizeOf(record));
+      m_Journal.IsReady() &&
+      Journal::CanEverHold(JournalFormat::SizeOf(record) + JournalFormat::SizeOfVersion(record));
   const int error =
       isForJournal ? ReplaceLater(path, std::move(record)) : ReplaceAtOnce(path, bytes);
   if (error == 0) {
@@ -170,29 +189,42 @@ int JournaledFiles::ReplaceAtOnce(const char* path, const std::string& bytes) {
 }
 
 int JournaledFiles::ReplaceLater(const char* path, JournalRecord record) {
-  Files file;
-  file.emplace_back(Below(), path);
-  AFileReplacement& replacement = file.back().m_Replacement;
-  const int prepareError = replacement.Prepare(record.m_Content, AFileReplacement::Flushed::No);
-  if (prepareError != 0) {
-    return prepareError;
-  }
-  // The journal renews files that are there, and brings none back.
-  if (!replacement.Replaces()) {
-    return ReplaceAtOnce(path, record.m_Content);
-  }
-  Info info;
-  const int error =
-      AFileCalls::Retry([&] { return Below().GetInfo(replacement.Temporary().c_str(), info); });
+  Files files;
+  WaitingFile& file = files.emplace_back(Below(), path);
+  file.m_Record = std::move(record);
+  file.m_IsLate = IsNextLate();
+  AFileReplacement& replacement = file.m_Replacement;
+  const int error = file.m_IsLate ? replacement.Look() : Prepare(file);
   if (error != 0) {
     return error;
   }
-  record.m_Before = FileVersion(replacement.Previous());
-  record.m_After = FileVersion(info);
-  file.back().m_Record = std::move(record);
-  m_Waiting.Add(file);
+  // The journal renews files that are there, and brings none back.
+  if (!replacement.Replaces()) {
+    return ReplaceAtOnce(path, file.m_Record.m_Content);
+  }
+  file.m_Record.m_Before = FileVersion(replacement.Previous());
+  m_Waiting.Add(files);
   m_Shared.Count();
   return 0;
+}
+
+bool JournaledFiles::IsNextLate() const {
+  const bool isFailureAwaited = m_Observer != nullptr && m_Observer->IsFailureAwaited();
+  return m_Waiting.Count() >= MostFollowedAtOnce && !isFailureAwaited;
+}
+
+// Writes the file beside the one that it is to replace.
+int JournaledFiles::Prepare(WaitingFile& file) {
+  AFileReplacement& replacement = file.m_Replacement;
+  int error = replacement.Prepare(file.m_Record.m_Content, AFileReplacement::Flushed::No);
+  if (error != 0) {
+    return error;
+  }
+  Info info;
+  const char* const path = replacement.Temporary().c_str();
+  error = AFileCalls::Retry([&] { return Below().GetInfo(path, info); });
+  file.m_Record.m_After = FileVersion(info);
+  return error;
 }
 
 // Making safe
@@ -237,8 +269,7 @@ void JournaledFiles::FlushSome(Files& files) {
   if (m_Journal.IsReady()) {
     fitting = TakeFitting(files);
   }
-  if (!fitting.empty() && m_Journal.Append(fitting) == 0) {
-    m_Waiting.AddSafe(fitting);
+  if (!fitting.empty() && AppendToJournal(fitting)) {
     return;
   }
   Follow();
@@ -255,13 +286,22 @@ JournaledFiles::Files JournaledFiles::TakeFitting(Files& files) {
   Files fitting;
   std::size_t size = 0;
   while (!files.empty()) {
-    size += JournalFormat::SizeOf(files.front().m_Record);
+    size += TaskJournal::SizeOf(files.front());
     if (!m_Journal.HasRoomFor(size)) {
       break;
     }
     fitting.splice(fitting.end(), files, files.begin());
   }
   return fitting;
+}
+
+bool JournaledFiles::AppendToJournal(Files& files) {
+  AMutexGuard guard(m_AppendLock);
+  const bool isSafe = m_Journal.Append(files) == 0;
+  if (isSafe) {
+    m_Waiting.AddSafe(files);
+  }
+  return isSafe;
 }
 
 // An emptied journal knows no more what has come to their places since they were prepared.
@@ -280,9 +320,22 @@ void JournaledFiles::FlushEach(Files& files) {
   while (!files.empty()) {
     Files first;
     first.splice(first.end(), files, files.begin());
-    m_Flushes.fetch_add(FlushesByItself, std::memory_order_relaxed);
-    Finish(first, FinishByItself(first.front().m_Replacement));
+    Finish(first.front(), FinishByItself(first.front()));
+    m_Waiting.Remove(first);
   }
+}
+
+// The steps that make a file last without a journal, each with its flush.
+int JournaledFiles::FinishByItself(WaitingFile& file) {
+  AFileReplacement& replacement = file.m_Replacement;
+  int error = replacement.Temporary().empty() ? MakeLate(file) : 0;
+  if (error != 0) {
+    return error;
+  }
+  m_Flushes.fetch_add(FlushesByItself, std::memory_order_relaxed);
+  error = replacement.Flush();
+  error = error != 0 ? error : replacement.Rename();
+  return error != 0 ? error : replacement.FlushDirectory();
 }
 
 // Following
@@ -290,18 +343,75 @@ void JournaledFiles::FlushEach(Files& files) {
 
 void JournaledFiles::Follow() {
   AMutexGuard guard(m_FollowLock);
-  for (Files file = m_Waiting.TakeFirstSafe(); !file.empty(); file = m_Waiting.TakeFirstSafe()) {
-    Finish(file, file.front().m_Replacement.Rename());
+  for (Files files = m_Waiting.TakeSafe(); !files.empty(); files = m_Waiting.TakeSafe()) {
+    PutInPlace(files);
   }
 }
 
-void JournaledFiles::Finish(const Files& file, int error) {
-  const std::string& path = file.front().m_Replacement.Path();
+// A file takes its place when the journal knows it, or else when it is flushed and nothing newer is
+// in the journal: a replay then finds one that it knows, or the newest content.
+void JournaledFiles::PutInPlace(Files& files) {
+  Files replaced = TakeReplaced(files);
+  MakeLate(files);
+  const bool areKnown = TellVersions(files);
+  if (!areKnown) {
+    Files more = TakeReplaced(files);
+    replaced.splice(replaced.end(), more);
+    MakeLate(files);
+  }
+  m_Waiting.RemoveSafe(replaced);
+  while (!files.empty()) {
+    Files first;
+    first.splice(first.end(), files, files.begin());
+    WaitingFile& file = first.front();
+    Finish(file, areKnown ? file.m_Replacement.Rename() : FinishByItself(file));
+    m_Waiting.RemoveSafe(first);
+  }
+}
+
+// False when the journal cannot be told any more. The list then has all that the journal tells of
+// and that is not in its place.
+bool JournaledFiles::TellVersions(Files& files) {
+  AMutexGuard guard(m_AppendLock);
+  if (m_Journal.AppendVersions(files) != 0) {
+    Files more = m_Waiting.TakeSafe();
+    files.splice(files.end(), more);
+    return false;
+  }
+  for (WaitingFile& file : files) {
+    file.m_IsLate = false;
+  }
+  return true;
+}
+
+void JournaledFiles::MakeLate(Files& files) {
+  for (auto file = files.begin(); file != files.end();) {
+    const auto next = std::next(file);
+    const int error = file->m_Replacement.Temporary().empty() ? MakeLate(*file) : 0;
+    if (error != 0) {
+      Files failed;
+      failed.splice(failed.end(), files, file);
+      Finish(failed.front(), error);
+      m_Waiting.RemoveSafe(failed);
+    }
+    file = next;
+  }
+}
+
+int JournaledFiles::MakeLate(WaitingFile& file) {
+  try {
+    return Prepare(file);
+  } catch (const std::bad_alloc&) {
+    return ENOMEM;
+  }
+}
+
+void JournaledFiles::Finish(const WaitingFile& file, int error) {
+  const std::string& path = file.m_Replacement.Path();
   Info info;
   error = error != 0 ? error : Below().GetInfo(path.c_str(), info);
-  m_Waiting.Remove(file);
   if (error != 0) {
-    m_Failed.Note(file.front().m_Thread, path, error);
+    m_Failed.Note(file.m_Thread, path, error);
   } else if (m_Observer != nullptr) {
     m_Observer->OnReplaced(path, info);
   }

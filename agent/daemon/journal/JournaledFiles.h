@@ -19,8 +19,10 @@ namespace NoxAgent {
 
 /// Makes many changes of task files safe with one flush. A file that is replaced waits beside the
 /// old one until MakeSafe has appended its content to the journal and flushed that; then it takes
-/// the old one's place, without a flush of its own. Files that are made, renamed or deleted change
-/// at once, and MakeSafe flushes them. docs/files.md tells what is on the disk at every moment.
+/// the old one's place, without a flush of its own. When many wait, further ones are late, unless
+/// somebody awaits their failures: they are made when they are safe, and the journal is told which
+/// they are. Files that are made, renamed or deleted change at once, and MakeSafe flushes them.
+/// docs/files.md tells what is on the disk at every moment.
 ///
 /// Whoever asks for a file that waits makes it safe and puts it in its place first, so everybody
 /// sees what was written last. While the journal cannot be written, each file is flushed by itself.
@@ -37,6 +39,9 @@ class JournaledFiles final : public ForwardingFileSystem {
     /// A change of `path` that had seemed to succeed has failed, or a power cut may undo it. On the
     /// thread that made it, from within MakeSafe. `error` is an errno.
     virtual void OnFailure(const std::string& path, int error) noexcept = 0;
+    /// Whether the calling thread is to learn now, from the call that makes the change, that a file
+    /// cannot be written: somebody waits for the answer.
+    virtual bool IsFailureAwaited() const noexcept = 0;
   };
 
   /// `below` is borrowed and outlives this object. `directory` is that of the task files; all other
@@ -92,6 +97,9 @@ class JournaledFiles final : public ForwardingFileSystem {
 
   int ReplaceAtOnce(const char* path, const std::string& bytes);
   int ReplaceLater(const char* path, JournalRecord record);
+  /// Whether the next file is to be made only when it is safe.
+  bool IsNextLate() const;
+  int Prepare(WaitingFile& file);
 
   // On the one thread that flushes for all.
   void FlushAll();
@@ -100,10 +108,18 @@ class JournaledFiles final : public ForwardingFileSystem {
   /// As many as the journal has room for now, off the beginning.
   Files TakeFitting(Files& files);
   void LookAgain(Files& files);
+  bool AppendToJournal(Files& files) NOX_EXCLUDES(m_AppendLock);
   void FlushEach(Files& files) NOX_EXCLUDES(m_FollowLock);
 
-  /// The one file of the list is in its place, unless `error` tells why not.
-  void Finish(const Files& file, int error) NOX_REQUIRES(m_FollowLock);
+  // Following.
+  void PutInPlace(Files& files) NOX_REQUIRES(m_FollowLock);
+  bool TellVersions(Files& files) NOX_REQUIRES(m_FollowLock) NOX_EXCLUDES(m_AppendLock);
+  /// Makes those that are late; those that cannot be made are noted as failed and left out.
+  void MakeLate(Files& files) NOX_REQUIRES(m_FollowLock);
+  int MakeLate(WaitingFile& file);
+  int FinishByItself(WaitingFile& file);
+  /// The file is in its place, unless `error` tells why not.
+  void Finish(const WaitingFile& file, int error) NOX_REQUIRES(m_FollowLock);
   void ReportOwnFailures();
 
   const TaskDirectory m_Directory;
@@ -118,6 +134,8 @@ class JournaledFiles final : public ForwardingFileSystem {
   /// Held while files are put in their place, so that this happens in their order. Before every
   /// other lock of this object.
   BaseSDK::AMutex m_FollowLock;
+  /// Held while the journal takes records: whatever it has taken is found among the safe files.
+  BaseSDK::AMutex m_AppendLock;
 
   BaseSDK::AMutex m_Lock;
   UnflushedChanges m_Changes NOX_GUARDED_BY(m_Lock);

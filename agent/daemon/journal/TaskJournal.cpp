@@ -5,6 +5,7 @@
 
 #include <BaseSDK/AFileCalls.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <new>
@@ -21,6 +22,13 @@ namespace NoxAgent {
 namespace {
 
 constexpr const char* TaskJournalSource = "TaskJournal";
+
+// A file may have two records: its content, and which version it is.
+unsigned long CountChanges(const std::vector<JournalRecord>& records) {
+  return static_cast<unsigned long>(
+      std::count_if(records.begin(), records.end(),
+                    [](const JournalRecord& record) { return !record.m_IsVersionAlone; }));
+}
 
 }  // namespace
 
@@ -67,7 +75,7 @@ int TaskJournal::Replay(const std::vector<JournalRecord>& records) {
   ALOG(AgentLog(), ALogger::Notice, TaskJournalSource,
        AString("The agent did not end in order. Of its last %1 changes of task files, %2 files "
                "were out of date and are not any more")
-           .Arg(AString().SetNum(static_cast<unsigned long>(records.size()), 'u'),
+           .Arg(AString().SetNum(CountChanges(records), 'u'),
                 AString().SetNum(static_cast<unsigned long>(replay.Renewed()), 'u')));
   for (const std::string& name : replay.Left()) {
     ALOG(AgentLog(), ALogger::Notice, TaskJournalSource,
@@ -90,6 +98,7 @@ int TaskJournal::Clear() {
   }
   const int error = m_Journal.Clear();
   m_HasRecords = m_HasRecords && error != 0;
+  m_Kept = 0;
   return error;
 }
 
@@ -100,7 +109,12 @@ bool TaskJournal::IsReady() const {
 
 bool TaskJournal::HasRoomFor(std::size_t bytes) const {
   AMutexGuard guard(m_Lock);
-  return m_Journal.HasRoomFor(bytes);
+  return m_Journal.HasRoomFor(bytes + m_Kept);
+}
+
+std::size_t TaskJournal::SizeOf(const WaitingFile& file) {
+  return JournalFormat::SizeOf(file.m_Record) +
+         (file.m_IsLate ? JournalFormat::SizeOfVersion(file.m_Record) : 0);
 }
 
 int TaskJournal::Append(const std::list<WaitingFile>& files) {
@@ -115,6 +129,34 @@ int TaskJournal::Append(const std::list<WaitingFile>& files) {
     error = m_Journal.Append(records);
   } catch (const std::bad_alloc&) {
     // The journal is as it was.
+  }
+  for (const WaitingFile& file : files) {
+    m_Kept += file.m_IsLate ? JournalFormat::SizeOfVersion(file.m_Record) : 0;
+  }
+  return Report("cannot be written", error);
+}
+
+int TaskJournal::AppendVersions(const std::list<WaitingFile>& files) {
+  AMutexGuard guard(m_Lock);
+  if (!m_Journal.IsReady()) {
+    return EBADF;  // known since it broke
+  }
+  int error = ENOMEM;
+  try {
+    std::list<JournalRecord> versions;
+    std::vector<const JournalRecord*> records;
+    for (const WaitingFile& file : files) {
+      if (file.m_IsLate) {
+        const JournalRecord& record = file.m_Record;
+        versions.push_back({record.m_Name, record.m_Before, record.m_After, {}, true});
+        records.push_back(&versions.back());
+        m_Kept -= std::min(m_Kept, JournalFormat::SizeOfVersion(record));
+      }
+    }
+    error = records.empty() ? 0 : m_Journal.Append(records);
+  } catch (const std::bad_alloc&) {
+    // It must not tell of any later change of these files, as it does not know them.
+    m_Journal.GiveUp();
   }
   return Report("cannot be written", error);
 }

@@ -27,10 +27,16 @@ class TaskJournal {
   /// Whether Append may be used. After an error it may not.
   bool IsReady() const NOX_EXCLUDES(m_Lock);
 
-  /// Whether Append has room for the record now.
+  /// How many bytes Append takes for the file: its record, and for one that is not prepared yet the
+  /// version that is to follow.
+  static std::size_t SizeOf(const WaitingFile& file);
+  /// Whether Append has room for so many bytes now.
   bool HasRoomFor(std::size_t bytes) const NOX_EXCLUDES(m_Lock);
   /// Appends the records of the files and flushes them. 0 or an errno, which is logged.
   int Append(const std::list<WaitingFile>& files) NOX_EXCLUDES(m_Lock);
+  /// Appends which version took the place of each of these files that was not prepared when Append
+  /// was told of it, and flushes that. 0 or an errno; one that is not known yet is logged.
+  int AppendVersions(const std::list<WaitingFile>& files) NOX_EXCLUDES(m_Lock);
   /// Flushes the disk and empties the journal. REQUIRES: as for Begin. 0 or an errno, which is
   /// logged.
   int Empty() NOX_EXCLUDES(m_Lock);
@@ -54,6 +60,7 @@ class TaskJournal {
   Journal m_Journal NOX_GUARDED_BY(m_Lock);
   bool m_Replayed NOX_GUARDED_BY(m_Lock) = false;
   bool m_HasRecords NOX_GUARDED_BY(m_Lock) = false;  ///< the journal may have some
+  std::size_t m_Kept NOX_GUARDED_BY(m_Lock) = 0;     ///< bytes, for versions that are to follow
   std::uint64_t m_DiskFlushes NOX_GUARDED_BY(m_Lock) = 0;
   int m_Reported NOX_GUARDED_BY(m_Lock) = 0;  ///< the error that was logged last
 };

@@ -21,10 +21,16 @@ bool WaitingFiles::Has(const std::string& name) const {
   return m_Waiting.contains(name);
 }
 
+std::size_t WaitingFiles::Count() const {
+  AMutexGuard guard(m_Lock);
+  return m_Count;
+}
+
 void WaitingFiles::Add(Files& files) {
   AMutexGuard guard(m_Lock);
   for (const WaitingFile& file : files) {
     ++m_Waiting[file.m_Record.m_Name];
+    ++m_Count;
   }
   const bool isFirst = !HasUnsafe();
   m_Unsafe.splice(m_Unsafe.end(), files);
@@ -49,28 +55,36 @@ void WaitingFiles::AddSafe(Files& files) {
   m_Changed.notify_all();
 }
 
-WaitingFiles::Files WaitingFiles::TakeFirstSafe() {
+WaitingFiles::Files WaitingFiles::TakeSafe() {
   AMutexGuard guard(m_Lock);
-  Files first;
-  if (!m_Safe.empty()) {
-    first.splice(first.end(), m_Safe, m_Safe.begin());
-  }
-  return first;
+  m_Taken += m_Safe.size();
+  return std::exchange(m_Safe, {});
 }
 
 void WaitingFiles::Remove(const Files& files) noexcept {
   AMutexGuard guard(m_Lock);
+  Forget(files);
+}
+
+void WaitingFiles::RemoveSafe(const Files& files) noexcept {
+  AMutexGuard guard(m_Lock);
+  Forget(files);
+  m_Taken -= files.size();
+}
+
+void WaitingFiles::Forget(const Files& files) noexcept {
   for (const WaitingFile& file : files) {
     const auto found = m_Waiting.find(file.m_Record.m_Name);
     if (--found->second == 0) {
       m_Waiting.erase(found);
     }
   }
+  m_Count -= files.size();
 }
 
 std::size_t WaitingFiles::CountSafe() const {
   AMutexGuard guard(m_Lock);
-  return m_Safe.size();
+  return m_Safe.size() + m_Taken;
 }
 
 void WaitingFiles::NoteOther() {

@@ -20,6 +20,8 @@ struct WaitingFile {
 
   BaseSDK::AFileReplacement m_Replacement;
   JournalRecord m_Record;
+  /// The journal has not been told which version is to take the place: it is made only now.
+  bool m_IsLate = false;
   const std::thread::id m_Thread;  ///< which asked for it
 };
 
@@ -31,7 +33,9 @@ class WaitingFiles {
 
   /// Whether a file waits to be the file `name`.
   bool Has(const std::string& name) const NOX_EXCLUDES(m_Lock);
-  /// Adds the files, which are prepared and not safe yet, at the end; `files` is empty afterwards.
+  /// How many wait.
+  std::size_t Count() const NOX_EXCLUDES(m_Lock);
+  /// Adds the files, which are not safe yet, at the end; `files` is empty afterwards.
   void Add(Files& files) NOX_EXCLUDES(m_Lock);
 
   /// From now on NoteOther tells of what this flush may miss.
@@ -40,11 +44,13 @@ class WaitingFiles {
   Files TakeUnsafe() NOX_EXCLUDES(m_Lock);
   /// These, which TakeUnsafe gave, are safe now; `files` is empty afterwards.
   void AddSafe(Files& files) NOX_EXCLUDES(m_Lock);
-  /// The first that is safe: a list of one, or of none. It still counts as waiting.
-  Files TakeFirstSafe() NOX_EXCLUDES(m_Lock);
+  /// All that are safe. They still count as waiting, and as safe.
+  Files TakeSafe() NOX_EXCLUDES(m_Lock);
   /// These wait no more.
   void Remove(const Files& files) noexcept NOX_EXCLUDES(m_Lock);
-  /// How many are safe.
+  /// The same for files that TakeSafe gave.
+  void RemoveSafe(const Files& files) noexcept NOX_EXCLUDES(m_Lock);
+  /// How many are safe and wait.
   std::size_t CountSafe() const NOX_EXCLUDES(m_Lock);
 
   // For the thread that makes changes safe which nobody waits for.
@@ -59,12 +65,15 @@ class WaitingFiles {
  private:
   bool IsOneReady() const NOX_REQUIRES(m_Lock) { return m_Stopped || !m_Safe.empty(); }
   bool HasUnsafe() const NOX_REQUIRES(m_Lock) { return !m_Unsafe.empty() || m_HasOther; }
+  void Forget(const Files& files) noexcept NOX_REQUIRES(m_Lock);
 
   mutable BaseSDK::AMutex m_Lock;
   std::condition_variable_any m_Changed;
   std::map<std::string, unsigned> m_Waiting NOX_GUARDED_BY(m_Lock);  ///< how many, by name
   Files m_Unsafe NOX_GUARDED_BY(m_Lock);
   Files m_Safe NOX_GUARDED_BY(m_Lock);
+  std::size_t m_Taken NOX_GUARDED_BY(m_Lock) = 0;  ///< by TakeSafe, and wait still
+  std::size_t m_Count NOX_GUARDED_BY(m_Lock) = 0;  ///< of all that wait
   bool m_HasOther NOX_GUARDED_BY(m_Lock) = false;
   bool m_Stopped NOX_GUARDED_BY(m_Lock) = false;
 };

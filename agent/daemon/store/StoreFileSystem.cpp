@@ -218,6 +218,10 @@ void StoreFileSystem::OnFailure(const std::string& path, int error) noexcept {
   });
 }
 
+bool StoreFileSystem::IsFailureAwaited() const noexcept {
+  return WriteFailures::AreCollected();
+}
+
 std::optional<std::string> StoreFileSystem::TaskFileAt(const char* path) const {
   std::optional<std::string> name = m_Directory.NameOf(path);
   return name && m_Directory.IsTaskFile(*name) ? std::move(name) : std::nullopt;

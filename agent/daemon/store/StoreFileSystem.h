@@ -60,6 +60,7 @@ class StoreFileSystem final : public ForwardingFileSystem, private JournaledFile
  private:
   void OnReplaced(const std::string& path, const Info& info) noexcept override;
   void OnFailure(const std::string& path, int error) noexcept override;
+  bool IsFailureAwaited() const noexcept override;
 
   /// The name of a task file; nothing for any other path.
   std::optional<std::string> TaskFileAt(const char* path) const;

@@ -15,6 +15,10 @@ WriteFailures::~WriteFailures() {
   collector = nullptr;
 }
 
+bool WriteFailures::AreCollected() noexcept {
+  return collector != nullptr;
+}
+
 void WriteFailures::Note(const std::string& name, int error) {
   if (collector != nullptr) {
     collector->m_Errors.emplace(name, error);

@@ -22,6 +22,9 @@ class WriteFailures {
   /// calling thread takes it; without one it is dropped.
   static void Note(const std::string& name, int error);
 
+  /// Whether an object of the calling thread collects.
+  static bool AreCollected() noexcept;
+
   /// File names, each with the errno that came first.
   const std::map<std::string, int>& All() const { return m_Errors; }
 

@@ -32,7 +32,7 @@ AFileReplacement::~AFileReplacement() {
 int AFileReplacement::Prepare(const std::string& bytes, Flushed flushed) {
   std::string temporary;
   int fd = -1;
-  int error = LookAtPrevious();
+  int error = Look();
   error = error != 0 ? error : CreateUnique(m_Files, TemporaryPrefix(m_Path), temporary, fd);
   if (error != 0) {
     return error;
@@ -43,7 +43,7 @@ int AFileReplacement::Prepare(const std::string& bytes, Flushed flushed) {
   return error != 0 ? error : closeError;
 }
 
-int AFileReplacement::LookAtPrevious() {
+int AFileReplacement::Look() {
   const int error = AFileCalls::Retry([&] { return m_Files.GetInfo(m_Path.c_str(), m_Previous); });
   m_Replaces = error == 0;
   return error == 0 ? RefusalOf(m_Previous) : error == ENOENT ? 0 : error;

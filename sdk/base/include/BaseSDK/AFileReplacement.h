@@ -6,9 +6,9 @@
 
 namespace BaseSDK {
 
-/// The replacement of one file by a new one, step by step: Prepare, Rename, FlushDirectory. The old
-/// file stands until the new one is whole. Each step returns 0 or an errno, and starts again after
-/// a signal. One that is not renamed leaves no file behind when the object goes.
+/// The replacement of one file by a new one, step by step: Look, Prepare, Rename, FlushDirectory.
+/// The old file stands until the new one is whole. Each step returns 0 or an errno, and starts
+/// again after a signal. One that is not renamed leaves no file behind when the object goes.
 ///
 /// Not for use by several threads at once.
 class AFileReplacement {
@@ -22,7 +22,9 @@ class AFileReplacement {
   AFileReplacement& operator=(const AFileReplacement&) = delete;
   ~AFileReplacement();
 
-  /// Writes the new file beside the old one, as AFile::Write describes.
+  /// Learns which file there is before, and whether it may be replaced.
+  int Look();
+  /// Looks, and writes the new file beside the old one, as AFile::Write describes.
   int Prepare(const std::string& bytes, Flushed flushed);
   /// Flushes a new file that was prepared without it.
   int Flush();
@@ -32,15 +34,14 @@ class AFileReplacement {
   int FlushDirectory();
 
   const std::string& Path() const { return m_Path; }
-  /// Where the new file is, once it is prepared and until it is renamed.
+  /// Where the new file is, once it is prepared and until it is renamed; empty otherwise.
   const std::string& Temporary() const { return m_Temporary; }
-  /// Whether there was a file before, as Prepare found it.
+  /// Whether there was a file before, as was found last.
   bool Replaces() const { return m_Replaces; }
   /// The file before, when there was one.
   const AFileSystem::Info& Previous() const { return m_Previous; }
 
  private:
-  int LookAtPrevious();
   int Fill(int fd, const std::string& bytes, Flushed flushed);
 
   AFileSystem& m_Files;

@@ -13,7 +13,8 @@
 namespace NoxAgent {
 namespace {
 
-// In force while it lives. Writing and removing give m_Error, unless that is 0.
+// In force while it lives. Writing and removing give m_Error, unless that is 0 or m_Room writes are
+// yet to succeed.
 class FullDisk : public TestSupport::ForwardingFileSystem {
  public:
   FullDisk() : ForwardingFileSystem(BaseSDK::AFileSystem::Current()) { (void)Replace(this); }
@@ -21,7 +22,8 @@ class FullDisk : public TestSupport::ForwardingFileSystem {
 
   int Write(int fd, const void* data, std::size_t size, std::size_t& written) override {
     const int error = m_Error;
-    return error != 0 ? error : ForwardingFileSystem::Write(fd, data, size, written);
+    return error != 0 && m_Room-- <= 0 ? error
+                                       : ForwardingFileSystem::Write(fd, data, size, written);
   }
   int Unlink(const char* path) override {
     const bool isTask = std::string_view(path).ends_with(".vsk");
@@ -30,6 +32,7 @@ class FullDisk : public TestSupport::ForwardingFileSystem {
   }
 
   std::atomic<int> m_Error{0};
+  std::atomic<int> m_Room{0};
   std::atomic<int> m_RemoveError{0};
 };
 
@@ -82,6 +85,21 @@ TEST_F(WrittenCheckTest, AChangeThatIsNotOnTheDiskIsAnError) {
   EXPECT_EQ(FileOf("a"), TestAgent::DailyTask) << "as before";
   m_Disk.m_Error = 0;
   EXPECT_EQ(Call("EnableTask", {{"taskIds", "b"}, {"enable", false}}), "");
+}
+
+TEST_F(WrittenCheckTest, OfManyChangesEachThatIsNotOnTheDiskIsAnError) {
+  constexpr int FirstOfTwoDigits = 10;
+  std::string ids;
+  for (int number = FirstOfTwoDigits; number < FirstOfTwoDigits + 30; ++number) {
+    const std::string id = "t" + std::to_string(number);
+    ASSERT_EQ(Call("AddTask", {{"taskId", id}, {"taskXml", TestAgent::DailyTask}}), "");
+    ids += (ids.empty() ? "" : ":") + id;
+  }
+  m_Disk.m_Room = 28;
+  m_Disk.m_Error = ENOSPC;
+  const std::string reason = " (No space left on device)";
+  ExpectInMemoryAlone(Call("EnableTask", {{"taskIds", ids}, {"enable", false}}),
+                      "t38" + reason + ", t39" + reason);
 }
 
 TEST_F(WrittenCheckTest, ARunStateThatIsNotOnTheDiskIsAnError) {

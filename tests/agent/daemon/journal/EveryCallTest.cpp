@@ -46,10 +46,14 @@ class EveryCallTest : public testing::Test {
     user.Replace("C.vsk", std::string(MoreThanHalf, 'h'));
     user.Replace("C.vsk", std::string(MoreThanHalf, 'i'));
     user.MakeSafe();
-    for (char letter = 'A'; letter <= 'Q'; ++letter) {  // more than are put in their place at once
+    for (char letter = 'A'; letter <= 'P'; ++letter) {  // as many as are prepared at once
       user.Replace("B.vsk", std::string(50, letter));
     }
+    for (const char* const name : {"A.vsk", "B.vsk", "A.vsk", "C.vsk"}) {  // these are late
+      user.Replace(name, std::string("late ") + name);
+    }
     user.MakeSafe();
+    user.Replace("B.vsk", "later");
     user.Follow();
     (void)user.Invent();
     user.Remove("A.vsk");

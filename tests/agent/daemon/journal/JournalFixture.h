@@ -10,6 +10,7 @@
 
 #include <fcntl.h>
 
+#include <atomic>
 #include <cerrno>
 #include <condition_variable>
 #include <functional>
@@ -31,6 +32,7 @@ class RecordingObserver final : public JournaledFiles::Observer {
   void OnFailure(const std::string& path, int error) noexcept override {
     Add(NameIn(path) + " failed: " + std::to_string(error));
   }
+  bool IsFailureAwaited() const noexcept override { return m_IsFailureAwaited; }
 
   Lines Told() const {
     const std::lock_guard guard(m_Lock);
@@ -41,6 +43,8 @@ class RecordingObserver final : public JournaledFiles::Observer {
     std::unique_lock lock(m_Lock);
     m_Changed.wait(lock, [&] { return m_Told.size() >= count; });
   }
+
+  std::atomic<bool> m_IsFailureAwaited{false};
 
  private:
   static std::string NameIn(const std::string& path) { return path.substr(path.rfind('/') + 1); }
@@ -64,8 +68,16 @@ class JournalDisk final : public TestSupport::FailingFileSystem {
     const int error = FailingFileSystem::SyncData(fd);
     return m_JournalError != 0 ? m_JournalError : error;
   }
+  int Open(const char* path, int flags, unsigned mode, int& fd) override {
+    if ((flags & O_CREAT) != 0 && m_IsFileAwaited.exchange(false)) {
+      m_BeforeFile();
+    }
+    return FailingFileSystem::Open(path, flags, mode, fd);
+  }
 
   int m_JournalError = 0;
+  std::function<void()> m_BeforeFile;  ///< called when the next file is to be made, if awaited
+  std::atomic<bool> m_IsFileAwaited{false};
 };
 
 class JournalFixture : public testing::Test {

@@ -30,6 +30,7 @@ TEST(JournalFormat, ReadsARecordBack) {
   const JournalRecord records[] = {
       RecordOf("T1.vsk", "<Task/>"),
       RecordOf("T1.vsk", ""),
+      VersionRecordOf("T1.vsk"),
       RecordOf("\xC3\xA4.vsk", std::string("\0\xFF\n", 3)),
       {"T1.vsk", VersionOf(std::numeric_limits<std::uint64_t>::max(), -1),
        VersionOf(0, std::numeric_limits<std::int64_t>::min()), "<Task/>"},
@@ -41,6 +42,13 @@ TEST(JournalFormat, ReadsARecordBack) {
     EXPECT_EQ(TextOf(*read), TextOf(record));
     EXPECT_EQ(bytes.size(), JournalFormat::SizeOf(record));
   }
+}
+
+TEST(JournalFormat, AVersionAloneTakesNoRoomForAContent) {
+  EXPECT_EQ(JournalFormat::SizeOf(VersionRecordOf("T1.vsk")),
+            JournalFormat::SizeOfVersion(RecordOf("T1.vsk", "<Task/>")));
+  EXPECT_LT(JournalFormat::SizeOf(VersionRecordOf("T1.vsk")),
+            JournalFormat::SizeOf(RecordOf("T1.vsk", "<Task/>")));
 }
 
 TEST(JournalFormat, ReadsTheRecordThatTheBytesBeginWith) {

@@ -59,6 +59,9 @@ class JournalReplayTest : public testing::Test {
               const std::string& content) {
     m_Records.push_back({name, before, after, content});
   }
+  void RecordVersion(const std::string& name, const FileVersion& after) {
+    m_Records.push_back({name, m_Gone, after, {}, true});
+  }
   // Returns how many files it has renewed.
   std::size_t Replay() {
     JournalReplay replay(m_Disk, "/tasks", m_Records);
@@ -108,6 +111,30 @@ TEST_F(JournalReplayTest, RenewsTheFileThatWasReplaced) {
   EXPECT_EQ(Replay(), 1U);
   EXPECT_EQ(Text("T1.vsk"), "new");
   EXPECT_THAT(m_Memory.Names("/tasks"), ElementsAre("T1.vsk"));
+}
+
+TEST_F(JournalReplayTest, RenewsAVersionThatWasToldAlone) {
+  Record("T1.vsk", m_Gone, {}, "newer");
+  Record("T1.vsk", m_Gone, {}, "newest");
+  RecordVersion("T1.vsk", Put("T1.vsk", "newer"));
+  EXPECT_EQ(Replay(), 1U);
+  EXPECT_EQ(Text("T1.vsk"), "newest");
+}
+
+TEST_F(JournalReplayTest, RenewsAPartOfAVersionThatWasToldAlone) {
+  Record("T1.vsk", m_Gone, {}, "a newer one");
+  Record("T1.vsk", m_Gone, {}, "the newest");
+  Put("T1.vsk", "");
+  RecordVersion("T1.vsk", Tear("T1.vsk", "a new"));
+  EXPECT_EQ(Replay(), 1U);
+  EXPECT_EQ(Text("T1.vsk"), "the newest");
+}
+
+TEST_F(JournalReplayTest, LeavesAFileOfWhichOnlyAVersionWasTold) {
+  RecordVersion("T1.vsk", Put("T1.vsk", "old"));
+  EXPECT_EQ(Replay(), 0U);
+  EXPECT_EQ(Text("T1.vsk"), "old");
+  EXPECT_THAT(m_Left, IsEmpty());
 }
 
 TEST_F(JournalReplayTest, RenewsAnyVersionInTheChainToTheNewest) {

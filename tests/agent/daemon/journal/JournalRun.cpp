@@ -156,9 +156,9 @@ void JournalRun::Change() {
     m_User.Add(name, DrawContent(name));
   } else if (draw < 75) {
     m_User.Replace(name, DrawContent(name));
-  } else if (draw < 80) {
+  } else if (draw < 82) {
     ReplaceMany();
-  } else if (draw < 86) {
+  } else if (draw < 87) {
     m_User.Remove(name);
   } else if (draw < 93) {
     m_User.Rename(name, DrawName());
@@ -167,7 +167,7 @@ void JournalRun::Change() {
   }
 }
 
-// More than are put in their place at once.
+// More than are prepared, and put in their place, at once.
 void JournalRun::ReplaceMany() {
   const unsigned count = 17 + Draw(10);
   for (unsigned i = 0; i < count && !m_User.IsDead(); ++i) {
@@ -176,7 +176,9 @@ void JournalRun::ReplaceMany() {
       m_User.Replace(name, DrawContent(name));
     }
   }
-  m_User.MakeSafe();
+  if (Throw(80)) {
+    m_User.MakeSafe();
+  }
 }
 
 void JournalRun::ActAsOther() {

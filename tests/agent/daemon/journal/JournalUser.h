@@ -70,6 +70,7 @@ class JournalUser final : public JournaledFiles::Observer {
   void OnReplaced(const std::string& path,
                   const BaseSDK::AFileSystem::Info& info) noexcept override;
   void OnFailure(const std::string& path, int error) noexcept override;
+  bool IsFailureAwaited() const noexcept override { return false; }
 
  private:
   static std::string PathOf(const std::string& name) { return std::string(Directory) + "/" + name; }

@@ -51,19 +51,21 @@ TEST_F(WaitingFilesTest, WaitUntilTheyAreRemoved) {
   EXPECT_TRUE(m_Waiting.Has("T1.vsk")) << "while it is being made safe";
   m_Waiting.AddSafe(unsafeOnes);
   EXPECT_TRUE(m_Waiting.Has("T1.vsk"));
-  const WaitingFiles::Files first = m_Waiting.TakeFirstSafe();
+  const WaitingFiles::Files safeOnes = m_Waiting.TakeSafe();
   EXPECT_TRUE(m_Waiting.Has("T1.vsk")) << "while it is being put in its place";
-  m_Waiting.Remove(first);
+  m_Waiting.RemoveSafe(safeOnes);
   EXPECT_FALSE(m_Waiting.Has("T1.vsk"));
 }
 
 TEST_F(WaitingFilesTest, WaitForAsLongAsThereIsAnotherOfTheName) {
   Add("T1.vsk");
   Add("T1.vsk");
-  MakeAllSafe();
-  m_Waiting.Remove(m_Waiting.TakeFirstSafe());
+  WaitingFiles::Files second = m_Waiting.TakeUnsafe();
+  WaitingFiles::Files first;
+  first.splice(first.end(), second, second.begin());
+  m_Waiting.Remove(first);
   EXPECT_TRUE(m_Waiting.Has("T1.vsk"));
-  m_Waiting.Remove(m_Waiting.TakeFirstSafe());
+  m_Waiting.Remove(second);
   EXPECT_FALSE(m_Waiting.Has("T1.vsk"));
 }
 
@@ -76,10 +78,20 @@ TEST_F(WaitingFilesTest, KeepTheOrderInWhichTheyWereWritten) {
   m_Waiting.AddSafe(first);
   Add("T3.vsk");
   MakeAllSafe();
-  for (const char* const name : {"T2.vsk", "T1.vsk", "T3.vsk"}) {
-    EXPECT_THAT(NamesOf(m_Waiting.TakeFirstSafe()), ElementsAre(name));
-  }
-  EXPECT_THAT(m_Waiting.TakeFirstSafe(), IsEmpty());
+  EXPECT_THAT(NamesOf(m_Waiting.TakeSafe()), ElementsAre("T2.vsk", "T1.vsk", "T3.vsk"));
+  EXPECT_THAT(m_Waiting.TakeSafe(), IsEmpty());
+}
+
+TEST_F(WaitingFilesTest, CountAllThatWait) {
+  EXPECT_EQ(m_Waiting.Count(), 0U);
+  Add("T1.vsk");
+  Add("T1.vsk");
+  EXPECT_EQ(m_Waiting.Count(), 2U);
+  MakeAllSafe();
+  const WaitingFiles::Files files = m_Waiting.TakeSafe();
+  EXPECT_EQ(m_Waiting.Count(), 2U);
+  m_Waiting.RemoveSafe(files);
+  EXPECT_EQ(m_Waiting.Count(), 0U);
 }
 
 TEST_F(WaitingFilesTest, CountThoseThatAreSafe) {
@@ -88,16 +100,16 @@ TEST_F(WaitingFilesTest, CountThoseThatAreSafe) {
   EXPECT_EQ(m_Waiting.CountSafe(), 0U);
   MakeAllSafe();
   EXPECT_EQ(m_Waiting.CountSafe(), 2U);
-  (void)m_Waiting.TakeFirstSafe();
-  EXPECT_EQ(m_Waiting.CountSafe(), 1U);
+  const WaitingFiles::Files files = m_Waiting.TakeSafe();
+  EXPECT_EQ(m_Waiting.CountSafe(), 2U) << "while they are being put in their place";
+  m_Waiting.RemoveSafe(files);
+  EXPECT_EQ(m_Waiting.CountSafe(), 0U);
 }
 
 TEST_F(WaitingFilesTest, LeaveNothingBehindWhenTheyAreGivenUp) {
   Add("T1.vsk");
-  Add("T2.vsk");
-  MakeAllSafe();
-  m_Waiting.Remove(m_Waiting.TakeFirstSafe());
-  EXPECT_EQ(m_Memory.Names("/tasks").size(), 1U);
+  m_Waiting.Remove(m_Waiting.TakeUnsafe());
+  EXPECT_THAT(m_Memory.Names("/tasks"), IsEmpty());
 }
 
 TEST_F(WaitingFilesTest, AreAwaitedUntilOneIsSafe) {

@@ -250,16 +250,17 @@ void LivesRun::AddUnnamed() {
 }
 
 // Made safe together. The monitor has nothing to change in between: tasks that have ended are gone,
-// and the new ones begin later.
+// and the new ones begin later; often all at once, more than the journal prepares files for.
 void LivesRun::AddMany() {
   m_Life->Ask([](Scheduler& scheduler) { (void)scheduler.RefreshTaskList(); });
+  const long together = Throw(50) ? DrawPlan().m_Begin : 0;
   m_Life->Ask([&](Scheduler& scheduler) {
     std::map<std::string, TaskPlan> plans;
     {
       const AMsgGroup group;
       for (int i = 0; i < 20; ++i) {
         TaskPlan plan = DrawPlan();
-        plan.m_Begin += Hour;
+        plan.m_Begin = (together != 0 ? together : plan.m_Begin) + Hour;
         plan.m_End = TaskPlan::Never;
         const std::string id = "T" + std::to_string(plan.m_Number);
         Note("add " + id + " among others: " + plan.Describe());
