@@ -90,7 +90,7 @@ void InsertTriggers(AttributeMap& attributes, const CTask& task) {
 long TaskSchedulerObject_i::GetTaskAttributes(const AString& taskID, AttributeMap& attributes,
                                               const AttributeMap* /*inputAttributes*/) {
   AMutexGuard guard(m_StateLock);
-  CTask* const task = FindTask(taskID);
+  CTask* const task = m_Tasks.Find(taskID);
   if (task == nullptr) {
     return -1;
   }

@@ -110,7 +110,7 @@ long TaskSchedulerObject_i::SetRunState(const AString& taskID, const AString& ru
   PLUGIN_LOG(Scheduler, Trace,
              AString(L"Try setting run state '%1' for task ID = %2").Arg(runState, taskID));
   AMutexGuard guard(m_StateLock);
-  CTask* const task = FindTask(taskID);
+  CTask* const task = m_Tasks.Find(taskID);
   if (task == nullptr) {
     return UnknownTask;
   }
@@ -125,7 +125,7 @@ long TaskSchedulerObject_i::EnableTask(const AString& taskIDs, bool enable) {
   {
     AMutexGuard guard(m_StateLock);
     for (const AString& taskID : ids) {
-      CTask* const task = FindTask(taskID);
+      CTask* const task = m_Tasks.Find(taskID);
       if (task != nullptr && task->Enable(enable) >= 0) {
         result = 1;
       }

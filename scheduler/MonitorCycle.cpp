@@ -112,30 +112,31 @@ void CMonitorThread::Cycle::LoadTask(const AString& taskID) {
   }
   // A place without a task is logged at every pass.
   Retire(taskID);
-  m_Scheduler.m_Tasks.insert(std::move(task));
+  m_Scheduler.m_Tasks.Insert(std::move(task));
 }
 
 /// Takes the task, if there is one, out of the map.
 void CMonitorThread::Cycle::Retire(const AString& taskID) {
-  m_Retired.insert(m_Scheduler.m_Tasks.extract(taskID));
+  m_Retired.insert(m_Scheduler.m_Tasks.Extract(taskID));
 }
 
 CMonitorThread::RunBatch CMonitorThread::Cycle::Evaluate(long& sleepSeconds) {
   AMutexGuard guard(m_Scheduler.m_StateLock);
   RunBatch batch;
   std::vector<AString> expired;
-  for (const auto& [key, task] : m_Scheduler.m_Tasks) {
-    if (task == nullptr) {
+  TaskMap::Walk walk(m_Scheduler.m_Tasks);
+  for (TaskMap::Entry entry; walk.Next(entry);) {
+    if (entry.m_Task == nullptr) {
       PLUGIN_LOG(Scheduler, Information,
                  AString(L"Unexpected empty task '%1', total tasks - %2")
-                     .Arg(key, Count(m_Scheduler.m_Tasks.size())));
+                     .Arg(*entry.m_ID, Count(m_Scheduler.m_Tasks.Count())));
       continue;
     }
     try {
-      EvaluateTask(*task, sleepSeconds, batch, expired);
+      EvaluateTask(*entry.m_Task, sleepSeconds, batch, expired);
     } catch (...) {
       PLUGIN_LOG(Scheduler, Warning,
-                 AString(L"Task ID = %1 missed its turn: %2").Arg(key, Nox::FailureText()));
+                 AString(L"Task ID = %1 missed its turn: %2").Arg(*entry.m_ID, Nox::FailureText()));
     }
   }
   for (const AString& taskID : expired) {
@@ -189,8 +190,8 @@ void CMonitorThread::Cycle::Purge() {
   AMutexGuard guard(m_Scheduler.m_StateLock);
   PLUGIN_LOG(Scheduler, Trace,
              AString(L"Deleting all (%1) task from the tasks list...")
-                 .Arg(Count(m_Scheduler.m_Tasks.size())));
-  m_Scheduler.m_Tasks.clear();
+                 .Arg(Count(m_Scheduler.m_Tasks.Count())));
+  m_Scheduler.m_Tasks.Clear();
   m_Retired.clear();
 }
 

@@ -10,7 +10,7 @@ int TaskSchedulerObject_i::ObjectDebugInfo(AString& report) {
   report = L"Currently running tasks:\n";
   {
     AMutexGuard guard(m_StateLock);
-    for (const auto& entry : m_Tasks) {
+    for (const auto& entry : m_Tasks.All()) {
       report += L" " + entry.first + L"\n";
     }
   }

@@ -3,6 +3,7 @@
 #include "Common/PluginBase.h"
 #include "Common/ThreadAnnotations.h"
 #include "scheduler/MonitorThread.h"
+#include "scheduler/TaskMap.h"
 
 #include <AgentInterfacesV3/INoxTaskScheduler_impl.h>
 #include <BaseSDK/ALtstr.h>
@@ -12,8 +13,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <functional>
-#include <map>
 #include <memory>
 
 class CTask;
@@ -95,8 +94,6 @@ class TaskSchedulerObject_i : public Corvane::AgentInterfacesV3::INoxTaskSchedul
  private:
   friend class CMonitorThread;
 
-  using TaskMap = std::map<BaseSDK::AString, std::unique_ptr<CTask>, std::less<BaseSDK::AString>>;
-
   // The gate and its notifications
   bool IsProcessingEnabled() const;
   void OpenGate();
@@ -126,9 +123,7 @@ class TaskSchedulerObject_i : public Corvane::AgentInterfacesV3::INoxTaskSchedul
   void StopTaskThread(const BaseSDK::AString& taskID) PLUGIN_REQUIRES(m_StateLock);
   /// A task with its place in the map, so that putting it there takes no more memory. When there is
   /// not enough, a place without a task, or not even that.
-  TaskMap::node_type MakeTask(const BaseSDK::AString& taskID, const BaseSDK::AString& taskXML);
-  /// Null when there is no such task.
-  CTask* FindTask(const BaseSDK::AString& taskID) const PLUGIN_REQUIRES(m_StateLock);
+  TaskMap::Node MakeTask(const BaseSDK::AString& taskID, const BaseSDK::AString& taskXML);
 
   std::unique_ptr<CTaskStorage> m_Storage;
   BaseSDK::AMutex m_StateLock;

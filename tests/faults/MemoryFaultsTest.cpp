@@ -187,7 +187,7 @@ void ExpectSound(Rig& rig) {
   EXPECT_TRUE(SCHEDULER_INSIDE(object, m_MonitorThread).IsRunning());
   EXPECT_TRUE(TestSupport::IsFree(SCHEDULER_INSIDE(object, m_StateLock)));
   EXPECT_TRUE(TestSupport::IsFree(SCHEDULER_INSIDE(object, m_CountLock)));
-  for (const auto& [id, task] : SCHEDULER_INSIDE(object, m_Tasks)) {
+  for (const auto& [id, task] : SCHEDULER_INSIDE(object, m_Tasks).All()) {
     EXPECT_TRUE(task == nullptr || task->m_TaskID == id);
   }
   EXPECT_EQ(rig.OpenHandles(), 0U);
@@ -198,8 +198,7 @@ void ExpectAllInMemory(Rig& rig) {
   for (const auto& file : rig.Look()) {
     const std::string id = file.first.substr(0, file.first.rfind('.'));
     const auto& tasks = SCHEDULER_INSIDE(rig.Scheduler().Object(), m_Tasks);
-    const auto task = tasks.find(AString::FromUtf8(id));
-    EXPECT_TRUE(task != tasks.end() && task->second != nullptr) << id;
+    EXPECT_NE(tasks.Find(AString::FromUtf8(id)), nullptr) << id;
   }
 }
 
@@ -359,7 +358,7 @@ struct CallRig : FullRig {
     for (const char* name : {"t0", "t3", "t5", "t6", "td0", "tr0"}) {
       world.m_Memory += Scheduler().Attribute("known-task", name) + ' ';
     }
-    for (const auto& task : SCHEDULER_INSIDE(Scheduler().Object(), m_Tasks)) {
+    for (const auto& task : SCHEDULER_INSIDE(Scheduler().Object(), m_Tasks).All()) {
       if (task.second != nullptr) {
         world.m_Memory += task.second->m_TaskXML.ToUtf8();
       }

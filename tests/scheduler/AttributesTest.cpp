@@ -32,7 +32,7 @@ class AttributesTest : public SchedulerFixture {
     }
     EXPECT_EQ(expected.size(), attributes.size());
   }
-  CTask& InMemory() { return *SCHEDULER_INSIDE(*m_Scheduler, m_Tasks)[L"T1"]; }
+  CTask& InMemory() { return *SCHEDULER_INSIDE(*m_Scheduler, m_Tasks).Find(L"T1"); }
 };
 
 TEST_F(AttributesTest, TellAllOfATaskThatNeverRan) {

@@ -36,7 +36,7 @@ class FileBeforeMemoryTest : public SchedulerFixture {
       caller = std::thread(call);
       fileChanged.acquire();
       m_Host.Observe({});
-      SCHEDULER_INSIDE(*m_Scheduler, m_Tasks).at(L"T1")->RegisterRun();
+      SCHEDULER_INSIDE(*m_Scheduler, m_Tasks).Find(L"T1")->RegisterRun();
     }
     caller.join();
     Clock().Settle();

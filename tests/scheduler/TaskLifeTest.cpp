@@ -33,6 +33,12 @@ class TaskLifeTest : public SchedulerFixture {
       Store(taskID, Handler);
     }
   }
+  /// As it is left when memory runs out.
+  void InsertEmptyEntry(const wchar_t* taskID) {
+    TaskMap::Map made;
+    made[taskID] = nullptr;
+    SCHEDULER_INSIDE(*m_Scheduler, m_Tasks).Insert(made.extract(made.begin()));
+  }
   /// One evaluation more.
   void Round() {
     EXPECT_EQ(1, m_Scheduler->RefreshTaskList());
@@ -295,7 +301,7 @@ TEST_F(TaskLifeTest, AnEmptyEntryDoesNotKeepTheOthersFromRunning) {
   StoreTasks({"a"});
   Answer("a").m_Due = true;
   Start();
-  SCHEDULER_INSIDE(*m_Scheduler, m_Tasks)[L"0"] = nullptr;
+  InsertEmptyEntry(L"0");
   OpenGate();
   EXPECT_TRUE(Logged(ALogger::Information, L"Unexpected empty task '0', total tasks - 2"));
   EXPECT_EQ(Batches(), Texts{"a:0:0:0;"});
@@ -303,7 +309,7 @@ TEST_F(TaskLifeTest, AnEmptyEntryDoesNotKeepTheOthersFromRunning) {
 
 TEST_F(TaskLifeTest, AnEmptyEntryIsAnUnknownTaskToTheInterface) {
   Start();
-  SCHEDULER_INSIDE(*m_Scheduler, m_Tasks)[L"a"] = nullptr;
+  InsertEmptyEntry(L"a");
   TaskSchedulerObject_i::AttributeMap attributes;
   EXPECT_EQ(1, m_Scheduler->SetRunState(L"a", L"Ok"));
   EXPECT_EQ(-1, m_Scheduler->EnableTask(L"a", false));
