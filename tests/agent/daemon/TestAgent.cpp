@@ -63,6 +63,7 @@ TestAgent& TestAgent::Add(const std::string& name, const std::string& config,
 
 TestAgent& TestAgent::AddScheduler() {
   std::filesystem::create_directories(m_Dir / "state/tasks");
+  m_HasScheduler = true;
   return Add("scheduler", "task_storage_path=%installdir%/tasks\ntask_file_extension=.vsk\n",
              "NoxTaskScheduler");
 }
@@ -77,6 +78,9 @@ std::string TestAgent::CopyOf(const std::string& library, const std::string& nam
 
 TestAgent& TestAgent::Load() {
   m_Lifecycle.LoadAll(m_Settings);
+  while (m_HasScheduler && !m_Store.Files()->Readings().Next()) {
+    std::this_thread::yield();
+  }
   return *this;
 }
 

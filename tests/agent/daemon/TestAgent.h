@@ -43,7 +43,8 @@ class TestAgent {
                  const std::string& library = "RecordingPlugin");
   /// The real scheduler, called "scheduler", and its directory "state/tasks" for files "*.vsk".
   TestAgent& AddScheduler();
-  /// Loads what was added. Throws as PluginLifecycle does.
+  /// Loads what was added; the real scheduler has then read its tasks. Throws as PluginLifecycle
+  /// does.
   TestAgent& Load();
   /// Load, then serve the control socket. Only tests of its patience give it a short one: a machine
   /// that stalls would make clients of all others too slow.
@@ -92,6 +93,8 @@ class TestAgent {
 
  private:
   std::string CopyOf(const std::string& library, const std::string& name) const;
+
+  bool m_HasScheduler = false;
 };
 
 }  // namespace NoxAgent

@@ -8,7 +8,6 @@
 #include <atomic>
 #include <cerrno>
 #include <filesystem>
-#include <thread>
 
 namespace NoxAgent {
 namespace {
@@ -40,10 +39,6 @@ class WrittenCheckTest : public testing::Test {
  protected:
   WrittenCheckTest() {
     m_Agent.AddScheduler().Add("handler").Load();
-    // What is read from the files again is what they tell.
-    while (!m_Agent.m_Store.Files()->Readings().Next().has_value()) {
-      std::this_thread::yield();
-    }
     EXPECT_EQ(Call("AddTask", {{"taskId", "a"}, {"taskXml", TestAgent::DailyTask}}), "");
     EXPECT_EQ(Call("AddTask", {{"taskId", "b"}, {"taskXml", TestAgent::DailyTask}}), "");
   }
