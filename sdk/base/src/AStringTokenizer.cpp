@@ -1,15 +1,21 @@
 #include <BaseSDK/AStringTokenizer.h>
 
 #include <algorithm>
+#include <string_view>
 
 namespace BaseSDK {
 
 namespace {
 
+constexpr std::size_t UsualTokens = 4;
+
 /// Where the token ends that begins there.
 std::size_t EndOfToken(const AString& text, std::size_t begin, const AString& delimiters) {
   if (text.Ascii() && delimiters.Ascii()) {
-    return std::min(text.Ascii()->find_first_of(*delimiters.Ascii(), begin), text.Length());
+    const std::string_view wanted = *delimiters.Ascii();
+    const std::size_t end = wanted.size() == 1 ? text.Ascii()->find(wanted.front(), begin)
+                                               : text.Ascii()->find_first_of(wanted, begin);
+    return std::min(end, text.Length());
   }
   const auto isDelimiter = [&](wchar_t character) {
     std::size_t i = 0;
@@ -30,6 +36,7 @@ AStringTokenizer::AStringTokenizer(const AString& text, const AString& delimiter
                                    int maxTokens) {
   const std::size_t limit = maxTokens > 0 ? static_cast<std::size_t>(maxTokens) : AString::npos;
   std::size_t begin = 0;
+  m_Tokens.reserve(std::min(limit, UsualTokens));
   while (m_Tokens.size() < limit) {
     const std::size_t end = EndOfToken(text, begin, delimiters);
     const std::size_t length = end - begin;

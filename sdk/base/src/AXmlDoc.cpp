@@ -70,6 +70,10 @@ struct AXmlDoc::Impl {
   Selection SelectByPath(const XmlPath& path) const;
   Selection SelectByEngine(std::string_view xpath);
   static Selected Describe(const XmlTree::Node& node);
+  static AString Value(const XmlTree::Node& node) {
+    return XmlTree::SaysWhatIsWritten(node) ? AString::FromUtf8(node.m_Raw)
+                                            : AString::FromUtf8(XmlTree::Decode(node));
+  }
   static AString Value(const Selected& selected) {
     return AString::FromUtf8(selected.m_Decoded ? *selected.m_Decoded : selected.m_Written);
   }
@@ -145,7 +149,7 @@ AString AXmlDoc::Impl::SelectFirst(std::string_view xpath) {
   }
   if (const std::optional<XmlPath>& path = XmlPath::Known(xpath)) {
     const XmlTree::Index first = path->Next(Tree(), m_Document.m_Nodes, m_Document.m_Nodes.m_Begin);
-    return first == XmlTree::None ? AString() : Value(Describe(Tree().Nodes()[first]));
+    return first == XmlTree::None ? AString() : Value(Tree().Nodes()[first]);
   }
   const Selection selection = SelectByEngine(xpath);
   return selection.empty() ? AString() : Value(selection.front());
@@ -195,7 +199,7 @@ AXmlDoc::Impl::Selection AXmlDoc::Impl::SelectByEngine(std::string_view xpath) {
 AXmlDoc::AXmlDoc() : m_Impl(std::make_unique<Impl>()) {}
 
 AXmlDoc::AXmlDoc(const AString& text) : AXmlDoc() {
-  (void)Parse(text);
+  m_Impl->Parse(text);
 }
 
 AXmlDoc::AXmlDoc(AXmlDoc&&) noexcept = default;

@@ -5,6 +5,9 @@
 namespace BaseSDK {
 
 std::string_view Trimmed(std::string_view text) {
+  if (!text.empty() && text.front() > ' ' && text.back() > ' ') {  // as nearly all are
+    return text;
+  }
   constexpr std::string_view Blanks = " \t\n\v\f\r";
   text.remove_prefix(std::min(text.find_first_not_of(Blanks), text.size()));
   return text.substr(0, text.find_last_not_of(Blanks) + 1);  // npos + 1 is 0

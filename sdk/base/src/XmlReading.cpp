@@ -64,7 +64,8 @@ XmlPart XmlPart::Recall(std::string_view text) {
   if (kept.m_Reading->Text() == text) {
     return Whole(kept.m_Reading);
   }
-  const XmlTree::Index element = FindElement(kept, text);
+  const bool isPart = text.size() < kept.m_Reading->Text().size();
+  const XmlTree::Index element = isPart ? FindElement(kept, text) : XmlTree::None;
   if (element == XmlTree::None) {
     return {};
   }
