@@ -181,6 +181,7 @@ int JournaledFiles::ReplaceAtOnce(const char* path, const std::string& bytes) {
   SettleAt(path);
   m_Flushes.fetch_add(FlushesByItself, std::memory_order_relaxed);
   const int error = Below().ReplaceFile(path, bytes);
+  ++m_ByThemselves;
   Info info;
   if (error == 0 && m_Observer != nullptr && Below().GetInfo(path, info) == 0) {
     m_Observer->OnReplaced(path, info);
@@ -193,6 +194,7 @@ int JournaledFiles::ReplaceLater(const char* path, JournalRecord record) {
   WaitingFile& file = files.emplace_back(Below(), path);
   file.m_Record = std::move(record);
   file.m_IsLate = IsNextLate();
+  file.m_Looked = Epoch();
   AFileReplacement& replacement = file.m_Replacement;
   const int error = file.m_IsLate ? replacement.Look() : Prepare(file);
   if (error != 0) {
@@ -241,11 +243,30 @@ void JournaledFiles::MakeSafe() {
 
 void JournaledFiles::FlushAll() {
   m_Waiting.BeginFlush();
-  FlushChanges();
   Files files = m_Waiting.TakeUnsafe();
+  FlushChanges();
+  Files unnamed = TakeUnnamed(files);
   while (!files.empty()) {
     FlushSome(files);
   }
+  if (!unnamed.empty()) {
+    Follow();
+    FlushEach(unnamed);
+  }
+}
+
+// A replay brings no file back, so what the journal tells of a file without a name is lost.
+JournaledFiles::Files JournaledFiles::TakeUnnamed(Files& files) {
+  AMutexGuard guard(m_Lock);
+  Files unnamed;
+  for (auto file = files.begin(); file != files.end();) {
+    const auto next = std::next(file);
+    if (m_Changes.MayHave(file->m_Replacement.Path())) {
+      unnamed.splice(unnamed.end(), files, file);
+    }
+    file = next;
+  }
+  return unnamed;
 }
 
 // Before the journal: it tells only of files whose names last.
@@ -257,9 +278,16 @@ void JournaledFiles::FlushChanges() {
   }
   m_Flushes.fetch_add(changes.Flush(Below(), m_Directory.Path(), m_Failed),
                       std::memory_order_relaxed);
-  // What has failed is tried again before the journal tells of these files.
-  AMutexGuard guard(m_Lock);
-  m_Changes.AddEarlier(changes);
+  if (changes.IsEmpty()) {
+    return;
+  }
+  // What has failed is tried again whenever all is to be safe, and before the journal tells of
+  // these files.
+  {
+    AMutexGuard guard(m_Lock);
+    m_Changes.AddEarlier(changes);
+  }
+  m_Shared.Count();
 }
 
 // As many as the journal has room for. What it cannot take is flushed by itself, behind what it has
@@ -275,9 +303,7 @@ void JournaledFiles::FlushSome(Files& files) {
   Follow();
   if (!fitting.empty()) {
     FlushEach(fitting);
-  } else if (m_Journal.IsReady() && m_Journal.Empty() == 0) {
-    LookAgain(files);
-  } else {
+  } else if (!m_Journal.IsReady() || m_Journal.Empty() != 0) {
     FlushEach(files);
   }
 }
@@ -297,6 +323,9 @@ JournaledFiles::Files JournaledFiles::TakeFitting(Files& files) {
 
 bool JournaledFiles::AppendToJournal(Files& files) {
   AMutexGuard guard(m_AppendLock);
+  for (WaitingFile& file : files) {
+    LookAgain(file);
+  }
   const bool isSafe = m_Journal.Append(files) == 0;
   if (isSafe) {
     m_Waiting.AddSafe(files);
@@ -304,14 +333,17 @@ bool JournaledFiles::AppendToJournal(Files& files) {
   return isSafe;
 }
 
-// An emptied journal knows no more what has come to their places since they were prepared.
-void JournaledFiles::LookAgain(Files& files) {
-  for (WaitingFile& file : files) {
-    Info info;
-    const char* const path = file.m_Replacement.Path().c_str();
-    if (AFileCalls::Retry([&] { return Below().GetInfo(path, info); }) == 0) {
-      file.m_Record.m_Before = FileVersion(info);
-    }
+std::uint64_t JournaledFiles::Epoch() const {
+  return m_Journal.Emptied() + m_ByThemselves;
+}
+
+// A replay finds only a file that the journal knows to be out of date.
+void JournaledFiles::LookAgain(WaitingFile& file) {
+  Info info;
+  const char* const path = file.m_Replacement.Path().c_str();
+  if (file.m_Looked != Epoch() &&
+      AFileCalls::Retry([&] { return Below().GetInfo(path, info); }) == 0) {
+    file.m_Record.m_Before = FileVersion(info);
   }
 }
 
@@ -335,6 +367,7 @@ int JournaledFiles::FinishByItself(WaitingFile& file) {
   m_Flushes.fetch_add(FlushesByItself, std::memory_order_relaxed);
   error = replacement.Flush();
   error = error != 0 ? error : replacement.Rename();
+  ++m_ByThemselves;  // behind the rename: who sees the number finds the new file
   return error != 0 ? error : replacement.FlushDirectory();
 }
 
@@ -372,6 +405,9 @@ void JournaledFiles::PutInPlace(Files& files) {
 // False when the journal cannot be told any more. The list then has all that the journal tells of
 // and that is not in its place.
 bool JournaledFiles::TellVersions(Files& files) {
+  if (std::none_of(files.begin(), files.end(), [](const auto& file) { return file.m_IsLate; })) {
+    return true;  // the journal knows them
+  }
   AMutexGuard guard(m_AppendLock);
   if (m_Journal.AppendVersions(files) != 0) {
     Files more = m_Waiting.TakeSafe();

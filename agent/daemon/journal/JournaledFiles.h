@@ -104,10 +104,15 @@ class JournaledFiles final : public ForwardingFileSystem {
   // On the one thread that flushes for all.
   void FlushAll();
   void FlushChanges() NOX_EXCLUDES(m_Lock);
+  /// Those whose names may be lost by a power cut.
+  Files TakeUnnamed(Files& files) NOX_EXCLUDES(m_Lock);
   void FlushSome(Files& files);
   /// As many as the journal has room for now, off the beginning.
   Files TakeFitting(Files& files);
-  void LookAgain(Files& files);
+  void LookAgain(WaitingFile& file);
+  /// Another one when the journal may not know what is in the place of a file: it was emptied, or a
+  /// file took its place without it.
+  std::uint64_t Epoch() const;
   bool AppendToJournal(Files& files) NOX_EXCLUDES(m_AppendLock);
   void FlushEach(Files& files) NOX_EXCLUDES(m_FollowLock);
 
@@ -143,6 +148,8 @@ class JournaledFiles final : public ForwardingFileSystem {
 
   std::atomic<std::uint64_t> m_Replaced{0};
   std::atomic<std::uint64_t> m_Flushes{0};  ///< without the journal's
+  /// How many files took their place without the journal's knowing.
+  std::atomic<std::uint64_t> m_ByThemselves{0};
 };
 
 }  // namespace NoxAgent

@@ -96,6 +96,7 @@ int TaskJournal::Clear() {
       return error;
     }
   }
+  ++m_Emptied;
   const int error = m_Journal.Clear();
   m_HasRecords = m_HasRecords && error != 0;
   m_Kept = 0;
@@ -165,6 +166,11 @@ int TaskJournal::Empty() {
   AMutexGuard guard(m_Lock);
   // Records that were not replayed are those of an earlier agent, whose files may be out of date.
   return m_HasRecords && m_Replayed ? Report("cannot be emptied", Clear()) : 0;
+}
+
+std::uint64_t TaskJournal::Emptied() const {
+  AMutexGuard guard(m_Lock);
+  return m_Emptied;
 }
 
 std::size_t TaskJournal::UsedBytes() const {

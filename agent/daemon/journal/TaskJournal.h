@@ -41,6 +41,9 @@ class TaskJournal {
   /// logged.
   int Empty() NOX_EXCLUDES(m_Lock);
 
+  /// How often it was emptied so far.
+  std::uint64_t Emptied() const NOX_EXCLUDES(m_Lock);
+
   std::size_t UsedBytes() const NOX_EXCLUDES(m_Lock);
   std::uint64_t Flushes() const NOX_EXCLUDES(m_Lock);
 
@@ -61,6 +64,7 @@ class TaskJournal {
   bool m_Replayed NOX_GUARDED_BY(m_Lock) = false;
   bool m_HasRecords NOX_GUARDED_BY(m_Lock) = false;  ///< the journal may have some
   std::size_t m_Kept NOX_GUARDED_BY(m_Lock) = 0;     ///< bytes, for versions that are to follow
+  std::uint64_t m_Emptied NOX_GUARDED_BY(m_Lock) = 0;
   std::uint64_t m_DiskFlushes NOX_GUARDED_BY(m_Lock) = 0;
   int m_Reported NOX_GUARDED_BY(m_Lock) = 0;  ///< the error that was logged last
 };

@@ -29,6 +29,10 @@ class UnflushedChanges {
   /// Something was changed, and there is no memory to note what.
   void AddUnnamed() { m_HasUnnamed = true; }
 
+  bool IsEmpty() const { return m_Changes.empty() && !m_HasUnnamed; }
+  /// Whether a change of the file `path` may be among them.
+  bool MayHave(const std::string& path) const { return m_HasUnnamed || m_Changes.contains(path); }
+
   /// Takes over changes that were made before these ones; `earlier` is empty afterwards.
   void AddEarlier(UnflushedChanges& earlier) noexcept;
 

@@ -6,6 +6,7 @@
 #include <BaseSDK/AMutex.h>
 
 #include <condition_variable>
+#include <cstdint>
 #include <list>
 #include <map>
 #include <string>
@@ -22,6 +23,7 @@ struct WaitingFile {
   JournalRecord m_Record;
   /// The journal has not been told which version is to take the place: it is made only now.
   bool m_IsLate = false;
+  std::uint64_t m_Looked = 0;  ///< in which epoch of the journal m_Record.m_Before was looked at
   const std::thread::id m_Thread;  ///< which asked for it
 };
 

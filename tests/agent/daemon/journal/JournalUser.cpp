@@ -350,7 +350,9 @@ void JournalUser::OtherReplaces(const std::string& name, const std::string& cont
   const bool isWaiting = m_Files->Waiting().Has(name);
   const std::string path = PathOf(OthersName);
   bool isMade = false;
-  if (WriteFile(m_Disk, path, O_WRONLY | O_CREAT | O_TRUNC, content, flushes, isMade) != 0 ||
+  // A power cut may have left the name to a file that has its new one too.
+  (void)m_Disk.Unlink(path.c_str());
+  if (WriteFile(m_Disk, path, O_WRONLY | O_CREAT | O_EXCL, content, flushes, isMade) != 0 ||
       m_Disk.Rename(path.c_str(), PathOf(name).c_str(), true) != 0) {
     Fail("the disk is out of order");
   }

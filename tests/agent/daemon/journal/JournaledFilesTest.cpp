@@ -303,6 +303,27 @@ TEST_F(JournaledFilesTest, OnlyTheNewestTakesItsPlaceWhenTheJournalCannotBeToldO
   EXPECT_EQ(m_Log.CountContaining("The journal /state/journal cannot be written"), 1U);
 }
 
+// The journal is emptied between the look at what a file replaces and the record that tells of it.
+TEST_F(JournaledFilesTest, AFileIsKnownToAJournalThatWasEmptiedWhileItWaited) {
+  constexpr int Many = 17;
+  ReplaceMany(Many);
+  m_Files.MakeSafe();
+  Put("T17.vsk", "old");
+  ASSERT_EQ(Write("T17.vsk", std::string(Journal::Size - 5000, 'x')), 0);
+  m_Disk.m_BeforeFile = [&] {
+    std::thread([&] { ASSERT_EQ(Write(NameOf(16), "newest"), 0); }).join();
+  };
+  m_Disk.m_IsFileAwaited = true;
+  m_Files.MakeSafe();
+  ASSERT_EQ(OnDisk(NameOf(16)), "new") << "the one before has taken its place";
+  m_Disk.FailAll(FailingFileSystem::RenameCall, EIO);
+  m_Files.MakeSafe();
+  ASSERT_EQ(OnDisk(NameOf(16)), "new");
+  JournaledFiles next(m_Memory, m_Tasks, "/state/journal");
+  next.Begin();
+  EXPECT_EQ(OnDisk(NameOf(16)), "newest");
+}
+
 // Without the journal
 // ------------------------------------------------------------------------------
 
@@ -459,6 +480,39 @@ TEST_F(JournaledFilesTest, ANameThatCannotBeFlushedIsToldToTheThreadThatMadeIt) 
   m_Disk.FailAll(FailingFileSystem::SyncCall, EIO);
   m_Files.MakeSafe();
   EXPECT_THAT(m_Observer.Told(), ElementsAre("T1.vsk failed: 5"));
+}
+
+// Whoever reads then that it is gone must not find it after a power cut.
+TEST_F(JournaledFilesTest, ARemovalThatCouldNotBeFlushedIsFlushedWheneverAllIsToBeSafe) {
+  Put("T1.vsk", "old");
+  ASSERT_EQ(m_Files.Unlink(PathOf("T1.vsk").c_str()), 0);
+  m_Disk.FailAll(FailingFileSystem::SyncCall, EIO);
+  m_Files.MakeSafe();
+  EXPECT_THAT(m_Observer.Told(), ElementsAre("T1.vsk failed: 5"));
+  EXPECT_EQ(FlushesOf([&] { m_Files.MakeSafe(); }), 1U);
+  m_Disk.Reset();
+  EXPECT_EQ(FlushesOf([&] { m_Files.MakeSafe(); }), 1U);
+  EXPECT_EQ(FlushesOf([&] { m_Files.MakeSafe(); }), 0U);
+  EXPECT_EQ(m_Observer.Told().size(), 1U) << "told once";
+}
+
+// A power cut would take the file, and with it what the journal tells of it.
+TEST_F(JournaledFilesTest, AReplacementIsNotSafeBeforeItsFilesNameIs) {
+  Make("T1.vsk", "made");
+  m_Disk.FailAll(FailingFileSystem::OpenCall, EIO);
+  m_Files.MakeSafe();
+  EXPECT_THAT(m_Observer.Told(), ElementsAre("T1.vsk failed: 5"));
+  m_Disk.Reset();
+  ASSERT_EQ(Write("T1.vsk", "new"), 0);
+  m_Disk.FailAll(FailingFileSystem::OpenCall, EIO);
+  m_Files.MakeSafe();
+  EXPECT_THAT(m_Observer.Told(), ElementsAre("T1.vsk failed: 5", "T1.vsk failed: 5"));
+  EXPECT_EQ(OnDisk("T1.vsk"), "made");
+  m_Disk.Reset();
+  ASSERT_EQ(Write("T1.vsk", "newer"), 0);
+  m_Files.MakeSafe();
+  EXPECT_EQ(m_Observer.Told().size(), 3U);
+  EXPECT_EQ(OnDisk("T1.vsk"), "newer");
 }
 
 TEST_F(JournaledFilesTest, AFileThatCannotBeWrittenIsAnErrorAtOnce) {
