@@ -13,7 +13,6 @@ class CTask;
 /// The tasks in memory by their IDs. For several threads the scheduler's state lock guards it.
 class TaskMap {
  public:
-  /// An entry without a task: memory ran out while it was made.
   using Map = std::map<BaseSDK::AString, std::unique_ptr<CTask>, std::less<BaseSDK::AString>>;
   using Node = Map::node_type;
 

@@ -2,6 +2,7 @@
 // dispatch and purge, and on a caller's over every operation. Nothing is lost, nothing runs twice,
 // and the monitor goes on.
 #include "model/Task.h"
+#include "scheduler/TaskMap.h"
 #include "tests/faults/FailingMemory.h"
 #include "tests/faults/Rig.h"
 #include "tests/scheduler/SchedulerInside.h"
@@ -180,6 +181,27 @@ class FullRig : public Rig {
   FakeHandler m_Declining;
   SparedFiles m_Spared;
 };
+
+TEST(TaskMap, IsWalkedInItsOrderAlsoWithoutMemory) {
+  TaskMap tasks;
+  for (const wchar_t* const id : {L"b", L"a", L"c"}) {
+    TaskMap::Map made;
+    made[id] = nullptr;
+    tasks.Insert(made.extract(made.begin()));
+  }
+  std::vector<const AString*> visited;
+  visited.reserve(tasks.Count());
+  FailingMemory::FailAt(1, FailingMemory::Mine, FailingMemory::FromThenOn);
+  TaskMap::Walk walk(tasks);
+  for (TaskMap::Entry entry; walk.Next(entry);) {
+    visited.push_back(entry.m_ID);
+  }
+  EXPECT_TRUE(FailingMemory::Recover());
+  ASSERT_EQ(visited.size(), 3U);
+  EXPECT_EQ(*visited[0], L"a");
+  EXPECT_EQ(*visited[1], L"b");
+  EXPECT_EQ(*visited[2], L"c");
+}
 
 /// What must hold at any time while the monitor sleeps.
 void ExpectSound(Rig& rig) {

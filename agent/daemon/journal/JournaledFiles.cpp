@@ -138,9 +138,17 @@ int JournaledFiles::OpenDirectory(const char* path, unsigned long& handle) {
   if (m_Directory.IsItself(path)) {
     MakeSafe();
     Follow();
-    m_Journal.Begin();
+    Begin();
   }
   return ForwardingFileSystem::OpenDirectory(path, handle);
+}
+
+// What it has taken meanwhile is in its place before it forgets that; otherwise another time.
+void JournaledFiles::Begin() {
+  AMutexGuard guard(m_AppendLock);
+  if (m_Waiting.CountSafe() == 0) {
+    m_Journal.Begin();
+  }
 }
 
 template <class Note>

@@ -55,7 +55,7 @@ class JournaledFiles final : public ForwardingFileSystem {
   /// Brings the files up to date with what an earlier agent has left in the journal. Until then,
   /// and when that fails, each file is flushed by itself; the next listing of the directory tries
   /// again.
-  void Begin() { m_Journal.Begin(); }
+  void Begin() NOX_EXCLUDES(m_AppendLock);
   /// Makes all safe, puts every file in its place and empties the journal.
   void End();
 

@@ -151,10 +151,10 @@ int TaskJournal::AppendVersions(const std::list<WaitingFile>& files) {
         const JournalRecord& record = file.m_Record;
         versions.push_back({record.m_Name, record.m_Before, record.m_After, {}, true});
         records.push_back(&versions.back());
-        m_Kept -= std::min(m_Kept, JournalFormat::SizeOfVersion(record));
+        m_Kept -= JournalFormat::SizeOfVersion(record);
       }
     }
-    error = records.empty() ? 0 : m_Journal.Append(records);
+    error = m_Journal.Append(records);
   } catch (const std::bad_alloc&) {
     // It must not tell of any later change of these files, as it does not know them.
     m_Journal.GiveUp();

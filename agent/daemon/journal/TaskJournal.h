@@ -35,7 +35,8 @@ class TaskJournal {
   /// Appends the records of the files and flushes them. 0 or an errno, which is logged.
   int Append(const std::list<WaitingFile>& files) NOX_EXCLUDES(m_Lock);
   /// Appends which version took the place of each of these files that was not prepared when Append
-  /// was told of it, and flushes that. 0 or an errno; one that is not known yet is logged.
+  /// was told of it, and flushes that. REQUIRES: there is one. 0 or an errno; one that is not known
+  /// yet is logged.
   int AppendVersions(const std::list<WaitingFile>& files) NOX_EXCLUDES(m_Lock);
   /// Flushes the disk and empties the journal. REQUIRES: as for Begin. 0 or an errno, which is
   /// logged.
