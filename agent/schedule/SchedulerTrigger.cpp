@@ -39,7 +39,7 @@ SchedulerTrigger::SchedulerTrigger(const TriggerRule& rule, const LocalCalendar&
 }
 
 long SchedulerTrigger::StartOn(long day) const {
-  if (!IsDated() || day < m_BeginDay || !MasksSelect(m_Calendar->DateOf(day))) {
+  if (!IsDated() || day < m_BeginDay || !MasksSelect(m_Rule, m_Calendar->DateOf(day))) {
     return NoTime;
   }
   const long start = m_Calendar->MomentOf(day, m_Clock);
@@ -47,17 +47,17 @@ long SchedulerTrigger::StartOn(long day) const {
                                                                                         : NoTime;
 }
 
-bool SchedulerTrigger::MasksSelect(const LocalCalendar::Date& date) const {
-  switch (m_Rule.m_Type) {
+bool SchedulerTrigger::MasksSelect(const TriggerRule& rule, const LocalCalendar::Date& date) {
+  switch (rule.m_Type) {
     case TriggerRule::Weekly:
-      return HasBit(m_Rule.m_DaysOfWeek, date.m_Weekday);
+      return HasBit(rule.m_DaysOfWeek, date.m_Weekday);
     case TriggerRule::MonthlyByDate:
-      return HasBit(m_Rule.m_MonthsOfYear, date.m_Month) &&
-             HasBit(m_Rule.m_DaysOfMonth, date.m_Day - 1);
+      return HasBit(rule.m_MonthsOfYear, date.m_Month) &&
+             HasBit(rule.m_DaysOfMonth, date.m_Day - 1);
     case TriggerRule::MonthlyByWeekday:
       // Days 1 to 6 are week 1, and the 7th is in week 2.
-      return HasBit(m_Rule.m_MonthsOfYear, date.m_Month) &&
-             HasBit(m_Rule.m_DaysOfWeek, date.m_Weekday) && date.m_Day / 7 + 1 == m_Rule.m_Week;
+      return HasBit(rule.m_MonthsOfYear, date.m_Month) &&
+             HasBit(rule.m_DaysOfWeek, date.m_Weekday) && date.m_Day / 7 + 1 == rule.m_Week;
     default:
       return true;
   }

@@ -36,6 +36,10 @@ class SchedulerTrigger {
   /// `rule` has a begin date unless it is AsSoonAsPossible. The calendar must outlive the object.
   SchedulerTrigger(const TriggerRule& rule, const LocalCalendar& calendar);
 
+  /// Whether the rule's masks and its week have the day; other rules have all days. Neither begin
+  /// nor counts are looked at.
+  static bool MasksSelect(const TriggerRule& rule, const LocalCalendar::Date& date);
+
   const TriggerRule& Rule() const { return m_Rule; }
   bool IsDated() const { return m_Rule.m_Type != TriggerRule::AsSoonAsPossible; }
   /// The local day of the begin date, and its time of day in seconds since midnight.
@@ -61,7 +65,6 @@ class SchedulerTrigger {
   std::optional<RunSpan> RegularRepetitionsAfter(long run) const;
 
  private:
-  bool MasksSelect(const LocalCalendar::Date& date) const;
   bool CountSelects(long days, long day) const;
   long StartOnDayOf(long moment) const { return StartOn(m_Calendar->DayOf(moment)); }
   long WalkOrigin(long now, long lastRun) const;
