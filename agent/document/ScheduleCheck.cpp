@@ -18,22 +18,6 @@ constexpr long Year = 366;
 /// A run that comes later than this is late to the scheduler.
 constexpr long PunctualSeconds = 59;
 
-TriggerRule RuleOf(const TriggerFields& fields) {
-  TriggerRule rule;
-  rule.m_Type = fields.m_Type;
-  rule.m_IntervalSeconds = fields.m_IntervalSeconds;
-  rule.m_DurationSeconds = fields.m_DurationSeconds;
-  rule.m_Begin = fields.m_Begin;
-  rule.m_End = fields.m_End;
-  rule.m_DaysInterval = fields.m_DaysInterval;
-  rule.m_WeeksInterval = fields.m_WeeksInterval;
-  rule.m_DaysOfWeek = fields.m_DaysOfWeek;
-  rule.m_DaysOfMonth = fields.m_DaysOfMonth;
-  rule.m_MonthsOfYear = fields.m_MonthsOfYear;
-  rule.m_Week = fields.m_Week;
-  return rule;
-}
-
 const ScheduleDifference* Find(const std::vector<ScheduleDifference>& found, Kind kind) {
   const auto place = std::find_if(found.begin(), found.end(),
                                   [kind](const auto& each) { return each.m_Kind == kind; });

@@ -208,4 +208,21 @@ TriggerFields ReadTriggerFields(const DocumentSource& source, const pugi::xml_no
   return fields;
 }
 
+TriggerRule RuleOf(const TriggerFields& fields) {
+  TriggerRule rule;
+  rule.m_Type = fields.m_Type;
+  rule.m_IntervalSeconds = fields.m_IntervalSeconds;
+  rule.m_DurationSeconds = fields.m_DurationSeconds;
+  rule.m_Begin = fields.m_Begin;
+  rule.m_End = fields.m_End;
+  rule.m_DaysInterval = fields.m_DaysInterval;
+  rule.m_WeeksInterval = fields.m_WeeksInterval;
+  rule.m_DaysOfWeek = fields.m_DaysOfWeek;
+  rule.m_DaysOfMonth = fields.m_DaysOfMonth;
+  rule.m_MonthsOfYear = fields.m_MonthsOfYear;
+  rule.m_Week = fields.m_Week;
+  rule.m_KillAtEnd = fields.m_KillAtEnd;
+  return rule;
+}
+
 }  // namespace NoxAgent

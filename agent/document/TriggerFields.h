@@ -1,6 +1,7 @@
 #pragma once
 
 #include "agent/document/ValueCheck.h"
+#include "agent/schedule/TriggerRule.h"
 
 #include <optional>
 
@@ -43,6 +44,9 @@ struct TriggerFields {
   long m_MonthsOfYear = 0;
   long m_Week = 1;
 };
+
+/// The numbers alone.
+TriggerRule RuleOf(const TriggerFields& fields);
 
 /// Reads the element, and warns about each value that the scheduler reads otherwise than it stands.
 TriggerFields ReadTriggerFields(const DocumentSource& source, const pugi::xml_node& trigger,

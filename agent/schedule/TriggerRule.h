@@ -25,10 +25,13 @@ struct TriggerRule {
   long m_End = NoTime;  ///< one before m_Begin means m_Begin
   long m_DaysInterval = 1;
   long m_WeeksInterval = 1;
-  long m_DaysOfWeek = 0;    ///< bit 0 is Sunday
-  long m_DaysOfMonth = 0;   ///< bit 0 is the 1st
-  long m_MonthsOfYear = 0;  ///< bit 0 is January
-  long m_Week = 1;          ///< 1 to LastWeek
+  long m_DaysOfWeek = 0;     ///< bit 0 is Sunday
+  long m_DaysOfMonth = 0;    ///< bit 0 is the 1st
+  long m_MonthsOfYear = 0;   ///< bit 0 is January
+  long m_Week = 1;           ///< 1 to LastWeek
+  bool m_KillAtEnd = false;  ///< of no meaning to when it starts
+
+  bool operator==(const TriggerRule&) const = default;
 
   bool Repeats() const { return m_IntervalSeconds != 0 && m_DurationSeconds != 0; }
 };

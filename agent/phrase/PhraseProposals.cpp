@@ -1,0 +1,200 @@
+#include "agent/phrase/PhraseProposals.h"
+
+#include <algorithm>
+
+namespace NoxAgent {
+
+namespace {
+
+using Days = PhraseRule::Days;
+using Rules = std::vector<PhraseRule>;
+
+class Proposals {
+ public:
+  Proposals(const std::vector<TriggerRule>& triggers, const TriggerRun& next,
+            const LocalCalendar& calendar)
+      : m_Triggers(triggers), m_First(triggers.front()), m_Next(next), m_Calendar(calendar) {}
+
+  Rules All() const {
+    if (m_First.m_Type == TriggerRule::Once) {
+      return {Once()};
+    }
+    Rules all;
+    for (const PhraseRule& days : DaysProposals()) {
+      for (const PhraseRule& times : TimesProposals(days)) {
+        AddSpans(times, all);
+      }
+    }
+    return all;
+  }
+
+ private:
+  // What is left of it, if it is under way.
+  PhraseRule Once() const {
+    PhraseRule rule = Plain();
+    rule.m_Days = Days::Once;
+    rule.m_From = m_Next.m_First;
+    rule.m_Until = NoTime;
+    rule.m_Interval = m_Next.m_Step;
+    rule.m_Duration =
+        rule.m_Stops ? m_Next.m_Stop - m_Next.m_First : m_Next.m_Last - m_Next.m_First;
+    rule.m_Clocks = {m_Calendar.ClockAt(m_Next.m_First)};
+    return rule;
+  }
+
+  // The first trigger by itself.
+  PhraseRule Plain() const {
+    PhraseRule rule;
+    rule.m_Clocks = {m_Calendar.ClockAt(m_First.m_Begin)};
+    rule.m_Stops = m_First.m_KillAtEnd && m_First.m_DurationSeconds > 0;
+    rule.m_Interval = m_First.Repeats() ? m_First.m_IntervalSeconds : 0;
+    rule.m_Duration = m_First.Repeats() || rule.m_Stops ? m_First.m_DurationSeconds : 0;
+    rule.m_Until = m_First.m_End;
+    switch (m_First.m_Type) {
+      case TriggerRule::Weekly:
+        rule.m_Days = Days::EveryWeeks;
+        rule.m_Count = m_First.m_WeeksInterval;
+        rule.m_Weekdays = m_First.m_DaysOfWeek;
+        break;
+      case TriggerRule::MonthlyByDate:
+        rule.m_Days = Days::MonthDays;
+        rule.m_MonthDays = m_First.m_DaysOfMonth;
+        rule.m_Months = m_First.m_MonthsOfYear;
+        break;
+      case TriggerRule::MonthlyByWeekday:
+        rule.m_Days = Days::MonthWeek;
+        rule.m_Weekdays = m_First.m_DaysOfWeek;
+        rule.m_Months = m_First.m_MonthsOfYear;
+        rule.m_Week = m_First.m_Week;
+        break;
+      default:
+        rule.m_Days = Days::EveryDays;
+        rule.m_Count = m_First.m_Type == TriggerRule::Daily ? m_First.m_DaysInterval : 1;
+    }
+    return rule;
+  }
+
+  Rules DaysProposals() const {
+    Rules all;
+    const PhraseRule plain = Plain();
+    if (plain.m_Days == Days::MonthWeek) {
+      AddOrdinals(plain, all);
+    }
+    all.push_back(plain);
+    return all;
+  }
+
+  // One trigger for each of several weeks and years: the first Monday is in week 1 or 2.
+  void AddOrdinals(PhraseRule rule, Rules& all) const {
+    rule.m_Days = Days::Ordinal;
+    for (const long week : {m_First.m_Week, m_First.m_Week - 1, TriggerRule::LastWeek}) {
+      if (week >= 1 && (all.empty() || all.back().m_Week != week)) {
+        rule.m_Week = week;
+        rule.m_Months = MonthsOfOrdinal(week);
+        all.push_back(rule);
+      }
+    }
+  }
+
+  // Those of all triggers that such a rule may have.
+  long MonthsOfOrdinal(long week) const {
+    const long clock = m_Calendar.ClockAt(m_First.m_Begin);
+    const long other = week == TriggerRule::LastWeek ? week - 1 : week + 1;
+    long months = 0;
+    for (const TriggerRule& trigger : m_Triggers) {
+      if (IsLikeFirst(trigger) && m_Calendar.ClockAt(trigger.m_Begin) == clock &&
+          (trigger.m_Week == week || trigger.m_Week == other)) {
+        months |= trigger.m_MonthsOfYear;
+      }
+    }
+    return months;
+  }
+
+  // Whether it differs in no more than week, months, time of day, begin and end.
+  bool IsLikeFirst(const TriggerRule& trigger) const {
+    return trigger.m_Type == m_First.m_Type && trigger.m_DaysOfWeek == m_First.m_DaysOfWeek &&
+           trigger.m_DaysOfMonth == m_First.m_DaysOfMonth &&
+           trigger.m_IntervalSeconds == m_First.m_IntervalSeconds &&
+           trigger.m_DurationSeconds == m_First.m_DurationSeconds;
+  }
+
+  Rules TimesProposals(const PhraseRule& days) const {
+    Rules all;
+    const std::vector<long> clocks = ClocksOfLike();
+    PhraseRule rule = days;
+    const bool isPlain = (days.m_Days == Days::EveryDays || days.m_Days == Days::EveryWeeks) &&
+                         days.m_Count == 1 && !days.m_Stops;
+    const long step = days.m_Interval != 0 ? days.m_Interval
+                      : clocks.size() > 1  ? clocks[1] - clocks[0]
+                                           : 0;
+    if (isPlain && step != 0) {
+      rule.m_IsAllDay = true;
+      rule.m_Interval = step;
+      rule.m_Duration = 0;
+      rule.m_Clocks.clear();
+      all.push_back(rule);
+      rule = days;
+    }
+    if (clocks.size() > 1) {
+      rule.m_Clocks = clocks;
+      all.push_back(rule);
+    }
+    all.push_back(days);
+    return all;
+  }
+
+  // The times of day of all triggers that are like the first otherwise.
+  std::vector<long> ClocksOfLike() const {
+    std::vector<long> clocks;
+    for (const TriggerRule& trigger : m_Triggers) {
+      if (IsLikeFirst(trigger)) {
+        clocks.push_back(m_Calendar.ClockAt(trigger.m_Begin));
+      }
+    }
+    std::sort(clocks.begin(), clocks.end());
+    clocks.erase(std::unique(clocks.begin(), clocks.end()), clocks.end());
+    return clocks;
+  }
+
+  // Without a begin and an end first, and without an end where the first trigger has one: another
+  // trigger may go on behind it.
+  void AddSpans(PhraseRule rule, Rules& all) const {
+    const long until = rule.m_Until;
+    for (const long end : {NoTime, until}) {
+      for (const long begin :
+           {NoTime, DayBegin(EarliestBegin()), DayBegin(m_First.m_Begin), m_First.m_Begin}) {
+        rule.m_Until = end;
+        rule.m_From = begin;
+        all.push_back(rule);
+      }
+      if (until == NoTime) {
+        break;
+      }
+    }
+  }
+
+  long DayBegin(long moment) const { return m_Calendar.MomentOf(m_Calendar.DayOf(moment), 0); }
+
+  // Of the triggers of its type: one rule with several times of day begins with the first of them.
+  long EarliestBegin() const {
+    long begin = m_First.m_Begin;
+    for (const TriggerRule& trigger : m_Triggers) {
+      begin = trigger.m_Type == m_First.m_Type ? std::min(begin, trigger.m_Begin) : begin;
+    }
+    return begin;
+  }
+
+  const std::vector<TriggerRule>& m_Triggers;
+  const TriggerRule& m_First;
+  const TriggerRun& m_Next;
+  const LocalCalendar& m_Calendar;
+};
+
+}  // namespace
+
+std::vector<PhraseRule> ProposePhrases(const std::vector<TriggerRule>& triggers,
+                                       const TriggerRun& next, const LocalCalendar& calendar) {
+  return Proposals(triggers, next, calendar).All();
+}
+
+}  // namespace NoxAgent

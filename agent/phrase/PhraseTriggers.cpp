@@ -1,0 +1,304 @@
+#include "agent/phrase/PhraseTriggers.h"
+
+#include "agent/phrase/DayChoice.h"
+#include "agent/phrase/PhraseTimes.h"
+#include "agent/phrase/PhraseValues.h"
+#include "agent/schedule/ScheduleComparison.h"
+#include "agent/schedule/SchedulerTrigger.h"
+#include "agent/schedule/StartRule.h"
+
+#include <algorithm>
+#include <chrono>
+#include <map>
+#include <optional>
+
+namespace NoxAgent {
+
+namespace {
+
+using Days = PhraseRule::Days;
+
+constexpr long Minute = 60;
+
+// The triggers of one rule.
+class TriggerMaker {
+ public:
+  TriggerMaker(const PhraseRule& rule, const LocalCalendar& calendar, long now)
+      : m_Rule(rule),
+        m_Calendar(calendar),
+        m_Now(now),
+        m_Earliest(std::max(now + 1, rule.m_From)) {}
+
+  std::vector<TriggerRule> Make() {
+    if (m_Rule.m_Days == Days::Now) {
+      TriggerRule trigger;
+      trigger.m_Type = TriggerRule::AsSoonAsPossible;
+      return {trigger};
+    }
+    for (const PhraseTime& time : TimesOf(m_Rule, m_Calendar)) {
+      m_Time = time;
+      if (m_Rule.m_Days == Days::Once) {
+        AddOnce();
+      } else {
+        AddDays();
+      }
+    }
+    return m_Triggers;
+  }
+
+ private:
+  void AddOnce() {
+    if (m_Rule.m_From <= m_Now) {
+      throw PhraseError(DateWords(m_Calendar.DayOf(m_Rule.m_From)) + " " +
+                        ClockWords(m_Calendar.ClockAt(m_Rule.m_From)) +
+                        " has passed; say a later time, or now");
+    }
+    TriggerRule trigger;
+    trigger.m_Begin = m_Rule.m_From;
+    Add(WithTime(trigger));
+  }
+
+  void AddDays() {
+    const DayChoice choice(m_Rule, FirstDay(), m_Calendar);
+    AddRestUnderWay(choice);
+    if (m_Rule.m_Days == Days::Ordinal) {
+      for (int day = 0; day < 7; ++day) {
+        if (HasBit(m_Rule.m_Weekdays, day)) {
+          AddOrdinal(day);
+        }
+      }
+    } else if (choice.IsCounted()) {
+      AddCounted(choice);
+    } else {
+      AddFrom(choice.Trigger(), m_Earliest, m_Rule.m_Until);
+    }
+  }
+
+  // The day from which on counts go: that of the first start of all times of day.
+  long FirstDay() const {
+    if (m_Rule.m_From != NoTime) {
+      return m_Calendar.DayOf(m_Rule.m_From);
+    }
+    PhraseRule uncounted = m_Rule;
+    uncounted.m_Count = 1;
+    const DayChoice choice(uncounted, 0, m_Calendar);
+    long first = LocalCalendar::End();
+    for (const PhraseTime& time : TimesOf(m_Rule, m_Calendar)) {
+      for (long day = m_Calendar.DayOf(m_Earliest); day < m_Calendar.DayOf(first); ++day) {
+        if (choice.Selects(day) && StartOn(day, time.m_Clock) >= m_Earliest) {
+          first = m_Calendar.MomentOf(day, 0);
+          break;
+        }
+      }
+    }
+    return m_Calendar.DayOf(first);
+  }
+
+  // NoTime where the clocks leave the time out: a begin there would move all other starts.
+  long StartOn(long day, long clock) const {
+    const long start = m_Calendar.MomentOf(day, clock);
+    return m_Calendar.DayOf(start) == day && m_Calendar.ClockAt(start) == clock ? start : NoTime;
+  }
+
+  TriggerRule WithTime(TriggerRule trigger) const {
+    trigger.m_IntervalSeconds = m_Time.m_Interval;
+    trigger.m_DurationSeconds = m_Time.m_Duration;
+    trigger.m_KillAtEnd = m_Rule.m_Stops;
+    return trigger;
+  }
+
+  // A period that began before now goes on: what is left of it is a start of its own.
+  void AddRestUnderWay(const DayChoice& choice) {
+    if (m_Time.m_Interval == 0) {
+      return;
+    }
+    for (long day = m_Calendar.DayOf(m_Earliest - m_Time.m_Duration);
+         day <= m_Calendar.DayOf(m_Earliest); ++day) {
+      const long start = m_Calendar.MomentOf(day, m_Time.m_Clock);
+      if (choice.Selects(day) && start >= m_Rule.m_From && start < m_Earliest) {
+        AddRest(start);
+      }
+    }
+  }
+
+  // Periods are whole minutes, so some repetitions may have to stand by themselves.
+  void AddRest(long start) {
+    const long interval = m_Time.m_Interval;
+    const long end = start + m_Time.m_Duration;
+    const long steps = (m_Earliest - start + interval - 1) / interval;
+    for (long next = start + steps * interval; next <= end; next += interval) {
+      TriggerRule rest;
+      rest.m_Begin = next;
+      rest.m_End = m_Rule.m_Until;
+      rest.m_KillAtEnd = m_Rule.m_Stops;
+      const bool isRest = (end - next) % Minute == 0;
+      if (isRest && end - next >= interval) {
+        rest.m_IntervalSeconds = interval;
+      }
+      if (rest.m_IntervalSeconds != 0 || m_Rule.m_Stops) {
+        rest.m_DurationSeconds = (end - next) / Minute * Minute;
+      }
+      if (m_Rule.m_Until == NoTime || next <= m_Rule.m_Until) {
+        Add(rest);
+      }
+      if (isRest) {
+        return;
+      }
+    }
+  }
+
+  void AddFrom(const TriggerRule& days, long from, long until) {
+    StartRule rule{WithTime(days), m_Time.m_Clock};
+    rule.m_Rule.m_End = until;
+    if (const auto trigger = BeginAtFirstStart(rule, m_Calendar, from)) {
+      Add(*trigger);
+    }
+  }
+
+  // The scheduler counts spans of 24 hours from the begin, so it is a day off in summer when it
+  // began in winter. A trigger ends before the first such day, and another one begins there.
+  void AddCounted(const DayChoice& choice) {
+    long day = m_Calendar.DayOf(m_Earliest);
+    const long lastDay =
+        m_Calendar.DayOf(m_Rule.m_Until == NoTime ? LocalCalendar::End() : m_Rule.m_Until);
+    for (; day <= lastDay; ++day) {
+      const long start = StartOn(day, m_Time.m_Clock);
+      if (!choice.Selects(day) || start < m_Earliest) {
+        continue;
+      }
+      TriggerRule trigger = WithTime(choice.Trigger());
+      trigger.m_Begin = start;
+      trigger.m_End = m_Rule.m_Until;
+      day = FirstOtherDay(trigger, choice, lastDay);
+      if (day <= lastDay) {
+        trigger.m_End = m_Calendar.MomentOf(day, 0) - 1;
+        --day;
+      }
+      Add(trigger);
+    }
+  }
+
+  // The first day that only one of trigger and words has; behind lastDay when there is none.
+  long FirstOtherDay(const TriggerRule& rule, const DayChoice& choice, long lastDay) const {
+    const SchedulerTrigger trigger(rule, m_Calendar);
+    long day = trigger.BeginDay() + 1;
+    while (day <= lastDay && (trigger.StartOn(day) != NoTime) == choice.Selects(day)) {
+      ++day;
+    }
+    return day;
+  }
+
+  // "The first Monday" may be one of two weeks of the scheduler's, which begin on the 7th, 14th,
+  // 21st and 28th. So each year has a trigger for the months in which it is that of the later week.
+  void AddOrdinal(int weekday) {
+    using YearAndWeek = std::pair<long, long>;
+    std::map<YearAndWeek, long> months;
+    const long last = m_Calendar.DayOf(LocalCalendar::End());
+    PhraseRule rule = m_Rule;
+    rule.m_Weekdays = 1L << weekday;
+    const DayChoice choice(rule, 0, m_Calendar);
+    for (long day = m_Calendar.DayOf(m_Earliest); day <= last; ++day) {
+      const LocalCalendar::Date date = m_Calendar.DateOf(day);
+      if (date.m_Weekday == weekday && choice.Selects(day)) {
+        months[{date.m_Year, date.m_Day / 7 + 1}] |= 1L << date.m_Month;
+      }
+    }
+    // In the first and in the last week there is no other such day.
+    TriggerRule trigger = choice.Trigger();
+    const bool isEveryYear = rule.m_Week == 1 || rule.m_Week == TriggerRule::LastWeek;
+    if (isEveryYear) {
+      AddFrom(trigger, m_Earliest, m_Rule.m_Until);
+    }
+    for (const auto& [key, mask] : months) {
+      trigger.m_Week = key.second;
+      trigger.m_MonthsOfYear = mask;
+      if (!isEveryYear || trigger.m_Week != rule.m_Week) {
+        AddInYear(trigger, key.first);
+      }
+    }
+  }
+
+  void AddInYear(const TriggerRule& trigger, long year) {
+    const long end = std::min(BeginOfYear(year + 1) - 1, LocalCalendar::End());
+    AddFrom(trigger, std::max(m_Earliest, BeginOfYear(year)),
+            m_Rule.m_Until == NoTime ? end : std::min(end, m_Rule.m_Until));
+  }
+
+  long BeginOfYear(long year) const {
+    const std::chrono::sys_days day =
+        std::chrono::year(static_cast<int>(year)) / std::chrono::January / 1;
+    const long number = static_cast<long>(day.time_since_epoch().count());
+    const bool isHeld = number <= m_Calendar.DayOf(LocalCalendar::End());
+    return isHeld ? m_Calendar.MomentOf(number, 0) : LocalCalendar::End();
+  }
+
+  void Add(const TriggerRule& trigger) {
+    if (std::find(m_Triggers.begin(), m_Triggers.end(), trigger) != m_Triggers.end()) {
+      return;  // two times of day may have the same rest
+    }
+    m_Triggers.push_back(trigger);
+    if (m_Triggers.size() > MaxPhraseTriggers) {
+      throw PhraseError("this takes more than " + std::to_string(MaxPhraseTriggers) +
+                        " triggers; say it as several tasks");
+    }
+  }
+
+  const PhraseRule& m_Rule;
+  const LocalCalendar& m_Calendar;
+  const long m_Now;
+  const long m_Earliest;
+  PhraseTime m_Time;
+  std::vector<TriggerRule> m_Triggers;
+};
+
+// Whether the scheduler loses repetitions of the trigger, or starts it late, year in, year out.
+bool LosesRuns(const TriggerRule& rule, const LocalCalendar& calendar, long now) {
+  using Kind = ScheduleDifference::Kind;
+  const auto differences = CompareSchedule(SchedulerTrigger(rule, calendar), calendar, now);
+  return std::any_of(differences.begin(), differences.end(), [](const auto& each) {
+    return each.m_Kind == Kind::LateStart || each.m_Kind == Kind::LostRepetition ||
+           each.m_Kind == Kind::LostPastMidnight;
+  });
+}
+
+void RefuseLosses(const TriggerRule& trigger, const LocalCalendar& calendar, long now) {
+  if (!trigger.Repeats() || trigger.m_Type == TriggerRule::Once ||
+      !LosesRuns(trigger, calendar, now)) {
+    return;
+  }
+  TriggerRule shorter = trigger;
+  do {
+    shorter.m_DurationSeconds -= std::max(Minute, trigger.m_IntervalSeconds / Minute * Minute);
+  } while (shorter.m_DurationSeconds > 0 && LosesRuns(shorter, calendar, now));
+  throw PhraseError("the scheduler would lose repetitions of every " +
+                    LengthWords(trigger.m_IntervalSeconds) + " for " +
+                    LengthWords(trigger.m_DurationSeconds) +
+                    ", which reach too near to the next start, or into a day without one" +
+                    (shorter.m_DurationSeconds > 0
+                         ? "; it can do it for " + LengthWords(shorter.m_DurationSeconds)
+                         : ""));
+}
+
+}  // namespace
+
+std::vector<TriggerRule> MakeTriggers(const Phrase& phrase, const LocalCalendar& calendar,
+                                      long now) {
+  std::vector<TriggerRule> all;
+  for (const PhraseRule& rule : phrase) {
+    const auto triggers = TriggerMaker(rule, calendar, now).Make();
+    if (triggers.empty()) {
+      throw PhraseError("there is no such start before the end of the schedule");
+    }
+    for (const TriggerRule& trigger : triggers) {
+      RefuseLosses(trigger, calendar, now);
+    }
+    all.insert(all.end(), triggers.begin(), triggers.end());
+  }
+  if (all.size() > MaxPhraseTriggers) {
+    throw PhraseError("this takes " + std::to_string(all.size()) + " triggers, more than " +
+                      std::to_string(MaxPhraseTriggers) + "; say it as several tasks");
+  }
+  return all;
+}
+
+}  // namespace NoxAgent

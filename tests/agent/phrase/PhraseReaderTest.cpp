@@ -1,0 +1,115 @@
+#include "agent/phrase/PhraseReader.h"
+
+#include "agent/phrase/PhraseText.h"
+#include "tests/agent/simulation/TaskText.h"
+#include "tests/support/LocalTimes.h"
+
+#include <VirtualTime/Zone.h>
+
+#include <gtest/gtest.h>
+
+namespace NoxAgentTest {
+
+using NoxAgent::ExpectedBehind;
+using NoxAgent::LocalCalendar;
+using NoxAgent::PhraseError;
+using Words = std::vector<std::string>;
+
+namespace {
+
+constexpr const char* Noon = "2026-11-23 12:03:00";
+
+class PhraseReader : public testing::Test {
+ protected:
+  PhraseReader() : m_Zone(TestSupport::NewYork), m_Calendar(Local(Noon) - 366 * TestSupport::Day) {}
+
+  std::string Read(const Words& words) const {
+    return PhraseText(NoxAgent::ReadPhrase(words, m_Calendar, Local(Noon)), m_Calendar);
+  }
+
+  std::string ErrorOf(const Words& words) const {
+    try {
+      return "no error: " + Read(words);
+    } catch (const PhraseError& error) {
+      return error.what();
+    }
+  }
+
+  VirtualTime::Zone m_Zone;
+  LocalCalendar m_Calendar;
+};
+
+}  // namespace
+
+TEST_F(PhraseReader, TakesWordsOneByOneOrAsOneText) {
+  EXPECT_EQ("daily at 02:30", Read({"daily", "at", "02:30"}));
+  EXPECT_EQ("daily at 02:30", Read({"daily at 02:30"}));
+}
+
+TEST_F(PhraseReader, IsForgivingAboutHowWordsAreWritten) {
+  EXPECT_EQ("mon,wed at 08:00,12:00", Read({"Monday,", "wednesday AT 8:00 , noon"}));
+  EXPECT_EQ("every 10 min", Read({"every", "10", "min"}));
+  EXPECT_EQ("every 10 min", Read({"every", "10m"}));
+  EXPECT_EQ("every 90 min from 08:00 until 17:00", Read({"every 1h30min from 08:00 until 17:00"}));
+  EXPECT_EQ("every 1 h on weekdays", Read({"every hour on mon-fri"}));
+  EXPECT_EQ("weekends at 00:00", Read({"sat-sun at midnight"}));
+}
+
+TEST_F(PhraseReader, ReadsEachForm) {
+  for (const char* const words :
+       {"now", "once 2027-01-04 09:00", "once 2027-01-04 09:00 every 30 min for 2 h",
+        "daily at 02:30:15", "weekdays at 02:30", "every 3 days at 08:00",
+        "every 2 weeks on mon,fri at 08:00", "monthly on 1,15 in jan,jul at 06:00",
+        "monthly on first mon at 07:00", "monthly on week 5 weekends in dec at 07:00",
+        "daily at 22:00 for 6 h then stop", "mon at 08:00,12:00 every 10 min for 2 h then stop",
+        "every 10 min from 08:00 until 18:00", "cron '15 3 * * 1-5'",
+        "mon at 07:00 and daily at 12:00",
+        "daily at 08:00 from 2027-01-01 09:30 until 2027-06-30"}) {
+    EXPECT_EQ(words, Read({words}));
+  }
+}
+
+TEST_F(PhraseReader, ReadsTheArgumentBehindCronAsOneWord) {
+  EXPECT_EQ("cron '15 3 * * MON'", Read({"cron", "15 3 * * MON"}));
+}
+
+TEST_F(PhraseReader, CountsFromNowWhatIsSoSaid) {
+  EXPECT_EQ("once 2026-11-23 14:03", Read({"once in 2 h"}));
+  EXPECT_EQ("once 2026-11-23 18:00", Read({"once at 18:00"}));
+  EXPECT_EQ("once 2026-11-24 09:00", Read({"once at 09:00"}));
+}
+
+TEST_F(PhraseReader, PointsAtTheWordThatCannotStandThere) {
+  EXPECT_EQ(
+      "the schedule \"daily at [25:00]\" cannot be read at \"25:00\"; there could stand CLOCKS "
+      "(times of day: 02:30, or 08:00,20:00)",
+      ErrorOf({"daily at 25:00"}));
+  EXPECT_EQ(
+      "the schedule \"every 2 [moons] at 08:00\" cannot be read at \"moons\"; there could stand "
+      "days or weeks",
+      ErrorOf({"every 2 moons at 08:00"}));
+}
+
+TEST_F(PhraseReader, TellsWhatCouldFollow) {
+  EXPECT_EQ("the schedule \"daily\" ends too early; there could follow at", ErrorOf({"daily"}));
+  EXPECT_EQ(0U, ErrorOf({}).rfind("it is not said when; there could stand now, once, daily, ", 0));
+  EXPECT_EQ((Words{"at"}), ExpectedBehind({"daily"}));
+  EXPECT_EQ((Words{"days", "weeks"}), ExpectedBehind({"every", "2"}));
+  EXPECT_EQ(Words(), ExpectedBehind({"hourly"}));
+}
+
+TEST_F(PhraseReader, RefusesTimesThatAreNone) {
+  EXPECT_EQ(
+      "the schedule \"once [2027-01-04]\" cannot be read: it lacks a time of day, as in once "
+      "2027-01-04 09:00",
+      ErrorOf({"once 2027-01-04"}));
+  EXPECT_EQ(
+      "the schedule \"once 2027-03-14 [02:30]\" cannot be read: the clocks leave out 02:30 on "
+      "2027-03-14; the nearest time of day is 03:30",
+      ErrorOf({"once 2027-03-14 02:30"}));
+  EXPECT_NE(std::string::npos, ErrorOf({"once 2027-02-29 09:00"}).find("[2027-02-29]"));
+  EXPECT_NE(std::string::npos,
+            ErrorOf({"mon at 08:00,12:00 every 10 min until 18:00"}).find("as in for 2 h"));
+}
+
+}  // namespace NoxAgentTest
