@@ -2,6 +2,7 @@
 
 #include "agent/handler/Log.h"
 #include "agent/handler/SettingsReader.h"
+#include "agent/handler/job/JobError.h"
 
 #include <AgentInterfacesV3/INoxCommandHandlerTable.h>
 #include <AgentInterfacesV3/INoxObject_impl.h>
@@ -22,7 +23,10 @@ namespace {
 
 constexpr int Success = 1;
 constexpr int Failure = -1;
+constexpr long NoJob = -1;
+constexpr long JobOutOfReach = -2;
 constexpr int FrameVersion = 3;
+constexpr const char* NotRunning = "the handler does not run";
 
 }  // namespace
 
@@ -68,8 +72,47 @@ long CommandHandlerObject_i::GetRun(const AString& taskId, AStringMap& run) {
 }
 
 long CommandHandlerObject_i::CheckJob(const AString& taskId, AString& problem) {
-  problem = m_Supervisor ? m_Supervisor->ProblemOfJob(taskId) : AString("the handler does not run");
+  problem = m_Supervisor ? m_Supervisor->ProblemOfJob(taskId) : AString(NotRunning);
   return problem.IsEmpty() ? Success : Failure;
+}
+
+long CommandHandlerObject_i::PutJob(const AString& taskId, const AString& text, AString& problem) {
+  const long result = AskJobs(taskId, problem, [&](JobStore& jobs) {
+    jobs.Put(taskId, text);
+    return true;
+  });
+  return result == Success ? Success : Failure;
+}
+
+long CommandHandlerObject_i::GetJob(const AString& taskId, AString& text, AString& problem) {
+  return AskJobs(taskId, problem, [&](const JobStore& jobs) {
+    const std::optional<AString> job = jobs.Get(taskId);
+    text = job.value_or(AString());
+    return job.has_value();
+  });
+}
+
+long CommandHandlerObject_i::DeleteJob(const AString& taskId, AString& problem) {
+  return AskJobs(taskId, problem, [&](JobStore& jobs) { return jobs.Delete(taskId); });
+}
+
+long CommandHandlerObject_i::AskJobs(const AString& taskId, AString& problem,
+                                     const std::function<bool(JobStore&)>& ask) {
+  problem = AString();
+  if (!m_Jobs) {
+    problem = NotRunning;
+    return JobOutOfReach;
+  }
+  try {
+    if (ask(*m_Jobs)) {
+      return Success;
+    }
+    problem = AString("the task \"%1\" has no job").Arg(taskId);
+    return NoJob;
+  } catch (const JobError& error) {
+    problem = error.Message();
+    return JobOutOfReach;
+  }
 }
 
 int CommandHandlerObject_i::QueryInterface(const UUID& interfaceId, void*& object) {
@@ -94,8 +137,11 @@ int CommandHandlerObject_i::GetVersion() {
 
 int CommandHandlerObject_i::Initialize() {
   try {
-    auto supervisor = std::make_unique<Supervisor>(ReadHandlerSettings());
+    const HandlerSettings settings = ReadHandlerSettings();
+    auto jobs = std::make_unique<JobStore>(settings);
+    auto supervisor = std::make_unique<Supervisor>(settings);
     supervisor->Start();
+    m_Jobs = std::move(jobs);
     m_Supervisor = std::move(supervisor);
     return Success;
   } catch (const std::exception& error) {
@@ -116,6 +162,7 @@ int CommandHandlerObject_i::Uninitialize(unsigned int forced) {
     return Failure;
   }
   m_Supervisor.reset();
+  m_Jobs.reset();
   return Success;
 }
 

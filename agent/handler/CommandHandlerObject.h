@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Common/PluginBase.h"
+#include "agent/handler/job/JobStore.h"
 #include "agent/handler/run/Supervisor.h"
 
 #include <AgentInterfacesV3/INoxCommandHandler_impl.h>
@@ -8,6 +9,7 @@
 #include <BaseSDK/AGuid.h>
 #include <BaseSDK/AString.h>
 
+#include <functional>
 #include <memory>
 
 namespace NoxHandler {
@@ -41,6 +43,11 @@ class CommandHandlerObject_i
   /// INoxCommandHandler [any thread]
   long GetRun(const BaseSDK::AString& taskId, Corvane::AgentInterfacesV3::AStringMap& run) override;
   long CheckJob(const BaseSDK::AString& taskId, BaseSDK::AString& problem) override;
+  long PutJob(const BaseSDK::AString& taskId, const BaseSDK::AString& text,
+              BaseSDK::AString& problem) override;
+  long GetJob(const BaseSDK::AString& taskId, BaseSDK::AString& text,
+              BaseSDK::AString& problem) override;
+  long DeleteJob(const BaseSDK::AString& taskId, BaseSDK::AString& problem) override;
 
   /// APluginBase
   int QueryInterface(const UUID& interfaceId, void*& object) override;
@@ -52,7 +59,14 @@ class CommandHandlerObject_i
   int GetAttribute(const char* name, BaseSDK::AString& value) override;
 
  private:
-  std::unique_ptr<Supervisor> m_Supervisor;  ///< from a successful Initialize on; [agent thread]
+  /// 1 when `ask` has found the task's job, -1 when there is none, -2 when it cannot be reached;
+  /// `problem` then says so.
+  long AskJobs(const BaseSDK::AString& taskId, BaseSDK::AString& problem,
+               const std::function<bool(JobStore&)>& ask);
+
+  // Both from a successful Initialize on, until Uninitialize. [agent thread]
+  std::unique_ptr<Supervisor> m_Supervisor;
+  std::unique_ptr<JobStore> m_Jobs;
 };
 
 }  // namespace NoxHandler

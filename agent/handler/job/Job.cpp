@@ -1,19 +1,12 @@
 #include "agent/handler/job/Job.h"
 
+#include "agent/handler/job/JobFile.h"
 #include "agent/handler/job/Words.h"
-#include "agent/handler/system/FileDescriptor.h"
 
 #include <BaseSDK/AIniText.h>
 #include <BaseSDK/AUtf8Encoding.h>
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <array>
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
 #include <optional>
 
 using BaseSDK::AIniText;
@@ -162,60 +155,6 @@ Job ReadJob(const AIniText& ini, std::vector<AString>& problems) {
   return reader.m_Job;
 }
 
-JobError SystemError(const AString& what, const AString& fileName) {
-  return JobError(
-      errno == ENOENT
-          ? AString("there is no job file %1").Arg(fileName)
-          : AString("cannot %1 the job file %2: %3").Arg(what, fileName, strerror(errno)));
-}
-
-// A user who can write a job, or replace it, has the rights that the job runs with.
-void RefuseStrangers(const char* what, const AString& name, const struct stat& info) {
-  const bool isRoot = geteuid() == 0;
-  const bool isOwnersOwn = info.st_uid == 0 || info.st_uid == geteuid();
-  // Users often have a group of their own, which may write what they write.
-  const mode_t others = isRoot ? S_IWGRP | S_IWOTH : S_IWOTH;
-  if (isOwnersOwn && (info.st_mode & others) == 0) {
-    return;
-  }
-  throw JobError(
-      AString(isRoot
-                  ? "the job %1 %2 is to belong to root and to be writable by root alone (chown "
-                    "root, chmod go-w), for jobs run with root's rights"
-                  : "the job %1 %2 is to belong to the agent's user or root and not to be writable "
-                    "by everybody (chmod o-w), for jobs run with the agent's rights")
-          .Arg(what, name));
-}
-
-void RefuseUnsafe(const AString& fileName, const struct stat& info) {
-  if (!S_ISREG(info.st_mode)) {
-    throw JobError(AString("the job file %1 is not a regular file").Arg(fileName));
-  }
-  RefuseStrangers("file", fileName, info);
-  const std::string directory = std::filesystem::path(fileName.ToUtf8()).parent_path();
-  struct stat directoryInfo {};
-  if (stat(directory.c_str(), &directoryInfo) == 0) {
-    RefuseStrangers("directory", AString(directory.c_str()), directoryInfo);
-  }
-}
-
-std::string ReadBytes(int fd, const AString& fileName) {
-  std::string bytes(Job::MaxFileBytes + 1, '\0');
-  std::size_t size = 0;
-  while (size < bytes.size()) {
-    const ssize_t got = read(fd, bytes.data() + size, bytes.size() - size);
-    if (got == 0) {
-      bytes.resize(size);
-      return bytes;
-    }
-    if (got < 0 && errno != EINTR) {
-      throw SystemError("read", fileName);
-    }
-    size += got > 0 ? static_cast<std::size_t>(got) : 0;
-  }
-  throw JobError(AString("the job file %1 is larger than 64 KiB").Arg(fileName));
-}
-
 }  // namespace
 
 Job Job::Parse(const AString& fileName, const AString& text) {
@@ -237,15 +176,11 @@ Job Job::Parse(const AString& fileName, const AString& text, std::vector<AString
 }
 
 Job Job::Load(const AString& fileName) {
-  const FileDescriptor file(
-      open(fileName.ToUtf8().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-  struct stat info {};
-  if (!file || fstat(file.Get(), &info) != 0) {
-    throw SystemError("open", fileName);
+  const std::optional<std::string> bytes = JobFile::Read(fileName);
+  if (!bytes.has_value()) {
+    throw JobError(AString("there is no job file %1").Arg(fileName));
   }
-  RefuseUnsafe(fileName, info);
-  const std::string bytes = ReadBytes(file.Get(), fileName);
-  return Parse(fileName, BaseSDK::AUtf8Encoding().Decode(bytes));
+  return Parse(fileName, BaseSDK::AUtf8Encoding().Decode(*bytes));
 }
 
 JobError Job::ErrorAt(const char* key, const AString& reason) const {

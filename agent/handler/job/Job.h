@@ -5,7 +5,6 @@
 
 #include <BaseSDK/AString.h>
 
-#include <cstddef>
 #include <map>
 #include <string>
 #include <vector>
@@ -15,9 +14,6 @@ namespace NoxHandler {
 /// What to run for a task: the content of its job file. docs/command-handler.md describes the
 /// keys. Texts for the system are bytes (UTF-8).
 struct Job {
-  /// Load refuses a larger file.
-  static constexpr std::size_t MaxFileBytes = 64 * 1024;
-
   std::string m_Command;  ///< an absolute path, or a name to be found in PATH
   std::vector<std::string> m_Arguments;
   std::string m_User;       ///< empty: the agent's own
@@ -36,10 +32,8 @@ struct Job {
   static Job Parse(const BaseSDK::AString& fileName, const BaseSDK::AString& text,
                    std::vector<BaseSDK::AString>& problems);
 
-  /// Reads and parses the file. Throws JobError also when a stranger may have written the file or
-  /// may write to its directory, because a job runs with the agent's rights. File and directory
-  /// must belong to root or to the agent's user, and nobody else may write to them; for an agent
-  /// that runs as root, their group may not write either.
+  /// Reads and parses the file. Throws JobError also when there is none, and for what
+  /// JobFile::Read refuses.
   static Job Load(const BaseSDK::AString& fileName);
 
   /// The error "FILE:LINE: key: reason", for a value that the machine as it is cannot serve, such

@@ -13,7 +13,8 @@ long INoxCommandHandler_impl::CallMethod(const AMsgIn* request) {
   if (request->Interface() != INoxCommandHandlerTable.m_Name) {
     return INoxObject_impl::CallMethod(request);
   }
-  return CallOperation<INoxCommandHandlerTable, &Self::GetRun, &Self::CheckJob>(*this, *request);
+  return CallOperation<INoxCommandHandlerTable, &Self::GetRun, &Self::CheckJob, &Self::PutJob,
+                       &Self::GetJob, &Self::DeleteJob>(*this, *request);
 }
 
 }  // namespace Corvane::AgentInterfacesV3

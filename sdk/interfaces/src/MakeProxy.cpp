@@ -149,6 +149,15 @@ class ACommandHandlerProxy final : public AObjectProxy<INoxCommandHandler> {
   long CheckJob(const AString& taskId, AString& problem) override {
     return Call<"CheckJob", &Self::CheckJob>(taskId, problem);
   }
+  long PutJob(const AString& taskId, const AString& text, AString& problem) override {
+    return Call<"PutJob", &Self::PutJob>(taskId, text, problem);
+  }
+  long GetJob(const AString& taskId, AString& text, AString& problem) override {
+    return Call<"GetJob", &Self::GetJob>(taskId, text, problem);
+  }
+  long DeleteJob(const AString& taskId, AString& problem) override {
+    return Call<"DeleteJob", &Self::DeleteJob>(taskId, problem);
+  }
 
  private:
   using Self = INoxCommandHandler;

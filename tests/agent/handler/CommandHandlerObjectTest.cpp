@@ -182,6 +182,48 @@ TEST_F(CommandHandlerObject, SaysWhetherAJobCanBeRun) {
   }
 }
 
+TEST_F(CommandHandlerObject, TakesJobsAndRunsThem) {
+  m_Scheduler.AddStoredTask("a");
+  Load();
+  ASSERT_EQ(Initialize(), 1);
+  CIClient<INoxCommandHandler> handler;
+  ASSERT_EQ(MakeProxy(Queue, INoxCommandHandler::GetIID(), handler.Slot()), 1);
+  AString problem("of before");
+  AString text;
+  EXPECT_EQ(handler->GetJob("a", text, problem), -1);
+  EXPECT_EQ(problem, AString("the task \"a\" has no job"));
+  EXPECT_EQ(handler->PutJob("a", "[Job]\ncommand = false\n", problem), 1);
+  EXPECT_EQ(problem, AString());
+  EXPECT_EQ(handler->GetJob("a", text, problem), 1);
+  EXPECT_EQ(text, AString("[Job]\ncommand = false\n"));
+  (void)RunTasks("RunTasksEx", "a:0:1:0;");
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), std::vector<std::string>{"a Failed"});
+  EXPECT_EQ(handler->PutJob("a", "[Job]\ncommand = true\n", problem), 1);
+  (void)RunTasks("RunTasksEx", "a:0:1:0;");
+  EXPECT_EQ(m_Scheduler.WaitForStates(2).back(), "a Ok");
+  EXPECT_EQ(handler->DeleteJob("a", problem), 1);
+  EXPECT_EQ(handler->DeleteJob("a", problem), -1);
+  EXPECT_EQ(problem, AString("the task \"a\" has no job"));
+}
+
+TEST_F(CommandHandlerObject, SaysWhyAJobIsOutOfReach) {
+  Load();
+  ASSERT_EQ(Initialize(), 1);
+  CIClient<INoxCommandHandler> handler;
+  ASSERT_EQ(MakeProxy(Queue, INoxCommandHandler::GetIID(), handler.Slot()), 1);
+  AString problem;
+  AString text;
+  EXPECT_EQ(handler->PutJob("a", "[Job]\n", problem), -1);
+  const std::string file = (m_Directory / "jobs" / "a.job").string();
+  EXPECT_EQ(problem.ToUtf8(), file + ": the section \"Job\" has no \"command\"");
+  EXPECT_EQ(handler->PutJob("../a", "[Job]\ncommand = true\n", problem), -1);
+  EXPECT_EQ(problem, AString("no job file can bear the ID \"../a\""));
+  EXPECT_EQ(handler->GetJob("../a", text, problem), -2);
+  EXPECT_EQ(problem, AString("no job file can bear the ID \"../a\""));
+  EXPECT_EQ(handler->DeleteJob("../a", problem), -2);
+  EXPECT_EQ(problem, AString("no job file can bear the ID \"../a\""));
+}
+
 TEST_F(CommandHandlerObject, ServesItsThreeInterfaces) {
   Load();
   ASSERT_EQ(Initialize(), 1);

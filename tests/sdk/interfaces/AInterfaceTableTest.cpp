@@ -38,7 +38,8 @@ TEST(AInterfaceTable, OperationsStandInSlotOrder) {
       (Texts{"AddTask", "DeleteTask", "GetTaskXML", "FindFirstTask", "FindNextTask", "FindClose",
              "RefreshTaskList", "SetRunState", "GetTaskAttributes", "EnableTask"}));
   EXPECT_EQ(OperationsOf("INoxScheduledTaskHandler"), (Texts{"RunTasks", "RunTasksEx"}));
-  EXPECT_EQ(OperationsOf("INoxCommandHandler"), (Texts{"GetRun", "CheckJob"}));
+  EXPECT_EQ(OperationsOf("INoxCommandHandler"),
+            (Texts{"GetRun", "CheckJob", "PutJob", "GetJob", "DeleteJob"}));
 }
 
 TEST(AInterfaceTable, ParentsComeFirst) {

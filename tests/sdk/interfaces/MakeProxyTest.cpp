@@ -203,11 +203,21 @@ TEST(MakeProxyOfHandlers, QuestionsAboutRunsAndJobsReachTheHandler) {
     AString problem;
     EXPECT_EQ(client->CheckJob("b", problem), -62);
     EXPECT_EQ(problem, "no such job");
+    EXPECT_EQ(client->PutJob("c", "[Job]", problem), -63);
+    EXPECT_EQ(problem, "a bad job");
+    AString text;
+    EXPECT_EQ(client->GetJob("d", text, problem), 64);
+    EXPECT_EQ(text, "a job");
+    EXPECT_EQ(problem, "none with it");
+    EXPECT_EQ(client->DeleteJob("e", problem), -65);
+    EXPECT_EQ(problem, "it stays");
     queue.Close();
     EXPECT_EQ(client->GetRun("a", run), CALL_NOT_DELIVERED);
     EXPECT_EQ(run, (AStringMap{{"state", "running"}}));
   }
-  EXPECT_EQ(handler.m_Calls.All(), (Texts{"GetRun(\"a\")", "CheckJob(\"b\")"}));
+  EXPECT_EQ(handler.m_Calls.All(),
+            (Texts{"GetRun(\"a\")", "CheckJob(\"b\")", "PutJob(\"c\", \"[Job]\")", "GetJob(\"d\")",
+                   "DeleteJob(\"e\")"}));
 }
 
 }  // namespace

@@ -196,4 +196,23 @@ long CommandHandler::CheckJob(const AString& taskId, AString& problem) {
   return -62;
 }
 
+long CommandHandler::PutJob(const AString& taskId, const AString& text, AString& problem) {
+  m_Calls.Add(Call("PutJob", taskId, text));
+  problem = "a bad job";
+  return -63;
+}
+
+long CommandHandler::GetJob(const AString& taskId, AString& text, AString& problem) {
+  m_Calls.Add(Call("GetJob", taskId));
+  text = "a job";
+  problem = "none with it";
+  return 64;
+}
+
+long CommandHandler::DeleteJob(const AString& taskId, AString& problem) {
+  m_Calls.Add(Call("DeleteJob", taskId));
+  problem = "it stays";
+  return -65;
+}
+
 }  // namespace RecordingObjects

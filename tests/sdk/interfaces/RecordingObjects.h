@@ -81,6 +81,9 @@ class CommandHandler : public Corvane::AgentInterfacesV3::INoxCommandHandler_imp
   int NotifyObject(long kind, long code, const AString& text) override;
   long GetRun(const AString& taskId, AStringMap& run) override;
   long CheckJob(const AString& taskId, AString& problem) override;
+  long PutJob(const AString& taskId, const AString& text, AString& problem) override;
+  long GetJob(const AString& taskId, AString& text, AString& problem) override;
+  long DeleteJob(const AString& taskId, AString& problem) override;
 };
 
 }  // namespace RecordingObjects

@@ -297,6 +297,13 @@ TEST(SkeletonDecodingOfHandlers, TellsOfRunsAndJobs) {
   EXPECT_EQ(handler.ProcessRequest(&check), 1);
   EXPECT_EQ(reply.Result(), -62);
   EXPECT_EQ(std::get<AString>(reply.Out().at("problem")), "no such job");
+  AMsgIn put("INoxCommandHandler", "PutJob", reply);
+  put.Set("taskId", AString("c"));
+  EXPECT_EQ(handler.ProcessRequest(&put), -1) << "a job has a text";
+  put.Set("text", AString("[Job]"));
+  EXPECT_EQ(handler.ProcessRequest(&put), 1);
+  EXPECT_EQ(reply.Result(), -63);
+  EXPECT_EQ(std::get<AString>(reply.Out().at("problem")), "a bad job");
   const AMsgIn unnamed("INoxCommandHandler", "CheckJob", reply);
   EXPECT_EQ(handler.ProcessRequest(&unnamed), -1);
   EXPECT_EQ(reply.ErrorCode(), AMsgError::MissingArgument);

@@ -47,6 +47,9 @@ enum Slot : std::size_t {
   HandlerRunTasksEx = AgentStop,
   HandlerGetRun = AgentStart,
   HandlerCheckJob = AgentStop,
+  HandlerPutJob = AgentRefresh,
+  HandlerGetJob = AgentQuery,
+  HandlerDeleteJob = AgentQueryUnload,
 };
 
 static_assert(EnableTask == 23);
@@ -148,8 +151,19 @@ TEST_F(SkeletonSlots, CommandHandlerOperationsFollowThoseOfTheObject) {
   EXPECT_EQ((RawSlots::Call<long, const AString*, AString*>(self, HandlerCheckJob, &m_B, &m_Out)),
             -62);
   EXPECT_EQ(m_Out, "no such job");
+  EXPECT_EQ((RawSlots::Call<long, const AString*, const AString*, AString*>(self, HandlerPutJob,
+                                                                            &m_A, &m_B, &m_Out)),
+            -63);
+  AString text;
+  EXPECT_EQ((RawSlots::Call<long, const AString*, AString*, AString*>(self, HandlerGetJob, &m_A,
+                                                                      &text, &m_Out)),
+            64);
+  EXPECT_EQ(text, "a job");
+  EXPECT_EQ((RawSlots::Call<long, const AString*, AString*>(self, HandlerDeleteJob, &m_B, &m_Out)),
+            -65);
   EXPECT_EQ(handler.m_Calls.All(),
-            (Texts{"ObjectDebugInfo()", "GetRun(\"a\")", "CheckJob(\"b\")"}));
+            (Texts{"ObjectDebugInfo()", "GetRun(\"a\")", "CheckJob(\"b\")", "PutJob(\"a\", \"b\")",
+                   "GetJob(\"a\")", "DeleteJob(\"b\")"}));
 }
 
 TEST(SkeletonDestructorSlots, TheFirstDestroysAndTheSecondAlsoFrees) {

@@ -27,6 +27,18 @@ class INoxCommandHandler : public virtual INoxObject {
   /// Looks whether the task's job can be read and run, without running it. 1; -1 when not, and
   /// `problem` then says why, with file, line and key where there are any.
   virtual long CheckJob(const BaseSDK::AString& taskId, BaseSDK::AString& problem) = 0;
+  /// Makes `text` the task's job, or replaces the job that it has: at every moment, also after a
+  /// power cut, it is the old one or the new one as a whole. A run that goes on is not touched. 1;
+  /// -1 when the text is no job or cannot be written, and `problem` then says all that is wrong.
+  virtual long PutJob(const BaseSDK::AString& taskId, const BaseSDK::AString& text,
+                      BaseSDK::AString& problem) = 0;
+  /// The task's job in `text` as it stands, whether or not it can be run. 1; -1 when there is none,
+  /// -2 when it cannot be read, and `problem` then says so in words.
+  virtual long GetJob(const BaseSDK::AString& taskId, BaseSDK::AString& text,
+                      BaseSDK::AString& problem) = 0;
+  /// Removes the task's job. 1; -1 when there is none, -2 when it cannot be removed, and `problem`
+  /// then says so in words.
+  virtual long DeleteJob(const BaseSDK::AString& taskId, BaseSDK::AString& problem) = 0;
 
   /// The identifier of this interface, as CIGetObjectInterface takes it.
   static const BaseSDK::AGuid& GetIID();

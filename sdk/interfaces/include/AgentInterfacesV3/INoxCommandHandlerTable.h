@@ -21,6 +21,24 @@ inline constexpr AInterfaceTable::AOperation INoxCommandHandlerOperations[] = {
      "then says why, with file, line and key where there are any.",
      {{"taskId", AMsgType::String, AInterfaceTable::ADirection::In, false},
       {"problem", AMsgType::String, AInterfaceTable::ADirection::Out, false}}},
+    {"PutJob",
+     "Makes a text the job of a task, or replaces the job that it has; that counts from the task's "
+     "next run on. The result is 1, or -1 when not; `problem` then says all that is wrong with the "
+     "text, or why it cannot be written.",
+     {{"taskId", AMsgType::String, AInterfaceTable::ADirection::In, false},
+      {"text", AMsgType::String, AInterfaceTable::ADirection::In, false},
+      {"problem", AMsgType::String, AInterfaceTable::ADirection::Out, false}}},
+    {"GetJob",
+     "Gives the text of a task's job as it stands, whether or not it can be run. The result is 1; "
+     "-1 when there is none, or -2 when it cannot be read, and `problem` says so in words.",
+     {{"taskId", AMsgType::String, AInterfaceTable::ADirection::In, false},
+      {"text", AMsgType::String, AInterfaceTable::ADirection::Out, false},
+      {"problem", AMsgType::String, AInterfaceTable::ADirection::Out, false}}},
+    {"DeleteJob",
+     "Removes a task's job; a run that goes on is not touched. The result is 1; -1 when there is "
+     "none, or -2 when it cannot be removed, and `problem` says so in words.",
+     {{"taskId", AMsgType::String, AInterfaceTable::ADirection::In, false},
+      {"problem", AMsgType::String, AInterfaceTable::ADirection::Out, false}}},
 };
 
 /// The interface INoxCommandHandler itself, as AInterfaceTable::Find gives it.

@@ -17,6 +17,11 @@ class INoxCommandHandler_impl : public virtual INoxObject_impl {
 
   virtual long GetRun(const BaseSDK::AString& taskId, AStringMap& run) = 0;
   virtual long CheckJob(const BaseSDK::AString& taskId, BaseSDK::AString& problem) = 0;
+  virtual long PutJob(const BaseSDK::AString& taskId, const BaseSDK::AString& text,
+                      BaseSDK::AString& problem) = 0;
+  virtual long GetJob(const BaseSDK::AString& taskId, BaseSDK::AString& text,
+                      BaseSDK::AString& problem) = 0;
+  virtual long DeleteJob(const BaseSDK::AString& taskId, BaseSDK::AString& problem) = 0;
 };
 
 }  // namespace Corvane::AgentInterfacesV3
