@@ -18,7 +18,8 @@ constexpr const char* AddTarget = "/v1/tasks/add";
 constexpr std::size_t MaxAddBody = 1024 * 1024;
 // So that the answer comes within the time that an answer may take, on a slow disk as well.
 constexpr std::size_t MaxAddedAtOnce = 200;
-constexpr const char* LatestRunTarget = "/v1/command/INoxCommandHandler/GetRun";
+constexpr const char* JobHandler = "/v1/command/INoxCommandHandler/";
+constexpr long NoJob = -1;
 
 // "message (line 3, column 7)"
 std::string DescribeError(const Json& error) {
@@ -83,17 +84,32 @@ std::string BodyOf(const Json& arguments) {
   return arguments.Dump(0, Json::Charset::Ascii);
 }
 
-// Nothing when there is no such task.
-std::optional<Json> AnswerForTask(const HttpResponse& response) {
+// Nothing when the ID cannot be a task's.
+std::optional<Json> AnswerAbout(const HttpResponse& response) {
   try {
-    Json answer = Answer(response);
-    return ResultOf(answer) < 1 ? std::nullopt : std::optional<Json>(std::move(answer));
+    return Answer(response);
   } catch (const CommandError& refusal) {
     if (refusal.Name() == BadTaskId) {
       return std::nullopt;
     }
     throw;
   }
+}
+
+// Nothing when there is no such task.
+std::optional<Json> AnswerForTask(const HttpResponse& response) {
+  std::optional<Json> answer = AnswerAbout(response);
+  return answer && ResultOf(*answer) >= 1 ? std::move(answer) : std::nullopt;
+}
+
+// Nothing when the task has no job.
+std::optional<Json> AnswerForJob(const HttpResponse& response) {
+  std::optional<Json> answer = AnswerAbout(response);
+  const long result = answer ? ResultOf(*answer) : NoJob;
+  if (result < NoJob) {
+    throw CommandError(ExitCode::Failed, OutText(*answer, "problem"));
+  }
+  return result >= 1 ? std::move(answer) : std::nullopt;
 }
 
 AgentApi::Attributes TextsIn(const Json& object) {
@@ -253,7 +269,24 @@ bool AgentApi::SetRunState(const std::string& id, const std::string& state) {
 }
 
 std::optional<AgentApi::Attributes> AgentApi::LatestRun(const std::string& id) {
-  return RunIn(PostAbout(LatestRunTarget, id));
+  return RunIn(PostAbout(JobHandler + std::string("GetRun"), id));
+}
+
+void AgentApi::PutJob(const std::string& id, const std::string& text) {
+  const Json answer = Answer(Connection().Post(JobHandler + std::string("PutJob"),
+                                               BodyOf({{"taskId", id}, {"text", text}})));
+  if (ResultOf(answer) < 1) {
+    throw CommandError(ExitCode::Usage, OutText(answer, "problem"));
+  }
+}
+
+std::optional<std::string> AgentApi::JobText(const std::string& id) {
+  const auto answer = AnswerForJob(PostAbout(JobHandler + std::string("GetJob"), id));
+  return answer ? std::optional<std::string>(OutText(*answer, "text")) : std::nullopt;
+}
+
+bool AgentApi::DeleteJob(const std::string& id) {
+  return AnswerForJob(PostAbout(JobHandler + std::string("DeleteJob"), id)).has_value();
 }
 
 std::vector<std::pair<std::string, std::string>> AgentApi::FilesThatAreNoTasks() {

@@ -85,6 +85,14 @@ class AgentApi {
   /// What the command handler tells of the task's latest run ("state", "reason" and so on: GetRun
   /// of INoxCommandHandler); nothing when it knows of none, or cannot be asked.
   std::optional<Attributes> LatestRun(const std::string& id);
+  /// Makes the text the task's job, or replaces the job that it has. Throws CommandError, Usage,
+  /// with the command handler's words when it is no job or cannot be written.
+  void PutJob(const std::string& id, const std::string& text);
+  /// The text of the task's job as it stands; nothing when it has none, or when `id` cannot be a
+  /// task's ID.
+  std::optional<std::string> JobText(const std::string& id);
+  /// False when the task has no job, or when `id` cannot be a task's ID.
+  bool DeleteJob(const std::string& id);
   /// Which files are not tasks: {"refused": [...], "strays": [...]}.
   Json Files();
   /// Adds a refused file as a task and returns its ID.
