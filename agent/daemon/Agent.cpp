@@ -68,8 +68,9 @@ void Agent::Start() {
   ALOG(AgentLog(), ALogger::Information, AgentSource,
        AString("noxagentd %1 starts; state in %2").Arg(AgentVersion, m_Settings.m_StateDir));
   m_Lifecycle.LoadAll(m_Settings);
-  m_Server = std::make_unique<ControlServer>(m_Socket.Fd(), PeerCheck(m_Socket.Group()), m_Api,
-                                             m_Notifications);
+  m_Server = std::make_unique<ControlServer>(
+      m_Socket.Fd(), PeerCheck(m_Socket.Group(), m_Settings.m_GroupWritesJobs), m_Api,
+      m_Notifications);
   m_Server->Start();  // only now: a request for the status reads m_Server
   ALOG(AgentLog(), ALogger::Information, AgentSource,
        AString("Serving requests on %1").Arg(m_Settings.SocketPath()));

@@ -87,7 +87,7 @@ std::optional<ApiRequest> Parse(std::string_view bytes) {
   }
   auto& message = parser.get();
   return ApiRequest{std::string(message.method_string()), std::string(message.target()),
-                    std::move(message.body()), 0};
+                    std::move(message.body()), Caller{0, true}};
 }
 
 void RequireAnswer(const ApiResponse& answer) {

@@ -47,6 +47,8 @@ SettingChanges FindRestartChanges(const Settings& inForce, const Settings& now) 
   Compare("[Agent] state_dir", inForce.m_StateDir, now.m_StateDir, changes);
   Compare("[Agent] runtime_dir", inForce.m_RuntimeDir, now.m_RuntimeDir, changes);
   Compare("[Agent] socket_group", inForce.m_SocketGroup, now.m_SocketGroup, changes);
+  Compare("[Agent] group_writes_jobs", YesOrNo(inForce.m_GroupWritesJobs),
+          YesOrNo(now.m_GroupWritesJobs), changes);
   Compare("[Log] file", inForce.m_Log.m_File, now.m_Log.m_File, changes);
   Compare("[Log] file_bytes", Number(inForce.m_Log.m_FileBytes), Number(now.m_Log.m_FileBytes),
           changes);

@@ -44,6 +44,7 @@ struct Settings {
   BaseSDK::AString m_StateDir;    ///< what %installdir% stands for; absolute, as the next
   BaseSDK::AString m_RuntimeDir;
   BaseSDK::AString m_SocketGroup;  ///< who may use the socket besides root and the agent's own user
+  bool m_GroupWritesJobs = false;  ///< whether its members may read and change jobs as well
   LogSettings m_Log;
   std::vector<PluginSettings> m_Plugins;  ///< in the order of loading
 

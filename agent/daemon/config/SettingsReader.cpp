@@ -77,8 +77,10 @@ void SettingsReader::ReadAgent(const Entry& entry) {
     m_Settings.m_RuntimeDir = m_Settings.m_RuntimeDir.IsEmpty() ? path : m_Settings.m_RuntimeDir;
   } else if (entry.m_Key == "socket_group") {
     m_Settings.m_SocketGroup = Text(entry);
+  } else if (entry.m_Key == "group_writes_jobs") {
+    m_Settings.m_GroupWritesJobs = YesOrNo(entry);
   } else {
-    throw UnknownKey(entry, "state_dir, runtime_dir, socket_group");
+    throw UnknownKey(entry, "state_dir, runtime_dir, socket_group, group_writes_jobs");
   }
 }
 

@@ -114,7 +114,7 @@ ApiResponse Api::Route(const ApiRequest& request) {
   if (request.m_Method != "POST") {
     return WrongMethod("POST");
   }
-  return Ok(m_Operations.Answer(target.m_Path, target.m_Query, request.m_Body, request.m_Client));
+  return Ok(m_Operations.Answer(target.m_Path, target.m_Query, request.m_Body, request.m_Caller));
 }
 
 ApiResponse Api::Fixed(const ApiRequest& request, const Target& target) {

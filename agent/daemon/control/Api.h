@@ -2,6 +2,7 @@
 
 #include "agent/daemon/config/SettingChange.h"
 #include "agent/daemon/control/BodyParts.h"
+#include "agent/daemon/control/Caller.h"
 #include "agent/daemon/control/FilesRoute.h"
 #include "agent/daemon/control/OperationRoute.h"
 #include "agent/daemon/control/RequestError.h"
@@ -19,7 +20,7 @@ struct ApiRequest {
   std::string m_Method;
   std::string m_Target;  ///< path and query, as sent
   std::string m_Body;
-  long m_Client = 0;  ///< the process that asks, 0 when that is not known
+  Caller m_Caller{};
 };
 
 /// The answer to one request.

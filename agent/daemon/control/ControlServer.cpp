@@ -260,13 +260,13 @@ void ControlServer::Impl::Admit(int fd) {
     (void)::close(fd);
     return;
   }
-  const bool admitted = m_Peers.Admits(fd);
+  const std::optional<Caller> caller = m_Peers.CallerAt(fd);
   const bool isFull = m_Sessions.size() >= MaxConnections;
-  const auto session =
-      std::make_shared<ControlSession>(ControlSession::Socket(m_Io, Protocol(), fd), *this);
+  const auto session = std::make_shared<ControlSession>(
+      ControlSession::Socket(m_Io, Protocol(), fd), caller.value_or(Caller()), *this);
   m_Sessions.insert(session);
   m_SessionCount = static_cast<unsigned>(m_Sessions.size());
-  if (!admitted) {
+  if (!caller.has_value()) {
     session->Refuse(RequestError(HttpStatus::Forbidden, "not-allowed",
                                  "the control socket is for root, the agent's own user and the "
                                  "group named by socket_group"));

@@ -52,8 +52,9 @@ std::unique_ptr<RequestError> Explain(const boost::system::error_code& error) {
 
 }  // namespace
 
-ControlSession::ControlSession(Socket socket, Server& server)
+ControlSession::ControlSession(Socket socket, const Caller& caller, Server& server)
     : m_Socket(std::move(socket)),
+      m_Caller(caller),
       m_Server(server),
       m_Timer(m_Socket.get_executor()),
       m_Buffer(BufferBytes) {}
@@ -120,7 +121,7 @@ void ControlSession::OnBody(Error error) {
   auto& message = m_Parser->get();
   m_Server.Answer(
       {std::string(message.method_string()), std::string(message.target()),
-       std::move(message.body()), PeerCheck::ProcessOf(m_Socket.native_handle())},
+       std::move(message.body()), m_Caller},
       [self = shared_from_this()](const ApiResponse& answer) { self->OnAnswer(answer); });
 }
 

@@ -48,7 +48,8 @@ class ControlSession : public std::enable_shared_from_this<ControlSession> {
     virtual void Ended(const std::shared_ptr<ControlSession>& session) = 0;
   };
 
-  ControlSession(Socket socket, Server& server);
+  /// `caller` is at the other end of the socket.
+  ControlSession(Socket socket, const Caller& caller, Server& server);
 
   /// Reads requests and answers them.
   void Start();
@@ -90,6 +91,7 @@ class ControlSession : public std::enable_shared_from_this<ControlSession> {
   void StopTimer();
 
   Socket m_Socket;
+  const Caller m_Caller;
   Server& m_Server;
   boost::asio::steady_timer m_Timer;
   boost::beast::flat_buffer m_Buffer;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "agent/daemon/control/Caller.h"
 #include "agent/daemon/plugins/Plugin.h"
 #include "agent/document/TaskDocumentProblem.h"
 
@@ -30,7 +31,7 @@ struct OperationCall {
   const Table::AOperation& m_Operation;
   /// The enumeration that the client names; empty when it names none.
   std::string m_Token;
-  long m_Client = 0;  ///< the process that asks, 0 when that is not known
+  Caller m_Caller;
   /// What the border found odd.
   std::vector<TaskDocumentProblem> m_Problems;
   Corvane::AgentInterfacesV3::AMsgReply m_Reply;

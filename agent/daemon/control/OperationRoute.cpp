@@ -1,5 +1,6 @@
 #include "agent/daemon/control/OperationRoute.h"
 
+#include "agent/daemon/control/JobBorder.h"
 #include "agent/daemon/control/JsonMessage.h"
 #include "agent/daemon/control/ReplyError.h"
 #include "agent/daemon/control/ReplyValue.h"
@@ -73,9 +74,9 @@ bool OperationRoute::IsPath(const std::string& path) {
 }
 
 Json OperationRoute::Answer(const std::string& path, const std::string& query,
-                            const std::string& body, long client) {
+                            const std::string& body, const Caller& caller) {
   const std::unique_ptr<OperationCall> call = Find(path);
-  call->m_Client = client;
+  call->m_Caller = caller;
   const bool force = query == "force=1" && call->m_Operation.m_Name == "AddTask";
   if (!query.empty() && !force) {
     throw RequestError(HttpStatus::BadRequest, "bad-query",
@@ -98,7 +99,14 @@ void OperationRoute::Prepare(OperationCall& call, const Json& arguments, bool fo
   if (HandleOf(call) != nullptr) {
     call.m_Token = JsonMessage::DecodeToken(arguments, "handle");
   }
+  JobBorder::Check(call.m_Caller, call.m_Request, TaskFileExtension());
   call.m_Problems = m_Border.Check(*call.m_Plugin, call.m_Request, force);
+}
+
+// Empty without a scheduler.
+AString OperationRoute::TaskFileExtension() const {
+  return m_Store.Files() != nullptr ? AString::FromUtf8(m_Store.Files()->Directory().Extension())
+                                    : AString();
 }
 
 Json OperationRoute::Perform(OperationCall& call) {
@@ -146,7 +154,7 @@ Json OperationRoute::OpenEnumeration(OperationCall& call) {
     throw RequestError(HttpStatus::BadRequest, "handle-not-empty",
                        "an enumeration begins without a handle: leave it out");
   }
-  EnumerationHandles::Reservation reservation(m_Handles, call.m_Client);
+  EnumerationHandles::Reservation reservation(m_Handles, call.m_Caller.m_Process);
   Json answer = Send(call);
   const auto handle = Out<unsigned long>(call.m_Reply, "handle");
   if (handle == 0) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "agent/daemon/control/Caller.h"
 #include "agent/daemon/control/EnumerationHandles.h"
 #include "agent/daemon/control/OperationCall.h"
 #include "agent/daemon/control/RequestError.h"
@@ -16,7 +17,7 @@ namespace NoxAgent {
 
 /// The route /v1/PLUGIN/INTERFACE/OPERATION, which reaches every operation of every interface that
 /// a plug-in serves. It makes a message of the path and the JSON body, has the border check it
-/// (TaskBorder), sends it, and makes JSON of the reply.
+/// (TaskBorder, JobBorder), sends it, and makes JSON of the reply.
 ///
 /// Any number of threads may ask at once.
 class OperationRoute {
@@ -27,10 +28,10 @@ class OperationRoute {
   /// Whether the path has the form above; what it names need not exist.
   static bool IsPath(const std::string& path);
 
-  /// `client` is the process that asks, 0 when that is not known. {"result": n, "out": {...}}, with
-  /// "warnings" when the border has any. Throws RequestError. REQUIRES: IsPath(path).
+  /// {"result": n, "out": {...}}, with "warnings" when the border has any. Throws RequestError.
+  /// REQUIRES: IsPath(path).
   Json Answer(const std::string& path, const std::string& query, const std::string& body,
-              long client = 0);
+              const Caller& caller);
 
   // The same in two steps, for other routes that add tasks.
 
@@ -43,6 +44,7 @@ class OperationRoute {
  private:
   std::unique_ptr<OperationCall> Find(const std::string& path) const;
   void Prepare(OperationCall& call, const Json& arguments, bool force) const;
+  BaseSDK::AString TaskFileExtension() const;
   Json SendWithHandle(OperationCall& call);
   Json OpenEnumeration(OperationCall& call);
   Json UseEnumeration(OperationCall& call);

@@ -30,26 +30,31 @@ std::vector<gid_t> PeerGroups(int fd, gid_t primary) {
   return groups;
 }
 
-}  // namespace
-
-bool PeerCheck::Admits(int fd) const {
-  const std::optional<ucred> peer = PeerOf(fd);
-  if (!peer.has_value()) {
-    return false;
-  }
-  const std::vector<gid_t> groups = PeerGroups(fd, peer->gid);
-  return Admits(peer->uid, groups.data(), groups.size());
+bool IsAgentOrRoot(uid_t user) {
+  return user == 0 || user == ::geteuid();
 }
 
-pid_t PeerCheck::ProcessOf(int fd) {
+}  // namespace
+
+std::optional<Caller> PeerCheck::CallerAt(int fd) const {
   const std::optional<ucred> peer = PeerOf(fd);
-  return peer.has_value() ? peer->pid : 0;
+  if (!peer.has_value()) {
+    return std::nullopt;
+  }
+  const std::vector<gid_t> groups = PeerGroups(fd, peer->gid);
+  return Admits(peer->uid, groups.data(), groups.size())
+             ? std::optional(Caller{peer->pid, OpensJobsTo(peer->uid)})
+             : std::nullopt;
 }
 
 bool PeerCheck::Admits(uid_t user, const gid_t* groups, std::size_t count) const {
   const bool isMember =
       m_Group.has_value() && std::find(groups, groups + count, *m_Group) != groups + count;
-  return user == 0 || user == ::geteuid() || isMember;
+  return IsAgentOrRoot(user) || isMember;
+}
+
+bool PeerCheck::OpensJobsTo(uid_t user) const {
+  return IsAgentOrRoot(user) || m_GroupUsesJobs;
 }
 
 }  // namespace NoxAgent

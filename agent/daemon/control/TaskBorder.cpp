@@ -2,9 +2,9 @@
 
 #include "agent/daemon/control/ReplyValue.h"
 #include "agent/daemon/control/RequestError.h"
+#include "agent/daemon/control/TaskIdCheck.h"
 #include "agent/document/AsciiDocument.h"
 #include "agent/document/TaskDocumentCheck.h"
-#include "agent/document/TaskId.h"
 
 #include <AgentInterfacesV3/InterfaceIds.h>
 #include <BaseSDK/AText.h>
@@ -30,13 +30,6 @@ AString TextOf(const AMsgIn& request, std::string_view name) {
 
 AString HandlerOf(const AString& document) {
   return BaseSDK::AXmlDoc(document).SelectSingleNode("//HandlerCLSID/text()");
-}
-
-void CheckTaskId(const AString& taskId, const AString& extension) {
-  if (const AString fault = FaultOfTaskId(taskId, extension); !fault.IsEmpty()) {
-    throw RequestError(HttpStatus::Unprocessable, "bad-task-id",
-                       AString("the task ID \"%1\" %2").Arg(taskId.Left(250), fault));
-  }
 }
 
 void CheckTaskIds(const AString& taskIds, const AString& extension) {

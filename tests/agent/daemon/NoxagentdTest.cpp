@@ -170,7 +170,7 @@ TEST_F(NoxagentdTest, NamesFileLineAndKeyOfABadConfiguration) {
   EXPECT_EQ(process->Wait(), 2);
   EXPECT_EQ(process->Text(), "noxagentd: " + (m_Dir / "agent.ini").string() +
                                  ":3: unknown key \"speed\"; there are state_dir, runtime_dir, "
-                                 "socket_group\n");
+                                 "socket_group, group_writes_jobs\n");
 }
 
 TEST_F(NoxagentdTest, ServesUntilItIsAskedToStop) {

@@ -84,18 +84,18 @@ TestAgent& TestAgent::Load() {
   return *this;
 }
 
-TestAgent& TestAgent::Serve(const ControlPatience& patience) {
+TestAgent& TestAgent::Serve(const ControlPatience& patience, const PeerCheck& peers) {
   Load();
   m_Socket = std::make_unique<ControlSocket>(m_Settings.SocketPath(), AString());
-  m_Server = std::make_unique<ControlServer>(m_Socket->Fd(), PeerCheck(std::nullopt), m_Api,
-                                             m_Notifications, patience);
+  m_Server =
+      std::make_unique<ControlServer>(m_Socket->Fd(), peers, m_Api, m_Notifications, patience);
   m_Server->Start();
   return *this;
 }
 
 ApiResponse TestAgent::Ask(const std::string& method, const std::string& target,
-                           const std::string& body) {
-  return m_Api.Handle({method, target, body});
+                           const std::string& body, const Caller& caller) {
+  return m_Api.Handle({method, target, body, caller});
 }
 
 Json TestAgent::Call(const std::string& operation, const Json& arguments,

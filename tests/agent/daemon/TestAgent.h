@@ -49,14 +49,15 @@ class TestAgent {
   /// Load, then serve the control socket. Only tests of its patience give it a short one: a machine
   /// that stalls would make clients of all others too slow.
   static constexpr ControlPatience LongPatience{600, 600, 600, 600};
-  TestAgent& Serve(const ControlPatience& patience = LongPatience);
+  TestAgent& Serve(const ControlPatience& patience = LongPatience,
+                   const PeerCheck& peers = PeerCheck(std::nullopt));
 
   std::string SocketPath() const { return m_Settings.SocketPath().ToUtf8(); }
   std::string ConfigPath(const std::string& plugin) const;
 
   /// The answer of the API, without a socket; the body of the answer as JSON.
   ApiResponse Ask(const std::string& method, const std::string& target,
-                  const std::string& body = {});
+                  const std::string& body = {}, const Caller& caller = {0, true});
   Json Call(const std::string& operation, const Json& arguments, const std::string& plugin = "one");
   /// The code of the error that the call is answered with; empty when it is answered with none.
   std::string CallError(const std::string& operation, const Json& arguments);

@@ -119,12 +119,13 @@ TEST_F(SettingsTest, CommandLineOverFileOverDefaults) {
 
 TEST_F(SettingsTest, ReadsEverySetting) {
   const Settings settings = LoadText(
-      "[Agent]\nstate_dir=/s\nsocket_group=adm\n"
+      "[Agent]\nstate_dir=/s\nsocket_group=adm\ngroup_writes_jobs=yes\n"
       "[Log]\nlevel=warning\nfile=%installdir%/a.log\nfile_bytes=8192\nfiles=2\n"
       "[LogLevels]\nCorvane::Agent::TaskScheduler=trace\n"
       "[Plugin command]\n[Plugin mine]\npath=lib/mine.so\nconfig=/etc/mine.ini\n"
       "class_id={AAAAAAAA-0000-0000-0000-000000000001}\n");
   EXPECT_EQ(settings.m_SocketGroup, AString("adm"));
+  EXPECT_TRUE(settings.m_GroupWritesJobs);
   EXPECT_EQ(settings.m_Log.m_Level, ALogger::Warning);
   EXPECT_EQ(settings.Resolve(settings.m_Log.m_File), AString("/s/a.log"));
   EXPECT_EQ(settings.m_Log.m_FileBytes, 8192);
@@ -157,14 +158,25 @@ TEST_F(SettingsTest, AChangeOfJobOutputWaitsForTheNextStart) {
   EXPECT_EQ(FindRestartChanges(after, before), (SettingChanges{{"[Log] job_output", "no", ""}}));
 }
 
+TEST_F(SettingsTest, JobsAreNotForTheGroupUnlessItIsSaid) {
+  const Settings unset = LoadText("[Agent]\nstate_dir=/s\nsocket_group=adm\n");
+  EXPECT_FALSE(unset.m_GroupWritesJobs);
+  const Settings set = LoadText("[Agent]\nstate_dir=/s\nsocket_group=adm\ngroup_writes_jobs=yes\n");
+  EXPECT_EQ(FindRestartChanges(unset, set),
+            (SettingChanges{{"[Agent] group_writes_jobs", "no", "yes"}}));
+}
+
 TEST_F(SettingsTest, NamesLineAndKeyOfWhatIsWrong) {
   const struct {
     const char* m_Text;
     const char* m_Error;
   } rows[] = {
       {"sate_dir=/x",
-       "3: unknown key \"sate_dir\"; there are state_dir, runtime_dir, socket_group"},
+       "3: unknown key \"sate_dir\"; there are state_dir, runtime_dir, socket_group, "
+       "group_writes_jobs"},
       {"runtime_dir=", "3: the key \"runtime_dir\" has no value"},
+      {"group_writes_jobs=maybe",
+       "3: the key \"group_writes_jobs\" wants yes or no, not \"maybe\""},
       {"[Other]", "3: unknown section \"Other\"; there are Agent, Log, LogLevels and Plugin NAME"},
       {"[Log]\nlevel=loud",
        "4: the key \"level\" wants a level (error, warning, notice, information, debug or trace), "

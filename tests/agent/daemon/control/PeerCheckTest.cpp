@@ -26,13 +26,25 @@ TEST(PeerCheck, AdmitsTheMembersOfTheGroup) {
   EXPECT_FALSE(check.Admits(Stranger, groups, 0));
 }
 
+TEST(PeerCheck, OpensJobsToTheGroupOnlyWhenItIsToldTo) {
+  for (const bool groupUsesJobs : {false, true}) {
+    const PeerCheck check(gid_t{77}, groupUsesJobs);
+    EXPECT_TRUE(check.OpensJobsTo(0));
+    EXPECT_TRUE(check.OpensJobsTo(::geteuid()));
+    EXPECT_EQ(check.OpensJobsTo(Stranger), groupUsesJobs);
+  }
+}
+
 TEST(PeerCheck, AsksTheKernelWhoConnected) {
   int fds[2];
   ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, fds), 0);
-  EXPECT_TRUE(PeerCheck(std::nullopt).Admits(fds[0]));
+  const std::optional<Caller> caller = PeerCheck(std::nullopt).CallerAt(fds[0]);
+  ASSERT_TRUE(caller.has_value());
+  EXPECT_EQ(caller->m_Process, ::getpid());
+  EXPECT_TRUE(caller->m_MayUseJobs);
   (void)::close(fds[1]);
   (void)::close(fds[0]);
-  EXPECT_FALSE(PeerCheck(std::nullopt).Admits(-1));
+  EXPECT_FALSE(PeerCheck(std::nullopt).CallerAt(-1).has_value());
 }
 
 }  // namespace
