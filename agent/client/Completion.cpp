@@ -1,5 +1,8 @@
 #include "agent/client/Completion.h"
 
+#include "agent/phrase/PhraseGrammar.h"
+#include "agent/phrase/PhraseReader.h"
+
 #include <algorithm>
 
 namespace NoxAgent {
@@ -15,18 +18,26 @@ class Beginning {
   Beginning(const CommandLine& line, CommandContext& context) : m_Line(line), m_Context(context) {}
 
   void Take(const std::string& word) {
+    if (m_IsTail) {
+      return;
+    }
     if (m_Pending) {
       TakeValue(*m_Pending, word);
       m_Pending.reset();
+    } else if (word == "--" && m_Command != nullptr && m_Command->HasTail()) {
+      m_IsTail = true;
     } else if (word.rfind('-', 0) == 0 && word.size() > 1) {
       TakeOption(word);
     } else if (m_Command == nullptr) {
       m_Command = m_Line.FindCommand(word);
       m_IsUnknown = m_IsUnknown || m_Command == nullptr;
     } else {
-      ++m_Arguments;
+      m_Arguments.push_back(word);
     }
   }
+
+  /// Behind the "--" of a command that takes what follows as it is.
+  bool IsTail() const { return m_IsTail; }
 
   bool IsUnknown() const { return m_IsUnknown; }
   const CommandLine* Command() const { return m_Command; }
@@ -55,10 +66,17 @@ class Beginning {
   /// What the next argument is called; empty when there can be none.
   std::string Argument() const {
     const auto arguments = m_Command->Arguments();
-    if (m_Arguments < arguments.size()) {
-      return arguments[m_Arguments].m_Name;
+    if (m_Arguments.size() < arguments.size()) {
+      return arguments[m_Arguments.size()].m_Name;
     }
     return arguments.empty() || !arguments.back().m_IsMany ? "" : arguments.back().m_Name;
+  }
+
+  /// The words of the command's last argument that are there already.
+  Words LastArgument() const {
+    const std::size_t before = m_Command->Arguments().size() - 1;
+    return {m_Arguments.begin() + static_cast<std::ptrdiff_t>(std::min(before, m_Arguments.size())),
+            m_Arguments.end()};
   }
 
  private:
@@ -88,7 +106,8 @@ class Beginning {
   CommandContext& m_Context;
   const CommandLine* m_Command = nullptr;
   std::optional<OptionForm> m_Pending;
-  std::size_t m_Arguments = 0;
+  Words m_Arguments;
+  bool m_IsTail = false;
   bool m_IsUnknown = false;
 };
 
@@ -121,6 +140,20 @@ Words ValuesOf(const std::string& name, const CommandContext& context) {
     values.emplace_back(":files");
   }
   return values;
+}
+
+// The words that may come next in a schedule; a kind of words offers some of them.
+Words WordsOfSchedule(const Words& before) {
+  Words words;
+  for (const std::string& name : ExpectedBehind(before)) {
+    const PhraseTerminal* const terminal = FindPhraseTerminal(name);
+    if (terminal == nullptr) {
+      words.push_back(name);
+    } else {
+      words.insert(words.end(), terminal->m_Proposals.begin(), terminal->m_Proposals.end());
+    }
+  }
+  return words;
 }
 
 Words NamesOf(const std::vector<OptionForm>& options) {
@@ -156,7 +189,9 @@ void Complete(const CommandLine& line, const std::vector<std::string>& words,
     return;
   }
   const std::size_t equals = last.find('=');
-  if (const auto& pending = beginning.Pending()) {
+  if (beginning.IsTail()) {
+    Print({":files"}, last, context.m_Out);
+  } else if (const auto& pending = beginning.Pending()) {
     Print(ValuesOf(pending->m_Takes, context), last, context.m_Out);
   } else if (last.rfind("--", 0) == 0 && equals != std::string::npos) {
     const auto option = beginning.FindOption(last.substr(0, equals));
@@ -165,6 +200,8 @@ void Complete(const CommandLine& line, const std::vector<std::string>& words,
     Print(NamesOf(beginning.Options()), last, context.m_Out);
   } else if (beginning.Command() == nullptr) {
     Print(line.Commands(), last, context.m_Out);
+  } else if (beginning.Argument() == "WHEN") {
+    Print(WordsOfSchedule(beginning.LastArgument()), last, context.m_Out);
   } else {
     Print(ValuesOf(beginning.Argument(), context), last, context.m_Out);
   }

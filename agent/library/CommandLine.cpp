@@ -10,6 +10,7 @@ struct CommandLine::Impl {
   std::unique_ptr<CLI::App> m_Owned;  // null for a command: its parent's owns it
   CLI::App& m_App;
   std::vector<std::unique_ptr<CommandLine>> m_Commands;
+  std::vector<std::string>* m_Tail = nullptr;  // where the words behind "--" go
 };
 
 namespace {
@@ -108,6 +109,10 @@ void CommandLine::Footer(const std::string& text) {
   (void)m_Impl->m_App.footer(text);
 }
 
+void CommandLine::Explain(const std::string& text) {
+  (void)m_Impl->m_App.footer(text + '\n' + m_Impl->m_App.get_footer());
+}
+
 void CommandLine::Version(const std::string& text) {
   (void)m_Impl->m_App.set_version_flag("--version", text);
 }
@@ -162,6 +167,13 @@ CommandLine::Value CommandLine::Argument(const std::string& name, std::vector<st
   return Value(*m_Impl->m_App.add_option(name, values, help)).Takes("");
 }
 
+void CommandLine::Tail(const std::string& name, std::vector<std::string>& values,
+                       const std::string& help) {
+  m_Impl->m_Tail = &values;
+  // The library has no such thing: the words never reach it. Its help shows them as an option.
+  Explain("-- " + name + "  " + help + '\n');
+}
+
 std::vector<std::string> CommandLine::Commands() const {
   std::vector<std::string> names;
   for (const auto& command : m_Impl->m_Commands) {
@@ -201,10 +213,30 @@ std::vector<CommandLine::ArgumentForm> CommandLine::Arguments() const {
   return forms;
 }
 
+bool CommandLine::HasTail() const {
+  return m_Impl->m_Tail != nullptr;
+}
+
+// Hands the words behind "--" to the command that takes them; the words before it name it.
+std::vector<std::string> CommandLine::WithoutTail(const std::vector<std::string>& words) {
+  const auto mark = std::find(words.begin(), words.end(), "--");
+  for (auto word = words.begin(); word != mark; ++word) {
+    const CommandLine* const command = FindCommand(*word);
+    if (command != nullptr && command->HasTail() && mark != words.end()) {
+      *command->m_Impl->m_Tail = {mark + 1, words.end()};
+      return {words.begin(), mark};
+    }
+    if (command != nullptr) {
+      break;
+    }
+  }
+  return words;
+}
+
 bool CommandLine::Parse(const std::vector<std::string>& words, std::ostream& out) {
   CLI::App& app = m_Impl->m_App;
   try {
-    std::vector<std::string> all = WithEmptyValues(words);
+    std::vector<std::string> all = WithEmptyValues(WithoutTail(words));
     std::reverse(all.begin(), all.end());  // they are taken from the back
     app.parse(std::move(all));
     return true;

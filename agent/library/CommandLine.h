@@ -65,6 +65,9 @@ class CommandLine {
   void OnUse(std::function<void()> action);
   /// Puts text below the help of this line, and of the commands that are added from now on.
   void Footer(const std::string& text);
+  /// Puts text between the options and the footer of this command's help. What is added first
+  /// comes last.
+  void Explain(const std::string& text);
   /// What --version answers.
   void Version(const std::string& text);
 
@@ -87,6 +90,9 @@ class CommandLine {
   Value Argument(const std::string& name, std::vector<std::string>& values,
                  const std::string& help);
 
+  /// Takes all words behind "--", whatever they look like. Only a command may have one.
+  void Tail(const std::string& name, std::vector<std::string>& values, const std::string& help);
+
   // What may stand on the line, for programs that help people to write one.
 
   struct OptionForm {
@@ -105,6 +111,7 @@ class CommandLine {
   /// --help and --version included; of a command, its own alone.
   std::vector<OptionForm> Options() const;
   std::vector<ArgumentForm> Arguments() const;
+  bool HasTail() const;
 
   /// Reads the words behind the program's name. False when they asked for --help or --version,
   /// which is on `out` then. CommandLineError when they cannot be read.
@@ -113,6 +120,8 @@ class CommandLine {
  private:
   struct Impl;
   explicit CommandLine(std::unique_ptr<Impl> impl);
+
+  std::vector<std::string> WithoutTail(const std::vector<std::string>& words);
 
   std::unique_ptr<Impl> m_Impl;
 };

@@ -9,6 +9,9 @@ namespace NoxAgent {
 
 namespace {
 
+constexpr std::size_t NameWidth = 11;
+constexpr std::size_t LineWidth = 66;
+
 constexpr std::array<Grammar::Rule, 7> Rules{{
     {"WHEN", "RULE [and WHEN]"},
     {"RULE", "now | ONCE | DAYS at CLOCKS [REPEAT] [SPAN] | EVERY [SPAN] | cron EXPRESSION"},
@@ -56,6 +59,24 @@ const std::array<PhraseTerminal, 11>& Terminals() {
   return all;
 }
 
+// Each alternative of a long rule on a line of its own, which begins with `next`.
+std::string Folded(const std::string& rule, const std::string& next) {
+  if (rule.size() <= LineWidth) {
+    return rule;
+  }
+  std::string text;
+  int depth = 0;
+  for (const char character : rule) {
+    depth += character == '(' ? 1 : character == ')' ? -1 : 0;
+    if (character == '|' && depth == 0) {
+      text.pop_back();
+      text += next;
+    }
+    text += character;
+  }
+  return text;
+}
+
 }  // namespace
 
 std::span<const Grammar::Rule> PhraseRules() {
@@ -85,8 +106,9 @@ const Grammar& ThePhraseGrammar() {
 std::string PhraseGrammarText(const std::string& indent) {
   std::string text;
   const auto add = [&](const std::string& name, const std::string& meaning) {
-    constexpr std::size_t Width = 11;
-    text += indent + name + std::string(Width - name.size(), ' ') + meaning + '\n';
+    const std::string next = '\n' + indent + std::string(NameWidth, ' ');
+    text +=
+        indent + name + std::string(NameWidth - name.size(), ' ') + Folded(meaning, next) + '\n';
   };
   for (const Grammar::Rule& rule : Rules) {
     add(rule.m_Name, Grammar::Shown(rule.m_Text));

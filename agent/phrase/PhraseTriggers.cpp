@@ -150,8 +150,26 @@ class TriggerMaker {
   void AddFrom(const TriggerRule& days, long from, long until) {
     StartRule rule{WithTime(days), m_Time.m_Clock};
     rule.m_Rule.m_End = until;
-    if (const auto trigger = BeginAtFirstStart(rule, m_Calendar, from)) {
+    const auto trigger = BeginAtFirstStart(rule, m_Calendar, from);
+    const long begin = trigger ? trigger->m_Begin : until == NoTime ? from : until;
+    for (long day = m_Calendar.DayOf(from); day <= m_Calendar.DayOf(begin); ++day) {
+      if (SchedulerTrigger::MasksSelect(days, m_Calendar.DateOf(day))) {
+        AddMoved(day, from, begin);
+      }
+    }
+    if (trigger) {
       Add(*trigger);
+    }
+  }
+
+  // The start on a day that lacks the time of day comes at another one. The trigger cannot begin
+  // there, so that start is one by itself.
+  void AddMoved(long day, long from, long until) {
+    const long moved = m_Calendar.MomentOf(day, m_Time.m_Clock);
+    if (moved >= from && moved < until && StartOn(day, m_Time.m_Clock) == NoTime) {
+      TriggerRule trigger = WithTime({});
+      trigger.m_Begin = moved;
+      Add(trigger);
     }
   }
 
@@ -162,8 +180,12 @@ class TriggerMaker {
     const long lastDay =
         m_Calendar.DayOf(m_Rule.m_Until == NoTime ? LocalCalendar::End() : m_Rule.m_Until);
     for (; day <= lastDay; ++day) {
+      if (!choice.Selects(day)) {
+        continue;
+      }
+      AddMoved(day, m_Earliest, LocalCalendar::End());
       const long start = StartOn(day, m_Time.m_Clock);
-      if (!choice.Selects(day) || start < m_Earliest) {
+      if (start < m_Earliest) {
         continue;
       }
       TriggerRule trigger = WithTime(choice.Trigger());

@@ -3,6 +3,9 @@
 namespace NoxAgent {
 
 void AddAllCommands(CommandLine& line, CommandContext& context) {
+  AddCreateCommand(line, context);
+  AddDescribeCommand(line, context);
+  AddEditCommand(line, context);
   AddAddCommand(line, context);
   AddListCommand(line, context);
   AddTaskCommands(line, context);

@@ -15,6 +15,9 @@ void AddAddCommand(CommandLine& line, CommandContext& context);
 void AddAgentCommands(CommandLine& line, CommandContext& context);  ///< refresh, status, notify
 void AddCheckCommand(CommandLine& line, CommandContext& context);
 void AddCheckJobCommand(CommandLine& line, CommandContext& context);
+void AddCreateCommand(CommandLine& line, CommandContext& context);
+void AddDescribeCommand(CommandLine& line, CommandContext& context);
+void AddEditCommand(CommandLine& line, CommandContext& context);
 void AddExplainCommand(CommandLine& line, CommandContext& context);
 void AddFilesCommand(CommandLine& line, CommandContext& context);
 void AddListCommand(CommandLine& line, CommandContext& context);

@@ -143,9 +143,20 @@ void ForEach(const std::vector<std::string>& ids, const char* done,
   PrintDone(ready, done, context);
 }
 
-void Delete(AgentApi& agent, const std::string& id) {
+// The task goes first: without its job it would fail when it is due meanwhile.
+void Delete(AgentApi& agent, const std::string& id, bool keepsJob, const CommandContext& context) {
   if (!agent.DeleteTask(id)) {
     FailUnknown(id);
+  }
+  if (keepsJob) {
+    return;
+  }
+  try {
+    (void)agent.DeleteJob(id);
+  } catch (const CommandError& error) {
+    context.PrintWarning(
+        {{"id", id},
+         {"message", "the task is deleted, its job is not: " + std::string(error.what())}});
   }
 }
 
@@ -177,9 +188,10 @@ void SetState(const std::string& id, const std::string& state, const CommandCont
 }
 
 // `done` is the message for each task for which this went well.
-void AddManyCommand(CommandLine& line, const char* name, const char* summary, const char* done,
-                    std::function<void(AgentApi&, const std::string&)> act,
-                    CommandContext& context) {
+CommandLine& AddManyCommand(CommandLine& line, const char* name, const char* summary,
+                            const char* done,
+                            std::function<void(AgentApi&, const std::string&)> act,
+                            CommandContext& context) {
   CommandLine& command = line.Command(name, summary);
   const auto ids = std::make_shared<std::vector<std::string>>();
   command.Argument("ID", *ids, "task IDs").Required();
@@ -188,6 +200,7 @@ void AddManyCommand(CommandLine& line, const char* name, const char* summary, co
     ForEach(
         *ids, done, [&](const std::string& id) { act(agent, id); }, context);
   });
+  return command;
 }
 
 void AddOneCommand(CommandLine& line, const char* name, const char* summary,
@@ -203,7 +216,14 @@ void AddOneCommand(CommandLine& line, const char* name, const char* summary,
 void AddTaskCommands(CommandLine& line, CommandContext& context) {
   AddOneCommand(line, "show", "Print a task's document",
                 [&context](const std::string& id) { Show(id, context); });
-  AddManyCommand(line, "delete", "Delete tasks", "deleted", Delete, context);
+  const auto keepsJob = std::make_shared<bool>(false);
+  AddManyCommand(
+      line, "delete", "Delete tasks with their jobs", "deleted",
+      [keepsJob, &context](AgentApi& agent, const std::string& id) {
+        Delete(agent, id, *keepsJob, context);
+      },
+      context)
+      .Flag("--keep-job", *keepsJob, "leave the job files where they are");
   AddManyCommand(
       line, "enable", "Enable tasks", "enabled",
       [](AgentApi& agent, const std::string& id) { Enable(agent, id, true); }, context);

@@ -65,10 +65,34 @@ class WordReader {
   bool m_Escaped = false;
 };
 
+bool NeedsQuotes(const std::string& word) {
+  return word.empty() || word.find_first_of(" \t'\"\\") != std::string::npos;
+}
+
+std::string Quoted(const std::string& word) {
+  if (word.find('\'') == std::string::npos) {
+    return "'" + word + "'";
+  }
+  std::string quoted = "\"";
+  for (const char character : word) {
+    quoted += character == '"' || character == '\\' ? "\\" : "";
+    quoted += character;
+  }
+  return quoted + "\"";
+}
+
 }  // namespace
 
 std::optional<std::vector<std::string>> SplitWords(std::string_view text) {
   return WordReader().Read(text);
+}
+
+std::string JoinWords(const std::vector<std::string>& words) {
+  std::string text;
+  for (const std::string& word : words) {
+    text += (text.empty() ? "" : " ") + (NeedsQuotes(word) ? Quoted(word) : word);
+  }
+  return text;
 }
 
 }  // namespace NoxHandler

@@ -12,4 +12,7 @@ namespace NoxHandler {
 /// for itself. Nothing is expanded. Empty when a quote is not closed or a backslash ends the text.
 std::optional<std::vector<std::string>> SplitWords(std::string_view text);
 
+/// The text that SplitWords makes these words of. A word must not have a line break in it.
+std::string JoinWords(const std::vector<std::string>& words);
+
 }  // namespace NoxHandler

@@ -75,9 +75,11 @@ TEST_F(PhraseTriggers, BeginAtTheNextStart) {
   EXPECT_EQ(Local("2026-11-23 18:00:00"), triggers[1].m_Begin);
 }
 
-TEST_F(PhraseTriggers, DoNotBeginOnADayThatLacksTheTime) {
-  const auto triggers = Make("daily at 02:30 from 2027-03-14");
-  EXPECT_EQ(Local("2027-03-15 02:30:00"), triggers.at(0).m_Begin);
+TEST_F(PhraseTriggers, DoNotBeginOnADayThatLacksTheTimeButRunOnIt) {
+  EXPECT_EQ("2027-03-14 03:30\n2027-03-15 02:30\n2027-03-16 02:30\n",
+            Runs("daily at 02:30 from 2027-03-14", 3));
+  EXPECT_EQ("2027-03-14 03:30\n2027-03-16 02:30\n",
+            Runs("every 2 days at 02:30 from 2027-03-14", 2));
 }
 
 TEST_F(PhraseTriggers, GoOnWithARepetitionThatIsUnderWay) {

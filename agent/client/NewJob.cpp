@@ -1,0 +1,109 @@
+#include "agent/client/NewJob.h"
+
+#include "agent/client/ExitCode.h"
+#include "agent/handler/job/Job.h"
+#include "agent/handler/job/Words.h"
+
+#include <BaseSDK/AString.h>
+
+#include <filesystem>
+#include <utility>
+
+namespace NoxAgent {
+
+using BaseSDK::AString;
+
+namespace {
+
+constexpr const char* Example = "noxctl create backup daily at 02:30 -- /usr/bin/backup --full";
+
+[[noreturn]] void Refuse(const std::string& why) {
+  throw CommandError(ExitCode::Usage, why);
+}
+
+// The program and its arguments as the system takes them.
+std::vector<std::string> RunnableCommand(std::vector<std::string> words) {
+  if (words.empty() || words.front().empty()) {
+    Refuse(std::string("it is not said what to run; put the command behind --, as in ") + Example);
+  }
+  const std::string first = words.front();
+  std::error_code ignored;
+  const bool isShells = words.size() == 1 && !std::filesystem::exists(first, ignored) &&
+                        first.find_first_of(" \t|&;<>()$`*?[]~#'\"\\") != std::string::npos;
+  if (isShells) {
+    return {"/bin/sh", "-c", first};
+  }
+  if (first.find('/') != std::string::npos) {
+    words.front() = std::filesystem::absolute(first).lexically_normal().string();
+  }
+  return words;
+}
+
+class JobText {
+ public:
+  void Add(const std::string& key, const std::string& value) {
+    if (value.find_first_of("\n\r") != std::string::npos) {
+      Refuse(key + ": a job's values are one line; put the command into a script");
+    }
+    if (!value.empty()) {
+      m_Text += key + " = " + value + '\n';
+    }
+  }
+
+  // "KEY=VALUE"
+  void AddPair(const std::string& option, const std::string& pair) {
+    const std::size_t equals = pair.find('=');
+    if (equals == std::string::npos || equals == 0) {
+      Refuse(option + " \"" + pair + "\" lacks a name or a value; write it like NAME=VALUE");
+    }
+    Add(pair.substr(0, equals), pair.substr(equals + 1));
+  }
+
+  void AddSection(const std::string& name) {
+    m_Text += (m_Text.empty() ? "[" : "\n[") + name + "]\n";
+  }
+
+  const std::string& Text() const { return m_Text; }
+
+ private:
+  std::string m_Text;
+};
+
+void RefuseProblems(const std::string& text) {
+  std::vector<AString> problems;
+  (void)NoxHandler::Job::Parse("job", AString::FromUtf8(text), problems);
+  if (!problems.empty()) {
+    Refuse("there can be no such job: " + problems.front().ToUtf8());
+  }
+}
+
+}  // namespace
+
+std::string WriteJob(const NewJob& job) {
+  const std::vector<std::string> command = RunnableCommand(job.m_Command);
+  JobText text;
+  text.AddSection("Job");
+  text.Add("command", command.front());
+  text.Add("arguments", NoxHandler::JoinWords({command.begin() + 1, command.end()}));
+  text.Add("user", job.m_User);
+  text.Add("directory", job.m_Directory);
+  text.Add("timeout", job.m_Timeout);
+  text.Add("overlap", job.m_Overlap);
+  for (const std::string& key : job.m_Keys) {
+    text.AddPair("--set", key);
+  }
+  if (!job.m_Variables.empty()) {
+    text.AddSection("Environment");
+  }
+  for (const std::string& variable : job.m_Variables) {
+    text.AddPair("--env", variable);
+  }
+  RefuseProblems(text.Text());
+  return text.Text();
+}
+
+std::string CommandWords(const NewJob& job) {
+  return NoxHandler::JoinWords(RunnableCommand(job.m_Command));
+}
+
+}  // namespace NoxAgent
