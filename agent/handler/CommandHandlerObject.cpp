@@ -9,8 +9,11 @@
 #include <AgentInterfacesV3/INoxScheduledTaskHandler.h>
 #include <AgentInterfacesV3/InterfaceIds.h>
 
+#include <charconv>
+#include <cstdint>
 #include <cstring>
 #include <exception>
+#include <string>
 
 using BaseSDK::AGuid;
 using BaseSDK::ALogger;
@@ -27,6 +30,14 @@ constexpr long NoJob = -1;
 constexpr long JobOutOfReach = -2;
 constexpr int FrameVersion = 3;
 constexpr const char* NotRunning = "the handler does not run";
+
+// What is no position is the beginning.
+std::uint64_t PositionIn(const AString& text) {
+  const std::string digits = text.ToUtf8();
+  std::uint64_t position = 0;
+  (void)std::from_chars(digits.data(), digits.data() + digits.size(), position);
+  return position;
+}
 
 }  // namespace
 
@@ -113,6 +124,15 @@ long CommandHandlerObject_i::AskJobs(const AString& taskId, AString& problem,
     problem = error.Message();
     return JobOutOfReach;
   }
+}
+
+long CommandHandlerObject_i::GetOutput(const AString& taskId, const AString& position,
+                                       AString& text, AString& next) {
+  const auto part =
+      m_Supervisor ? m_Supervisor->OutputOf(taskId, PositionIn(position)) : std::nullopt;
+  text = part.has_value() ? part->m_Text : AString();
+  next = part.has_value() ? AString(std::to_string(part->m_Next).c_str()) : AString();
+  return part.has_value() ? Success : Failure;
 }
 
 int CommandHandlerObject_i::QueryInterface(const UUID& interfaceId, void*& object) {

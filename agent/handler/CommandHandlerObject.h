@@ -48,6 +48,8 @@ class CommandHandlerObject_i
   long GetJob(const BaseSDK::AString& taskId, BaseSDK::AString& text,
               BaseSDK::AString& problem) override;
   long DeleteJob(const BaseSDK::AString& taskId, BaseSDK::AString& problem) override;
+  long GetOutput(const BaseSDK::AString& taskId, const BaseSDK::AString& position,
+                 BaseSDK::AString& text, BaseSDK::AString& next) override;
 
   /// APluginBase
   int QueryInterface(const UUID& interfaceId, void*& object) override;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 
 using BaseSDK::AString;
 using Corvane::AgentInterfacesV3::AMsgIn;
@@ -12,23 +13,34 @@ using Corvane::AgentInterfacesV3::AMsgIn;
 namespace NoxAgent {
 namespace {
 
-// What is not open to everybody who may use the socket. Reading is not, because a job's environment
-// may hold secrets.
-constexpr const char* OperationsOnJobs[] = {"PutJob", "GetJob", "DeleteJob"};
+struct Operation {
+  std::string_view m_Name;
+  bool m_IsOpenToAll;  // who may use the socket
+};
 
-bool IsAboutJob(const AMsgIn& request) {
-  return request.Interface() == "INoxCommandHandler" &&
-         std::find(std::begin(OperationsOnJobs), std::end(OperationsOnJobs), request.Operation()) !=
-             std::end(OperationsOnJobs);
+// All that the handler finds a file by the task's ID for. Reading a job is not open to all, because
+// its environment may hold secrets.
+constexpr Operation Operations[] = {
+    {"PutJob", false}, {"GetJob", false}, {"DeleteJob", false}, {"GetOutput", true}};
+
+const Operation* Find(const AMsgIn& request) {
+  if (request.Interface() != "INoxCommandHandler") {
+    return nullptr;
+  }
+  const auto* const found =
+      std::find_if(std::begin(Operations), std::end(Operations),
+                   [&](const Operation& known) { return known.m_Name == request.Operation(); });
+  return found == std::end(Operations) ? nullptr : found;
 }
 
 }  // namespace
 
 void JobBorder::Check(const Caller& caller, const AMsgIn& request, const AString& extension) {
-  if (!IsAboutJob(request)) {
+  const Operation* const operation = Find(request);
+  if (operation == nullptr) {
     return;
   }
-  if (!caller.m_MayUseJobs) {
+  if (!operation->m_IsOpenToAll && !caller.m_MayUseJobs) {
     throw RequestError(HttpStatus::Forbidden, "not-allowed",
                        "jobs are for root and the agent's own user, because a job runs with the "
                        "agent's rights; group_writes_jobs = yes in the agent's configuration opens "

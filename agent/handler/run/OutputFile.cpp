@@ -1,6 +1,7 @@
 #include "agent/handler/run/OutputFile.h"
 
 #include "agent/handler/Log.h"
+#include "agent/handler/run/OutputHeader.h"
 #include "agent/handler/system/FileWrite.h"
 
 #include <BaseSDK/ADateTime.h>
@@ -9,8 +10,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 using BaseSDK::ADateTime;
 using BaseSDK::ALogger;
@@ -22,15 +25,21 @@ namespace {
 
 constexpr int Flags = O_APPEND | O_NONBLOCK;
 
-std::string ReadTail(int fd, std::size_t maxBytes) {
+struct Tail {
+  std::string m_Bytes;
+  std::uint64_t m_Begin = 0;  // the position of the first one
+};
+
+// The last bytes, at most so many, without the header.
+Tail ReadTail(int fd, std::size_t maxBytes) {
   struct stat info {};
-  std::string tail;
   if (fstat(fd, &info) != 0) {
-    return tail;
+    return {};
   }
-  const auto keep = static_cast<off_t>(maxBytes);
-  off_t position = info.st_size > keep ? info.st_size - keep : 0;
-  tail.resize(static_cast<std::size_t>(info.st_size - position));
+  const OutputHeader header = OutputHeader::Of(fd);
+  const off_t least = static_cast<off_t>(header.m_Size);
+  const off_t position = std::max(least, info.st_size - static_cast<off_t>(maxBytes));
+  std::string tail(static_cast<std::size_t>(info.st_size - position), '\0');
   std::size_t size = 0;
   while (size < tail.size()) {
     const ssize_t got =
@@ -41,12 +50,13 @@ std::string ReadTail(int fd, std::size_t maxBytes) {
     size += static_cast<std::size_t>(got);
   }
   tail.resize(size);
-  return tail;
+  return {std::move(tail), header.m_Dropped + static_cast<std::uint64_t>(position - least)};
 }
 
 // Overwrites the file's own blocks, because a full disk has no others; a kill in the middle loses
 // nothing.
 int WriteOver(int fd, std::string_view bytes) {
+  const BaseSDK::AMutexGuard guard(OutputFile::s_CutLock);
   (void)fcntl(fd, F_SETFL, Flags & ~O_APPEND);
   int error = FileWrite::At(fd, bytes, 0);
   if (error == 0 && ftruncate(fd, static_cast<off_t>(bytes.size())) != 0) {
@@ -57,6 +67,8 @@ int WriteOver(int fd, std::string_view bytes) {
 }
 
 }  // namespace
+
+BaseSDK::AMutex OutputFile::s_CutLock;
 
 OutputFile::OutputFile(const AString& name) : m_Name(name) {
   (void)Open();
@@ -74,7 +86,9 @@ bool OutputFile::Open() {
   if (!m_File) {
     return Fail("open", errno);
   }
-  m_Tail = ReadTail(m_File.Get(), 2 * KeepBytes);
+  Tail tail = ReadTail(m_File.Get(), 2 * KeepBytes);
+  m_Tail = std::move(tail.m_Bytes);
+  m_Begin = tail.m_Begin;
   return true;
 }
 
@@ -94,7 +108,7 @@ bool OutputFile::IsReady() {
 }
 
 bool OutputFile::Put(std::string_view bytes) {
-  if (m_Tail.size() + bytes.size() > 2 * KeepBytes) {
+  if (OutputHeader::MaxBytes + m_Tail.size() + bytes.size() > 2 * KeepBytes) {
     m_Tail += bytes;
     return CutBack();
   }
@@ -105,13 +119,15 @@ bool OutputFile::Put(std::string_view bytes) {
 }
 
 bool OutputFile::CutBack() {
-  std::size_t begin = m_Tail.size() - KeepBytes;
+  // With its header the file is no longer than before: a full disk has no room for more.
+  std::size_t begin = m_Tail.size() - KeepBytes + OutputHeader::MaxBytes;
   if (const std::size_t lineEnd = m_Tail.find('\n', begin - 1);
       lineEnd != std::string::npos && lineEnd + 1 < m_Tail.size()) {
     begin = lineEnd + 1;
   }
   m_Tail.erase(0, begin);
-  const int error = WriteOver(m_File.Get(), m_Tail);
+  m_Begin += begin;
+  const int error = WriteOver(m_File.Get(), OutputHeader::Line(m_Begin) + m_Tail);
   return error == 0 || Fail("shorten", error);
 }
 

@@ -2,8 +2,10 @@
 
 #include "agent/handler/system/FileDescriptor.h"
 
+#include <BaseSDK/AMutex.h>
 #include <BaseSDK/AString.h>
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -12,13 +14,16 @@ namespace NoxHandler {
 /// The file with the output of a task's runs: of the last run, and of those before it as far as
 /// there is room. It grows by appending, so it can be followed while a run goes on. When it has
 /// twice KeepBytes, and when it is closed, it is cut back to its last KeepBytes, from the start of
-/// a line.
+/// a line; its first line then says how much is missing (OutputHeader).
 ///
 /// Output that cannot be written, such as on a full disk, is dropped. That is logged once, and as
 /// soon as the file can be written again it gets a note where something is missing.
 class OutputFile {
  public:
   static constexpr std::size_t KeepBytes = 64 * 1024;
+  /// Held while a file, whichever it is, is cut back: a reader who holds it finds the file as it
+  /// was before or as it is then. A leaf. [any thread]
+  static BaseSDK::AMutex s_CutLock;
 
   /// Opens or creates the file, readable by its owner and group.
   explicit OutputFile(const BaseSDK::AString& name);
@@ -42,9 +47,10 @@ class OutputFile {
 
   const BaseSDK::AString m_Name;
   FileDescriptor m_File;
-  std::string m_Tail;     ///< what the file holds; at most twice KeepBytes
-  bool m_IsTold = false;  ///< the log knows that something failed
-  bool m_HasGap = false;  ///< something was dropped since the last write
+  std::string m_Tail;         ///< what the file holds behind its header; at most twice KeepBytes
+  std::uint64_t m_Begin = 0;  ///< the position of m_Tail among all output
+  bool m_IsTold = false;      ///< the log knows that something failed
+  bool m_HasGap = false;      ///< something was dropped since the last write
 };
 
 }  // namespace NoxHandler

@@ -99,6 +99,12 @@ AString Supervisor::ProblemOfJob(const AString& taskId) const {
   }
 }
 
+std::optional<OutputPart> Supervisor::OutputOf(const AString& taskId,
+                                               std::uint64_t position) const {
+  return TaskBatch::IsTaskId(taskId) ? OutputPart::Read(m_Settings.OutputFile(taskId), position)
+                                     : std::nullopt;
+}
+
 bool Supervisor::IsBusy() const {
   AMutexGuard guard(m_Lock);
   return m_IsBusy || !m_Posted.empty();

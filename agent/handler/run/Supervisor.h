@@ -2,6 +2,7 @@
 
 #include "agent/handler/HandlerSettings.h"
 #include "agent/handler/run/LatestRuns.h"
+#include "agent/handler/run/OutputPart.h"
 #include "agent/handler/run/Run.h"
 #include "agent/handler/run/RunRecords.h"
 #include "agent/handler/system/WakeHandle.h"
@@ -14,6 +15,7 @@
 #include <BaseSDK/ThreadAnnotations.h>
 
 #include <chrono>
+#include <cstdint>
 #include <deque>
 #include <map>
 #include <memory>
@@ -50,6 +52,8 @@ class Supervisor {
   const LatestRuns& Latest() const { return m_Latest; }
   /// Why the task's job could not be run as things stand; empty when it could. [any thread]
   BaseSDK::AString ProblemOfJob(const BaseSDK::AString& taskId) const;
+  /// What the task's runs have put out from this position on: see OutputPart. [any thread]
+  std::optional<OutputPart> OutputOf(const BaseSDK::AString& taskId, std::uint64_t position) const;
   /// Whether anything runs, is being started, or was posted and not looked at yet. [any thread]
   bool IsBusy() const NOX_EXCLUDES(m_Lock);
 

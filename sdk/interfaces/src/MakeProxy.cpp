@@ -158,6 +158,10 @@ class ACommandHandlerProxy final : public AObjectProxy<INoxCommandHandler> {
   long DeleteJob(const AString& taskId, AString& problem) override {
     return Call<"DeleteJob", &Self::DeleteJob>(taskId, problem);
   }
+  long GetOutput(const AString& taskId, const AString& position, AString& text,
+                 AString& next) override {
+    return Call<"GetOutput", &Self::GetOutput>(taskId, position, text, next);
+  }
 
  private:
   using Self = INoxCommandHandler;

@@ -206,6 +206,30 @@ TEST_F(CommandHandlerObject, TakesJobsAndRunsThem) {
   EXPECT_EQ(problem, AString("the task \"a\" has no job"));
 }
 
+TEST_F(CommandHandlerObject, GivesTheOutputOfATaskInParts) {
+  AddJob("a", "echo one");
+  Load();
+  ASSERT_EQ(Initialize(), 1);
+  CIClient<INoxCommandHandler> handler;
+  ASSERT_EQ(MakeProxy(Queue, INoxCommandHandler::GetIID(), handler.Slot()), 1);
+  AString text("of before");
+  AString next;
+  EXPECT_EQ(handler->GetOutput("a", "", text, next), -1);
+  EXPECT_EQ(text, AString());
+  EXPECT_EQ(handler->GetOutput("../a", "", text, next), -1);
+  (void)RunTasks("RunTasksEx", "a:0:1:0;");
+  ASSERT_EQ(m_Scheduler.WaitForStates(1), std::vector<std::string>{"a Ok"});
+  EXPECT_EQ(handler->GetOutput("a", "", text, next), 1);
+  EXPECT_EQ(text.Find("one\n-- "), 0u);
+  EXPECT_EQ(next.ToUtf8(), std::to_string(text.Length()));
+  EXPECT_EQ(handler->GetOutput("a", next, text, next), 1);
+  EXPECT_EQ(text, AString());
+  for (const char* const beginning : {"0", "nonsense", "99999999999999999999999", "-1"}) {
+    EXPECT_EQ(handler->GetOutput("a", beginning, text, next), 1);
+    EXPECT_EQ(text.Find("one\n-- "), 0u) << beginning;
+  }
+}
+
 TEST_F(CommandHandlerObject, SaysWhyAJobIsOutOfReach) {
   Load();
   ASSERT_EQ(Initialize(), 1);

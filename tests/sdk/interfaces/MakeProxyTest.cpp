@@ -211,13 +211,17 @@ TEST(MakeProxyOfHandlers, QuestionsAboutRunsAndJobsReachTheHandler) {
     EXPECT_EQ(problem, "none with it");
     EXPECT_EQ(client->DeleteJob("e", problem), -65);
     EXPECT_EQ(problem, "it stays");
+    AString next;
+    EXPECT_EQ(client->GetOutput("f", "7", text, next), 66);
+    EXPECT_EQ(text, "an output");
+    EXPECT_EQ(next, "behind it");
     queue.Close();
     EXPECT_EQ(client->GetRun("a", run), CALL_NOT_DELIVERED);
     EXPECT_EQ(run, (AStringMap{{"state", "running"}}));
   }
   EXPECT_EQ(handler.m_Calls.All(),
             (Texts{"GetRun(\"a\")", "CheckJob(\"b\")", "PutJob(\"c\", \"[Job]\")", "GetJob(\"d\")",
-                   "DeleteJob(\"e\")"}));
+                   "DeleteJob(\"e\")", "GetOutput(\"f\", \"7\")"}));
 }
 
 }  // namespace

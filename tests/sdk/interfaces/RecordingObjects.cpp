@@ -215,4 +215,12 @@ long CommandHandler::DeleteJob(const AString& taskId, AString& problem) {
   return -65;
 }
 
+long CommandHandler::GetOutput(const AString& taskId, const AString& position, AString& text,
+                               AString& next) {
+  m_Calls.Add(Call("GetOutput", taskId, position));
+  text = "an output";
+  next = "behind it";
+  return 66;
+}
+
 }  // namespace RecordingObjects

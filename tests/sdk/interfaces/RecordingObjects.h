@@ -84,6 +84,8 @@ class CommandHandler : public Corvane::AgentInterfacesV3::INoxCommandHandler_imp
   long PutJob(const AString& taskId, const AString& text, AString& problem) override;
   long GetJob(const AString& taskId, AString& text, AString& problem) override;
   long DeleteJob(const AString& taskId, AString& problem) override;
+  long GetOutput(const AString& taskId, const AString& position, AString& text,
+                 AString& next) override;
 };
 
 }  // namespace RecordingObjects

@@ -304,6 +304,12 @@ TEST(SkeletonDecodingOfHandlers, TellsOfRunsAndJobs) {
   EXPECT_EQ(handler.ProcessRequest(&put), 1);
   EXPECT_EQ(reply.Result(), -63);
   EXPECT_EQ(std::get<AString>(reply.Out().at("problem")), "a bad job");
+  AMsgIn output("INoxCommandHandler", "GetOutput", reply);
+  output.Set("taskId", AString("d"));
+  EXPECT_EQ(handler.ProcessRequest(&output), 1) << "the position may be left out";
+  EXPECT_EQ(reply.Result(), 66);
+  EXPECT_EQ(std::get<AString>(reply.Out().at("text")), "an output");
+  EXPECT_EQ(std::get<AString>(reply.Out().at("next")), "behind it");
   const AMsgIn unnamed("INoxCommandHandler", "CheckJob", reply);
   EXPECT_EQ(handler.ProcessRequest(&unnamed), -1);
   EXPECT_EQ(reply.ErrorCode(), AMsgError::MissingArgument);

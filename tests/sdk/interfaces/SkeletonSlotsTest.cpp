@@ -50,6 +50,7 @@ enum Slot : std::size_t {
   HandlerPutJob = AgentRefresh,
   HandlerGetJob = AgentQuery,
   HandlerDeleteJob = AgentQueryUnload,
+  HandlerGetOutput = AgentInstall,
 };
 
 static_assert(EnableTask == 23);
@@ -161,9 +162,14 @@ TEST_F(SkeletonSlots, CommandHandlerOperationsFollowThoseOfTheObject) {
   EXPECT_EQ(text, "a job");
   EXPECT_EQ((RawSlots::Call<long, const AString*, AString*>(self, HandlerDeleteJob, &m_B, &m_Out)),
             -65);
+  EXPECT_EQ((RawSlots::Call<long, const AString*, const AString*, AString*, AString*>(
+                self, HandlerGetOutput, &m_A, &m_B, &text, &m_Out)),
+            66);
+  EXPECT_EQ(text, "an output");
+  EXPECT_EQ(m_Out, "behind it");
   EXPECT_EQ(handler.m_Calls.All(),
             (Texts{"ObjectDebugInfo()", "GetRun(\"a\")", "CheckJob(\"b\")", "PutJob(\"a\", \"b\")",
-                   "GetJob(\"a\")", "DeleteJob(\"b\")"}));
+                   "GetJob(\"a\")", "DeleteJob(\"b\")", "GetOutput(\"a\", \"b\")"}));
 }
 
 TEST(SkeletonDestructorSlots, TheFirstDestroysAndTheSecondAlsoFrees) {

@@ -34,7 +34,7 @@ struct AInterfaceTable {
   class AOperation {
    public:
     /// No operation has more; one that needs more does not compile until this is raised.
-    static constexpr std::size_t MaxArguments = 3;
+    static constexpr std::size_t MaxArguments = 4;
 
     constexpr AOperation(std::string_view name, std::string_view summary,
                          std::initializer_list<AArgument> arguments)

@@ -39,6 +39,12 @@ class INoxCommandHandler : public virtual INoxObject {
   /// Removes the task's job. 1; -1 when there is none, -2 when it cannot be removed, and `problem`
   /// then says so in words.
   virtual long DeleteJob(const BaseSDK::AString& taskId, BaseSDK::AString& problem) = 0;
+  /// What the task's runs have put out, in `text`: 64 KiB at most, from `position` on. `next` is
+  /// the position behind it, so that a caller can follow; `text` is empty when there is no more
+  /// yet. An empty `position` is the beginning of what is kept, and so is one that is no longer
+  /// kept. Bytes that are not UTF-8 are replaced. 1; -1 when no run has put out anything.
+  virtual long GetOutput(const BaseSDK::AString& taskId, const BaseSDK::AString& position,
+                         BaseSDK::AString& text, BaseSDK::AString& next) = 0;
 
   /// The identifier of this interface, as CIGetObjectInterface takes it.
   static const BaseSDK::AGuid& GetIID();

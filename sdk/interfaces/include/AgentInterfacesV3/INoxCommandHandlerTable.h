@@ -39,6 +39,15 @@ inline constexpr AInterfaceTable::AOperation INoxCommandHandlerOperations[] = {
      "none, or -2 when it cannot be removed, and `problem` says so in words.",
      {{"taskId", AMsgType::String, AInterfaceTable::ADirection::In, false},
       {"problem", AMsgType::String, AInterfaceTable::ADirection::Out, false}}},
+    {"GetOutput",
+     "Gives what a task's runs have put out, 64 KiB at most, from `position` on, and in `next` the "
+     "position behind it, for the next call; an empty `position` is the beginning of what is kept, "
+     "and so is one that is no longer kept. `text` is empty when there is no more yet. The result "
+     "is 1, or -1 when no run has put out anything.",
+     {{"taskId", AMsgType::String, AInterfaceTable::ADirection::In, false},
+      {"position", AMsgType::String, AInterfaceTable::ADirection::In, true},
+      {"text", AMsgType::String, AInterfaceTable::ADirection::Out, false},
+      {"next", AMsgType::String, AInterfaceTable::ADirection::Out, false}}},
 };
 
 /// The interface INoxCommandHandler itself, as AInterfaceTable::Find gives it.

@@ -22,6 +22,8 @@ class INoxCommandHandler_impl : public virtual INoxObject_impl {
   virtual long GetJob(const BaseSDK::AString& taskId, BaseSDK::AString& text,
                       BaseSDK::AString& problem) = 0;
   virtual long DeleteJob(const BaseSDK::AString& taskId, BaseSDK::AString& problem) = 0;
+  virtual long GetOutput(const BaseSDK::AString& taskId, const BaseSDK::AString& position,
+                         BaseSDK::AString& text, BaseSDK::AString& next) = 0;
 };
 
 }  // namespace Corvane::AgentInterfacesV3

@@ -1,5 +1,6 @@
 #include "agent/handler/run/OutputFile.h"
 
+#include "agent/handler/run/OutputHeader.h"
 #include "tests/agent/handler/FullDisk.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempDir.h"
@@ -61,21 +62,22 @@ TEST(OutputFile, KeepsTheLast64KiBFromALineOn) {
   }
   const std::string kept = directory.Read("a.log");
   EXPECT_LE(kept.size(), OutputFile::KeepBytes);
-  EXPECT_GT(kept.size(), OutputFile::KeepBytes - 20);
-  EXPECT_TRUE(all.ends_with(kept));
-  EXPECT_TRUE(kept.starts_with("line "));
+  EXPECT_GT(kept.size(), OutputFile::KeepBytes - 20 - OutputHeader::MaxBytes);
+  const OutputHeader header = OutputHeader::Parse(kept);
+  EXPECT_EQ(kept, OutputHeader::Line(header.m_Dropped) +
+                      all.substr(static_cast<std::size_t>(header.m_Dropped)));
+  EXPECT_EQ(kept.substr(header.m_Size).find("line "), 0u);
 }
 
 TEST(OutputFile, CutsExactlyAtALineThatBeginsThere) {
   const TempDir directory;
-  const std::string line = std::string(1023, 'x') + "\n";
+  const std::string kept(OutputFile::KeepBytes - OutputHeader::MaxBytes, 'x');
   {
     OutputFile file(Name(directory));
-    for (int i = 0; i < 65; ++i) {
-      file.Append(line);
-    }
+    file.Append(std::string(999, 'x') + "\n");
+    file.Append(kept);
   }
-  EXPECT_EQ(directory.Read("a.log").size(), OutputFile::KeepBytes);
+  EXPECT_EQ(directory.Read("a.log"), "-- 1000 bytes of earlier output are not kept\n" + kept);
 }
 
 TEST(OutputFile, NeverHoldsMoreThanTwiceWhatItKeeps) {
@@ -85,6 +87,19 @@ TEST(OutputFile, NeverHoldsMoreThanTwiceWhatItKeeps) {
     file.Append(std::string(9999, 'x'));
     EXPECT_LE(directory.Read("a.log").size(), 2 * OutputFile::KeepBytes);
   }
+}
+
+// By it readers keep their places.
+TEST(OutputFile, CountsWhatItDoesNotKeepOverAllRuns) {
+  const TempDir directory;
+  const std::string all = NumberedLines(0, 100000);
+  for (std::size_t begin = 0; begin < all.size(); begin += 50000) {
+    OutputFile(Name(directory)).Append(std::string_view(all).substr(begin, 50000));
+  }
+  const std::string kept = directory.Read("a.log");
+  const OutputHeader header = OutputHeader::Parse(kept);
+  EXPECT_GT(header.m_Size, 0u);
+  EXPECT_EQ(kept.substr(header.m_Size), all.substr(static_cast<std::size_t>(header.m_Dropped)));
 }
 
 TEST(OutputFile, WritesNotesOnLinesOfTheirOwn) {
@@ -135,7 +150,8 @@ TEST(OutputFile, IsCutBackWithoutNewSpace) {
   const TempDir directory;
   const std::string lines = NumberedLines(0, 20000);
   OutputFile file(Name(directory));
-  file.Append(std::string_view(lines).substr(0, 2 * OutputFile::KeepBytes));
+  file.Append(
+      std::string_view(lines).substr(0, 2 * OutputFile::KeepBytes - OutputHeader::MaxBytes));
   const FullDisk full(directory.Path());
   file.Append("last\n");
   const std::string kept = directory.Read("a.log");
