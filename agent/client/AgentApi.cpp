@@ -289,6 +289,14 @@ bool AgentApi::DeleteJob(const std::string& id) {
   return AnswerForJob(PostAbout(JobHandler + std::string("DeleteJob"), id)).has_value();
 }
 
+std::optional<AgentApi::OutputPart> AgentApi::Output(const std::string& id,
+                                                     const std::string& position) {
+  const auto answer = AnswerForTask(Connection().Post(
+      JobHandler + std::string("GetOutput"), BodyOf({{"taskId", id}, {"position", position}})));
+  return answer ? std::optional<OutputPart>({OutText(*answer, "text"), OutText(*answer, "next")})
+                : std::nullopt;
+}
+
 std::vector<std::pair<std::string, std::string>> AgentApi::FilesThatAreNoTasks() {
   const HttpResponse response = Connection().Get("/v1/files");
   const Json answer =

@@ -93,6 +93,14 @@ class AgentApi {
   std::optional<std::string> JobText(const std::string& id);
   /// False when the task has no job, or when `id` cannot be a task's ID.
   bool DeleteJob(const std::string& id);
+  /// A part of what a task's runs have put out.
+  struct OutputPart {
+    std::string m_Text;  ///< empty when there is no more yet
+    std::string m_Next;  ///< the position of the next part
+  };
+  /// The part from `position` on; an empty one, and one that is no longer kept, is the beginning of
+  /// what is kept. Nothing when no run has put out anything, or when `id` cannot be a task's ID.
+  std::optional<OutputPart> Output(const std::string& id, const std::string& position);
   /// Which files are not tasks: {"refused": [...], "strays": [...]}.
   Json Files();
   /// Adds a refused file as a task and returns its ID.

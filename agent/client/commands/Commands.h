@@ -21,6 +21,7 @@ void AddEditCommand(CommandLine& line, CommandContext& context);
 void AddExplainCommand(CommandLine& line, CommandContext& context);
 void AddFilesCommand(CommandLine& line, CommandContext& context);
 void AddListCommand(CommandLine& line, CommandContext& context);
+void AddLogCommand(CommandLine& line, CommandContext& context);
 void AddNextCommand(CommandLine& line, CommandContext& context);
 void AddSimulateCommand(CommandLine& line, CommandContext& context);
 void AddTaskCommands(CommandLine& line,

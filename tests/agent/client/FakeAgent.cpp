@@ -198,7 +198,7 @@ bool FakeAgent::HasEnded() const {
 
 std::string FakeAgent::Answer(const FakeRequest& request) {
   const std::lock_guard guard(m_Lock);
-  m_HasEnded = m_HasEnded || request.m_Target == m_LastTarget;
+  m_HasEnded = m_HasEnded || (request.m_Target == m_LastTarget && --m_RequestsToLast == 0);
   m_Requests.push_back(request);
   if (m_FixedStatus != 0) {
     return Response(m_FixedStatus, m_FixedBody);
@@ -229,6 +229,9 @@ std::string FakeAgent::Answer(const FakeRequest& request) {
     m_Read.notify_all();
     return Response(200, LatestRun(request.m_Body.Text("taskId", "")).Dump());
   }
+  if (request.m_Target == "/v1/command/INoxCommandHandler/GetOutput") {
+    return Response(200, Output(request.m_Body).Dump());
+  }
   return Response(200, request.m_Target == "/v1/files" ? m_Files.Dump() : "{}");
 }
 
@@ -249,6 +252,20 @@ Json FakeAgent::LatestRun(const std::string& id) const {
   return task == m_Tasks.end() || task->second.m_Run.empty()
              ? Result(-1, {{"run", Json::Object{}}})
              : Result(1, {{"run", task->second.m_Run}});
+}
+
+// A position is the number of a part.
+Json FakeAgent::Output(const Json& in) const {
+  const auto task = m_Tasks.find(in.At("taskId").Text());
+  if (task == m_Tasks.end() || task->second.m_Output.empty()) {
+    return Result(-1, {{"text", ""}, {"next", ""}});
+  }
+  const std::vector<std::string>& parts = task->second.m_Output;
+  const std::string& position = in.At("position").Text();
+  const std::size_t part = position.empty() ? 0 : std::stoul(position);
+  const bool isThere = part < parts.size();
+  return Result(1, {{"text", isThere ? parts[part] : ""},
+                    {"next", std::to_string(isThere ? part + 1 : part)}});
 }
 
 Json FakeAgent::Operation(const std::string& name, const Json& in) {

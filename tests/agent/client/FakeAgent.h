@@ -27,6 +27,8 @@ struct FakeTask {
   std::map<std::string, std::string> m_Attributes;
   /// What the command handler tells of its latest run; empty: it knows of none.
   std::map<std::string, std::string> m_Run = {};
+  /// What its runs have put out, in parts: an answer has one of them.
+  std::vector<std::string> m_Output = {};
 };
 
 /// An agent of a few lines: answers HTTP on a Unix socket from tasks in memory and records what it
@@ -91,10 +93,11 @@ class FakeAgent {
   /// Sends these bytes for an answer and closes the connection.
   void AnswerRaw(const std::string& bytes);
 
-  /// Answers a request for this target, and none after it.
-  void EndAfter(const std::string& target) {
+  /// Answers so many requests for this target, and none after them.
+  void EndAfter(const std::string& target, unsigned requests = 1) {
     const std::lock_guard guard(m_Lock);
     m_LastTarget = target;
+    m_RequestsToLast = requests;
   }
 
   /// After so many answers a connection is closed; 1000 unless set.
@@ -114,6 +117,7 @@ class FakeAgent {
   Json Status() const;
   std::string TaskLines() const;
   Json LatestRun(const std::string& id) const;
+  Json Output(const Json& in) const;
   Json Operation(const std::string& name, const Json& in);
   std::string AddTasks(const Json& in);
   Json AddTask(const Json& task);
@@ -127,6 +131,7 @@ class FakeAgent {
   std::string m_Report;
   Json m_Files = Json::Object{};
   std::string m_LastTarget;
+  unsigned m_RequestsToLast = 1;
   std::string m_LastLine;
   std::string m_Unanswered;
   std::string m_Refused;

@@ -120,7 +120,8 @@ class JsonPage : public Client {
                       {"start", "1781524800"},
                       {"end", "1781524802"},
                       {"result", "Failed"},
-                      {"reason", "exit status 1 after 2.3 s"}}});
+                      {"reason", "exit status 1 after 2.3 s"}},
+                     {"one\n"}});
   }
 
   /// What is printed is held against the example of that name.
@@ -171,6 +172,7 @@ TEST_F(JsonPage, HasTheFormOfEveryAnswer) {
   Expect("simulate", {"simulate", FileWith(TaskXml(EveryDay)), "--from", "2026-06-15", "--to",
                       "2026-06-16", "--gate-closed", "2026-06-15 03:00..2026-06-15 04:00",
                       "--clock-step", "2026-06-15 05:00=+60", "--run-time", "7200"});
+  Expect("log", {"log", "backup"});
   Expect("delete", {"delete", "backup"});
   (void)Run({"show", "none", "--json"});
   ExpectText("Errors", Err());

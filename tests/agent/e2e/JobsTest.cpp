@@ -55,6 +55,20 @@ TEST_F(Jobs, CountFromTheNextRunOn) {
   EXPECT_EQ(m_Directory.Read("runs"), "one\ntwo\n");
 }
 
+TEST_F(Jobs, PutOutWhatTheClientFollows) {
+  StartAgent();
+  AddAsapTask("a", "echo one; until test -e go; do sleep 0.1; done; echo two");
+  const Program follower({{NOX_CLIENT, "--runtime-dir", Path("state/run"), "log", "-f", "a"}},
+                         Path("followed"));
+  ASSERT_TRUE(follower.WaitForOutput("one\n"));
+  m_Directory.Write("go", "");
+  ASSERT_TRUE(follower.WaitForOutput("one\ntwo\n-- "));
+  ASSERT_TRUE(WaitForState("a", "Ok"));
+  const auto whole = Ctl({"log", "a"});
+  EXPECT_EQ(whole.m_Status, 0) << whole.m_Error;
+  EXPECT_EQ(whole.m_Output.find("one\ntwo\n-- "), 0u);
+}
+
 TEST_F(Jobs, AreRefusedWithAllThatIsWrong) {
   StartAgent();
   AgentApi agent(Socket());
