@@ -1,6 +1,9 @@
-// A plug-in whose object serves the scheduler's interfaces and answers with what it is given.
+// A plug-in whose object serves the interfaces of the scheduler and of the command handler, and
+// answers with what it is given.
 #include "Common/PluginBase.h"
 
+#include <AgentInterfacesV3/INoxCommandHandlerTable.h>
+#include <AgentInterfacesV3/INoxCommandHandler_impl.h>
 #include <AgentInterfacesV3/INoxTaskScheduler_impl.h>
 
 #include <new>
@@ -10,8 +13,16 @@ using BaseSDK::AString;
 
 namespace {
 
-class AnsweringObject_i : public INoxTaskScheduler_impl, public APluginBase {
+class AnsweringObject_i : public INoxTaskScheduler_impl,
+                          public INoxCommandHandler_impl,
+                          public APluginBase {
  public:
+  long CallMethod(const AMsgIn* request) override {
+    return request->Interface() == INoxCommandHandlerTable.m_Name
+               ? INoxCommandHandler_impl::CallMethod(request)
+               : INoxTaskScheduler_impl::CallMethod(request);
+  }
+
   int Initialize() override { return 1; }
   int Uninitialize(unsigned int /*forced*/) override { return 1; }
   int GetAttribute(const char* /*name*/, AString& /*value*/) override { return -1; }
@@ -63,6 +74,34 @@ class AnsweringObject_i : public INoxTaskScheduler_impl, public APluginBase {
     return 1;
   }
   long EnableTask(const AString& /*taskIds*/, bool enable) override { return enable ? 1 : -1; }
+
+  long GetRun(const AString& taskId, AStringMap& run) override {
+    run = {{"state", taskId}};
+    return 1;
+  }
+  long CheckJob(const AString& taskId, AString& problem) override {
+    problem = taskId;
+    return -1;
+  }
+  long PutJob(const AString& /*taskId*/, const AString& text, AString& problem) override {
+    problem = text;
+    return -1;
+  }
+  long GetJob(const AString& taskId, AString& text, AString& problem) override {
+    text = taskId;
+    problem = taskId;
+    return 1;
+  }
+  long DeleteJob(const AString& taskId, AString& problem) override {
+    problem = taskId;
+    return -2;
+  }
+  long GetOutput(const AString& taskId, const AString& position, AString& text,
+                 AString& next) override {
+    text = taskId;
+    next = position;
+    return 1;
+  }
 };
 
 }  // namespace
