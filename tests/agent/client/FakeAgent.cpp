@@ -111,6 +111,22 @@ void FakeAgent::RemoveTask(const std::string& id) {
   m_Tasks.erase(id);
 }
 
+std::optional<std::string> FakeAgent::Job(const std::string& id) const {
+  const std::lock_guard guard(m_Lock);
+  const auto job = m_Jobs.find(id);
+  return job == m_Jobs.end() ? std::nullopt : std::optional(job->second);
+}
+
+void FakeAgent::SetJob(const std::string& id, const std::string& text) {
+  const std::lock_guard guard(m_Lock);
+  m_Jobs[id] = text;
+}
+
+std::string FakeAgent::Document(const std::string& id) const {
+  const std::lock_guard guard(m_Lock);
+  return m_Tasks.at(id).m_Xml;
+}
+
 void FakeAgent::AnswerAlways(unsigned status, const std::string& body) {
   m_FixedStatus = status;
   m_FixedBody = body;
@@ -232,7 +248,30 @@ std::string FakeAgent::Answer(const FakeRequest& request) {
   if (request.m_Target == "/v1/command/INoxCommandHandler/GetOutput") {
     return Response(200, Output(request.m_Body).Dump());
   }
+  for (const char* const operation : {"PutJob", "GetJob", "DeleteJob"}) {
+    if (request.m_Target == std::string("/v1/command/INoxCommandHandler/") + operation) {
+      return JobAnswer(operation, request.m_Body);
+    }
+  }
   return Response(200, request.m_Target == "/v1/files" ? m_Files.Dump() : "{}");
+}
+
+std::string FakeAgent::JobAnswer(const std::string& operation, const Json& in) {
+  if (m_KeepsJobs) {
+    return Response(403, R"({"error":{"code":"not-allowed","message":"jobs are for root"}})");
+  }
+  const std::string id = in.Text("taskId", "");
+  if (operation == "PutJob") {
+    m_Jobs[id] = in.Text("text", "");
+    return Response(200, Result(1, {{"problem", ""}}).Dump());
+  }
+  const auto job = m_Jobs.find(id);
+  const bool isThere = job != m_Jobs.end();
+  const std::string text = isThere ? job->second : "";
+  if (operation == "DeleteJob") {
+    m_Jobs.erase(id);
+  }
+  return Response(200, Result(isThere ? 1 : -1, {{"text", text}, {"problem", ""}}).Dump());
 }
 
 Json FakeAgent::Status() const {

@@ -90,6 +90,16 @@ class FakeAgent {
     const std::lock_guard guard(m_Lock);
     m_NotWritten = id;
   }
+  /// The job of a task; nothing when it has none.
+  std::optional<std::string> Job(const std::string& id) const;
+  void SetJob(const std::string& id, const std::string& text);
+  /// Jobs are for others.
+  void KeepJobs() {
+    const std::lock_guard guard(m_Lock);
+    m_KeepsJobs = true;
+  }
+  /// The document of a task, as it was added.
+  std::string Document(const std::string& id) const;
   /// Sends these bytes for an answer and closes the connection.
   void AnswerRaw(const std::string& bytes);
 
@@ -119,6 +129,7 @@ class FakeAgent {
   Json LatestRun(const std::string& id) const;
   Json Output(const Json& in) const;
   Json Operation(const std::string& name, const Json& in);
+  std::string JobAnswer(const std::string& operation, const Json& in);
   std::string AddTasks(const Json& in);
   Json AddTask(const Json& task);
   void Stream(int connection);
@@ -144,6 +155,8 @@ class FakeAgent {
   bool m_HasEnded = false;  ///< it has answered what it was to answer
   unsigned m_Reads = 0;
   std::map<std::string, FakeTask> m_Tasks;
+  std::map<std::string, std::string> m_Jobs;
+  bool m_KeepsJobs = false;
   std::vector<FakeRequest> m_Requests;
   unsigned m_FixedStatus = 0;
   std::string m_FixedBody;

@@ -148,6 +148,9 @@ class JsonPage : public Client {
 TEST_F(JsonPage, HasTheFormOfEveryAnswer) {
   Expect("add", {"add", "-"}, TaskXml(EveryDay));
   Expect("add, with several files", {"add", FileWith(TaskXml(EveryDay)), "-"}, TaskXml(EveryDay));
+  (void)Run({"create", "new", "daily at 02:30", "--json", "--", "/bin/true"});
+  ExpectText("create", Out());
+  Expect("describe", {"describe", "new"});
   Expect("list", {"list"});
   Expect("show", {"show", "backup"});
   Expect("attributes", {"attributes", "backup"});
