@@ -111,6 +111,9 @@ else
   echo "Showing runs until Ctrl-C."
 fi
 echo
+echo '$ noxctl create clock every 10 s -- date'
+noxctl create clock every 10 s -- date || fail "cannot create the task clock"
+echo
 start_watch
 add welcome 0
 add reminder 6
