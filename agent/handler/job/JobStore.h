@@ -7,6 +7,7 @@
 #include <BaseSDK/ThreadAnnotations.h>
 
 #include <optional>
+#include <string>
 
 namespace NoxHandler {
 

@@ -75,7 +75,7 @@ TEST_F(EnumerationHandlesTest, BoundsHowManyAreOpen) {
 TEST_F(EnumerationHandlesTest, OneClientLeavesSomeToTheOthers) {
   const std::string target = "/v1/one/INoxTaskScheduler/FindFirstTask";
   const auto open = [&](long client) {
-    return Json::Parse(m_Agent.m_Api.Handle({"POST", target, "{}", client}).m_Body);
+    return Json::Parse(m_Agent.Ask("POST", target, "{}", {client, false}).m_Body);
   };
   const std::string token = open(7)["out"]["handle"].Text();
   for (std::size_t count = 1; count < EnumerationHandles::MaxOfOneClient; ++count) {
