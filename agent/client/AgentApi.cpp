@@ -272,6 +272,13 @@ std::optional<AgentApi::Attributes> AgentApi::LatestRun(const std::string& id) {
   return RunIn(PostAbout(JobHandler + std::string("GetRun"), id));
 }
 
+void AgentApi::RunTask(const std::string& id) {
+  // Neither late, nor never run, nor to be ended with a period. The handler declines each batch:
+  // it reports by itself.
+  (void)Answer(Connection().Post("/v1/command/INoxScheduledTaskHandler/RunTasksEx",
+                                 BodyOf({{"batch", id + ":0:0:0;"}})));
+}
+
 void AgentApi::PutJob(const std::string& id, const std::string& text) {
   const Json answer = Answer(Connection().Post(JobHandler + std::string("PutJob"),
                                                BodyOf({{"taskId", id}, {"text", text}})));

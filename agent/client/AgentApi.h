@@ -85,6 +85,9 @@ class AgentApi {
   /// What the command handler tells of the task's latest run ("state", "reason" and so on: GetRun
   /// of INoxCommandHandler); nothing when it knows of none, or cannot be asked.
   std::optional<Attributes> LatestRun(const std::string& id);
+  /// Hands the task to the command handler, as the scheduler does when it is due. What becomes of
+  /// it, LatestRun tells, a moment later.
+  void RunTask(const std::string& id);
   /// Makes the text the task's job, or replaces the job that it has. Throws CommandError, Usage,
   /// with the command handler's words when it is no job or cannot be written.
   void PutJob(const std::string& id, const std::string& text);

@@ -12,6 +12,7 @@ void AddAllCommands(CommandLine& line, CommandContext& context) {
   AddFilesCommand(line, context);
   AddAgentCommands(line, context);
   AddWatchCommand(line, context);
+  AddRunCommand(line, context);
   AddLogCommand(line, context);
   AddCheckCommand(line, context);
   AddCheckJobCommand(line, context);

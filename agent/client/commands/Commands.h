@@ -23,6 +23,7 @@ void AddFilesCommand(CommandLine& line, CommandContext& context);
 void AddListCommand(CommandLine& line, CommandContext& context);
 void AddLogCommand(CommandLine& line, CommandContext& context);
 void AddNextCommand(CommandLine& line, CommandContext& context);
+void AddRunCommand(CommandLine& line, CommandContext& context);
 void AddSimulateCommand(CommandLine& line, CommandContext& context);
 void AddTaskCommands(CommandLine& line,
                      CommandContext& context);  ///< show, delete, enable and so on

@@ -120,6 +120,14 @@ TEST_F(Completion, ProposesOptionsAndTheirValues) {
   EXPECT_EQ(Of({"next", "-n", "3", "r"}), (Texts{"report", ":files"}));
 }
 
+TEST_F(Completion, ProposesTheWordsOfASchedule) {
+  EXPECT_EQ(Of({"create", "x", "daily", ""}), Texts{"at"});
+  EXPECT_EQ(Of({"create", "x", "w"}), (Texts{"wed", "weekdays", "weekends"}));
+  EXPECT_EQ(Of({"create", "x", "--timeout", "5m", "every", "2", ""}), (Texts{"days", "weeks"}));
+  EXPECT_EQ(Of({"create", "x", "hourly", ""}), Texts());
+  EXPECT_EQ(Of({"create", "x", "now", "--", "--"}), Texts{":files"});
+}
+
 TEST_F(Completion, LooksForTheAgentWhereTheLineSays) {
   const auto ask = [this](const Texts& words) {
     EXPECT_EQ(0, RunAsGiven(words));

@@ -248,6 +248,11 @@ std::string FakeAgent::Answer(const FakeRequest& request) {
   if (request.m_Target == "/v1/command/INoxCommandHandler/GetOutput") {
     return Response(200, Output(request.m_Body).Dump());
   }
+  if (request.m_Target == "/v1/command/INoxScheduledTaskHandler/RunTasksEx") {
+    const std::string batch = body.Text("batch", "");
+    m_Tasks[batch.substr(0, batch.find(':'))].m_Run = m_RunByHand;
+    return Response(200, Result(-10000).Dump());
+  }
   for (const char* const operation : {"PutJob", "GetJob", "DeleteJob"}) {
     if (request.m_Target == std::string("/v1/command/INoxCommandHandler/") + operation) {
       return JobAnswer(operation, request.m_Body);

@@ -93,6 +93,11 @@ class FakeAgent {
   /// The job of a task; nothing when it has none.
   std::optional<std::string> Job(const std::string& id) const;
   void SetJob(const std::string& id, const std::string& text);
+  /// What becomes of a task that is run by hand.
+  void SetRunByHand(const std::map<std::string, std::string>& run) {
+    const std::lock_guard guard(m_Lock);
+    m_RunByHand = run;
+  }
   /// Jobs are for others.
   void KeepJobs() {
     const std::lock_guard guard(m_Lock);
@@ -157,6 +162,7 @@ class FakeAgent {
   std::map<std::string, FakeTask> m_Tasks;
   std::map<std::string, std::string> m_Jobs;
   bool m_KeepsJobs = false;
+  std::map<std::string, std::string> m_RunByHand;
   std::vector<FakeRequest> m_Requests;
   unsigned m_FixedStatus = 0;
   std::string m_FixedBody;

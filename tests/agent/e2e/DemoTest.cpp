@@ -38,12 +38,8 @@ TEST_F(Demo, ShowsTasksRunAndEndsWithTheList) {
   const struct {
     const char* m_Id;
     const char* m_State;
-  } rows[] = {{"clock", "Ok"},
-              {"welcome", "Ok"},
-              {"reminder", "Ok"},
-              {"heartbeat", "Ok"},
-              {"weekly-report", "Ok"},
-              {"failing-backup", "Failed"}};
+  } rows[] = {{"clock", "Ok"},     {"welcome", "Ok"},       {"reminder", "Ok"},
+              {"heartbeat", "Ok"}, {"weekly-report", "Ok"}, {"failing-backup", "Failed"}};
   const std::string errors = (m_Directory / "errors").string();
   Program demo({{"/bin/sh", "-c", "exec \"$0\" \"$1\" 2>\"$2\"", NOX_DEMO,
                  m_Directory.Path().string(), errors}},

@@ -149,4 +149,25 @@ TEST(CommandLine, TellsWhatMayStandOnIt) {
   EXPECT_FALSE(program.m_Line.FindCommand("add")->Arguments()[0].m_IsMany);
 }
 
+TEST(CommandLine, HandsWhatIsBehindTwoDashesToTheCommandThatTakesIt) {
+  CommandLine line("tool", "A tool.");
+  CommandLine& run = line.Command("run", "Run a program");
+  CommandLine& show = line.Command("show", "Show files");
+  std::vector<std::string> files, program;
+  std::string option;
+  run.Option("--option", option, "an option");
+  run.Tail("PROGRAM", program, "what runs");
+  show.Argument("FILE", files, "files");
+  std::ostringstream out;
+  EXPECT_TRUE(line.Parse({"run", "--option", "x", "--", "ls", "--option", "--", ""}, out));
+  EXPECT_EQ(program, (std::vector<std::string>{"ls", "--option", "--", ""}));
+  EXPECT_EQ(option, "x");
+  EXPECT_TRUE(line.Parse({"show", "--", "-file"}, out));
+  EXPECT_EQ(files, std::vector<std::string>{"-file"});
+  EXPECT_TRUE(run.HasTail());
+  EXPECT_FALSE(show.HasTail());
+  EXPECT_FALSE(line.Parse({"run", "--help"}, out));
+  EXPECT_NE(out.str().find("-- PROGRAM  what runs"), std::string::npos) << out.str();
+}
+
 }  // namespace NoxAgentTest

@@ -41,4 +41,11 @@ TEST(Words, RefuseWhatIsNotClosed) {
   }
 }
 
+TEST(Words, AreJoinedToATextThatIsSplitIntoThemAgain) {
+  const std::vector<std::string> words{"a",           "a b",    "",   "it's", "x\"y",
+                                       "back\\slash", "'\"\\ ", "\t", "$HOME"};
+  EXPECT_EQ(SplitWords(JoinWords(words)), words) << JoinWords(words);
+  EXPECT_EQ("a 'a b' \"it's\"", JoinWords({"a", "a b", "it's"}));
+}
+
 }  // namespace NoxHandlerTest

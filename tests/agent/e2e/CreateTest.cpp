@@ -1,0 +1,66 @@
+// From one line of a command line to a run, and back to nothing.
+#include "tests/agent/e2e/AgentFixture.h"
+
+namespace {
+
+class Create : public AgentFixture {
+ protected:
+  Create() { StartAgent({}, {{"TZ", "CET-1CEST,M3.5.0,M10.5.0/3"}}); }
+
+  void Do(const std::vector<std::string>& arguments) {
+    const auto result = Ctl(arguments);
+    EXPECT_EQ(0, result.m_Status) << result.m_Error;
+  }
+};
+
+}  // namespace
+
+TEST_F(Create, HasACommandRun) {
+  Do({"create", "hello", "now", "--env", "NAME=world", "--", "echo \"hello $NAME\""});
+  ASSERT_TRUE(WaitForState("hello", "Ok"));
+  EXPECT_EQ(0U, Ctl({"log", "hello"}).m_Output.rfind("hello world\n-- ", 0));
+  Do({"delete", "hello"});
+  EXPECT_FALSE(m_Directory.Has("state/var/jobs/hello.job"));
+  EXPECT_EQ("", TaskFile("hello"));
+}
+
+TEST_F(Create, RunsNothingBeforeItsTime) {
+  Do({"create", "poll", "every 10 min", "--", "true"});
+  Do({"create", "backup", "daily at 02:30 and monthly on first mon at 05:00", "--", "true"});
+  // A task that runs at once is behind them.
+  Do({"create", "hello", "now", "--", "true"});
+  ASSERT_TRUE(WaitForState("hello", "Ok"));
+  EXPECT_EQ("", LastRun("poll"));
+  EXPECT_EQ("", LastRun("backup"));
+  EXPECT_EQ("every 10 min\n", Ctl({"describe", "poll"}).m_Output.substr(0, 13));
+}
+
+TEST_F(Create, RunsByHandAsOftenAsIsAsked) {
+  Do({"create", "backup", "daily at 02:30", "--", "echo run >> " + Path("runs")});
+  Do({"run", "backup", "--wait"});
+  Do({"run", "backup", "--wait"});
+  EXPECT_EQ("run\nrun\n", m_Directory.Read("runs"));
+  EXPECT_NE(std::string::npos, Ctl({"list"}).m_Output.find(" 02:30:00 ")) << "the schedule stays";
+}
+
+TEST_F(Create, TellsWhatBecameOfARunByHand) {
+  Do({"create", "backup", "daily at 02:30", "--", "false"});
+  const auto failed = Ctl({"run", "backup", "--wait"});
+  EXPECT_EQ(1, failed.m_Status);
+  EXPECT_EQ(0U, failed.m_Output.rfind("backup: Failed, exit status 1 after ", 0))
+      << failed.m_Output;
+  const auto unknown = Ctl({"run", "none"});
+  EXPECT_EQ(1, unknown.m_Status);
+  EXPECT_NE(std::string::npos, unknown.m_Error.find("there is no task none"));
+}
+
+TEST_F(Create, KeepsTheOverlapRuleWhenItRunsByHand) {
+  Do({"create", "long", "daily at 02:30", "--",
+      "touch " + Path("begun") + "; until test -e " + Path("go") + "; do sleep 0.1; done"});
+  EXPECT_EQ("long: started\n", Ctl({"run", "long"}).m_Output);
+  ASSERT_TRUE(WaitForFile("begun"));
+  const auto second = Ctl({"run", "long", "--wait"});
+  EXPECT_EQ(1, second.m_Status);
+  EXPECT_EQ("long: left out: its previous run goes on\n", second.m_Output);
+  m_Directory.Write("go", "");
+}
