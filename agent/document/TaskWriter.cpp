@@ -12,7 +12,7 @@ namespace NoxAgent {
 
 namespace {
 
-constexpr long Minute = 60;
+constexpr long SecondsOfMinute = 60;
 
 void AddElement(pugi::xml_node& parent, const char* name, const std::string& text) {
   parent.append_child(name).text().set(text.c_str());
@@ -30,16 +30,18 @@ void AddDate(pugi::xml_node& parent, const char* name, long moment) {
 
 void AddPeriod(pugi::xml_node& trigger, const TriggerRule& rule) {
   if (rule.m_IntervalSeconds != 0) {
-    const bool isMinutes = rule.m_IntervalSeconds % Minute == 0;
+    const bool isMinutes = rule.m_IntervalSeconds % SecondsOfMinute == 0;
     trigger.append_attribute("Interval") =
-        std::to_string(isMinutes ? rule.m_IntervalSeconds / Minute : rule.m_IntervalSeconds)
+        std::to_string(isMinutes ? rule.m_IntervalSeconds / SecondsOfMinute
+                                 : rule.m_IntervalSeconds)
             .c_str();
     if (!isMinutes) {
       trigger.append_attribute("IntervalUnit") = "SECOND";
     }
   }
   if (rule.m_DurationSeconds != 0) {
-    trigger.append_attribute("Duration") = std::to_string(rule.m_DurationSeconds / Minute).c_str();
+    trigger.append_attribute("Duration") =
+        std::to_string(rule.m_DurationSeconds / SecondsOfMinute).c_str();
   }
   if (rule.m_KillAtEnd) {
     trigger.append_attribute("KillAtEnd") = "1";

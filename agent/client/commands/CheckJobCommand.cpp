@@ -1,7 +1,7 @@
 #include "agent/client/DocumentFile.h"
 #include "agent/client/commands/Commands.h"
 #include "agent/handler/job/Job.h"
-#include "agent/handler/job/JobFile.h"
+#include "agent/handler/job/TrustedFile.h"
 
 #include <memory>
 
@@ -16,7 +16,7 @@ using JobProblems = std::vector<AString>;
 
 JobProblems ProblemsOf(const std::string& file, const AString& text) {
   const AString name = AString::FromUtf8(file);
-  if (text.ToUtf8().size() > NoxHandler::JobFile::MaxBytes) {
+  if (text.ToUtf8().size() > NoxHandler::TrustedFile::MaxBytes) {
     return {AString("%1: the job file is larger than 64 KiB").Arg(name)};
   }
   JobProblems problems;

@@ -33,7 +33,7 @@ struct Job {
                    std::vector<BaseSDK::AString>& problems);
 
   /// Reads and parses the file. Throws JobError also when there is none, and for what
-  /// JobFile::Read refuses.
+  /// TrustedFile::Read refuses.
   static Job Load(const BaseSDK::AString& fileName);
 
   /// The error "FILE:LINE: key: reason", for a value that the machine as it is cannot serve, such

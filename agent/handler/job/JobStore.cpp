@@ -2,7 +2,7 @@
 
 #include "agent/handler/Log.h"
 #include "agent/handler/job/Job.h"
-#include "agent/handler/job/JobFile.h"
+#include "agent/handler/job/TrustedFile.h"
 #include "agent/handler/system/FileDescriptor.h"
 #include "agent/handler/system/FileWrite.h"
 #include "agent/handler/task/TaskBatch.h"
@@ -62,7 +62,7 @@ AString Joined(const std::vector<AString>& problems) {
 }
 
 void CheckText(const AString& fileName, const std::string& bytes) {
-  if (bytes.size() > JobFile::MaxBytes) {
+  if (bytes.size() > TrustedFile::MaxBytes) {
     throw JobError(AString("the job file %1 is larger than 64 KiB").Arg(fileName));
   }
   std::vector<AString> problems;
@@ -124,7 +124,7 @@ void JobStore::Put(const AString& taskId, const AString& text) {
   const AString fileName = m_Settings.JobFile(taskId);
   const std::string bytes = text.ToUtf8();
   CheckText(fileName, bytes);
-  JobFile::CheckDirectory(m_Settings.m_JobPath);
+  TrustedFile::CheckDirectory("job file", m_Settings.m_JobPath);
   const AMutexGuard guard(m_Lock);
   if (const int error = Replace(taskId, bytes); error != 0) {
     throw ChangeError("write", fileName, error);
@@ -153,7 +153,8 @@ int JobStore::Replace(const AString& taskId, const std::string& bytes) {
 
 std::optional<AString> JobStore::Get(const AString& taskId) const {
   CheckTaskId(taskId);
-  const std::optional<std::string> bytes = JobFile::Read(m_Settings.JobFile(taskId));
+  const std::optional<std::string> bytes =
+      TrustedFile::Find("job file", m_Settings.JobFile(taskId));
   return bytes.has_value() ? std::optional(BaseSDK::AUtf8Encoding().Decode(*bytes)) : std::nullopt;
 }
 

@@ -151,7 +151,7 @@ TEST_F(JobStoreTest, RefusesADirectoryThatStrangersMayWriteTo) {
   jobs.Put("a", JobText);
   ASSERT_EQ(chmod(m_Directory.Path().c_str(), 0757), 0);
   const std::string error =
-      "the job directory " + m_Directory.Path().string() + " is to belong to ";
+      "the directory " + m_Directory.Path().string() + " of the job file is to belong to ";
   EXPECT_EQ(ErrorOf([&] { jobs.Put("a", OtherJobText); }).substr(0, error.size()), error);
   EXPECT_EQ(ErrorOf([&] { (void)jobs.Get("a"); }).substr(0, error.size()), error);
   EXPECT_EQ(m_Directory.Read("a.job"), JobText);

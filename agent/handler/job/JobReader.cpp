@@ -1,0 +1,100 @@
+#include "agent/handler/job/JobReader.h"
+
+#include "agent/handler/job/Duration.h"
+#include "agent/handler/job/VariableName.h"
+#include "agent/handler/job/Words.h"
+
+using BaseSDK::AIniText;
+using BaseSDK::AString;
+
+namespace NoxHandler {
+
+namespace {
+
+AString TakeCommand(Job& job, const AString& value) {
+  job.m_Command = value.ToUtf8();
+  const bool isPath = job.m_Command.find('/') != std::string::npos;
+  if (value.IsEmpty() || (isPath && value[0] != L'/')) {
+    return "is to be an absolute path or the bare name of a program";
+  }
+  return AString();
+}
+
+AString TakeArguments(Job& job, const AString& value) {
+  auto words = SplitWords(value.ToUtf8());
+  if (!words) {
+    return "a quote is not closed, or the text ends with a backslash";
+  }
+  job.m_Arguments = std::move(*words);
+  return AString();
+}
+
+AString TakeUser(Job& job, const AString& value) {
+  job.m_User = value.ToUtf8();
+  return value.IsEmpty() ? AString("a user's name is missing") : AString();
+}
+
+AString TakeDirectory(Job& job, const AString& value) {
+  job.m_Directory = value.ToUtf8();
+  return value[0] == L'/' ? AString() : AString("is to be an absolute path");
+}
+
+AString TakeTimeout(Job& job, const AString& value) {
+  return Duration::Read(value, 0, Duration::MaxSeconds, job.m_TimeoutSeconds);
+}
+
+AString TakeOverlap(Job& job, const AString& value) {
+  const auto overlap = ParseOverlap(value);
+  job.m_Overlap = overlap.value_or(OverlapRule::Skip);
+  return overlap ? AString() : AString("is to be skip, queue or kill");
+}
+
+struct Key {
+  const char* m_Name;
+  AString (*m_Take)(Job& job, const AString& value);
+};
+
+constexpr Key Keys[] = {{"command", TakeCommand}, {"arguments", TakeArguments},
+                        {"user", TakeUser},       {"directory", TakeDirectory},
+                        {"timeout", TakeTimeout}, {"overlap", TakeOverlap}};
+
+AString KnownKeys() {
+  AString names;
+  for (const Key& key : Keys) {
+    names += names.IsEmpty() ? AString(key.m_Name) : AString(", ") + key.m_Name;
+  }
+  return names;
+}
+
+}  // namespace
+
+AString JobReader::Take(const AString& section, const AIniText::Entry& entry) {
+  if (section == AString("Environment")) {
+    return TakeVariable(entry);
+  }
+  if (section != AString("Job")) {
+    return AString("unknown section \"%1\" (known: Job, Environment)").Arg(section);
+  }
+  for (const Key& key : Keys) {
+    if (entry.m_Key == AString(key.m_Name)) {
+      m_Job.m_Lines[key.m_Name] = entry.m_Line;
+      const AString reason = key.m_Take(m_Job, entry.m_Value);
+      return reason.IsEmpty() ? reason : AString("%1: %2").Arg(entry.m_Key, reason);
+    }
+  }
+  return AString("unknown key \"%1\" (known: %2)").Arg(entry.m_Key, KnownKeys());
+}
+
+AString JobReader::Missing() const {
+  return m_Job.m_Lines.contains("command") ? AString()
+                                           : AString("the section \"Job\" has no \"command\"");
+}
+
+AString JobReader::TakeVariable(const AIniText::Entry& entry) {
+  m_Job.m_Environment[entry.m_Key.ToUtf8()] = entry.m_Value.ToUtf8();
+  return IsVariableName(entry.m_Key.ToUtf8())
+             ? AString()
+             : AString("\"%1\" is no name for a variable").Arg(entry.m_Key);
+}
+
+}  // namespace NoxHandler
