@@ -2,6 +2,7 @@
 
 #include "agent/handler/job/JobError.h"
 #include "agent/handler/job/Overlap.h"
+#include "agent/handler/job/Retry.h"
 
 #include <BaseSDK/AString.h>
 
@@ -19,8 +20,9 @@ struct Job {
   std::string m_User;       ///< empty: the agent's own
   std::string m_Directory;  ///< absolute; empty: the user's home
   std::map<std::string, std::string> m_Environment;
-  long m_TimeoutSeconds = 0;  ///< 0: none
+  long m_TimeoutSeconds = 0;  ///< of each attempt; 0: none
   OverlapRule m_Overlap = OverlapRule::Skip;
+  RetryRule m_Retry;
   BaseSDK::AString m_FileName;
   std::map<std::string, unsigned> m_Lines;  ///< where in the file the keys stand, from 1
 

@@ -49,6 +49,10 @@ AString TakeOverlap(Job& job, const AString& value) {
   return overlap ? AString() : AString("is to be skip, queue or kill");
 }
 
+AString TakeRetry(Job& job, const AString& value) {
+  return RetryRule::Read(value, job.m_Retry);
+}
+
 struct Key {
   const char* m_Name;
   AString (*m_Take)(Job& job, const AString& value);
@@ -56,7 +60,8 @@ struct Key {
 
 constexpr Key Keys[] = {{"command", TakeCommand}, {"arguments", TakeArguments},
                         {"user", TakeUser},       {"directory", TakeDirectory},
-                        {"timeout", TakeTimeout}, {"overlap", TakeOverlap}};
+                        {"timeout", TakeTimeout}, {"overlap", TakeOverlap},
+                        {"retry", TakeRetry}};
 
 AString KnownKeys() {
   AString names;

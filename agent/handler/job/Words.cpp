@@ -1,5 +1,7 @@
 #include "agent/handler/job/Words.h"
 
+#include <sstream>
+
 namespace NoxHandler {
 
 namespace {
@@ -93,6 +95,15 @@ std::string JoinWords(const std::vector<std::string>& words) {
     text += (text.empty() ? "" : " ") + (NeedsQuotes(word) ? Quoted(word) : word);
   }
   return text;
+}
+
+std::vector<BaseSDK::AString> BlankSeparated(const BaseSDK::AString& text) {
+  std::vector<BaseSDK::AString> words;
+  std::istringstream stream(text.ToUtf8());
+  for (std::string word; stream >> word;) {
+    words.push_back(BaseSDK::AString::FromUtf8(word));
+  }
+  return words;
 }
 
 }  // namespace NoxHandler

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <BaseSDK/AString.h>
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,5 +16,8 @@ std::optional<std::vector<std::string>> SplitWords(std::string_view text);
 
 /// The text that SplitWords makes these words of. A word must not have a line break in it.
 std::string JoinWords(const std::vector<std::string>& words);
+
+/// The parts of the text between its blanks, with nothing special in it.
+std::vector<BaseSDK::AString> BlankSeparated(const BaseSDK::AString& text);
 
 }  // namespace NoxHandler

@@ -55,7 +55,8 @@ std::vector<std::string> CandidatesFor(const std::string& command, const std::st
 
 }  // namespace
 
-Launch::Launch(const Job& job, const TaskBatch::Entry& entry, const std::string& token)
+Launch::Launch(const Job& job, const TaskBatch::Entry& entry, const std::string& token,
+               unsigned attempt)
     : m_Account(FindAccount(job)),
       m_Arguments{job.m_Command},
       m_Directory(job.m_Directory),
@@ -68,6 +69,7 @@ Launch::Launch(const Job& job, const TaskBatch::Entry& entry, const std::string&
   variables["NOX_TASK_ID"] = entry.m_TaskId.ToUtf8();
   variables["NOX_LATE"] = entry.m_Late ? "1" : "0";
   variables["NOX_RUN_ID"] = token;
+  variables["NOX_ATTEMPT"] = std::to_string(attempt);
   for (const auto& [name, value] : variables) {
     m_Environment.push_back(name + "=" + value);
   }

@@ -23,10 +23,10 @@ struct Launch {
 
   /// The environment is the user's (HOME, USER, LOGNAME, SHELL), PATH and LANG with fixed values,
   /// the agent's TZ when the administrator set one, NOX_TASK_ID, NOX_LATE ("0" or "1"), NOX_RUN_ID
-  /// with the given token, and what the job sets. Nothing else of the agent's environment gets
-  /// through, so a job finds the same, in whatever way the agent was started.
-  /// Throws JobError when the job's user cannot be had.
-  Launch(const Job& job, const TaskBatch::Entry& entry, const std::string& token);
+  /// with the given token, NOX_ATTEMPT with the number of the attempt, from 1, and what the job
+  /// sets. Nothing else of the agent's environment gets through, so a job finds the same, in
+  /// whatever way the agent was started. Throws JobError when the job's user cannot be had.
+  Launch(const Job& job, const TaskBatch::Entry& entry, const std::string& token, unsigned attempt);
 };
 
 }  // namespace NoxHandler

@@ -70,7 +70,7 @@ void CheckProgram(const Job& job, const Launch& launch) {
 }  // namespace
 
 void LaunchTrial::Check(const Job& job) {
-  const Launch launch(job, {}, {});
+  const Launch launch(job, {}, {}, 1);
   CheckDirectory(job, launch.m_Account);
   CheckProgram(job, launch);
 }

@@ -47,32 +47,29 @@ void LatestRuns::NoteWaiting(const AString& taskId, const AString& reason) {
 }
 
 void LatestRuns::NoteStart(const AString& taskId, long start, long pid) {
-  Facts facts;
-  facts.m_Phase = Phase::Running;
-  facts.m_Start = start;
-  facts.m_Pid = pid;
   AMutexGuard guard(m_Lock);
+  Facts facts = OfRun(taskId, start);
+  facts.m_Phase = Phase::Running;
+  facts.m_Pid = pid;
   (void)Renew(taskId, facts);
 }
 
-void LatestRuns::NoteEnd(const AString& taskId, bool succeeded, const AString& reason, long end) {
+void LatestRuns::NotePause(const AString& taskId, long start, const AString& reason) {
   AMutexGuard guard(m_Lock);
-  Facts facts = m_Runs[taskId].m_Facts;
-  facts.m_Phase = Phase::Ended;
-  facts.m_Pid = 0;
-  facts.m_Queued.reset();
-  facts.m_End = end;
-  facts.m_Succeeded = succeeded;
+  Facts facts = OfRun(taskId, start);
   facts.m_Reason = reason;
-  EnterEnded(taskId, Renew(taskId, facts));
+  (void)Renew(taskId, facts);
 }
 
-void LatestRuns::NoteFailure(const AString& taskId, const AString& reason, long moment) {
-  Facts facts;
-  facts.m_Phase = Phase::Ended;
-  facts.m_Start = facts.m_End = moment;
-  facts.m_Reason = reason;
+void LatestRuns::NoteEnd(const AString& taskId, const Ending& ending) {
   AMutexGuard guard(m_Lock);
+  Facts facts = OfRun(taskId, ending.m_Start);
+  facts.m_Phase = Phase::Ended;
+  facts.m_Queued.reset();
+  facts.m_End = ending.m_End;
+  facts.m_Succeeded = ending.m_Succeeded;
+  facts.m_IsFinal = ending.m_IsFinal;
+  facts.m_Reason = ending.m_Reason;
   EnterEnded(taskId, Renew(taskId, facts));
 }
 
@@ -118,6 +115,9 @@ AStringMap LatestRuns::Describe(const AString& taskId) const {
   }
   if (facts->m_Phase == Phase::Ended) {
     run.emplace("result", facts->m_Succeeded ? "Ok" : "Failed");
+    if (facts->m_IsFinal) {
+      run.emplace("final", "1");
+    }
   }
   return run;
 }
@@ -138,6 +138,22 @@ AString LatestRuns::Report() const {
   return AString("Command handler: %1 running, %2 waiting\n")
              .Arg(DecimalText(running), DecimalText(waiting)) +
          lines;
+}
+
+// What stays known of the run that began at `start` when it comes into another phase.
+LatestRuns::Facts LatestRuns::OfRun(const AString& taskId, long start) const {
+  Facts facts;
+  const auto found = m_Runs.find(taskId);
+  if (found != m_Runs.end()) {
+    const Facts& before = found->second.m_Facts;
+    if (before.m_Phase != Phase::Ended && before.m_Start == start) {
+      facts.m_Queued = before.m_Queued;
+      facts.m_Skipped = before.m_Skipped;
+      facts.m_SkipReason = before.m_SkipReason;
+    }
+  }
+  facts.m_Start = start;
+  return facts;
 }
 
 LatestRuns::Entry& LatestRuns::Renew(const AString& taskId, const Facts& facts) {

@@ -25,6 +25,7 @@ class LatestRuns {
     std::optional<long> m_End;
     long m_Pid = 0;                 ///< while running
     bool m_Succeeded = false;       ///< when ended
+    bool m_IsFinal = false;         ///< when failed: the scheduler was told that all is well
     BaseSDK::AString m_Reason;      ///< how it ended, or what it waits for; empty while running
     std::optional<long> m_Queued;   ///< since when the next run waits for the end of this one
     std::optional<long> m_Skipped;  ///< the last start that was left out since this run began
@@ -37,18 +38,28 @@ class LatestRuns {
   /// At most `mostEnded` ended runs are remembered; the oldest are forgotten first.
   explicit LatestRuns(std::size_t mostEnded = MostEnded) : m_MostEnded(mostEnded) {}
 
-  // Each of the next four replaces what was known of the task. Only NoteEnd keeps something of it:
-  // the start of the run that has ended, and the last start that was left out.
+  /// How a run ended, with all its attempts.
+  struct Ending {
+    long m_Start = 0;
+    long m_End = 0;
+    bool m_Succeeded = false;
+    bool m_IsFinal = false;  ///< as in Facts
+    BaseSDK::AString m_Reason;
+  };
+
+  // Each of the next four replaces what was known of the task. Of the same run, known by its start,
+  // they keep the last start that was left out and the one that waits for the run's end.
 
   /// The run cannot start yet; `reason` says what it waits for.
   void NoteWaiting(const BaseSDK::AString& taskId, const BaseSDK::AString& reason)
       NOX_EXCLUDES(m_Lock);
+  /// An attempt of the run that began at `start` goes on.
   void NoteStart(const BaseSDK::AString& taskId, long start, long pid) NOX_EXCLUDES(m_Lock);
-  void NoteEnd(const BaseSDK::AString& taskId, bool succeeded, const BaseSDK::AString& reason,
-               long end) NOX_EXCLUDES(m_Lock);
-  /// The run could not be started.
-  void NoteFailure(const BaseSDK::AString& taskId, const BaseSDK::AString& reason, long moment)
+  /// An attempt of that run has failed; `reason` says how, and when the next one begins.
+  void NotePause(const BaseSDK::AString& taskId, long start, const BaseSDK::AString& reason)
       NOX_EXCLUDES(m_Lock);
+  /// No start waits for its end any more.
+  void NoteEnd(const BaseSDK::AString& taskId, const Ending& ending) NOX_EXCLUDES(m_Lock);
   /// The next two note of the latest run that a further start waits for its end, or was left out.
   /// They note nothing when no run of the task is known.
   void NoteQueued(const BaseSDK::AString& taskId, long moment) NOX_EXCLUDES(m_Lock);
@@ -69,6 +80,7 @@ class LatestRuns {
     std::uint64_t m_EndedAs = 0;  ///< its key in m_Ended, 0 when it has not ended
   };
 
+  Facts OfRun(const BaseSDK::AString& taskId, long start) const NOX_REQUIRES(m_Lock);
   Entry& Renew(const BaseSDK::AString& taskId, const Facts& facts) NOX_REQUIRES(m_Lock);
   void EnterEnded(const BaseSDK::AString& taskId, Entry& entry) NOX_REQUIRES(m_Lock);
 

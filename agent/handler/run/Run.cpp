@@ -52,17 +52,16 @@ AString CommandText(const Job& job) {
 
 }  // namespace
 
-Run::Run(const TaskBatch::Entry& entry, const Job& job, std::optional<long> periodEnd,
-         const HandlerSettings& settings, RunRecords& records)
+Run::Run(const TaskBatch::Entry& entry, const Job& job, const AttemptNumber& attempt,
+         std::optional<long> periodEnd, const HandlerSettings& settings, RunRecords& records)
     : m_TaskId(entry.m_TaskId),
       m_Token(MakeToken()),
-      m_Overlap(job.m_Overlap),
+      m_Attempt(attempt),
       m_TimeoutSeconds(job.m_TimeoutSeconds),
       m_PeriodEnd(periodEnd),
       m_KillGrace(settings.m_KillGrace),
       m_Records(records),
-      m_StartTime(WallSeconds()),
-      m_Child(Launch(job, entry, m_Token)),
+      m_Child(Launch(job, entry, m_Token, attempt.m_Number)),
       m_FirstPid(m_Child.Pid()),
       m_Session(m_FirstPid),
       m_LogOutput(settings.m_LogOutput),
@@ -212,9 +211,10 @@ void Run::Finish() {
 
 AString Run::DescribeEnd() const {
   if (const AString failure = m_Child.StartFailure(); !failure.IsEmpty()) {
-    return failure;
+    return failure + m_Attempt.Suffix();
   }
-  return AString("%1 after %2").Arg(DescribeReason(), SecondsText(Clock::now() - m_Start));
+  return AString("%1 after %2%3")
+      .Arg(DescribeReason(), SecondsText(Clock::now() - m_Start), m_Attempt.Suffix());
 }
 
 AString Run::DescribeReason() const {

@@ -4,6 +4,7 @@
 #include "agent/handler/job/Job.h"
 #include "agent/handler/process/ChildProcess.h"
 #include "agent/handler/process/Session.h"
+#include "agent/handler/run/AttemptNumber.h"
 #include "agent/handler/run/LineSplitter.h"
 #include "agent/handler/run/OutputFile.h"
 #include "agent/handler/run/RunRecords.h"
@@ -20,9 +21,9 @@
 
 namespace NoxHandler {
 
-/// One run of a job, from its start until the last of its processes is gone. A run ends when its
-/// command ends. Processes that the command leaves behind in its session are then ended as well, so
-/// that nothing of a finished run goes on unseen.
+/// One attempt to run a job, from its start until the last of its processes is gone. A run ends
+/// when its command ends. Processes that the command leaves behind in its session are then ended as
+/// well, so that nothing of a finished run goes on unseen.
 ///
 /// The supervisor waits on the handles and moments that a run names, and calls Advance when one of
 /// them has come. [supervisor thread]
@@ -33,11 +34,11 @@ class Run {
   /// Why a run that still goes on is to end.
   enum class EndReason { None, Timeout, PeriodEnd, Replaced, Shutdown };
 
-  /// Starts the command. `periodEnd` is the wall-clock moment at which the run is to end, if any.
-  /// Throws JobError when it cannot be started; nothing is left running then. Both references are
-  /// borrowed.
-  Run(const TaskBatch::Entry& entry, const Job& job, std::optional<long> periodEnd,
-      const HandlerSettings& settings, RunRecords& records);
+  /// Starts the command; `attempt` says which one it is of the task's run. `periodEnd` is the
+  /// wall-clock moment at which the run is to end, if any. Throws JobError when it cannot be
+  /// started; nothing is left running then. Both references are borrowed.
+  Run(const TaskBatch::Entry& entry, const Job& job, const AttemptNumber& attempt,
+      std::optional<long> periodEnd, const HandlerSettings& settings, RunRecords& records);
   Run(const Run&) = delete;
   Run& operator=(const Run&) = delete;
 
@@ -64,10 +65,9 @@ class Run {
   bool Succeeded() const;
   /// How it ended, in words, such as "exit status 1 after 2.300 s". REQUIRES: IsOver().
   const BaseSDK::AString& Outcome() const { return m_Outcome; }
-  OverlapRule Overlap() const { return m_Overlap; }
+  /// Why it was ended, None when it ended by itself.
+  EndReason Reason() const { return m_Reason; }
   pid_t Pid() const { return m_FirstPid; }
-  /// Seconds since the epoch.
-  long StartTime() const { return m_StartTime; }
 
  private:
   void NoteStart(const Job& job) const;
@@ -82,13 +82,12 @@ class Run {
 
   const BaseSDK::AString m_TaskId;
   const std::string m_Token;
-  const OverlapRule m_Overlap;
+  const AttemptNumber m_Attempt;
   const long m_TimeoutSeconds;
   const std::optional<long> m_PeriodEnd;
   const std::chrono::milliseconds m_KillGrace;
   RunRecords& m_Records;
   const Clock::time_point m_Start = Clock::now();
-  const long m_StartTime;
 
   ChildProcess m_Child;
   const pid_t m_FirstPid;  ///< stays when the process is reaped

@@ -9,7 +9,10 @@
 
 #include <AgentInterfacesV3/AMsgGroup.h>
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <ctime>
 #include <exception>
@@ -32,6 +35,7 @@ namespace {
 constexpr auto StopMargin = 10s;
 
 constexpr const char* HandlerEnds = "the command handler ends";
+constexpr const char* TooManyGoOn = "as many runs go on as may";
 
 void LogSkip(const AString& taskId, const AString& why) {
   ALOG(HandlerLog(), ALogger::Information, HandlerSource,
@@ -40,12 +44,27 @@ void LogSkip(const AString& taskId, const AString& why) {
 
 }  // namespace
 
-Supervisor::Supervisor(const HandlerSettings& settings)
+Supervisor::Supervisor(const HandlerSettings& settings, const WaitClock& clock)
     : m_Settings(settings),
+      m_Clock(clock),
       m_Records(settings.m_RecordPath, settings.m_MaxRuns),
-      m_Reporter(settings.m_SchedulerClassId) {}
+      m_Failures(settings.m_RecordPath),
+      m_Reporter(settings.m_SchedulerClassId) {
+  RememberFailures();
+}
 
 Supervisor::~Supervisor() = default;
+
+// What an earlier agent knew, without the tasks that are gone.
+void Supervisor::RememberFailures() {
+  for (const auto& [taskId, failure] : std::map(m_Failures.All())) {
+    if (access(m_Settings.JobFile(taskId).ToUtf8().c_str(), F_OK) != 0 && errno == ENOENT) {
+      m_Failures.Forget(taskId);
+    } else {
+      m_Latest.NoteEnd(taskId, {failure.m_Start, failure.m_End, false, true, failure.m_Reason});
+    }
+  }
+}
 
 void Supervisor::Start() {
   // The agent's signals are for the agent's own threads.
@@ -150,42 +169,88 @@ bool Supervisor::TakePosted(std::vector<TaskBatch::Entry>& entries) {
 
 void Supervisor::Dispatch(const TaskBatch::Entry& entry) {
   if (const auto slot = m_Slots.find(entry.m_TaskId); slot != m_Slots.end()) {
-    DispatchToRunning(slot->second, entry);
-  } else if (IsWaiting(entry.m_TaskId)) {
-    LeaveOut(entry, "it is waiting to start already");
+    DispatchToPresent(slot->second, entry);
   } else if (entry.m_NeverRun && m_Reporter.HasKept(entry.m_TaskId)) {
     LeaveOut(entry, "it has just run, and its state is yet to be recorded");
   } else {
     m_Reporter.Cancel(entry.m_TaskId);
-    StartOrWait(entry);
+    Admit(entry);
   }
 }
 
-bool Supervisor::IsWaiting(const AString& taskId) const {
-  return std::any_of(m_Waiting.begin(), m_Waiting.end(),
-                     [&](const TaskBatch::Entry& entry) { return entry.m_TaskId == taskId; });
-}
-
-void Supervisor::StartOrWait(const TaskBatch::Entry& entry) {
-  if (m_Slots.size() < m_Settings.m_MaxRuns) {
-    StartRun(entry);
-  } else {
-    LogSkip(entry.m_TaskId, "as many runs go on as may: starts after one of them");
-    m_Latest.NoteWaiting(entry.m_TaskId, "as many runs go on as may; it starts after one of them");
-    m_Waiting.push_back(entry);
+void Supervisor::Admit(const TaskBatch::Entry& entry) {
+  try {
+    Job job = Job::Load(m_Settings.JobFile(entry.m_TaskId));
+    Slot& slot = m_Slots[entry.m_TaskId];
+    slot.m_Attempts =
+        std::make_unique<Attempts>(entry, std::move(job), m_Settings, m_Records, m_Clock);
+    LineUp(slot);
+  } catch (const std::bad_alloc&) {
+    Fail(entry.m_TaskId, "the agent has no memory left");
+  } catch (const std::exception& error) {
+    Fail(entry.m_TaskId, error.what());
   }
 }
 
-void Supervisor::StartWaiting() {
-  while (!m_Waiting.empty() && m_Slots.size() < m_Settings.m_MaxRuns) {
-    const TaskBatch::Entry entry = m_Waiting.front();
+// Begins the slot's attempt if its time has come, now or in its turn.
+void Supervisor::LineUp(Slot& slot) {
+  if (slot.m_IsInLine || !slot.m_Attempts->IsReady()) {
+    return;
+  }
+  const AString& taskId = slot.m_Attempts->Entry().m_TaskId;
+  slot.m_IsInLine = true;
+  m_Waiting.push_back(taskId);
+  BeginWaiting();
+  if (slot.m_IsInLine) {
+    LogSkip(taskId, AString("%1: starts after one of them").Arg(TooManyGoOn));
+    NoteFacts(*slot.m_Attempts);
+  }
+}
+
+void Supervisor::BeginWaiting() {
+  while (!m_Waiting.empty() && m_Running < m_Settings.m_MaxRuns) {
+    const auto slot = m_Slots.find(m_Waiting.front());
     m_Waiting.pop_front();
-    StartRun(entry);
+    if (slot != m_Slots.end() && slot->second.m_Attempts->IsReady()) {
+      slot->second.m_IsInLine = false;
+      BeginAttempt(slot->second);
+    }
   }
 }
 
-void Supervisor::DispatchToRunning(Slot& slot, const TaskBatch::Entry& entry) {
-  switch (DecideOverlap(slot.m_Run->Overlap(), entry.m_NeverRun)) {
+void Supervisor::BeginAttempt(Slot& slot) {
+  Attempts& attempts = *slot.m_Attempts;
+  if (!attempts.HasBegun() && attempts.Entry().m_KillAtEnd) {
+    attempts.EndAt(
+        ActivePeriod::EndFor(m_Reporter.TaskXml(attempts.Entry().m_TaskId), std::time(nullptr)));
+  }
+  attempts.Begin();
+  m_Running += attempts.IsRunning() ? 1U : 0U;
+  NoteFacts(attempts);
+}
+
+// Of one that is over, NoteEnd tells.
+void Supervisor::NoteFacts(const Attempts& attempts) {
+  const AString& taskId = attempts.Entry().m_TaskId;
+  if (attempts.IsRunning()) {
+    m_Latest.NoteStart(taskId, attempts.StartTime(), attempts.Pid());
+  } else if (!attempts.HasBegun()) {
+    m_Latest.NoteWaiting(taskId, AString("%1; it starts after one of them").Arg(TooManyGoOn));
+  } else if (attempts.IsReady()) {
+    m_Latest.NotePause(taskId, attempts.StartTime(),
+                       AString("%1; %2, and the next one begins after one of them")
+                           .Arg(attempts.Outcome(), TooManyGoOn));
+  } else if (!attempts.IsOver()) {
+    m_Latest.NotePause(taskId, attempts.StartTime(), attempts.WaitsFor());
+  }
+}
+
+void Supervisor::DispatchToPresent(Slot& slot, const TaskBatch::Entry& entry) {
+  if (!slot.m_Attempts->HasBegun()) {
+    LeaveOut(entry, "it is waiting to start already");
+    return;
+  }
+  switch (DecideOverlap(slot.m_Attempts->Overlap(), entry.m_NeverRun)) {
     case OverlapRule::Skip:
       LeaveOut(entry, "its previous run goes on");
       break;
@@ -215,7 +280,7 @@ void Supervisor::Replace(Slot& slot, const TaskBatch::Entry& entry) {
   LogSkip(entry.m_TaskId, "its previous run goes on: ending that one first");
   m_Latest.NoteQueued(entry.m_TaskId, WallSeconds());
   slot.m_Next = entry;
-  slot.m_Run->End(Run::EndReason::Replaced);
+  slot.m_Attempts->End(Run::EndReason::Replaced);
 }
 
 void Supervisor::LeaveOut(const TaskBatch::Entry& entry, const char* why) {
@@ -236,40 +301,23 @@ void Supervisor::Skip(const AString& taskId, const char* why) {
 // The output file of a task with a run is open already.
 void Supervisor::AppendNote(const AString& taskId, const AString& text) {
   if (const auto slot = m_Slots.find(taskId); slot != m_Slots.end()) {
-    slot->second.m_Run->AppendNote(text);
+    slot->second.m_Attempts->AppendNote(text);
   } else {
     OutputFile(m_Settings.OutputFile(taskId)).AppendNote(text);
   }
 }
 
-void Supervisor::StartRun(const TaskBatch::Entry& entry) {
-  try {
-    Slot& slot = m_Slots[entry.m_TaskId];
-    slot.m_Run = MakeRun(entry);
-    m_Latest.NoteStart(entry.m_TaskId, slot.m_Run->StartTime(), slot.m_Run->Pid());
-  } catch (const std::bad_alloc&) {
-    Fail(entry.m_TaskId, "the agent has no memory left");
-  } catch (const std::exception& error) {
-    Fail(entry.m_TaskId, error.what());
-  }
-}
-
+// Without its job nobody knows what is to become of a task that failed: the scheduler decides.
 void Supervisor::Fail(const AString& taskId, const AString& reason) {
   m_Slots.erase(taskId);
   ALOG(HandlerLog(), ALogger::Error, HandlerSource,
        AString("Task '%1' failed: %2").Arg(taskId, reason));
-  m_Latest.NoteFailure(taskId, reason, WallSeconds());
+  const long now = WallSeconds();
+  m_Latest.NoteEnd(taskId, {now, now, false, false, reason});
   AppendNote(taskId, reason);
+  m_Failures.Forget(taskId);
+  m_Failures.Save();
   m_Reporter.Report(taskId, "Failed");
-}
-
-std::unique_ptr<Run> Supervisor::MakeRun(const TaskBatch::Entry& entry) {
-  const Job job = Job::Load(m_Settings.JobFile(entry.m_TaskId));
-  std::optional<long> periodEnd;
-  if (entry.m_KillAtEnd) {
-    periodEnd = ActivePeriod::EndFor(m_Reporter.TaskXml(entry.m_TaskId), std::time(nullptr));
-  }
-  return std::make_unique<Run>(entry, job, periodEnd, m_Settings, m_Records);
 }
 
 void Supervisor::BeginStop() {
@@ -277,62 +325,86 @@ void Supervisor::BeginStop() {
     return;
   }
   m_GiveUpAt = Clock::now() + m_Settings.m_KillGrace + HandlerSettings::AfterKill;
-  for (const TaskBatch::Entry& entry : m_Waiting) {
-    Skip(entry.m_TaskId, HandlerEnds);
-  }
   m_Waiting.clear();
-  for (auto& [taskId, slot] : m_Slots) {
-    if (slot.m_Next) {
+  for (auto it = m_Slots.begin(); it != m_Slots.end();) {
+    auto& [taskId, slot] = *it;
+    const bool hasBegun = slot.m_Attempts->HasBegun();
+    if (slot.m_Next || !hasBegun) {
       Skip(taskId, HandlerEnds);
       slot.m_Next.reset();
     }
-    slot.m_Run->End(Run::EndReason::Shutdown);
+    slot.m_Attempts->End(Run::EndReason::Shutdown);
+    it = hasBegun ? std::next(it) : m_Slots.erase(it);
   }
 }
 
 void Supervisor::AdvanceRuns() {
   std::vector<TaskBatch::Entry> next;
-  std::map<AString, bool> ended;
+  std::map<AString, const char*> ended;
   for (auto it = m_Slots.begin(); it != m_Slots.end();) {
     auto& [taskId, slot] = *it;
     if (NeedsAdvance(slot)) {
-      slot.m_Run->Advance();
+      Advance(slot);
     }
-    if (!slot.m_Run->IsOver()) {
+    if (!slot.m_Attempts->IsOver()) {
+      LineUp(slot);
       ++it;
       continue;
     }
-    const bool succeeded = slot.m_Run->Succeeded();
-    m_Latest.NoteEnd(taskId, succeeded, slot.m_Run->Outcome(), WallSeconds());
+    const char* const state = NoteEnd(*slot.m_Attempts);
     if (slot.m_Next) {
       next.push_back(*slot.m_Next);  // the state on record is already that of this run: "Started"
     } else {
-      ended[taskId] = succeeded;
+      ended[taskId] = state;
     }
     it = m_Slots.erase(it);
   }
   ReportEnds(ended);
   for (const TaskBatch::Entry& entry : next) {
-    StartRun(entry);
+    Admit(entry);
   }
-  StartWaiting();
+  BeginWaiting();
+}
+
+void Supervisor::Advance(Slot& slot) {
+  Attempts& attempts = *slot.m_Attempts;
+  const bool wasRunning = attempts.IsRunning();
+  attempts.Advance();
+  if (wasRunning && !attempts.IsRunning()) {
+    --m_Running;
+    NoteFacts(attempts);
+  }
+}
+
+const char* Supervisor::NoteEnd(const Attempts& attempts) {
+  const AString& taskId = attempts.Entry().m_TaskId;
+  const LatestRuns::Ending ending{attempts.StartTime(), WallSeconds(), attempts.Succeeded(),
+                                  attempts.IsFinal(), attempts.Outcome()};
+  m_Latest.NoteEnd(taskId, ending);
+  if (ending.m_IsFinal) {
+    m_Failures.Note(taskId, {ending.m_Start, ending.m_End, ending.m_Reason});
+  } else {
+    m_Failures.Forget(taskId);
+  }
+  return ending.m_Succeeded || ending.m_IsFinal ? "Ok" : "Failed";
 }
 
 // As a group: the states of runs that end together are made safe together.
-void Supervisor::ReportEnds(const std::map<AString, bool>& ended) {
+void Supervisor::ReportEnds(const std::map<AString, const char*>& ended) {
+  m_Failures.Save();  // first: else nobody would know of a failure if the agent ended in between
   if (ended.empty()) {
     return;
   }
   const AMsgGroup group;
-  for (const auto& [taskId, succeeded] : ended) {
-    m_Reporter.Report(taskId, succeeded ? "Ok" : "Failed");
+  for (const auto& [taskId, state] : ended) {
+    m_Reporter.Report(taskId, state);
   }
 }
 
 bool Supervisor::NeedsAdvance(const Slot& slot) const {
   const auto begin = m_Handles.begin() + static_cast<std::ptrdiff_t>(slot.m_FirstHandle);
   const auto end = begin + static_cast<std::ptrdiff_t>(slot.m_HandleCount);
-  return slot.m_Run->IsDue() ||
+  return slot.m_Attempts->IsDue() ||
          std::any_of(begin, end, [](const pollfd& handle) { return handle.revents != 0; });
 }
 
@@ -352,7 +424,7 @@ void Supervisor::GiveUp() {
   for (const auto& [taskId, slot] : m_Slots) {
     ALOG(HandlerLog(), ALogger::Error, HandlerSource,
          AString("Cannot end the run of task '%1' (process %2): leaving it to the next start")
-             .Arg(taskId, DecimalText(slot.m_Run->Pid())));
+             .Arg(taskId, DecimalText(slot.m_Attempts->Pid())));
   }
   m_Slots.clear();
 }
@@ -364,9 +436,9 @@ void Supervisor::Wait() {
   std::optional<long> periodEnd;
   for (auto& [taskId, slot] : m_Slots) {
     slot.m_FirstHandle = m_Handles.size();
-    slot.m_Run->AddHandles(m_Handles);
+    slot.m_Attempts->AddHandles(m_Handles);
     slot.m_HandleCount = m_Handles.size() - slot.m_FirstHandle;
-    if (const auto end = slot.m_Run->PeriodEnd()) {
+    if (const auto end = slot.m_Attempts->PeriodEnd()) {
       periodEnd = periodEnd ? std::min(*periodEnd, *end) : *end;
     }
   }
@@ -375,21 +447,27 @@ void Supervisor::Wait() {
 }
 
 int Supervisor::WaitMilliseconds() const {
-  std::optional<Clock::time_point> next = m_GiveUpAt;
-  const auto consider = [&](std::optional<Clock::time_point> moment) {
-    if (moment) {
-      next = next ? std::min(*next, *moment) : *moment;
+  std::optional<Clock::duration> rest;
+  const auto consider = [&](std::optional<Clock::duration> length) {
+    if (length) {
+      rest = std::min(rest.value_or(*length), *length);
     }
   };
-  consider(m_Reporter.NextTry());
-  for (const auto& [taskId, slot] : m_Slots) {
-    consider(slot.m_Run->Deadline());
+  const auto now = Clock::now();
+  if (m_GiveUpAt) {
+    consider(*m_GiveUpAt - now);
   }
-  if (!next) {
+  if (const auto nextTry = m_Reporter.NextTry()) {
+    consider(*nextTry - now);
+  }
+  for (const auto& [taskId, slot] : m_Slots) {
+    consider(slot.m_Attempts->Rest());
+  }
+  if (!rest) {
     return -1;
   }
-  const auto rest = std::chrono::ceil<std::chrono::milliseconds>(*next - Clock::now());
-  return static_cast<int>(std::clamp<long long>(rest.count(), 0, std::numeric_limits<int>::max()));
+  const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(*rest).count();
+  return static_cast<int>(std::clamp<long long>(milliseconds, 0, std::numeric_limits<int>::max()));
 }
 
 }  // namespace NoxHandler

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "agent/handler/HandlerSettings.h"
+#include "agent/handler/run/Attempts.h"
+#include "agent/handler/run/FinalFailures.h"
 #include "agent/handler/run/LatestRuns.h"
 #include "agent/handler/run/OutputPart.h"
-#include "agent/handler/run/Run.h"
 #include "agent/handler/run/RunRecords.h"
+#include "agent/handler/system/WaitClock.h"
 #include "agent/handler/system/WakeHandle.h"
 #include "agent/handler/system/WallTimer.h"
 #include "agent/handler/task/StateReporter.h"
@@ -30,8 +32,8 @@ namespace NoxHandler {
 /// at a time.
 class Supervisor {
  public:
-  /// Throws std::system_error when the system has no descriptors left.
-  explicit Supervisor(const HandlerSettings& settings);
+  /// `clock` is borrowed. Throws std::system_error when the system has no descriptors left.
+  explicit Supervisor(const HandlerSettings& settings, const WaitClock& clock = WaitClock::Usual());
   Supervisor(const Supervisor&) = delete;
   Supervisor& operator=(const Supervisor&) = delete;
   /// REQUIRES: never started, or Stop returned true.
@@ -59,7 +61,8 @@ class Supervisor {
 
  private:
   struct Slot {
-    std::unique_ptr<Run> m_Run;              ///< never null between two steps of the loop
+    std::unique_ptr<Attempts> m_Attempts;    ///< never null between two steps of the loop
+    bool m_IsInLine = false;                 ///< whether m_Waiting has the task
     std::optional<TaskBatch::Entry> m_Next;  ///< what waits for the run's end
     std::size_t m_FirstHandle = 0;           ///< its part of m_Handles
     std::size_t m_HandleCount = 0;
@@ -68,22 +71,26 @@ class Supervisor {
   void Main();
   bool TakePosted(std::vector<TaskBatch::Entry>& entries) NOX_EXCLUDES(m_Lock);
   void Dispatch(const TaskBatch::Entry& entry);
-  void DispatchToRunning(Slot& slot, const TaskBatch::Entry& entry);
+  void DispatchToPresent(Slot& slot, const TaskBatch::Entry& entry);
   void Queue(Slot& slot, const TaskBatch::Entry& entry);
   void Replace(Slot& slot, const TaskBatch::Entry& entry);
   void LeaveOut(const TaskBatch::Entry& entry, const char* why);
   void Skip(const BaseSDK::AString& taskId, const char* why);
   void AppendNote(const BaseSDK::AString& taskId, const BaseSDK::AString& text);
-  bool IsWaiting(const BaseSDK::AString& taskId) const;
-  void StartOrWait(const TaskBatch::Entry& entry);
-  void StartWaiting();
-  void StartRun(const TaskBatch::Entry& entry);
+  void RememberFailures();
+  void Admit(const TaskBatch::Entry& entry);
+  void LineUp(Slot& slot);
+  void BeginWaiting();
+  void BeginAttempt(Slot& slot);
+  void NoteFacts(const Attempts& attempts);
   void Fail(const BaseSDK::AString& taskId, const BaseSDK::AString& reason);
-  std::unique_ptr<Run> MakeRun(const TaskBatch::Entry& entry);
   void BeginStop();
   void AdvanceRuns();
-  /// By task: whether the run succeeded.
-  void ReportEnds(const std::map<BaseSDK::AString, bool>& ended);
+  void Advance(Slot& slot);
+  /// The state that the scheduler is to know of it.
+  const char* NoteEnd(const Attempts& attempts);
+  /// By task: the state.
+  void ReportEnds(const std::map<BaseSDK::AString, const char*>& ended);
   bool NeedsAdvance(const Slot& slot) const;
   void PublishBusy() NOX_EXCLUDES(m_Lock);
   bool IsFinished() const;
@@ -92,6 +99,7 @@ class Supervisor {
   int WaitMilliseconds() const;
 
   const HandlerSettings m_Settings;
+  const WaitClock& m_Clock;
   const WakeHandle m_Wake;  ///< something was posted, or Stop was called
   const WakeHandle m_Done;  ///< the thread's work is over
   std::thread m_Thread;
@@ -99,11 +107,14 @@ class Supervisor {
 
   // Used by the thread alone, once it runs.
   RunRecords m_Records;
+  FinalFailures m_Failures;
   StateReporter m_Reporter;
   WallTimer m_PeriodTimer;
   std::map<BaseSDK::AString, Slot> m_Slots;
-  std::deque<TaskBatch::Entry>
-      m_Waiting;  ///< to start when another run has ended, because too many go on
+  std::size_t m_Running = 0;  ///< slots with a process
+  /// The tasks with an attempt to begin when another one has ended, because too many go on. A task
+  /// that has no slot any more is passed over.
+  std::deque<BaseSDK::AString> m_Waiting;
   std::vector<pollfd> m_Handles;
   std::optional<Run::Clock::time_point> m_GiveUpAt;  ///< once it is to stop
 

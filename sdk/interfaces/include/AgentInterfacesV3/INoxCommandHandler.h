@@ -9,12 +9,14 @@ namespace Corvane::AgentInterfacesV3 {
 /// INoxScheduledTaskHandler as well, through which it is handed the tasks. [any thread]
 class INoxCommandHandler : public virtual INoxObject {
  public:
-  /// The task's latest run since the agent started, in `run`, which is replaced:
+  /// The task's latest run since the agent started, or an earlier one that failed for good, in
+  /// `run`, which is replaced:
   ///
   ///   "state"             "running", "waiting" (to be started) or "ended"
   ///   "start", "end"      seconds since the epoch; absent when there is none or it is not known
   ///   "pid"               the command's process, while running
   ///   "result"            "Ok" or "Failed", when ended
+  ///   "final"             "1" when it failed and is not tried again, else absent
   ///   "reason"            in words, when ended ("exit status 1 after 2.3 s") or waiting
   ///   "queued"            since when the task's next run waits for the end of this one, in seconds
   ///                       since the epoch; absent when none waits

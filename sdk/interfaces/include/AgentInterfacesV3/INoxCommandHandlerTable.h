@@ -7,11 +7,12 @@ namespace Corvane::AgentInterfacesV3 {
 /// The operations of INoxCommandHandler in slot order; INoxCommandHandler.h tells callers of them.
 inline constexpr AInterfaceTable::AOperation INoxCommandHandlerOperations[] = {
     {"GetRun",
-     "Tells of a task's latest run since the agent started. `run` holds \"state\" (\"running\", "
+     "Tells of a task's latest run since the agent started, or of an earlier one that failed for "
+     "good. `run` holds \"state\" (\"running\", "
      "\"waiting\" or \"ended\"), \"start\" and \"end\" in seconds since the epoch, as far as "
      "known; "
      "while running \"pid\"; when ended \"result\" (\"Ok\" or \"Failed\") and \"reason\", in "
-     "words; "
+     "words, and \"final\" when it failed and is not tried again; "
      "and, when a start was left out since the run began, \"skipped\", the moment of the last one, "
      "and \"skipReason\". The result is 1, or -1 when no run is known.",
      {{"taskId", AMsgType::String, AInterfaceTable::ADirection::In, false},

@@ -50,6 +50,7 @@ TEST(Job, ReadsEveryKey) {
       "directory = /tmp\n"
       "timeout = 5m\n"
       "overlap = queue\n"
+      "retry = 3 every 5m\n"
       "# variables\n"
       "[Environment]\n"
       "A_1 = one = two\n"
@@ -60,6 +61,7 @@ TEST(Job, ReadsEveryKey) {
   EXPECT_EQ(job.m_Directory, "/tmp");
   EXPECT_EQ(job.m_TimeoutSeconds, 300);
   EXPECT_EQ(job.m_Overlap, OverlapRule::Queue);
+  EXPECT_EQ(job.m_Retry, (RetryRule{false, 3, 300}));
   EXPECT_EQ(job.m_Environment,
             (std::map<std::string, std::string>{{"A_1", "one = two"}, {"B", ""}}));
 }
@@ -70,6 +72,7 @@ TEST(Job, NeedsNothingButACommand) {
   EXPECT_TRUE(job.m_Arguments.empty());
   EXPECT_EQ(job.m_TimeoutSeconds, 0);
   EXPECT_EQ(job.m_Overlap, OverlapRule::Skip);
+  EXPECT_TRUE(job.m_Retry.m_IsHourly);
 }
 
 TEST(Job, MayBeginWithAByteOrderMark) {
@@ -107,7 +110,10 @@ TEST(Job, NamesFileLineAndKeyOfWhatIsWrong) {
       {"[Job]\n\nComand=x",
        "/jobs/a.job:3: unknown key \"Comand\" (known: command, arguments, user, directory, "
        "timeout, "
-       "overlap)"},
+       "overlap, retry)"},
+      {"[Job]\ncommand=x\nretry=often",
+       "/jobs/a.job:3: retry: is to be never, hourly, or how often and when again, such as "
+       "\"3 every 5m\""},
       {"[Jobs]\ncommand=x", "/jobs/a.job:2: unknown section \"Jobs\" (known: Job, Environment)"},
       {"[Job]\ncommand=",
        "/jobs/a.job:2: command: is to be an absolute path or the bare name of a "

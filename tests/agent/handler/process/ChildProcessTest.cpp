@@ -20,7 +20,7 @@ TEST(ChildProcess, HasItsSessionBeforeItLetsGoOfTheAgentsDescriptors) {
   job.m_Command = "/bin/true";
   TaskBatch::Entry entry;
   entry.m_TaskId = "a";
-  const Launch launch(job, entry, "token");
+  const Launch launch(job, entry, "token", 1);
   for (int round = 0; round < 200; ++round) {
     int fds[2];
     ASSERT_EQ(pipe2(fds, O_CLOEXEC), 0);

@@ -27,7 +27,7 @@ Variables EnvironmentOf(const std::string& text) {
   const Job job = Job::Parse("/jobs/a.job", AString(("[Job]\ncommand = x\n" + text).c_str()));
   Variables variables;
   for (const std::string& variable :
-       Launch(job, {"a", true, false, false}, "token").m_Environment) {
+       Launch(job, {"a", true, false, false}, "token", 3).m_Environment) {
     const std::size_t equals = variable.find('=');
     EXPECT_TRUE(variables.emplace(variable.substr(0, equals), variable.substr(equals + 1)).second)
         << variable << " is there twice";
@@ -70,20 +70,22 @@ TEST(Launch, GivesAJobTheSameEnvironmentWhoeverStartedTheAgent) {
                                    {"LOGNAME", user->pw_name},
                                    {"NOX_TASK_ID", "a"},
                                    {"NOX_LATE", "1"},
-                                   {"NOX_RUN_ID", "token"}}));
+                                   {"NOX_RUN_ID", "token"},
+                                   {"NOX_ATTEMPT", "3"}}));
   });
 }
 
 TEST(Launch, LetsAJobSetAllButWhatTellsOfTheRun) {
   const Variables variables = EnvironmentOf(
       "[Environment]\nPATH = /x\nHOME = /y\nNEW = z\nNOX_TASK_ID = b\nNOX_LATE = 7\n"
-      "NOX_RUN_ID = c\n");
+      "NOX_RUN_ID = c\nNOX_ATTEMPT = d\n");
   EXPECT_EQ(variables.at("PATH"), "/x");
   EXPECT_EQ(variables.at("HOME"), "/y");
   EXPECT_EQ(variables.at("NEW"), "z");
   EXPECT_EQ(variables.at("NOX_TASK_ID"), "a");
   EXPECT_EQ(variables.at("NOX_LATE"), "1");
   EXPECT_EQ(variables.at("NOX_RUN_ID"), "token");
+  EXPECT_EQ(variables.at("NOX_ATTEMPT"), "3");
 }
 
 TEST(Launch, HandsOnTheZoneThatTheAdministratorSet) {

@@ -23,13 +23,13 @@ TEST(LatestRuns, DescribeEachPhase) {
   EXPECT_EQ(runs.Describe("a"), (AStringMap{{"state", "waiting"}, {"reason", "too many"}}));
   runs.NoteStart("a", 100, 7);
   EXPECT_EQ(runs.Describe("a"), (AStringMap{{"state", "running"}, {"start", "100"}, {"pid", "7"}}));
-  runs.NoteEnd("a", true, "exit status 0", 130);
+  runs.NoteEnd("a", {100, 130, true, false, "exit status 0"});
   EXPECT_EQ(runs.Describe("a"), (AStringMap{{"state", "ended"},
                                             {"start", "100"},
                                             {"end", "130"},
                                             {"result", "Ok"},
                                             {"reason", "exit status 0"}}));
-  runs.NoteFailure("a", "no job", 200);
+  runs.NoteEnd("a", {200, 200, false, false, "no job"});
   EXPECT_EQ(runs.Describe("a"), (AStringMap{{"state", "ended"},
                                             {"start", "200"},
                                             {"end", "200"},
@@ -42,7 +42,7 @@ TEST(LatestRuns, KeepWhatWasLeftOutUntilTheNextRunBegins) {
   runs.NoteStart("a", 100, 7);
   runs.NoteSkip("a", "first", 110);
   runs.NoteSkip("a", "second", 120);
-  runs.NoteEnd("a", true, "fine", 130);
+  runs.NoteEnd("a", {100, 130, true, false, "fine"});
   AStringMap run = runs.Describe("a");
   EXPECT_EQ(run["start"], AString("100"));
   EXPECT_EQ(run["skipped"], AString("120"));
@@ -56,8 +56,29 @@ TEST(LatestRuns, TellOfTheNextRunThatIsQueuedUntilThisOneEnds) {
   runs.NoteStart("a", 100, 7);
   runs.NoteQueued("a", 110);
   EXPECT_EQ(runs.Describe("a").at("queued"), AString("110"));
-  runs.NoteEnd("a", true, "fine", 130);
+  runs.NoteEnd("a", {100, 130, true, false, "fine"});
   EXPECT_EQ(runs.Describe("a").count("queued"), 0u);
+}
+
+TEST(LatestRuns, KeepWhatTheyKnowOfARunThroughItsAttempts) {
+  LatestRuns runs;
+  runs.NoteEnd("a", {50, 60, false, false, "earlier"});
+  runs.NotePause("a", 100, "exit status 1; again soon");
+  EXPECT_EQ(runs.Describe("a"),
+            (AStringMap{
+                {"state", "waiting"}, {"start", "100"}, {"reason", "exit status 1; again soon"}}));
+  runs.NoteSkip("a", "first", 110);
+  runs.NoteStart("a", 100, 8);
+  EXPECT_EQ(runs.Describe("a").at("skipped"), AString("110"));
+  runs.NoteEnd("a", {100, 130, false, true, "exit status 2"});
+  EXPECT_EQ(runs.Describe("a"), (AStringMap{{"state", "ended"},
+                                            {"start", "100"},
+                                            {"end", "130"},
+                                            {"skipped", "110"},
+                                            {"skipReason", "first"},
+                                            {"result", "Failed"},
+                                            {"final", "1"},
+                                            {"reason", "exit status 2"}}));
 }
 
 TEST(LatestRuns, ForgetTheOldestEndedOnesFirst) {
@@ -65,7 +86,7 @@ TEST(LatestRuns, ForgetTheOldestEndedOnesFirst) {
   runs.NoteStart("running", 1, 7);
   runs.NoteWaiting("waiting", "too many");
   for (const char* taskId : {"a", "b", "c"}) {
-    runs.NoteFailure(taskId, "no job", 2);
+    runs.NoteEnd(taskId, {2, 2, false, false, "no job"});
   }
   EXPECT_TRUE(runs.Describe("a").empty());
   for (const char* taskId : {"b", "c", "running", "waiting"}) {
@@ -73,8 +94,8 @@ TEST(LatestRuns, ForgetTheOldestEndedOnesFirst) {
   }
   // One that has begun anew is none of the ended ones, and ends as the youngest.
   runs.NoteStart("b", 3, 8);
-  runs.NoteFailure("d", "no job", 4);
-  runs.NoteEnd("b", true, "fine", 5);
+  runs.NoteEnd("d", {4, 4, false, false, "no job"});
+  runs.NoteEnd("b", {3, 5, true, false, "fine"});
   EXPECT_TRUE(runs.Describe("c").empty());
   EXPECT_FALSE(runs.Describe("b").empty());
   EXPECT_FALSE(runs.Describe("d").empty());
@@ -86,7 +107,7 @@ TEST(LatestRuns, ReportWhatRunsAndWaits) {
   runs.NoteStart("b", 100, 8);
   runs.NoteQueued("b", 110);
   runs.NoteWaiting("c", "too many");
-  runs.NoteFailure("d", "no job", 110);
+  runs.NoteEnd("d", {110, 110, false, false, "no job"});
   EXPECT_EQ(runs.Report(), AString("Command handler: 2 running, 2 waiting\n"
                                    "  task 'a', process 7\n"
                                    "  task 'b', process 8; its next run is waiting for the end of "

@@ -67,7 +67,7 @@ void SupervisorFixture::StartSupervisor(std::chrono::milliseconds killGrace, std
   settings.m_KillGrace = killGrace;
   settings.m_MaxRuns = maxRuns;
   settings.m_LogOutput = m_LogOutput;
-  m_Supervisor = std::make_unique<Supervisor>(settings);
+  m_Supervisor = std::make_unique<Supervisor>(settings, m_Clock);
   m_Supervisor->Start();
 }
 
@@ -101,6 +101,29 @@ bool SupervisorFixture::WaitUntil(const std::function<bool()>& condition) {
     (void)poll(nullptr, 0, 1);
   }
   return condition();
+}
+
+void SupervisorFixture::PassTime(std::chrono::seconds length) {
+  m_Clock.Move(length);
+  m_Supervisor->Post({});  // it looks at the clock
+}
+
+std::map<std::string, std::string> SupervisorFixture::Told(const std::string& name) const {
+  std::map<std::string, std::string> told;
+  for (const auto& [key, value] : m_Supervisor->Latest().Describe(AString(name.c_str()))) {
+    told[key.ToUtf8()] = value.ToUtf8();
+  }
+  return told;
+}
+
+bool SupervisorFixture::WaitUntilTold(const std::string& name, const std::string& key,
+                                      const std::string& value) {
+  return WaitUntil([&] { return Told(name)[key] == value; });
+}
+
+void SupervisorFixture::StopSupervisor() {
+  EXPECT_TRUE(m_Supervisor->Stop());
+  m_Supervisor.reset();
 }
 
 bool SupervisorFixture::IsAlive(const std::string& pid) {

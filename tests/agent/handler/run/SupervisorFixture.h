@@ -8,8 +8,10 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -17,6 +19,16 @@
 namespace NoxHandlerTest {
 
 using namespace NoxHandler;
+
+/// Goes as the system's, and further ahead when a test says so.
+class MovedClock : public WaitClock {
+ public:
+  Moment Now() const override { return WaitClock::Now() + std::chrono::seconds(m_Ahead.load()); }
+  void Move(std::chrono::seconds length) { m_Ahead += static_cast<long>(length.count()); }
+
+ private:
+  std::atomic<long> m_Ahead{0};
+};
 
 /// A supervisor with its directories, and jobs that are shell scripts. In a script, $STARTED is the
 /// pipe that Started() reads, and $GATE the one that OpenGate() writes.
@@ -52,11 +64,21 @@ class SupervisorFixture : public testing::Test {
   /// Waits until it is not.
   static bool WaitForEnd(const std::string& pid);
 
+  /// The time for which the supervisor waits before a run begins goes on by so much, at once.
+  void PassTime(std::chrono::seconds length);
+  /// What GetRun tells of the task.
+  std::map<std::string, std::string> Told(const std::string& name) const;
+  /// Waits until GetRun tells this.
+  bool WaitUntilTold(const std::string& name, const std::string& key, const std::string& value);
+  /// Ends the supervisor's work, for another one to start.
+  void StopSupervisor();
+
   TestSupport::TempDir m_Directory;
   TestSupport::LogCapture m_Log;
   FakeScheduler m_Scheduler;
   Fifo m_Started;
   Fifo m_Gate;
+  MovedClock m_Clock;
   bool m_LogOutput = true;  ///< for a supervisor that is yet to start
   std::unique_ptr<Supervisor> m_Supervisor;
 };

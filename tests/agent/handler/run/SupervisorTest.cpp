@@ -33,13 +33,6 @@ class Supervisor : public SupervisorFixture {
     (void)m_Scheduler.WaitForStates(before + 1);
   }
   using RunFacts = std::map<std::string, std::string>;
-  RunFacts Run(const std::string& name) const {
-    RunFacts facts;
-    for (const auto& [key, value] : m_Supervisor->Latest().Describe(AString(name.c_str()))) {
-      facts[key.ToUtf8()] = value.ToUtf8();
-    }
-    return facts;
-  }
 };
 
 }  // namespace
@@ -94,10 +87,10 @@ TEST_F(Supervisor, StartsNoneThatWaitWhenItStops) {
   StartSupervisor(LongGrace, 1);
   m_Supervisor->Post({{"a", false, true, false}, {"b", false, true, false}});
   (void)Started();
-  ASSERT_TRUE(WaitUntil([&] { return Run("b")["state"] == "waiting"; }));
+  ASSERT_TRUE(WaitUntil([&] { return Told("b")["state"] == "waiting"; }));
   ASSERT_TRUE(m_Supervisor->Stop());
   EXPECT_EQ(m_Scheduler.States(), States{"a Failed"});
-  EXPECT_EQ(Run("b")["skipReason"], "the command handler ends");
+  EXPECT_EQ(Told("b")["skipReason"], "the command handler ends");
   EXPECT_THAT(Output("b"), MatchesRegex(Note + "left out: the command handler ends\n"));
 }
 
@@ -105,11 +98,11 @@ TEST_F(Supervisor, TellsOfARunFromItsStartToItsEnd) {
   AddJob("a", "echo $$ > $STARTED; read line < $GATE; exit 7");
   StartSupervisor();
   const long before = WallSeconds();
-  EXPECT_TRUE(Run("a").empty());
+  EXPECT_TRUE(Told("a").empty());
   Dispatch("a");
   const std::string pid = Started();
   Settle();
-  RunFacts run = Run("a");
+  RunFacts run = Told("a");
   const long start = std::stol(run["start"]);
   EXPECT_GE(start, before);
   EXPECT_LE(start, WallSeconds());
@@ -117,7 +110,7 @@ TEST_F(Supervisor, TellsOfARunFromItsStartToItsEnd) {
   EXPECT_TRUE(m_Supervisor->IsBusy());
   OpenGate();
   EXPECT_EQ(m_Scheduler.WaitForStates(2).back(), "a Failed");
-  run = Run("a");
+  run = Told("a");
   EXPECT_THAT(run["reason"], MatchesRegex("exit status 7 after [0-9]+\\.[0-9]{3} s"));
   EXPECT_GE(std::stol(run["end"]), start);
   EXPECT_EQ(run, (RunFacts{{"state", "ended"},
@@ -131,7 +124,7 @@ TEST_F(Supervisor, TellsOfARunFromItsStartToItsEnd) {
 TEST_F(Supervisor, KnowsTheEndOfARunBeforeTheSchedulerDoes) {
   AddJob("a", "exit 0");
   std::string state;
-  m_Scheduler.OnState([&] { state = Run("a")["state"]; });
+  m_Scheduler.OnState([&] { state = Told("a")["state"]; });
   StartSupervisor();
   Dispatch("a");
   (void)m_Scheduler.WaitForStates(1);
@@ -144,7 +137,7 @@ TEST_F(Supervisor, TellsOfARunThatCouldNotStart) {
   StartSupervisor();
   Dispatch("a");
   EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Failed"});
-  RunFacts run = Run("a");
+  RunFacts run = Told("a");
   EXPECT_EQ(
       run, (RunFacts{{"state", "ended"},
                      {"start", run["start"]},
@@ -183,11 +176,11 @@ TEST_F(Supervisor, TellsOfRunsThatWait) {
   const std::string pid = Started();
   m_Supervisor->Post({{"b", false, true, false}, {"a", false, false, false}});
   m_Supervisor->Post({{"a", false, false, false}});
-  ASSERT_TRUE(WaitUntil([&] { return Run("a").contains("skipped"); }));
-  EXPECT_EQ(Run("b"),
+  ASSERT_TRUE(WaitUntil([&] { return Told("a").contains("skipped"); }));
+  EXPECT_EQ(Told("b"),
             (RunFacts{{"state", "waiting"},
                       {"reason", "as many runs go on as may; it starts after one of them"}}));
-  RunFacts run = Run("a");
+  RunFacts run = Told("a");
   EXPECT_EQ(run["state"], "running");
   EXPECT_TRUE(run.contains("queued"));
   EXPECT_EQ(run["skipReason"], "its next run is waiting to start already");
@@ -229,7 +222,7 @@ TEST_F(Supervisor, StartsNoSecondCopyWhenTheReloadDispatchesARunningTaskAgain) {
     Dispatch(overlap, true);
     Settle();
     EXPECT_TRUE(IsAlive(pid));
-    EXPECT_FALSE(Run(overlap).contains("skipped")) << "no start of it was lost";
+    EXPECT_FALSE(Told(overlap).contains("skipped")) << "no start of it was lost";
     EXPECT_EQ(Output(overlap), "");
     OpenGate();
     const States states = m_Scheduler.WaitForStates(before + 2);
@@ -247,7 +240,7 @@ TEST_F(Supervisor, LeavesARepetitionOutWhenTheJobWantsThat) {
   Dispatch("a", false);
   Settle();
   EXPECT_EQ(LogCount("Task 'a' is due, but its previous run goes on: left out"), 1u);
-  RunFacts run = Run("a");
+  RunFacts run = Told("a");
   EXPECT_EQ(run["state"], "running");
   EXPECT_EQ(run["skipReason"], "its previous run goes on");
   EXPECT_GE(std::stol(run["skipped"]), std::stol(run["start"]));
@@ -300,10 +293,10 @@ TEST_F(Supervisor, TellsOfRepetitionsThatWaitForTheEndOfTheRunTheyReplace) {
   Dispatch("a");
   (void)Started();
   Dispatch("a", false);
-  ASSERT_TRUE(WaitUntil([&] { return Run("a").contains("queued"); }));
+  ASSERT_TRUE(WaitUntil([&] { return Told("a").contains("queued"); }));
   Dispatch("a", false);
-  ASSERT_TRUE(WaitUntil([&] { return Run("a").contains("skipped"); }));
-  EXPECT_EQ(Run("a")["skipReason"], "a later start takes its place");
+  ASSERT_TRUE(WaitUntil([&] { return Told("a").contains("skipped"); }));
+  EXPECT_EQ(Told("a")["skipReason"], "a later start takes its place");
   OpenGate();
   (void)Started();
   OpenGate();

@@ -1,0 +1,161 @@
+#include "agent/handler/run/Attempts.h"
+
+#include "agent/handler/Log.h"
+#include "agent/handler/run/OutputFile.h"
+#include "agent/handler/system/WallClock.h"
+
+#include <BaseSDK/ADateTime.h>
+#include <BaseSDK/ALong32.h>
+
+#include <algorithm>
+#include <exception>
+#include <new>
+
+using BaseSDK::ADateTime;
+using BaseSDK::ALogger;
+using BaseSDK::AString;
+
+namespace NoxHandler {
+
+namespace {
+
+const char* WhyNoneFollows(Run::EndReason reason) {
+  switch (reason) {
+    case Run::EndReason::PeriodEnd:
+      return "its active period has ended";
+    case Run::EndReason::Replaced:
+      return "the task's next run takes its place";
+    default:
+      return "the command handler ends";
+  }
+}
+
+}  // namespace
+
+Attempts::Attempts(const TaskBatch::Entry& entry, Job job, const HandlerSettings& settings,
+                   RunRecords& records, const WaitClock& clock)
+    : m_Entry(entry),
+      m_Job(std::move(job)),
+      m_Settings(settings),
+      m_Records(records),
+      m_Clock(clock),
+      m_Attempt{0, m_Job.m_Retry.m_Times + 1},
+      m_NextAt(clock.Now()) {}
+
+bool Attempts::IsReady() const {
+  return !m_Run && !m_IsOver && m_NextAt <= m_Clock.Now();
+}
+
+void Attempts::Begin() {
+  ++m_Attempt.m_Number;
+  m_Start = m_Start.value_or(WallSeconds());
+  try {
+    m_Run = std::make_unique<Run>(m_Entry, m_Job, m_Attempt, m_PeriodEnd, m_Settings, m_Records);
+  } catch (const std::bad_alloc&) {
+    NoteFailedStart("the agent has no memory left");
+  } catch (const std::exception& error) {
+    NoteFailedStart(error.what());
+  }
+}
+
+void Attempts::NoteFailedStart(const AString& reason) {
+  const AString outcome = reason + m_Attempt.Suffix();
+  ALOG(HandlerLog(), ALogger::Error, HandlerSource,
+       AString("Task '%1' failed: %2").Arg(m_Entry.m_TaskId, outcome));
+  AppendNote(outcome);
+  Conclude(false, outcome);
+}
+
+void Attempts::AddHandles(std::vector<pollfd>& handles) const {
+  if (m_Run) {
+    m_Run->AddHandles(handles);
+  }
+}
+
+std::optional<WaitClock::Moment::duration> Attempts::Rest() const {
+  using Length = WaitClock::Moment::duration;
+  if (m_IsOver) {
+    return Length::zero();
+  }
+  if (m_Run) {
+    const auto deadline = m_Run->Deadline();
+    return deadline ? std::optional<Length>(*deadline - Run::Clock::now()) : std::nullopt;
+  }
+  const Length rest = m_NextAt - m_Clock.Now();
+  return rest > Length::zero() ? std::optional(rest) : std::nullopt;
+}
+
+std::optional<long> Attempts::PeriodEnd() const {
+  return m_Run ? m_Run->PeriodEnd() : m_IsOver ? std::nullopt : m_PeriodEnd;
+}
+
+bool Attempts::IsDue() const {
+  if (m_Run) {
+    return m_Run->IsDue();
+  }
+  const auto periodEnd = PeriodEnd();
+  return periodEnd && *periodEnd <= WallSeconds();
+}
+
+void Attempts::Advance() {
+  if (!m_Run) {
+    if (IsDue()) {
+      End(Run::EndReason::PeriodEnd);
+    }
+    return;
+  }
+  m_Run->Advance();
+  if (m_Run->IsOver()) {
+    const auto run = std::move(m_Run);
+    if (run->Reason() == Run::EndReason::PeriodEnd) {
+      m_EndedFor = m_EndedFor.value_or(Run::EndReason::PeriodEnd);
+    }
+    Conclude(run->Succeeded(), run->Outcome());
+  }
+}
+
+void Attempts::Conclude(bool succeeded, const AString& outcome) {
+  m_Succeeded = succeeded;
+  m_Outcome = outcome;
+  m_IsOver = succeeded || m_Attempt.IsLast() || m_EndedFor;
+  m_NextAt = m_Clock.Now() + std::chrono::seconds(m_Job.m_Retry.m_EverySeconds);
+}
+
+AString Attempts::WaitsFor() const {
+  const auto rest = std::chrono::ceil<std::chrono::seconds>(m_NextAt - m_Clock.Now());
+  const long next = BaseSDK::Add32(WallSeconds(), static_cast<long>(rest.count()));
+  return AString("%1; the next one begins at %2")
+      .Arg(m_Outcome, ADateTime(next).ToString("%Y-%m-%d %H:%M:%S"));
+}
+
+void Attempts::End(Run::EndReason reason) {
+  if (m_IsOver || m_EndedFor) {
+    return;
+  }
+  m_EndedFor = reason;
+  if (m_Run) {
+    m_Run->End(reason);
+    return;
+  }
+  m_IsOver = true;
+  if (HasBegun()) {
+    const AString words = AString("not tried again: %1").Arg(WhyNoneFollows(reason));
+    m_Outcome += "; " + words;
+    AppendNote(words);
+  }
+}
+
+void Attempts::AppendNote(const AString& text) {
+  if (m_Run) {
+    m_Run->AppendNote(text);
+  } else {
+    OutputFile(m_Settings.OutputFile(m_Entry.m_TaskId)).AppendNote(text);
+  }
+}
+
+bool Attempts::IsFinal() const {
+  const bool isCutShort = m_EndedFor == Run::EndReason::Shutdown && !m_Attempt.IsLast();
+  return !m_Succeeded && !m_Job.m_Retry.m_IsHourly && !isCutShort;
+}
+
+}  // namespace NoxHandler

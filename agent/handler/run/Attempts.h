@@ -1,0 +1,105 @@
+#pragma once
+
+#include "agent/handler/HandlerSettings.h"
+#include "agent/handler/job/Job.h"
+#include "agent/handler/run/AttemptNumber.h"
+#include "agent/handler/run/Run.h"
+#include "agent/handler/run/RunRecords.h"
+#include "agent/handler/system/WaitClock.h"
+#include "agent/handler/task/TaskBatch.h"
+
+#include <BaseSDK/AString.h>
+
+#include <poll.h>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace NoxHandler {
+
+/// A task's run with all its attempts: as long as one fails, the job may want another, some time
+/// later. It knows when the next one is to begin, but the supervisor begins it, because as many
+/// commands may go on as are allowed. Between two attempts there is no process.
+///
+/// The supervisor waits on the handles and moments that are named here, and calls Advance when one
+/// of them has come. [supervisor thread]
+class Attempts {
+ public:
+  /// Nothing begins yet. The references to the last three are borrowed.
+  Attempts(const TaskBatch::Entry& entry, Job job, const HandlerSettings& settings,
+           RunRecords& records, const WaitClock& clock);
+  Attempts(const Attempts&) = delete;
+  Attempts& operator=(const Attempts&) = delete;
+
+  /// Sets the wall-clock moment at which all ends, whatever goes on. REQUIRES: !HasBegun().
+  void EndAt(std::optional<long> periodEnd) { m_PeriodEnd = periodEnd; }
+  /// Whether it is time to begin an attempt.
+  bool IsReady() const;
+  /// Begins the next attempt. One that cannot be started has failed. REQUIRES: IsReady().
+  void Begin();
+
+  /// Whether the first attempt has begun.
+  bool HasBegun() const { return m_Start.has_value(); }
+  /// Whether an attempt goes on, with processes.
+  bool IsRunning() const { return m_Run != nullptr; }
+  /// Whether none goes on and none follows.
+  bool IsOver() const { return m_IsOver; }
+
+  /// Adds the descriptors whose readiness calls for Advance.
+  void AddHandles(std::vector<pollfd>& handles) const;
+  /// How long until Advance is due, or Begin; nothing for never. What is ready is not due.
+  std::optional<WaitClock::Moment::duration> Rest() const;
+  /// The wall-clock moment at which Advance is due, in seconds since the epoch: the end of the
+  /// active period.
+  std::optional<long> PeriodEnd() const;
+  /// Whether one of these two moments has come.
+  bool IsDue() const;
+  /// Does what is due. Never blocks.
+  void Advance();
+  /// Ends it for good, before its time: no attempt follows. One that goes on is asked to end. A
+  /// second call changes nothing.
+  void End(Run::EndReason reason);
+  /// A line of the handler's own in the task's output file.
+  void AppendNote(const BaseSDK::AString& text);
+
+  /// Whether the last attempt succeeded. REQUIRES: IsOver().
+  bool Succeeded() const { return m_Succeeded; }
+  /// Whether the scheduler is not to hand the task over again because it failed. It may if the job
+  /// leaves that to the scheduler, and if the agent's end came before the last attempt. REQUIRES:
+  /// IsOver().
+  bool IsFinal() const;
+  /// How the last attempt ended, and why none follows if more were to.
+  const BaseSDK::AString& Outcome() const { return m_Outcome; }
+  /// The same, and when the next one begins. REQUIRES: it waits for that.
+  BaseSDK::AString WaitsFor() const;
+
+  const TaskBatch::Entry& Entry() const { return m_Entry; }
+  OverlapRule Overlap() const { return m_Job.m_Overlap; }
+  /// Of the attempt that goes on. REQUIRES: IsRunning().
+  pid_t Pid() const { return m_Run->Pid(); }
+  /// When the first attempt began, in seconds since the epoch. REQUIRES: HasBegun().
+  long StartTime() const { return *m_Start; }
+
+ private:
+  void Conclude(bool succeeded, const BaseSDK::AString& outcome);
+  void NoteFailedStart(const BaseSDK::AString& reason);
+
+  const TaskBatch::Entry m_Entry;
+  const Job m_Job;
+  const HandlerSettings& m_Settings;
+  RunRecords& m_Records;
+  const WaitClock& m_Clock;
+
+  AttemptNumber m_Attempt;  ///< the one that goes on, or the last one
+  std::optional<long> m_PeriodEnd;
+  std::optional<long> m_Start;
+  std::unique_ptr<Run> m_Run;                ///< while it goes on
+  WaitClock::Moment m_NextAt;                ///< when the next attempt begins, if one does
+  std::optional<Run::EndReason> m_EndedFor;  ///< once it is to end before its time
+  BaseSDK::AString m_Outcome;
+  bool m_Succeeded = false;
+  bool m_IsOver = false;
+};
+
+}  // namespace NoxHandler
