@@ -78,7 +78,7 @@ Json Explanation::ToJson() const {
           {"gate", NameOf(m_Gate)},
           {"enabled", m_Facts.m_Enabled},
           {"lastRun", m_LastRun ? Json(m_LastRun->m_Start) : Json()},
-          {"state", m_LastRun ? Json(m_LastRun->m_State) : Json()},
+          {"state", m_LastRun ? Json(TrueState(*m_LastRun, LatestRun())) : Json()},
           {"triggers", triggers},
           {"due", m_Facts.m_Run.has_value() || m_Facts.m_NoHandler},
           {"run", m_Facts.m_Run ? NoxAgent::ToJson(*m_Facts.m_Run) : Json()},
@@ -86,7 +86,7 @@ Json Explanation::ToJson() const {
           {"goneSince", m_Facts.m_GoneSince},
           {"dueByReading", m_Facts.m_DueByReading},
           {"loaded", m_Live ? Json(m_Live->m_Memory.has_value()) : Json()},
-          {"latestRun", NoxAgent::ToJson(m_Live ? m_Live->m_Run : std::nullopt)},
+          {"latestRun", NoxAgent::ToJson(LatestRun())},
           {"nextRun", NextRun()},
           {"verdict", Verdict()}};
 }
@@ -112,6 +112,10 @@ std::vector<std::string> Explanation::Lines() const {
     }
   }
   return lines;
+}
+
+std::optional<HandlerRun> Explanation::LatestRun() const {
+  return m_Live ? m_Live->m_Run : std::nullopt;
 }
 
 std::string Explanation::GateLine() const {

@@ -34,6 +34,7 @@ class Explanation {
   std::string Verdict() const;
 
  private:
+  std::optional<HandlerRun> LatestRun() const;
   std::string GateLine() const;
   std::vector<std::string> LastRunLines() const;
   std::string LastRunLine() const;

@@ -50,7 +50,7 @@ std::optional<HandlerRun> ReadHandlerRun(const std::optional<Texts>& answer) {
                         NumberIn(*answer, "end"),          NumberIn(*answer, "pid"),
                         TextIn(*answer, "result"),         TextIn(*answer, "reason"),
                         NumberIn(*answer, "queued"),       NumberIn(*answer, "skipped"),
-                        TextIn(*answer, "skipReason")};
+                        TextIn(*answer, "skipReason"),     !TextIn(*answer, "final").empty()};
     }
   }
   return std::nullopt;
@@ -70,10 +70,14 @@ std::vector<std::string> HandlerRun::Sentences() const {
     sentences.push_back("A run is under way" + At("since", m_Start) + process + ".");
   }
   if (m_Phase == Phase::Waiting) {
-    sentences.push_back("A run waits to be started" + Because(m_Reason));
+    sentences.push_back(m_Start ? "The run" + At("of", m_Start) + " goes on with another attempt" +
+                                      Because(m_Reason)
+                                : "A run waits to be started" + Because(m_Reason));
   }
   if (m_Phase == Phase::Ended && m_Result != "Ok") {
-    sentences.push_back("Its run" + At("of", m_Start) + " failed" + Because(m_Reason));
+    const std::string final =
+        m_IsFinal ? " It is not tried again: the scheduler was told that it is finished." : "";
+    sentences.push_back("Its run" + At("of", m_Start) + " failed" + Because(m_Reason) + final);
   }
   if (m_Queued) {
     sentences.push_back("Its next run has been waiting for the end of that one" +
@@ -98,7 +102,8 @@ Json ToJson(const std::optional<HandlerRun>& run) {
           {"reason", OrNull(run->m_Reason)},
           {"queued", run->m_Queued},
           {"skipped", run->m_Skipped},
-          {"skipReason", OrNull(run->m_SkipReason)}};
+          {"skipReason", OrNull(run->m_SkipReason)},
+          {"final", run->m_IsFinal}};
 }
 
 }  // namespace NoxAgent

@@ -9,7 +9,8 @@
 
 namespace NoxAgent {
 
-/// What the command handler tells of the latest run of a task since the agent started.
+/// What the command handler tells of the latest run of a task since the agent started, or of one
+/// before that failed for good.
 struct HandlerRun {
   enum class Phase { Waiting, Running, Ended };
 
@@ -21,6 +22,7 @@ struct HandlerRun {
   std::optional<long> m_Queued;        ///< since when the next run waits for the end of this one
   std::optional<long> m_Skipped;       ///< the last start that was left out since it began
   std::string m_SkipReason;
+  bool m_IsFinal = false;  ///< it failed, and the scheduler was told "Ok" so that it lets go of it
 
   bool IsUnderWay() const { return m_Phase != Phase::Ended; }
   /// Why the task's last run was left with `state`, a state other than "Ok": for "Skipped" why the

@@ -48,6 +48,14 @@ bool IsUnrecorded(long lastRun, const std::optional<RunEntry>& recorded) {
   return recorded->m_Seconds < lastRun && recorded->m_Start != LocalText(lastRun);
 }
 
+std::string TrueState(const RunEntry& recorded, const std::optional<HandlerRun>& run) {
+  // A record that begins after the failure is that of another run, which the handler knows nothing
+  // of.
+  const bool isFailure =
+      run && run->m_IsFinal && recorded.m_State == "Ok" && recorded.m_Seconds <= run->m_End;
+  return isFailure ? run->m_Result : recorded.m_State;
+}
+
 TaskSummary Summarize(const std::string& id, const TaskGlance& document,
                       const std::optional<TaskReport>& report,
                       const std::optional<HandlerRun>& run) {
@@ -60,6 +68,9 @@ TaskSummary Summarize(const std::string& id, const TaskGlance& document,
     task.m_NextRun = report->m_NextRun;
     task.m_Late = report->m_Late;
     TakeLastRun(report->m_LastRun, task);
+  }
+  if (task.m_LastRun) {
+    task.m_LastRun->m_State = TrueState(*task.m_LastRun, run);
   }
   if (task.m_Recorded && task.m_LastRun && run && run->m_Skipped && run->m_Start) {
     task.m_LastRun->m_Start = LocalText(*run->m_Start);

@@ -3,6 +3,7 @@
 #include "agent/client/HandlerRun.h"
 #include "agent/client/LocalTime.h"
 #include "agent/client/RunWatcher.h"
+#include "agent/client/TaskSummary.h"
 #include "agent/client/commands/Commands.h"
 
 #include <algorithm>
@@ -134,11 +135,12 @@ class Watch {
     }
   }
 
-  void Print(const RunEvent& event) {
+  void Print(RunEvent event) {
+    std::string reason;
     if (event.m_Kind == RunEvent::Kind::Finished) {
       ++m_Finished;
+      reason = TakeOutcome(event);
     }
-    const std::string reason = ReasonOf(event);
     if (m_Context.m_Json) {
       PrintJsonLine(event, reason, m_Context.m_Out);
     } else {
@@ -146,13 +148,12 @@ class Watch {
     }
   }
 
-  // Why a run did not end well, as far as the command handler knows.
-  std::string ReasonOf(const RunEvent& event) {
-    if (event.m_Kind != RunEvent::Kind::Finished || event.m_Run.m_State == "Ok") {
-      return {};
-    }
+  // Gives the event the state that the run ended in, and says why it did not end well, as far as
+  // the command handler knows.
+  std::string TakeOutcome(RunEvent& event) {
     const auto run = ReadHandlerRun(m_Agent.LatestRun(event.m_Task));
-    return run ? run->ReasonAgainst(event.m_Run.m_State) : "";
+    event.m_Run.m_State = TrueState(event.m_Run, run);
+    return run && event.m_Run.m_State != "Ok" ? run->ReasonAgainst(event.m_Run.m_State) : "";
   }
 
   const WatchOptions& m_Options;

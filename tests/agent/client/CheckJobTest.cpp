@@ -23,7 +23,8 @@ TEST_F(Client, CheckJobTellsAllProblemsOfAllJobs) {
   EXPECT_EQ(
       "-:2: command: is to be an absolute path or the bare name of a program\n"
       "-:3: timeout: is to be at most 87600h\n"
-      "-:4: unknown key \"use\" (known: command, arguments, user, directory, timeout, overlap)\n",
+      "-:4: unknown key \"use\" (known: command, arguments, user, directory, timeout, overlap, "
+      "retry)\n",
       Out());
   EXPECT_EQ("", Err());
   EXPECT_EQ(2, Run({"check-job", "-"}, "command = x\n"));

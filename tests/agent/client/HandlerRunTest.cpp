@@ -49,6 +49,19 @@ TEST(HandlerRun, TellsHowItEndedUnlessWell) {
   EXPECT_EQ(Told({{"state", "ended"}, {"result", "Ok"}, {"reason", "exit status 0"}}), Texts());
 }
 
+TEST(HandlerRun, TellsOfAttempts) {
+  EXPECT_EQ(Told({{"state", "waiting"}, {"start", "1781510400"}, {"reason", "exit status 1"}}),
+            Texts{"The run of 2026-06-15 08:00:00 +0000 goes on with another attempt: exit status "
+                  "1."});
+  EXPECT_EQ(Told({{"state", "ended"},
+                  {"start", "1781510400"},
+                  {"result", "Failed"},
+                  {"final", "1"},
+                  {"reason", "exit status 1"}}),
+            Texts{"Its run of 2026-06-15 08:00:00 +0000 failed: exit status 1. It is not tried "
+                  "again: the scheduler was told that it is finished."});
+}
+
 TEST(HandlerRun, KnowsTheReasonOfAFailureAlone) {
   const auto ok = ReadHandlerRun(Answer{{"state", "ended"}, {"result", "Ok"}, {"reason", "x"}});
   EXPECT_EQ("", ok.value().ReasonAgainst("Failed")) << "somebody else has said so";

@@ -64,6 +64,20 @@ TEST_F(Client, ListTellsTheLastRealRunWhenAStartWasLeftOut) {
   EXPECT_NE(std::string::npos, Out().find("Started  2026-06-15 07:00:00 +0200")) << Out();
 }
 
+TEST_F(Client, ListTellsAFailureThatIsNotTriedAgain) {
+  m_Agent.SetTask("a", {TaskXml(NowTrigger, "2026-06-15 08:00:00 Ok"),
+                        true,
+                        {{"t3", "1781503200"}},
+                        {{"state", "ended"},
+                         {"start", "1781503200"},
+                         {"end", "1781503203"},
+                         {"result", "Failed"},
+                         {"final", "1"},
+                         {"reason", "exit status 1"}}});
+  EXPECT_EQ(0, Run({"list"})) << Err();
+  EXPECT_NE(std::string::npos, Out().find("Failed  2026-06-15 08:00:00 +0200")) << Out();
+}
+
 TEST_F(Client, ListPointsToTheFilesThatAreNoTasks) {
   const Json blank = {{"name", "a b.vsk"}, {"reason", "a blank"}};
   m_Agent.SetFiles({{"strays", Json::List{blank}}, {"refused", Json::List{}}});

@@ -222,6 +222,25 @@ TEST_F(TaskQuestions, ExplainTellsWhatBecomesOfAFailedRunAndWhyItFailed) {
   EXPECT_EQ("ended by its timeout of 30 s", JsonOut().At("latestRun").At("reason"));
 }
 
+TEST_F(TaskQuestions, TellOfAFailureThatIsNotTriedAgain) {
+  SetBackup("Ok", {{"state", "ended"},
+                   {"start", "1781503202"},
+                   {"end", "1781503203"},
+                   {"result", "Failed"},
+                   {"final", "1"},
+                   {"reason", "exit status 1"}});
+  const std::string failure =
+      "Its run of 2026-06-15 08:00:02 +0200 failed: exit status 1. It is not tried again: the "
+      "scheduler was told that it is finished.";
+  ASSERT_EQ(0, Run({"explain", "backup"})) << Err();
+  ExpectOut(failure);
+  ASSERT_EQ(0, Run({"explain", "backup", "--json"})) << Err();
+  EXPECT_EQ("Failed", JsonOut().At("state"));
+  EXPECT_EQ(true, JsonOut().At("latestRun").At("final"));
+  ASSERT_EQ(0, Run({"next", "backup", "-n", "1"})) << Err();
+  ExpectOut(failure + "\nNEXT RUN                   FROM NOW  DETAILS\n2026-06-16 08:00:00 +0200");
+}
+
 TEST_F(TaskQuestions, ExplainTellsOfARunUnderWayAndOfStartsLeftOut) {
   SetBackup("Started", {{"state", "running"},
                         {"start", "1781503203"},

@@ -54,6 +54,23 @@ TEST(TaskSummary, KeepsTheDocumentsTimeOfAnUnfinishedRun) {
   EXPECT_EQ(1781510400, task.m_LastRun->m_Seconds);
 }
 
+TEST(TaskSummary, TellsAFailureThatTheSchedulerWasToldNothingOf) {
+  const VirtualTime::Zone zone("UTC0");
+  NoxAgent::HandlerRun run;
+  run.m_Start = 1781510401;
+  run.m_End = 1781510405;
+  run.m_Result = "Failed";
+  run.m_IsFinal = true;
+  const auto state = [&](const char* runTime) {
+    return Summarize("T1", {true, runTime}, std::nullopt, run).m_LastRun.value().m_State;
+  };
+  EXPECT_EQ("Failed", state("2026-06-15 08:00:00 Ok"));
+  EXPECT_EQ("Started", state("2026-06-15 08:00:00 Started"));
+  EXPECT_EQ("Ok", state("2026-06-15 08:00:06 Ok")) << "another run, of which the handler knows not";
+  run.m_IsFinal = false;
+  EXPECT_EQ("Ok", state("2026-06-15 08:00:00 Ok")) << "somebody has said so";
+}
+
 TEST(TaskSummary, KnowsNoNextRunOfATaskThatIsNotLoaded) {
   const auto task = Summarize("T1", {}, std::nullopt);
   EXPECT_TRUE(task.m_Enabled);

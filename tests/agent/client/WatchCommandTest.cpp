@@ -57,16 +57,22 @@ TEST_F(Client, WatchTellsWhyARunFailedWhenTheHandlerKnows) {
                                                 {"skipped", "1781506800"},
                                                 {"skipReason", "its previous run goes on"}}),
          changed, 2},
-        {setRun("2026-06-15 10:00:00 Failed", {}), changed, 2}};
+        {setRun("2026-06-15 10:00:00 Failed", {}), changed, 2},
+        {setRun("2026-06-15 11:00:00 Ok", {{"state", "ended"},
+                                           {"result", "Failed"},
+                                           {"final", "1"},
+                                           {"end", "1781514003"},
+                                           {"reason", "exit status 4"}}),
+         changed, 2}};
   };
   m_Agent.SetTask("T1", {TaskXml(NowTrigger), true, {}});
   m_Agent.SetSteps(steps());
-  ASSERT_EQ(0, Run({"watch", "--runs", "3"})) << Err();
+  ASSERT_EQ(0, Run({"watch", "--runs", "4"})) << Err();
   EXPECT_NE(std::string::npos, Out().find(": exit status 1 after 2.3 s\n")) << Out();
   EXPECT_NE(std::string::npos, Out().find(": its previous run goes on\n")) << Out();
   m_Agent.SetTask("T1", {TaskXml(NowTrigger), true, {}});
   m_Agent.SetSteps(steps());
-  ASSERT_EQ(0, Run({"watch", "--runs", "3", "--json"})) << Err();
+  ASSERT_EQ(0, Run({"watch", "--runs", "4", "--json"})) << Err();
   std::istringstream lines(Out());
   Json::List finished;
   for (std::string line; std::getline(lines, line);) {
@@ -74,11 +80,13 @@ TEST_F(Client, WatchTellsWhyARunFailedWhenTheHandlerKnows) {
       finished.push_back(event);
     }
   }
-  ASSERT_EQ(3U, finished.size());
+  ASSERT_EQ(4U, finished.size());
   EXPECT_EQ("exit status 1 after 2.3 s", finished[0].At("reason"));
   EXPECT_EQ(1781503200, finished[0].At("startSeconds"));
   EXPECT_EQ(finished[0].At("seconds"), finished[0].At("endSeconds"));
   EXPECT_EQ(Json(), finished[2].At("reason"));
+  EXPECT_EQ("Failed", finished[3].At("state")) << "it is not tried again";
+  EXPECT_EQ("exit status 4", finished[3].At("reason"));
 }
 
 TEST_F(Client, WatchReadsTheAgentsTimesInTheAgentsZone) {
