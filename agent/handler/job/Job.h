@@ -1,10 +1,14 @@
 #pragma once
 
+#include "agent/handler/job/EnvironmentFile.h"
+#include "agent/handler/job/ExitStatuses.h"
 #include "agent/handler/job/JobError.h"
 #include "agent/handler/job/Overlap.h"
 #include "agent/handler/job/Retry.h"
 
 #include <BaseSDK/AString.h>
+
+#include <sys/types.h>
 
 #include <map>
 #include <string>
@@ -19,7 +23,11 @@ struct Job {
   std::vector<std::string> m_Arguments;
   std::string m_User;       ///< empty: the agent's own
   std::string m_Directory;  ///< absolute; empty: the user's home
-  std::map<std::string, std::string> m_Environment;
+  mode_t m_Umask = 022;
+  std::string m_Input;  ///< what it reads on its standard input
+  EnvironmentFile m_EnvironmentFile;
+  std::map<std::string, std::string> m_Environment;  ///< counts for more than that file
+  ExitStatuses m_Success{0};
   long m_TimeoutSeconds = 0;  ///< of each attempt; 0: none
   OverlapRule m_Overlap = OverlapRule::Skip;
   RetryRule m_Retry;

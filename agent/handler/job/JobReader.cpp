@@ -1,6 +1,8 @@
 #include "agent/handler/job/JobReader.h"
 
 #include "agent/handler/job/Duration.h"
+#include "agent/handler/job/FileMode.h"
+#include "agent/handler/job/InputText.h"
 #include "agent/handler/job/VariableName.h"
 #include "agent/handler/job/Words.h"
 
@@ -53,6 +55,24 @@ AString TakeRetry(Job& job, const AString& value) {
   return RetryRule::Read(value, job.m_Retry);
 }
 
+AString TakeSuccess(Job& job, const AString& value) {
+  return ReadExitStatuses(value, job.m_Success);
+}
+
+AString TakeInput(Job& job, const AString& value) {
+  return ReadInputText(value, job.m_Input);
+}
+
+AString TakeEnvironmentFile(Job& job, const AString& value) {
+  return EnvironmentFile::Read(value, job.m_EnvironmentFile);
+}
+
+AString TakeUmask(Job& job, const AString& value) {
+  const auto mode = ParseFileMode(value);
+  job.m_Umask = mode.value_or(job.m_Umask);
+  return mode ? AString() : AString("is to be permission bits in octal from 0 to 777, such as 027");
+}
+
 struct Key {
   const char* m_Name;
   AString (*m_Take)(Job& job, const AString& value);
@@ -61,7 +81,9 @@ struct Key {
 constexpr Key Keys[] = {{"command", TakeCommand}, {"arguments", TakeArguments},
                         {"user", TakeUser},       {"directory", TakeDirectory},
                         {"timeout", TakeTimeout}, {"overlap", TakeOverlap},
-                        {"retry", TakeRetry}};
+                        {"retry", TakeRetry},     {"success", TakeSuccess},
+                        {"input", TakeInput},     {"environment_file", TakeEnvironmentFile},
+                        {"umask", TakeUmask}};
 
 AString KnownKeys() {
   AString names;

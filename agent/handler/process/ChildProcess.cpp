@@ -1,6 +1,7 @@
 #include "agent/handler/process/ChildProcess.h"
 
 #include "agent/handler/process/ChildStart.h"
+#include "agent/handler/process/InputFile.h"
 #include "agent/handler/system/ProcessHandle.h"
 
 #include <fcntl.h>
@@ -91,14 +92,14 @@ ChildProcess::ChildProcess(const Launch& launch)
   Pipe go = MakePipe();
   Pipe output = MakePipe();
   Pipe failure = MakePipe();
-  const FileDescriptor null = OutOfTheWay(FileDescriptor(open("/dev/null", O_RDWR | O_CLOEXEC)));
-  if (!null) {
-    throw SystemError("open /dev/null");
+  const FileDescriptor input = OutOfTheWay(InputFile::Make(launch.m_Input));
+  if (!input) {
+    throw SystemError("make the command's input");
   }
   SetNonBlocking(output.m_Read);
   SetNonBlocking(failure.m_Read);
   const ChildStart start(
-      launch, {go.m_Read.Get(), null.Get(), output.m_Write.Get(), failure.m_Write.Get()});
+      launch, {go.m_Read.Get(), input.Get(), output.m_Write.Get(), failure.m_Write.Get()});
   m_Pid = ForkWithSignalsBlocked(start);
   if (m_Pid < 0) {
     throw SystemError("make a process");

@@ -12,7 +12,7 @@
 
 namespace NoxHandler {
 
-/// A command's process. It has a session and process group of its own, an empty standard input, no
+/// A command's process. It has a session and process group of its own, the launch's input, no
 /// other descriptor of the agent, and signals as a fresh program has them; its standard output and
 /// error both go to Output(). One thread at a time may use the object. The destructor reaps a
 /// process that has ended, and leaves one alone that has not.

@@ -24,7 +24,6 @@ namespace {
 constexpr int FailureFd = 3;
 constexpr int GoFd = 4;
 static_assert(ChildStart::FirstFree == GoFd + 1);
-constexpr mode_t Umask = 022;
 constexpr int CannotStart = 127;  // the shell's exit status for the same case
 
 // What the kernel takes for a signal's action, at both word sizes; all zero is the default.
@@ -93,7 +92,7 @@ void ChildStart::AwaitGo() const {
 }
 
 void ChildStart::ConnectStreams() const {
-  const bool connected = dup2(m_Descriptors.m_Null, STDIN_FILENO) >= 0 &&
+  const bool connected = dup2(m_Descriptors.m_Input, STDIN_FILENO) >= 0 &&
                          dup2(m_Descriptors.m_Output, STDOUT_FILENO) >= 0 &&
                          dup2(m_Descriptors.m_Output, STDERR_FILENO) >= 0;
   if (!connected) {
@@ -106,7 +105,7 @@ void ChildStart::ConnectStreams() const {
 }
 
 void ChildStart::BecomeUser() const {
-  (void)umask(Umask);
+  (void)umask(m_Launch.m_Umask);
   const Account& account = m_Launch.m_Account;
   if (!account.m_Switch) {
     return;

@@ -27,7 +27,7 @@ class ChildStart {
   /// What the new process is given; each number is FirstFree or above.
   struct Descriptors {
     int m_Go;       ///< a byte here lets it go on; the end of input makes it end
-    int m_Null;     ///< standard input
+    int m_Input;    ///< standard input
     int m_Output;   ///< standard output and error
     int m_Failure;  ///< where it writes a Failure
   };

@@ -36,6 +36,14 @@ Account FindAccount(const Job& job) {
   }
 }
 
+EnvironmentFile::Variables VariablesFromFile(const Job& job) {
+  try {
+    return job.m_EnvironmentFile.Load();
+  } catch (const JobError& error) {
+    throw job.ErrorAt("environment_file", error.Message());
+  }
+}
+
 std::vector<std::string> CandidatesFor(const std::string& command, const std::string& path) {
   if (command.find('/') != std::string::npos) {
     return {command};
@@ -59,10 +67,15 @@ Launch::Launch(const Job& job, const TaskBatch::Entry& entry, const std::string&
                unsigned attempt)
     : m_Account(FindAccount(job)),
       m_Arguments{job.m_Command},
+      m_Input(job.m_Input),
+      m_Umask(job.m_Umask),
       m_Directory(job.m_Directory),
       m_MustEnterDirectory(!job.m_Directory.empty()) {
   m_Arguments.insert(m_Arguments.end(), job.m_Arguments.begin(), job.m_Arguments.end());
   Variables variables = BaseEnvironment(m_Account);
+  for (const auto& [name, value] : VariablesFromFile(job)) {
+    variables[name] = value;
+  }
   for (const auto& [name, value] : job.m_Environment) {
     variables[name] = value;
   }

@@ -57,6 +57,7 @@ Run::Run(const TaskBatch::Entry& entry, const Job& job, const AttemptNumber& att
     : m_TaskId(entry.m_TaskId),
       m_Token(MakeToken()),
       m_Attempt(attempt),
+      m_Success(job.m_Success),
       m_TimeoutSeconds(job.m_TimeoutSeconds),
       m_PeriodEnd(periodEnd),
       m_KillGrace(settings.m_KillGrace),
@@ -137,7 +138,8 @@ void Run::End(EndReason reason) {
 }
 
 bool Run::Succeeded() const {
-  return m_Reason == EndReason::None && m_End && m_End->m_Exited && m_End->m_Code == 0;
+  return m_Reason == EndReason::None && m_End && m_End->m_Exited && m_StartFailure.IsEmpty() &&
+         m_Success.contains(m_End->m_Code);
 }
 
 bool Run::TakeOutput() {
@@ -198,6 +200,7 @@ void Run::Finish() {
   }
   m_Child.CloseOutput();
   LogLines(m_Lines.Finish());
+  m_StartFailure = m_Child.StartFailure();
   m_Outcome = DescribeEnd();
   m_Output.AppendNote(m_Outcome);
   const bool succeeded = Succeeded();
@@ -210,8 +213,8 @@ void Run::Finish() {
 }
 
 AString Run::DescribeEnd() const {
-  if (const AString failure = m_Child.StartFailure(); !failure.IsEmpty()) {
-    return failure + m_Attempt.Suffix();
+  if (!m_StartFailure.IsEmpty()) {
+    return m_StartFailure + m_Attempt.Suffix();
   }
   return AString("%1 after %2%3")
       .Arg(DescribeReason(), SecondsText(Clock::now() - m_Start), m_Attempt.Suffix());

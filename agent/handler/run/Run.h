@@ -61,7 +61,8 @@ class Run {
 
   /// Whether the last process is gone; the run's record on disk is then gone too.
   bool IsOver() const { return m_IsOver; }
-  /// Whether the command ended by itself with exit status 0. REQUIRES: IsOver().
+  /// Whether the command ended by itself with an exit status that counts as success. REQUIRES:
+  /// IsOver().
   bool Succeeded() const;
   /// How it ended, in words, such as "exit status 1 after 2.300 s". REQUIRES: IsOver().
   const BaseSDK::AString& Outcome() const { return m_Outcome; }
@@ -83,6 +84,7 @@ class Run {
   const BaseSDK::AString m_TaskId;
   const std::string m_Token;
   const AttemptNumber m_Attempt;
+  const ExitStatuses m_Success;
   const long m_TimeoutSeconds;
   const std::optional<long> m_PeriodEnd;
   const std::chrono::milliseconds m_KillGrace;
@@ -98,6 +100,7 @@ class Run {
 
   EndReason m_Reason = EndReason::None;
   std::optional<ChildProcess::Outcome> m_End;  ///< once the command has ended
+  BaseSDK::AString m_StartFailure;             ///< once the run is over, if it could not start
   BaseSDK::AString m_Outcome;                  ///< once the run is over
   std::optional<Clock::time_point> m_KillAt;   ///< once its processes were asked to end
   bool m_Killed = false;

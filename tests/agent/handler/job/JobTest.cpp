@@ -51,6 +51,10 @@ TEST(Job, ReadsEveryKey) {
       "timeout = 5m\n"
       "overlap = queue\n"
       "retry = 3 every 5m\n"
+      "success = 0, 1\n"
+      "input = a\\n\n"
+      "environment_file = -/etc/a.env\n"
+      "umask = 027\n"
       "# variables\n"
       "[Environment]\n"
       "A_1 = one = two\n"
@@ -62,6 +66,11 @@ TEST(Job, ReadsEveryKey) {
   EXPECT_EQ(job.m_TimeoutSeconds, 300);
   EXPECT_EQ(job.m_Overlap, OverlapRule::Queue);
   EXPECT_EQ(job.m_Retry, (RetryRule{false, 3, 300}));
+  EXPECT_EQ(job.m_Success, (ExitStatuses{0, 1}));
+  EXPECT_EQ(job.m_Input, "a\n");
+  EXPECT_EQ(job.m_EnvironmentFile.m_Name, AString("/etc/a.env"));
+  EXPECT_TRUE(job.m_EnvironmentFile.m_MayBeMissing);
+  EXPECT_EQ(job.m_Umask, mode_t{027});
   EXPECT_EQ(job.m_Environment,
             (std::map<std::string, std::string>{{"A_1", "one = two"}, {"B", ""}}));
 }
@@ -73,6 +82,8 @@ TEST(Job, NeedsNothingButACommand) {
   EXPECT_EQ(job.m_TimeoutSeconds, 0);
   EXPECT_EQ(job.m_Overlap, OverlapRule::Skip);
   EXPECT_TRUE(job.m_Retry.m_IsHourly);
+  EXPECT_EQ(job.m_Success, ExitStatuses{0});
+  EXPECT_EQ(job.m_Umask, mode_t{022});
 }
 
 TEST(Job, MayBeginWithAByteOrderMark) {
@@ -97,6 +108,23 @@ TEST(Job, ReadsTimeoutsInSecondsMinutesAndHours) {
   }
 }
 
+TEST(Job, ReadsItsUmaskInOctal) {
+  const auto umaskOf = [](const std::string& text) {
+    std::vector<AString> problems;
+    const Job job = Job::Parse("a.job", ("[Job]\ncommand=true\numask=" + text).c_str(), problems);
+    return problems.empty() ? static_cast<int>(job.m_Umask) : -1;
+  };
+  EXPECT_EQ(umaskOf("0"), 0);
+  EXPECT_EQ(umaskOf("77"), 077);
+  EXPECT_EQ(umaskOf("027"), 027);
+  EXPECT_EQ(umaskOf("0777"), 0777);
+  for (const char* text : {"", "8", "1000", "00027", "-1", "0x7", "u=rwx"}) {
+    EXPECT_EQ(umaskOf(text), -1) << text;
+  }
+  EXPECT_EQ(ErrorOf("[Job]\ncommand=x\numask=8"),
+            "/jobs/a.job:3: umask: is to be permission bits in octal from 0 to 777, such as 027");
+}
+
 TEST(Job, NamesFileLineAndKeyOfWhatIsWrong) {
   const struct {
     const char* m_Text;
@@ -110,7 +138,16 @@ TEST(Job, NamesFileLineAndKeyOfWhatIsWrong) {
       {"[Job]\n\nComand=x",
        "/jobs/a.job:3: unknown key \"Comand\" (known: command, arguments, user, directory, "
        "timeout, "
-       "overlap, retry)"},
+       "overlap, retry, success, input, environment_file, umask)"},
+      {"[Job]\ncommand=x\nsuccess=256",
+       "/jobs/a.job:3: success: is to be exit statuses from 0 to 255 with commas between them, "
+       "such "
+       "as \"0, 1\""},
+      {"[Job]\ncommand=x\ninput=\\x",
+       "/jobs/a.job:3: input: a backslash is to be followed by n, t or another backslash"},
+      {"[Job]\ncommand=x\nenvironment_file=x",
+       "/jobs/a.job:3: environment_file: is to be an absolute path, with a dash in front if the "
+       "file may be missing"},
       {"[Job]\ncommand=x\nretry=often",
        "/jobs/a.job:3: retry: is to be never, hourly, or how often and when again, such as "
        "\"3 every 5m\""},

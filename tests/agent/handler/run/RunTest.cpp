@@ -106,6 +106,20 @@ TEST_F(Run, IsFailedAfterAnyOtherExitStatus) {
   EXPECT_EQ(LogCount("Task 'a' failed: exit status 3 after "), 1u);
 }
 
+TEST_F(Run, IsOkAfterAnExitStatusThatTheJobTakesForSuccess) {
+  EXPECT_EQ(RunToEnd("exit 1", "success = 0,1"), "a Ok");
+  EXPECT_EQ(LogCount("Task 'a' succeeded: exit status 1 after "), 1u);
+}
+
+TEST_F(Run, IsFailedAfterOneThatItDoesNot) {
+  EXPECT_EQ(RunToEnd("exit 0", "success = 1"), "a Failed");
+}
+
+// The new process says so with a status that a job can name.
+TEST_F(Run, IsFailedWhenItCannotStartWhateverCountsAsSuccess) {
+  EXPECT_EQ(RunToEnd("exit 0", "success = 127\ndirectory = /nonexistent"), "a Failed");
+}
+
 TEST_F(Run, IsFailedAfterASignal) {
   EXPECT_EQ(RunToEnd("kill -9 $$"), "a Failed");
   EXPECT_EQ(LogCount("Task 'a' failed: signal 9 (Killed) after "), 1u);
@@ -184,6 +198,35 @@ TEST_F(Run, BecomesAnotherUserForRootAlone) {
 TEST_F(Run, WorksInTheJobsDirectory) {
   EXPECT_EQ(RunToEnd("pwd", "directory = /usr"), "a Ok");
   EXPECT_EQ(Output("a").find("/usr\n"), 0u) << Output("a");
+}
+
+TEST_F(Run, ReadsItsInputAndThenTheEnd) {
+  EXPECT_EQ(RunToEnd("cat; cat", "input = one\\ntwo\\n"), "a Ok");
+  EXPECT_EQ(Output("a").find("one\ntwo\n"), 0u) << Output("a");
+}
+
+TEST_F(Run, ReadsALargeInputAtItsOwnPace) {
+  EXPECT_EQ(RunToEnd("wc -c; cat | wc -c", "input = " + std::string(32 * 1024, 'x')), "a Ok");
+  EXPECT_EQ(Output("a").find("32768\n0\n"), 0u) << Output("a");
+}
+
+TEST_F(Run, HasItsUmask) {
+  EXPECT_EQ(RunToEnd("umask", "umask = 077"), "a Ok");
+  EXPECT_EQ(Output("a").find("0077\n"), 0u) << Output("a");
+}
+
+TEST_F(Run, HasTheVariablesOfItsFileAsTheyAreWhenItStarts) {
+  const std::string file = (m_Directory / "env").string();
+  AddJob("a", "echo $FIRST $SECOND $NOX_TASK_ID", "environment_file = " + file);
+  m_Directory.Write("jobs/a.job", m_Directory.Read("jobs/a.job") + "SECOND = job\n");
+  StartSupervisor();
+  Dispatch("a");
+  EXPECT_EQ(m_Scheduler.WaitForStates(1).back(), "a Failed");
+  EXPECT_EQ(LogCount("a.job:4: environment_file: there is no environment file " + file), 1u);
+  m_Directory.Write("env", "FIRST=file\nSECOND=file\nNOX_TASK_ID=file\n");
+  Dispatch("a");
+  EXPECT_EQ(m_Scheduler.WaitForStates(2).back(), "a Ok");
+  EXPECT_NE(Output("a").find("\nfile job a\n"), std::string::npos) << Output("a");
 }
 
 TEST_F(Run, HasAnEnvironmentOfItsOwn) {
