@@ -13,7 +13,7 @@ namespace {
 using Texts = std::map<std::string, std::string>;
 
 /// In the order of the phases.
-constexpr const char* PhaseNames[] = {"waiting", "running", "ended"};
+constexpr const char* PhaseNames[] = {"waiting", "running", "ended", "none"};
 
 std::string TextIn(const Texts& run, const char* key) {
   const auto found = run.find(key);

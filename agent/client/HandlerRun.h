@@ -12,7 +12,8 @@ namespace NoxAgent {
 /// What the command handler tells of the latest run of a task since the agent started, or of one
 /// before that failed for good.
 struct HandlerRun {
-  enum class Phase { Waiting, Running, Ended };
+  /// None: it knows no run, only that a start was left out.
+  enum class Phase { Waiting, Running, Ended, None };
 
   Phase m_Phase = Phase::Ended;
   std::optional<long> m_Start, m_End;  ///< since the epoch, as far as known
@@ -24,7 +25,7 @@ struct HandlerRun {
   std::string m_SkipReason;
   bool m_IsFinal = false;  ///< it failed, and the scheduler was told "Ok" so that it lets go of it
 
-  bool IsUnderWay() const { return m_Phase != Phase::Ended; }
+  bool IsUnderWay() const { return m_Phase == Phase::Waiting || m_Phase == Phase::Running; }
   /// Why the task's last run was left with `state`, a state other than "Ok": for "Skipped" why the
   /// start was left out, otherwise how the run ended. Empty when that is not known.
   std::string ReasonAgainst(const std::string& state) const;

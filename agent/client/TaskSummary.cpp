@@ -48,12 +48,15 @@ bool IsUnrecorded(long lastRun, const std::optional<RunEntry>& recorded) {
   return recorded->m_Seconds < lastRun && recorded->m_Start != LocalText(lastRun);
 }
 
+// A record that begins after what the handler tells is that of a run that it knows nothing of.
 std::string TrueState(const RunEntry& recorded, const std::optional<HandlerRun>& run) {
-  // A record that begins after the failure is that of another run, which the handler knows nothing
-  // of.
-  const bool isFailure =
-      run && run->m_IsFinal && recorded.m_State == "Ok" && recorded.m_Seconds <= run->m_End;
-  return isFailure ? run->m_Result : recorded.m_State;
+  if (!run || run->IsUnderWay() || recorded.m_State != "Ok") {
+    return recorded.m_State;
+  }
+  if (recorded.m_Seconds <= run->m_End) {
+    return run->m_IsFinal ? run->m_Result : recorded.m_State;
+  }
+  return recorded.m_Seconds <= run->m_Skipped ? "Skipped" : recorded.m_State;
 }
 
 TaskSummary Summarize(const std::string& id, const TaskGlance& document,
@@ -73,6 +76,9 @@ TaskSummary Summarize(const std::string& id, const TaskGlance& document,
     task.m_LastRun->m_State = TrueState(*task.m_LastRun, run);
   }
   if (task.m_Recorded && task.m_LastRun && run && run->m_Skipped && run->m_Start) {
+    if (task.m_LastRun->m_State == "Skipped" && !run->m_Result.empty()) {
+      task.m_LastRun->m_State = run->m_Result;
+    }
     task.m_LastRun->m_Start = LocalText(*run->m_Start);
     task.m_LastRun->m_Seconds = *run->m_Start;
   }

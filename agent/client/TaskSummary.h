@@ -26,8 +26,9 @@ std::optional<RunEntry> ReadRunEntry(const std::string& taskXml);
 /// process's zone must be the agent's.
 bool IsUnrecorded(long lastRun, const std::optional<RunEntry>& recorded);
 
-/// The state to show for the run on record. It is that of the record, but "Failed" when the handler
-/// knows better: when it told the scheduler "Ok" only so that the task is not tried again.
+/// The state to show for the run on record. It is that of the record, except where the handler told
+/// the scheduler "Ok" only so that the task does not come again: "Failed" for a run that failed,
+/// and "Skipped" for a start that was left out.
 std::string TrueState(const RunEntry& recorded, const std::optional<HandlerRun>& run);
 
 /// One task at a glance, put together from its document and the scheduler's report.

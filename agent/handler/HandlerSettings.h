@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <string>
 
 namespace NoxHandler {
 
@@ -13,6 +14,7 @@ struct HandlerSettings {
   BaseSDK::AString m_OutputPath;  ///< outputs, "<task ID>.log"
   BaseSDK::AString m_RecordPath;  ///< records of runs under way
   BaseSDK::AString m_SchedulerClassId;
+  std::string m_MachineId;                      ///< names the machine among others; may be empty
   std::chrono::milliseconds m_KillGrace{5000};  ///< from TERM to KILL
   /// How long killed processes may take to be gone. Even to end, a process needs a processor, and
   /// on a machine that is short of everything it may get none for seconds.

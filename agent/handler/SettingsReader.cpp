@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <stdexcept>
 #include <system_error>
 
@@ -88,6 +89,14 @@ long ReadMaxRuns() {
   return runs;
 }
 
+// Not all systems have it; a machine without one has no name here.
+std::string MachineId() {
+  std::ifstream file("/etc/machine-id");
+  std::string id;
+  (void)std::getline(file, id);
+  return id;
+}
+
 AString SchedulerClassId() {
   const char* const key = "scheduler_class_id";
   const AString text = Value(key, NoxAgent::SchedulerClassId);
@@ -110,6 +119,7 @@ HandlerSettings ReadHandlerSettings() {
   HandlerSettings settings;
   settings.m_LogOutput = YesOrNo("job_output", settings.m_LogOutput);
   settings.m_SchedulerClassId = SchedulerClassId();
+  settings.m_MachineId = MachineId();
   settings.m_KillGrace = std::chrono::seconds(grace);
   settings.m_MaxRuns = static_cast<std::size_t>(maxRuns);
   settings.m_JobPath = ReadDirectory("job_path", jobPath);

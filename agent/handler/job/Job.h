@@ -29,6 +29,11 @@ struct Job {
   std::map<std::string, std::string> m_Environment;  ///< counts for more than that file
   ExitStatuses m_Success{0};
   long m_TimeoutSeconds = 0;  ///< of each attempt; 0: none
+  static constexpr long LeastLateSeconds = 60;
+  static constexpr long MostLateSeconds = 30L * 86400;
+  long m_MaxLateSeconds = 0;  ///< one that starts later than that is left out; 0: none
+  static constexpr long MostSplaySeconds = 3600;
+  long m_SplaySeconds = 0;  ///< the first attempt begins somewhere in this time
   OverlapRule m_Overlap = OverlapRule::Skip;
   RetryRule m_Retry;
   BaseSDK::AString m_FileName;

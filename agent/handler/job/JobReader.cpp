@@ -73,6 +73,15 @@ AString TakeUmask(Job& job, const AString& value) {
   return mode ? AString() : AString("is to be permission bits in octal from 0 to 777, such as 027");
 }
 
+// From a minute on: up to 59 seconds the scheduler does not say that a run is late.
+AString TakeMaxLate(Job& job, const AString& value) {
+  return Duration::Read(value, Job::LeastLateSeconds, Job::MostLateSeconds, job.m_MaxLateSeconds);
+}
+
+AString TakeSplay(Job& job, const AString& value) {
+  return Duration::Read(value, 0, Job::MostSplaySeconds, job.m_SplaySeconds);
+}
+
 struct Key {
   const char* m_Name;
   AString (*m_Take)(Job& job, const AString& value);
@@ -83,7 +92,8 @@ constexpr Key Keys[] = {{"command", TakeCommand}, {"arguments", TakeArguments},
                         {"timeout", TakeTimeout}, {"overlap", TakeOverlap},
                         {"retry", TakeRetry},     {"success", TakeSuccess},
                         {"input", TakeInput},     {"environment_file", TakeEnvironmentFile},
-                        {"umask", TakeUmask}};
+                        {"umask", TakeUmask},     {"max_late", TakeMaxLate},
+                        {"splay", TakeSplay}};
 
 AString KnownKeys() {
   AString names;

@@ -1,19 +1,24 @@
 #include "agent/handler/run/Attempts.h"
 
 #include "agent/handler/Log.h"
+#include "agent/handler/job/Duration.h"
 #include "agent/handler/run/OutputFile.h"
 #include "agent/handler/system/WallClock.h"
+#include "agent/handler/task/DueTime.h"
+#include "agent/handler/task/Splay.h"
 
 #include <BaseSDK/ADateTime.h>
 #include <BaseSDK/ALong32.h>
 
 #include <algorithm>
+#include <chrono>
 #include <exception>
 #include <new>
 
 using BaseSDK::ADateTime;
 using BaseSDK::ALogger;
 using BaseSDK::AString;
+using namespace std::chrono_literals;
 
 namespace NoxHandler {
 
@@ -40,7 +45,32 @@ Attempts::Attempts(const TaskBatch::Entry& entry, Job job, const HandlerSettings
       m_Records(records),
       m_Clock(clock),
       m_Attempt{0, m_Job.m_Retry.m_Times + 1},
-      m_NextAt(clock.Now()) {}
+      m_Delay(Splay::ShareOf(m_Job.m_SplaySeconds, settings.m_MachineId, entry.m_TaskId)) {
+  // One that was queued has waited already.
+  const std::chrono::milliseconds waited = std::chrono::seconds(WallSeconds() - entry.m_HandedOver);
+  m_NextAt = clock.Now() + m_Delay - std::clamp(waited, 0ms, m_Delay);
+}
+
+AString Attempts::WhyTooLate(const AString& taskXml) const {
+  const long allowed = m_Job.m_MaxLateSeconds;
+  if (allowed == 0) {
+    return AString();
+  }
+  // A run that is not late was handed over at its time.
+  const auto due = m_Entry.m_Late ? DueTime::LastBefore(taskXml, m_Entry.m_HandedOver, allowed)
+                                  : std::optional(m_Entry.m_HandedOver);
+  const auto delay = static_cast<long>(std::chrono::ceil<std::chrono::seconds>(m_Delay).count());
+  if (due && WallSeconds() <= BaseSDK::Add32(*due, allowed + delay)) {
+    return AString();
+  }
+  return due ? AString("it would start more than %1 late").Arg(Duration::Text(allowed))
+             : AString("it is late, and how much cannot be told");
+}
+
+void Attempts::LeaveOut(const AString& why) {
+  m_Outcome = why;
+  m_IsOver = true;
+}
 
 bool Attempts::IsReady() const {
   return !m_Run && !m_IsOver && m_NextAt <= m_Clock.Now();
@@ -124,7 +154,7 @@ void Attempts::Conclude(bool succeeded, const AString& outcome) {
 AString Attempts::WaitsFor() const {
   const auto rest = std::chrono::ceil<std::chrono::seconds>(m_NextAt - m_Clock.Now());
   const long next = BaseSDK::Add32(WallSeconds(), static_cast<long>(rest.count()));
-  return AString("%1; the next one begins at %2")
+  return AString(HasBegun() ? "%1; the next one begins at %2" : "its splay: it begins at %2")
       .Arg(m_Outcome, ADateTime(next).ToString("%Y-%m-%d %H:%M:%S"));
 }
 

@@ -26,7 +26,8 @@ namespace NoxHandler {
 /// of them has come. [supervisor thread]
 class Attempts {
  public:
-  /// Nothing begins yet. The references to the last three are borrowed.
+  /// Nothing begins yet. The first attempt is ready when the task's share of the job's splay has
+  /// passed since it was handed over. The references to the last three are borrowed.
   Attempts(const TaskBatch::Entry& entry, Job job, const HandlerSettings& settings,
            RunRecords& records, const WaitClock& clock);
   Attempts(const Attempts&) = delete;
@@ -34,6 +35,13 @@ class Attempts {
 
   /// Sets the wall-clock moment at which all ends, whatever goes on. REQUIRES: !HasBegun().
   void EndAt(std::optional<long> periodEnd) { m_PeriodEnd = periodEnd; }
+  /// Why it is not to begin at all: it would be later than the job allows. Empty when it may begin.
+  /// `taskXml` is the task's document. REQUIRES: !HasBegun().
+  BaseSDK::AString WhyTooLate(const BaseSDK::AString& taskXml) const;
+  /// Whether that depends on the document.
+  bool AsksForDueTime() const { return m_Job.m_MaxLateSeconds > 0 && m_Entry.m_Late; }
+  /// Ends it before it has begun. REQUIRES: !HasBegun().
+  void LeaveOut(const BaseSDK::AString& why);
   /// Whether it is time to begin an attempt.
   bool IsReady() const;
   /// Begins the next attempt. One that cannot be started has failed. REQUIRES: IsReady().
@@ -69,9 +77,10 @@ class Attempts {
   /// leaves that to the scheduler, and if the agent's end came before the last attempt. REQUIRES:
   /// IsOver().
   bool IsFinal() const;
-  /// How the last attempt ended, and why none follows if more were to.
+  /// How the last attempt ended, and why none follows if more were to; of one that was left out,
+  /// why.
   const BaseSDK::AString& Outcome() const { return m_Outcome; }
-  /// The same, and when the next one begins. REQUIRES: it waits for that.
+  /// The same of one that waits for its next attempt, and when that begins.
   BaseSDK::AString WaitsFor() const;
 
   const TaskBatch::Entry& Entry() const { return m_Entry; }
@@ -95,6 +104,7 @@ class Attempts {
   std::optional<long> m_PeriodEnd;
   std::optional<long> m_Start;
   std::unique_ptr<Run> m_Run;                ///< while it goes on
+  std::chrono::milliseconds m_Delay;         ///< of the first one
   WaitClock::Moment m_NextAt;                ///< when the next attempt begins, if one does
   std::optional<Run::EndReason> m_EndedFor;  ///< once it is to end before its time
   BaseSDK::AString m_Outcome;

@@ -16,6 +16,8 @@ const char* NameOf(LatestRuns::Phase phase) {
       return "waiting";
     case LatestRuns::Phase::Running:
       return "running";
+    case LatestRuns::Phase::None:
+      return "none";
     case LatestRuns::Phase::Ended:
       break;
   }
@@ -73,6 +75,20 @@ void LatestRuns::NoteEnd(const AString& taskId, const Ending& ending) {
   EnterEnded(taskId, Renew(taskId, facts));
 }
 
+void LatestRuns::NoteLeftOut(const AString& taskId, const std::optional<Facts>& before,
+                             const AString& reason, long moment) {
+  Facts facts;
+  facts.m_Phase = Phase::None;
+  if (before && before->m_Phase == Phase::Ended) {
+    facts = *before;
+    facts.m_IsFinal = !facts.m_Succeeded;
+  }
+  facts.m_Skipped = moment;
+  facts.m_SkipReason = reason;
+  AMutexGuard guard(m_Lock);
+  EnterEnded(taskId, Renew(taskId, facts));
+}
+
 void LatestRuns::NoteQueued(const AString& taskId, long moment) {
   AMutexGuard guard(m_Lock);
   if (const auto found = m_Runs.find(taskId); found != m_Runs.end()) {
@@ -110,7 +126,7 @@ AStringMap LatestRuns::Describe(const AString& taskId) const {
   }
   if (facts->m_Phase == Phase::Running) {
     run.emplace("pid", DecimalText(facts->m_Pid));
-  } else {
+  } else if (facts->m_Phase != Phase::None) {
     run.emplace("reason", facts->m_Reason);
   }
   if (facts->m_Phase == Phase::Ended) {
@@ -129,7 +145,7 @@ AString LatestRuns::Report() const {
   AMutexGuard guard(m_Lock);
   for (const auto& [taskId, entry] : m_Runs) {
     const Facts& facts = entry.m_Facts;
-    if (facts.m_Phase != Phase::Ended) {
+    if (facts.m_Phase == Phase::Running || facts.m_Phase == Phase::Waiting) {
       running += facts.m_Phase == Phase::Running ? 1 : 0;
       waiting += facts.m_Phase == Phase::Waiting || facts.m_Queued ? 1 : 0;
       lines += ReportLine(taskId, facts);

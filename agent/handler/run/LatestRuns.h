@@ -16,8 +16,8 @@ namespace NoxHandler {
 /// threads ask. Moments are seconds since the epoch. [any thread]
 class LatestRuns {
  public:
-  /// Waiting: for its start.
-  enum class Phase { Waiting, Running, Ended };
+  /// Waiting: for its start. None: no run is known, but that a start was left out.
+  enum class Phase { Waiting, Running, Ended, None };
 
   struct Facts {
     Phase m_Phase = Phase::Waiting;
@@ -47,7 +47,7 @@ class LatestRuns {
     BaseSDK::AString m_Reason;
   };
 
-  // Each of the next four replaces what was known of the task. Of the same run, known by its start,
+  // Each of the next five replaces what was known of the task. Of the same run, known by its start,
   // they keep the last start that was left out and the one that waits for the run's end.
 
   /// The run cannot start yet; `reason` says what it waits for.
@@ -60,6 +60,11 @@ class LatestRuns {
       NOX_EXCLUDES(m_Lock);
   /// No start waits for its end any more.
   void NoteEnd(const BaseSDK::AString& taskId, const Ending& ending) NOX_EXCLUDES(m_Lock);
+  /// A start was left out before anything ran, and does not come again: the scheduler is told that
+  /// all is well. `before` is what was known of the task then; if that is no run that has ended, no
+  /// run is known any more.
+  void NoteLeftOut(const BaseSDK::AString& taskId, const std::optional<Facts>& before,
+                   const BaseSDK::AString& reason, long moment) NOX_EXCLUDES(m_Lock);
   /// The next two note of the latest run that a further start waits for its end, or was left out.
   /// They note nothing when no run of the task is known.
   void NoteQueued(const BaseSDK::AString& taskId, long moment) NOX_EXCLUDES(m_Lock);

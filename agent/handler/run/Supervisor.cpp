@@ -84,7 +84,11 @@ void Supervisor::Start() {
 void Supervisor::Post(const std::vector<TaskBatch::Entry>& entries) {
   {
     AMutexGuard guard(m_Lock);
-    m_Posted.insert(m_Posted.end(), entries.begin(), entries.end());
+    const long now = WallSeconds();
+    for (const TaskBatch::Entry& entry : entries) {
+      m_Posted.push_back(entry);
+      m_Posted.back().m_HandedOver = now;
+    }
   }
   m_Wake.Set();
 }
@@ -184,7 +188,12 @@ void Supervisor::Admit(const TaskBatch::Entry& entry) {
     Slot& slot = m_Slots[entry.m_TaskId];
     slot.m_Attempts =
         std::make_unique<Attempts>(entry, std::move(job), m_Settings, m_Records, m_Clock);
-    LineUp(slot);
+    slot.m_Before = m_Latest.Find(entry.m_TaskId);
+    if (slot.m_Attempts->IsReady()) {
+      LineUp(slot);
+    } else {
+      NoteFacts(*slot.m_Attempts);
+    }
   } catch (const std::bad_alloc&) {
     Fail(entry.m_TaskId, "the agent has no memory left");
   } catch (const std::exception& error) {
@@ -220,6 +229,10 @@ void Supervisor::BeginWaiting() {
 
 void Supervisor::BeginAttempt(Slot& slot) {
   Attempts& attempts = *slot.m_Attempts;
+  if (const AString why = WhyTooLate(attempts); !why.IsEmpty()) {
+    attempts.LeaveOut(why);
+    return;
+  }
   if (!attempts.HasBegun() && attempts.Entry().m_KillAtEnd) {
     attempts.EndAt(
         ActivePeriod::EndFor(m_Reporter.TaskXml(attempts.Entry().m_TaskId), std::time(nullptr)));
@@ -229,13 +242,23 @@ void Supervisor::BeginAttempt(Slot& slot) {
   NoteFacts(attempts);
 }
 
+AString Supervisor::WhyTooLate(const Attempts& attempts) const {
+  if (attempts.HasBegun()) {
+    return AString();
+  }
+  return attempts.WhyTooLate(
+      attempts.AsksForDueTime() ? m_Reporter.TaskXml(attempts.Entry().m_TaskId) : AString());
+}
+
 // Of one that is over, NoteEnd tells.
 void Supervisor::NoteFacts(const Attempts& attempts) {
   const AString& taskId = attempts.Entry().m_TaskId;
   if (attempts.IsRunning()) {
     m_Latest.NoteStart(taskId, attempts.StartTime(), attempts.Pid());
   } else if (!attempts.HasBegun()) {
-    m_Latest.NoteWaiting(taskId, AString("%1; it starts after one of them").Arg(TooManyGoOn));
+    m_Latest.NoteWaiting(taskId, attempts.IsReady()
+                                     ? AString("%1; it starts after one of them").Arg(TooManyGoOn)
+                                     : attempts.WaitsFor());
   } else if (attempts.IsReady()) {
     m_Latest.NotePause(taskId, attempts.StartTime(),
                        AString("%1; %2, and the next one begins after one of them")
@@ -292,7 +315,7 @@ void Supervisor::LeaveOut(const TaskBatch::Entry& entry, const char* why) {
   }
 }
 
-void Supervisor::Skip(const AString& taskId, const char* why) {
+void Supervisor::Skip(const AString& taskId, const AString& why) {
   LogSkip(taskId, AString("%1: left out").Arg(why));
   m_Latest.NoteSkip(taskId, why, WallSeconds());
   AppendNote(taskId, AString("left out: %1").Arg(why));
@@ -351,7 +374,8 @@ void Supervisor::AdvanceRuns() {
       ++it;
       continue;
     }
-    const char* const state = NoteEnd(*slot.m_Attempts);
+    const char* const state =
+        slot.m_Attempts->HasBegun() ? NoteEnd(*slot.m_Attempts) : NoteLeftOut(slot);
     if (slot.m_Next) {
       next.push_back(*slot.m_Next);  // the state on record is already that of this run: "Started"
     } else {
@@ -387,6 +411,19 @@ const char* Supervisor::NoteEnd(const Attempts& attempts) {
     m_Failures.Forget(taskId);
   }
   return ending.m_Succeeded || ending.m_IsFinal ? "Ok" : "Failed";
+}
+
+// Were it not finished to the scheduler, it would come again within the hour, later still.
+const char* Supervisor::NoteLeftOut(const Slot& slot) {
+  const AString& taskId = slot.m_Attempts->Entry().m_TaskId;
+  const AString& why = slot.m_Attempts->Outcome();
+  LogSkip(taskId, AString("%1: left out").Arg(why));
+  m_Latest.NoteLeftOut(taskId, slot.m_Before, why, WallSeconds());
+  AppendNote(taskId, AString("left out: %1").Arg(why));
+  if (const auto facts = m_Latest.Find(taskId); facts && facts->m_IsFinal) {
+    m_Failures.Note(taskId, {*facts->m_Start, *facts->m_End, facts->m_Reason});
+  }
+  return "Ok";
 }
 
 // As a group: the states of runs that end together are made safe together.

@@ -61,10 +61,11 @@ class Supervisor {
 
  private:
   struct Slot {
-    std::unique_ptr<Attempts> m_Attempts;    ///< never null between two steps of the loop
-    bool m_IsInLine = false;                 ///< whether m_Waiting has the task
-    std::optional<TaskBatch::Entry> m_Next;  ///< what waits for the run's end
-    std::size_t m_FirstHandle = 0;           ///< its part of m_Handles
+    std::unique_ptr<Attempts> m_Attempts;       ///< never null between two steps of the loop
+    std::optional<LatestRuns::Facts> m_Before;  ///< what was known of the task
+    bool m_IsInLine = false;                    ///< whether m_Waiting has the task
+    std::optional<TaskBatch::Entry> m_Next;     ///< what waits for the run's end
+    std::size_t m_FirstHandle = 0;              ///< its part of m_Handles
     std::size_t m_HandleCount = 0;
   };
 
@@ -75,13 +76,14 @@ class Supervisor {
   void Queue(Slot& slot, const TaskBatch::Entry& entry);
   void Replace(Slot& slot, const TaskBatch::Entry& entry);
   void LeaveOut(const TaskBatch::Entry& entry, const char* why);
-  void Skip(const BaseSDK::AString& taskId, const char* why);
+  void Skip(const BaseSDK::AString& taskId, const BaseSDK::AString& why);
   void AppendNote(const BaseSDK::AString& taskId, const BaseSDK::AString& text);
   void RememberFailures();
   void Admit(const TaskBatch::Entry& entry);
   void LineUp(Slot& slot);
   void BeginWaiting();
   void BeginAttempt(Slot& slot);
+  BaseSDK::AString WhyTooLate(const Attempts& attempts) const;
   void NoteFacts(const Attempts& attempts);
   void Fail(const BaseSDK::AString& taskId, const BaseSDK::AString& reason);
   void BeginStop();
@@ -89,6 +91,7 @@ class Supervisor {
   void Advance(Slot& slot);
   /// The state that the scheduler is to know of it.
   const char* NoteEnd(const Attempts& attempts);
+  const char* NoteLeftOut(const Slot& slot);
   /// By task: the state.
   void ReportEnds(const std::map<BaseSDK::AString, const char*>& ended);
   bool NeedsAdvance(const Slot& slot) const;

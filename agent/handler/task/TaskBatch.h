@@ -14,6 +14,7 @@ struct TaskBatch {
     bool m_Late = false;
     bool m_NeverRun = false;
     bool m_KillAtEnd = false;
+    long m_HandedOver = 0;  ///< when the handler was given it, in seconds since the epoch
 
     bool operator==(const Entry&) const = default;
   };

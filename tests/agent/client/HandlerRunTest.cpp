@@ -62,6 +62,17 @@ TEST(HandlerRun, TellsOfAttempts) {
                   "again: the scheduler was told that it is finished."});
 }
 
+TEST(HandlerRun, TellsOfAStartThatWasLeftOutThoughNoRunIsKnown) {
+  const auto run = ReadHandlerRun(
+      Answer{{"state", "none"}, {"skipped", "1781510400"}, {"skipReason", "it is late"}});
+  ASSERT_TRUE(run);
+  EXPECT_FALSE(run->IsUnderWay());
+  EXPECT_EQ("it is late", run->ReasonAgainst("Skipped"));
+  const VirtualTime::Zone zone("UTC0");
+  EXPECT_EQ(run->Sentences(),
+            Texts{"Its start at 2026-06-15 08:00:00 +0000 was left out: it is late."});
+}
+
 TEST(HandlerRun, KnowsTheReasonOfAFailureAlone) {
   const auto ok = ReadHandlerRun(Answer{{"state", "ended"}, {"result", "Ok"}, {"reason", "x"}});
   EXPECT_EQ("", ok.value().ReasonAgainst("Failed")) << "somebody else has said so";

@@ -8,6 +8,7 @@ namespace NoxAgentTest {
 
 using NoxAgent::ReadRunEntry;
 using NoxAgent::Summarize;
+using NoxAgent::TaskGlance;
 using NoxAgent::TaskReport;
 
 namespace {
@@ -69,6 +70,26 @@ TEST(TaskSummary, TellsAFailureThatTheSchedulerWasToldNothingOf) {
   EXPECT_EQ("Ok", state("2026-06-15 08:00:06 Ok")) << "another run, of which the handler knows not";
   run.m_IsFinal = false;
   EXPECT_EQ("Ok", state("2026-06-15 08:00:00 Ok")) << "somebody has said so";
+}
+
+TEST(TaskSummary, TellsAStartThatWasLeftOut) {
+  const VirtualTime::Zone zone("UTC0");
+  NoxAgent::HandlerRun run;
+  run.m_Phase = NoxAgent::HandlerRun::Phase::None;
+  run.m_Skipped = 1781510401;
+  const TaskGlance document{true, "2026-06-15 08:00:00 Ok"};
+  EXPECT_EQ("Skipped", Summarize("T1", document, std::nullopt, run).m_LastRun.value().m_State);
+  run.m_Skipped = 1781510399;
+  EXPECT_EQ("Ok", Summarize("T1", document, std::nullopt, run).m_LastRun.value().m_State);
+  run.m_Skipped = 1781510401;
+  run.m_Phase = NoxAgent::HandlerRun::Phase::Ended;
+  run.m_Start = 1781506800;
+  run.m_End = 1781506810;
+  run.m_Result = "Failed";
+  run.m_IsFinal = true;
+  const auto task = Summarize("T1", document, std::nullopt, run);
+  EXPECT_EQ("Failed", task.m_LastRun.value().m_State) << "of the last real run";
+  EXPECT_EQ("2026-06-15 07:00:00", task.m_LastRun.value().m_Start);
 }
 
 TEST(TaskSummary, KnowsNoNextRunOfATaskThatIsNotLoaded) {

@@ -12,7 +12,8 @@ class INoxCommandHandler : public virtual INoxObject {
   /// The task's latest run since the agent started, or an earlier one that failed for good, in
   /// `run`, which is replaced:
   ///
-  ///   "state"             "running", "waiting" (to be started) or "ended"
+  ///   "state"             "running", "waiting" (to be started), "ended", or "none" when it is
+  ///                       only known that a start was left out
   ///   "start", "end"      seconds since the epoch; absent when there is none or it is not known
   ///   "pid"               the command's process, while running
   ///   "result"            "Ok" or "Failed", when ended

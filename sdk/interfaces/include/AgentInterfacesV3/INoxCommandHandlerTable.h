@@ -9,7 +9,8 @@ inline constexpr AInterfaceTable::AOperation INoxCommandHandlerOperations[] = {
     {"GetRun",
      "Tells of a task's latest run since the agent started, or of an earlier one that failed for "
      "good. `run` holds \"state\" (\"running\", "
-     "\"waiting\" or \"ended\"), \"start\" and \"end\" in seconds since the epoch, as far as "
+     "\"waiting\", \"ended\" or \"none\"), \"start\" and \"end\" in seconds since the epoch, as "
+     "far as "
      "known; "
      "while running \"pid\"; when ended \"result\" (\"Ok\" or \"Failed\") and \"reason\", in "
      "words, and \"final\" when it failed and is not tried again; "

@@ -55,6 +55,8 @@ TEST(Job, ReadsEveryKey) {
       "input = a\\n\n"
       "environment_file = -/etc/a.env\n"
       "umask = 027\n"
+      "max_late = 2h\n"
+      "splay = 10m\n"
       "# variables\n"
       "[Environment]\n"
       "A_1 = one = two\n"
@@ -71,6 +73,8 @@ TEST(Job, ReadsEveryKey) {
   EXPECT_EQ(job.m_EnvironmentFile.m_Name, AString("/etc/a.env"));
   EXPECT_TRUE(job.m_EnvironmentFile.m_MayBeMissing);
   EXPECT_EQ(job.m_Umask, mode_t{027});
+  EXPECT_EQ(job.m_MaxLateSeconds, 7200);
+  EXPECT_EQ(job.m_SplaySeconds, 600);
   EXPECT_EQ(job.m_Environment,
             (std::map<std::string, std::string>{{"A_1", "one = two"}, {"B", ""}}));
 }
@@ -138,7 +142,10 @@ TEST(Job, NamesFileLineAndKeyOfWhatIsWrong) {
       {"[Job]\n\nComand=x",
        "/jobs/a.job:3: unknown key \"Comand\" (known: command, arguments, user, directory, "
        "timeout, "
-       "overlap, retry, success, input, environment_file, umask)"},
+       "overlap, retry, success, input, environment_file, umask, max_late, splay)"},
+      {"[Job]\ncommand=x\nmax_late=59", "/jobs/a.job:3: max_late: is to be at least 1m"},
+      {"[Job]\ncommand=x\nmax_late=721h", "/jobs/a.job:3: max_late: is to be at most 720h"},
+      {"[Job]\ncommand=x\nsplay=3601", "/jobs/a.job:3: splay: is to be at most 1h"},
       {"[Job]\ncommand=x\nsuccess=256",
        "/jobs/a.job:3: success: is to be exit statuses from 0 to 255 with commas between them, "
        "such "

@@ -81,6 +81,25 @@ TEST(LatestRuns, KeepWhatTheyKnowOfARunThroughItsAttempts) {
                                             {"reason", "exit status 2"}}));
 }
 
+TEST(LatestRuns, TellOfAStartThatWasLeftOutBesideTheRunBeforeIt) {
+  LatestRuns runs;
+  runs.NoteLeftOut("a", std::nullopt, "too late", 100);
+  EXPECT_EQ(runs.Describe("a"),
+            (AStringMap{{"state", "none"}, {"skipped", "100"}, {"skipReason", "too late"}}));
+  runs.NoteEnd("a", {200, 210, true, false, "fine"});
+  const auto before = runs.Find("a");
+  runs.NoteWaiting("a", "its splay");
+  runs.NoteLeftOut("a", before, "too late", 300);
+  EXPECT_EQ(runs.Describe("a"), (AStringMap{{"state", "ended"},
+                                            {"start", "200"},
+                                            {"end", "210"},
+                                            {"result", "Ok"},
+                                            {"reason", "fine"},
+                                            {"skipped", "300"},
+                                            {"skipReason", "too late"}}));
+  EXPECT_EQ(runs.Report(), AString("Command handler: 0 running, 0 waiting\n"));
+}
+
 TEST(LatestRuns, ForgetTheOldestEndedOnesFirst) {
   LatestRuns runs(2);
   runs.NoteStart("running", 1, 7);

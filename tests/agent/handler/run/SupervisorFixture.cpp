@@ -64,6 +64,7 @@ void SupervisorFixture::StartSupervisor(std::chrono::milliseconds killGrace, std
   settings.m_OutputPath = Text(m_Directory / "output");
   settings.m_RecordPath = Text(m_Directory / "records");
   settings.m_SchedulerClassId = NoxAgent::SchedulerClassId;
+  settings.m_MachineId = "0123456789abcdef";
   settings.m_KillGrace = killGrace;
   settings.m_MaxRuns = maxRuns;
   settings.m_LogOutput = m_LogOutput;
