@@ -4,6 +4,7 @@
 #include "agent/handler/job/ExitStatuses.h"
 #include "agent/handler/job/JobError.h"
 #include "agent/handler/job/Overlap.h"
+#include "agent/handler/job/ProcessLimits.h"
 #include "agent/handler/job/Retry.h"
 
 #include <BaseSDK/AString.h>
@@ -24,6 +25,7 @@ struct Job {
   std::string m_User;       ///< empty: the agent's own
   std::string m_Directory;  ///< absolute; empty: the user's home
   mode_t m_Umask = 022;
+  ProcessLimits m_Limits;
   std::string m_Input;  ///< what it reads on its standard input
   EnvironmentFile m_EnvironmentFile;
   std::map<std::string, std::string> m_Environment;  ///< counts for more than that file

@@ -82,18 +82,45 @@ AString TakeSplay(Job& job, const AString& value) {
   return Duration::Read(value, 0, Job::MostSplaySeconds, job.m_SplaySeconds);
 }
 
+AString TakeNice(Job& job, const AString& value) {
+  return job.m_Limits.ReadNice(value);
+}
+
+AString TakeIonice(Job& job, const AString& value) {
+  return job.m_Limits.ReadIoPriority(value);
+}
+
+AString TakeMemory(Job& job, const AString& value) {
+  return job.m_Limits.ReadMemory(value);
+}
+
+AString TakeCpuTime(Job& job, const AString& value) {
+  return job.m_Limits.ReadCpuTime(value);
+}
+
+AString TakeFiles(Job& job, const AString& value) {
+  return job.m_Limits.ReadFiles(value);
+}
+
+AString TakeOomScore(Job& job, const AString& value) {
+  return job.m_Limits.ReadOomScore(value);
+}
+
 struct Key {
   const char* m_Name;
   AString (*m_Take)(Job& job, const AString& value);
 };
 
-constexpr Key Keys[] = {{"command", TakeCommand}, {"arguments", TakeArguments},
-                        {"user", TakeUser},       {"directory", TakeDirectory},
-                        {"timeout", TakeTimeout}, {"overlap", TakeOverlap},
-                        {"retry", TakeRetry},     {"success", TakeSuccess},
-                        {"input", TakeInput},     {"environment_file", TakeEnvironmentFile},
-                        {"umask", TakeUmask},     {"max_late", TakeMaxLate},
-                        {"splay", TakeSplay}};
+constexpr Key Keys[] = {{"command", TakeCommand},   {"arguments", TakeArguments},
+                        {"user", TakeUser},         {"directory", TakeDirectory},
+                        {"timeout", TakeTimeout},   {"overlap", TakeOverlap},
+                        {"retry", TakeRetry},       {"success", TakeSuccess},
+                        {"input", TakeInput},       {"environment_file", TakeEnvironmentFile},
+                        {"umask", TakeUmask},       {"max_late", TakeMaxLate},
+                        {"splay", TakeSplay},       {"nice", TakeNice},
+                        {"ionice", TakeIonice},     {"memory", TakeMemory},
+                        {"cpu_time", TakeCpuTime},  {"files", TakeFiles},
+                        {"oom_score", TakeOomScore}};
 
 AString KnownKeys() {
   AString names;

@@ -69,8 +69,31 @@ pid_t ForkWithSignalsBlocked(const ChildStart& start) {
   return pid;
 }
 
+// The key of the job that such a stage is about; null for one that has words of its own.
+const char* LimitOf(ChildStart::Stage stage) {
+  switch (stage) {
+    case ChildStart::Nice:
+      return "nice";
+    case ChildStart::IoPriority:
+      return "ionice";
+    case ChildStart::Memory:
+      return "memory";
+    case ChildStart::CpuTime:
+      return "cpu_time";
+    case ChildStart::Files:
+      return "files";
+    case ChildStart::OomScore:
+      return "oom_score";
+    default:
+      return nullptr;
+  }
+}
+
 AString DescribeFailure(const ChildProcess::Names& names, const ChildStart::Failure& failure) {
   const AString reason = strerror(failure.m_Errno);
+  if (const char* const limit = LimitOf(failure.m_Stage)) {
+    return AString("cannot set the job's %1: %2").Arg(limit, reason);
+  }
   switch (failure.m_Stage) {
     case ChildStart::User:
       return AString("cannot become the job's user %1: %2").Arg(names.m_User, reason);
@@ -78,7 +101,7 @@ AString DescribeFailure(const ChildProcess::Names& names, const ChildStart::Fail
       return AString("cannot enter the job's directory %1: %2").Arg(names.m_Directory, reason);
     case ChildStart::Program:
       return AString("cannot run the job's command %1: %2").Arg(names.m_Command, reason);
-    case ChildStart::Streams:
+    default:
       break;
   }
   return AString("cannot set up the command's input and output: %1").Arg(reason);

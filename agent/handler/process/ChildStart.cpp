@@ -1,6 +1,7 @@
 #include "agent/handler/process/ChildStart.h"
 
 #include "agent/handler/process/Launch.h"
+#include "agent/handler/process/LimitSetup.h"
 
 #include <BaseSDK/ADescriptorLimit.h>
 
@@ -60,6 +61,7 @@ void ChildStart::Run() const {
   ResetSignals();
   BaseSDK::ADescriptorLimit::Restore();
   AwaitGo();
+  SetLimits();
   BecomeUser();
   EnterDirectory();
   Execute();
@@ -101,6 +103,21 @@ void ChildStart::ConnectStreams() const {
   if (dup3(m_Descriptors.m_Failure, FailureFd, O_CLOEXEC) < 0 ||
       dup3(m_Descriptors.m_Go, GoFd, O_CLOEXEC) < 0 || close_range(FirstFree, ~0U, 0) != 0) {
     Fail(Streams, errno);
+  }
+}
+
+// While it may still do what only root may.
+void ChildStart::SetLimits() const {
+  constexpr struct {
+    Stage m_Stage;
+    int (*m_Set)(const ProcessLimits& limits);
+  } Steps[] = {{Nice, LimitSetup::SetNice},         {IoPriority, LimitSetup::SetIoPriority},
+               {OomScore, LimitSetup::SetOomScore}, {CpuTime, LimitSetup::SetCpuTime},
+               {Files, LimitSetup::SetFiles},       {Memory, LimitSetup::SetMemory}};
+  for (const auto& step : Steps) {
+    if (const int error = step.m_Set(m_Launch.m_Limits); error != 0) {
+      Fail(step.m_Stage, error);
+    }
   }
 }
 

@@ -12,7 +12,18 @@ struct Launch;
 class ChildStart {
  public:
   /// How far the start had come when it failed.
-  enum Stage { Streams, User, Directory, Program };
+  enum Stage {
+    Streams,
+    Nice,
+    IoPriority,
+    Memory,
+    CpuTime,
+    Files,
+    OomScore,
+    User,
+    Directory,
+    Program
+  };
 
   /// What the new process writes to m_FailureFd when it cannot become the command.
   struct Failure {
@@ -42,6 +53,7 @@ class ChildStart {
   void ResetSignals() const;
   void AwaitGo() const;
   void ConnectStreams() const;
+  void SetLimits() const;
   void BecomeUser() const;
   void EnterDirectory() const;
   void Execute() const;

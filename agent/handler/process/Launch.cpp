@@ -69,6 +69,7 @@ Launch::Launch(const Job& job, const TaskBatch::Entry& entry, const std::string&
       m_Arguments{job.m_Command},
       m_Input(job.m_Input),
       m_Umask(job.m_Umask),
+      m_Limits(job.m_Limits),
       m_Directory(job.m_Directory),
       m_MustEnterDirectory(!job.m_Directory.empty()) {
   m_Arguments.insert(m_Arguments.end(), job.m_Arguments.begin(), job.m_Arguments.end());

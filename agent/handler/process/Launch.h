@@ -20,6 +20,7 @@ struct Launch {
   std::vector<std::string> m_Environment;  ///< "NAME=value"
   std::string m_Input;                     ///< what standard input yields
   mode_t m_Umask;
+  ProcessLimits m_Limits;
   std::string m_Directory;
   bool m_MustEnterDirectory = false;  ///< else the root directory will do in its place
 

@@ -57,6 +57,12 @@ TEST(Job, ReadsEveryKey) {
       "umask = 027\n"
       "max_late = 2h\n"
       "splay = 10m\n"
+      "nice = 10\n"
+      "ionice = idle\n"
+      "memory = 512M\n"
+      "cpu_time = 1h\n"
+      "files = 64\n"
+      "oom_score = 500\n"
       "# variables\n"
       "[Environment]\n"
       "A_1 = one = two\n"
@@ -75,6 +81,12 @@ TEST(Job, ReadsEveryKey) {
   EXPECT_EQ(job.m_Umask, mode_t{027});
   EXPECT_EQ(job.m_MaxLateSeconds, 7200);
   EXPECT_EQ(job.m_SplaySeconds, 600);
+  EXPECT_EQ(job.m_Limits.m_Nice, 10);
+  EXPECT_TRUE(job.m_Limits.m_IoPriority);
+  EXPECT_EQ(job.m_Limits.m_MemoryBytes, 536870912U);
+  EXPECT_EQ(job.m_Limits.m_CpuSeconds, 3600);
+  EXPECT_EQ(job.m_Limits.m_Files, 64);
+  EXPECT_EQ(job.m_Limits.m_OomScore, "500");
   EXPECT_EQ(job.m_Environment,
             (std::map<std::string, std::string>{{"A_1", "one = two"}, {"B", ""}}));
 }
@@ -142,7 +154,17 @@ TEST(Job, NamesFileLineAndKeyOfWhatIsWrong) {
       {"[Job]\n\nComand=x",
        "/jobs/a.job:3: unknown key \"Comand\" (known: command, arguments, user, directory, "
        "timeout, "
-       "overlap, retry, success, input, environment_file, umask, max_late, splay)"},
+       "overlap, retry, success, input, environment_file, umask, max_late, splay, nice, ionice, "
+       "memory, cpu_time, files, oom_score)"},
+      {"[Job]\ncommand=x\nnice=20", "/jobs/a.job:3: nice: is to be a number from -20 to 19"},
+      {"[Job]\ncommand=x\nionice=9",
+       "/jobs/a.job:3: ionice: is to be idle, best-effort N or realtime N, with N from 0 to 7"},
+      {"[Job]\ncommand=x\nmemory=1",
+       "/jobs/a.job:3: memory: is to be a number of bytes from 1M to 1024G, such as 512M"},
+      {"[Job]\ncommand=x\ncpu_time=0", "/jobs/a.job:3: cpu_time: is to be at least 1s"},
+      {"[Job]\ncommand=x\nfiles=1", "/jobs/a.job:3: files: is to be a number from 8 to 1048576"},
+      {"[Job]\ncommand=x\noom_score=x",
+       "/jobs/a.job:3: oom_score: is to be a number from -1000 to 1000"},
       {"[Job]\ncommand=x\nmax_late=59", "/jobs/a.job:3: max_late: is to be at least 1m"},
       {"[Job]\ncommand=x\nmax_late=721h", "/jobs/a.job:3: max_late: is to be at most 720h"},
       {"[Job]\ncommand=x\nsplay=3601", "/jobs/a.job:3: splay: is to be at most 1h"},
