@@ -1,26 +1,22 @@
 #pragma once
 
 #include "agent/handler/HandlerSettings.h"
-#include "agent/handler/run/Attempts.h"
-#include "agent/handler/run/FinalFailures.h"
 #include "agent/handler/run/LatestRuns.h"
 #include "agent/handler/run/OutputPart.h"
-#include "agent/handler/run/RunRecords.h"
+#include "agent/handler/run/RunBook.h"
+#include "agent/handler/run/TaskRuns.h"
 #include "agent/handler/system/WaitClock.h"
 #include "agent/handler/system/WakeHandle.h"
 #include "agent/handler/system/WallTimer.h"
-#include "agent/handler/task/StateReporter.h"
 #include "agent/handler/task/TaskBatch.h"
 
 #include <BaseSDK/AMutex.h>
 #include <BaseSDK/AString.h>
 #include <BaseSDK/ThreadAnnotations.h>
 
-#include <chrono>
+#include <poll.h>
+
 #include <cstdint>
-#include <deque>
-#include <map>
-#include <memory>
 #include <optional>
 #include <thread>
 #include <vector>
@@ -51,7 +47,7 @@ class Supervisor {
   bool Stop() NOX_EXCLUDES(m_Lock);
 
   /// What became of the tasks' runs. [any thread]
-  const LatestRuns& Latest() const { return m_Latest; }
+  const LatestRuns& Latest() const { return m_Book.Latest(); }
   /// Why the task's job could not be run as things stand; empty when it could. [any thread]
   BaseSDK::AString ProblemOfJob(const BaseSDK::AString& taskId) const;
   /// What the task's runs have put out from this position on: see OutputPart. [any thread]
@@ -60,64 +56,23 @@ class Supervisor {
   bool IsBusy() const NOX_EXCLUDES(m_Lock);
 
  private:
-  struct Slot {
-    std::unique_ptr<Attempts> m_Attempts;       ///< never null between two steps of the loop
-    std::optional<LatestRuns::Facts> m_Before;  ///< what was known of the task
-    bool m_IsInLine = false;                    ///< whether m_Waiting has the task
-    std::optional<TaskBatch::Entry> m_Next;     ///< what waits for the run's end
-    std::size_t m_FirstHandle = 0;              ///< its part of m_Handles
-    std::size_t m_HandleCount = 0;
-  };
-
   void Main();
   bool TakePosted(std::vector<TaskBatch::Entry>& entries) NOX_EXCLUDES(m_Lock);
-  void Dispatch(const TaskBatch::Entry& entry);
-  void DispatchToPresent(Slot& slot, const TaskBatch::Entry& entry);
-  void Queue(Slot& slot, const TaskBatch::Entry& entry);
-  void Replace(Slot& slot, const TaskBatch::Entry& entry);
-  void LeaveOut(const TaskBatch::Entry& entry, const char* why);
-  void Skip(const BaseSDK::AString& taskId, const BaseSDK::AString& why);
-  void AppendNote(const BaseSDK::AString& taskId, const BaseSDK::AString& text);
-  void RememberFailures();
-  void Admit(const TaskBatch::Entry& entry);
-  void LineUp(Slot& slot);
-  void BeginWaiting();
-  void BeginAttempt(Slot& slot);
-  BaseSDK::AString WhyTooLate(const Attempts& attempts) const;
-  void NoteFacts(const Attempts& attempts);
-  void Fail(const BaseSDK::AString& taskId, const BaseSDK::AString& reason);
   void BeginStop();
-  void AdvanceRuns();
-  void Advance(Slot& slot);
-  /// The state that the scheduler is to know of it.
-  const char* NoteEnd(const Attempts& attempts);
-  const char* NoteLeftOut(const Slot& slot);
-  /// By task: the state.
-  void ReportEnds(const std::map<BaseSDK::AString, const char*>& ended);
-  bool NeedsAdvance(const Slot& slot) const;
   void PublishBusy() NOX_EXCLUDES(m_Lock);
   bool IsFinished() const;
-  void GiveUp();
   void Wait();
   int WaitMilliseconds() const;
 
   const HandlerSettings m_Settings;
-  const WaitClock& m_Clock;
   const WakeHandle m_Wake;  ///< something was posted, or Stop was called
   const WakeHandle m_Done;  ///< the thread's work is over
   std::thread m_Thread;
-  LatestRuns m_Latest;
 
   // Used by the thread alone, once it runs.
-  RunRecords m_Records;
-  FinalFailures m_Failures;
-  StateReporter m_Reporter;
+  RunBook m_Book;  ///< except for what any thread may ask of it
+  TaskRuns m_Runs;
   WallTimer m_PeriodTimer;
-  std::map<BaseSDK::AString, Slot> m_Slots;
-  std::size_t m_Running = 0;  ///< slots with a process
-  /// The tasks with an attempt to begin when another one has ended, because too many go on. A task
-  /// that has no slot any more is passed over.
-  std::deque<BaseSDK::AString> m_Waiting;
   std::vector<pollfd> m_Handles;
   std::optional<Run::Clock::time_point> m_GiveUpAt;  ///< once it is to stop
 

@@ -1,0 +1,143 @@
+#include "agent/handler/run/RunBook.h"
+
+#include "agent/handler/Log.h"
+#include "agent/handler/run/OutputFile.h"
+#include "agent/handler/system/WallClock.h"
+
+#include <AgentInterfacesV3/AMsgGroup.h>
+
+#include <unistd.h>
+
+#include <cerrno>
+
+using BaseSDK::ALogger;
+using BaseSDK::AString;
+using Corvane::AgentInterfacesV3::AMsgGroup;
+
+namespace NoxHandler {
+
+namespace {
+
+constexpr const char* TooManyGoOn = "as many runs go on as may";
+
+void LogDue(const AString& taskId, const AString& but) {
+  ALOG(HandlerLog(), ALogger::Information, HandlerSource,
+       AString("Task '%1' is due, but %2").Arg(taskId, but));
+}
+
+}  // namespace
+
+RunBook::RunBook(const HandlerSettings& settings)
+    : m_Settings(settings),
+      m_Failures(settings.m_RecordPath),
+      m_Scheduler(settings.m_SchedulerClassId) {
+  RememberFailures();
+}
+
+// Without the tasks that are gone.
+void RunBook::RememberFailures() {
+  for (const auto& [taskId, failure] : std::map(m_Failures.All())) {
+    if (access(m_Settings.JobFile(taskId).ToUtf8().c_str(), F_OK) != 0 && errno == ENOENT) {
+      m_Failures.Forget(taskId);
+    } else {
+      m_Latest.NoteEnd(taskId, {failure.m_Start, failure.m_End, false, true, failure.m_Reason});
+    }
+  }
+}
+
+void RunBook::NoteProgress(const Attempts& attempts) {
+  const AString& taskId = attempts.Entry().m_TaskId;
+  if (attempts.IsRunning()) {
+    m_Latest.NoteStart(taskId, attempts.StartTime(), attempts.Pid());
+  } else if (attempts.HasBegun()) {
+    m_Latest.NotePause(taskId, attempts.StartTime(), attempts.WaitsFor());
+  } else {
+    m_Latest.NoteWaiting(taskId, attempts.WaitsFor());
+  }
+}
+
+void RunBook::NoteInLine(const Attempts& attempts) {
+  const AString& taskId = attempts.Entry().m_TaskId;
+  LogDue(taskId, AString("%1: starts after one of them").Arg(TooManyGoOn));
+  if (attempts.HasBegun()) {
+    m_Latest.NotePause(taskId, attempts.StartTime(),
+                       AString("%1; %2, and the next one begins after one of them")
+                           .Arg(attempts.Outcome(), TooManyGoOn));
+  } else {
+    m_Latest.NoteWaiting(taskId, AString("%1; it starts after one of them").Arg(TooManyGoOn));
+  }
+}
+
+void RunBook::NoteQueued(const AString& taskId, const char* how) {
+  LogDue(taskId, AString("its previous run goes on: %1").Arg(how));
+  m_Latest.NoteQueued(taskId, WallSeconds());
+}
+
+void RunBook::NoteEcho(const AString& taskId, const AString& why) const {
+  LogDue(taskId, AString("%1: left out").Arg(why));
+}
+
+void RunBook::NoteSkip(const AString& taskId, const AString& why, Attempts* attempts) {
+  LogDue(taskId, AString("%1: left out").Arg(why));
+  m_Latest.NoteSkip(taskId, why, WallSeconds());
+  const AString note = AString("left out: %1").Arg(why);
+  if (attempts != nullptr) {
+    attempts->AppendNote(note);  // a run has the file open
+  } else {
+    OutputFile(m_Settings.OutputFile(taskId)).AppendNote(note);
+  }
+}
+
+// Without its job nobody knows what is to become of a task that failed: the scheduler decides.
+void RunBook::NoteNoJob(const AString& taskId, const AString& reason) {
+  ALOG(HandlerLog(), ALogger::Error, HandlerSource,
+       AString("Task '%1' failed: %2").Arg(taskId, reason));
+  const long now = WallSeconds();
+  m_Latest.NoteEnd(taskId, {now, now, false, false, reason});
+  OutputFile(m_Settings.OutputFile(taskId)).AppendNote(reason);
+  m_Failures.Forget(taskId);
+  Report({{taskId, "Failed"}});
+}
+
+const char* RunBook::NoteEnd(Attempts& attempts, const std::optional<LatestRuns::Facts>& before) {
+  return attempts.HasBegun() ? NoteRunEnd(attempts) : NoteLeftOut(attempts, before);
+}
+
+const char* RunBook::NoteRunEnd(const Attempts& attempts) {
+  const AString& taskId = attempts.Entry().m_TaskId;
+  const LatestRuns::Ending ending{attempts.StartTime(), WallSeconds(), attempts.Succeeded(),
+                                  attempts.IsFinal(), attempts.Outcome()};
+  m_Latest.NoteEnd(taskId, ending);
+  if (ending.m_IsFinal) {
+    m_Failures.Note(taskId, {ending.m_Start, ending.m_End, ending.m_Reason});
+  } else {
+    m_Failures.Forget(taskId);
+  }
+  return ending.m_Succeeded || ending.m_IsFinal ? "Ok" : "Failed";
+}
+
+// Were it not finished to the scheduler, it would come again within the hour, later still.
+const char* RunBook::NoteLeftOut(Attempts& attempts,
+                                 const std::optional<LatestRuns::Facts>& before) {
+  const AString& taskId = attempts.Entry().m_TaskId;
+  NoteSkip(taskId, attempts.Outcome(), &attempts);
+  m_Latest.NoteLeftOut(taskId, before, attempts.Outcome(), WallSeconds());
+  if (const auto facts = m_Latest.Find(taskId); facts && facts->m_IsFinal) {
+    m_Failures.Note(taskId, {*facts->m_Start, *facts->m_End, facts->m_Reason});
+  }
+  return "Ok";
+}
+
+// As a group: the states of runs that end together are made safe together.
+void RunBook::Report(const States& states) {
+  if (states.empty()) {
+    return;
+  }
+  m_Failures.Save();  // first: else nobody would know of a failure if the agent ended in between
+  const AMsgGroup group;
+  for (const auto& [taskId, state] : states) {
+    m_Scheduler.Report(taskId, state);
+  }
+}
+
+}  // namespace NoxHandler

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "agent/handler/HandlerSettings.h"
+#include "agent/handler/run/Attempts.h"
+#include "agent/handler/run/FinalFailures.h"
+#include "agent/handler/run/LatestRuns.h"
+#include "agent/handler/task/StateReporter.h"
+#include "agent/handler/task/TaskBatch.h"
+
+#include <BaseSDK/AString.h>
+
+#include <map>
+#include <optional>
+
+namespace NoxHandler {
+
+/// Makes known what happens to the runs of tasks: in the log, in the output files, to whoever asks,
+/// to the next agent, and to the scheduler. [supervisor thread, but for Latest]
+class RunBook {
+ public:
+  /// Reads what an earlier agent has left of failures. `settings` is borrowed.
+  explicit RunBook(const HandlerSettings& settings);
+
+  /// What became of the tasks' runs. [any thread]
+  const LatestRuns& Latest() const { return m_Latest; }
+  /// The way to the scheduler.
+  StateReporter& Scheduler() { return m_Scheduler; }
+  const StateReporter& Scheduler() const { return m_Scheduler; }
+
+  /// How things stand with a run that is not over, whenever that has changed.
+  void NoteProgress(const Attempts& attempts);
+  /// It waits for one of too many others to end.
+  void NoteInLine(const Attempts& attempts);
+  /// A further start waits for the end of the task's run; `how` says until when.
+  void NoteQueued(const BaseSDK::AString& taskId, const char* how);
+  /// The scheduler has only read the task again: no start is lost.
+  void NoteEcho(const BaseSDK::AString& taskId, const BaseSDK::AString& why) const;
+  /// A start is left out. `attempts` is the task's run, null when there is none.
+  void NoteSkip(const BaseSDK::AString& taskId, const BaseSDK::AString& why, Attempts* attempts);
+  /// The task has no job that could be read.
+  void NoteNoJob(const BaseSDK::AString& taskId, const BaseSDK::AString& reason);
+
+  /// The states that the scheduler is to know of tasks, each "Ok" or "Failed".
+  using States = std::map<BaseSDK::AString, const char*>;
+  /// A run is over, or was left out before it began: returns the state. `before` is what was known
+  /// of the task before the run was handed over.
+  const char* NoteEnd(Attempts& attempts, const std::optional<LatestRuns::Facts>& before);
+  /// Tells the scheduler.
+  void Report(const States& states);
+
+ private:
+  const char* NoteRunEnd(const Attempts& attempts);
+  const char* NoteLeftOut(Attempts& attempts, const std::optional<LatestRuns::Facts>& before);
+  void RememberFailures();
+
+  const HandlerSettings& m_Settings;
+  LatestRuns m_Latest;
+  FinalFailures m_Failures;
+  StateReporter m_Scheduler;
+};
+
+}  // namespace NoxHandler

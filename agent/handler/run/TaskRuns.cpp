@@ -1,0 +1,268 @@
+#include "agent/handler/run/TaskRuns.h"
+
+#include "agent/handler/Log.h"
+#include "agent/handler/run/Leftovers.h"
+#include "agent/handler/task/ActivePeriod.h"
+
+#include <algorithm>
+#include <ctime>
+#include <exception>
+#include <iterator>
+#include <new>
+
+using BaseSDK::ALogger;
+using BaseSDK::AString;
+
+namespace NoxHandler {
+
+namespace {
+
+constexpr const char* HandlerEnds = "the command handler ends";
+
+}  // namespace
+
+TaskRuns::TaskRuns(const HandlerSettings& settings, const WaitClock& clock, RunBook& book)
+    : m_Settings(settings),
+      m_Clock(clock),
+      m_Book(book),
+      m_Records(settings.m_RecordPath, settings.m_MaxRuns) {}
+
+void TaskRuns::EndLeftovers() {
+  Leftovers::End(m_Records, m_Settings.m_KillGrace);
+}
+
+void TaskRuns::Dispatch(const TaskBatch::Entry& entry) {
+  const auto slot = m_Slots.find(entry.m_TaskId);
+  if (m_IsStopping) {
+    m_Book.NoteSkip(entry.m_TaskId, HandlerEnds,
+                    slot == m_Slots.end() ? nullptr : slot->second.m_Attempts.get());
+  } else if (slot != m_Slots.end()) {
+    DispatchToPresent(slot->second, entry);
+  } else if (entry.m_NeverRun && m_Book.Scheduler().HasKept(entry.m_TaskId)) {
+    LeaveOut(entry, "it has just run, and its state is yet to be recorded", nullptr);
+  } else {
+    m_Book.Scheduler().Cancel(entry.m_TaskId);
+    Admit(entry);
+  }
+}
+
+void TaskRuns::DispatchToPresent(Slot& slot, const TaskBatch::Entry& entry) {
+  if (!slot.m_Attempts->HasBegun()) {
+    LeaveOut(entry, "it is waiting to start already", &slot);
+    return;
+  }
+  switch (DecideOverlap(slot.m_Attempts->Overlap(), entry.m_NeverRun)) {
+    case OverlapRule::Skip:
+      LeaveOut(entry, "its previous run goes on", &slot);
+      break;
+    case OverlapRule::Queue:
+      Queue(slot, entry);
+      break;
+    case OverlapRule::Kill:
+      Replace(slot, entry);
+      break;
+  }
+}
+
+void TaskRuns::Queue(Slot& slot, const TaskBatch::Entry& entry) {
+  if (slot.m_Next) {
+    LeaveOut(entry, "its next run is waiting to start already", &slot);
+    return;
+  }
+  m_Book.NoteQueued(entry.m_TaskId, "starts after it");
+  slot.m_Next = entry;
+}
+
+void TaskRuns::Replace(Slot& slot, const TaskBatch::Entry& entry) {
+  if (slot.m_Next) {
+    m_Book.NoteSkip(entry.m_TaskId, "a later start takes its place", slot.m_Attempts.get());
+  }
+  m_Book.NoteQueued(entry.m_TaskId, "ending that one first");
+  slot.m_Next = entry;
+  slot.m_Attempts->End(Run::EndReason::Replaced);
+}
+
+void TaskRuns::LeaveOut(const TaskBatch::Entry& entry, const char* why, Slot* slot) {
+  if (entry.m_NeverRun) {
+    m_Book.NoteEcho(entry.m_TaskId, why);
+  } else {
+    m_Book.NoteSkip(entry.m_TaskId, why, slot != nullptr ? slot->m_Attempts.get() : nullptr);
+  }
+}
+
+void TaskRuns::Admit(const TaskBatch::Entry& entry) {
+  try {
+    Job job = Job::Load(m_Settings.JobFile(entry.m_TaskId));
+    Slot& slot = m_Slots[entry.m_TaskId];
+    slot.m_Attempts =
+        std::make_unique<Attempts>(entry, std::move(job), m_Settings, m_Records, m_Clock);
+    slot.m_Before = m_Book.Latest().Find(entry.m_TaskId);
+    if (slot.m_Attempts->IsReady()) {
+      LineUp(slot);
+    } else {
+      m_Book.NoteProgress(*slot.m_Attempts);
+    }
+  } catch (const std::bad_alloc&) {
+    Fail(entry.m_TaskId, "the agent has no memory left");
+  } catch (const std::exception& error) {
+    Fail(entry.m_TaskId, error.what());
+  }
+}
+
+void TaskRuns::Fail(const AString& taskId, const AString& reason) {
+  m_Slots.erase(taskId);
+  m_Book.NoteNoJob(taskId, reason);
+}
+
+// Begins the slot's attempt if its time has come, now or in its turn.
+void TaskRuns::LineUp(Slot& slot) {
+  if (slot.m_IsInLine || !slot.m_Attempts->IsReady()) {
+    return;
+  }
+  slot.m_IsInLine = true;
+  m_Line.push_back(slot.m_Attempts->Entry().m_TaskId);
+  BeginThoseInLine();
+  if (slot.m_IsInLine) {
+    m_Book.NoteInLine(*slot.m_Attempts);
+  }
+}
+
+void TaskRuns::BeginThoseInLine() {
+  while (!m_Line.empty() && m_Running < m_Settings.m_MaxRuns) {
+    const auto slot = m_Slots.find(m_Line.front());
+    m_Line.pop_front();
+    if (slot != m_Slots.end() && slot->second.m_Attempts->IsReady()) {
+      slot->second.m_IsInLine = false;
+      BeginAttempt(slot->second);
+    }
+  }
+}
+
+void TaskRuns::BeginAttempt(Slot& slot) {
+  Attempts& attempts = *slot.m_Attempts;
+  if (attempts.HasBegun()) {
+    attempts.Begin();
+  } else {
+    BeginFirst(attempts);
+  }
+  m_Running += attempts.IsRunning() ? 1U : 0U;
+  if (!attempts.IsOver()) {
+    m_Book.NoteProgress(attempts);
+  }
+}
+
+void TaskRuns::BeginFirst(Attempts& attempts) {
+  const TaskBatch::Entry& entry = attempts.Entry();
+  const bool asksForDocument = entry.m_KillAtEnd || attempts.AsksForDueTime();
+  const AString taskXml = asksForDocument ? m_Book.Scheduler().TaskXml(entry.m_TaskId) : AString();
+  if (const AString why = attempts.WhyTooLate(taskXml); !why.IsEmpty()) {
+    attempts.LeaveOut(why);
+    return;
+  }
+  if (entry.m_KillAtEnd) {
+    attempts.EndAt(ActivePeriod::EndFor(taskXml, std::time(nullptr)));
+  }
+  attempts.Begin();
+}
+
+void TaskRuns::BeginStop() {
+  m_IsStopping = true;
+  m_Line.clear();
+  for (auto it = m_Slots.begin(); it != m_Slots.end();) {
+    auto& [taskId, slot] = *it;
+    const bool hasBegun = slot.m_Attempts->HasBegun();
+    if (slot.m_Next || !hasBegun) {
+      m_Book.NoteSkip(taskId, HandlerEnds, slot.m_Attempts.get());
+      slot.m_Next.reset();
+    }
+    slot.m_Attempts->End(Run::EndReason::Shutdown);
+    it = hasBegun ? std::next(it) : m_Slots.erase(it);
+  }
+}
+
+void TaskRuns::AddHandles(std::vector<pollfd>& handles) {
+  for (auto& [taskId, slot] : m_Slots) {
+    slot.m_FirstHandle = handles.size();
+    slot.m_Attempts->AddHandles(handles);
+    slot.m_HandleCount = handles.size() - slot.m_FirstHandle;
+  }
+}
+
+std::optional<WaitClock::Moment::duration> TaskRuns::Rest() const {
+  std::optional<WaitClock::Moment::duration> least;
+  for (const auto& [taskId, slot] : m_Slots) {
+    if (const auto rest = slot.m_Attempts->Rest()) {
+      least = std::min(least.value_or(*rest), *rest);
+    }
+  }
+  return least;
+}
+
+std::optional<long> TaskRuns::PeriodEnd() const {
+  std::optional<long> first;
+  for (const auto& [taskId, slot] : m_Slots) {
+    if (const auto end = slot.m_Attempts->PeriodEnd()) {
+      first = std::min(first.value_or(*end), *end);
+    }
+  }
+  return first;
+}
+
+void TaskRuns::Advance(const std::vector<pollfd>& handles) {
+  std::vector<TaskBatch::Entry> next;
+  RunBook::States states;
+  for (auto it = m_Slots.begin(); it != m_Slots.end();) {
+    auto& [taskId, slot] = *it;
+    if (NeedsAdvance(slot, handles)) {
+      AdvanceSlot(slot);
+    }
+    if (!slot.m_Attempts->IsOver()) {
+      LineUp(slot);
+      ++it;
+      continue;
+    }
+    const char* const state = m_Book.NoteEnd(*slot.m_Attempts, slot.m_Before);
+    if (slot.m_Next) {
+      next.push_back(*slot.m_Next);  // the state on record is already that of this run: "Started"
+    } else {
+      states[taskId] = state;
+    }
+    it = m_Slots.erase(it);
+  }
+  m_Book.Report(states);
+  for (const TaskBatch::Entry& entry : next) {
+    Admit(entry);
+  }
+  BeginThoseInLine();
+}
+
+void TaskRuns::AdvanceSlot(Slot& slot) {
+  Attempts& attempts = *slot.m_Attempts;
+  const bool wasRunning = attempts.IsRunning();
+  attempts.Advance();
+  if (!wasRunning || attempts.IsRunning()) {
+    return;
+  }
+  --m_Running;
+  if (!attempts.IsOver()) {
+    m_Book.NoteProgress(attempts);
+  }
+}
+
+bool TaskRuns::NeedsAdvance(const Slot& slot, const std::vector<pollfd>& handles) {
+  const auto begin = handles.begin() + static_cast<std::ptrdiff_t>(slot.m_FirstHandle);
+  const auto end = begin + static_cast<std::ptrdiff_t>(slot.m_HandleCount);
+  return slot.m_Attempts->IsDue() ||
+         std::any_of(begin, end, [](const pollfd& handle) { return handle.revents != 0; });
+}
+
+void TaskRuns::GiveUp() {
+  for (const auto& [taskId, slot] : m_Slots) {
+    ALOG(HandlerLog(), ALogger::Error, HandlerSource,
+         AString("Cannot end the run of task '%1' (process %2): leaving it to the next start")
+             .Arg(taskId, DecimalText(slot.m_Attempts->Pid())));
+  }
+  m_Slots.clear();
+}
+
+}  // namespace NoxHandler
