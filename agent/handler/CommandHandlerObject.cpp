@@ -104,7 +104,7 @@ long CommandHandlerObject_i::GetJob(const AString& taskId, AString& text, AStrin
 }
 
 long CommandHandlerObject_i::DeleteJob(const AString& taskId, AString& problem) {
-  return AskJobs(taskId, problem, [&](JobStore& jobs) { return jobs.Delete(taskId); });
+  return AskJobs(taskId, problem, [&](const JobStore& jobs) { return jobs.Delete(taskId); });
 }
 
 long CommandHandlerObject_i::AskJobs(const AString& taskId, AString& problem,

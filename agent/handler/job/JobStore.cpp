@@ -125,9 +125,11 @@ void JobStore::Put(const AString& taskId, const AString& text) {
   const std::string bytes = text.ToUtf8();
   CheckText(fileName, bytes);
   TrustedFile::CheckDirectory("job file", m_Settings.m_JobPath);
-  const AMutexGuard guard(m_Lock);
-  if (const int error = Replace(taskId, bytes); error != 0) {
-    throw ChangeError("write", fileName, error);
+  {
+    const AMutexGuard guard(m_Lock);
+    if (const int error = Replace(taskId, bytes); error != 0) {
+      throw ChangeError("write", fileName, error);
+    }
   }
   if (const int error = FlushDirectory(m_Settings.m_JobPath); error != 0) {
     throw ChangeError("make safe from a power cut", fileName, error);
@@ -158,10 +160,9 @@ std::optional<AString> JobStore::Get(const AString& taskId) const {
   return bytes.has_value() ? std::optional(BaseSDK::AUtf8Encoding().Decode(*bytes)) : std::nullopt;
 }
 
-bool JobStore::Delete(const AString& taskId) {
+bool JobStore::Delete(const AString& taskId) const {
   CheckTaskId(taskId);
   const AString fileName = m_Settings.JobFile(taskId);
-  const AMutexGuard guard(m_Lock);
   if (unlink(fileName.ToUtf8().c_str()) != 0) {
     if (errno == ENOENT) {
       return false;

@@ -28,7 +28,7 @@ class JobStore {
   /// The text as it stands; nothing when the task has no job.
   std::optional<BaseSDK::AString> Get(const BaseSDK::AString& taskId) const;
   /// False when the task has no job.
-  bool Delete(const BaseSDK::AString& taskId) NOX_EXCLUDES(m_Lock);
+  bool Delete(const BaseSDK::AString& taskId) const;
 
  private:
   void RemoveLeftovers() const;
@@ -36,7 +36,7 @@ class JobStore {
   BaseSDK::AString NewFile(const BaseSDK::AString& taskId) const;
 
   const HandlerSettings m_Settings;
-  BaseSDK::AMutex m_Lock;  ///< one change at a time; a leaf
+  BaseSDK::AMutex m_Lock;  ///< one job is written at a time; a leaf
 };
 
 }  // namespace NoxHandler
