@@ -74,7 +74,7 @@ CronRefusal RefusalOfBoth() {
       "the day of the month and the weekday must both match, for one of them begins with \"*\", "
       "and no rule of a task says that",
       "name only the one, and have the command look for the other, such as "
-      "[ \"$(date +%u)\" = 1 ] && ... for Mondays"};
+      "[ \"$(date +\\%u)\" = 1 ] && ... for Mondays"};
 }
 
 CronRefusal RefusalOfNoDay() {
