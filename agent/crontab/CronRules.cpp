@@ -104,13 +104,13 @@ std::variant<DayRules, CronRefusal> MakeDayRules(const CronExpression& expressio
 }  // namespace
 
 std::variant<std::vector<StartRule>, CronRefusal> MakeCronRules(const CronExpression& expression,
-                                                                bool clocksChange) {
+                                                                long cuts) {
   const auto days = MakeDayRules(expression);
   if (const auto* const refusal = std::get_if<CronRefusal>(&days)) {
     return *refusal;
   }
   const DayRules& dayRules = std::get<DayRules>(days);
-  const auto runs = DivideDay(expression.Minutes(), expression.Hours(), clocksChange);
+  const auto runs = DivideDay(expression.Minutes(), expression.Hours(), cuts);
   if (const std::size_t count = runs.size() * dayRules.size(); count > MostCronRules) {
     return CronRefusal{"it takes " + std::to_string(count) + " rules, and a task may have " +
                            std::to_string(MostCronRules),

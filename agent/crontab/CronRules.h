@@ -16,9 +16,9 @@ constexpr std::size_t MostCronRules = 300;
 /// The rules by which a task runs in the minutes of a crontab line; several may have the same
 /// minute, in which the task then runs once. Or the reason why no rules say that.
 ///
-/// `clocksChange`: whether the clocks of the task's zone will ever be set, so that repetitions must
-/// not go from one hour into the next. Days on which they are set are as docs/crontab.md says.
+/// `cuts` are the hours at which the clocks of the task's zone are set (FindHourCuts). What happens
+/// on days on which they are is in docs/crontab.md.
 std::variant<std::vector<StartRule>, CronRefusal> MakeCronRules(const CronExpression& expression,
-                                                                bool clocksChange);
+                                                                long cuts);
 
 }  // namespace NoxAgent

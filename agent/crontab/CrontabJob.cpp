@@ -146,7 +146,7 @@ std::variant<std::string, CronRefusal> MakeCrontabJob(const CrontabTask& task) {
   }
   text += task.m_Environment.empty() ? "" : "\n[Environment]\n";
   for (const auto& [name, value] : task.m_Environment) {
-    text += name + " = " + value + "\n";
+    text.append(name).append(" = ").append(value).append("\n");
   }
   if (text.size() > LargestJob) {
     return CronRefusal{"its job would be larger than 64 KiB", "put the command into a script"};

@@ -93,16 +93,29 @@ void AddRuns(const Progression& minutes, const Progression& hours, std::vector<D
   }
 }
 
+// The hours up to the next cut, taken off `hours`.
+std::uint64_t TakeUncut(std::uint64_t& hours, long cuts) {
+  int hour = 0;
+  while (!IsIn(hours, hour)) {
+    ++hour;
+  }
+  std::uint64_t taken = 0;
+  do {
+    taken |= hours & std::uint64_t{1} << hour;
+    ++hour;
+  } while (hour < MostNumbers && !IsIn(static_cast<std::uint64_t>(cuts), hour));
+  hours &= ~taken;
+  return taken;
+}
+
 }  // namespace
 
-std::vector<DayRun> DivideDay(std::uint64_t minutes, long hours, bool holdHours) {
+std::vector<DayRun> DivideDay(std::uint64_t minutes, long hours, long cuts) {
   std::vector<DayRun> runs;
-  const auto hourParts = SplitIntoProgressions(static_cast<std::uint64_t>(hours));
-  for (const Progression& minutePart : SplitIntoProgressions(minutes)) {
-    for (const Progression& hourPart : hourParts) {
-      if (holdHours) {
-        AddRunPerHour(minutePart, hourPart, runs);
-      } else {
+  const auto minuteParts = SplitIntoProgressions(minutes);
+  for (auto rest = static_cast<std::uint64_t>(hours); rest != 0;) {
+    for (const Progression& hourPart : SplitIntoProgressions(TakeUncut(rest, cuts))) {
+      for (const Progression& minutePart : minuteParts) {
         AddRuns(minutePart, hourPart, runs);
       }
     }

@@ -15,10 +15,8 @@ struct DayRun {
 };
 
 /// Each of the minutes in each of the hours (masks as those of CronExpression), as few runs of
-/// equal distance as are easily found. None of them goes past midnight, and no run is in two.
-///
-/// A repetition counts time that has elapsed. With `holdHours` none goes from one hour into the
-/// next, so that all hours hold also on days on which the clocks change.
-std::vector<DayRun> DivideDay(std::uint64_t minutes, long hours, bool holdHours);
+/// equal distance as are easily found. None of them goes past midnight, nor from one hour into the
+/// next where `cuts` has the latter (FindHourCuts), and no minute is in two.
+std::vector<DayRun> DivideDay(std::uint64_t minutes, long hours, long cuts);
 
 }  // namespace NoxAgent

@@ -30,10 +30,10 @@ std::string Written(const DayRun& run) {
   return text;
 }
 
-std::string Divided(const std::string& times, bool holdHours) {
+std::string Divided(const std::string& times, long cuts) {
   const CronExpression expression = Expression(times + " * * *");
   std::string text;
-  for (const DayRun& run : DivideDay(expression.Minutes(), expression.Hours(), holdHours)) {
+  for (const DayRun& run : DivideDay(expression.Minutes(), expression.Hours(), cuts)) {
     text += (text.empty() ? "" : " ") + Written(run);
   }
   return text;
@@ -57,25 +57,28 @@ std::vector<int> RunsOfMinutes(const std::vector<DayRun>& runs) {
 }  // namespace
 
 TEST(DayRuns, AreFewWhereTheClocksStay) {
-  EXPECT_EQ("03:30", Divided("30 3", false));
-  EXPECT_EQ("00:00/10-1430", Divided("*/10 *", false));
-  EXPECT_EQ("00:00/1-1439", Divided("* *", false));
-  EXPECT_EQ("00:05/10-1430", Divided("5-59/10 *", false));
-  EXPECT_EQ("08:00/10-590", Divided("*/10 8-17", false));
-  EXPECT_EQ("00:00/120-1320", Divided("0 */2", false));
-  EXPECT_EQ("00:15/60-1380", Divided("15 *", false));
-  EXPECT_EQ("00:00/60-360 22:00/60-60", Divided("0 22-23,0-6", false));
-  EXPECT_EQ("00:00/60-1380 00:05/60-1380 00:10/60-1380 00:30/60-1380",
-            Divided("0,5,10,30 *", false));
-  EXPECT_EQ("08:00/5-10 08:30", Divided("0,5,10,30 8", false));
-  EXPECT_EQ("08:00/7-56 17:00/7-56", Divided("*/7 8,17", false));
+  EXPECT_EQ("03:30", Divided("30 3", 0));
+  EXPECT_EQ("00:00/10-1430", Divided("*/10 *", 0));
+  EXPECT_EQ("00:00/1-1439", Divided("* *", 0));
+  EXPECT_EQ("00:05/10-1430", Divided("5-59/10 *", 0));
+  EXPECT_EQ("08:00/10-590", Divided("*/10 8-17", 0));
+  EXPECT_EQ("00:00/120-1320", Divided("0 */2", 0));
+  EXPECT_EQ("00:15/60-1380", Divided("15 *", 0));
+  EXPECT_EQ("00:00/60-360 22:00/60-60", Divided("0 22-23,0-6", 0));
+  EXPECT_EQ("00:00/60-1380 00:05/60-1380 00:10/60-1380 00:30/60-1380", Divided("0,5,10,30 *", 0));
+  EXPECT_EQ("08:00/5-10 08:30", Divided("0,5,10,30 8", 0));
+  EXPECT_EQ("08:00/7-56 17:00/7-56", Divided("*/7 8,17", 0));
 }
 
-TEST(DayRuns, StayInTheirHourWhereTheClocksChange) {
-  EXPECT_EQ("03:30", Divided("30 3", true));
-  EXPECT_EQ("08:00/10-50 09:00/10-50", Divided("*/10 8-9", true));
-  EXPECT_EQ("00:00 12:00", Divided("0 */12", true));
-  EXPECT_EQ("08:00/5-10 09:00/5-10 08:30 09:30", Divided("0,5,10,30 8,9", true));
+TEST(DayRuns, EndWhereTheClocksChange) {
+  constexpr long TwoAndThree = 1 << 2 | 1 << 3;
+  EXPECT_EQ("03:30", Divided("30 3", TwoAndThree));
+  EXPECT_EQ("00:00/10-110 02:00/10-50 03:00/10-1250", Divided("*/10 *", TwoAndThree));
+  EXPECT_EQ("00:00/60-60 02:00 03:00/60-1200", Divided("0 *", TwoAndThree));
+  EXPECT_EQ("08:00/10-110", Divided("*/10 8-9", TwoAndThree));
+  EXPECT_EQ("00:00 02:00 04:00/120-1080", Divided("0 */2", TwoAndThree));
+  EXPECT_EQ("01:00 02:00", Divided("0 1-2", TwoAndThree));
+  EXPECT_EQ("01:00/60-60", Divided("0 1-2", 1 << 1));
 }
 
 TEST(DayRuns, HaveEachMinuteOnce) {
@@ -91,9 +94,9 @@ TEST(DayRuns, HaveEachMinuteOnce) {
       expected.push_back(
           static_cast<int>((minutes >> minute % 60 & 1) != 0 && (hours >> minute / 60 & 1) != 0));
     }
-    for (const bool holdHours : {false, true}) {
-      ASSERT_EQ(expected, RunsOfMinutes(DivideDay(minutes, hours, holdHours)))
-          << "minutes " << minutes << " hours " << hours;
+    for (const long cuts : {0L, 0xCL, 0xFFFFFFL}) {
+      ASSERT_EQ(expected, RunsOfMinutes(DivideDay(minutes, hours, cuts)))
+          << "minutes " << minutes << " hours " << hours << " cuts " << cuts;
     }
   }
 }
