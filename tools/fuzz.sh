@@ -11,7 +11,7 @@ if [[ ${1:-} =~ ^[0-9]+$ ]]; then
   shift
 fi
 targets=("$@")
-[[ $# -gt 0 ]] || targets=(task-document trigger batch ini request)
+[[ $# -gt 0 ]] || targets=(task-document trigger batch ini crontab request)
 
 cmake --preset fuzz
 cmake --build --preset fuzz --target "${targets[@]/#/fuzz-}"
