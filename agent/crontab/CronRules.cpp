@@ -13,6 +13,7 @@ namespace {
 constexpr long AllDaysOfMonth = 0x7FFFFFFF;
 constexpr long AllMonths = 0xFFF;
 constexpr long AllDaysOfWeek = 0x7F;
+constexpr int DaysOfAWeek = 7;
 constexpr std::array<int, 12> LongestMonths = {31, 29, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
 
 using DayRules = std::vector<TriggerRule>;
@@ -69,12 +70,18 @@ bool AddWeekdays(const CronExpression& expression, long daysOfMonth, DayRules& r
   return daysOfMonth == 0;
 }
 
-CronRefusal RefusalOfBoth() {
+CronRefusal RefusalOfBoth(const CronExpression& expression) {
+  std::string weekdays;
+  for (int weekday = 0; weekday < DaysOfAWeek; ++weekday) {
+    if (HasBit(expression.DaysOfWeek(), weekday)) {
+      weekdays += (weekdays.empty() ? "" : "|") + std::to_string(weekday);
+    }
+  }
   return {
       "the day of the month and the weekday must both match, for one of them begins with \"*\", "
       "and no rule of a task says that",
-      "name only the one, and have the command look for the other, such as "
-      "[ \"$(date +\\%u)\" = 1 ] && ... for Mondays"};
+      "write * for the weekday, and have the command look for it: case $(date +\\%w) in " +
+          weekdays + ") COMMAND;; esac"};
 }
 
 CronRefusal RefusalOfNoDay() {
@@ -93,7 +100,7 @@ std::variant<DayRules, CronRefusal> MakeDayRules(const CronExpression& expressio
   } else if (isAnyWeekday) {
     AddDates(expression, expression.DaysOfMonth(), rules);
   } else if (!AddWeekdays(expression, expression.DaysOfMonth(), rules)) {
-    return RefusalOfBoth();
+    return RefusalOfBoth(expression);
   }
   if (rules.empty()) {
     return RefusalOfNoDay();

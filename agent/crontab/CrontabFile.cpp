@@ -35,6 +35,14 @@ std::optional<CronRefusal> FaultOfText(std::string_view line) {
                 : std::optional(CronRefusal{"the line is not UTF-8", "write it in UTF-8"});
 }
 
+bool IsSameZone(std::string_view one, std::string_view other) {
+  // Etc/UTC is what machines are set to, UTC what people write.
+  constexpr std::string_view Area = "Etc/";
+  one.remove_prefix(one.starts_with(Area) ? Area.size() : 0);
+  other.remove_prefix(other.starts_with(Area) ? Area.size() : 0);
+  return one == other;
+}
+
 // The command ends at the first "%"; what follows is its input, where each "%" ends a line. "\%" is
 // a "%" in both.
 void SplitCommand(std::string_view text, CrontabTask& task) {
@@ -128,7 +136,8 @@ class CrontabReader {
                  : CronRefusal{"there is no command", "write one behind the times"};
     }
     const auto zone = m_Environment.find(ZoneSetting);
-    if (zone == m_Environment.end() || zone->second.empty() || zone->second == m_Origin.m_Zone) {
+    if (zone == m_Environment.end() || zone->second.empty() ||
+        IsSameZone(zone->second, m_Origin.m_Zone)) {
       return std::nullopt;
     }
     return CronRefusal{"line " + std::to_string(m_ZoneLine) + " sets CRON_TZ to " + zone->second +

@@ -87,6 +87,10 @@ TEST(CronRules, NameDatesAndWeekdaysThatMustBothMatchOnlyInWholeWeeks) {
       "and no rule of a task says that";
   EXPECT_THAT(RulesOf("0 3 */2 * 1"), ElementsAre(reason));
   EXPECT_THAT(RulesOf("0 3 1-7 * */7"), ElementsAre(reason));
+  EXPECT_EQ(
+      "write * for the weekday, and have the command look for it: case $(date +\\%w) in 1|5) "
+      "COMMAND;; esac",
+      std::get<CronRefusal>(MakeCronRules(Expression("0 3 */2 * 1,5"), 0)).m_Advice);
   EXPECT_THAT(RulesOf("0 3 7-13 * */7"), ElementsAre("week 2 1 of 4095 at 180"));
   EXPECT_THAT(
       RulesOf("0 3 1-13,28-31 * */7"),

@@ -148,6 +148,11 @@ TEST(CrontabFile, RefusesTasksOfAnotherZone) {
                   "set CRON_TZ=", "@daily | ada | c"));
 }
 
+TEST(CrontabFile, KnowsTheZoneOfMachinesWithoutOne) {
+  EXPECT_THAT(ReadLines("CRON_TZ=UTC\n@daily a", {false, "ada", "Etc/UTC"}),
+              ElementsAre("set CRON_TZ=UTC", "@daily | ada | a"));
+}
+
 TEST(CrontabFile, RefusesWhatIsNoText) {
   EXPECT_THAT(
       ReadLines("@daily a\r\n\r\n# c\r\n@daily a\x01\n@daily caf\xe9\n@daily caf\xc3\xa9\n"),
