@@ -40,22 +40,10 @@ std::variant<std::string_view, CronRefusal> FieldsOf(const CrontabWord& nickname
       "write @yearly, @annually, @monthly, @weekly, @daily, @midnight, @hourly or five fields"};
 }
 
-}  // namespace
+using Fields = std::array<CronField, FieldCount>;
 
-std::variant<CronExpression, CronRefusal> CronExpression::Parse(std::string_view text,
-                                                                std::size_t column) {
-  CrontabWords words(text, column);
-  if (words.Rest().m_Text.substr(0, 1) == "@") {
-    const auto fields = FieldsOf(words.Next());
-    if (const auto* const refusal = std::get_if<CronRefusal>(&fields)) {
-      return *refusal;
-    }
-    if (const CrontabWord rest = words.Rest(); !rest.m_Text.empty()) {
-      return CronRefusal{"nothing is expected in column " + std::to_string(rest.m_Column), {}};
-    }
-    words = CrontabWords(std::get<std::string_view>(fields));
-  }
-  std::array<CronField, FieldCount> fields;
+std::variant<Fields, CronRefusal> ReadFields(CrontabWords words) {
+  Fields fields;
   for (std::size_t i = 0; i < FieldCount; ++i) {
     const CrontabWord word = words.Next();
     if (word.m_Text.empty()) {
@@ -73,7 +61,31 @@ std::variant<CronExpression, CronRefusal> CronExpression::Parse(std::string_view
         "nothing is expected in column " + std::to_string(rest.m_Column) + ", behind five fields",
         {}};
   }
-  const auto& [minute, hour, day, month, weekday] = fields;
+  return fields;
+}
+
+std::variant<Fields, CronRefusal> ReadNickname(CrontabWords words) {
+  const auto meaning = FieldsOf(words.Next());
+  if (const auto* const refusal = std::get_if<CronRefusal>(&meaning)) {
+    return *refusal;
+  }
+  if (const CrontabWord rest = words.Rest(); !rest.m_Text.empty()) {
+    return CronRefusal{"nothing is expected in column " + std::to_string(rest.m_Column), {}};
+  }
+  return ReadFields(CrontabWords(std::get<std::string_view>(meaning)));
+}
+
+}  // namespace
+
+std::variant<CronExpression, CronRefusal> CronExpression::Parse(std::string_view text,
+                                                                std::size_t column) {
+  CrontabWords words(text, column);
+  const bool isNickname = words.Rest().m_Text.substr(0, 1) == "@";
+  const auto fields = isNickname ? ReadNickname(words) : ReadFields(words);
+  if (const auto* const refusal = std::get_if<CronRefusal>(&fields)) {
+    return *refusal;
+  }
+  const auto& [minute, hour, day, month, weekday] = std::get<Fields>(fields);
   CronExpression expression;
   expression.m_Minutes = minute.m_Numbers;
   expression.m_Hours = static_cast<long>(hour.m_Numbers);

@@ -18,7 +18,7 @@ constexpr std::array<int, 12> LongestMonths = {31, 29, 31, 30, 31, 30, 31, 31, 3
 
 using DayRules = std::vector<TriggerRule>;
 
-long DaysOfWeekNumber(long week) {
+long DatesOfWeek(long week) {
   // Week 1 is the 1st to the 6th, week 2 begins with the 7th; the last one has what is left.
   const long first = week == 1 ? 1 : (week - 1) * 7;
   const long behind = week == TriggerRule::LastWeek ? 32 : week * 7;
@@ -61,7 +61,7 @@ bool AddWeekdays(const CronExpression& expression, long daysOfMonth, DayRules& r
   rule.m_Type = TriggerRule::MonthlyByWeekday;
   rule.m_MonthsOfYear = expression.MonthsOfYear();
   for (rule.m_Week = 1; rule.m_Week <= TriggerRule::LastWeek; ++rule.m_Week) {
-    const long days = DaysOfWeekNumber(rule.m_Week);
+    const long days = DatesOfWeek(rule.m_Week);
     if ((daysOfMonth & days) == days) {
       rules.push_back(rule);
       daysOfMonth &= ~days;

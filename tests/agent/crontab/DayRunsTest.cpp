@@ -90,6 +90,7 @@ TEST(DayRuns, HaveEachMinuteOnce) {
     }
     const long hours = static_cast<long>((random() & random()) >> 40);
     std::vector<int> expected;
+    expected.reserve(MinutesOfADay);
     for (int minute = 0; minute < MinutesOfADay; ++minute) {
       expected.push_back(
           static_cast<int>((minutes >> minute % 60 & 1) != 0 && (hours >> minute / 60 & 1) != 0));
