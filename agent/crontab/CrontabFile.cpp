@@ -13,6 +13,8 @@ namespace {
 
 constexpr int TimeFields = 5;
 constexpr const char* ZoneSetting = "CRON_TZ";
+// What commands and times have in them.
+constexpr std::string_view NoUserCharacters = "/:*\"'`$()[]{}&|;<>\\=%,";
 
 // Why a line is no text that a job file could hold.
 std::optional<CronRefusal> FaultOfText(std::string_view line) {
@@ -130,6 +132,11 @@ class CrontabReader {
   }
 
   std::optional<CronRefusal> FaultOf(const CrontabTask& task) const {
+    if (m_Origin.m_HasUserColumn &&
+        task.m_User.find_first_of(NoUserCharacters) != std::string::npos) {
+      return CronRefusal{"\"" + task.m_User + "\" is no name of a user",
+                         "write a user before the command, or read it as the crontab of one user"};
+    }
     if (task.m_Command.find_first_not_of(CrontabBlanks) == std::string::npos) {
       return m_Origin.m_HasUserColumn
                  ? CronRefusal{"there is no command", "write a user and a command behind the times"}

@@ -74,6 +74,12 @@ TEST(CrontabFile, TakesTheUserOfTheLineInASystemsCrontab) {
                           "@weekly | www-data | /usr/bin/php x"));
 }
 
+TEST(CrontabFile, TellsThatThereIsNoUserInASystemsCrontab) {
+  EXPECT_THAT(ReadLines("0 5 * * * /usr/bin/backup --full\n0 0 5 * * * root backup\n", System),
+              ElementsAre("refused: \"/usr/bin/backup\" is no name of a user",
+                          "refused: \"*\" is no name of a user"));
+}
+
 TEST(CrontabFile, WantsACommand) {
   EXPECT_THAT(
       ReadLines("0 5 * * *\n0 5 * * *  \n@daily\n0 5 * *\n0 5 * * * %x\n"),
