@@ -129,6 +129,9 @@ Words ValuesOf(const std::string& name, const CommandContext& context) {
   if (name == "DIR") {
     return {":directories"};
   }
+  if (name == "FORMAT") {
+    return {"crontab"};
+  }
   if (name == "KIND") {
     return {"0", "1", "2", "4", "5", "6", "7", "10"};
   }

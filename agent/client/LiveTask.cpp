@@ -31,6 +31,11 @@ std::optional<long> ReadingOf(const Json& status) {
   return reading == nullptr ? std::nullopt : std::optional(reading->Long());
 }
 
+void SetZone(LiveTask& task, const Json& status) {
+  task.m_Zone = status.Text("zone", "");
+  task.m_ZoneName = status.Text("zoneName", task.m_Zone);
+}
+
 }  // namespace
 
 std::string LiveTask::ReadingText() const {
@@ -42,8 +47,7 @@ LiveTask ReadLiveTask(AgentApi& agent, const std::string& id) {
   task.m_AskedAt = std::time(nullptr);
   const Json status = agent.Status();
   task.m_Gate = GateOf(status);
-  task.m_Zone = status.Text("zone", "");
-  task.m_ZoneName = status.Text("zoneName", task.m_Zone);
+  SetZone(task, status);
   task.m_Reading = ReadingOf(status);
   task.m_Run = ReadHandlerRun(agent.LatestRun(id));
   if (const auto report = agent.TaskAttributes(id)) {
@@ -51,6 +55,19 @@ LiveTask ReadLiveTask(AgentApi& agent, const std::string& id) {
                      task.IsRunning()};
   }
   return task;
+}
+
+std::optional<LiveTask> ReadAgentsZone(AgentApi& agent, bool mayBeAway) {
+  try {
+    LiveTask task;
+    SetZone(task, agent.Status());
+    return task;
+  } catch (const CommandError& error) {
+    if (mayBeAway && error.Code() == ExitCode::Unreachable) {
+      return std::nullopt;
+    }
+    throw;
+  }
 }
 
 void BeginAsAgent(const LiveTask& task, long moment, SimulationRequest& request) {

@@ -31,6 +31,10 @@ struct LiveTask {
 
 LiveTask ReadLiveTask(AgentApi& agent, const std::string& id);  ///< as it is now
 
+/// Of the agent no more than what a ZoneInForce is chosen by. Nothing when the agent cannot be
+/// reached and `mayBeAway`.
+std::optional<LiveTask> ReadAgentsZone(AgentApi& agent, bool mayBeAway);
+
 /// Sets up the request, which has one task, so that the simulation begins in the state in which the
 /// agent's scheduler is and looks at `moment`. For a moment that has passed it goes by the document
 /// alone. If the scheduler has not read the task's file yet, the simulation looks no earlier than

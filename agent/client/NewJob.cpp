@@ -89,6 +89,7 @@ std::string WriteJob(const NewJob& job) {
   text.Add("directory", job.m_Directory);
   text.Add("timeout", job.m_Timeout);
   text.Add("overlap", job.m_Overlap);
+  text.Add("retry", job.m_Retry);
   for (const std::string& key : job.m_Keys) {
     text.AddPair("--set", key);
   }

@@ -9,6 +9,7 @@ namespace NoxAgent {
 struct NewJob {
   std::vector<std::string> m_Command;  ///< the program and its arguments
   std::string m_User, m_Directory, m_Timeout, m_Overlap;
+  std::string m_Retry = "never";
   std::vector<std::string> m_Keys;       ///< "KEY=VALUE", any other key of a job
   std::vector<std::string> m_Variables;  ///< "NAME=VALUE"
 };

@@ -1,6 +1,7 @@
 #include "agent/crontab/CrontabJob.h"
 
 #include "agent/crontab/CrontabWords.h"
+#include "agent/handler/job/Words.h"
 
 #include <algorithm>
 #include <array>
@@ -45,19 +46,6 @@ bool IsPlain(const std::string& command) {
          program.find('=') == std::string_view::npos &&
          (program[0] == '/' || program.find('/') == std::string_view::npos) &&
          std::find(ShellWords.begin(), ShellWords.end(), program) == ShellWords.end();
-}
-
-// One word in the arguments of a job.
-std::string QuotedWord(const std::string& word) {
-  if (word.find('\'') == std::string::npos) {
-    return "'" + word + "'";
-  }
-  std::string quoted = "\"";
-  for (const char character : word) {
-    quoted += character == '"' || character == '\\' ? "\\" : "";
-    quoted += character;
-  }
-  return quoted + "\"";
 }
 
 // As the value of the job's key "input".
@@ -118,7 +106,8 @@ std::string CommandLines(const CrontabTask& task) {
   const auto setting = task.m_Environment.find("SHELL");
   const std::string shell = setting == task.m_Environment.end() ? DefaultShell : setting->second;
   if (!IsUsualShell(task, shell) || !IsPlain(task.m_Command)) {
-    return "command = " + shell + "\narguments = -c " + QuotedWord(task.m_Command) + "\n";
+    return "command = " + shell + "\narguments = " + NoxHandler::JoinWords({"-c", task.m_Command}) +
+           "\n";
   }
   CrontabWords words(task.m_Command);
   std::string lines = "command = " + std::string(words.Next().m_Text) + "\n";
@@ -144,6 +133,7 @@ std::variant<std::string, CronRefusal> MakeCrontabJob(const CrontabTask& task) {
   if (task.m_Input && !task.m_Input->empty()) {
     text += "input = " + WrittenInput(*task.m_Input) + "\n";
   }
+  text += "retry = never\n";
   text += task.m_Environment.empty() ? "" : "\n[Environment]\n";
   for (const auto& [name, value] : task.m_Environment) {
     text.append(name).append(" = ").append(value).append("\n");

@@ -9,29 +9,40 @@ namespace {
 
 using Days = PhraseRule::Days;
 
+TriggerRule MonthDaysTrigger(long days, long months) {
+  TriggerRule trigger;
+  trigger.m_Type = TriggerRule::MonthlyByDate;
+  trigger.m_DaysOfMonth = days;
+  trigger.m_MonthsOfYear = months;
+  return trigger;
+}
+
+TriggerRule MonthWeekTrigger(const PhraseRule& rule) {
+  TriggerRule trigger;
+  trigger.m_Type = TriggerRule::MonthlyByWeekday;
+  trigger.m_DaysOfWeek = rule.m_Weekdays;
+  trigger.m_Week = rule.m_Week;
+  trigger.m_MonthsOfYear = rule.m_Months;
+  return trigger;
+}
+
 TriggerRule TriggerOf(const PhraseRule& rule) {
   TriggerRule trigger;
+  const bool hasMonths = rule.m_Months != PhraseRule::AllMonths;
   switch (rule.m_Days) {
     case Days::EveryDays:
       trigger.m_Type = TriggerRule::Daily;
       trigger.m_DaysInterval = rule.m_Count;
-      return trigger;
+      return hasMonths ? MonthDaysTrigger(PhraseRule::AllMonthDays, rule.m_Months) : trigger;
     case Days::EveryWeeks:
       trigger.m_Type = TriggerRule::Weekly;
       trigger.m_WeeksInterval = rule.m_Count;
       trigger.m_DaysOfWeek = rule.m_Weekdays;
-      return trigger;
+      return hasMonths ? MonthWeekTrigger(rule) : trigger;
     case Days::MonthDays:
-      trigger.m_Type = TriggerRule::MonthlyByDate;
-      trigger.m_DaysOfMonth = rule.m_MonthDays;
-      trigger.m_MonthsOfYear = rule.m_Months;
-      return trigger;
+      return MonthDaysTrigger(rule.m_MonthDays, rule.m_Months);
     default:
-      trigger.m_Type = TriggerRule::MonthlyByWeekday;
-      trigger.m_DaysOfWeek = rule.m_Weekdays;
-      trigger.m_Week = rule.m_Week;
-      trigger.m_MonthsOfYear = rule.m_Months;
-      return trigger;
+      return MonthWeekTrigger(rule);
   }
 }
 
@@ -44,7 +55,15 @@ bool DayChoice::Selects(long day) const {
   if (IsCounted() || m_Rule.m_Days == Days::Ordinal) {
     return WordedRule(m_Trigger, m_FirstDay, m_Calendar).Selects(day);
   }
-  return SchedulerTrigger::MasksSelect(m_Trigger, m_Calendar.DateOf(day));
+  const LocalCalendar::Date date = m_Calendar.DateOf(day);
+  if (IsOfEachWeek()) {
+    return HasBit(m_Rule.m_Weekdays, date.m_Weekday) && HasBit(m_Rule.m_Months, date.m_Month);
+  }
+  return SchedulerTrigger::MasksSelect(m_Trigger, date);
+}
+
+bool DayChoice::IsOfEachWeek() const {
+  return m_Rule.m_Days == Days::EveryWeeks && m_Rule.m_Months != PhraseRule::AllMonths;
 }
 
 }  // namespace NoxAgent

@@ -19,8 +19,11 @@ class DayChoice {
   /// Whether days are counted, so that it matters which one is the first.
   bool IsCounted() const { return m_Rule.m_Count > 1; }
   /// A trigger for these days without begin, end and repetition; of an Ordinal that of its week,
-  /// which has some of the days and may have others.
+  /// which has some of the days and may have others; of weekdays in some months that of the first
+  /// week.
   const TriggerRule& Trigger() const { return m_Trigger; }
+  /// Weekdays in some months, which take a trigger for each week of the month.
+  bool IsOfEachWeek() const;
 
  private:
   const PhraseRule& m_Rule;

@@ -18,7 +18,7 @@ constexpr std::array<Grammar::Rule, 7> Rules{{
     {"ONCE",
      "once (DATE=moment [CLOCK=momentclock] | at CLOCK=nextclock | in DURATION=delay) [REPEAT]"},
     {"DAYS",
-     "daily | WEEKDAYS | every COUNT days | every COUNT weeks on WEEKDAYS | "
+     "(daily | WEEKDAYS) [in MONTHS] | every COUNT days | every COUNT weeks on WEEKDAYS | "
      "monthly on (MONTHDAYS | ORDINAL WEEKDAYS | week WEEK WEEKDAYS) [in MONTHS]"},
     {"REPEAT",
      "every DURATION=step (for DURATION | until CLOCK) [then stop] | "

@@ -7,7 +7,7 @@ namespace NoxAgent {
 namespace {
 
 using Days = PhraseRule::Days;
-using Rules = std::vector<PhraseRule>;
+using RuleList = std::vector<PhraseRule>;
 
 class Proposals {
  public:
@@ -15,11 +15,11 @@ class Proposals {
             const LocalCalendar& calendar)
       : m_Triggers(triggers), m_First(triggers.front()), m_Next(next), m_Calendar(calendar) {}
 
-  Rules All() const {
+  RuleList All() const {
     if (m_First.m_Type == TriggerRule::Once) {
       return {Once()};
     }
-    Rules all;
+    RuleList all;
     for (const PhraseRule& days : DaysProposals()) {
       for (const PhraseRule& times : TimesProposals(days)) {
         AddSpans(times, all);
@@ -74,18 +74,28 @@ class Proposals {
     return rule;
   }
 
-  Rules DaysProposals() const {
-    Rules all;
+  RuleList DaysProposals() const {
+    RuleList all;
     const PhraseRule plain = Plain();
     if (plain.m_Days == Days::MonthWeek) {
       AddOrdinals(plain, all);
+      PhraseRule eachWeek = plain;
+      eachWeek.m_Days = Days::EveryWeeks;
+      eachWeek.m_Week = 1;
+      all.push_back(eachWeek);
+    }
+    if (plain.m_Days == Days::MonthDays && plain.m_MonthDays == PhraseRule::AllMonthDays) {
+      PhraseRule daily = plain;
+      daily.m_Days = Days::EveryDays;
+      daily.m_MonthDays = 0;
+      all.push_back(daily);
     }
     all.push_back(plain);
     return all;
   }
 
   // One trigger for each of several weeks and years: the first Monday is in week 1 or 2.
-  void AddOrdinals(PhraseRule rule, Rules& all) const {
+  void AddOrdinals(PhraseRule rule, RuleList& all) const {
     rule.m_Days = Days::Ordinal;
     for (const long week : {m_First.m_Week, m_First.m_Week - 1, TriggerRule::LastWeek}) {
       if (week >= 1 && (all.empty() || all.back().m_Week != week)) {
@@ -118,12 +128,13 @@ class Proposals {
            trigger.m_DurationSeconds == m_First.m_DurationSeconds;
   }
 
-  Rules TimesProposals(const PhraseRule& days) const {
-    Rules all;
+  RuleList TimesProposals(const PhraseRule& days) const {
+    RuleList all;
     const std::vector<long> clocks = ClocksOfLike();
     PhraseRule rule = days;
     const bool isPlain = (days.m_Days == Days::EveryDays || days.m_Days == Days::EveryWeeks) &&
-                         days.m_Count == 1 && !days.m_Stops;
+                         days.m_Count == 1 && days.m_Months == PhraseRule::AllMonths &&
+                         !days.m_Stops;
     const long step = days.m_Interval != 0 ? days.m_Interval
                       : clocks.size() > 1  ? clocks[1] - clocks[0]
                                            : 0;
@@ -158,7 +169,7 @@ class Proposals {
 
   // Without a begin and an end first, and without an end where the first trigger has one: another
   // trigger may go on behind it.
-  void AddSpans(PhraseRule rule, Rules& all) const {
+  void AddSpans(PhraseRule rule, RuleList& all) const {
     const long until = rule.m_Until;
     for (const long end : {NoTime, until}) {
       for (const long begin :

@@ -1,5 +1,6 @@
 #include "agent/phrase/PhraseReader.h"
 
+#include "agent/phrase/CronWords.h"
 #include "agent/phrase/PhraseGrammar.h"
 #include "agent/phrase/PhraseValues.h"
 #include "agent/phrase/PhraseWords.h"
@@ -141,7 +142,11 @@ class RuleBuilder {
     m_Rule.m_Week = *ReadWeek(word);
   }
 
-  void TakeExpression(const std::string& /*word*/) { m_Rule.m_Cron = m_Words.Written(m_At); }
+  void TakeExpression(const std::string& /*word*/) {
+    m_Rule.m_Cron = m_Words.Written(m_At);
+    (void)ReadCron(m_Rule.m_Cron);
+  }
+
   void TakeClocks(const std::string& word) {
     m_Rule.m_Clocks = *ReadClockList(word);
     m_Rule.m_IsAllDay = false;

@@ -23,13 +23,14 @@ struct PhraseRule {
     Cron,        ///< what m_Cron says
   };
   static constexpr long AllWeekdays = 0x7F;
+  static constexpr long AllMonthDays = 0x7FFFFFFF;
   static constexpr long AllMonths = 0xFFF;
 
   Days m_Days = Days::EveryDays;
   long m_Count = 1;
   long m_Weekdays = AllWeekdays;
   long m_MonthDays = 0;
-  long m_Months = AllMonths;
+  long m_Months = AllMonths;  ///< of a count none are left out
   long m_Week = 1;
   std::string m_Cron;  ///< five fields of a crontab
 

@@ -17,9 +17,10 @@ std::string DayWords(const PhraseRule& rule) {
   const std::string count = std::to_string(rule.m_Count);
   switch (rule.m_Days) {
     case Days::EveryDays:
-      return rule.m_Count == 1 ? "daily" : "every " + count + " days";
+      return rule.m_Count == 1 ? "daily" + InMonths(rule) : "every " + count + " days";
     case Days::EveryWeeks:
-      return rule.m_Count == 1 ? weekdays : "every " + count + " weeks on " + weekdays;
+      return rule.m_Count == 1 ? weekdays + InMonths(rule)
+                               : "every " + count + " weeks on " + weekdays;
     case Days::MonthDays:
       return "monthly on " + MonthDayListWords(rule.m_MonthDays) + InMonths(rule);
     case Days::MonthWeek:
@@ -60,8 +61,8 @@ std::string SpanWords(const PhraseRule& rule, const LocalCalendar& calendar) {
 
 // Repeated starts on plain days can be said shortly: "every 10 min from 08:00 until 18:00 on mon".
 bool IsWindow(const PhraseRule& rule) {
-  const bool isPlain =
-      (rule.m_Days == Days::EveryDays || rule.m_Days == Days::EveryWeeks) && rule.m_Count == 1;
+  const bool isPlain = (rule.m_Days == Days::EveryDays || rule.m_Days == Days::EveryWeeks) &&
+                       rule.m_Count == 1 && rule.m_Months == PhraseRule::AllMonths;
   return isPlain && !rule.m_IsAllDay && rule.m_Clocks.size() == 1 && rule.m_Interval != 0 &&
          !rule.m_Stops && rule.m_Clocks.front() + rule.m_Duration < LocalCalendar::SecondsPerDay;
 }

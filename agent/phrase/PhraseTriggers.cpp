@@ -1,11 +1,15 @@
 #include "agent/phrase/PhraseTriggers.h"
 
+#include "agent/crontab/CronRules.h"
+#include "agent/crontab/HourCuts.h"
+#include "agent/phrase/CronWords.h"
 #include "agent/phrase/DayChoice.h"
 #include "agent/phrase/PhraseTimes.h"
 #include "agent/phrase/PhraseValues.h"
 #include "agent/schedule/ScheduleComparison.h"
 #include "agent/schedule/SchedulerTrigger.h"
 #include "agent/schedule/StartRule.h"
+#include "agent/schedule/StartTriggers.h"
 
 #include <algorithm>
 #include <chrono>
@@ -35,6 +39,10 @@ class TriggerMaker {
       trigger.m_Type = TriggerRule::AsSoonAsPossible;
       return {trigger};
     }
+    if (m_Rule.m_Days == Days::Cron) {
+      AddCron();
+      return m_Triggers;
+    }
     for (const PhraseTime& time : TimesOf(m_Rule, m_Calendar)) {
       m_Time = time;
       if (m_Rule.m_Days == Days::Once) {
@@ -58,6 +66,21 @@ class TriggerMaker {
     Add(WithTime(trigger));
   }
 
+  void AddCron() {
+    const CronExpression expression = ReadCron(m_Rule.m_Cron);
+    auto made = MakeCronRules(expression, FindHourCuts(m_Calendar, m_Earliest));
+    if (const auto* const refusal = std::get_if<CronRefusal>(&made)) {
+      throw PhraseError(CronRefusalText(m_Rule.m_Cron, *refusal));
+    }
+    auto& rules = std::get<std::vector<StartRule>>(made);
+    for (StartRule& rule : rules) {
+      rule.m_Rule.m_End = m_Rule.m_Until;
+    }
+    for (const TriggerRule& trigger : StartTriggers(rules, m_Calendar, m_Earliest)) {
+      Add(trigger);
+    }
+  }
+
   void AddDays() {
     const DayChoice choice(m_Rule, FirstDay(), m_Calendar);
     AddRestUnderWay(choice);
@@ -69,6 +92,11 @@ class TriggerMaker {
       }
     } else if (choice.IsCounted()) {
       AddCounted(choice);
+    } else if (choice.IsOfEachWeek()) {
+      TriggerRule trigger = choice.Trigger();
+      for (trigger.m_Week = 1; trigger.m_Week <= TriggerRule::LastWeek; ++trigger.m_Week) {
+        AddFrom(trigger, m_Earliest, m_Rule.m_Until);
+      }
     } else {
       AddFrom(choice.Trigger(), m_Earliest, m_Rule.m_Until);
     }

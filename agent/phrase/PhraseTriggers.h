@@ -1,5 +1,6 @@
 #pragma once
 
+#include "agent/crontab/CronRules.h"
 #include "agent/phrase/PhraseRule.h"
 #include "agent/schedule/LocalCalendar.h"
 #include "agent/schedule/TriggerRule.h"
@@ -9,7 +10,7 @@
 namespace NoxAgent {
 
 /// A schedule in words takes no more triggers than this: each costs the scheduler time.
-constexpr std::size_t MaxPhraseTriggers = 300;
+constexpr std::size_t MaxPhraseTriggers = MostCronRules;
 
 /// The triggers by which the scheduler does what the words say, from `now` on. Each begins at a
 /// start that lies ahead, so that nothing runs by surprise; where a repetition is under way, its

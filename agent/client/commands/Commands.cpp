@@ -6,6 +6,7 @@ void AddAllCommands(CommandLine& line, CommandContext& context) {
   AddCreateCommand(line, context);
   AddDescribeCommand(line, context);
   AddEditCommand(line, context);
+  AddImportCommand(line, context);
   AddAddCommand(line, context);
   AddListCommand(line, context);
   AddTaskCommands(line, context);

@@ -20,6 +20,7 @@ void AddDescribeCommand(CommandLine& line, CommandContext& context);
 void AddEditCommand(CommandLine& line, CommandContext& context);
 void AddExplainCommand(CommandLine& line, CommandContext& context);
 void AddFilesCommand(CommandLine& line, CommandContext& context);
+void AddImportCommand(CommandLine& line, CommandContext& context);  ///< of crontabs
 void AddListCommand(CommandLine& line, CommandContext& context);
 void AddLogCommand(CommandLine& line, CommandContext& context);
 void AddNextCommand(CommandLine& line, CommandContext& context);

@@ -102,22 +102,6 @@ void RefuseExisting(AgentApi& agent, const CreateOptions& options) {
   }
 }
 
-// Of the agent only what a zone is chosen by. Without an agent, as a dry run may be, nothing.
-std::optional<LiveTask> ZoneOfAgent(AgentApi& agent, bool mayBeAway) {
-  try {
-    const Json status = agent.Status();
-    LiveTask task;
-    task.m_Zone = status.Text("zone", "");
-    task.m_ZoneName = status.Text("zoneName", task.m_Zone);
-    return task;
-  } catch (const CommandError& error) {
-    if (mayBeAway && error.Code() == ExitCode::Unreachable) {
-      return std::nullopt;
-    }
-    throw;
-  }
-}
-
 void Print(const Creation& made, const CommandContext& context) {
   std::ostream& out = context.m_Out;
   out << made.m_Task.m_Id << ": " << made.m_Words << '\n';
@@ -154,7 +138,7 @@ Json ToJson(const Creation& made) {
 void Create(const CreateOptions& options, const CommandContext& context) {
   CheckId(options.Id());
   AgentApi agent = context.Agent();
-  const auto live = ZoneOfAgent(agent, options.m_DryRun);
+  const auto live = ReadAgentsZone(agent, options.m_DryRun);
   const ZoneInForce zone("", live);
   Creation made = Make(options, std::time(nullptr));
   if (!zone.Note().empty()) {
@@ -181,6 +165,10 @@ void AddJobOptions(CommandLine& command, NewJob& job) {
   command.Option("--timeout", job.m_Timeout, "end a run after this time: 30s, 5m, 2h")
       .Takes("TIME");
   command.Option("--overlap", job.m_Overlap, "when the previous run goes on: skip, queue or kill")
+      .Takes("RULE");
+  command
+      .Option("--retry", job.m_Retry,
+              "when it fails: never (as usual), hourly, or how often: \"3 every 5m\"")
       .Takes("RULE");
   command.Option("--env", job.m_Variables, "a variable of the command's environment")
       .Takes("NAME=VALUE");

@@ -121,7 +121,9 @@ TEST_F(Completion, ProposesOptionsAndTheirValues) {
 }
 
 TEST_F(Completion, ProposesTheWordsOfASchedule) {
-  EXPECT_EQ(Of({"create", "x", "daily", ""}), Texts{"at"});
+  EXPECT_EQ(Of({"create", "x", "daily", ""}), (Texts{"in", "at"}));
+  EXPECT_EQ(Of({"import", ""}), Texts{"crontab"});
+  EXPECT_EQ(Of({"import", "crontab", ""}), Texts{":files"});
   EXPECT_EQ(Of({"create", "x", "w"}), (Texts{"wed", "weekdays", "weekends"}));
   EXPECT_EQ(Of({"create", "x", "--timeout", "5m", "every", "2", ""}), (Texts{"days", "weeks"}));
   EXPECT_EQ(Of({"create", "x", "hourly", ""}), Texts());

@@ -64,7 +64,8 @@ TEST_F(CreateCommand, WritesJobAndTaskAndTellsWhatItUnderstood) {
       "  command    /usr/bin/backup --full\n"
       "  note       The clocks leave out 02:30 on 2027-03-28: it starts at 03:30 then.\n",
       Out());
-  EXPECT_EQ("[Job]\ncommand = /usr/bin/backup\narguments = --full\n", m_Agent.Job("backup"));
+  EXPECT_EQ("[Job]\ncommand = /usr/bin/backup\narguments = --full\nretry = never\n",
+            m_Agent.Job("backup"));
   EXPECT_EQ(
       "<Task Enabled=\"1\">\n"
       "\t<HandlerCLSID>{7C0A1D52-3B4E-4F6A-9A51-2D8E6C9B4F10}</HandlerCLSID>\n"
@@ -166,23 +167,24 @@ TEST_F(CreateCommand, AddsNoTaskWhoseJobItMayNotWrite) {
 }
 
 TEST_F(CreateCommand, QuotesWhatTheJobsReaderWouldTakeApart) {
-  EXPECT_EQ("[Job]\ncommand = ls\narguments = -l 'a b' \"it's\" '' 'x\"y'\n",
+  EXPECT_EQ("[Job]\ncommand = ls\narguments = -l 'a b' \"it's\" '' 'x\"y'\nretry = never\n",
             JobOf({"ls", "-l", "a b", "it's", "", "x\"y"}));
 }
 
 TEST_F(CreateCommand, HandsALineOfShellToTheShell) {
-  EXPECT_EQ("[Job]\ncommand = /bin/sh\narguments = -c 'cd / && ls > out'\n",
+  EXPECT_EQ("[Job]\ncommand = /bin/sh\narguments = -c 'cd / && ls > out'\nretry = never\n",
             JobOf({"cd / && ls > out"}));
 }
 
 TEST_F(CreateCommand, MakesAPathAbsolute) {
   const std::string here = std::filesystem::current_path().string();
-  EXPECT_EQ("[Job]\ncommand = " + here + "/backup.sh\n", JobOf({"./backup.sh"}));
+  EXPECT_EQ("[Job]\ncommand = " + here + "/backup.sh\nretry = never\n", JobOf({"./backup.sh"}));
 }
 
 TEST_F(CreateCommand, WritesKeysAndVariablesOfTheJob) {
   EXPECT_EQ(
-      "[Job]\ncommand = ls\nuser = ada\ntimeout = 30s\noverlap = queue\n\n[Environment]\nA = b=c\n",
+      "[Job]\ncommand = ls\nuser = ada\ntimeout = 30s\nretry = never\noverlap = "
+      "queue\n\n[Environment]\nA = b=c\n",
       JobOf({"ls"},
             {"--user", "ada", "--timeout", "30s", "--set", "overlap=queue", "--env", "A=b=c"}));
   EXPECT_EQ(2, Run(Line({"job", "now", "--timeout", "soon"})));

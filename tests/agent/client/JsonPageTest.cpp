@@ -150,6 +150,8 @@ TEST_F(JsonPage, HasTheFormOfEveryAnswer) {
   Expect("add, with several files", {"add", FileWith(TaskXml(EveryDay)), "-"}, TaskXml(EveryDay));
   (void)Run({"create", "new", "daily at 02:30", "--json", "--", "/bin/true"});
   ExpectText("create", Out());
+  Expect("import", {"import", "crontab", "-", "--dry-run"},
+         "MAILTO=a\n30 2 * * * /bin/true\n@reboot x\n");
   Expect("describe", {"describe", "new"});
   Expect("list", {"list"});
   Expect("show", {"show", "backup"});

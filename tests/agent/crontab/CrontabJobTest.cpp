@@ -27,10 +27,20 @@ std::variant<std::string, CronRefusal> MakeJob(const std::string& crontab) {
   return MakeCrontabJob(*task);
 }
 
-std::string JobText(const std::string& crontab) {
+std::string WholeJobText(const std::string& crontab) {
   const auto job = MakeJob(crontab);
   const auto* const refusal = std::get_if<CronRefusal>(&job);
   return refusal == nullptr ? std::get<std::string>(job) : "refused: " + refusal->m_Reason;
+}
+
+// Without the line that all have.
+std::string JobText(const std::string& crontab) {
+  constexpr std::string_view Line = "retry = never\n";
+  std::string text = WholeJobText(crontab);
+  if (const std::size_t at = text.find(Line); at != std::string::npos) {
+    text.erase(at, Line.size());
+  }
+  return text;
 }
 
 // As the handler reads it.
@@ -39,6 +49,10 @@ Job ReadJob(const std::string& crontab) {
 }
 
 }  // namespace
+
+TEST(CrontabJob, IsNotTriedAgain) {
+  EXPECT_EQ("[Job]\ncommand = updatedb\nretry = never\n", WholeJobText("@daily updatedb"));
+}
 
 TEST(CrontabJob, RunsPlainWordsByThemselves) {
   EXPECT_EQ("[Job]\ncommand = /usr/local/bin/backup\narguments = --full -o=a,b x@y:/z +%F\n",
@@ -55,8 +69,8 @@ TEST(CrontabJob, LeavesTheRestToTheShell) {
   } rows[] = {
       {"cd / && ls", "-c 'cd / && ls'"},
       {"ls *.c", "-c 'ls *.c'"},
-      {"~/bin/x", "-c '~/bin/x'"},
-      {"bin/x", "-c 'bin/x'"},
+      {"~/bin/x", "-c ~/bin/x"},
+      {"bin/x", "-c bin/x"},
       {"A=1 x", "-c 'A=1 x'"},
       {"exit 1", "-c 'exit 1'"},
       {"echo $HOME \\ x", "-c 'echo $HOME \\ x'"},
@@ -87,7 +101,7 @@ TEST(CrontabJob, HasTheSettingsAsItsEnvironment) {
 
 TEST(CrontabJob, HasTheUserOfItsLine) {
   const auto entries = ReadCrontab("@daily www-data a", {true, "", "UTC"});
-  EXPECT_EQ("[Job]\ncommand = a\nuser = www-data\n",
+  EXPECT_EQ("[Job]\ncommand = a\nuser = www-data\nretry = never\n",
             std::get<std::string>(MakeCrontabJob(std::get<CrontabTask>(entries.back().m_Content))));
 }
 

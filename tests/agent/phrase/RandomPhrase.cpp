@@ -42,15 +42,15 @@ void ChooseDays(Random& random, PhraseRule& rule) {
   rule.m_MonthDays = rule.m_Days == Days::MonthDays
                          ? random.OneOf({1L, 16385L, 1L << 27, random.Between(1, 0x7FFFFFFF)})
                          : 0;
-  const bool isMonthly = !isCounted;
-  rule.m_Months = isMonthly && random.Percent(50) ? random.Between(1, 4095) : PhraseRule::AllMonths;
+  rule.m_Months =
+      rule.m_Count == 1 && random.Percent(50) ? random.Between(1, 4095) : PhraseRule::AllMonths;
   rule.m_Week =
       rule.m_Days == Days::MonthWeek || rule.m_Days == Days::Ordinal ? random.Between(1, 5) : 1;
 }
 
 void ChooseTimes(Random& random, PhraseRule& rule) {
-  const bool isPlain =
-      (rule.m_Days == Days::EveryDays || rule.m_Days == Days::EveryWeeks) && rule.m_Count == 1;
+  const bool isPlain = (rule.m_Days == Days::EveryDays || rule.m_Days == Days::EveryWeeks) &&
+                       rule.m_Count == 1 && rule.m_Months == PhraseRule::AllMonths;
   if (isPlain && random.Percent(15)) {
     rule.m_IsAllDay = true;
     rule.m_Interval = random.OneOf({10 * Minute, 30 * Minute, Hour, 2 * Hour, 6 * Hour});
