@@ -2,6 +2,8 @@
 
 #include "agent/handler/Log.h"
 
+#include <algorithm>
+
 using BaseSDK::AMutexGuard;
 using BaseSDK::AString;
 using Corvane::AgentInterfacesV3::AStringMap;
@@ -24,9 +26,13 @@ const char* NameOf(LatestRuns::Phase phase) {
   return "ended";
 }
 
-void Put(AStringMap& run, const char* key, std::optional<long> moment) {
-  if (moment) {
-    run.emplace(key, DecimalText(*moment));
+bool IsUnderWay(const LatestRuns::Facts& facts) {
+  return facts.m_Phase == LatestRuns::Phase::Waiting || facts.m_Phase == LatestRuns::Phase::Running;
+}
+
+void Put(AStringMap& run, const char* key, std::optional<long> number) {
+  if (number) {
+    run.emplace(key, DecimalText(*number));
   }
 }
 
@@ -42,37 +48,37 @@ AString ReportLine(const AString& taskId, const LatestRuns::Facts& facts) {
 }  // namespace
 
 void LatestRuns::NoteWaiting(const AString& taskId, const AString& reason) {
-  Facts facts;
-  facts.m_Reason = reason;
   AMutexGuard guard(m_Lock);
+  Facts facts = OfRun(taskId);
+  facts.m_Reason = reason;
   (void)Renew(taskId, facts);
 }
 
 void LatestRuns::NoteStart(const AString& taskId, long start, long pid) {
   AMutexGuard guard(m_Lock);
-  Facts facts = OfRun(taskId, start);
+  Facts facts = OfRun(taskId);
   facts.m_Phase = Phase::Running;
+  facts.m_Start = start;
   facts.m_Pid = pid;
   (void)Renew(taskId, facts);
 }
 
 void LatestRuns::NotePause(const AString& taskId, long start, const AString& reason) {
   AMutexGuard guard(m_Lock);
-  Facts facts = OfRun(taskId, start);
+  Facts facts = OfRun(taskId);
+  facts.m_Start = start;
   facts.m_Reason = reason;
   (void)Renew(taskId, facts);
 }
 
 void LatestRuns::NoteEnd(const AString& taskId, const Ending& ending) {
   AMutexGuard guard(m_Lock);
-  Facts facts = OfRun(taskId, ending.m_Start);
-  facts.m_Phase = Phase::Ended;
-  facts.m_Queued.reset();
-  facts.m_End = ending.m_End;
-  facts.m_Succeeded = ending.m_Succeeded;
-  facts.m_IsFinal = ending.m_IsFinal;
-  facts.m_Reason = ending.m_Reason;
-  EnterEnded(taskId, Renew(taskId, facts));
+  End(taskId, OfRun(taskId), ending);
+}
+
+void LatestRuns::NoteFormerEnd(const AString& taskId, const Ending& ending) {
+  AMutexGuard guard(m_Lock);
+  End(taskId, Facts(), ending);
 }
 
 void LatestRuns::NoteLeftOut(const AString& taskId, const std::optional<Facts>& before,
@@ -85,6 +91,7 @@ void LatestRuns::NoteLeftOut(const AString& taskId, const std::optional<Facts>& 
   }
   facts.m_Skipped = moment;
   facts.m_SkipReason = reason;
+  ++facts.m_Skips;
   AMutexGuard guard(m_Lock);
   EnterEnded(taskId, Renew(taskId, facts));
 }
@@ -99,8 +106,10 @@ void LatestRuns::NoteQueued(const AString& taskId, long moment) {
 void LatestRuns::NoteSkip(const AString& taskId, const AString& reason, long moment) {
   AMutexGuard guard(m_Lock);
   if (const auto found = m_Runs.find(taskId); found != m_Runs.end()) {
-    found->second.m_Facts.m_Skipped = moment;
-    found->second.m_Facts.m_SkipReason = reason;
+    Facts& facts = found->second.m_Facts;
+    facts.m_Skipped = moment;
+    facts.m_SkipReason = reason;
+    ++facts.m_Skips;
   }
 }
 
@@ -117,12 +126,16 @@ AStringMap LatestRuns::Describe(const AString& taskId) const {
     return run;
   }
   run.emplace("state", NameOf(facts->m_Phase));
+  if (facts->m_Number > 0) {
+    Put(run, "number", facts->m_Number);
+  }
   Put(run, "start", facts->m_Start);
   Put(run, "end", facts->m_End);
   Put(run, "queued", facts->m_Queued);
   Put(run, "skipped", facts->m_Skipped);
   if (facts->m_Skipped) {
     run.emplace("skipReason", facts->m_SkipReason);
+    Put(run, "skips", facts->m_Skips);
   }
   if (facts->m_Phase == Phase::Running) {
     run.emplace("pid", DecimalText(facts->m_Pid));
@@ -145,7 +158,7 @@ AString LatestRuns::Report() const {
   AMutexGuard guard(m_Lock);
   for (const auto& [taskId, entry] : m_Runs) {
     const Facts& facts = entry.m_Facts;
-    if (facts.m_Phase == Phase::Running || facts.m_Phase == Phase::Waiting) {
+    if (IsUnderWay(facts)) {
       running += facts.m_Phase == Phase::Running ? 1 : 0;
       waiting += facts.m_Phase == Phase::Waiting || facts.m_Queued ? 1 : 0;
       lines += ReportLine(taskId, facts);
@@ -156,26 +169,39 @@ AString LatestRuns::Report() const {
          lines;
 }
 
-// What stays known of the run that began at `start` when it comes into another phase.
-LatestRuns::Facts LatestRuns::OfRun(const AString& taskId, long start) const {
+// What stays known of the run that goes on or waits when it comes into another phase; the task's
+// next run when there is none.
+LatestRuns::Facts LatestRuns::OfRun(const AString& taskId) const {
   Facts facts;
   const auto found = m_Runs.find(taskId);
-  if (found != m_Runs.end()) {
-    const Facts& before = found->second.m_Facts;
-    if (before.m_Phase != Phase::Ended && before.m_Start == start) {
-      facts.m_Queued = before.m_Queued;
-      facts.m_Skipped = before.m_Skipped;
-      facts.m_SkipReason = before.m_SkipReason;
-    }
+  if (found == m_Runs.end() || !IsUnderWay(found->second.m_Facts)) {
+    facts.m_Number = found == m_Runs.end() ? 1 : found->second.m_LastNumber + 1;
+    return facts;
   }
-  facts.m_Start = start;
+  const Facts& before = found->second.m_Facts;
+  facts.m_Number = before.m_Number;
+  facts.m_Queued = before.m_Queued;
+  facts.m_Skipped = before.m_Skipped;
+  facts.m_SkipReason = before.m_SkipReason;
+  facts.m_Skips = before.m_Skips;
   return facts;
+}
+
+void LatestRuns::End(const AString& taskId, Facts facts, const Ending& ending) {
+  facts.m_Phase = Phase::Ended;
+  facts.m_Start = ending.m_Start;
+  facts.m_End = ending.m_End;
+  facts.m_Succeeded = ending.m_Succeeded;
+  facts.m_IsFinal = ending.m_IsFinal;
+  facts.m_Reason = ending.m_Reason;
+  facts.m_Queued.reset();
+  EnterEnded(taskId, Renew(taskId, facts));
 }
 
 LatestRuns::Entry& LatestRuns::Renew(const AString& taskId, const Facts& facts) {
   Entry& entry = m_Runs[taskId];
   m_Ended.erase(entry.m_EndedAs);
-  entry = {facts, 0};
+  entry = {facts, 0, std::max(entry.m_LastNumber, facts.m_Number)};
   return entry;
 }
 

@@ -21,6 +21,9 @@ class LatestRuns {
 
   struct Facts {
     Phase m_Phase = Phase::Waiting;
+    /// Which run of the task it is since the agent started, from 1. 0 of one before that, and of
+    /// none.
+    long m_Number = 0;
     std::optional<long> m_Start;
     std::optional<long> m_End;
     long m_Pid = 0;                 ///< while running
@@ -28,8 +31,9 @@ class LatestRuns {
     bool m_IsFinal = false;         ///< when failed: the scheduler was told that all is well
     BaseSDK::AString m_Reason;      ///< how it ended, or what it waits for; empty while running
     std::optional<long> m_Queued;   ///< since when the next run waits for the end of this one
-    std::optional<long> m_Skipped;  ///< the last start that was left out since this run began
+    std::optional<long> m_Skipped;  ///< the last start that was left out since this run
     BaseSDK::AString m_SkipReason;
+    long m_Skips = 0;  ///< how many were left out since this run
   };
 
   /// How many ended runs are remembered unless told otherwise; they take some ten megabytes.
@@ -47,8 +51,9 @@ class LatestRuns {
     BaseSDK::AString m_Reason;
   };
 
-  // Each of the next five replaces what was known of the task. Of the same run, known by its start,
-  // they keep the last start that was left out and the one that waits for the run's end.
+  // Each of the next five replaces what was known of the task. Of a run that goes on or waits they
+  // keep the number, the last start that was left out and the one that waits for the run's end;
+  // else it is the task's next run.
 
   /// The run cannot start yet; `reason` says what it waits for.
   void NoteWaiting(const BaseSDK::AString& taskId, const BaseSDK::AString& reason)
@@ -60,6 +65,8 @@ class LatestRuns {
       NOX_EXCLUDES(m_Lock);
   /// No start waits for its end any more.
   void NoteEnd(const BaseSDK::AString& taskId, const Ending& ending) NOX_EXCLUDES(m_Lock);
+  /// As NoteEnd, of a run before the agent started.
+  void NoteFormerEnd(const BaseSDK::AString& taskId, const Ending& ending) NOX_EXCLUDES(m_Lock);
   /// A start was left out before anything ran, and does not come again: the scheduler is told that
   /// all is well. `before` is what was known of the task then; if that is no run that has ended, no
   /// run is known any more.
@@ -83,9 +90,11 @@ class LatestRuns {
   struct Entry {
     Facts m_Facts;
     std::uint64_t m_EndedAs = 0;  ///< its key in m_Ended, 0 when it has not ended
+    long m_LastNumber = 0;        ///< the highest that a run of the task has had
   };
 
-  Facts OfRun(const BaseSDK::AString& taskId, long start) const NOX_REQUIRES(m_Lock);
+  Facts OfRun(const BaseSDK::AString& taskId) const NOX_REQUIRES(m_Lock);
+  void End(const BaseSDK::AString& taskId, Facts facts, const Ending& ending) NOX_REQUIRES(m_Lock);
   Entry& Renew(const BaseSDK::AString& taskId, const Facts& facts) NOX_REQUIRES(m_Lock);
   void EnterEnded(const BaseSDK::AString& taskId, Entry& entry) NOX_REQUIRES(m_Lock);
 

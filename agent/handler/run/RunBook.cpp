@@ -40,7 +40,8 @@ void RunBook::RememberFailures() {
     if (access(m_Settings.JobFile(taskId).ToUtf8().c_str(), F_OK) != 0 && errno == ENOENT) {
       m_Failures.Forget(taskId);
     } else {
-      m_Latest.NoteEnd(taskId, {failure.m_Start, failure.m_End, false, true, failure.m_Reason});
+      m_Latest.NoteFormerEnd(taskId,
+                             {failure.m_Start, failure.m_End, false, true, failure.m_Reason});
     }
   }
 }

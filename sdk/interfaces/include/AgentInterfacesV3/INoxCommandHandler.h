@@ -14,6 +14,8 @@ class INoxCommandHandler : public virtual INoxObject {
   ///
   ///   "state"             "running", "waiting" (to be started), "ended", or "none" when it is
   ///                       only known that a start was left out
+  ///   "number"            which run of the task it is since the agent started, from 1, with all
+  ///                       its attempts; absent when it is an earlier one, or none
   ///   "start", "end"      seconds since the epoch; absent when there is none or it is not known
   ///   "pid"               the command's process, while running
   ///   "result"            "Ok" or "Failed", when ended
@@ -21,11 +23,13 @@ class INoxCommandHandler : public virtual INoxObject {
   ///   "reason"            in words, when ended ("exit status 1 after 2.3 s") or waiting
   ///   "queued"            since when the task's next run waits for the end of this one, in seconds
   ///                       since the epoch; absent when none waits
-  ///   "skipped"           the last start that was left out since the run began, in seconds since
-  ///                       the epoch; absent when there was none
+  ///   "skipped"           the last start that was left out since the run, in seconds since the
+  ///                       epoch; absent when there was none
   ///   "skipReason"        why it was left out, in words
+  ///   "skips"             how many were left out since the run; absent when there was none
   ///
-  /// 1; -1 and an empty map when no run is known. The oldest ended runs are forgotten.
+  /// 1; -1 and an empty map when no run is known. The oldest ended runs are forgotten; a task of
+  /// which nothing is known any more is counted anew.
   virtual long GetRun(const BaseSDK::AString& taskId, AStringMap& run) = 0;
   /// Looks whether the task's job can be read and run, without running it. 1; -1 when not, and
   /// `problem` then says why, with file, line and key where there are any.

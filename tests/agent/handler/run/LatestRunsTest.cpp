@@ -20,17 +20,21 @@ TEST(LatestRuns, KnowNothingOfATaskThatNeverRan) {
 TEST(LatestRuns, DescribeEachPhase) {
   LatestRuns runs;
   runs.NoteWaiting("a", "too many");
-  EXPECT_EQ(runs.Describe("a"), (AStringMap{{"state", "waiting"}, {"reason", "too many"}}));
+  EXPECT_EQ(runs.Describe("a"),
+            (AStringMap{{"state", "waiting"}, {"number", "1"}, {"reason", "too many"}}));
   runs.NoteStart("a", 100, 7);
-  EXPECT_EQ(runs.Describe("a"), (AStringMap{{"state", "running"}, {"start", "100"}, {"pid", "7"}}));
+  EXPECT_EQ(runs.Describe("a"),
+            (AStringMap{{"state", "running"}, {"number", "1"}, {"start", "100"}, {"pid", "7"}}));
   runs.NoteEnd("a", {100, 130, true, false, "exit status 0"});
   EXPECT_EQ(runs.Describe("a"), (AStringMap{{"state", "ended"},
+                                            {"number", "1"},
                                             {"start", "100"},
                                             {"end", "130"},
                                             {"result", "Ok"},
                                             {"reason", "exit status 0"}}));
   runs.NoteEnd("a", {200, 200, false, false, "no job"});
   EXPECT_EQ(runs.Describe("a"), (AStringMap{{"state", "ended"},
+                                            {"number", "2"},
                                             {"start", "200"},
                                             {"end", "200"},
                                             {"result", "Failed"},
@@ -47,6 +51,7 @@ TEST(LatestRuns, KeepWhatWasLeftOutUntilTheNextRunBegins) {
   EXPECT_EQ(run["start"], AString("100"));
   EXPECT_EQ(run["skipped"], AString("120"));
   EXPECT_EQ(run["skipReason"], AString("second"));
+  EXPECT_EQ(run["skips"], AString("2"));
   runs.NoteStart("a", 140, 8);
   EXPECT_EQ(runs.Describe("a").count("skipped"), 0u);
 }
@@ -64,18 +69,21 @@ TEST(LatestRuns, KeepWhatTheyKnowOfARunThroughItsAttempts) {
   LatestRuns runs;
   runs.NoteEnd("a", {50, 60, false, false, "earlier"});
   runs.NotePause("a", 100, "exit status 1; again soon");
-  EXPECT_EQ(runs.Describe("a"),
-            (AStringMap{
-                {"state", "waiting"}, {"start", "100"}, {"reason", "exit status 1; again soon"}}));
+  EXPECT_EQ(runs.Describe("a"), (AStringMap{{"state", "waiting"},
+                                            {"number", "2"},
+                                            {"start", "100"},
+                                            {"reason", "exit status 1; again soon"}}));
   runs.NoteSkip("a", "first", 110);
   runs.NoteStart("a", 100, 8);
   EXPECT_EQ(runs.Describe("a").at("skipped"), AString("110"));
   runs.NoteEnd("a", {100, 130, false, true, "exit status 2"});
   EXPECT_EQ(runs.Describe("a"), (AStringMap{{"state", "ended"},
+                                            {"number", "2"},
                                             {"start", "100"},
                                             {"end", "130"},
                                             {"skipped", "110"},
                                             {"skipReason", "first"},
+                                            {"skips", "1"},
                                             {"result", "Failed"},
                                             {"final", "1"},
                                             {"reason", "exit status 2"}}));
@@ -84,20 +92,52 @@ TEST(LatestRuns, KeepWhatTheyKnowOfARunThroughItsAttempts) {
 TEST(LatestRuns, TellOfAStartThatWasLeftOutBesideTheRunBeforeIt) {
   LatestRuns runs;
   runs.NoteLeftOut("a", std::nullopt, "too late", 100);
-  EXPECT_EQ(runs.Describe("a"),
-            (AStringMap{{"state", "none"}, {"skipped", "100"}, {"skipReason", "too late"}}));
+  EXPECT_EQ(
+      runs.Describe("a"),
+      (AStringMap{
+          {"state", "none"}, {"skipped", "100"}, {"skipReason", "too late"}, {"skips", "1"}}));
   runs.NoteEnd("a", {200, 210, true, false, "fine"});
   const auto before = runs.Find("a");
   runs.NoteWaiting("a", "its splay");
   runs.NoteLeftOut("a", before, "too late", 300);
   EXPECT_EQ(runs.Describe("a"), (AStringMap{{"state", "ended"},
+                                            {"number", "1"},
                                             {"start", "200"},
                                             {"end", "210"},
                                             {"result", "Ok"},
                                             {"reason", "fine"},
                                             {"skipped", "300"},
-                                            {"skipReason", "too late"}}));
+                                            {"skipReason", "too late"},
+                                            {"skips", "1"}}));
   EXPECT_EQ(runs.Report(), AString("Command handler: 0 running, 0 waiting\n"));
+}
+
+TEST(LatestRuns, CountTheRunsOfEachTask) {
+  LatestRuns runs;
+  const auto number = [&](const char* taskId) {
+    const AStringMap run = runs.Describe(taskId);
+    const auto found = run.find("number");
+    return found == run.end() ? AString() : found->second;
+  };
+  runs.NoteFormerEnd("a", {50, 60, false, true, "of an earlier agent"});
+  EXPECT_EQ(number("a"), AString());
+  runs.NoteWaiting("a", "its splay");
+  runs.NoteWaiting("a", "too many");
+  runs.NoteStart("a", 100, 7);
+  runs.NotePause("a", 100, "again soon");
+  runs.NoteStart("a", 100, 8);
+  runs.NoteEnd("a", {100, 100, false, false, "exit status 1"});
+  EXPECT_EQ(number("a"), AString("1"));
+  const auto before = runs.Find("a");
+  runs.NoteEnd("a", {100, 100, false, false, "exit status 1"});
+  EXPECT_EQ(number("a"), AString("2")) << "of the same second, and ended alike";
+  runs.NoteWaiting("a", "its splay");
+  runs.NoteLeftOut("a", before, "too late", 100);
+  EXPECT_EQ(number("a"), AString("1")) << "the run that is told of";
+  runs.NoteStart("a", 100, 9);
+  EXPECT_EQ(number("a"), AString("4")) << "the one that waited and was left out had a number too";
+  runs.NoteStart("b", 100, 10);
+  EXPECT_EQ(number("b"), AString("1"));
 }
 
 TEST(LatestRuns, ForgetTheOldestEndedOnesFirst) {

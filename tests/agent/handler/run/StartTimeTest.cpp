@@ -68,8 +68,10 @@ TEST_F(StartTime, IsLeftOutWhenItIsLater) {
   auto told = Told("a");
   EXPECT_FALSE(told["skipped"].empty());
   told.erase("skipped");
-  EXPECT_EQ(told, (std::map<std::string, std::string>{
-                      {"state", "none"}, {"skipReason", "it would start more than 1h late"}}));
+  EXPECT_EQ(
+      told,
+      (std::map<std::string, std::string>{
+          {"state", "none"}, {"skipReason", "it would start more than 1h late"}, {"skips", "1"}}));
   EXPECT_THAT(Output("a"), MatchesRegex("-- [-0-9: ]+ left out: it would start more than 1h "
                                         "late\n"));
   EXPECT_EQ(LogCount("Task 'a' is due, but it would start more than 1h late: left out"), 1u);

@@ -106,7 +106,9 @@ TEST_F(Supervisor, TellsOfARunFromItsStartToItsEnd) {
   const long start = std::stol(run["start"]);
   EXPECT_GE(start, before);
   EXPECT_LE(start, WallSeconds());
-  EXPECT_EQ(run, (RunFacts{{"state", "running"}, {"pid", pid}, {"start", run["start"]}}));
+  EXPECT_EQ(
+      run,
+      (RunFacts{{"state", "running"}, {"number", "1"}, {"pid", pid}, {"start", run["start"]}}));
   EXPECT_TRUE(m_Supervisor->IsBusy());
   OpenGate();
   EXPECT_EQ(m_Scheduler.WaitForStates(2).back(), "a Failed");
@@ -114,6 +116,7 @@ TEST_F(Supervisor, TellsOfARunFromItsStartToItsEnd) {
   EXPECT_THAT(run["reason"], MatchesRegex("exit status 7 after [0-9]+\\.[0-9]{3} s"));
   EXPECT_GE(std::stol(run["end"]), start);
   EXPECT_EQ(run, (RunFacts{{"state", "ended"},
+                           {"number", "1"},
                            {"start", std::to_string(start)},
                            {"end", run["end"]},
                            {"result", "Failed"},
@@ -140,6 +143,7 @@ TEST_F(Supervisor, TellsOfARunThatCouldNotStart) {
   RunFacts run = Told("a");
   EXPECT_EQ(
       run, (RunFacts{{"state", "ended"},
+                     {"number", "1"},
                      {"start", run["start"]},
                      {"end", run["start"]},
                      {"result", "Failed"},
@@ -179,6 +183,7 @@ TEST_F(Supervisor, TellsOfRunsThatWait) {
   ASSERT_TRUE(WaitUntil([&] { return Told("a").contains("skipped"); }));
   EXPECT_EQ(Told("b"),
             (RunFacts{{"state", "waiting"},
+                      {"number", "1"},
                       {"reason", "as many runs go on as may; it starts after one of them"}}));
   RunFacts run = Told("a");
   EXPECT_EQ(run["state"], "running");
