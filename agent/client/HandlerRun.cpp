@@ -46,11 +46,18 @@ std::optional<HandlerRun> ReadHandlerRun(const std::optional<Texts>& answer) {
   const std::string phase = TextIn(*answer, "state");
   for (std::size_t i = 0; i < std::size(PhaseNames); ++i) {
     if (phase == PhaseNames[i]) {
-      return HandlerRun{static_cast<HandlerRun::Phase>(i), NumberIn(*answer, "start"),
-                        NumberIn(*answer, "end"),          NumberIn(*answer, "pid"),
-                        TextIn(*answer, "result"),         TextIn(*answer, "reason"),
-                        NumberIn(*answer, "queued"),       NumberIn(*answer, "skipped"),
-                        TextIn(*answer, "skipReason"),     !TextIn(*answer, "final").empty()};
+      return HandlerRun{static_cast<HandlerRun::Phase>(i),
+                        NumberIn(*answer, "start"),
+                        NumberIn(*answer, "end"),
+                        NumberIn(*answer, "pid"),
+                        TextIn(*answer, "result"),
+                        TextIn(*answer, "reason"),
+                        NumberIn(*answer, "queued"),
+                        NumberIn(*answer, "skipped"),
+                        TextIn(*answer, "skipReason"),
+                        !TextIn(*answer, "final").empty(),
+                        NumberIn(*answer, "number").value_or(0),
+                        NumberIn(*answer, "skips").value_or(0)};
     }
   }
   return std::nullopt;

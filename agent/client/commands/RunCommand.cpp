@@ -1,17 +1,12 @@
+#include "agent/client/Await.h"
 #include "agent/client/HandlerRun.h"
 #include "agent/client/commands/Commands.h"
 
-#include <BaseSDK/AEvent.h>
-
 #include <memory>
-
-using BaseSDK::AEvent;
 
 namespace NoxAgent {
 
 namespace {
-
-constexpr unsigned long MillisecondsBetweenLooks = 100;
 
 struct RunOptions {
   std::string m_Id;
@@ -29,33 +24,37 @@ class HandRun {
       throw CommandError(ExitCode::Failed,
                          "there is no task " + m_Options.m_Id + "; noxctl list shows the tasks");
     }
-    m_Before = m_Agent.LatestRun(m_Options.m_Id);
+    m_Before = Latest();
     m_Agent.RunTask(m_Options.m_Id);
-    while (!IsKnown()) {
-      (void)m_Pause.Wait(MillisecondsBetweenLooks, BaseSDK::ClockSkewIgnore);
-    }
+    Await([&] { return IsKnown(); });
     Tell();
   }
 
  private:
+  // None when no run is known.
+  HandlerRun Latest() {
+    HandlerRun none;
+    none.m_Phase = HandlerRun::Phase::None;
+    return ReadHandlerRun(m_Agent.LatestRun(m_Options.m_Id)).value_or(none);
+  }
+
   // Whether the handler has taken the run up; with --wait, whether it is over.
   bool IsKnown() {
-    const auto latest = m_Agent.LatestRun(m_Options.m_Id);
-    m_Run = ReadHandlerRun(latest);
-    if (!m_Run || latest == m_Before) {
-      return false;
+    m_Run = Latest();
+    if (IsSkipped()) {
+      return true;
     }
-    return IsSkipped() || !m_Options.m_Wait || (!m_Run->IsUnderWay() && !m_Run->m_Queued);
+    return m_Options.m_Wait ? IsNew() && !m_Run.IsUnderWay() : IsNew() || IsQueued();
   }
 
-  // A start that was left out before is not this one.
-  bool IsSkipped() const {
-    const auto before = ReadHandlerRun(m_Before);
-    return m_Run->m_Skipped && (!before || before->m_Skipped != m_Run->m_Skipped);
-  }
+  // Whether it is a later run than the one before, and so the one that was asked for.
+  bool IsNew() const { return m_Run.m_Number > m_Before.m_Number; }
+  bool IsQueued() const { return !IsNew() && m_Run.m_Queued && !m_Before.m_Queued; }
+  // A start that was left out before, or during the run that was asked for, is not this one.
+  bool IsSkipped() const { return !IsNew() && m_Run.m_Skips > m_Before.m_Skips; }
 
   void Tell() {
-    const bool hasFailed = !m_Run->IsUnderWay() && m_Run->m_Result != "Ok";
+    const bool hasFailed = !m_Run.IsUnderWay() && m_Run.m_Result != "Ok";
     m_Context.m_ExitCode = IsSkipped() || hasFailed ? ExitCode::Failed : ExitCode::Ok;
     if (m_Context.m_Json) {
       return m_Context.PrintJson({{"id", m_Options.m_Id}, {"run", ToJson(m_Run)}});
@@ -65,23 +64,22 @@ class HandRun {
 
   std::string Words() const {
     if (IsSkipped()) {
-      return "left out: " + m_Run->m_SkipReason;
+      return "left out: " + m_Run.m_SkipReason;
     }
-    if (m_Run->m_Queued) {
+    if (IsQueued()) {
       return "waits for the end of the run that goes on";
     }
-    if (m_Run->m_Phase == HandlerRun::Phase::Waiting) {
-      return "waits to be started: " + m_Run->m_Reason;
+    if (m_Run.m_Phase == HandlerRun::Phase::Waiting) {
+      return "waits to be started: " + m_Run.m_Reason;
     }
-    return m_Run->IsUnderWay() ? "started" : m_Run->m_Result + ", " + m_Run->m_Reason;
+    return m_Run.IsUnderWay() ? "started" : m_Run.m_Result + ", " + m_Run.m_Reason;
   }
 
   const RunOptions& m_Options;
   CommandContext& m_Context;
   AgentApi m_Agent;
-  std::optional<AgentApi::Attributes> m_Before;
-  std::optional<HandlerRun> m_Run;
-  AEvent m_Pause{AEvent::AutoReset};  // nobody sets it
+  HandlerRun m_Before;
+  HandlerRun m_Run;
 };
 
 }  // namespace

@@ -32,23 +32,39 @@ class RunCommand : public Client {
 }  // namespace
 
 TEST_F(RunCommand, TellsThatARunHasStarted) {
-  EXPECT_EQ(0, Become({{"state", "running"}, {"start", "1781524801"}})) << Err();
+  EXPECT_EQ(0, Become({{"state", "running"}, {"number", "2"}, {"start", "1781524801"}})) << Err();
   EXPECT_EQ("backup: started\n", Out());
 }
 
 TEST_F(RunCommand, TellsWhatARunWaitsFor) {
-  EXPECT_EQ(0, Become({{"state", "waiting"}, {"reason", "200 runs go on"}})) << Err();
+  EXPECT_EQ(0, Become({{"state", "waiting"}, {"number", "2"}, {"reason", "200 runs go on"}}))
+      << Err();
   EXPECT_EQ("backup: waits to be started: 200 runs go on\n", Out());
-  EXPECT_EQ(0, Become({{"state", "running"}, {"start", "1781524801"}, {"queued", "1781524802"}}));
+  EXPECT_EQ(0, Become({{"state", "running"}, {"number", "1"}, {"queued", "1781524802"}}));
   EXPECT_EQ("backup: waits for the end of the run that goes on\n", Out());
 }
 
 TEST_F(RunCommand, FailsWithARunThatWasLeftOut) {
-  EXPECT_EQ(1, Become({{"state", "running"},
-                       {"start", "1781524801"},
-                       {"skipped", "1781524802"},
-                       {"skipReason", "its previous run goes on"}}));
+  RunTexts run{{"state", "running"},
+               {"number", "1"},
+               {"skipped", "1781524802"},
+               {"skipReason", "its previous run goes on"},
+               {"skips", "1"}};
+  EXPECT_EQ(1, Become(run));
   EXPECT_EQ("backup: left out: its previous run goes on\n", Out());
+  run["skips"] = "2";
+  EXPECT_EQ(1, Become(run)) << "another one in the same second";
+  EXPECT_EQ("backup: left out: its previous run goes on\n", Out());
+}
+
+TEST_F(RunCommand, DoesNotTakeAStartThatWasLeftOutDuringTheRunForItsOwn) {
+  RunTexts run = Ended("Ok", "2");
+  run["skipped"] = "1781524801";
+  run["skipReason"] = "its previous run goes on";
+  run["skips"] = "1";
+  m_Agent.SetRunByHand(run);
+  EXPECT_EQ(0, Run({"run", "backup", "--wait"})) << Err();
+  EXPECT_EQ("backup: Ok, exit status 1 after 2.3 s\n", Out());
 }
 
 TEST_F(RunCommand, TellsARunFromAnotherOfTheSameSecond) {
