@@ -1,5 +1,7 @@
 #include "agent/phrase/PhraseSearch.h"
 
+#include "agent/document/TaskTriggers.h"
+#include "agent/document/TaskWriter.h"
 #include "agent/phrase/PhraseReader.h"
 #include "agent/phrase/PhraseText.h"
 #include "agent/phrase/PhraseTriggers.h"
@@ -62,7 +64,19 @@ std::vector<long> RunsAfter(long asked, const std::vector<TriggerRule>& triggers
   return runs;
 }
 
-// From words to triggers, later to words, and to triggers again.
+/// What the scheduler reads in the document that has these triggers.
+std::vector<TriggerRule> AsDocument(const std::vector<TriggerRule>& triggers) {
+  const std::string document =
+      NoxAgent::WriteTaskDocument({triggers, "{7C0A1D52-3B4E-4F6A-9A51-2D8E6C9B4F10}", "a & b"});
+  std::vector<TriggerRule> read;
+  for (const auto& rule : NoxAgent::ReadTriggerRules(document)) {
+    read.push_back(rule.value());
+  }
+  EXPECT_TRUE(read == triggers) << document;
+  return read;
+}
+
+// From words to a document, later to words, and to a document again.
 void GoRound(std::uint64_t seed, const char* zoneRule) {
   const VirtualTime::Zone zone(zoneRule);
   Random random(seed);
@@ -79,7 +93,7 @@ void GoRound(std::uint64_t seed, const char* zoneRule) {
       << PhraseText(ReadPhrase({words}, calendar, made), calendar);
   std::vector<TriggerRule> triggers;
   try {
-    triggers = MakeTriggers(phrase, calendar, made);
+    triggers = AsDocument(MakeTriggers(phrase, calendar, made));
   } catch (const PhraseError&) {
     return;  // the words say something that no document can
   }
@@ -91,7 +105,8 @@ void GoRound(std::uint64_t seed, const char* zoneRule) {
   const Phrase read = finding.m_Phrase.empty() ? Phrase() : ReadPhrase({again}, calendar, asked);
   ASSERT_TRUE(read == finding.m_Phrase) << again;
   const auto expected = RunsAfter(asked, triggers, made, calendar);
-  const auto runs = RunsAfter(asked, MakeTriggers(read, calendar, asked), asked, calendar);
+  const auto runs =
+      RunsAfter(asked, AsDocument(MakeTriggers(read, calendar, asked)), asked, calendar);
   EXPECT_TRUE(expected == runs) << "asked at " << Show(asked) << ": " << again << "\n"
                                 << FirstDifference(expected, runs);
 }
