@@ -1,5 +1,6 @@
 #include "agent/phrase/PhraseTimes.h"
 
+#include "agent/phrase/PhraseUnits.h"
 #include "agent/phrase/PhraseValues.h"
 
 #include <algorithm>
@@ -8,13 +9,11 @@ namespace NoxAgent {
 
 namespace {
 
-constexpr long Minute = 60;
-constexpr long Hour = 3600;
-constexpr long DaySeconds = LocalCalendar::SecondsPerDay;
-
 // The nearest step on either side that a day is a multiple of.
 std::string NearestDivisors(long interval) {
-  const long unit = interval % Hour == 0 ? Hour : interval % Minute == 0 ? Minute : 1;
+  const long unit = interval % HourSeconds == 0     ? HourSeconds
+                    : interval % MinuteSeconds == 0 ? MinuteSeconds
+                                                    : 1;
   long shorter = interval, longer = interval;
   while (shorter > 0 && DaySeconds % shorter != 0) {
     shorter -= unit;
@@ -81,7 +80,7 @@ std::vector<PhraseTime> AllDay(long interval, const LocalCalendar& calendar) {
     return EveryClock(interval);
   }
   PhraseTime first{0, interval, DaySeconds - change.m_On - interval};
-  while (first.m_Duration % Minute != 0) {
+  while (first.m_Duration % MinuteSeconds != 0) {
     first.m_Duration -= interval;
   }
   const long last = DaySeconds - interval;
@@ -89,19 +88,20 @@ std::vector<PhraseTime> AllDay(long interval, const LocalCalendar& calendar) {
     return {first};
   }
   long duration = 0;
-  while (duration % Minute != 0 || last - duration > first.m_Duration - change.m_Back + interval) {
+  while (duration % MinuteSeconds != 0 ||
+         last - duration > first.m_Duration - change.m_Back + interval) {
     duration += interval;
   }
   return {first, {last - duration, duration == 0 ? 0 : interval, duration}};
 }
 
 void RequireMinutes(const PhraseRule& rule) {
-  if (rule.m_Duration % Minute != 0) {
-    const long minutes = rule.m_Duration / Minute;
+  if (rule.m_Duration % MinuteSeconds != 0) {
+    const long minutes = rule.m_Duration / MinuteSeconds;
     throw PhraseError("a repetition goes on for whole minutes, not for " +
                       LengthWords(rule.m_Duration) + "; the nearest are " +
-                      (minutes == 0 ? "" : LengthWords(minutes * Minute) + " and ") +
-                      LengthWords((minutes + 1) * Minute));
+                      (minutes == 0 ? "" : LengthWords(minutes * MinuteSeconds) + " and ") +
+                      LengthWords((minutes + 1) * MinuteSeconds));
   }
   if (rule.m_Interval > rule.m_Duration) {
     throw PhraseError("every " + LengthWords(rule.m_Interval) + " for " +

@@ -5,6 +5,7 @@
 #include "agent/phrase/CronWords.h"
 #include "agent/phrase/DayChoice.h"
 #include "agent/phrase/PhraseTimes.h"
+#include "agent/phrase/PhraseUnits.h"
 #include "agent/phrase/PhraseValues.h"
 #include "agent/schedule/ScheduleComparison.h"
 #include "agent/schedule/SchedulerTrigger.h"
@@ -21,8 +22,6 @@ namespace NoxAgent {
 namespace {
 
 using Days = PhraseRule::Days;
-
-constexpr long Minute = 60;
 
 // The triggers of one rule.
 class TriggerMaker {
@@ -159,12 +158,12 @@ class TriggerMaker {
       rest.m_Begin = next;
       rest.m_End = m_Rule.m_Until;
       rest.m_KillAtEnd = m_Rule.m_Stops;
-      const bool isRest = (end - next) % Minute == 0;
+      const bool isRest = (end - next) % MinuteSeconds == 0;
       if (isRest && end - next >= interval) {
         rest.m_IntervalSeconds = interval;
       }
       if (rest.m_IntervalSeconds != 0 || m_Rule.m_Stops) {
-        rest.m_DurationSeconds = (end - next) / Minute * Minute;
+        rest.m_DurationSeconds = (end - next) / MinuteSeconds * MinuteSeconds;
       }
       if (m_Rule.m_Until == NoTime || next <= m_Rule.m_Until) {
         Add(rest);
@@ -318,7 +317,8 @@ void RefuseLosses(const TriggerRule& trigger, const LocalCalendar& calendar, lon
   }
   TriggerRule shorter = trigger;
   do {
-    shorter.m_DurationSeconds -= std::max(Minute, trigger.m_IntervalSeconds / Minute * Minute);
+    shorter.m_DurationSeconds -=
+        std::max(MinuteSeconds, trigger.m_IntervalSeconds / MinuteSeconds * MinuteSeconds);
   } while (shorter.m_DurationSeconds > 0 && LosesRuns(shorter, calendar, now));
   throw PhraseError("the scheduler would lose repetitions of every " +
                     LengthWords(trigger.m_IntervalSeconds) + " for " +

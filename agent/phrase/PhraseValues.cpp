@@ -1,5 +1,6 @@
 #include "agent/phrase/PhraseValues.h"
 
+#include "agent/phrase/PhraseUnits.h"
 #include "agent/schedule/LocalCalendar.h"
 #include "agent/schedule/TriggerRule.h"
 
@@ -14,10 +15,6 @@ namespace NoxAgent {
 namespace {
 
 using Names = std::vector<std::string>;
-
-constexpr long MinuteSeconds = 60;
-constexpr long HourSeconds = 3600;
-constexpr long DaySeconds = 86400;
 constexpr long LongestYears = 10;
 
 const Names& WeekdayNames() {

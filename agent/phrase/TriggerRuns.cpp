@@ -1,5 +1,6 @@
 #include "agent/phrase/TriggerRuns.h"
 
+#include "agent/phrase/PhraseUnits.h"
 #include "agent/schedule/SchedulerTrigger.h"
 
 #include <algorithm>
@@ -22,7 +23,6 @@ TriggerRun RunOf(long start, const TriggerRule& rule) {
 // What is left of the run after `now`, as documents can say it: a period is whole minutes, so some
 // repetitions may stand by themselves.
 void AddRest(TriggerRun run, long end, long now, std::vector<TriggerRun>& runs) {
-  constexpr long Minute = 60;
   if (run.m_First <= now && run.m_Step == 0) {
     return;
   }
@@ -30,11 +30,11 @@ void AddRest(TriggerRun run, long end, long now, std::vector<TriggerRun>& runs) 
   if (begin <= now) {
     run.m_First = now - (now - begin) % run.m_Step + run.m_Step;
   }
-  for (; begin <= now && (end - run.m_First) % Minute != 0; run.m_First += run.m_Step) {
+  for (; begin <= now && (end - run.m_First) % MinuteSeconds != 0; run.m_First += run.m_Step) {
     if (run.m_First > run.m_Last) {
       return;
     }
-    const long minutes = (end - run.m_First) / Minute * Minute;
+    const long minutes = (end - run.m_First) / MinuteSeconds * MinuteSeconds;
     runs.push_back(
         {run.m_First, 0, run.m_First, run.m_Stop == NoTime ? NoTime : run.m_First + minutes});
   }

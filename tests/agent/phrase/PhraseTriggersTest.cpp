@@ -20,28 +20,28 @@ using TestSupport::Day;
 
 namespace {
 
-constexpr const char* Noon = "2026-11-23 12:03:00";  // a Monday
+constexpr const char* Monday = "2026-11-23 12:03:00";
 
 class PhraseTriggers : public testing::Test {
  protected:
   explicit PhraseTriggers(const char* zone = TestSupport::NewYork)
-      : m_Zone(zone), m_Calendar(Local(Noon) - 366 * Day) {}
+      : m_Zone(zone), m_Calendar(Local(Monday) - 366 * Day) {}
 
   std::vector<TriggerRule> Make(const std::string& words) const {
-    const long now = Local(Noon);
+    const long now = Local(Monday);
     return MakeTriggers(NoxAgent::ReadPhrase({words}, m_Calendar, now), m_Calendar, now);
   }
 
-  /// Those after `from` of a task that is added at Noon.
+  /// Those after `from` of a task that is added at Monday.
   std::vector<long> RunsBetween(const std::string& words, long from, long until) const {
-    auto runs = RunsOf(Make(words), m_Calendar, Local(Noon), until);
+    auto runs = RunsOf(Make(words), m_Calendar, Local(Monday), until);
     std::erase_if(runs, [from](long run) { return run <= from; });
     return runs;
   }
 
   /// The first runs after a moment.
   std::string Runs(const std::string& words, std::size_t count,
-                   const std::string& from = Noon) const {
+                   const std::string& from = Monday) const {
     const auto runs = RunsBetween(words, Local(from), Local(from) + 800 * Day);
     std::string text;
     for (std::size_t i = 0; i < std::min(count, runs.size()); ++i) {
