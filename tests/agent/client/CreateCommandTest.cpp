@@ -48,7 +48,7 @@ class Editor {
   Editor& operator=(const Editor&) = delete;
 };
 
-constexpr const char* Daily =
+constexpr const char* DailyAtEight =
     "<Trigger Type=\"1\"><BeginDate>2026/06/16 08:00:00</BeginDate></Trigger>";
 
 }  // namespace
@@ -138,7 +138,7 @@ TEST_F(CreateCommand, RefusesWordsItDoesNotUnderstand) {
 }
 
 TEST_F(CreateCommand, DoesNotReplaceATaskUnlessTold) {
-  m_Agent.SetTask("backup", {TaskXml(Daily), true, {}});
+  m_Agent.SetTask("backup", {TaskXml(DailyAtEight), true, {}});
   EXPECT_EQ(1, Run(Line({"backup", "daily at 02:30"})));
   ExpectError("there is a task backup already");
   ExpectNothingAdded();
@@ -196,7 +196,7 @@ TEST_F(CreateCommand, WritesKeysAndVariablesOfTheJob) {
 }
 
 TEST_F(CreateCommand, DescribeSaysADocumentInWords) {
-  const std::string file = FileWith(TaskXml(Daily, "2026-06-15 08:00:00 Ok"));
+  const std::string file = FileWith(TaskXml(DailyAtEight, "2026-06-15 08:00:00 Ok"));
   EXPECT_EQ(0, Run({"describe", file})) << Err();
   EXPECT_EQ("daily at 08:00\n", Out());
   EXPECT_EQ(0, Run({"describe", "--json", file})) << Err();
@@ -227,13 +227,13 @@ TEST_F(CreateCommand, DescribeTellsApartWhatHasNoWords) {
 }
 
 TEST_F(CreateCommand, DescribeTellsOfTheAgentsTaskAsTheSchedulerHasIt) {
-  m_Agent.SetTask("backup", {TaskXml(Daily), true, {{"t3", "-1"}, {"t5", "0"}}});
+  m_Agent.SetTask("backup", {TaskXml(DailyAtEight), true, {{"t3", "-1"}, {"t5", "0"}}});
   EXPECT_EQ(0, Run({"describe", "backup"})) << Err();
   EXPECT_EQ("daily at 08:00\nThe task is disabled: until it is enabled nothing runs.\n", Out());
 }
 
 TEST_F(CreateCommand, EditWritesDocumentAndJob) {
-  m_Agent.SetTask("backup", {TaskXml(Daily), true, {{"t3", "-1"}, {"t5", "1"}}});
+  m_Agent.SetTask("backup", {TaskXml(DailyAtEight), true, {{"t3", "-1"}, {"t5", "1"}}});
   m_Agent.SetJob("backup", "[Job]\ncommand = ls\n");
   const Editor editor("sed -i s/08:00/09:30/ \"$1\"; sed -i s/ls/df/ \"$2\"");
   EXPECT_EQ(0, Run({"edit", "backup"})) << Err();
@@ -242,7 +242,7 @@ TEST_F(CreateCommand, EditWritesDocumentAndJob) {
 }
 
 TEST_F(CreateCommand, EditAsksAgainUntilBothAreRight) {
-  m_Agent.SetTask("backup", {TaskXml(Daily), true, {{"t3", "-1"}, {"t5", "1"}}});
+  m_Agent.SetTask("backup", {TaskXml(DailyAtEight), true, {{"t3", "-1"}, {"t5", "1"}}});
   m_Agent.SetJob("backup", "[Job]\ncommand = ls\n");
   // The second time it is mended.
   const Editor editor(
@@ -254,7 +254,7 @@ TEST_F(CreateCommand, EditAsksAgainUntilBothAreRight) {
 }
 
 TEST_F(CreateCommand, EditChangesNothingWhenItIsGivenUp) {
-  m_Agent.SetTask("backup", {TaskXml(Daily), true, {}});
+  m_Agent.SetTask("backup", {TaskXml(DailyAtEight), true, {}});
   m_Agent.SetJob("backup", "[Job]\ncommand = ls\n");
   const Editor editor("sed -i s/command/comand/ \"$2\"; sed -i s/08:00/09:30/ \"$1\"");
   EXPECT_EQ(2, Run({"edit", "backup"}, "n\n"));
@@ -266,11 +266,11 @@ TEST_F(CreateCommand, EditChangesNothingWhenItIsGivenUp) {
   EXPECT_TRUE(std::filesystem::exists(kept + "/backup.job")) << kept;
   (void)std::filesystem::remove_all(kept);
   EXPECT_EQ("[Job]\ncommand = ls\n", m_Agent.Job("backup"));
-  EXPECT_EQ(TaskXml(Daily), m_Agent.Document("backup"));
+  EXPECT_EQ(TaskXml(DailyAtEight), m_Agent.Document("backup"));
 }
 
 TEST_F(CreateCommand, EditTellsThatNothingWasChanged) {
-  m_Agent.SetTask("backup", {TaskXml(Daily), true, {}});
+  m_Agent.SetTask("backup", {TaskXml(DailyAtEight), true, {}});
   const Editor editor("true");
   EXPECT_EQ(0, Run({"edit", "backup"})) << Err();
   EXPECT_EQ("nothing was changed\n", Out());
@@ -283,7 +283,7 @@ TEST_F(CreateCommand, EditTellsThatNothingWasChanged) {
 
 TEST_F(CreateCommand, DeleteTakesTheJobAlong) {
   for (const char* const id : {"backup", "report"}) {
-    m_Agent.SetTask(id, {TaskXml(Daily), true, {}});
+    m_Agent.SetTask(id, {TaskXml(DailyAtEight), true, {}});
     m_Agent.SetJob(id, "[Job]\ncommand = ls\n");
   }
   EXPECT_EQ(0, Run({"delete", "backup"})) << Err();
@@ -293,7 +293,7 @@ TEST_F(CreateCommand, DeleteTakesTheJobAlong) {
 }
 
 TEST_F(CreateCommand, DeleteTellsOfAJobThatItMayNotDelete) {
-  m_Agent.SetTask("backup", {TaskXml(Daily), true, {}});
+  m_Agent.SetTask("backup", {TaskXml(DailyAtEight), true, {}});
   m_Agent.KeepJobs();
   EXPECT_EQ(0, Run({"delete", "backup"}));
   EXPECT_EQ("deleted backup\n", Out());
