@@ -3,8 +3,8 @@
 namespace NoxHandler {
 
 const WaitClock& WaitClock::Usual() {
-  static const WaitClock usual;
-  return usual;
+  static const WaitClock System;
+  return System;
 }
 
 }  // namespace NoxHandler
