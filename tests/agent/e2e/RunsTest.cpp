@@ -46,6 +46,23 @@ TEST_F(Runs, SayFailedWhenTheCommandFails) {
   EXPECT_TRUE(WaitForState("a", "Failed"));
 }
 
+// The scheduler takes the task for finished; the handler knows better, and so does the next agent.
+TEST_F(Runs, AreNotTriedAgainWhenTheJobSaysSoAndAreStillToldAsFailed) {
+  const auto row = [&] { return Ctl({"list"}).m_Output; };
+  StartAgent();
+  AddAsapTask("a", "echo run >> runs; exit 3", "retry = never");
+  EXPECT_TRUE(WaitForState("a", "Ok"));
+  EXPECT_NE(row().find("Failed"), std::string::npos) << row();
+  EXPECT_EQ(StopAgent(), 0);
+  StartAgent();
+  EXPECT_NE(row().find("Failed"), std::string::npos) << row();
+  const std::string reason = Ctl({"explain", "a"}).m_Output;
+  EXPECT_NE(reason.find(" failed: exit status 3 after "), std::string::npos) << reason;
+  AddAsapTask("b", "exit 0");
+  EXPECT_TRUE(WaitForState("b", "Ok"));  // the scheduler has looked at all tasks
+  EXPECT_EQ(CountLines("runs"), 1U);
+}
+
 TEST_F(Runs, SayFailedWithoutAJob) {
   StartAgent();
   AddTask("a", "<Trigger Type='-1'/>");
