@@ -2,7 +2,6 @@
 
 #include "agent/handler/Log.h"
 #include "agent/handler/job/Duration.h"
-#include "agent/handler/run/OutputFile.h"
 #include "agent/handler/system/WallClock.h"
 #include "agent/handler/task/DueTime.h"
 #include "agent/handler/task/Splay.h"
@@ -38,10 +37,11 @@ const char* WhyNoneFollows(Run::EndReason reason) {
 }  // namespace
 
 Attempts::Attempts(const TaskBatch::Entry& entry, Job job, const HandlerSettings& settings,
-                   RunRecords& records, const WaitClock& clock)
+                   OutputFiles& outputs, RunRecords& records, const WaitClock& clock)
     : m_Entry(entry),
       m_Job(std::move(job)),
       m_Settings(settings),
+      m_Outputs(outputs),
       m_Records(records),
       m_Clock(clock),
       m_Attempt{0, m_Job.m_Retry.m_Times + 1},
@@ -80,7 +80,8 @@ void Attempts::Begin() {
   ++m_Attempt.m_Number;
   m_Start = m_Start.value_or(WallSeconds());
   try {
-    m_Run = std::make_unique<Run>(m_Entry, m_Job, m_Attempt, m_PeriodEnd, m_Settings, m_Records);
+    m_Run = std::make_unique<Run>(m_Entry, m_Job, m_Attempt, m_PeriodEnd, m_Settings,
+                                  m_Outputs.Of(m_Entry.m_TaskId), m_Records);
   } catch (const std::bad_alloc&) {
     NoteFailedStart("the agent has no memory left");
   } catch (const std::exception& error) {
@@ -176,11 +177,7 @@ void Attempts::End(Run::EndReason reason) {
 }
 
 void Attempts::AppendNote(const AString& text) {
-  if (m_Run) {
-    m_Run->AppendNote(text);
-  } else {
-    OutputFile(m_Settings.OutputFile(m_Entry.m_TaskId)).AppendNote(text);
-  }
+  m_Outputs.Of(m_Entry.m_TaskId)->AppendNote(text);
 }
 
 bool Attempts::IsFinal() const {

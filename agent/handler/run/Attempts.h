@@ -3,6 +3,7 @@
 #include "agent/handler/HandlerSettings.h"
 #include "agent/handler/job/Job.h"
 #include "agent/handler/run/AttemptNumber.h"
+#include "agent/handler/run/OutputFiles.h"
 #include "agent/handler/run/Run.h"
 #include "agent/handler/run/RunRecords.h"
 #include "agent/handler/system/WaitClock.h"
@@ -27,9 +28,9 @@ namespace NoxHandler {
 class Attempts {
  public:
   /// Nothing begins yet. The first attempt is ready when the task's share of the job's splay has
-  /// passed since it was handed over. The references to the last three are borrowed.
+  /// passed since it was handed over. The references to the last four are borrowed.
   Attempts(const TaskBatch::Entry& entry, Job job, const HandlerSettings& settings,
-           RunRecords& records, const WaitClock& clock);
+           OutputFiles& outputs, RunRecords& records, const WaitClock& clock);
   Attempts(const Attempts&) = delete;
   Attempts& operator=(const Attempts&) = delete;
 
@@ -68,8 +69,6 @@ class Attempts {
   /// Ends it for good, before its time: no attempt follows. One that goes on is asked to end. A
   /// second call changes nothing.
   void End(Run::EndReason reason);
-  /// A line of the handler's own in the task's output file.
-  void AppendNote(const BaseSDK::AString& text);
 
   /// Whether the last attempt succeeded. REQUIRES: IsOver().
   bool Succeeded() const { return m_Succeeded; }
@@ -92,11 +91,13 @@ class Attempts {
 
  private:
   void Conclude(bool succeeded, const BaseSDK::AString& outcome);
+  void AppendNote(const BaseSDK::AString& text);
   void NoteFailedStart(const BaseSDK::AString& reason);
 
   const TaskBatch::Entry m_Entry;
   const Job m_Job;
   const HandlerSettings& m_Settings;
+  OutputFiles& m_Outputs;
   RunRecords& m_Records;
   const WaitClock& m_Clock;
 

@@ -11,6 +11,7 @@
 #include <csignal>
 #include <cstring>
 #include <random>
+#include <utility>
 
 using BaseSDK::ALogger;
 using BaseSDK::AString;
@@ -53,7 +54,8 @@ AString CommandText(const Job& job) {
 }  // namespace
 
 Run::Run(const TaskBatch::Entry& entry, const Job& job, const AttemptNumber& attempt,
-         std::optional<long> periodEnd, const HandlerSettings& settings, RunRecords& records)
+         std::optional<long> periodEnd, const HandlerSettings& settings,
+         std::shared_ptr<OutputFile> output, RunRecords& records)
     : m_TaskId(entry.m_TaskId),
       m_Token(MakeToken()),
       m_Attempt(attempt),
@@ -66,7 +68,7 @@ Run::Run(const TaskBatch::Entry& entry, const Job& job, const AttemptNumber& att
       m_FirstPid(m_Child.Pid()),
       m_Session(m_FirstPid),
       m_LogOutput(settings.m_LogOutput),
-      m_Output(settings.OutputFile(m_TaskId)) {
+      m_Output(std::move(output)) {
   const auto process = ProcessTable::Find(m_FirstPid);
   const RunRecord record{m_FirstPid, process ? process->m_StartTicks : 0, ProcessTable::BootId(),
                          m_Token};
@@ -156,7 +158,7 @@ bool Run::TakeOutput() {
     return false;
   }
   const std::string_view bytes(buffer.data(), static_cast<std::size_t>(got));
-  m_Output.Append(bytes);
+  m_Output->Append(bytes);
   LogLines(m_Lines.Add(bytes));
   return true;
 }
@@ -202,7 +204,7 @@ void Run::Finish() {
   LogLines(m_Lines.Finish());
   m_StartFailure = m_Child.StartFailure();
   m_Outcome = DescribeEnd();
-  m_Output.AppendNote(m_Outcome);
+  m_Output->AppendNote(m_Outcome);
   const bool succeeded = Succeeded();
   ALOG(HandlerLog(), succeeded ? ALogger::Information : ALogger::Warning, HandlerSource,
        AString(succeeded ? "Task '%1' succeeded: %2" : "Task '%1' failed: %2")

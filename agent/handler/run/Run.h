@@ -15,6 +15,7 @@
 #include <poll.h>
 
 #include <chrono>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -35,10 +36,11 @@ class Run {
   enum class EndReason { None, Timeout, PeriodEnd, Replaced, Shutdown };
 
   /// Starts the command; `attempt` says which one it is of the task's run. `periodEnd` is the
-  /// wall-clock moment at which the run is to end, if any. Throws JobError when it cannot be
-  /// started; nothing is left running then. Both references are borrowed.
+  /// wall-clock moment at which the run is to end, if any, and `output` the task's file. Throws
+  /// JobError when it cannot be started; nothing is left running then. `records` is borrowed.
   Run(const TaskBatch::Entry& entry, const Job& job, const AttemptNumber& attempt,
-      std::optional<long> periodEnd, const HandlerSettings& settings, RunRecords& records);
+      std::optional<long> periodEnd, const HandlerSettings& settings,
+      std::shared_ptr<OutputFile> output, RunRecords& records);
   Run(const Run&) = delete;
   Run& operator=(const Run&) = delete;
 
@@ -56,8 +58,6 @@ class Run {
   /// Asks the run's processes to end (TERM); Advance kills them when the grace has passed. A second
   /// call changes nothing.
   void End(EndReason reason);
-  /// A line of the handler's own in the task's output file.
-  void AppendNote(const BaseSDK::AString& text) { m_Output.AppendNote(text); }
 
   /// Whether the last process is gone; the run's record on disk is then gone too.
   bool IsOver() const { return m_IsOver; }
@@ -96,7 +96,7 @@ class Run {
   Session m_Session;
   const bool m_LogOutput;
   LineSplitter m_Lines;
-  OutputFile m_Output;
+  const std::shared_ptr<OutputFile> m_Output;
 
   EndReason m_Reason = EndReason::None;
   std::optional<ChildProcess::Outcome> m_End;  ///< once the command has ended

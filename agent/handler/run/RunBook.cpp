@@ -1,7 +1,6 @@
 #include "agent/handler/run/RunBook.h"
 
 #include "agent/handler/Log.h"
-#include "agent/handler/run/OutputFile.h"
 #include "agent/handler/system/WallClock.h"
 
 #include <AgentInterfacesV3/AMsgGroup.h>
@@ -29,6 +28,7 @@ void LogDue(const AString& taskId, const AString& but) {
 
 RunBook::RunBook(const HandlerSettings& settings)
     : m_Settings(settings),
+      m_Outputs(settings),
       m_Failures(settings.m_RecordPath),
       m_Scheduler(settings.m_SchedulerClassId) {
   RememberFailures();
@@ -78,15 +78,10 @@ void RunBook::NoteEcho(const AString& taskId, const AString& why) const {
   LogDue(taskId, AString("%1: left out").Arg(why));
 }
 
-void RunBook::NoteSkip(const AString& taskId, const AString& why, Attempts* attempts) {
+void RunBook::NoteSkip(const AString& taskId, const AString& why) {
   LogDue(taskId, AString("%1: left out").Arg(why));
   m_Latest.NoteSkip(taskId, why, WallSeconds());
-  const AString note = AString("left out: %1").Arg(why);
-  if (attempts != nullptr) {
-    attempts->AppendNote(note);  // a run has the file open
-  } else {
-    OutputFile(m_Settings.OutputFile(taskId)).AppendNote(note);
-  }
+  m_Outputs.Of(taskId)->AppendNote(AString("left out: %1").Arg(why));
 }
 
 // Without its job nobody knows what is to become of a task that failed: the scheduler decides.
@@ -95,12 +90,13 @@ void RunBook::NoteNoJob(const AString& taskId, const AString& reason) {
        AString("Task '%1' failed: %2").Arg(taskId, reason));
   const long now = WallSeconds();
   m_Latest.NoteEnd(taskId, {now, now, false, false, reason});
-  OutputFile(m_Settings.OutputFile(taskId)).AppendNote(reason);
+  m_Outputs.Of(taskId)->AppendNote(reason);
   m_Failures.Forget(taskId);
   Report({{taskId, "Failed"}});
 }
 
-const char* RunBook::NoteEnd(Attempts& attempts, const std::optional<LatestRuns::Facts>& before) {
+const char* RunBook::NoteEnd(const Attempts& attempts,
+                             const std::optional<LatestRuns::Facts>& before) {
   return attempts.HasBegun() ? NoteRunEnd(attempts) : NoteLeftOut(attempts, before);
 }
 
@@ -118,10 +114,10 @@ const char* RunBook::NoteRunEnd(const Attempts& attempts) {
 }
 
 // Were it not finished to the scheduler, it would come again within the hour, later still.
-const char* RunBook::NoteLeftOut(Attempts& attempts,
+const char* RunBook::NoteLeftOut(const Attempts& attempts,
                                  const std::optional<LatestRuns::Facts>& before) {
   const AString& taskId = attempts.Entry().m_TaskId;
-  NoteSkip(taskId, attempts.Outcome(), &attempts);
+  NoteSkip(taskId, attempts.Outcome());
   m_Latest.NoteLeftOut(taskId, before, attempts.Outcome(), WallSeconds());
   if (const auto facts = m_Latest.Find(taskId); facts && facts->m_IsFinal) {
     m_Failures.Note(taskId, {*facts->m_Start, *facts->m_End, facts->m_Reason});

@@ -4,6 +4,7 @@
 #include "agent/handler/run/Attempts.h"
 #include "agent/handler/run/FinalFailures.h"
 #include "agent/handler/run/LatestRuns.h"
+#include "agent/handler/run/OutputFiles.h"
 #include "agent/handler/task/StateReporter.h"
 #include "agent/handler/task/TaskBatch.h"
 
@@ -23,6 +24,7 @@ class RunBook {
 
   /// What became of the tasks' runs. [any thread]
   const LatestRuns& Latest() const { return m_Latest; }
+  OutputFiles& Outputs() { return m_Outputs; }
   /// The way to the scheduler.
   StateReporter& Scheduler() { return m_Scheduler; }
   const StateReporter& Scheduler() const { return m_Scheduler; }
@@ -35,8 +37,8 @@ class RunBook {
   void NoteQueued(const BaseSDK::AString& taskId, const char* how);
   /// The scheduler has only read the task again: no start is lost.
   void NoteEcho(const BaseSDK::AString& taskId, const BaseSDK::AString& why) const;
-  /// A start is left out. `attempts` is the task's run, null when there is none.
-  void NoteSkip(const BaseSDK::AString& taskId, const BaseSDK::AString& why, Attempts* attempts);
+  /// A start is left out.
+  void NoteSkip(const BaseSDK::AString& taskId, const BaseSDK::AString& why);
   /// The task has no job that could be read.
   void NoteNoJob(const BaseSDK::AString& taskId, const BaseSDK::AString& reason);
 
@@ -44,16 +46,17 @@ class RunBook {
   using States = std::map<BaseSDK::AString, const char*>;
   /// A run is over, or was left out before it began: returns the state. `before` is what was known
   /// of the task before the run was handed over.
-  const char* NoteEnd(Attempts& attempts, const std::optional<LatestRuns::Facts>& before);
+  const char* NoteEnd(const Attempts& attempts, const std::optional<LatestRuns::Facts>& before);
   /// Tells the scheduler.
   void Report(const States& states);
 
  private:
   const char* NoteRunEnd(const Attempts& attempts);
-  const char* NoteLeftOut(Attempts& attempts, const std::optional<LatestRuns::Facts>& before);
+  const char* NoteLeftOut(const Attempts& attempts, const std::optional<LatestRuns::Facts>& before);
   void RememberFailures();
 
   const HandlerSettings& m_Settings;
+  OutputFiles m_Outputs;
   LatestRuns m_Latest;
   FinalFailures m_Failures;
   StateReporter m_Scheduler;

@@ -34,12 +34,11 @@ void TaskRuns::EndLeftovers() {
 void TaskRuns::Dispatch(const TaskBatch::Entry& entry) {
   const auto slot = m_Slots.find(entry.m_TaskId);
   if (m_IsStopping) {
-    m_Book.NoteSkip(entry.m_TaskId, HandlerEnds,
-                    slot == m_Slots.end() ? nullptr : slot->second.m_Attempts.get());
+    m_Book.NoteSkip(entry.m_TaskId, HandlerEnds);
   } else if (slot != m_Slots.end()) {
     DispatchToPresent(slot->second, entry);
   } else if (entry.m_NeverRun && m_Book.Scheduler().HasKept(entry.m_TaskId)) {
-    LeaveOut(entry, "it has just run, and its state is yet to be recorded", nullptr);
+    LeaveOut(entry, "it has just run, and its state is yet to be recorded");
   } else {
     m_Book.Scheduler().Cancel(entry.m_TaskId);
     Admit(entry);
@@ -48,12 +47,12 @@ void TaskRuns::Dispatch(const TaskBatch::Entry& entry) {
 
 void TaskRuns::DispatchToPresent(Slot& slot, const TaskBatch::Entry& entry) {
   if (!slot.m_Attempts->HasBegun()) {
-    LeaveOut(entry, "it is waiting to start already", &slot);
+    LeaveOut(entry, "it is waiting to start already");
     return;
   }
   switch (DecideOverlap(slot.m_Attempts->Overlap(), entry.m_NeverRun)) {
     case OverlapRule::Skip:
-      LeaveOut(entry, "its previous run goes on", &slot);
+      LeaveOut(entry, "its previous run goes on");
       break;
     case OverlapRule::Queue:
       Queue(slot, entry);
@@ -66,7 +65,7 @@ void TaskRuns::DispatchToPresent(Slot& slot, const TaskBatch::Entry& entry) {
 
 void TaskRuns::Queue(Slot& slot, const TaskBatch::Entry& entry) {
   if (slot.m_Next) {
-    LeaveOut(entry, "its next run is waiting to start already", &slot);
+    LeaveOut(entry, "its next run is waiting to start already");
     return;
   }
   m_Book.NoteQueued(entry.m_TaskId, "starts after it");
@@ -75,18 +74,18 @@ void TaskRuns::Queue(Slot& slot, const TaskBatch::Entry& entry) {
 
 void TaskRuns::Replace(Slot& slot, const TaskBatch::Entry& entry) {
   if (slot.m_Next) {
-    m_Book.NoteSkip(entry.m_TaskId, "a later start takes its place", slot.m_Attempts.get());
+    m_Book.NoteSkip(entry.m_TaskId, "a later start takes its place");
   }
   m_Book.NoteQueued(entry.m_TaskId, "ending that one first");
   slot.m_Next = entry;
   slot.m_Attempts->End(Run::EndReason::Replaced);
 }
 
-void TaskRuns::LeaveOut(const TaskBatch::Entry& entry, const char* why, Slot* slot) {
+void TaskRuns::LeaveOut(const TaskBatch::Entry& entry, const char* why) {
   if (entry.m_NeverRun) {
     m_Book.NoteEcho(entry.m_TaskId, why);
   } else {
-    m_Book.NoteSkip(entry.m_TaskId, why, slot != nullptr ? slot->m_Attempts.get() : nullptr);
+    m_Book.NoteSkip(entry.m_TaskId, why);
   }
 }
 
@@ -94,8 +93,8 @@ void TaskRuns::Admit(const TaskBatch::Entry& entry) {
   try {
     Job job = Job::Load(m_Settings.JobFile(entry.m_TaskId));
     Slot& slot = m_Slots[entry.m_TaskId];
-    slot.m_Attempts =
-        std::make_unique<Attempts>(entry, std::move(job), m_Settings, m_Records, m_Clock);
+    slot.m_Attempts = std::make_unique<Attempts>(entry, std::move(job), m_Settings,
+                                                 m_Book.Outputs(), m_Records, m_Clock);
     slot.m_Before = m_Book.Latest().Find(entry.m_TaskId);
     if (slot.m_Attempts->IsReady()) {
       LineUp(slot);
@@ -172,7 +171,7 @@ void TaskRuns::BeginStop() {
     auto& [taskId, slot] = *it;
     const bool hasBegun = slot.m_Attempts->HasBegun();
     if (slot.m_Next || !hasBegun) {
-      m_Book.NoteSkip(taskId, HandlerEnds, slot.m_Attempts.get());
+      m_Book.NoteSkip(taskId, HandlerEnds);
       slot.m_Next.reset();
     }
     slot.m_Attempts->End(Run::EndReason::Shutdown);

@@ -62,7 +62,7 @@ class TaskRuns {
   void DispatchToPresent(Slot& slot, const TaskBatch::Entry& entry);
   void Queue(Slot& slot, const TaskBatch::Entry& entry);
   void Replace(Slot& slot, const TaskBatch::Entry& entry);
-  void LeaveOut(const TaskBatch::Entry& entry, const char* why, Slot* slot);
+  void LeaveOut(const TaskBatch::Entry& entry, const char* why);
   void Admit(const TaskBatch::Entry& entry);
   void Fail(const BaseSDK::AString& taskId, const BaseSDK::AString& reason);
   void LineUp(Slot& slot);
