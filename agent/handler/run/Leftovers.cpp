@@ -11,6 +11,7 @@
 #include <csignal>
 #include <map>
 #include <optional>
+#include <string>
 
 using BaseSDK::ALogger;
 using BaseSDK::AString;
@@ -38,11 +39,15 @@ std::optional<Session> SessionOf(const RunRecord& record) {
   return Session(record.m_Pid, record.m_Token);
 }
 
-using Remaining = std::map<AString, Session>;
+struct Leftover {
+  AString m_TaskId;
+  Session m_Session;
+};
+using Remaining = std::map<std::string, Leftover>;  // by the run's token
 
 void DropEnded(Remaining& remaining, RunRecords& records) {
   for (auto it = remaining.begin(); it != remaining.end();) {
-    if (it->second.Refresh()) {
+    if (it->second.m_Session.Refresh()) {
       ++it;
     } else {
       records.Remove(it->first);
@@ -53,8 +58,8 @@ void DropEnded(Remaining& remaining, RunRecords& records) {
 
 void WaitForOneToEnd(const Remaining& remaining, Clock::duration limit) {
   std::vector<pollfd> handles;
-  for (const auto& [taskId, session] : remaining) {
-    for (const FileDescriptor& process : session.EndHandles()) {
+  for (const auto& [token, leftover] : remaining) {
+    for (const FileDescriptor& process : leftover.m_Session.EndHandles()) {
       handles.push_back({process.Get(), POLLIN, 0});
     }
   }
@@ -64,9 +69,9 @@ void WaitForOneToEnd(const Remaining& remaining, Clock::duration limit) {
 
 void WaitUntil(Clock::time_point deadline, Remaining& remaining, RunRecords& records, bool kill) {
   for (auto now = Clock::now(); !remaining.empty() && now < deadline; now = Clock::now()) {
-    for (const auto& [taskId, session] : remaining) {
+    for (const auto& [token, leftover] : remaining) {
       if (kill) {
-        session.Signal(SIGKILL);
+        leftover.m_Session.Signal(SIGKILL);
       }
     }
     WaitForOneToEnd(remaining, std::min<Clock::duration>(deadline - now, LookAgain));
@@ -85,16 +90,17 @@ void Leftovers::End(RunRecords& records, std::chrono::milliseconds grace) {
            AString("Ending the run of task '%1' that an earlier agent left behind (process %2)")
                .Arg(named.m_TaskId, DecimalText(named.m_Record.m_Pid)));
       session->Terminate();
-      remaining.emplace(named.m_TaskId, std::move(*session));
+      remaining.emplace(named.m_Record.m_Token, Leftover{named.m_TaskId, std::move(*session)});
     } else {
-      records.Remove(named.m_TaskId);
+      records.Remove(named.m_Record.m_Token);
     }
   }
   WaitUntil(Clock::now() + grace, remaining, records, false);
   WaitUntil(Clock::now() + HandlerSettings::AfterKill, remaining, records, true);
-  for (const auto& [taskId, session] : remaining) {
+  for (const auto& [token, leftover] : remaining) {
     ALOG(HandlerLog(), ALogger::Error, HandlerSource,
-         AString("Cannot end the earlier run of task '%1': end its processes by hand").Arg(taskId));
+         AString("Cannot end the earlier run of task '%1': end its processes by hand")
+             .Arg(leftover.m_TaskId));
   }
 }
 

@@ -210,7 +210,7 @@ void Run::Finish() {
        AString(succeeded ? "Task '%1' succeeded: %2" : "Task '%1' failed: %2")
            .Arg(m_TaskId, m_Outcome));
   m_Child.Reap();
-  m_Records.Remove(m_TaskId);
+  m_Records.Remove(m_Token);
   m_IsOver = true;
 }
 

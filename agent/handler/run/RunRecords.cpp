@@ -72,7 +72,7 @@ void RunRecords::ReadSlots() {
       continue;
     }
     if (const auto named = NamedRunRecord::Decode(bytes)) {
-      m_Slots[slot] = named->m_TaskId;
+      m_Slots[slot] = named->m_Record.m_Token;
     } else {
       ALOG(HandlerLog(), ALogger::Warning, HandlerSource,
            AString("Deleting the unreadable run record %1 of %2")
@@ -111,28 +111,27 @@ int RunRecords::Write(const NamedRunRecord& named) {
   if (bytes.empty()) {
     return ENAMETOOLONG;
   }
-  const std::size_t slot = SlotFor(named.m_TaskId);
+  const std::size_t slot = SlotFor(named.m_Record.m_Token);
   if (const int error = Put(slot, bytes); error != 0) {
     (void)Put(slot, std::string(SlotBytes, '\0'));
-    m_Slots[slot] = AString();
+    m_Slots[slot].clear();
     return error;
   }
-  m_Slots[slot] = named.m_TaskId;
+  m_Slots[slot] = named.m_Record.m_Token;
   return 0;
 }
 
-void RunRecords::Remove(const AString& taskId) {
-  if (const auto found = std::find(m_Slots.begin(), m_Slots.end(), taskId);
-      found != m_Slots.end()) {
+void RunRecords::Remove(const std::string& token) {
+  if (const auto found = std::find(m_Slots.begin(), m_Slots.end(), token); found != m_Slots.end()) {
     (void)Put(static_cast<std::size_t>(found - m_Slots.begin()), std::string(SlotBytes, '\0'));
-    *found = AString();
+    found->clear();
   }
 }
 
 std::vector<NamedRunRecord> RunRecords::All() const {
   std::vector<NamedRunRecord> records;
   for (std::size_t slot = 0; slot < m_Slots.size(); ++slot) {
-    if (auto named = m_Slots[slot].IsEmpty() ? std::nullopt : NamedRunRecord::Decode(Get(slot))) {
+    if (auto named = m_Slots[slot].empty() ? std::nullopt : NamedRunRecord::Decode(Get(slot))) {
       records.push_back(std::move(*named));
     }
   }
@@ -155,15 +154,15 @@ std::string RunRecords::Get(std::size_t slot) const {
   return bytes;
 }
 
-// The slot that the task has, else a free one. There are more slots than have their space taken
+// The slot that the run has, else a free one. There are more slots than have their space taken
 // only when processes of an earlier agent could not be ended: their records stay.
-std::size_t RunRecords::SlotFor(const AString& taskId) {
-  auto found = std::find(m_Slots.begin(), m_Slots.end(), taskId);
+std::size_t RunRecords::SlotFor(const std::string& token) {
+  auto found = std::find(m_Slots.begin(), m_Slots.end(), token);
   if (found == m_Slots.end()) {
-    found = std::find(m_Slots.begin(), m_Slots.end(), AString());
+    found = std::find(m_Slots.begin(), m_Slots.end(), std::string());
   }
   if (found == m_Slots.end()) {
-    found = m_Slots.insert(found, AString());
+    found = m_Slots.insert(found, std::string());
   }
   return static_cast<std::size_t>(found - m_Slots.begin());
 }

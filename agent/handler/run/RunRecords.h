@@ -6,6 +6,7 @@
 #include <BaseSDK/AString.h>
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -25,10 +26,11 @@ class RunRecords {
   /// cannot be opened or has no space, that is logged, and each Write tries again.
   RunRecords(const BaseSDK::AString& directory, std::size_t slots);
 
-  /// Writes the task's record, in place of an earlier one. 0; or an errno, and there is no record.
+  /// Writes the run's record, in place of an earlier one of it; its token tells which run it is. 0;
+  /// or an errno, and there is no record.
   int Write(const NamedRunRecord& named);
-  /// Clears the task's record, if there is one.
-  void Remove(const BaseSDK::AString& taskId);
+  /// Clears the record of the run with this token, if there is one.
+  void Remove(const std::string& token);
 
   /// All that are there.
   std::vector<NamedRunRecord> All() const;
@@ -40,12 +42,12 @@ class RunRecords {
   bool IsFileGone() const;
   int Put(std::size_t slot, std::string_view bytes) const;
   std::string Get(std::size_t slot) const;
-  std::size_t SlotFor(const BaseSDK::AString& taskId);
+  std::size_t SlotFor(const std::string& token);
 
   const BaseSDK::AString m_FileName;
   const std::size_t m_Reserved;  ///< slots whose space is held
   FileDescriptor m_File;
-  std::vector<BaseSDK::AString> m_Slots;  ///< whose record is in it; empty: free
+  std::vector<std::string> m_Slots;  ///< the token of the run whose record is in it; empty: free
 };
 
 }  // namespace NoxHandler

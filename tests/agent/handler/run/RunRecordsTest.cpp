@@ -8,6 +8,8 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <functional>
+#include <string>
 
 using BaseSDK::ALogger;
 using BaseSDK::AString;
@@ -30,7 +32,12 @@ class RunRecordsTest : public testing::Test {
     return RunRecords(AString(m_Directory.Path().c_str()), slots);
   }
   static int Write(RunRecords& records, const std::string& taskId) {
-    return records.Write({AString::FromUtf8(taskId), {1234, 5678901234567ULL, "boot", "token"}});
+    return records.Write(
+        {AString::FromUtf8(taskId), {1234, 5678901234567ULL, "boot", TokenOf(taskId)}});
+  }
+  // The tests have one run of a task.
+  static std::string TokenOf(const std::string& taskId) {
+    return std::to_string(std::hash<std::string>()(taskId));
   }
   std::vector<std::string> Found() const {
     std::vector<std::string> tasks;
@@ -60,7 +67,7 @@ TEST_F(RunRecordsTest, GivesBackWhatWasWritten) {
   EXPECT_EQ(all[0].m_Record.m_Pid, 1234);
   EXPECT_EQ(all[0].m_Record.m_StartTicks, 5678901234567ULL);
   EXPECT_EQ(all[0].m_Record.m_BootId, "boot");
-  EXPECT_EQ(all[0].m_Record.m_Token, "token");
+  EXPECT_EQ(all[0].m_Record.m_Token, TokenOf("a.b"));
 }
 
 TEST_F(RunRecordsTest, GivesBackEveryName) {
@@ -69,7 +76,7 @@ TEST_F(RunRecordsTest, GivesBackEveryName) {
     auto records = Open();
     ASSERT_EQ(Write(records, name), 0);
     EXPECT_EQ(Found(), Names{name});
-    records.Remove(AString::FromUtf8(name));
+    records.Remove(TokenOf(name));
   }
   const std::string longest(240, 'x');
   auto records = Open();
@@ -85,18 +92,22 @@ TEST_F(RunRecordsTest, ForgetsWhatWasRemoved) {
   auto records = Open();
   ASSERT_EQ(Write(records, "a"), 0);
   ASSERT_EQ(Write(records, "b"), 0);
-  records.Remove("a");
-  records.Remove("c");
+  records.Remove(TokenOf("a"));
+  records.Remove(TokenOf("c"));
   EXPECT_EQ(Found(), Names{"b"});
 }
 
-TEST_F(RunRecordsTest, HasOneOfATask) {
+TEST_F(RunRecordsTest, HasOneOfARunAndAsManyOfATaskAsItHasRuns) {
   auto records = Open();
   ASSERT_EQ(Write(records, "a"), 0);
-  ASSERT_EQ(records.Write({"a", {7, 1, "boot", "token"}}), 0);
+  ASSERT_EQ(records.Write({"a", {7, 1, "boot", TokenOf("a")}}), 0);
+  ASSERT_EQ(records.Write({"a", {8, 1, "boot", "other"}}), 0);
   const auto all = Open().All();
-  ASSERT_EQ(all.size(), 1u);
+  ASSERT_EQ(all.size(), 2u);
   EXPECT_EQ(all[0].m_Record.m_Pid, 7);
+  EXPECT_EQ(all[1].m_Record.m_Pid, 8);
+  records.Remove("other");
+  EXPECT_EQ(Found(), Names{"a"});
 }
 
 TEST_F(RunRecordsTest, HoldsItsSpaceFromTheStart) {
@@ -111,7 +122,7 @@ TEST_F(RunRecordsTest, HoldsItsSpaceFromTheStart) {
     EXPECT_EQ(Write(records, "d"), ENOSPC);
     EXPECT_EQ(Found(), (Names{"a", "b", "c"}));
     for (const char* name : {"b", "a", "c"}) {
-      records.Remove(name);
+      records.Remove(TokenOf(name));
     }
     EXPECT_EQ(Found(), Names{});
   }
