@@ -48,7 +48,7 @@ AString TakeTimeout(Job& job, const AString& value) {
 AString TakeOverlap(Job& job, const AString& value) {
   const auto overlap = ParseOverlap(value);
   job.m_Overlap = overlap.value_or(OverlapRule::Skip);
-  return overlap ? AString() : AString("is to be skip, queue or kill");
+  return overlap ? AString() : AString("is to be skip, queue, kill or allow");
 }
 
 AString TakeRetry(Job& job, const AString& value) {

@@ -11,7 +11,10 @@ std::optional<OverlapRule> ParseOverlap(const AString& word) {
   if (word == AString("queue")) {
     return OverlapRule::Queue;
   }
-  return word == AString("kill") ? std::optional(OverlapRule::Kill) : std::nullopt;
+  if (word == AString("kill")) {
+    return OverlapRule::Kill;
+  }
+  return word == AString("allow") ? std::optional(OverlapRule::Allow) : std::nullopt;
 }
 
 OverlapRule DecideOverlap(OverlapRule wanted, bool neverRun) {

@@ -11,9 +11,10 @@ enum class OverlapRule {
   Skip,   ///< the run is left out
   Queue,  ///< it starts when the previous one ends; one waits at most
   Kill,   ///< the previous one is ended first
+  Allow,  ///< it starts beside the previous one
 };
 
-/// "skip", "queue" or "kill"; empty for any other word.
+/// "skip", "queue", "kill" or "allow"; empty for any other word.
 std::optional<OverlapRule> ParseOverlap(const BaseSDK::AString& word);
 
 /// Decides what becomes of a task that is handed over while its run goes on; `wanted` is the rule

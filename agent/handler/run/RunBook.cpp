@@ -74,6 +74,10 @@ void RunBook::NoteQueued(const AString& taskId, const char* how) {
   m_Latest.NoteQueued(taskId, WallSeconds());
 }
 
+void RunBook::NoteBeside(const AString& taskId) const {
+  LogDue(taskId, "its previous run goes on: starts beside it");
+}
+
 void RunBook::NoteEcho(const AString& taskId, const AString& why) const {
   LogDue(taskId, AString("%1: left out").Arg(why));
 }

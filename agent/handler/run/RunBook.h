@@ -35,6 +35,8 @@ class RunBook {
   void NoteInLine(const Attempts& attempts);
   /// A further start waits for the end of the task's run; `how` says until when.
   void NoteQueued(const BaseSDK::AString& taskId, const char* how);
+  /// A further run of the task begins beside the one that goes on.
+  void NoteBeside(const BaseSDK::AString& taskId) const;
   /// The scheduler has only read the task again: no start is lost.
   void NoteEcho(const BaseSDK::AString& taskId, const BaseSDK::AString& why) const;
   /// A start is left out.

@@ -24,8 +24,7 @@
 namespace NoxHandler {
 
 /// Runs the jobs of due tasks on one thread of its own: it starts them, watches them, ends those
-/// that have to end, and reports to the scheduler how they went. A task never has more than one run
-/// at a time.
+/// that have to end, and reports to the scheduler how they went.
 class Supervisor {
  public:
   /// `clock` is borrowed. Throws std::system_error when the system has no descriptors left.

@@ -8,7 +8,9 @@
 #include <ctime>
 #include <exception>
 #include <iterator>
+#include <limits>
 #include <new>
+#include <utility>
 
 using BaseSDK::ALogger;
 using BaseSDK::AString;
@@ -32,7 +34,7 @@ void TaskRuns::EndLeftovers() {
 }
 
 void TaskRuns::Dispatch(const TaskBatch::Entry& entry) {
-  const auto slot = m_Slots.find(entry.m_TaskId);
+  const auto slot = LatestOf(entry.m_TaskId);
   if (m_IsStopping) {
     m_Book.NoteSkip(entry.m_TaskId, HandlerEnds);
   } else if (slot != m_Slots.end()) {
@@ -43,6 +45,13 @@ void TaskRuns::Dispatch(const TaskBatch::Entry& entry) {
     m_Book.Scheduler().Cancel(entry.m_TaskId);
     Admit(entry);
   }
+}
+
+// The run of the task that was handed over last; the end when there is none.
+std::map<TaskRuns::Key, TaskRuns::Slot>::iterator TaskRuns::LatestOf(const AString& taskId) {
+  const auto next = m_Slots.upper_bound({taskId, std::numeric_limits<std::uint64_t>::max()});
+  const bool isThere = next != m_Slots.begin() && std::prev(next)->first.first == taskId;
+  return isThere ? std::prev(next) : m_Slots.end();
 }
 
 void TaskRuns::DispatchToPresent(Slot& slot, const TaskBatch::Entry& entry) {
@@ -59,6 +68,9 @@ void TaskRuns::DispatchToPresent(Slot& slot, const TaskBatch::Entry& entry) {
       break;
     case OverlapRule::Kill:
       Replace(slot, entry);
+      break;
+    case OverlapRule::Allow:
+      StartBeside(entry);
       break;
   }
 }
@@ -89,39 +101,58 @@ void TaskRuns::LeaveOut(const TaskBatch::Entry& entry, const char* why) {
   }
 }
 
+void TaskRuns::StartBeside(const TaskBatch::Entry& entry) {
+  m_Book.NoteBeside(entry.m_TaskId);
+  Admit(entry);
+}
+
 void TaskRuns::Admit(const TaskBatch::Entry& entry) {
+  const Key key(entry.m_TaskId, ++m_LastNumber);
   try {
     Job job = Job::Load(m_Settings.JobFile(entry.m_TaskId));
-    Slot& slot = m_Slots[entry.m_TaskId];
+    if (const auto earlier = LatestOf(entry.m_TaskId); earlier != m_Slots.end()) {
+      earlier->second.m_IsLatest = false;
+    }
+    Slot& slot = m_Slots[key];
     slot.m_Attempts = std::make_unique<Attempts>(entry, std::move(job), m_Settings,
                                                  m_Book.Outputs(), m_Records, m_Clock);
     slot.m_Before = m_Book.Latest().Find(entry.m_TaskId);
     if (slot.m_Attempts->IsReady()) {
-      LineUp(slot);
+      LineUp(key, slot);
     } else {
-      m_Book.NoteProgress(*slot.m_Attempts);
+      NoteProgress(slot);
     }
   } catch (const std::bad_alloc&) {
-    Fail(entry.m_TaskId, "the agent has no memory left");
+    Fail(key, "the agent has no memory left");
   } catch (const std::exception& error) {
-    Fail(entry.m_TaskId, error.what());
+    Fail(key, error.what());
   }
 }
 
-void TaskRuns::Fail(const AString& taskId, const AString& reason) {
-  m_Slots.erase(taskId);
-  m_Book.NoteNoJob(taskId, reason);
+// While earlier runs of the task go on, it is one of these that is the latest again.
+void TaskRuns::Fail(const Key& key, const AString& reason) {
+  m_Slots.erase(key);
+  m_Book.NoteNoJob(key.first, reason);
+  if (const auto earlier = LatestOf(key.first); earlier != m_Slots.end()) {
+    earlier->second.m_IsLatest = true;
+  }
 }
 
-// Begins the slot's attempt if its time has come, now or in its turn.
-void TaskRuns::LineUp(Slot& slot) {
+void TaskRuns::NoteProgress(const Slot& slot) {
+  if (slot.m_IsLatest && !slot.m_Attempts->IsOver()) {
+    m_Book.NoteProgress(*slot.m_Attempts);
+  }
+}
+
+// Begins the run's attempt if its time has come, now or in its turn.
+void TaskRuns::LineUp(const Key& key, Slot& slot) {
   if (slot.m_IsInLine || !slot.m_Attempts->IsReady()) {
     return;
   }
   slot.m_IsInLine = true;
-  m_Line.push_back(slot.m_Attempts->Entry().m_TaskId);
+  m_Line.push_back(key);
   BeginThoseInLine();
-  if (slot.m_IsInLine) {
+  if (slot.m_IsInLine && slot.m_IsLatest) {
     m_Book.NoteInLine(*slot.m_Attempts);
   }
 }
@@ -145,9 +176,7 @@ void TaskRuns::BeginAttempt(Slot& slot) {
     BeginFirst(attempts);
   }
   m_Running += attempts.IsRunning() ? 1U : 0U;
-  if (!attempts.IsOver()) {
-    m_Book.NoteProgress(attempts);
-  }
+  NoteProgress(slot);
 }
 
 void TaskRuns::BeginFirst(Attempts& attempts) {
@@ -168,10 +197,10 @@ void TaskRuns::BeginStop() {
   m_IsStopping = true;
   m_Line.clear();
   for (auto it = m_Slots.begin(); it != m_Slots.end();) {
-    auto& [taskId, slot] = *it;
+    auto& [key, slot] = *it;
     const bool hasBegun = slot.m_Attempts->HasBegun();
     if (slot.m_Next || !hasBegun) {
-      m_Book.NoteSkip(taskId, HandlerEnds);
+      m_Book.NoteSkip(key.first, HandlerEnds);
       slot.m_Next.reset();
     }
     slot.m_Attempts->End(Run::EndReason::Shutdown);
@@ -180,7 +209,7 @@ void TaskRuns::BeginStop() {
 }
 
 void TaskRuns::AddHandles(std::vector<pollfd>& handles) {
-  for (auto& [taskId, slot] : m_Slots) {
+  for (auto& [key, slot] : m_Slots) {
     slot.m_FirstHandle = handles.size();
     slot.m_Attempts->AddHandles(handles);
     slot.m_HandleCount = handles.size() - slot.m_FirstHandle;
@@ -189,7 +218,7 @@ void TaskRuns::AddHandles(std::vector<pollfd>& handles) {
 
 std::optional<WaitClock::Moment::duration> TaskRuns::Rest() const {
   std::optional<WaitClock::Moment::duration> least;
-  for (const auto& [taskId, slot] : m_Slots) {
+  for (const auto& [key, slot] : m_Slots) {
     if (const auto rest = slot.m_Attempts->Rest()) {
       least = std::min(least.value_or(*rest), *rest);
     }
@@ -199,7 +228,7 @@ std::optional<WaitClock::Moment::duration> TaskRuns::Rest() const {
 
 std::optional<long> TaskRuns::PeriodEnd() const {
   std::optional<long> first;
-  for (const auto& [taskId, slot] : m_Slots) {
+  for (const auto& [key, slot] : m_Slots) {
     if (const auto end = slot.m_Attempts->PeriodEnd()) {
       first = std::min(first.value_or(*end), *end);
     }
@@ -208,31 +237,64 @@ std::optional<long> TaskRuns::PeriodEnd() const {
 }
 
 void TaskRuns::Advance(const std::vector<pollfd>& handles) {
-  std::vector<TaskBatch::Entry> next;
   RunBook::States states;
   for (auto it = m_Slots.begin(); it != m_Slots.end();) {
-    auto& [taskId, slot] = *it;
+    auto& [key, slot] = *it;
     if (NeedsAdvance(slot, handles)) {
       AdvanceSlot(slot);
     }
-    if (!slot.m_Attempts->IsOver()) {
-      LineUp(slot);
-      ++it;
-      continue;
-    }
-    const char* const state = m_Book.NoteEnd(*slot.m_Attempts, slot.m_Before);
-    if (slot.m_Next) {
-      next.push_back(*slot.m_Next);  // the state on record is already that of this run: "Started"
+    if (slot.m_Attempts->IsOver()) {
+      it = End(it, states);
     } else {
-      states[taskId] = state;
+      LineUp(key, slot);
+      ++it;
     }
-    it = m_Slots.erase(it);
   }
   m_Book.Report(states);
-  for (const TaskBatch::Entry& entry : next) {
+  for (const TaskBatch::Entry& entry : std::exchange(m_Next, {})) {
     Admit(entry);
   }
   BeginThoseInLine();
+}
+
+// Takes the run that is over out of the slots, and returns the one after it. As long as others of
+// its task go on, the state on record stays "Started".
+std::map<TaskRuns::Key, TaskRuns::Slot>::iterator TaskRuns::End(std::map<Key, Slot>::iterator it,
+                                                                RunBook::States& states) {
+  const AString taskId = it->first.first;
+  Slot slot = std::move(it->second);
+  const auto after = m_Slots.erase(it);
+  const auto other = LatestOf(taskId);
+  if (other != m_Slots.end() && !slot.m_Attempts->HasBegun()) {
+    m_Book.NoteSkip(taskId, slot.m_Attempts->Outcome());
+  }
+  if (other != m_Slots.end() && slot.m_IsLatest) {
+    HandDown(slot, other->second);
+  }
+  if (other == m_Slots.end()) {
+    const Ended own{std::move(slot.m_Attempts), std::move(slot.m_Before)};
+    const Ended& last = slot.m_Later.m_Attempts ? slot.m_Later : own;
+    const char* const state = m_Book.NoteEnd(*last.m_Attempts, last.m_Before);
+    if (!slot.m_Next) {
+      states[taskId] = state;
+    }
+  }
+  if (slot.m_Next) {
+    m_Next.push_back(*slot.m_Next);  // the state on record is already that of this run: "Started"
+  }
+  return after;
+}
+
+// What there is to tell of the end of the latest run is kept until the last one has ended. Of one
+// that was left out there is nothing more to tell.
+void TaskRuns::HandDown(Slot& ended, Slot& earlier) {
+  earlier.m_IsLatest = true;
+  if (ended.m_Later.m_Attempts) {
+    earlier.m_Later = std::move(ended.m_Later);
+  } else if (ended.m_Attempts->HasBegun()) {
+    earlier.m_Later = {std::move(ended.m_Attempts), std::move(ended.m_Before)};
+  }
+  NoteProgress(earlier);
 }
 
 void TaskRuns::AdvanceSlot(Slot& slot) {
@@ -243,9 +305,7 @@ void TaskRuns::AdvanceSlot(Slot& slot) {
     return;
   }
   --m_Running;
-  if (!attempts.IsOver()) {
-    m_Book.NoteProgress(attempts);
-  }
+  NoteProgress(slot);
 }
 
 bool TaskRuns::NeedsAdvance(const Slot& slot, const std::vector<pollfd>& handles) {
@@ -256,10 +316,10 @@ bool TaskRuns::NeedsAdvance(const Slot& slot, const std::vector<pollfd>& handles
 }
 
 void TaskRuns::GiveUp() {
-  for (const auto& [taskId, slot] : m_Slots) {
+  for (const auto& [key, slot] : m_Slots) {
     ALOG(HandlerLog(), ALogger::Error, HandlerSource,
          AString("Cannot end the run of task '%1' (process %2): leaving it to the next start")
-             .Arg(taskId, DecimalText(slot.m_Attempts->Pid())));
+             .Arg(key.first, DecimalText(slot.m_Attempts->Pid())));
   }
   m_Slots.clear();
 }

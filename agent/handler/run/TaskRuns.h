@@ -13,16 +13,20 @@
 #include <poll.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <map>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace NoxHandler {
 
-/// The runs that go on or wait, one of a task at most: decides which begin, when they come due, and
-/// what becomes of a task that comes due during its run. [supervisor thread]
+/// The runs that go on or wait: decides which begin when they come due, and what becomes of a task
+/// that comes due during its run. A task has one run at a time, unless its job allows more; then it
+/// is told how the one stands that began last of those that go on, and how the one ended that began
+/// last of all. [supervisor thread]
 class TaskRuns {
  public:
   /// All references are borrowed.
@@ -50,37 +54,53 @@ class TaskRuns {
   void GiveUp();
 
  private:
+  /// A task, and a number that grows from one of its runs to the next.
+  using Key = std::pair<BaseSDK::AString, std::uint64_t>;
+  /// A run that is over, while an earlier one of its task goes on.
+  struct Ended {
+    std::unique_ptr<Attempts> m_Attempts;
+    std::optional<LatestRuns::Facts> m_Before;
+  };
   struct Slot {
     std::unique_ptr<Attempts> m_Attempts;       ///< never null between two steps of the loop
     std::optional<LatestRuns::Facts> m_Before;  ///< what was known of the task
-    bool m_IsInLine = false;                    ///< whether m_Line has the task
+    bool m_IsLatest = true;                     ///< of the runs of its task that go on
+    Ended m_Later;                              ///< the last one that began after it, if it is over
+    bool m_IsInLine = false;                    ///< whether m_Line has the run
     std::optional<TaskBatch::Entry> m_Next;     ///< what waits for the run's end
     std::size_t m_FirstHandle = 0;              ///< its part of the handles
     std::size_t m_HandleCount = 0;
   };
 
+  std::map<Key, Slot>::iterator LatestOf(const BaseSDK::AString& taskId);
   void DispatchToPresent(Slot& slot, const TaskBatch::Entry& entry);
   void Queue(Slot& slot, const TaskBatch::Entry& entry);
   void Replace(Slot& slot, const TaskBatch::Entry& entry);
   void LeaveOut(const TaskBatch::Entry& entry, const char* why);
   void Admit(const TaskBatch::Entry& entry);
-  void Fail(const BaseSDK::AString& taskId, const BaseSDK::AString& reason);
-  void LineUp(Slot& slot);
+  void StartBeside(const TaskBatch::Entry& entry);
+  void Fail(const Key& key, const BaseSDK::AString& reason);
+  void NoteProgress(const Slot& slot);
+  void LineUp(const Key& key, Slot& slot);
   void BeginThoseInLine();
   void BeginAttempt(Slot& slot);
   void BeginFirst(Attempts& attempts);
   void AdvanceSlot(Slot& slot);
+  std::map<Key, Slot>::iterator End(std::map<Key, Slot>::iterator it, RunBook::States& states);
+  void HandDown(Slot& ended, Slot& earlier);
   static bool NeedsAdvance(const Slot& slot, const std::vector<pollfd>& handles);
 
   const HandlerSettings& m_Settings;
   const WaitClock& m_Clock;
   RunBook& m_Book;
   RunRecords m_Records;
-  std::map<BaseSDK::AString, Slot> m_Slots;
+  std::map<Key, Slot> m_Slots;
+  std::uint64_t m_LastNumber = 0;
   std::size_t m_Running = 0;  ///< slots with a process
-  /// The tasks with an attempt to begin when another one has ended, because too many go on. A task
-  /// that has no slot any more is passed over.
-  std::deque<BaseSDK::AString> m_Line;
+  /// The runs with an attempt to begin when another one has ended, because too many go on. One that
+  /// has no slot any more is passed over.
+  std::deque<Key> m_Line;
+  std::vector<TaskBatch::Entry> m_Next;  ///< to be handed over next, for their runs have ended
   bool m_IsStopping = false;
 };
 

@@ -172,7 +172,7 @@ TEST_F(CommandHandlerObject, SaysWhetherAJobCanBeRun) {
   } rows[] = {
       {"none", "there is no job file " + jobs + "/none.job"},
       {"stranger", jobs + "/stranger.job:4: user: there is no user \"nosuchuser\""},
-      {"bad", jobs + "/bad.job:4: overlap: is to be skip, queue or kill"},
+      {"bad", jobs + "/bad.job:4: overlap: is to be skip, queue, kill or allow"},
       {"../x", "no job file can bear the ID \"../x\""},
       {"", "no job file can bear the ID \"\""},
   };

@@ -201,7 +201,8 @@ TEST(Job, NamesFileLineAndKeyOfWhatIsWrong) {
       {"[Job]\ncommand=x\ntimeout=87601h", "/jobs/a.job:3: timeout: is to be at most 87600h"},
       {"[Job]\ncommand=x\ntimeout=99999999999999999999",
        "/jobs/a.job:3: timeout: is to be at most 87600h"},
-      {"[Job]\ncommand=x\noverlap=Skip", "/jobs/a.job:3: overlap: is to be skip, queue or kill"},
+      {"[Job]\ncommand=x\noverlap=Skip",
+       "/jobs/a.job:3: overlap: is to be skip, queue, kill or allow"},
       {"[Environment]\nA-B=1", "/jobs/a.job:2: \"A-B\" is no name for a variable"},
       {"[Job]\ncommand=\xFF",
        "/jobs/a.job:2: a character that is not text (the file is to be "
