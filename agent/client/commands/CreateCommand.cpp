@@ -164,7 +164,9 @@ void AddJobOptions(CommandLine& command, NewJob& job) {
   command.Option("--directory", job.m_Directory, "the working directory").Takes("DIR");
   command.Option("--timeout", job.m_Timeout, "end a run after this time: 30s, 5m, 2h")
       .Takes("TIME");
-  command.Option("--overlap", job.m_Overlap, "when the previous run goes on: skip, queue or kill")
+  command
+      .Option("--overlap", job.m_Overlap,
+              "when the previous run goes on: skip, queue, kill or allow")
       .Takes("RULE");
   command
       .Option("--retry", job.m_Retry,

@@ -79,7 +79,7 @@ TEST_F(Jobs, AreRefusedWithAllThatIsWrong) {
     EXPECT_EQ(error.Code(), ExitCode::Usage);
     const std::string file = Path(JobFile("a"));
     EXPECT_EQ(error.what(), file + ":2: user: a user's name is missing; " + file +
-                                ":3: overlap: is to be skip, queue or kill; " + file +
+                                ":3: overlap: is to be skip, queue, kill or allow; " + file +
                                 ": the section \"Job\" has no \"command\"");
   }
   EXPECT_FALSE(m_Directory.Has(JobFile("a")));

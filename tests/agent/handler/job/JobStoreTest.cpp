@@ -88,8 +88,8 @@ TEST_F(JobStoreTest, TellsAllThatIsWrongWithATextAndKeepsTheOldOne) {
   } rows[] = {
       {"", file + ": the section \"Job\" has no \"command\""},
       {"[Job]\nuser=\noverlap=x\n", file + ":2: user: a user's name is missing; " + file +
-                                        ":3: overlap: is to be skip, queue or kill; " + file +
-                                        ": the section \"Job\" has no \"command\""},
+                                        ":3: overlap: is to be skip, queue, kill or allow; " +
+                                        file + ": the section \"Job\" has no \"command\""},
       {"nonsense", file + ":1: neither [Section] nor key = value: \"nonsense\""},
       {"[Job]\ncommand=\x01", file + ":2: a character that is not text (the file is to be UTF-8)"},
       {JobText + std::string(64 * 1024, '#'), "the job file " + file + " is larger than 64 KiB"},
