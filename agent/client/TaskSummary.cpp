@@ -23,6 +23,12 @@ void TakeLastRun(long lastRun, TaskSummary& task) {
   }
 }
 
+// Whether the scheduler knows nothing of the run: it begins no run so long before its handler does.
+bool IsByHand(const HandlerRun& run, const std::optional<RunEntry>& recorded) {
+  constexpr long LongestDelay = 3660;  // the greatest splay, and a minute
+  return run.m_Start && (!recorded || *run.m_Start > recorded->m_Seconds + LongestDelay);
+}
+
 }  // namespace
 
 std::optional<RunEntry> ReadRunEntry(const TaskGlance& document) {
@@ -74,6 +80,10 @@ TaskSummary Summarize(const std::string& id, const TaskGlance& document,
   }
   if (task.m_LastRun) {
     task.m_LastRun->m_State = TrueState(*task.m_LastRun, run);
+  }
+  if (task.m_Recorded && run && IsByHand(*run, task.m_LastRun)) {
+    task.m_LastRun = {LocalText(*run->m_Start), *run->m_Start,
+                      run->IsUnderWay() ? "Started" : run->m_Result};
   }
   if (task.m_Recorded && task.m_LastRun && run && run->m_Skipped && run->m_Start) {
     if (task.m_LastRun->m_State == "Skipped" && !run->m_Result.empty()) {

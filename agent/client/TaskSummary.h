@@ -36,7 +36,7 @@ struct TaskSummary {
   std::string m_Id;
   bool m_Enabled = true;
   /// The document has a run entry also for a start that the handler left out; that is not shown
-  /// here.
+  /// here. It has none for a run by hand, which is.
   std::optional<RunEntry> m_LastRun;
   bool m_Recorded = true;  ///< false: the last run could not be written, and its state is not known
   bool m_Loaded = false;   ///< the scheduler holds it in memory; what follows is known only then

@@ -18,12 +18,13 @@ constexpr std::array<Grammar::Rule, 7> Rules{{
     {"ONCE",
      "once (DATE=moment [CLOCK=momentclock] | at CLOCK=nextclock | in DURATION=delay) [REPEAT]"},
     {"DAYS",
-     "(daily | WEEKDAYS) [in MONTHS] | every COUNT days | every COUNT weeks on WEEKDAYS | "
+     "(daily | every day | [every] WEEKDAYS) [in MONTHS] | every COUNT days | every COUNT weeks on "
+     "WEEKDAYS | "
      "monthly on (MONTHDAYS | ORDINAL WEEKDAYS | week WEEK WEEKDAYS) [in MONTHS]"},
     {"REPEAT",
      "every DURATION=step (for DURATION | until CLOCK) [then stop] | "
      "for DURATION then stop"},
-    {"EVERY", "every DURATION=allday [from CLOCK=first until CLOCK=last] [on WEEKDAYS]"},
+    {"EVERY", "(hourly | every DURATION=allday) [from CLOCK=first until CLOCK=last] [on WEEKDAYS]"},
     {"SPAN", "[from DATE=begin [CLOCK=beginclock]] [until DATE=end [CLOCK=endclock]]"},
 }};
 

@@ -66,6 +66,7 @@ class RuleBuilder {
         {"now", &RuleBuilder::TakeKind},
         {"once", &RuleBuilder::TakeKind},
         {"daily", &RuleBuilder::TakeKind},
+        {"day", &RuleBuilder::TakeKind},
         {"days", &RuleBuilder::TakeKind},
         {"weeks", &RuleBuilder::TakeKind},
         {"monthly", &RuleBuilder::TakeKind},
@@ -79,6 +80,7 @@ class RuleBuilder {
         {"EXPRESSION", &RuleBuilder::TakeExpression},
         {"CLOCKS", &RuleBuilder::TakeClocks},
         {"allday", &RuleBuilder::TakeAllDay},
+        {"hourly", &RuleBuilder::TakeHourly},
         {"first", &RuleBuilder::TakeClocks},
         {"last", &RuleBuilder::TakeLast},
         {"step", &RuleBuilder::TakeStep},
@@ -114,9 +116,9 @@ class RuleBuilder {
 
   void TakeKind(const std::string& word) {
     static const std::map<std::string, Days> kinds{
-        {"now", Days::Now},        {"once", Days::Once},        {"daily", Days::EveryDays},
-        {"days", Days::EveryDays}, {"weeks", Days::EveryWeeks}, {"monthly", Days::MonthDays},
-        {"cron", Days::Cron}};
+        {"now", Days::Now},           {"once", Days::Once},      {"daily", Days::EveryDays},
+        {"day", Days::EveryDays},     {"days", Days::EveryDays}, {"weeks", Days::EveryWeeks},
+        {"monthly", Days::MonthDays}, {"cron", Days::Cron}};
     m_Rule.m_Days = kinds.at(word);
   }
 
@@ -151,6 +153,8 @@ class RuleBuilder {
     m_Rule.m_Clocks = *ReadClockList(word);
     m_Rule.m_IsAllDay = false;
   }
+
+  void TakeHourly(const std::string& /*word*/) { TakeAllDay("1h"); }
 
   void TakeAllDay(const std::string& word) {
     m_Rule.m_Interval = *ReadLength(word);

@@ -126,7 +126,7 @@ TEST_F(Completion, ProposesTheWordsOfASchedule) {
   EXPECT_EQ(Of({"import", "crontab", ""}), Texts{":files"});
   EXPECT_EQ(Of({"create", "x", "w"}), (Texts{"wed", "weekdays", "weekends"}));
   EXPECT_EQ(Of({"create", "x", "--timeout", "5m", "every", "2", ""}), (Texts{"days", "weeks"}));
-  EXPECT_EQ(Of({"create", "x", "hourly", ""}), Texts());
+  EXPECT_EQ(Of({"create", "x", "yearly", ""}), Texts());
   EXPECT_EQ(Of({"create", "x", "now", "--", "--"}), Texts{":files"});
 }
 

@@ -55,6 +55,25 @@ TEST(TaskSummary, KeepsTheDocumentsTimeOfAnUnfinishedRun) {
   EXPECT_EQ(1781510400, task.m_LastRun->m_Seconds);
 }
 
+TEST(TaskSummary, TellsARunByHandThatTheSchedulerKnowsNothingOf) {
+  const VirtualTime::Zone zone("UTC0");
+  NoxAgent::HandlerRun run;
+  run.m_Start = 1781524800;  // 12:00
+  run.m_End = 1781524805;
+  run.m_Result = "Failed";
+  const auto lastRun = [&](const char* runTime) {
+    return Summarize("T1", {true, runTime}, std::nullopt, run).m_LastRun.value();
+  };
+  for (const char* const runTime : {"", "2026-06-15 08:00:00 Ok"}) {
+    EXPECT_EQ("2026-06-15 12:00:00", lastRun(runTime).m_Start);
+    EXPECT_EQ("Failed", lastRun(runTime).m_State);
+  }
+  EXPECT_EQ("2026-06-15 11:30:00", lastRun("2026-06-15 11:30:00 Ok").m_Start)
+      << "its start was put off";
+  run.m_Phase = NoxAgent::HandlerRun::Phase::Running;
+  EXPECT_EQ("Started", lastRun("").m_State);
+}
+
 TEST(TaskSummary, TellsAFailureThatTheSchedulerWasToldNothingOf) {
   const VirtualTime::Zone zone("UTC0");
   NoxAgent::HandlerRun run;

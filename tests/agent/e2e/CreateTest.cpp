@@ -40,7 +40,9 @@ TEST_F(Create, RunsByHandAsOftenAsIsAsked) {
   Do({"run", "backup", "--wait"});
   Do({"run", "backup", "--wait"});
   EXPECT_EQ("run\nrun\n", m_Directory.Read("runs"));
-  EXPECT_NE(std::string::npos, Ctl({"list"}).m_Output.find(" 02:30:00 ")) << "the schedule stays";
+  const std::string list = Ctl({"list"}).m_Output;
+  EXPECT_NE(std::string::npos, list.find(" 02:30:00 ")) << "the schedule stays: " << list;
+  EXPECT_NE(std::string::npos, list.find("backup  yes      Ok ")) << list;
 }
 
 TEST_F(Create, TellsWhatBecameOfARunByHand) {

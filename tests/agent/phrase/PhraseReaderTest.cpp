@@ -52,6 +52,9 @@ TEST_F(PhraseReader, IsForgivingAboutHowWordsAreWritten) {
   EXPECT_EQ("every 10 min", Read({"every", "10m"}));
   EXPECT_EQ("every 90 min from 08:00 until 17:00", Read({"every 1h30min from 08:00 until 17:00"}));
   EXPECT_EQ("every 1 h on weekdays", Read({"every hour on mon-fri"}));
+  EXPECT_EQ("every 1 h", Read({"hourly"}));
+  EXPECT_EQ("daily at 02:30", Read({"every day at 02:30"}));
+  EXPECT_EQ("mon,fri at 02:30", Read({"every monday, friday at 02:30"}));
   EXPECT_EQ("weekends at 00:00", Read({"sat-sun at midnight"}));
 }
 
@@ -96,7 +99,7 @@ TEST_F(PhraseReader, TellsWhatCouldFollow) {
   EXPECT_EQ(0U, ErrorOf({}).rfind("it is not said when; there could stand now, once, daily, ", 0));
   EXPECT_EQ((Words{"in", "at"}), ExpectedBehind({"daily"}));
   EXPECT_EQ((Words{"days", "weeks"}), ExpectedBehind({"every", "2"}));
-  EXPECT_EQ(Words(), ExpectedBehind({"hourly"}));
+  EXPECT_EQ(Words(), ExpectedBehind({"yearly"}));
 }
 
 TEST_F(PhraseReader, RefusesTimesThatAreNone) {
