@@ -12,6 +12,7 @@ namespace NoxAgent {
 
 namespace {
 
+constexpr std::size_t MostWords = 500;  // the grammar goes deeper with each
 constexpr long LastSecondOfDay = LocalCalendar::SecondsPerDay - 1;
 
 // "daily, CLOCK (a time of day: 02:30) or DATE (...)"
@@ -246,6 +247,10 @@ class RuleBuilder {
 
 Phrase ReadPhrase(const std::vector<std::string>& words, const LocalCalendar& calendar, long now) {
   const PhraseWords phrase(words);
+  if (phrase.Plain().size() > MostWords) {
+    throw PhraseError("the schedule has more than " + std::to_string(MostWords) +
+                      " words; say it as several tasks");
+  }
   const Grammar::Outcome outcome = ThePhraseGrammar().Match(phrase.Plain());
   if (!outcome.m_IsWhole) {
     Refuse(phrase, outcome);
@@ -270,6 +275,9 @@ std::vector<std::string> ExpectedBehind(const std::vector<std::string>& words) {
   const PhraseWords phrase(words);
   // A word that nothing recognises: the grammar tells what could stand in its place.
   std::vector<std::string> plain = phrase.Plain();
+  if (plain.size() >= MostWords) {
+    return {};
+  }
   plain.emplace_back();
   const Grammar::Outcome outcome = ThePhraseGrammar().Match(plain);
   return outcome.m_Understood + 1 == plain.size() ? outcome.m_Expected : std::vector<std::string>();

@@ -103,6 +103,12 @@ void RequireMinutes(const PhraseRule& rule) {
                       (minutes == 0 ? "" : LengthWords(minutes * MinuteSeconds) + " and ") +
                       LengthWords((minutes + 1) * MinuteSeconds));
   }
+  constexpr long LongestPeriod =
+      28 * DaySeconds;  // no rule has starts that lie further apart for long
+  if (rule.m_Interval != 0 && rule.m_Duration > LongestPeriod) {
+    throw PhraseError("a repetition goes on for " + LengthWords(LongestPeriod) +
+                      ", which are 28 days, at most");
+  }
   if (rule.m_Interval > rule.m_Duration) {
     throw PhraseError("every " + LengthWords(rule.m_Interval) + " for " +
                       LengthWords(rule.m_Duration) + " does not repeat; say for " +

@@ -4,10 +4,10 @@
 #include "agent/crontab/HourCuts.h"
 #include "agent/phrase/CronWords.h"
 #include "agent/phrase/DayChoice.h"
+#include "agent/phrase/LostRuns.h"
 #include "agent/phrase/PhraseTimes.h"
 #include "agent/phrase/PhraseUnits.h"
 #include "agent/phrase/PhraseValues.h"
-#include "agent/schedule/ScheduleComparison.h"
 #include "agent/schedule/SchedulerTrigger.h"
 #include "agent/schedule/StartRule.h"
 #include "agent/schedule/StartTriggers.h"
@@ -300,35 +300,6 @@ class TriggerMaker {
   std::vector<TriggerRule> m_Triggers;
 };
 
-// Whether the scheduler loses repetitions of the trigger, or starts it late, year in, year out.
-bool LosesRuns(const TriggerRule& rule, const LocalCalendar& calendar, long now) {
-  using Kind = ScheduleDifference::Kind;
-  const auto differences = CompareSchedule(SchedulerTrigger(rule, calendar), calendar, now);
-  return std::any_of(differences.begin(), differences.end(), [](const auto& each) {
-    return each.m_Kind == Kind::LateStart || each.m_Kind == Kind::LostRepetition ||
-           each.m_Kind == Kind::LostPastMidnight;
-  });
-}
-
-void RefuseLosses(const TriggerRule& trigger, const LocalCalendar& calendar, long now) {
-  if (!trigger.Repeats() || trigger.m_Type == TriggerRule::Once ||
-      !LosesRuns(trigger, calendar, now)) {
-    return;
-  }
-  TriggerRule shorter = trigger;
-  do {
-    shorter.m_DurationSeconds -=
-        std::max(MinuteSeconds, trigger.m_IntervalSeconds / MinuteSeconds * MinuteSeconds);
-  } while (shorter.m_DurationSeconds > 0 && LosesRuns(shorter, calendar, now));
-  throw PhraseError("the scheduler would lose repetitions of every " +
-                    LengthWords(trigger.m_IntervalSeconds) + " for " +
-                    LengthWords(trigger.m_DurationSeconds) +
-                    ", which reach too near to the next start, or into a day without one" +
-                    (shorter.m_DurationSeconds > 0
-                         ? "; it can do it for " + LengthWords(shorter.m_DurationSeconds)
-                         : ""));
-}
-
 }  // namespace
 
 std::vector<TriggerRule> MakeTriggers(const Phrase& phrase, const LocalCalendar& calendar,
@@ -340,7 +311,7 @@ std::vector<TriggerRule> MakeTriggers(const Phrase& phrase, const LocalCalendar&
       throw PhraseError("there is no such start before the end of the schedule");
     }
     for (const TriggerRule& trigger : triggers) {
-      RefuseLosses(trigger, calendar, now);
+      RefuseLostRuns(trigger, calendar, now);
     }
     all.insert(all.end(), triggers.begin(), triggers.end());
   }

@@ -102,6 +102,15 @@ TEST_F(PhraseReader, TellsWhatCouldFollow) {
   EXPECT_EQ(Words(), ExpectedBehind({"yearly"}));
 }
 
+TEST_F(PhraseReader, RefusesMoreWordsThanAnybodySays) {
+  Words words{"daily at 08:00"};
+  for (int i = 0; i < 1000; ++i) {
+    words.emplace_back("and daily at 08:00");
+  }
+  EXPECT_EQ("the schedule has more than 500 words; say it as several tasks", ErrorOf(words));
+  EXPECT_EQ(Words(), ExpectedBehind(words));
+}
+
 TEST_F(PhraseReader, RefusesTimesThatAreNone) {
   EXPECT_EQ(
       "the schedule \"once [2027-01-04]\" cannot be read: it lacks a time of day, as in once "

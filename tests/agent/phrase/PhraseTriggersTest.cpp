@@ -145,6 +145,8 @@ TEST_F(PhraseTriggers, NameTheNearestThatADocumentCanSay) {
       ErrorOf("every 7 min"));
   EXPECT_EQ("a repetition goes on for whole minutes, not for 90 s; the nearest are 1 min and 2 min",
             ErrorOf("daily at 08:00 every 30 s for 90 s"));
+  EXPECT_EQ("a repetition goes on for 672 h, which are 28 days, at most",
+            ErrorOf("daily at 08:00 every 1 min for 87000 h"));
   EXPECT_EQ("every 2 h for 1 h does not repeat; say for 2 h at least",
             ErrorOf("daily at 08:00 every 2 h for 1 h"));
   EXPECT_NE(std::string::npos,

@@ -1,0 +1,45 @@
+#include "agent/phrase/LostRuns.h"
+
+#include "agent/phrase/PhraseRule.h"
+#include "agent/phrase/PhraseUnits.h"
+#include "agent/phrase/PhraseValues.h"
+#include "agent/schedule/ScheduleComparison.h"
+#include "agent/schedule/SchedulerTrigger.h"
+
+#include <algorithm>
+
+namespace NoxAgent {
+
+namespace {
+
+bool LosesRuns(const TriggerRule& rule, const LocalCalendar& calendar, long now) {
+  using Kind = ScheduleDifference::Kind;
+  const auto differences = CompareSchedule(SchedulerTrigger(rule, calendar), calendar, now);
+  return std::any_of(differences.begin(), differences.end(), [](const auto& each) {
+    return each.m_Kind == Kind::LateStart || each.m_Kind == Kind::LostRepetition ||
+           each.m_Kind == Kind::LostPastMidnight;
+  });
+}
+
+}  // namespace
+
+void RefuseLostRuns(const TriggerRule& trigger, const LocalCalendar& calendar, long now) {
+  if (!trigger.Repeats() || trigger.m_Type == TriggerRule::Once ||
+      !LosesRuns(trigger, calendar, now)) {
+    return;
+  }
+  TriggerRule shorter = trigger;
+  do {
+    shorter.m_DurationSeconds -=
+        std::max(MinuteSeconds, trigger.m_IntervalSeconds / MinuteSeconds * MinuteSeconds);
+  } while (shorter.m_DurationSeconds > 0 && LosesRuns(shorter, calendar, now));
+  throw PhraseError("the scheduler would lose repetitions of every " +
+                    LengthWords(trigger.m_IntervalSeconds) + " for " +
+                    LengthWords(trigger.m_DurationSeconds) +
+                    ", which reach too near to the next start, or into a day without one" +
+                    (shorter.m_DurationSeconds > 0
+                         ? "; it can do it for " + LengthWords(shorter.m_DurationSeconds)
+                         : ""));
+}
+
+}  // namespace NoxAgent
