@@ -135,6 +135,10 @@ long CommandHandlerObject_i::GetOutput(const AString& taskId, const AString& pos
   return part.has_value() ? Success : Failure;
 }
 
+long CommandHandlerObject_i::StopRun(const AString& taskId) {
+  return m_Supervisor && m_Supervisor->StopRun(taskId) ? Success : Failure;
+}
+
 int CommandHandlerObject_i::QueryInterface(const UUID& interfaceId, void*& object) {
   return QueryInterface(AGuid(interfaceId), object);
 }

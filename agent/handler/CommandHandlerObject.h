@@ -50,6 +50,7 @@ class CommandHandlerObject_i
   long DeleteJob(const BaseSDK::AString& taskId, BaseSDK::AString& problem) override;
   long GetOutput(const BaseSDK::AString& taskId, const BaseSDK::AString& position,
                  BaseSDK::AString& text, BaseSDK::AString& next) override;
+  long StopRun(const BaseSDK::AString& taskId) override;
 
   /// APluginBase
   int QueryInterface(const UUID& interfaceId, void*& object) override;

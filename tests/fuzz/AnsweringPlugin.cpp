@@ -102,6 +102,7 @@ class AnsweringObject_i : public INoxTaskScheduler_impl,
     next = position;
     return 1;
   }
+  long StopRun(const AString& /*taskId*/) override { return -1; }
 };
 
 }  // namespace

@@ -29,6 +29,8 @@ const char* WhyNoneFollows(Run::EndReason reason) {
       return "its active period has ended";
     case Run::EndReason::Replaced:
       return "the task's next run takes its place";
+    case Run::EndReason::Request:
+      return EndedByRequest;
     default:
       return "the command handler ends";
   }

@@ -19,6 +19,9 @@
 
 namespace NoxHandler {
 
+/// Why nothing more comes of a run that somebody has ended.
+inline constexpr const char* EndedByRequest = "it was ended by request";
+
 /// A task's run with all its attempts: as long as one fails, the job may want another, some time
 /// later. It knows when the next one is to begin, but the supervisor begins it, because as many
 /// commands may go on as are allowed. Between two attempts there is no process.

@@ -26,7 +26,7 @@ const char* NameOf(LatestRuns::Phase phase) {
   return "ended";
 }
 
-bool IsUnderWay(const LatestRuns::Facts& facts) {
+bool IsOfRunUnderWay(const LatestRuns::Facts& facts) {
   return facts.m_Phase == LatestRuns::Phase::Waiting || facts.m_Phase == LatestRuns::Phase::Running;
 }
 
@@ -103,6 +103,13 @@ void LatestRuns::NoteQueued(const AString& taskId, long moment) {
   }
 }
 
+void LatestRuns::NoteNoneQueued(const AString& taskId) {
+  AMutexGuard guard(m_Lock);
+  if (const auto found = m_Runs.find(taskId); found != m_Runs.end()) {
+    found->second.m_Facts.m_Queued.reset();
+  }
+}
+
 void LatestRuns::NoteSkip(const AString& taskId, const AString& reason, long moment) {
   AMutexGuard guard(m_Lock);
   if (const auto found = m_Runs.find(taskId); found != m_Runs.end()) {
@@ -111,6 +118,11 @@ void LatestRuns::NoteSkip(const AString& taskId, const AString& reason, long mom
     facts.m_SkipReason = reason;
     ++facts.m_Skips;
   }
+}
+
+bool LatestRuns::IsUnderWay(const AString& taskId) const {
+  const auto facts = Find(taskId);
+  return facts && IsOfRunUnderWay(*facts);
 }
 
 std::optional<LatestRuns::Facts> LatestRuns::Find(const AString& taskId) const {
@@ -158,7 +170,7 @@ AString LatestRuns::Report() const {
   AMutexGuard guard(m_Lock);
   for (const auto& [taskId, entry] : m_Runs) {
     const Facts& facts = entry.m_Facts;
-    if (IsUnderWay(facts)) {
+    if (IsOfRunUnderWay(facts)) {
       running += facts.m_Phase == Phase::Running ? 1 : 0;
       waiting += facts.m_Phase == Phase::Waiting || facts.m_Queued ? 1 : 0;
       lines += ReportLine(taskId, facts);
@@ -174,7 +186,7 @@ AString LatestRuns::Report() const {
 LatestRuns::Facts LatestRuns::OfRun(const AString& taskId) const {
   Facts facts;
   const auto found = m_Runs.find(taskId);
-  if (found == m_Runs.end() || !IsUnderWay(found->second.m_Facts)) {
+  if (found == m_Runs.end() || !IsOfRunUnderWay(found->second.m_Facts)) {
     facts.m_Number = found == m_Runs.end() ? 1 : found->second.m_LastNumber + 1;
     return facts;
   }

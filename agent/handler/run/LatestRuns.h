@@ -72,12 +72,15 @@ class LatestRuns {
   /// run is known any more.
   void NoteLeftOut(const BaseSDK::AString& taskId, const std::optional<Facts>& before,
                    const BaseSDK::AString& reason, long moment) NOX_EXCLUDES(m_Lock);
-  /// The next two note of the latest run that a further start waits for its end, or was left out.
-  /// They note nothing when no run of the task is known.
+  /// The next three note of the latest run that a further start waits for its end, that it does no
+  /// more, or that one was left out. They note nothing when no run of the task is known.
   void NoteQueued(const BaseSDK::AString& taskId, long moment) NOX_EXCLUDES(m_Lock);
+  void NoteNoneQueued(const BaseSDK::AString& taskId) NOX_EXCLUDES(m_Lock);
   void NoteSkip(const BaseSDK::AString& taskId, const BaseSDK::AString& reason, long moment)
       NOX_EXCLUDES(m_Lock);
 
+  /// Whether a run of the task goes on or waits.
+  bool IsUnderWay(const BaseSDK::AString& taskId) const NOX_EXCLUDES(m_Lock);
   /// Nothing when no run of the task is known.
   std::optional<Facts> Find(const BaseSDK::AString& taskId) const NOX_EXCLUDES(m_Lock);
   /// The task's run as INoxCommandHandler::GetRun tells it; empty when none is known.

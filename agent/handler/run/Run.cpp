@@ -230,6 +230,8 @@ AString Run::DescribeReason() const {
       return "ended by the end of its active period";
     case EndReason::Replaced:
       return "ended for the task's next run";
+    case EndReason::Request:
+      return "ended by request";
     case EndReason::Shutdown:
       return "ended by the end of the command handler";
     case EndReason::None:

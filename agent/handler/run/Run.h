@@ -33,7 +33,7 @@ class Run {
   using Clock = std::chrono::steady_clock;
 
   /// Why a run that still goes on is to end.
-  enum class EndReason { None, Timeout, PeriodEnd, Replaced, Shutdown };
+  enum class EndReason { None, Timeout, PeriodEnd, Replaced, Request, Shutdown };
 
   /// Starts the command; `attempt` says which one it is of the task's run. `periodEnd` is the
   /// wall-clock moment at which the run is to end, if any, and `output` the task's file. Throws

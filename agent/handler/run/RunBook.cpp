@@ -88,6 +88,11 @@ void RunBook::NoteSkip(const AString& taskId, const AString& why) {
   m_Outputs.Of(taskId)->AppendNote(AString("left out: %1").Arg(why));
 }
 
+void RunBook::NoteQueuedSkip(const AString& taskId, const AString& why) {
+  m_Latest.NoteNoneQueued(taskId);
+  NoteSkip(taskId, why);
+}
+
 // Without its job nobody knows what is to become of a task that failed: the scheduler decides.
 void RunBook::NoteNoJob(const AString& taskId, const AString& reason) {
   ALOG(HandlerLog(), ALogger::Error, HandlerSource,

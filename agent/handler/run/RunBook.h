@@ -41,6 +41,8 @@ class RunBook {
   void NoteEcho(const BaseSDK::AString& taskId, const BaseSDK::AString& why) const;
   /// A start is left out.
   void NoteSkip(const BaseSDK::AString& taskId, const BaseSDK::AString& why);
+  /// The start that waits for the end of the task's run is left out.
+  void NoteQueuedSkip(const BaseSDK::AString& taskId, const BaseSDK::AString& why);
   /// The task has no job that could be read.
   void NoteNoJob(const BaseSDK::AString& taskId, const BaseSDK::AString& reason);
 

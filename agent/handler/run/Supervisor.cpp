@@ -47,11 +47,25 @@ void Supervisor::Post(const std::vector<TaskBatch::Entry>& entries) {
     AMutexGuard guard(m_Lock);
     const long now = WallSeconds();
     for (const TaskBatch::Entry& entry : entries) {
-      m_Posted.push_back(entry);
-      m_Posted.back().m_HandedOver = now;
+      m_Posted.push_back({entry});
+      m_Posted.back().m_Entry.m_HandedOver = now;
     }
   }
   m_Wake.Set();
+}
+
+// Without waiting for the thread: it may be waiting for the scheduler, whose thread may be the
+// caller's.
+bool Supervisor::StopRun(const AString& taskId) {
+  if (!Latest().IsUnderWay(taskId)) {
+    return false;
+  }
+  {
+    AMutexGuard guard(m_Lock);
+    m_Posted.push_back({{taskId}, true});
+  }
+  m_Wake.Set();
+  return true;
 }
 
 bool Supervisor::Stop() {
@@ -99,12 +113,12 @@ bool Supervisor::IsBusy() const {
 void Supervisor::Main() {
   m_Runs.EndLeftovers();
   for (;;) {
-    std::vector<TaskBatch::Entry> entries;
-    if (TakePosted(entries)) {
+    std::vector<Order> orders;
+    if (TakePosted(orders)) {
       BeginStop();
     }
-    for (const TaskBatch::Entry& entry : entries) {
-      m_Runs.Dispatch(entry);
+    for (const Order& order : orders) {
+      Follow(order);
     }
     m_Runs.Advance(m_Handles);
     m_Book.Scheduler().Retry();
@@ -119,12 +133,20 @@ void Supervisor::Main() {
 }
 
 // Returns whether the thread is to stop.
-bool Supervisor::TakePosted(std::vector<TaskBatch::Entry>& entries) {
+bool Supervisor::TakePosted(std::vector<Order>& orders) {
   m_Wake.Clear();
   AMutexGuard guard(m_Lock);
-  entries.swap(m_Posted);
-  m_IsBusy = m_IsBusy || !entries.empty();
+  orders.swap(m_Posted);
+  m_IsBusy = m_IsBusy || !orders.empty();
   return m_Stop;
+}
+
+void Supervisor::Follow(const Order& order) {
+  if (order.m_IsEnd) {
+    m_Runs.EndRuns(order.m_Entry.m_TaskId);
+  } else {
+    m_Runs.Dispatch(order.m_Entry);
+  }
 }
 
 void Supervisor::BeginStop() {

@@ -40,6 +40,9 @@ class Supervisor {
   void Start();
   /// Hands over due tasks, in order, and returns at once. [any thread]
   void Post(const std::vector<TaskBatch::Entry>& entries) NOX_EXCLUDES(m_Lock);
+  /// Has the task's run end that goes on or waits, with all that comes of it, as a timeout would
+  /// end it, and returns at once. False when no run is under way. [any thread]
+  bool StopRun(const BaseSDK::AString& taskId) NOX_EXCLUDES(m_Lock);
   /// Ends all runs (TERM, and KILL after the grace), reports their states and ends the thread.
   /// False when that takes too long; the thread then still runs, and Stop may be called again.
   /// [agent thread]
@@ -55,8 +58,15 @@ class Supervisor {
   bool IsBusy() const NOX_EXCLUDES(m_Lock);
 
  private:
+  /// What the thread is to do: to start the task's run, or to end it.
+  struct Order {
+    TaskBatch::Entry m_Entry;  ///< for an end only of which task
+    bool m_IsEnd = false;
+  };
+
   void Main();
-  bool TakePosted(std::vector<TaskBatch::Entry>& entries) NOX_EXCLUDES(m_Lock);
+  bool TakePosted(std::vector<Order>& orders) NOX_EXCLUDES(m_Lock);
+  void Follow(const Order& order);
   void BeginStop();
   void PublishBusy() NOX_EXCLUDES(m_Lock);
   bool IsFinished() const;
@@ -76,7 +86,7 @@ class Supervisor {
   std::optional<Run::Clock::time_point> m_GiveUpAt;  ///< once it is to stop
 
   mutable BaseSDK::AMutex m_Lock;
-  std::vector<TaskBatch::Entry> m_Posted NOX_GUARDED_BY(m_Lock);
+  std::vector<Order> m_Posted NOX_GUARDED_BY(m_Lock);
   bool m_IsBusy NOX_GUARDED_BY(m_Lock) = false;  ///< with runs, or with what it took from m_Posted
   bool m_Stop NOX_GUARDED_BY(m_Lock) = false;
 };

@@ -193,6 +193,26 @@ void TaskRuns::BeginFirst(Attempts& attempts) {
   attempts.Begin();
 }
 
+void TaskRuns::EndRuns(const AString& taskId) {
+  for (auto it = m_Slots.lower_bound({taskId, 0}); it != m_Slots.end() && it->first.first == taskId;
+       ++it) {
+    EndByRequest(it->second);
+  }
+}
+
+void TaskRuns::EndByRequest(Slot& slot) {
+  Attempts& attempts = *slot.m_Attempts;
+  if (slot.m_Next) {
+    m_Book.NoteQueuedSkip(attempts.Entry().m_TaskId, EndedByRequest);
+    slot.m_Next.reset();
+  }
+  if (attempts.HasBegun()) {
+    attempts.End(Run::EndReason::Request);
+  } else {
+    attempts.LeaveOut(EndedByRequest);
+  }
+}
+
 void TaskRuns::BeginStop() {
   m_IsStopping = true;
   m_Line.clear();

@@ -36,6 +36,9 @@ class TaskRuns {
   void EndLeftovers();
   /// A task is due.
   void Dispatch(const TaskBatch::Entry& entry);
+  /// Ends the task's runs for good, and leaves out the start that waits for their end. One that has
+  /// not begun is left out as well. Nothing when they are over meanwhile.
+  void EndRuns(const BaseSDK::AString& taskId);
   /// Ends all runs. What is dispatched from now on is left out: its task says "Started", and is run
   /// after the next start of the agent.
   void BeginStop();
@@ -73,6 +76,7 @@ class TaskRuns {
   };
 
   std::map<Key, Slot>::iterator LatestOf(const BaseSDK::AString& taskId);
+  void EndByRequest(Slot& slot);
   void DispatchToPresent(Slot& slot, const TaskBatch::Entry& entry);
   void Queue(Slot& slot, const TaskBatch::Entry& entry);
   void Replace(Slot& slot, const TaskBatch::Entry& entry);

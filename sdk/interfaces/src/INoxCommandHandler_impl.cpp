@@ -14,7 +14,8 @@ long INoxCommandHandler_impl::CallMethod(const AMsgIn* request) {
     return INoxObject_impl::CallMethod(request);
   }
   return CallOperation<INoxCommandHandlerTable, &Self::GetRun, &Self::CheckJob, &Self::PutJob,
-                       &Self::GetJob, &Self::DeleteJob, &Self::GetOutput>(*this, *request);
+                       &Self::GetJob, &Self::DeleteJob, &Self::GetOutput, &Self::StopRun>(*this,
+                                                                                          *request);
 }
 
 }  // namespace Corvane::AgentInterfacesV3

@@ -162,6 +162,7 @@ class ACommandHandlerProxy final : public AObjectProxy<INoxCommandHandler> {
                  AString& next) override {
     return Call<"GetOutput", &Self::GetOutput>(taskId, position, text, next);
   }
+  long StopRun(const AString& taskId) override { return Call<"StopRun", &Self::StopRun>(taskId); }
 
  private:
   using Self = INoxCommandHandler;

@@ -154,6 +154,24 @@ TEST_F(CommandHandlerObject, TellsOfRuns) {
   EXPECT_EQ(run["reason"].Find("exit status 3 after "), 0u);
 }
 
+TEST_F(CommandHandlerObject, EndsRuns) {
+  AddGatedJob("a");
+  Load();
+  ASSERT_EQ(Initialize(), 1);
+  CIClient<INoxCommandHandler> handler;
+  ASSERT_EQ(MakeProxy(Queue, INoxCommandHandler::GetIID(), handler.Slot()), 1);
+  EXPECT_EQ(handler->StopRun("a"), -1);
+  (void)RunTasks("RunTasksEx", "a:0:1:0;");
+  (void)Started();
+  ASSERT_TRUE(WaitUntil([&] {
+    AStringMap run;
+    return handler->GetRun("a", run) == 1 && run["state"] == AString("running");
+  }));
+  EXPECT_EQ(handler->StopRun("a"), 1);
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), std::vector<std::string>{"a Failed"});
+  EXPECT_EQ(handler->StopRun("a"), -1);
+}
+
 TEST_F(CommandHandlerObject, SaysWhetherAJobCanBeRun) {
   AddJob("good", "exit 0");
   AddJob("stranger", "exit 0", "user = nosuchuser");

@@ -39,7 +39,7 @@ TEST(AInterfaceTable, OperationsStandInSlotOrder) {
              "RefreshTaskList", "SetRunState", "GetTaskAttributes", "EnableTask"}));
   EXPECT_EQ(OperationsOf("INoxScheduledTaskHandler"), (Texts{"RunTasks", "RunTasksEx"}));
   EXPECT_EQ(OperationsOf("INoxCommandHandler"),
-            (Texts{"GetRun", "CheckJob", "PutJob", "GetJob", "DeleteJob", "GetOutput"}));
+            (Texts{"GetRun", "CheckJob", "PutJob", "GetJob", "DeleteJob", "GetOutput", "StopRun"}));
 }
 
 TEST(AInterfaceTable, ParentsComeFirst) {

@@ -215,13 +215,14 @@ TEST(MakeProxyOfHandlers, QuestionsAboutRunsAndJobsReachTheHandler) {
     EXPECT_EQ(client->GetOutput("f", "7", text, next), 66);
     EXPECT_EQ(text, "an output");
     EXPECT_EQ(next, "behind it");
+    EXPECT_EQ(client->StopRun("g"), 67);
     queue.Close();
     EXPECT_EQ(client->GetRun("a", run), CALL_NOT_DELIVERED);
     EXPECT_EQ(run, (AStringMap{{"state", "running"}}));
   }
   EXPECT_EQ(handler.m_Calls.All(),
             (Texts{"GetRun(\"a\")", "CheckJob(\"b\")", "PutJob(\"c\", \"[Job]\")", "GetJob(\"d\")",
-                   "DeleteJob(\"e\")", "GetOutput(\"f\", \"7\")"}));
+                   "DeleteJob(\"e\")", "GetOutput(\"f\", \"7\")", "StopRun(\"g\")"}));
 }
 
 }  // namespace

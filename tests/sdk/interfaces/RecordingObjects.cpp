@@ -223,4 +223,9 @@ long CommandHandler::GetOutput(const AString& taskId, const AString& position, A
   return 66;
 }
 
+long CommandHandler::StopRun(const AString& taskId) {
+  m_Calls.Add(Call("StopRun", taskId));
+  return 67;
+}
+
 }  // namespace RecordingObjects

@@ -86,6 +86,7 @@ class CommandHandler : public Corvane::AgentInterfacesV3::INoxCommandHandler_imp
   long DeleteJob(const AString& taskId, AString& problem) override;
   long GetOutput(const AString& taskId, const AString& position, AString& text,
                  AString& next) override;
+  long StopRun(const AString& taskId) override;
 };
 
 }  // namespace RecordingObjects

@@ -310,6 +310,10 @@ TEST(SkeletonDecodingOfHandlers, TellsOfRunsAndJobs) {
   EXPECT_EQ(reply.Result(), 66);
   EXPECT_EQ(std::get<AString>(reply.Out().at("text")), "an output");
   EXPECT_EQ(std::get<AString>(reply.Out().at("next")), "behind it");
+  AMsgIn stop("INoxCommandHandler", "StopRun", reply);
+  stop.Set("taskId", AString("e"));
+  EXPECT_EQ(handler.ProcessRequest(&stop), 1);
+  EXPECT_EQ(reply.Result(), 67);
   const AMsgIn unnamed("INoxCommandHandler", "CheckJob", reply);
   EXPECT_EQ(handler.ProcessRequest(&unnamed), -1);
   EXPECT_EQ(reply.ErrorCode(), AMsgError::MissingArgument);

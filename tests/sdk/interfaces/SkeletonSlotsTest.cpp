@@ -51,6 +51,7 @@ enum Slot : std::size_t {
   HandlerGetJob = AgentQuery,
   HandlerDeleteJob = AgentQueryUnload,
   HandlerGetOutput = AgentInstall,
+  HandlerStopRun = AgentUninstall,
 };
 
 static_assert(EnableTask == 23);
@@ -167,9 +168,11 @@ TEST_F(SkeletonSlots, CommandHandlerOperationsFollowThoseOfTheObject) {
             66);
   EXPECT_EQ(text, "an output");
   EXPECT_EQ(m_Out, "behind it");
-  EXPECT_EQ(handler.m_Calls.All(),
-            (Texts{"ObjectDebugInfo()", "GetRun(\"a\")", "CheckJob(\"b\")", "PutJob(\"a\", \"b\")",
-                   "GetJob(\"a\")", "DeleteJob(\"b\")", "GetOutput(\"a\", \"b\")"}));
+  EXPECT_EQ((RawSlots::Call<long, const AString*>(self, HandlerStopRun, &m_B)), 67);
+  EXPECT_EQ(
+      handler.m_Calls.All(),
+      (Texts{"ObjectDebugInfo()", "GetRun(\"a\")", "CheckJob(\"b\")", "PutJob(\"a\", \"b\")",
+             "GetJob(\"a\")", "DeleteJob(\"b\")", "GetOutput(\"a\", \"b\")", "StopRun(\"b\")"}));
 }
 
 TEST(SkeletonDestructorSlots, TheFirstDestroysAndTheSecondAlsoFrees) {

@@ -52,6 +52,10 @@ class INoxCommandHandler : public virtual INoxObject {
   /// kept. Bytes that are not UTF-8 are replaced. 1; -1 when no run has put out anything.
   virtual long GetOutput(const BaseSDK::AString& taskId, const BaseSDK::AString& position,
                          BaseSDK::AString& text, BaseSDK::AString& next) = 0;
+  /// Has the task's run end that is "running" or "waiting" for GetRun, as its timeout would end it,
+  /// with all attempts that are to come; a start that waits for its end is left out. Returns at
+  /// once: GetRun tells when the run is over. 1; -1 when none is under way.
+  virtual long StopRun(const BaseSDK::AString& taskId) = 0;
 
   /// The identifier of this interface, as CIGetObjectInterface takes it.
   static const BaseSDK::AGuid& GetIID();

@@ -49,6 +49,11 @@ inline constexpr AInterfaceTable::AOperation INoxCommandHandlerOperations[] = {
       {"position", AMsgType::String, AInterfaceTable::ADirection::In, true},
       {"text", AMsgType::String, AInterfaceTable::ADirection::Out, false},
       {"next", AMsgType::String, AInterfaceTable::ADirection::Out, false}}},
+    {"StopRun",
+     "Ends a task's run that goes on or waits to be started, with all its attempts, and leaves out "
+     "a start that waits for its end. Returns at once; GetRun tells when the run is over. The "
+     "result is 1, or -1 when no run is under way.",
+     {{"taskId", AMsgType::String, AInterfaceTable::ADirection::In, false}}},
 };
 
 /// The interface INoxCommandHandler itself, as AInterfaceTable::Find gives it.

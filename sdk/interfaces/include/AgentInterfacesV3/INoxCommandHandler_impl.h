@@ -24,6 +24,7 @@ class INoxCommandHandler_impl : public virtual INoxObject_impl {
   virtual long DeleteJob(const BaseSDK::AString& taskId, BaseSDK::AString& problem) = 0;
   virtual long GetOutput(const BaseSDK::AString& taskId, const BaseSDK::AString& position,
                          BaseSDK::AString& text, BaseSDK::AString& next) = 0;
+  virtual long StopRun(const BaseSDK::AString& taskId) = 0;
 };
 
 }  // namespace Corvane::AgentInterfacesV3

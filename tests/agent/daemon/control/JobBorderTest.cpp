@@ -104,7 +104,7 @@ TEST_F(JobBorderTest, KeepsJobsFromWhoMayNotUseThem) {
     EXPECT_NE(answer.m_Body.find("group_writes_jobs = yes"), std::string::npos) << answer.m_Body;
   }
   EXPECT_FALSE(std::filesystem::exists(m_Agent.m_Dir / "state/jobs/a.job"));
-  for (const char* const operation : {"GetRun", "CheckJob", "GetOutput"}) {
+  for (const char* const operation : {"GetRun", "CheckJob", "GetOutput", "StopRun"}) {
     EXPECT_EQ(Ask(operation, Member).m_Status, 200U) << operation;
   }
 }

@@ -1,0 +1,172 @@
+// Runs that somebody ends by hand, and what is left out with them.
+#include "tests/agent/handler/run/SupervisorFixture.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using States = std::vector<std::string>;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using namespace std::chrono_literals;
+
+namespace NoxHandlerTest {
+
+namespace {
+
+class StopRun : public SupervisorFixture {
+ protected:
+  bool Stop(const std::string& name) {
+    return m_Supervisor->StopRun(BaseSDK::AString(name.c_str()));
+  }
+  bool WaitUntilNothingGoesOn() {
+    return WaitUntil([&] { return !m_Supervisor->IsBusy(); });
+  }
+};
+
+}  // namespace
+
+TEST_F(StopRun, EndsTheRunThatGoesOn) {
+  AddGatedJob("a");
+  StartSupervisor();
+  Dispatch("a", false);
+  const std::string pid = Started();
+  ASSERT_TRUE(WaitUntilTold("a", "state", "running"));
+  EXPECT_TRUE(Stop("a"));
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Failed"});
+  EXPECT_FALSE(IsAlive(pid));
+  EXPECT_EQ(Told("a")["result"], "Failed");
+  EXPECT_THAT(Told("a")["reason"], MatchesRegex("ended by request after [0-9]+\\.[0-9]{3} s"));
+  EXPECT_THAT(Output("a"), HasSubstr(" ended by request after "));
+}
+
+TEST_F(StopRun, KillsARunThatDoesNotEnd) {
+  AddJob("a", "trap '' TERM; echo $$ > $STARTED; read line < $GATE");
+  StartSupervisor(1ms);
+  Dispatch("a", false);
+  const std::string pid = Started();
+  ASSERT_TRUE(WaitUntilTold("a", "state", "running"));
+  EXPECT_TRUE(Stop("a"));
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Failed"});
+  EXPECT_FALSE(IsAlive(pid));
+  EXPECT_THAT(Told("a")["reason"], HasSubstr("ended by request"));
+}
+
+TEST_F(StopRun, LetsNoAttemptFollow) {
+  AddGatedJob("a", "retry = 3 every 5m");
+  StartSupervisor();
+  Dispatch("a", false);
+  (void)Started();
+  ASSERT_TRUE(WaitUntilTold("a", "state", "running"));
+  EXPECT_TRUE(Stop("a"));
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Ok"}) << "to the scheduler it is over";
+  EXPECT_EQ(Told("a")["result"], "Failed");
+  EXPECT_EQ(Told("a")["final"], "1");
+  EXPECT_TRUE(WaitUntilNothingGoesOn());
+}
+
+TEST_F(StopRun, EndsARunBetweenTwoAttempts) {
+  AddJob("a", "exit 7", "retry = 3 every 5m");
+  StartSupervisor();
+  Dispatch("a", false);
+  ASSERT_TRUE(WaitUntil([&] { return Told("a").contains("reason"); }));
+  EXPECT_TRUE(Stop("a"));
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Ok"});
+  EXPECT_EQ(Told("a")["result"], "Failed");
+  EXPECT_THAT(Told("a")["reason"],
+              MatchesRegex("exit status 7 after [0-9.]+ s, attempt 1 of 4; not tried again: it was "
+                           "ended by request"));
+  EXPECT_THAT(Output("a"), EndsWith(" not tried again: it was ended by request\n"));
+}
+
+TEST_F(StopRun, LeavesOutTheStartThatWaitsForTheEndOfTheRun) {
+  AddGatedJob("a", "overlap = queue");
+  StartSupervisor();
+  Dispatch("a", false);
+  (void)Started();
+  Dispatch("a", false);
+  ASSERT_TRUE(WaitUntil([&] { return Told("a").contains("queued"); }));
+  EXPECT_TRUE(Stop("a"));
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Failed"});
+  EXPECT_EQ(Told("a")["number"], "1");
+  EXPECT_EQ(Told("a")["skipReason"], "it was ended by request");
+  EXPECT_EQ(LogCount("Task 'a' is due, but it was ended by request: left out"), 1u);
+  ASSERT_TRUE(WaitUntilNothingGoesOn());
+  EXPECT_FALSE(m_Started.HasLine());
+}
+
+TEST_F(StopRun, TellsOfNoStartThatWaitsWhileTheRunEnds) {
+  AddJob("a", "trap '' TERM; echo $$ > $STARTED; read line < $GATE", "overlap = queue");
+  StartSupervisor();
+  Dispatch("a", false);
+  (void)Started();
+  Dispatch("a", false);
+  ASSERT_TRUE(WaitUntil([&] { return Told("a").contains("queued"); }));
+  EXPECT_TRUE(Stop("a"));
+  ASSERT_TRUE(WaitUntilTold("a", "skips", "1"));
+  EXPECT_EQ(Told("a")["state"], "running");
+  EXPECT_FALSE(Told("a").contains("queued"));
+  EXPECT_TRUE(Stop("a")) << "it is being ended";
+  OpenGate();
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Failed"});
+}
+
+TEST_F(StopRun, LeavesOutARunThatWaitsForItsSplay) {
+  AddJob("a", "echo begun > $STARTED", "splay = 1h");
+  StartSupervisor();
+  Dispatch("a", false);
+  ASSERT_TRUE(WaitUntilTold("a", "state", "waiting"));
+  EXPECT_TRUE(Stop("a"));
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Ok"}) << "it does not come again";
+  EXPECT_EQ(Told("a")["state"], "none");
+  EXPECT_EQ(Told("a")["skipReason"], "it was ended by request");
+  EXPECT_THAT(Output("a"), EndsWith(" left out: it was ended by request\n"));
+  EXPECT_TRUE(WaitUntilNothingGoesOn());
+}
+
+TEST_F(StopRun, LeavesOutARunThatWaitsForOthersToEnd) {
+  AddGatedJob("a");
+  AddGatedJob("b");
+  AddGatedJob("c");
+  StartSupervisor(LongGrace, 1);
+  Dispatch("a", false);
+  const std::string first = Started();
+  Dispatch("b", false);
+  Dispatch("c", false);
+  ASSERT_TRUE(WaitUntilTold("c", "state", "waiting"));
+  EXPECT_TRUE(Stop("b"));
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"b Ok"});
+  EXPECT_TRUE(IsAlive(first));
+  OpenGate();
+  (void)Started();
+  EXPECT_EQ(Told("b")["state"], "none");
+  ASSERT_TRUE(WaitUntilTold("c", "state", "running"));
+  OpenGate();
+  EXPECT_EQ(m_Scheduler.WaitForStates(3).back(), "c Ok");
+}
+
+TEST_F(StopRun, LeavesAStartAloneThatComesAfterIt) {
+  AddGatedJob("a", "overlap = queue");
+  StartSupervisor();
+  Dispatch("a", false);
+  const std::string first = Started();
+  ASSERT_TRUE(WaitUntilTold("a", "state", "running"));
+  EXPECT_TRUE(Stop("a"));
+  Dispatch("a", false);
+  EXPECT_NE(Started(), first);
+  OpenGate();
+  EXPECT_TRUE(WaitUntilTold("a", "result", "Ok"));
+  EXPECT_EQ(Told("a")["number"], "2");
+}
+
+TEST_F(StopRun, KnowsWhenNoneIsUnderWay) {
+  AddJob("a", "exit 0");
+  StartSupervisor();
+  EXPECT_FALSE(Stop("a"));
+  EXPECT_FALSE(Stop("../a"));
+  Dispatch("a", false);
+  (void)m_Scheduler.WaitForStates(1);
+  EXPECT_FALSE(Stop("a"));
+}
+
+}  // namespace NoxHandlerTest
