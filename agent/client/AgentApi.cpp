@@ -279,6 +279,10 @@ void AgentApi::RunTask(const std::string& id) {
                                  BodyOf({{"batch", id + ":0:0:0;"}})));
 }
 
+bool AgentApi::StopRun(const std::string& id) {
+  return AnswerForTask(PostAbout(JobHandler + std::string("StopRun"), id)).has_value();
+}
+
 void AgentApi::PutJob(const std::string& id, const std::string& text) {
   const Json answer = Answer(Connection().Post(JobHandler + std::string("PutJob"),
                                                BodyOf({{"taskId", id}, {"text", text}})));

@@ -88,6 +88,9 @@ class AgentApi {
   /// Hands the task to the command handler, as the scheduler does when it is due. What becomes of
   /// it, LatestRun tells, a moment later.
   void RunTask(const std::string& id);
+  /// Has the task's run end that goes on or waits; LatestRun tells when it is over. False when none
+  /// is under way, or when `id` cannot be a task's ID.
+  bool StopRun(const std::string& id);
   /// Makes the text the task's job, or replaces the job that it has. Throws CommandError, Usage,
   /// with the command handler's words when it is no job or cannot be written.
   void PutJob(const std::string& id, const std::string& text);

@@ -14,6 +14,7 @@ void AddAllCommands(CommandLine& line, CommandContext& context) {
   AddAgentCommands(line, context);
   AddWatchCommand(line, context);
   AddRunCommand(line, context);
+  AddStopCommand(line, context);
   AddLogCommand(line, context);
   AddCheckCommand(line, context);
   AddCheckJobCommand(line, context);

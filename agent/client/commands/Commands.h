@@ -26,6 +26,7 @@ void AddLogCommand(CommandLine& line, CommandContext& context);
 void AddNextCommand(CommandLine& line, CommandContext& context);
 void AddRunCommand(CommandLine& line, CommandContext& context);
 void AddSimulateCommand(CommandLine& line, CommandContext& context);
+void AddStopCommand(CommandLine& line, CommandContext& context);
 void AddTaskCommands(CommandLine& line,
                      CommandContext& context);  ///< show, delete, enable and so on
 void AddWatchCommand(CommandLine& line, CommandContext& context);

@@ -1,11 +1,11 @@
 // Commands that take the IDs of stored tasks.
+#include "agent/client/ForEachTask.h"
 #include "agent/client/LocalTime.h"
 #include "agent/client/TextTable.h"
 #include "agent/client/commands/Commands.h"
 
 #include <BaseSDK/AString.h>
 
-#include <algorithm>
 #include <functional>
 #include <memory>
 
@@ -109,40 +109,6 @@ void Attributes(const std::string& id, const CommandContext& context) {
   table.Print(context.m_Out);
 }
 
-void PrintDone(const std::vector<std::string>& ids, const char* done,
-               const CommandContext& context) {
-  if (context.m_Json) {
-    return context.PrintJson({{done, ids}});
-  }
-  for (const std::string& id : ids) {
-    context.m_Out << done << ' ' << id << '\n';
-  }
-}
-
-// Does `act` with each task. A failure is reported, and the other tasks go on, unless the agent
-// cannot be reached any more.
-void ForEach(const std::vector<std::string>& ids, const char* done,
-             const std::function<void(const std::string&)>& act, CommandContext& context) {
-  std::vector<std::string> ready;
-  for (const std::string& id : ids) {
-    try {
-      act(id);
-      ready.push_back(id);
-    } catch (const CommandError& error) {
-      if (error.Code() == ExitCode::Unreachable) {
-        PrintDone(ready, done, context);
-        throw;
-      }
-      context.PrintError(error, id);
-      context.m_ExitCode = std::max(context.m_ExitCode, error.Code());
-    } catch (const JsonError&) {
-      PrintDone(ready, done, context);
-      throw;
-    }
-  }
-  PrintDone(ready, done, context);
-}
-
 // The task goes first: without its job it would fail when it is due meanwhile.
 void Delete(AgentApi& agent, const std::string& id, bool keepsJob, const CommandContext& context) {
   if (!agent.DeleteTask(id)) {
@@ -197,7 +163,7 @@ CommandLine& AddManyCommand(CommandLine& line, const char* name, const char* sum
   command.Argument("ID", *ids, "task IDs").Required();
   command.OnUse([ids, done, act = std::move(act), &context] {
     AgentApi agent = context.Agent();
-    ForEach(
+    ForEachTask(
         *ids, done, [&](const std::string& id) { act(agent, id); }, context);
   });
   return command;

@@ -245,6 +245,9 @@ std::string FakeAgent::Answer(const FakeRequest& request) {
     m_Read.notify_all();
     return Response(200, LatestRun(request.m_Body.Text("taskId", "")).Dump());
   }
+  if (request.m_Target == "/v1/command/INoxCommandHandler/StopRun") {
+    return Response(200, StopRun(request.m_Body.Text("taskId", "")).Dump());
+  }
   if (request.m_Target == "/v1/command/INoxCommandHandler/GetOutput") {
     return Response(200, Output(request.m_Body).Dump());
   }
@@ -291,8 +294,26 @@ Json FakeAgent::Status() const {
   return status;
 }
 
-Json FakeAgent::LatestRun(const std::string& id) const {
+Json FakeAgent::StopRun(const std::string& id) {
   const auto task = m_Tasks.find(id);
+  const bool isUnderWay = task != m_Tasks.end() && task->second.m_Run.contains("pid");
+  if (isUnderWay) {
+    m_Stopped[id] = m_LooksUntilEnd;
+  }
+  return Result(isUnderWay ? 1 : -1);
+}
+
+Json FakeAgent::LatestRun(const std::string& id) {
+  const auto task = m_Tasks.find(id);
+  if (const auto stopped = m_Stopped.find(id); stopped != m_Stopped.end()) {
+    if (stopped->second-- == 0) {
+      task->second.m_Run["state"] = "ended";
+      if (!m_RunAfterStop.empty()) {
+        task->second.m_Run = m_RunAfterStop;
+      }
+      m_Stopped.erase(stopped);
+    }
+  }
   return task == m_Tasks.end() || task->second.m_Run.empty()
              ? Result(-1, {{"run", Json::Object{}}})
              : Result(1, {{"run", task->second.m_Run}});

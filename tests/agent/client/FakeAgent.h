@@ -98,6 +98,16 @@ class FakeAgent {
     const std::lock_guard guard(m_Lock);
     m_RunByHand = run;
   }
+  /// So many questions after a run that is ended by hand find it going on still.
+  void SetLooksUntilEnd(unsigned looks) {
+    const std::lock_guard guard(m_Lock);
+    m_LooksUntilEnd = looks;
+  }
+  /// What there is of a task once its run was ended by hand, instead of that run's end.
+  void SetRunAfterStop(const std::map<std::string, std::string>& run) {
+    const std::lock_guard guard(m_Lock);
+    m_RunAfterStop = run;
+  }
   /// Jobs are for others.
   void KeepJobs() {
     const std::lock_guard guard(m_Lock);
@@ -131,7 +141,8 @@ class FakeAgent {
   std::string Answer(const FakeRequest& request);
   Json Status() const;
   std::string TaskLines() const;
-  Json LatestRun(const std::string& id) const;
+  Json LatestRun(const std::string& id);
+  Json StopRun(const std::string& id);
   Json Output(const Json& in) const;
   Json Operation(const std::string& name, const Json& in);
   std::string JobAnswer(const std::string& operation, const Json& in);
@@ -163,6 +174,9 @@ class FakeAgent {
   std::map<std::string, std::string> m_Jobs;
   bool m_KeepsJobs = false;
   std::map<std::string, std::string> m_RunByHand;
+  std::map<std::string, unsigned> m_Stopped;  ///< tasks whose run is being ended, and for how long
+  std::map<std::string, std::string> m_RunAfterStop;
+  unsigned m_LooksUntilEnd = 0;
   std::vector<FakeRequest> m_Requests;
   unsigned m_FixedStatus = 0;
   std::string m_FixedBody;

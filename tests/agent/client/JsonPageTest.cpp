@@ -181,6 +181,7 @@ TEST_F(JsonPage, HasTheFormOfEveryAnswer) {
   m_Agent.SetRunByHand(
       {{"state", "running"}, {"number", "1"}, {"start", "1781524801"}, {"pid", "77"}});
   Expect("run", {"run", "backup"});
+  Expect("stop", {"stop", "backup"});
   Expect("delete", {"delete", "backup"});
   (void)Run({"show", "none", "--json"});
   ExpectText("Errors", Err());

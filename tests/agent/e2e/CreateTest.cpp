@@ -66,3 +66,23 @@ TEST_F(Create, KeepsTheOverlapRuleWhenItRunsByHand) {
   EXPECT_EQ("long: left out: its previous run goes on\n", second.m_Output);
   m_Directory.Write("go", "");
 }
+
+TEST_F(Create, EndsARunOnRequest) {
+  Do({"create", "long", "daily at 02:30", "--", "sleep 1000"});
+  const auto idle = Ctl({"stop", "long"});
+  EXPECT_EQ(1, idle.m_Status);
+  EXPECT_NE(std::string::npos, idle.m_Error.find("no run of the task long is under way"));
+  Program run({{NOX_CLIENT, "--runtime-dir", Path("state/run"), "run", "long", "--wait"}},
+              Path("ran"));
+  ASSERT_TRUE(WaitUntil([&] {
+    const auto latest =
+        Http("POST", "/v1/command/INoxCommandHandler/GetRun", R"({"taskId":"long"})");
+    return latest.m_Body.find("running") != std::string::npos;
+  }));
+  const auto stopped = Ctl({"stop", "long"});
+  EXPECT_EQ(0, stopped.m_Status) << stopped.m_Error;
+  EXPECT_EQ("stopped long\n", stopped.m_Output);
+  EXPECT_EQ(1, run.WaitForEnd());
+  EXPECT_EQ(0U, run.Output().rfind("long: Failed, ended by request after ", 0)) << run.Output();
+  EXPECT_NE(std::string::npos, Ctl({"log", "long"}).m_Output.find(" ended by request after "));
+}

@@ -1,0 +1,67 @@
+#include "agent/client/Await.h"
+#include "agent/client/ForEachTask.h"
+#include "agent/client/HandlerRun.h"
+#include "agent/client/commands/Commands.h"
+
+#include <map>
+#include <memory>
+
+namespace NoxAgent {
+
+namespace {
+
+// The runs of tasks that are ended by hand, all at once, and each until it is over.
+class StoppedRuns {
+ public:
+  explicit StoppedRuns(AgentApi agent) : m_Agent(std::move(agent)) {}
+
+  /// Nothing is waited for.
+  void Ask(const std::string& id) {
+    const long number = NumberOf(m_Agent.LatestRun(id));
+    if (m_Agent.StopRun(id)) {
+      m_Numbers.emplace(id, number);
+    }
+  }
+
+  /// Fails when there was none to end.
+  void AwaitEnd(const std::string& id) {
+    const auto asked = m_Numbers.find(id);
+    if (asked == m_Numbers.end()) {
+      throw CommandError(ExitCode::Failed, "no run of the task " + id + " is under way");
+    }
+    Await([&] { return IsOver(id, asked->second); });
+  }
+
+ private:
+  static long NumberOf(const std::optional<AgentApi::Attributes>& latest) {
+    const auto run = ReadHandlerRun(latest);
+    return run ? run->m_Number : 0;
+  }
+
+  // Another one may have begun since.
+  bool IsOver(const std::string& id, long number) {
+    const auto run = ReadHandlerRun(m_Agent.LatestRun(id));
+    return !run || !run->IsUnderWay() || run->m_Number != number;
+  }
+
+  AgentApi m_Agent;
+  std::map<std::string, long> m_Numbers;  ///< of the run that is to end, by task
+};
+
+}  // namespace
+
+void AddStopCommand(CommandLine& line, CommandContext& context) {
+  CommandLine& command = line.Command("stop", "End the runs of tasks that go on or wait");
+  const auto ids = std::make_shared<std::vector<std::string>>();
+  command.Argument("ID", *ids, "task IDs").Required();
+  command.OnUse([ids, &context] {
+    StoppedRuns runs(context.Agent());
+    for (const std::string& id : *ids) {
+      runs.Ask(id);
+    }
+    ForEachTask(
+        *ids, "stopped", [&](const std::string& id) { runs.AwaitEnd(id); }, context);
+  });
+}
+
+}  // namespace NoxAgent
