@@ -29,7 +29,7 @@ constexpr std::array<Grammar::Rule, 7> Rules{{
 }};
 
 const std::array<PhraseTerminal, 11>& Terminals() {
-  static const std::array<PhraseTerminal, 11> all{{
+  static const std::array<PhraseTerminal, 11> All{{
       {"CLOCKS", "times of day: 02:30, or 08:00,20:00", IsClockList, {}},
       {"CLOCK", "a time of day: 02:30, or 02:30:15", IsClock, {}},
       {"DATE", "a day: 2027-01-04; with its time also 2027-01-04T09:00", IsDate, {}},
@@ -57,7 +57,7 @@ const std::array<PhraseTerminal, 11>& Terminals() {
        [](const std::string& word) { return !word.empty(); },
        {}},
   }};
-  return all;
+  return All;
 }
 
 // Each alternative of a long rule on a line of its own, which begins with `next`.
@@ -96,12 +96,12 @@ const PhraseTerminal* FindPhraseTerminal(const std::string& name) {
 }
 
 const Grammar& ThePhraseGrammar() {
-  static const Grammar grammar({Rules.begin(), Rules.end()},
-                               [](const std::string& terminal, const std::string& word) {
-                                 const PhraseTerminal* const kind = FindPhraseTerminal(terminal);
-                                 return kind != nullptr && kind->m_Recognises(word);
-                               });
-  return grammar;
+  static const Grammar TheGrammar({Rules.begin(), Rules.end()},
+                                  [](const std::string& terminal, const std::string& word) {
+                                    const PhraseTerminal* const kind = FindPhraseTerminal(terminal);
+                                    return kind != nullptr && kind->m_Recognises(word);
+                                  });
+  return TheGrammar;
 }
 
 std::string PhraseGrammarText(const std::string& indent) {

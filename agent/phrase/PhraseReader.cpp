@@ -62,7 +62,7 @@ class RuleBuilder {
 
   void Take(const std::string& label, const std::string& word) {
     using TakeWord = void (RuleBuilder::*)(const std::string&);
-    static const std::map<std::string, TakeWord> actions{
+    static const std::map<std::string, TakeWord> Actions{
         {"and", &RuleBuilder::TakeAnd},
         {"now", &RuleBuilder::TakeKind},
         {"once", &RuleBuilder::TakeKind},
@@ -97,8 +97,8 @@ class RuleBuilder {
         {"end", &RuleBuilder::TakeEnd},
         {"endclock", &RuleBuilder::TakeEndClock},
     };
-    const auto action = actions.find(label);
-    if (action != actions.end()) {
+    const auto action = Actions.find(label);
+    if (action != Actions.end()) {
       (this->*action->second)(word);
     }
   }
@@ -116,11 +116,11 @@ class RuleBuilder {
   }
 
   void TakeKind(const std::string& word) {
-    static const std::map<std::string, Days> kinds{
+    static const std::map<std::string, Days> Kinds{
         {"now", Days::Now},           {"once", Days::Once},      {"daily", Days::EveryDays},
         {"day", Days::EveryDays},     {"days", Days::EveryDays}, {"weeks", Days::EveryWeeks},
         {"monthly", Days::MonthDays}, {"cron", Days::Cron}};
-    m_Rule.m_Days = kinds.at(word);
+    m_Rule.m_Days = Kinds.at(word);
   }
 
   void TakeCount(const std::string& word) { m_Rule.m_Count = *ReadCount(word); }

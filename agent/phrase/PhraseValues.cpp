@@ -18,20 +18,20 @@ using Names = std::vector<std::string>;
 constexpr long LongestYears = 10;
 
 const Names& WeekdayNames() {
-  static const Names names{"sunday",   "monday", "tuesday", "wednesday",
-                           "thursday", "friday", "saturday"};
-  return names;
+  static const Names All{"sunday",   "monday", "tuesday", "wednesday",
+                         "thursday", "friday", "saturday"};
+  return All;
 }
 
 const Names& MonthNames() {
-  static const Names names{"january", "february", "march",     "april",   "may",      "june",
-                           "july",    "august",   "september", "october", "november", "december"};
-  return names;
+  static const Names All{"january", "february", "march",     "april",   "may",      "june",
+                         "july",    "august",   "september", "october", "november", "december"};
+  return All;
 }
 
 const Names& OrdinalNames() {
-  static const Names names{"first", "second", "third", "fourth", "last"};
-  return names;
+  static const Names All{"first", "second", "third", "fourth", "last"};
+  return All;
 }
 
 std::vector<std::string> Split(const std::string& text, char separator) {
@@ -118,11 +118,11 @@ struct LengthUnit {
 };
 
 const std::array<LengthUnit, 3>& LengthUnits() {
-  static const std::array<LengthUnit, 3> units{
+  static const std::array<LengthUnit, 3> All{
       {{HourSeconds, {"h", "hour", "hours"}},
        {MinuteSeconds, {"min", "m", "minute", "minutes", "mins"}},
        {1, {"s", "sec", "second", "seconds", "secs"}}}};
-  return units;
+  return All;
 }
 
 std::optional<long> UnitSeconds(const std::string& word) {
