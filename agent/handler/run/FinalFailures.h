@@ -43,7 +43,6 @@ class FinalFailures {
  private:
   void ReadLine(std::string_view line);
   std::string Encode() const;
-  int Replace(const std::string& bytes) const;
 
   const BaseSDK::AString m_FileName;
   std::map<BaseSDK::AString, Failure> m_Failures;  ///< by task
