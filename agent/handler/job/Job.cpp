@@ -22,8 +22,8 @@ Job ReadJob(const AIniText& ini, std::vector<AString>& problems) {
       }
     }
   }
-  if (const AString missing = reader.Missing(); !missing.IsEmpty()) {
-    problems.push_back(AString("%1: %2").Arg(ini.FileName(), missing));
+  for (const AString& problem : reader.Missing()) {
+    problems.push_back(problem);
   }
   return reader.Result();
 }
@@ -51,6 +51,17 @@ Job Job::Parse(const AString& fileName, const AString& text, std::vector<AString
 Job Job::Load(const AString& fileName) {
   const std::string bytes = TrustedFile::Read("job file", fileName);
   return Parse(fileName, BaseSDK::AUtf8Encoding().Decode(bytes));
+}
+
+Job Job::Beside(const std::vector<std::string>& words) const {
+  Job job = *this;
+  job.m_Command = words.front();
+  job.m_Arguments.assign(words.begin() + 1, words.end());
+  job.m_Input.clear();
+  job.m_Success = {0};
+  job.m_TimeoutSeconds = BesideSeconds;
+  job.m_Retry = {false, 0, 0};
+  return job;
 }
 
 JobError Job::ErrorAt(const char* key, const AString& reason) const {

@@ -38,6 +38,10 @@ struct Job {
   long m_SplaySeconds = 0;  ///< the first attempt begins somewhere in this time
   OverlapRule m_Overlap = OverlapRule::Skip;
   RetryRule m_Retry;
+  std::vector<std::string> m_OnFailure;   ///< the words of a command beside the run; empty: none
+  std::vector<std::string> m_OnRecovery;  ///< the same
+  static constexpr long MostFailures = 1000;
+  long m_After = 1;  ///< how many runs fail in a row before m_OnFailure
   BaseSDK::AString m_FileName;
   std::map<std::string, unsigned> m_Lines;  ///< where in the file the keys stand, from 1
 
@@ -52,6 +56,11 @@ struct Job {
   /// Reads and parses the file. Throws JobError also when there is none, and for what
   /// TrustedFile::Read refuses.
   static Job Load(const BaseSDK::AString& fileName);
+
+  static constexpr long BesideSeconds = 60;
+  /// What runs such a command: the same as the job, but without its input, with a timeout of
+  /// BesideSeconds, and without retries. REQUIRES: there is a word.
+  Job Beside(const std::vector<std::string>& words) const;
 
   /// The error "FILE:LINE: key: reason", for a value that the machine as it is cannot serve, such
   /// as a user that does not exist. The caller throws it.

@@ -4,6 +4,7 @@
 #include "agent/handler/job/FileMode.h"
 #include "agent/handler/job/InputText.h"
 #include "agent/handler/job/VariableName.h"
+#include "agent/handler/job/WholeNumber.h"
 #include "agent/handler/job/Words.h"
 
 using BaseSDK::AIniText;
@@ -13,22 +14,54 @@ namespace NoxHandler {
 
 namespace {
 
+constexpr const char* BrokenWords = "a quote is not closed, or the text ends with a backslash";
+
+bool IsProgram(const std::string& name) {
+  return !name.empty() && (name.front() == '/' || name.find('/') == std::string::npos);
+}
+
 AString TakeCommand(Job& job, const AString& value) {
   job.m_Command = value.ToUtf8();
-  const bool isPath = job.m_Command.find('/') != std::string::npos;
-  if (value.IsEmpty() || (isPath && value[0] != L'/')) {
-    return "is to be an absolute path or the bare name of a program";
-  }
-  return AString();
+  return IsProgram(job.m_Command)
+             ? AString()
+             : AString("is to be an absolute path or the bare name of a program");
 }
 
 AString TakeArguments(Job& job, const AString& value) {
   auto words = SplitWords(value.ToUtf8());
   if (!words) {
-    return "a quote is not closed, or the text ends with a backslash";
+    return BrokenWords;
   }
   job.m_Arguments = std::move(*words);
   return AString();
+}
+
+AString ReadBeside(const AString& value, std::vector<std::string>& command) {
+  auto words = SplitWords(value.ToUtf8());
+  if (!words) {
+    return BrokenWords;
+  }
+  if (words->empty() || !IsProgram(words->front())) {
+    return "is to begin with an absolute path or the bare name of a program";
+  }
+  command = std::move(*words);
+  return AString();
+}
+
+AString TakeOnFailure(Job& job, const AString& value) {
+  return ReadBeside(value, job.m_OnFailure);
+}
+
+AString TakeOnRecovery(Job& job, const AString& value) {
+  return ReadBeside(value, job.m_OnRecovery);
+}
+
+AString TakeAfter(Job& job, const AString& value) {
+  const auto after = ParseWhole(value, 1, Job::MostFailures);
+  job.m_After = after.value_or(job.m_After);
+  return after ? AString()
+               : AString("is to be a number of runs from 1 to %1")
+                     .Arg(AString().SetNum(Job::MostFailures, 'd'));
 }
 
 AString TakeUser(Job& job, const AString& value) {
@@ -111,16 +144,28 @@ struct Key {
   AString (*m_Take)(Job& job, const AString& value);
 };
 
-constexpr Key Keys[] = {{"command", TakeCommand},   {"arguments", TakeArguments},
-                        {"user", TakeUser},         {"directory", TakeDirectory},
-                        {"timeout", TakeTimeout},   {"overlap", TakeOverlap},
-                        {"retry", TakeRetry},       {"success", TakeSuccess},
-                        {"input", TakeInput},       {"environment_file", TakeEnvironmentFile},
-                        {"umask", TakeUmask},       {"max_late", TakeMaxLate},
-                        {"splay", TakeSplay},       {"nice", TakeNice},
-                        {"ionice", TakeIonice},     {"memory", TakeMemory},
-                        {"cpu_time", TakeCpuTime},  {"files", TakeFiles},
-                        {"oom_score", TakeOomScore}};
+constexpr Key Keys[] = {{"command", TakeCommand},
+                        {"arguments", TakeArguments},
+                        {"user", TakeUser},
+                        {"directory", TakeDirectory},
+                        {"timeout", TakeTimeout},
+                        {"overlap", TakeOverlap},
+                        {"retry", TakeRetry},
+                        {"success", TakeSuccess},
+                        {"input", TakeInput},
+                        {"environment_file", TakeEnvironmentFile},
+                        {"umask", TakeUmask},
+                        {"max_late", TakeMaxLate},
+                        {"splay", TakeSplay},
+                        {"nice", TakeNice},
+                        {"ionice", TakeIonice},
+                        {"memory", TakeMemory},
+                        {"cpu_time", TakeCpuTime},
+                        {"files", TakeFiles},
+                        {"oom_score", TakeOomScore},
+                        {"on_failure", TakeOnFailure},
+                        {"on_recovery", TakeOnRecovery},
+                        {"after", TakeAfter}};
 
 AString KnownKeys() {
   AString names;
@@ -149,9 +194,18 @@ AString JobReader::Take(const AString& section, const AIniText::Entry& entry) {
   return AString("unknown key \"%1\" (known: %2)").Arg(entry.m_Key, KnownKeys());
 }
 
-AString JobReader::Missing() const {
-  return m_Job.m_Lines.contains("command") ? AString()
-                                           : AString("the section \"Job\" has no \"command\"");
+std::vector<AString> JobReader::Missing() const {
+  std::vector<AString> problems;
+  const auto& lines = m_Job.m_Lines;
+  if (!lines.contains("command")) {
+    problems.push_back(AString("%1: the section \"Job\" has no \"command\"").Arg(m_Job.m_FileName));
+  }
+  for (const char* key : {"on_recovery", "after"}) {
+    if (lines.contains(key) && !lines.contains("on_failure")) {
+      problems.push_back(m_Job.ErrorAt(key, "is of use only with on_failure").Message());
+    }
+  }
+  return problems;
 }
 
 AString JobReader::TakeVariable(const AIniText::Entry& entry) {

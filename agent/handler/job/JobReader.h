@@ -5,6 +5,8 @@
 #include <BaseSDK/AIniText.h>
 #include <BaseSDK/AString.h>
 
+#include <vector>
+
 namespace NoxHandler {
 
 /// Reads the lines of a job file into a job, one at a time. To add a key, add it to the table in
@@ -16,8 +18,8 @@ class JobReader {
   /// Takes the line into the job. The reason when it will not do, else empty; what the job has for
   /// its key is of no meaning then.
   BaseSDK::AString Take(const BaseSDK::AString& section, const BaseSDK::AIniText::Entry& entry);
-  /// What is still missing when all lines have been taken; empty when nothing is.
-  BaseSDK::AString Missing() const;
+  /// What is still missing when all lines have been taken, each with its place.
+  std::vector<BaseSDK::AString> Missing() const;
 
   const Job& Result() const { return m_Job; }
 

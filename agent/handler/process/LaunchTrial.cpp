@@ -51,7 +51,7 @@ void CheckDirectory(const Job& job, const Account& account) {
   }
 }
 
-void CheckProgram(const Job& job, const Launch& launch) {
+void CheckProgram(const Job& job, const char* key, const Launch& launch) {
   bool isThere = false;
   for (const std::string& candidate : launch.m_Candidates) {
     const Finding finding = LookAt(candidate, S_IFREG, launch.m_Account);
@@ -64,7 +64,14 @@ void CheckProgram(const Job& job, const Launch& launch) {
   const char* const missing =
       isPath ? "there is no program %1" : "there is no program %1 in the job's PATH";
   throw job.ErrorAt(
-      "command", AString(isThere ? "%1 may not be executed" : missing).Arg(job.m_Command.c_str()));
+      key, AString(isThere ? "%1 may not be executed" : missing).Arg(job.m_Command.c_str()));
+}
+
+void CheckBeside(const Job& job, const char* key, const std::vector<std::string>& words) {
+  if (!words.empty()) {
+    const Job beside = job.Beside(words);
+    CheckProgram(beside, key, Launch(beside, {}, {}, 1));
+  }
 }
 
 }  // namespace
@@ -72,7 +79,9 @@ void CheckProgram(const Job& job, const Launch& launch) {
 void LaunchTrial::Check(const Job& job) {
   const Launch launch(job, {}, {}, 1);
   CheckDirectory(job, launch.m_Account);
-  CheckProgram(job, launch);
+  CheckProgram(job, "command", launch);
+  CheckBeside(job, "on_failure", job.m_OnFailure);
+  CheckBeside(job, "on_recovery", job.m_OnRecovery);
 }
 
 }  // namespace NoxHandler

@@ -86,6 +86,7 @@ class Attempts {
   BaseSDK::AString WaitsFor() const;
 
   const TaskBatch::Entry& Entry() const { return m_Entry; }
+  const Job& JobToRun() const { return m_Job; }
   OverlapRule Overlap() const { return m_Job.m_Overlap; }
   /// Of the attempt that goes on. REQUIRES: IsRunning().
   pid_t Pid() const { return m_Run->Pid(); }

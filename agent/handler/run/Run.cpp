@@ -81,8 +81,8 @@ Run::Run(const TaskBatch::Entry& entry, const Job& job, const AttemptNumber& att
 
 void Run::NoteStart(const Job& job) const {
   ALOG(HandlerLog(), ALogger::Information, HandlerSource,
-       AString("Task '%1' started: %2 (process %3)")
-           .Arg(m_TaskId, CommandText(job), DecimalText(m_FirstPid)));
+       AString("Task '%1'%2 started: %3 (process %4)")
+           .Arg(m_TaskId, m_Attempt.LogTitle(), CommandText(job), DecimalText(m_FirstPid)));
 }
 
 void Run::AddHandles(std::vector<pollfd>& handles) const {
@@ -189,7 +189,8 @@ void Run::KillWhenDue() {
   }
   if (!m_Killed) {
     ALOG(HandlerLog(), ALogger::Warning, HandlerSource,
-         AString("Task '%1' does not end when asked to: killing it").Arg(m_TaskId));
+         AString("Task '%1'%2 does not end when asked to: killing it")
+             .Arg(m_TaskId, m_Attempt.LogTitle()));
   }
   m_Killed = true;
   (void)m_Session.Refresh();
@@ -204,11 +205,11 @@ void Run::Finish() {
   LogLines(m_Lines.Finish());
   m_StartFailure = m_Child.StartFailure();
   m_Outcome = DescribeEnd();
-  m_Output->AppendNote(m_Outcome);
+  m_Output->AppendNote(m_Attempt.Prefix() + m_Outcome);
   const bool succeeded = Succeeded();
   ALOG(HandlerLog(), succeeded ? ALogger::Information : ALogger::Warning, HandlerSource,
-       AString(succeeded ? "Task '%1' succeeded: %2" : "Task '%1' failed: %2")
-           .Arg(m_TaskId, m_Outcome));
+       AString(succeeded ? "Task '%1'%2 succeeded: %3" : "Task '%1'%2 failed: %3")
+           .Arg(m_TaskId, m_Attempt.LogTitle(), m_Outcome));
   m_Child.Reap();
   m_Records.Remove(m_Token);
   m_IsOver = true;

@@ -22,9 +22,9 @@
 
 namespace NoxHandler {
 
-/// One attempt to run a job, from its start until the last of its processes is gone. A run ends
-/// when its command ends. Processes that the command leaves behind in its session are then ended as
-/// well, so that nothing of a finished run goes on unseen.
+/// One attempt to run a job, or a command beside that, from its start until the last of its
+/// processes is gone. A run ends when its command ends. Processes that the command leaves behind in
+/// its session are then ended as well, so that nothing of a finished run goes on unseen.
 ///
 /// The supervisor waits on the handles and moments that a run names, and calls Advance when one of
 /// them has come. [supervisor thread]

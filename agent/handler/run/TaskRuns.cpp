@@ -27,7 +27,8 @@ TaskRuns::TaskRuns(const HandlerSettings& settings, const WaitClock& clock, RunB
     : m_Settings(settings),
       m_Clock(clock),
       m_Book(book),
-      m_Records(settings.m_RecordPath, settings.m_MaxRuns) {}
+      m_Records(settings.m_RecordPath, settings.m_MaxRuns),
+      m_Hooks(settings, book.Outputs(), m_Records) {}
 
 void TaskRuns::EndLeftovers() {
   Leftovers::End(m_Records, m_Settings.m_KillGrace);
@@ -157,8 +158,13 @@ void TaskRuns::LineUp(const Key& key, Slot& slot) {
   }
 }
 
+std::size_t TaskRuns::FreePlaces() const {
+  const std::size_t taken = m_Running + m_Hooks.Running();
+  return m_Settings.m_MaxRuns - std::min(taken, m_Settings.m_MaxRuns);
+}
+
 void TaskRuns::BeginThoseInLine() {
-  while (!m_Line.empty() && m_Running < m_Settings.m_MaxRuns) {
+  while (!m_Line.empty() && FreePlaces() > 0) {
     const auto slot = m_Slots.find(m_Line.front());
     m_Line.pop_front();
     if (slot != m_Slots.end() && slot->second.m_Attempts->IsReady()) {
@@ -226,6 +232,7 @@ void TaskRuns::BeginStop() {
     slot.m_Attempts->End(Run::EndReason::Shutdown);
     it = hasBegun ? std::next(it) : m_Slots.erase(it);
   }
+  m_Hooks.BeginStop();
 }
 
 void TaskRuns::AddHandles(std::vector<pollfd>& handles) {
@@ -234,10 +241,11 @@ void TaskRuns::AddHandles(std::vector<pollfd>& handles) {
     slot.m_Attempts->AddHandles(handles);
     slot.m_HandleCount = handles.size() - slot.m_FirstHandle;
   }
+  m_Hooks.AddHandles(handles);
 }
 
 std::optional<WaitClock::Moment::duration> TaskRuns::Rest() const {
-  std::optional<WaitClock::Moment::duration> least;
+  std::optional<WaitClock::Moment::duration> least = m_Hooks.Rest();
   for (const auto& [key, slot] : m_Slots) {
     if (const auto rest = slot.m_Attempts->Rest()) {
       least = std::min(least.value_or(*rest), *rest);
@@ -270,7 +278,10 @@ void TaskRuns::Advance(const std::vector<pollfd>& handles) {
       ++it;
     }
   }
+  m_Hooks.Save();  // first: else a failure that the agent's end follows would not count
   m_Book.Report(states);
+  m_Hooks.Advance();
+  m_Hooks.Begin(FreePlaces());
   for (const TaskBatch::Entry& entry : std::exchange(m_Next, {})) {
     Admit(entry);
   }
@@ -284,6 +295,9 @@ std::map<TaskRuns::Key, TaskRuns::Slot>::iterator TaskRuns::End(std::map<Key, Sl
   const AString taskId = it->first.first;
   Slot slot = std::move(it->second);
   const auto after = m_Slots.erase(it);
+  if (slot.m_Attempts->HasBegun()) {
+    m_Hooks.NoteEnd(*slot.m_Attempts);
+  }
   const auto other = LatestOf(taskId);
   if (other != m_Slots.end() && !slot.m_Attempts->HasBegun()) {
     m_Book.NoteSkip(taskId, slot.m_Attempts->Outcome());
@@ -342,6 +356,7 @@ void TaskRuns::GiveUp() {
              .Arg(key.first, DecimalText(slot.m_Attempts->Pid())));
   }
   m_Slots.clear();
+  m_Hooks.GiveUp();
 }
 
 }  // namespace NoxHandler

@@ -2,6 +2,7 @@
 
 #include "agent/handler/HandlerSettings.h"
 #include "agent/handler/run/Attempts.h"
+#include "agent/handler/run/Hooks.h"
 #include "agent/handler/run/LatestRuns.h"
 #include "agent/handler/run/RunBook.h"
 #include "agent/handler/run/RunRecords.h"
@@ -52,7 +53,7 @@ class TaskRuns {
   /// Does what is due. `handles` are those of the last AddHandles, with what poll says of them.
   void Advance(const std::vector<pollfd>& handles);
 
-  bool IsEmpty() const { return m_Slots.empty(); }
+  bool IsEmpty() const { return m_Slots.empty() && m_Hooks.IsEmpty(); }
   /// Lets go of those that do not end; the next agent finds them on record.
   void GiveUp();
 
@@ -86,6 +87,7 @@ class TaskRuns {
   void Fail(const Key& key, const BaseSDK::AString& reason);
   void NoteProgress(const Slot& slot);
   void LineUp(const Key& key, Slot& slot);
+  std::size_t FreePlaces() const;
   void BeginThoseInLine();
   void BeginAttempt(Slot& slot);
   void BeginFirst(Attempts& attempts);
@@ -98,6 +100,7 @@ class TaskRuns {
   const WaitClock& m_Clock;
   RunBook& m_Book;
   RunRecords m_Records;
+  Hooks m_Hooks;
   std::map<Key, Slot> m_Slots;
   std::uint64_t m_LastNumber = 0;
   std::size_t m_Running = 0;  ///< slots with a process

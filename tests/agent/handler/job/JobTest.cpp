@@ -63,6 +63,9 @@ TEST(Job, ReadsEveryKey) {
       "cpu_time = 1h\n"
       "files = 64\n"
       "oom_score = 500\n"
+      "on_failure = /bin/mail -s \"it failed\" ada\n"
+      "on_recovery = true\n"
+      "after = 3\n"
       "# variables\n"
       "[Environment]\n"
       "A_1 = one = two\n"
@@ -87,6 +90,9 @@ TEST(Job, ReadsEveryKey) {
   EXPECT_EQ(job.m_Limits.m_CpuSeconds, 3600);
   EXPECT_EQ(job.m_Limits.m_Files, 64);
   EXPECT_EQ(job.m_Limits.m_OomScore, "500");
+  EXPECT_EQ(job.m_OnFailure, (std::vector<std::string>{"/bin/mail", "-s", "it failed", "ada"}));
+  EXPECT_EQ(job.m_OnRecovery, std::vector<std::string>{"true"});
+  EXPECT_EQ(job.m_After, 3);
   EXPECT_EQ(job.m_Environment,
             (std::map<std::string, std::string>{{"A_1", "one = two"}, {"B", ""}}));
 }
@@ -100,6 +106,25 @@ TEST(Job, NeedsNothingButACommand) {
   EXPECT_TRUE(job.m_Retry.m_IsHourly);
   EXPECT_EQ(job.m_Success, ExitStatuses{0});
   EXPECT_EQ(job.m_Umask, mode_t{022});
+  EXPECT_TRUE(job.m_OnFailure.empty() && job.m_OnRecovery.empty());
+  EXPECT_EQ(job.m_After, 1);
+}
+
+TEST(Job, HasCommandsBesideItRunAsItselfWithATimeoutOfTheirOwn) {
+  const Job job = Parsed(
+      "[Job]\ncommand=true\nuser=nobody\ndirectory=/tmp\nnice=5\numask=077\ninput=x\nsuccess=7\n"
+      "timeout=1s\non_failure=a 'b c'\n[Environment]\nA=1\n");
+  const Job beside = job.Beside(job.m_OnFailure);
+  EXPECT_EQ(beside.m_Command, "a");
+  EXPECT_EQ(beside.m_Arguments, std::vector<std::string>{"b c"});
+  EXPECT_EQ(beside.m_User, "nobody");
+  EXPECT_EQ(beside.m_Directory, "/tmp");
+  EXPECT_EQ(beside.m_Umask, mode_t{077});
+  EXPECT_EQ(beside.m_Limits.m_Nice, 5);
+  EXPECT_EQ(beside.m_Environment, job.m_Environment);
+  EXPECT_EQ(beside.m_Input, "");
+  EXPECT_EQ(beside.m_Success, ExitStatuses{0});
+  EXPECT_EQ(beside.m_TimeoutSeconds, 60);
 }
 
 TEST(Job, MayBeginWithAByteOrderMark) {
@@ -155,7 +180,7 @@ TEST(Job, NamesFileLineAndKeyOfWhatIsWrong) {
        "/jobs/a.job:3: unknown key \"Comand\" (known: command, arguments, user, directory, "
        "timeout, "
        "overlap, retry, success, input, environment_file, umask, max_late, splay, nice, ionice, "
-       "memory, cpu_time, files, oom_score)"},
+       "memory, cpu_time, files, oom_score, on_failure, on_recovery, after)"},
       {"[Job]\ncommand=x\nnice=20", "/jobs/a.job:3: nice: is to be a number from -20 to 19"},
       {"[Job]\ncommand=x\nionice=9",
        "/jobs/a.job:3: ionice: is to be idle, best-effort N or realtime N, with N from 0 to 7"},
@@ -165,6 +190,21 @@ TEST(Job, NamesFileLineAndKeyOfWhatIsWrong) {
       {"[Job]\ncommand=x\nfiles=1", "/jobs/a.job:3: files: is to be a number from 8 to 1048576"},
       {"[Job]\ncommand=x\noom_score=x",
        "/jobs/a.job:3: oom_score: is to be a number from -1000 to 1000"},
+      {"[Job]\ncommand=x\non_failure='a",
+       "/jobs/a.job:3: on_failure: a quote is not closed, or the text ends with a backslash"},
+      {"[Job]\ncommand=x\non_failure=",
+       "/jobs/a.job:3: on_failure: is to begin with an absolute path or the bare name of a "
+       "program"},
+      {"[Job]\ncommand=x\non_failure=a\non_recovery=b/c",
+       "/jobs/a.job:4: on_recovery: is to begin with an absolute path or the bare name of a "
+       "program"},
+      {"[Job]\ncommand=x\non_failure=a\nafter=0",
+       "/jobs/a.job:4: after: is to be a number of runs from 1 to 1000"},
+      {"[Job]\ncommand=x\nafter=1001\non_failure=a",
+       "/jobs/a.job:3: after: is to be a number of runs from 1 to 1000"},
+      {"[Job]\ncommand=x\nafter=2", "/jobs/a.job:3: after: is of use only with on_failure"},
+      {"[Job]\ncommand=x\non_recovery=a",
+       "/jobs/a.job:3: on_recovery: is of use only with on_failure"},
       {"[Job]\ncommand=x\nmax_late=59", "/jobs/a.job:3: max_late: is to be at least 1m"},
       {"[Job]\ncommand=x\nmax_late=721h", "/jobs/a.job:3: max_late: is to be at most 720h"},
       {"[Job]\ncommand=x\nsplay=3601", "/jobs/a.job:3: splay: is to be at most 1h"},

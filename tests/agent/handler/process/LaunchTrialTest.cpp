@@ -55,4 +55,12 @@ TEST(LaunchTrial, NamesWhatIsMissing) {
             "/jobs/a.job:3: directory: /etc/passwd is not a directory that may be entered");
 }
 
+TEST(LaunchTrial, LooksForTheProgramsOfCommandsBesideTheJob) {
+  EXPECT_EQ(ProblemOf("command = sh\non_failure = true\non_recovery = sh -c x"), "none");
+  EXPECT_EQ(ProblemOf("command = sh\non_failure = /nonexistent/x y"),
+            "/jobs/a.job:3: on_failure: there is no program /nonexistent/x");
+  EXPECT_EQ(ProblemOf("command = sh\non_failure = true\non_recovery = nox-test-program"),
+            "/jobs/a.job:4: on_recovery: there is no program nox-test-program in the job's PATH");
+}
+
 }  // namespace NoxHandlerTest
