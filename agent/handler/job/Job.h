@@ -38,6 +38,7 @@ struct Job {
   long m_SplaySeconds = 0;  ///< the first attempt begins somewhere in this time
   OverlapRule m_Overlap = OverlapRule::Skip;
   RetryRule m_Retry;
+  std::vector<std::string> m_Condition;   ///< the words of a command that says whether it may run
   std::vector<std::string> m_OnFailure;   ///< the words of a command beside the run; empty: none
   std::vector<std::string> m_OnRecovery;  ///< the same
   static constexpr long MostFailures = 1000;

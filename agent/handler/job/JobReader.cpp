@@ -48,6 +48,10 @@ AString ReadBeside(const AString& value, std::vector<std::string>& command) {
   return AString();
 }
 
+AString TakeCondition(Job& job, const AString& value) {
+  return ReadBeside(value, job.m_Condition);
+}
+
 AString TakeOnFailure(Job& job, const AString& value) {
   return ReadBeside(value, job.m_OnFailure);
 }
@@ -165,7 +169,8 @@ constexpr Key Keys[] = {{"command", TakeCommand},
                         {"oom_score", TakeOomScore},
                         {"on_failure", TakeOnFailure},
                         {"on_recovery", TakeOnRecovery},
-                        {"after", TakeAfter}};
+                        {"after", TakeAfter},
+                        {"condition", TakeCondition}};
 
 AString KnownKeys() {
   AString names;

@@ -80,6 +80,7 @@ void LaunchTrial::Check(const Job& job) {
   const Launch launch(job, {}, {}, 1);
   CheckDirectory(job, launch.m_Account);
   CheckProgram(job, "command", launch);
+  CheckBeside(job, "condition", job.m_Condition);
   CheckBeside(job, "on_failure", job.m_OnFailure);
   CheckBeside(job, "on_recovery", job.m_OnRecovery);
 }

@@ -23,6 +23,27 @@ namespace NoxHandler {
 
 namespace {
 
+constexpr const char* ConditionKey = "condition";
+constexpr auto AskAgain = 30s;
+constexpr std::size_t MaxAnswerBytes = 200;
+
+// The first bytes of the text, at most MaxAnswerBytes, without a part of a character at the end.
+AString CutAnswer(const AString& text) {
+  std::string bytes = text.ToUtf8();
+  if (bytes.size() > MaxAnswerBytes) {
+    std::size_t size = MaxAnswerBytes;
+    while (size > 0 && (static_cast<unsigned char>(bytes[size]) & 0xC0) == 0x80) {
+      --size;
+    }
+    bytes.resize(size);
+  }
+  return AString::FromUtf8(bytes);
+}
+
+AString WithAnswer(const AString& words, const AString& lastLine) {
+  return lastLine.IsEmpty() ? words : AString("%1: %2").Arg(words, CutAnswer(lastLine));
+}
+
 const char* WhyNoneFollows(Run::EndReason reason) {
   switch (reason) {
     case Run::EndReason::PeriodEnd:
@@ -47,10 +68,22 @@ Attempts::Attempts(const TaskBatch::Entry& entry, Job job, const HandlerSettings
       m_Records(records),
       m_Clock(clock),
       m_Attempt{0, m_Job.m_Retry.m_Times + 1},
+      m_IsAllowed(m_Job.m_Condition.empty()),
       m_Delay(Splay::ShareOf(m_Job.m_SplaySeconds, settings.m_MachineId, entry.m_TaskId)) {
   // One that was queued has waited already.
   const std::chrono::milliseconds waited = std::chrono::seconds(WallSeconds() - entry.m_HandedOver);
   m_NextAt = clock.Now() + m_Delay - std::clamp(waited, 0ms, m_Delay);
+}
+
+// The last second at which it may begin, since the epoch; nothing when that cannot be told. For a
+// job with max_late.
+std::optional<long> Attempts::LatestStart(const AString& taskXml) const {
+  const long allowed = m_Job.m_MaxLateSeconds;
+  // A run that is not late was handed over at its time.
+  const auto due = m_Entry.m_Late ? DueTime::LastBefore(taskXml, m_Entry.m_HandedOver, allowed)
+                                  : std::optional(m_Entry.m_HandedOver);
+  const auto delay = static_cast<long>(std::chrono::ceil<std::chrono::seconds>(m_Delay).count());
+  return due ? std::optional(BaseSDK::Add32(*due, allowed + delay)) : std::nullopt;
 }
 
 AString Attempts::WhyTooLate(const AString& taskXml) const {
@@ -58,20 +91,66 @@ AString Attempts::WhyTooLate(const AString& taskXml) const {
   if (allowed == 0) {
     return AString();
   }
-  // A run that is not late was handed over at its time.
-  const auto due = m_Entry.m_Late ? DueTime::LastBefore(taskXml, m_Entry.m_HandedOver, allowed)
-                                  : std::optional(m_Entry.m_HandedOver);
-  const auto delay = static_cast<long>(std::chrono::ceil<std::chrono::seconds>(m_Delay).count());
-  if (due && WallSeconds() <= BaseSDK::Add32(*due, allowed + delay)) {
+  const auto latest = LatestStart(taskXml);
+  if (latest && WallSeconds() <= *latest) {
     return AString();
   }
-  return due ? AString("it would start more than %1 late").Arg(Duration::Text(allowed))
-             : AString("it is late, and how much cannot be told");
+  return latest ? AString("it would start more than %1 late").Arg(Duration::Text(allowed))
+                : AString("it is late, and how much cannot be told");
 }
 
+// What kept it from beginning is the answer, not that it has become late meanwhile.
 void Attempts::LeaveOut(const AString& why) {
-  m_Outcome = why;
+  m_Outcome = m_Refusal.IsEmpty() ? why : m_Refusal;
   m_IsOver = true;
+}
+
+void Attempts::Ask(const AString& taskXml) {
+  if (!m_AskUntil) {
+    const bool mayWait = m_Job.m_MaxLateSeconds > 0;
+    const long now = WallSeconds();
+    const long latest = mayWait ? LatestStart(taskXml).value_or(now) : now;
+    m_AskUntil = m_Clock.Now() + std::chrono::seconds(latest - now);
+  }
+  Job question = m_Job.Beside(m_Job.m_Condition);
+  question.m_Success = {0, 1};
+  try {
+    m_Run = std::make_unique<Run>(m_Entry, question, AttemptNumber{1, 1, ConditionKey},
+                                  std::nullopt, m_Settings, nullptr, m_Records);
+  } catch (const std::bad_alloc&) {
+    FailUnasked("the agent has no memory left");
+  } catch (const std::exception& error) {
+    FailUnasked(error.what());
+  }
+}
+
+void Attempts::TakeAnswer(const Run& answer) {
+  if (m_EndedFor || !answer.Succeeded()) {
+    FailUnasked(WithAnswer(answer.Outcome(), answer.LastLine()));
+  } else if (answer.ExitStatus() == 0) {
+    m_IsAllowed = true;
+    m_Refusal = AString();
+  } else {
+    TakeRefusal(answer.LastLine());
+  }
+}
+
+void Attempts::TakeRefusal(const AString& lastLine) {
+  m_Refusal = WithAnswer("its condition says no", lastLine);
+  m_NextAt = m_Clock.Now() + AskAgain;
+  if (m_NextAt > *m_AskUntil) {
+    LeaveOut(m_Refusal);
+  }
+}
+
+// Nobody knows whether it was to run: no attempt follows.
+void Attempts::FailUnasked(const AString& reason) {
+  m_Start = WallSeconds();
+  m_Outcome = AString("its condition: %1").Arg(reason);
+  m_IsOver = true;
+  ALOG(HandlerLog(), ALogger::Error, HandlerSource,
+       AString("Task '%1' failed: %2").Arg(m_Entry.m_TaskId, m_Outcome));
+  AppendNote(m_Outcome);
 }
 
 bool Attempts::IsReady() const {
@@ -140,6 +219,10 @@ void Attempts::Advance() {
   m_Run->Advance();
   if (m_Run->IsOver()) {
     const auto run = std::move(m_Run);
+    if (!HasBegun()) {
+      TakeAnswer(*run);
+      return;
+    }
     if (run->Reason() == Run::EndReason::PeriodEnd) {
       m_EndedFor = m_EndedFor.value_or(Run::EndReason::PeriodEnd);
     }
@@ -154,11 +237,24 @@ void Attempts::Conclude(bool succeeded, const AString& outcome) {
   m_NextAt = m_Clock.Now() + std::chrono::seconds(m_Job.m_Retry.m_EverySeconds);
 }
 
+AString Attempts::NextStep() const {
+  if (HasBegun()) {
+    return m_Outcome + "; the next one begins";
+  }
+  if (!m_Refusal.IsEmpty()) {
+    return m_Refusal + "; it is asked again";
+  }
+  const bool wasAsked = m_IsAllowed && !m_Job.m_Condition.empty();
+  return wasAsked ? "its condition says yes: it begins" : "its splay: it begins";
+}
+
 AString Attempts::WaitsFor() const {
+  if (m_Run) {
+    return "its condition: it is being asked";
+  }
   const auto rest = std::chrono::ceil<std::chrono::seconds>(m_NextAt - m_Clock.Now());
   const long next = BaseSDK::Add32(WallSeconds(), static_cast<long>(rest.count()));
-  return AString(HasBegun() ? "%1; the next one begins at %2" : "its splay: it begins at %2")
-      .Arg(m_Outcome, ADateTime(next).ToString("%Y-%m-%d %H:%M:%S"));
+  return AString("%1 at %2").Arg(NextStep(), ADateTime(next).ToString("%Y-%m-%d %H:%M:%S"));
 }
 
 void Attempts::End(Run::EndReason reason) {

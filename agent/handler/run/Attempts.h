@@ -13,6 +13,7 @@
 
 #include <poll.h>
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -44,16 +45,24 @@ class Attempts {
   BaseSDK::AString WhyTooLate(const BaseSDK::AString& taskXml) const;
   /// Whether that depends on the document.
   bool AsksForDueTime() const { return m_Job.m_MaxLateSeconds > 0 && m_Entry.m_Late; }
+  /// Whether the job has a condition that is yet to say yes. REQUIRES: !HasBegun().
+  bool MustAsk() const { return !m_IsAllowed; }
+  /// Asks the condition: its command goes on like an attempt. When it says no, the run is left out,
+  /// or it is ready again some time later, as long as it would not be later then than the job
+  /// allows. When it cannot say, the run has failed. `taskXml` is the task's document. REQUIRES:
+  /// IsReady() and MustAsk().
+  void Ask(const BaseSDK::AString& taskXml);
   /// Ends it before it has begun. REQUIRES: !HasBegun().
   void LeaveOut(const BaseSDK::AString& why);
   /// Whether it is time to begin an attempt.
   bool IsReady() const;
-  /// Begins the next attempt. One that cannot be started has failed. REQUIRES: IsReady().
+  /// Begins the next attempt. One that cannot be started has failed. REQUIRES: IsReady(), and
+  /// !MustAsk() for the first one.
   void Begin();
 
   /// Whether the first attempt has begun.
   bool HasBegun() const { return m_Start.has_value(); }
-  /// Whether an attempt goes on, with processes.
+  /// Whether an attempt goes on, with processes, or the condition is being asked.
   bool IsRunning() const { return m_Run != nullptr; }
   /// Whether none goes on and none follows.
   bool IsOver() const { return m_IsOver; }
@@ -82,18 +91,24 @@ class Attempts {
   /// How the last attempt ended, and why none follows if more were to; of one that was left out,
   /// why.
   const BaseSDK::AString& Outcome() const { return m_Outcome; }
-  /// The same of one that waits for its next attempt, and when that begins.
+  /// The same of one that waits for its next attempt, and when that begins; of one that has not
+  /// begun, what it waits for.
   BaseSDK::AString WaitsFor() const;
 
   const TaskBatch::Entry& Entry() const { return m_Entry; }
   const Job& JobToRun() const { return m_Job; }
   OverlapRule Overlap() const { return m_Job.m_Overlap; }
-  /// Of the attempt that goes on. REQUIRES: IsRunning().
+  /// Of what goes on. REQUIRES: IsRunning().
   pid_t Pid() const { return m_Run->Pid(); }
   /// When the first attempt began, in seconds since the epoch. REQUIRES: HasBegun().
   long StartTime() const { return *m_Start; }
 
  private:
+  std::optional<long> LatestStart(const BaseSDK::AString& taskXml) const;
+  void TakeAnswer(const Run& answer);
+  void TakeRefusal(const BaseSDK::AString& lastLine);
+  void FailUnasked(const BaseSDK::AString& reason);
+  BaseSDK::AString NextStep() const;
   void Conclude(bool succeeded, const BaseSDK::AString& outcome);
   void AppendNote(const BaseSDK::AString& text);
   void NoteFailedStart(const BaseSDK::AString& reason);
@@ -108,10 +123,13 @@ class Attempts {
   AttemptNumber m_Attempt;  ///< the one that goes on, or the last one
   std::optional<long> m_PeriodEnd;
   std::optional<long> m_Start;
-  std::unique_ptr<Run> m_Run;                ///< while it goes on
-  std::chrono::milliseconds m_Delay;         ///< of the first one
-  WaitClock::Moment m_NextAt;                ///< when the next attempt begins, if one does
-  std::optional<Run::EndReason> m_EndedFor;  ///< once it is to end before its time
+  std::unique_ptr<Run> m_Run;                   ///< while it goes on, or the condition is asked
+  bool m_IsAllowed;                             ///< by the condition
+  BaseSDK::AString m_Refusal;                   ///< its last answer, when that was no
+  std::optional<WaitClock::Moment> m_AskUntil;  ///< once it was asked, the last moment for that
+  std::chrono::milliseconds m_Delay;            ///< of the first one
+  WaitClock::Moment m_NextAt;                   ///< when the next attempt begins, if one does
+  std::optional<Run::EndReason> m_EndedFor;     ///< once it is to end before its time
   BaseSDK::AString m_Outcome;
   bool m_Succeeded = false;
   bool m_IsOver = false;

@@ -139,9 +139,15 @@ void Run::End(EndReason reason) {
   }
 }
 
+std::optional<int> Run::ExitStatus() const {
+  const bool isItsOwn =
+      m_Reason == EndReason::None && m_End && m_End->m_Exited && m_StartFailure.IsEmpty();
+  return isItsOwn ? std::optional(m_End->m_Code) : std::nullopt;
+}
+
 bool Run::Succeeded() const {
-  return m_Reason == EndReason::None && m_End && m_End->m_Exited && m_StartFailure.IsEmpty() &&
-         m_Success.contains(m_End->m_Code);
+  const auto status = ExitStatus();
+  return status && m_Success.contains(*status);
 }
 
 bool Run::TakeOutput() {
@@ -158,8 +164,10 @@ bool Run::TakeOutput() {
     return false;
   }
   const std::string_view bytes(buffer.data(), static_cast<std::size_t>(got));
-  m_Output->Append(bytes);
-  LogLines(m_Lines.Add(bytes));
+  if (m_Output) {
+    m_Output->Append(bytes);
+  }
+  TakeLines(m_Lines.Add(bytes));
   return true;
 }
 
@@ -202,10 +210,12 @@ void Run::Finish() {
   for (int i = 0; i < LastReads && TakeOutput(); ++i) {
   }
   m_Child.CloseOutput();
-  LogLines(m_Lines.Finish());
+  TakeLines(m_Lines.Finish());
   m_StartFailure = m_Child.StartFailure();
   m_Outcome = DescribeEnd();
-  m_Output->AppendNote(m_Attempt.Prefix() + m_Outcome);
+  if (m_Output) {
+    m_Output->AppendNote(m_Attempt.Prefix() + m_Outcome);
+  }
   const bool succeeded = Succeeded();
   ALOG(HandlerLog(), succeeded ? ALogger::Information : ALogger::Warning, HandlerSource,
        AString(succeeded ? "Task '%1'%2 succeeded: %3" : "Task '%1'%2 failed: %3")
@@ -243,13 +253,13 @@ AString Run::DescribeReason() const {
              : AString("signal %1 (%2)").Arg(DecimalText(m_End->m_Code), strsignal(m_End->m_Code));
 }
 
-void Run::LogLines(const std::vector<AString>& lines) const {
-  if (!m_LogOutput) {
-    return;
-  }
+void Run::TakeLines(const std::vector<AString>& lines) {
   for (const AString& line : lines) {
-    ALOG(HandlerLog(), ALogger::Information, HandlerSource,
-         AString("Task '%1': %2").Arg(m_TaskId, line));
+    m_LastLine = line.IsEmpty() ? m_LastLine : line;
+    if (m_LogOutput) {
+      ALOG(HandlerLog(), ALogger::Information, HandlerSource,
+           AString("Task '%1': %2").Arg(m_TaskId, line));
+    }
   }
 }
 

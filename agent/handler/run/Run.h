@@ -36,8 +36,9 @@ class Run {
   enum class EndReason { None, Timeout, PeriodEnd, Replaced, Request, Shutdown };
 
   /// Starts the command; `attempt` says which one it is of the task's run. `periodEnd` is the
-  /// wall-clock moment at which the run is to end, if any, and `output` the task's file. Throws
-  /// JobError when it cannot be started; nothing is left running then. `records` is borrowed.
+  /// wall-clock moment at which the run is to end, if any, and `output` the task's file; null when
+  /// its output is for the log alone. Throws JobError when it cannot be started; nothing is left
+  /// running then. `records` is borrowed.
   Run(const TaskBatch::Entry& entry, const Job& job, const AttemptNumber& attempt,
       std::optional<long> periodEnd, const HandlerSettings& settings,
       std::shared_ptr<OutputFile> output, RunRecords& records);
@@ -64,6 +65,11 @@ class Run {
   /// Whether the command ended by itself with an exit status that counts as success. REQUIRES:
   /// IsOver().
   bool Succeeded() const;
+  /// The exit status with which the command ended by itself; nothing for any other end. REQUIRES:
+  /// IsOver().
+  std::optional<int> ExitStatus() const;
+  /// The last line that was put out and is not empty, as the log has it.
+  const BaseSDK::AString& LastLine() const { return m_LastLine; }
   /// How it ended, in words, such as "exit status 1 after 2.300 s". REQUIRES: IsOver().
   const BaseSDK::AString& Outcome() const { return m_Outcome; }
   /// Why it was ended, None when it ended by itself.
@@ -79,7 +85,7 @@ class Run {
   void Finish();
   BaseSDK::AString DescribeEnd() const;
   BaseSDK::AString DescribeReason() const;
-  void LogLines(const std::vector<BaseSDK::AString>& lines) const;
+  void TakeLines(const std::vector<BaseSDK::AString>& lines);
 
   const BaseSDK::AString m_TaskId;
   const std::string m_Token;
@@ -96,7 +102,8 @@ class Run {
   Session m_Session;
   const bool m_LogOutput;
   LineSplitter m_Lines;
-  const std::shared_ptr<OutputFile> m_Output;
+  BaseSDK::AString m_LastLine;
+  const std::shared_ptr<OutputFile> m_Output;  ///< may be null
 
   EndReason m_Reason = EndReason::None;
   std::optional<ChildProcess::Outcome> m_End;  ///< once the command has ended

@@ -48,12 +48,12 @@ void RunBook::RememberFailures() {
 
 void RunBook::NoteProgress(const Attempts& attempts) {
   const AString& taskId = attempts.Entry().m_TaskId;
-  if (attempts.IsRunning()) {
-    m_Latest.NoteStart(taskId, attempts.StartTime(), attempts.Pid());
-  } else if (attempts.HasBegun()) {
-    m_Latest.NotePause(taskId, attempts.StartTime(), attempts.WaitsFor());
-  } else {
+  if (!attempts.HasBegun()) {
     m_Latest.NoteWaiting(taskId, attempts.WaitsFor());
+  } else if (attempts.IsRunning()) {
+    m_Latest.NoteStart(taskId, attempts.StartTime(), attempts.Pid());
+  } else {
+    m_Latest.NotePause(taskId, attempts.StartTime(), attempts.WaitsFor());
   }
 }
 

@@ -193,6 +193,10 @@ void TaskRuns::BeginFirst(Attempts& attempts) {
     attempts.LeaveOut(why);
     return;
   }
+  if (attempts.MustAsk()) {
+    attempts.Ask(taskXml);
+    return;
+  }
   if (entry.m_KillAtEnd) {
     attempts.EndAt(ActivePeriod::EndFor(taskXml, std::time(nullptr)));
   }
@@ -224,13 +228,13 @@ void TaskRuns::BeginStop() {
   m_Line.clear();
   for (auto it = m_Slots.begin(); it != m_Slots.end();) {
     auto& [key, slot] = *it;
-    const bool hasBegun = slot.m_Attempts->HasBegun();
-    if (slot.m_Next || !hasBegun) {
+    const bool goesOn = slot.m_Attempts->HasBegun() || slot.m_Attempts->IsRunning();
+    if (slot.m_Next || !goesOn) {
       m_Book.NoteSkip(key.first, HandlerEnds);
       slot.m_Next.reset();
     }
     slot.m_Attempts->End(Run::EndReason::Shutdown);
-    it = hasBegun ? std::next(it) : m_Slots.erase(it);
+    it = goesOn ? std::next(it) : m_Slots.erase(it);
   }
   m_Hooks.BeginStop();
 }

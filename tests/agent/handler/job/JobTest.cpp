@@ -66,6 +66,7 @@ TEST(Job, ReadsEveryKey) {
       "on_failure = /bin/mail -s \"it failed\" ada\n"
       "on_recovery = true\n"
       "after = 3\n"
+      "condition = on-power -q\n"
       "# variables\n"
       "[Environment]\n"
       "A_1 = one = two\n"
@@ -93,6 +94,7 @@ TEST(Job, ReadsEveryKey) {
   EXPECT_EQ(job.m_OnFailure, (std::vector<std::string>{"/bin/mail", "-s", "it failed", "ada"}));
   EXPECT_EQ(job.m_OnRecovery, std::vector<std::string>{"true"});
   EXPECT_EQ(job.m_After, 3);
+  EXPECT_EQ(job.m_Condition, (std::vector<std::string>{"on-power", "-q"}));
   EXPECT_EQ(job.m_Environment,
             (std::map<std::string, std::string>{{"A_1", "one = two"}, {"B", ""}}));
 }
@@ -107,6 +109,7 @@ TEST(Job, NeedsNothingButACommand) {
   EXPECT_EQ(job.m_Success, ExitStatuses{0});
   EXPECT_EQ(job.m_Umask, mode_t{022});
   EXPECT_TRUE(job.m_OnFailure.empty() && job.m_OnRecovery.empty());
+  EXPECT_TRUE(job.m_Condition.empty());
   EXPECT_EQ(job.m_After, 1);
 }
 
@@ -180,7 +183,7 @@ TEST(Job, NamesFileLineAndKeyOfWhatIsWrong) {
        "/jobs/a.job:3: unknown key \"Comand\" (known: command, arguments, user, directory, "
        "timeout, "
        "overlap, retry, success, input, environment_file, umask, max_late, splay, nice, ionice, "
-       "memory, cpu_time, files, oom_score, on_failure, on_recovery, after)"},
+       "memory, cpu_time, files, oom_score, on_failure, on_recovery, after, condition)"},
       {"[Job]\ncommand=x\nnice=20", "/jobs/a.job:3: nice: is to be a number from -20 to 19"},
       {"[Job]\ncommand=x\nionice=9",
        "/jobs/a.job:3: ionice: is to be idle, best-effort N or realtime N, with N from 0 to 7"},
@@ -198,6 +201,10 @@ TEST(Job, NamesFileLineAndKeyOfWhatIsWrong) {
       {"[Job]\ncommand=x\non_failure=a\non_recovery=b/c",
        "/jobs/a.job:4: on_recovery: is to begin with an absolute path or the bare name of a "
        "program"},
+      {"[Job]\ncommand=x\ncondition=\"",
+       "/jobs/a.job:3: condition: a quote is not closed, or the text ends with a backslash"},
+      {"[Job]\ncommand=x\ncondition=./a",
+       "/jobs/a.job:3: condition: is to begin with an absolute path or the bare name of a program"},
       {"[Job]\ncommand=x\non_failure=a\nafter=0",
        "/jobs/a.job:4: after: is to be a number of runs from 1 to 1000"},
       {"[Job]\ncommand=x\nafter=1001\non_failure=a",

@@ -57,6 +57,8 @@ TEST(LaunchTrial, NamesWhatIsMissing) {
 
 TEST(LaunchTrial, LooksForTheProgramsOfCommandsBesideTheJob) {
   EXPECT_EQ(ProblemOf("command = sh\non_failure = true\non_recovery = sh -c x"), "none");
+  EXPECT_EQ(ProblemOf("command = sh\ncondition = /nonexistent/x"),
+            "/jobs/a.job:3: condition: there is no program /nonexistent/x");
   EXPECT_EQ(ProblemOf("command = sh\non_failure = /nonexistent/x y"),
             "/jobs/a.job:3: on_failure: there is no program /nonexistent/x");
   EXPECT_EQ(ProblemOf("command = sh\non_failure = true\non_recovery = nox-test-program"),
