@@ -66,7 +66,7 @@ TEST_F(Hooks, AreToldOfTheRun) {
   EXPECT_THAT(Output("a"), MatchesRegex("-- .* exit status 7 after .*\na Failed 1\n<exit status 7 "
                                         "after [0-9.]+ s>\n[0-9]+ [0-9]+" +
                                         closing));
-  EXPECT_THAT(Output("a"), HasSubstr("\n" + told.at("start") + " " + told.at("end").substr(0, 8)));
+  EXPECT_THAT(Output("a"), HasSubstr("\n" + told.at("start") + " "));
   EXPECT_EQ(told.at("result"), "Failed");
   EXPECT_EQ(RecordedTasks(), States{});
   RunAndRest(0);
