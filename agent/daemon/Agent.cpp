@@ -22,6 +22,10 @@ constexpr const char* AgentSource = "Agent";
 constexpr unsigned RuntimeMode = 0755;  // the socket has its own mode
 constexpr unsigned long HousekeepingMilliseconds = 5000;
 
+long Now() {
+  return static_cast<long>(std::time(nullptr));
+}
+
 }  // namespace
 
 Agent::Locks::Locks(const Settings& settings) {
@@ -37,17 +41,20 @@ Agent::Agent(const Options& options, Environment environment, Settings settings)
     : m_Options(options),
       m_Environment(std::move(environment)),
       m_Settings(std::move(settings)),
-      m_StartTime(static_cast<long>(std::time(nullptr))),
+      m_StartTime(Now()),
       m_ServiceManager(m_Environment),
       m_Locks(m_Settings),
       m_Socket(m_Settings.SocketPath(), m_Settings.m_SocketGroup),
+      m_Returns([this] { m_Signals.Wake(); }),
       m_Notifications(m_Thread, m_Plugins),
       m_Host(m_Settings, m_Plugins, m_Notifications, m_HandlerCalls),
       m_Lifecycle(m_Plugins, m_Notifications, m_Host, m_HandlerCalls, m_Handles, m_Store),
-      m_Operations(m_Plugins, m_Notifications, m_Handles, m_Store),
+      m_Operations(m_Plugins, m_Notifications, m_Handles, m_Store, m_Returns),
       m_Files(m_Store, m_Operations),
-      m_Tasks(m_Plugins, m_Store, m_Operations),
-      m_Api(m_Operations, m_Files, m_Tasks, m_Notifications,
+      m_Tasks(m_Plugins, m_Store, m_Operations, m_Returns),
+      m_Disable(m_Plugins, m_Store, m_Returns),
+      m_Returner(m_Plugins, m_Store, m_Returns),
+      m_Api(m_Operations, m_Files, m_Tasks, m_Disable, m_Notifications,
             {[this](bool withTasks) { return Status(withTasks); }, [this] { return Refresh(); }}) {}
 
 bool Agent::Run() {
@@ -67,6 +74,8 @@ bool Agent::Run() {
 void Agent::Start() {
   ALOG(AgentLog(), ALogger::Information, AgentSource,
        AString("noxagentd %1 starts; state in %2").Arg(AgentVersion, m_Settings.m_StateDir));
+  Directories::Make(m_Settings.m_StateDir + "/var", Directories::Private);
+  m_Returns.Open((m_Settings.m_StateDir + "/var/returns").ToUtf8());
   m_Lifecycle.LoadAll(m_Settings);
   m_Server = std::make_unique<ControlServer>(
       m_Socket.Fd(), PeerCheck(m_Socket.Group(), m_Settings.m_GroupWritesJobs), m_Api,
@@ -83,7 +92,8 @@ void Agent::Serve() {
                m_ServiceManager.KeepAliveInterval().value_or(HousekeepingMilliseconds));
   SignalInbox::Request request{};
   for (;;) {
-    if (m_Signals.Wait(pause, request)) {
+    m_Returner.EnableDue(Now());
+    if (m_Signals.Wait(m_Returner.Pause(Now(), pause), request)) {
       if (request == SignalInbox::Request::Stop) {
         return;
       }

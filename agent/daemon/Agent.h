@@ -16,6 +16,7 @@
 #include "agent/daemon/process/LockFile.h"
 #include "agent/daemon/process/ServiceManager.h"
 #include "agent/daemon/process/SignalInbox.h"
+#include "agent/daemon/returns/TaskReturner.h"
 #include "agent/daemon/store/TaskStore.h"
 
 #include <memory>
@@ -67,6 +68,7 @@ class Agent {
   const Locks m_Locks;
   const ControlSocket m_Socket;
 
+  TaskReturns m_Returns;
   TaskStore m_Store;  ///< made first, gone last: plug-ins use files through it
   Plugins m_Plugins;
   HandlerCalls m_HandlerCalls;
@@ -78,6 +80,8 @@ class Agent {
   OperationRoute m_Operations;
   FilesRoute m_Files;
   TasksRoute m_Tasks;
+  DisableRoute m_Disable;
+  TaskReturner m_Returner;
   Api m_Api;
   std::unique_ptr<ControlServer> m_Server;
 

@@ -45,20 +45,21 @@ struct World {
     return {"p", NOX_ANSWERING_PLUGIN, {}, "{11111111-2222-3333-4444-555555555555}"};
   }
 
+  TaskReturns m_Returns;
   TaskStore m_Store;  // of no scheduler: there are no files to list
   std::shared_ptr<Plugin> m_Plugin;
   Plugins m_Plugins;
   AgentThread m_Thread;
   NotificationCenter m_Notifications{m_Thread, m_Plugins};
   EnumerationHandles m_Handles;
-  OperationRoute m_Operations{m_Plugins, m_Notifications, m_Handles, m_Store};
+  OperationRoute m_Operations{m_Plugins, m_Notifications, m_Handles, m_Store, m_Returns};
   FilesRoute m_Files{m_Store, m_Operations};
-  TasksRoute m_Tasks{m_Plugins, m_Store, m_Operations};
-  Api m_Api{m_Operations,
-            m_Files,
-            m_Tasks,
-            m_Notifications,
-            {[](bool) { return Json::Object{}; }, [] { return SettingChanges(); }}};
+  TasksRoute m_Tasks{m_Plugins, m_Store, m_Operations, m_Returns};
+  DisableRoute m_Disable{m_Plugins, m_Store, m_Returns};
+  Api m_Api{
+      m_Operations,    m_Files,
+      m_Tasks,         m_Disable,
+      m_Notifications, {[](bool) { return Json::Object{}; }, [] { return SettingChanges(); }}};
 };
 
 /// A request that does not say how long its body is gets the right length: with one of its own

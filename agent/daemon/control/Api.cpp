@@ -77,11 +77,12 @@ struct Api::Target {
   std::string m_Query;
 };
 
-Api::Api(OperationRoute& operations, FilesRoute& files, TasksRoute& tasks,
+Api::Api(OperationRoute& operations, FilesRoute& files, TasksRoute& tasks, DisableRoute& disable,
          NotificationCenter& notifications, Actions actions)
     : m_Operations(operations),
       m_Files(files),
       m_Tasks(tasks),
+      m_Disable(disable),
       m_Notifications(notifications),
       m_Actions(std::move(actions)) {}
 
@@ -139,6 +140,7 @@ ApiResponse Api::Fixed(const ApiRequest& request, const Target& target) {
        }},
       {"/v1/tasks/add", "POST", WithForce,
        [&] { return Ok(m_Tasks.Add(request.m_Body, target.m_Query == WithForce)); }},
+      {"/v1/tasks/disable", "POST", nullptr, [&] { return Ok(m_Disable.Answer(request.m_Body)); }},
       {"/v1/refresh", "POST", nullptr, [&] { return Refresh(); }},
       {"/v1/notify", "POST", nullptr, [&] { return Notify(request.m_Body); }},
       {"/v1/files", "GET", nullptr, [&] { return Ok(m_Files.List()); }},

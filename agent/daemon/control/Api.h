@@ -3,6 +3,7 @@
 #include "agent/daemon/config/SettingChange.h"
 #include "agent/daemon/control/BodyParts.h"
 #include "agent/daemon/control/Caller.h"
+#include "agent/daemon/control/DisableRoute.h"
 #include "agent/daemon/control/FilesRoute.h"
 #include "agent/daemon/control/OperationRoute.h"
 #include "agent/daemon/control/RequestError.h"
@@ -48,7 +49,7 @@ class Api {
     std::function<SettingChanges()> m_Refresh;  ///< gives what is not in force yet
   };
 
-  Api(OperationRoute& operations, FilesRoute& files, TasksRoute& tasks,
+  Api(OperationRoute& operations, FilesRoute& files, TasksRoute& tasks, DisableRoute& disable,
       NotificationCenter& notifications, Actions actions);
 
   /// Answers the request. Never throws: a failure becomes an answer with an error.
@@ -69,6 +70,7 @@ class Api {
   OperationRoute& m_Operations;
   FilesRoute& m_Files;
   TasksRoute& m_Tasks;
+  DisableRoute& m_Disable;
   NotificationCenter& m_Notifications;
   const Actions m_Actions;
 };

@@ -5,6 +5,7 @@
 #include "agent/daemon/control/ReplyError.h"
 #include "agent/daemon/control/ReplyValue.h"
 #include "agent/daemon/control/WrittenCheck.h"
+#include "agent/daemon/returns/CancelledReturns.h"
 #include "agent/library/Json.h"
 
 #include <array>
@@ -62,11 +63,13 @@ Json Describe(const std::vector<TaskDocumentProblem>& problems, const AString& j
 }  // namespace
 
 OperationRoute::OperationRoute(const Plugins& plugins, NotificationCenter& notifications,
-                               EnumerationHandles& handles, const TaskStore& store)
+                               EnumerationHandles& handles, const TaskStore& store,
+                               TaskReturns& returns)
     : m_Plugins(plugins),
       m_Notifications(notifications),
       m_Handles(handles),
       m_Store(store),
+      m_Returns(returns),
       m_Border(plugins) {}
 
 bool OperationRoute::IsPath(const std::string& path) {
@@ -176,7 +179,19 @@ Json OperationRoute::UseEnumeration(OperationCall& call) {
   return Send(call);
 }
 
+// The lock is for the few requests that are about a task with a return; all others go side by side.
 Json OperationRoute::Send(OperationCall& call) {
+  CancelledReturns cancelled(call, m_Returns, m_Store.Scheduler());
+  if (cancelled.IsEmpty()) {
+    return SendAlone(call);
+  }
+  BaseSDK::AMutexGuard guard(m_Returns.ChangeLock());
+  Json answer = SendAlone(call);
+  cancelled.Cancel();
+  return answer;
+}
+
+Json OperationRoute::SendAlone(OperationCall& call) {
   const WriteFailures failures;
   // A plug-in gets the agent's notifications on the agent thread only, also those that clients ask
   // for.

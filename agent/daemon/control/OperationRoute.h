@@ -7,6 +7,7 @@
 #include "agent/daemon/control/TaskBorder.h"
 #include "agent/daemon/plugins/NotificationCenter.h"
 #include "agent/daemon/plugins/Plugins.h"
+#include "agent/daemon/returns/TaskReturns.h"
 #include "agent/daemon/store/TaskStore.h"
 #include "agent/library/Json.h"
 
@@ -17,13 +18,14 @@ namespace NoxAgent {
 
 /// The route /v1/PLUGIN/INTERFACE/OPERATION, which reaches every operation of every interface that
 /// a plug-in serves. It makes a message of the path and the JSON body, has the border check it
-/// (TaskBorder, JobBorder), sends it, and makes JSON of the reply.
+/// (TaskBorder, JobBorder), sends it, and makes JSON of the reply. What a client says of a task
+/// takes the place of its return (CancelledReturns).
 ///
 /// Any number of threads may ask at once.
 class OperationRoute {
  public:
   OperationRoute(const Plugins& plugins, NotificationCenter& notifications,
-                 EnumerationHandles& handles, const TaskStore& store);
+                 EnumerationHandles& handles, const TaskStore& store, TaskReturns& returns);
 
   /// Whether the path has the form above; what it names need not exist.
   static bool IsPath(const std::string& path);
@@ -49,11 +51,13 @@ class OperationRoute {
   Json OpenEnumeration(OperationCall& call);
   Json UseEnumeration(OperationCall& call);
   Json Send(OperationCall& call);
+  Json SendAlone(OperationCall& call);
 
   const Plugins& m_Plugins;
   NotificationCenter& m_Notifications;
   EnumerationHandles& m_Handles;
   const TaskStore& m_Store;
+  TaskReturns& m_Returns;
   const TaskBorder m_Border;
 };
 

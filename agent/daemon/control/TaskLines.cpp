@@ -133,6 +133,10 @@ std::string TaskLines::LineOf(const AString& taskId) {
   if (!document->m_RunTime.IsEmpty()) {
     line["runTime"] = document->m_RunTime.ToUtf8();
   }
+  const std::optional<long> returns = m_Parts.m_Returns.Find(taskId.ToUtf8());
+  if (!document->m_Enabled && returns.has_value()) {
+    line["returns"] = *returns;
+  }
   return JsonMessage::Dump(line) + "\n";
 }
 

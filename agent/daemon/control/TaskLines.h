@@ -1,6 +1,7 @@
 #pragma once
 
 #include "agent/daemon/plugins/Plugins.h"
+#include "agent/daemon/returns/TaskReturns.h"
 #include "agent/daemon/store/StoreFileSystem.h"
 #include "agent/daemon/store/TaskGlances.h"
 #include "agent/library/Json.h"
@@ -26,6 +27,7 @@ class TaskLines {
     std::shared_ptr<Plugin> m_Scheduler;
     StoreFileSystem& m_Files;  ///< the scheduler's
     TaskGlances& m_Glances;
+    const TaskReturns& m_Returns;
   };
 
   /// Asks the scheduler which tasks there are. With attributes, each line has all that the

@@ -121,8 +121,9 @@ class TaskAddition {
 
 }  // namespace
 
-TasksRoute::TasksRoute(const Plugins& plugins, const TaskStore& store, OperationRoute& operations)
-    : m_Plugins(plugins), m_Store(store), m_Operations(operations) {}
+TasksRoute::TasksRoute(const Plugins& plugins, const TaskStore& store, OperationRoute& operations,
+                       const TaskReturns& returns)
+    : m_Plugins(plugins), m_Store(store), m_Operations(operations), m_Returns(returns) {}
 
 std::shared_ptr<Plugin> TasksRoute::Scheduler() const {
   std::shared_ptr<Plugin> scheduler = m_Plugins.Find(m_Store.Scheduler());
@@ -134,7 +135,8 @@ std::shared_ptr<Plugin> TasksRoute::Scheduler() const {
 
 BodyParts TasksRoute::List(bool withAttributes) {
   const auto lines = std::make_shared<TaskLines>(
-      TaskLines::Parts{m_Plugins, Scheduler(), *m_Store.Files(), m_Glances}, withAttributes);
+      TaskLines::Parts{m_Plugins, Scheduler(), *m_Store.Files(), m_Glances, m_Returns},
+      withAttributes);
   return [lines] { return lines->Next(); };
 }
 

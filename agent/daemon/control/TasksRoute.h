@@ -3,6 +3,7 @@
 #include "agent/daemon/control/BodyParts.h"
 #include "agent/daemon/control/OperationRoute.h"
 #include "agent/daemon/plugins/Plugins.h"
+#include "agent/daemon/returns/TaskReturns.h"
 #include "agent/daemon/store/TaskGlances.h"
 #include "agent/daemon/store/TaskStore.h"
 #include "agent/library/Json.h"
@@ -18,7 +19,8 @@ namespace NoxAgent {
 /// Any number of threads may ask at once.
 class TasksRoute {
  public:
-  TasksRoute(const Plugins& plugins, const TaskStore& store, OperationRoute& operations);
+  TasksRoute(const Plugins& plugins, const TaskStore& store, OperationRoute& operations,
+             const TaskReturns& returns);
 
   /// A line of JSON for each task of the scheduler, in the order of the IDs; with the scheduler's
   /// attributes when asked. Throws RequestError, and so do the parts.
@@ -36,6 +38,7 @@ class TasksRoute {
   const Plugins& m_Plugins;
   const TaskStore& m_Store;
   OperationRoute& m_Operations;
+  const TaskReturns& m_Returns;
   TaskGlances m_Glances;
 };
 

@@ -15,6 +15,7 @@ namespace NoxAgent {
 namespace {
 
 constexpr int Signals[] = {SIGTERM, SIGINT, SIGHUP};
+constexpr char WakeByte = 0;  // no signal has this number
 
 // Where the signal handler writes to.
 std::atomic<int> inbox{-1};
@@ -58,11 +59,16 @@ bool SignalInbox::Wait(unsigned long milliseconds, Request& request) {
   const auto timeout = static_cast<int>(
       std::min(milliseconds, static_cast<unsigned long>(std::numeric_limits<int>::max())));
   char signal = 0;
-  if (::poll(&entry, 1, timeout) < 1 || ::read(m_Fds[0], &signal, 1) != 1) {
+  if (::poll(&entry, 1, timeout) < 1 || ::read(m_Fds[0], &signal, 1) != 1 || signal == WakeByte) {
     return false;
   }
   request = signal == SIGHUP ? Request::Refresh : Request::Stop;
   return true;
+}
+
+void SignalInbox::Wake() {
+  // A full pipe wakes as well.
+  (void)!::write(m_Fds[1], &WakeByte, 1);
 }
 
 }  // namespace NoxAgent

@@ -15,8 +15,11 @@ class SignalInbox {
   SignalInbox& operator=(const SignalInbox&) = delete;
   ~SignalInbox();
 
-  /// Waits for a request, `milliseconds` at most; false when none came. [main thread]
+  /// Waits for a request, `milliseconds` at most; false when none came, or Wake was called. [main
+  /// thread]
   bool Wait(unsigned long milliseconds, Request& request);
+  /// Ends the wait under way, or else the next one. [any thread]
+  void Wake();
 
  private:
   int m_Fds[2] = {-1, -1};

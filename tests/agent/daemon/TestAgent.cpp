@@ -21,7 +21,7 @@ std::string TestAgent::PluginPath(const std::string& name) {
 TestAgent::TestAgent(unsigned long drainMilliseconds)
     : m_Lifecycle(m_Plugins, m_Notifications, m_Host, m_HandlerCalls, m_Handles, m_Store,
                   drainMilliseconds),
-      m_Api(m_Operations, m_Files, m_Tasks, m_Notifications,
+      m_Api(m_Operations, m_Files, m_Tasks, m_Disable, m_Notifications,
             {[](bool) {
                return Json{{"version", "test"}};
              },

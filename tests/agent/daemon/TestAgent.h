@@ -4,6 +4,7 @@
 #include "agent/daemon/control/ControlServer.h"
 #include "agent/daemon/control/ControlSocket.h"
 #include "agent/daemon/plugins/PluginLifecycle.h"
+#include "agent/daemon/returns/TaskReturner.h"
 #include "agent/library/Json.h"
 #include "tests/support/TempDir.h"
 
@@ -78,6 +79,7 @@ class TestAgent {
   std::vector<std::thread> m_EachHeld;
   Settings m_Settings;
   AgentThread m_Thread;
+  TaskReturns m_Returns;
   TaskStore m_Store;
   Plugins m_Plugins;
   HandlerCalls m_HandlerCalls;
@@ -85,9 +87,11 @@ class TestAgent {
   NotificationCenter m_Notifications{m_Thread, m_Plugins};
   PluginHost m_Host{m_Settings, m_Plugins, m_Notifications, m_HandlerCalls};
   PluginLifecycle m_Lifecycle;
-  OperationRoute m_Operations{m_Plugins, m_Notifications, m_Handles, m_Store};
+  OperationRoute m_Operations{m_Plugins, m_Notifications, m_Handles, m_Store, m_Returns};
   FilesRoute m_Files{m_Store, m_Operations};
-  TasksRoute m_Tasks{m_Plugins, m_Store, m_Operations};
+  TasksRoute m_Tasks{m_Plugins, m_Store, m_Operations, m_Returns};
+  DisableRoute m_Disable{m_Plugins, m_Store, m_Returns};
+  TaskReturner m_Returner{m_Plugins, m_Store, m_Returns};
   Api m_Api;
   std::unique_ptr<ControlSocket> m_Socket;
   std::unique_ptr<ControlServer> m_Server;

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <string>
+
+namespace NoxAgent {
+
+/// The file that tells when disabled tasks come back (docs/files.md): a line for each of them, with
+/// the moment in seconds since the epoch, a blank and the task's ID. One thread at a time.
+class ReturnsFile {
+ public:
+  /// By task ID: seconds since the epoch.
+  using Moments = std::map<std::string, long>;
+
+  /// More of them are neither read nor to be written.
+  static constexpr std::size_t MaxEntries = 10000;
+
+  explicit ReturnsFile(std::string path) : m_Path(std::move(path)) {}
+
+  const std::string& Path() const { return m_Path; }
+
+  /// What the file holds; nothing when there is none. A damaged file is renamed to PATH.damaged,
+  /// which is logged, and what can be read of it counts. One that cannot be read is logged.
+  Moments Read() const;
+  /// Replaces the file, also safe from a power cut. 0 or an errno; the old file stands then.
+  int Write(const Moments& moments) const;
+
+ private:
+  void PutAside() const;
+
+  std::string m_Path;
+};
+
+}  // namespace NoxAgent
