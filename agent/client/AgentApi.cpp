@@ -12,8 +12,10 @@ namespace {
 constexpr unsigned HttpOk = 200;
 constexpr unsigned HttpUnprocessable = 422;
 constexpr const char* BadTaskId = "bad-task-id";
+constexpr const char* UnknownTask = "unknown-task";
 constexpr const char* Scheduler = "/v1/scheduler/INoxTaskScheduler/";
 constexpr const char* AddTarget = "/v1/tasks/add";
+constexpr const char* DisableTarget = "/v1/tasks/disable";
 // In bytes; the agent takes half as much again.
 constexpr std::size_t MaxAddBody = 1024 * 1024;
 // So that the answer comes within the time that an answer may take, on a slow disk as well.
@@ -136,6 +138,7 @@ AgentApi::ListedTask TaskIn(const Json& line) {
   if (const Json* const run = line.Find("run")) {
     task.m_Run = TextsIn(*run);
   }
+  task.m_Returns = line.Long("returns", 0);
   return task;
 }
 
@@ -266,6 +269,16 @@ bool AgentApi::EnableTask(const std::string& id, bool enable) {
 bool AgentApi::SetRunState(const std::string& id, const std::string& state) {
   // Kept on purpose: this operation alone answers 0 for done and 1 for an unknown task.
   return ResultOf(Call("SetRunState", {{"taskId", id}, {"runState", state}})) == 0;
+}
+
+bool AgentApi::DisableTaskUntil(const std::string& id, long until) {
+  const Json answer = Answer(
+      Connection().Post(DisableTarget, BodyOf({{"taskIds", Json::List{id}}, {"until", until}})));
+  const Json* const error = answer.At("tasks").At(0).Find("error");
+  if (error != nullptr && error->Text("code", "") != UnknownTask) {
+    throw Refusal(HttpOk, *error);
+  }
+  return error == nullptr;
 }
 
 std::optional<AgentApi::Attributes> AgentApi::LatestRun(const std::string& id) {

@@ -73,6 +73,7 @@ class AgentApi {
     TaskGlance m_Document;               ///< no older than what follows
     std::optional<TaskReport> m_Report;  ///< nothing when the scheduler does not hold it in memory
     std::optional<Attributes> m_Run;     ///< as of LatestRun
+    long m_Returns = 0;                  ///< when the agent enables it again; 0: never
   };
   /// Hands over each task, in alphabetical order of the IDs, as the agent's answer comes in.
   void ForEachTask(const std::function<void(const ListedTask&)>& take);
@@ -81,6 +82,10 @@ class AgentApi {
   bool DeleteTask(const std::string& id);
   bool EnableTask(const std::string& id, bool enable);
   bool SetRunState(const std::string& id, const std::string& state);
+
+  /// Disables the task until the moment (since the epoch), at which the agent enables it again.
+  /// False when the scheduler does not hold it in memory.
+  bool DisableTaskUntil(const std::string& id, long until);
 
   /// What the command handler tells of the task's latest run ("state", "reason" and so on: GetRun
   /// of INoxCommandHandler); nothing when it knows of none, or cannot be asked.

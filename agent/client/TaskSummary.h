@@ -35,6 +35,7 @@ std::string TrueState(const RunEntry& recorded, const std::optional<HandlerRun>&
 struct TaskSummary {
   std::string m_Id;
   bool m_Enabled = true;
+  long m_Returns = 0;  ///< when the agent enables it again, since the epoch; 0: never
   /// The document has a run entry also for a start that the handler left out; that is not shown
   /// here. It has none for a run by hand, which is.
   std::optional<RunEntry> m_LastRun;

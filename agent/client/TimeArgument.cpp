@@ -2,8 +2,12 @@
 
 #include "agent/client/ExitCode.h"
 #include "agent/library/Pattern.h"
+#include "agent/phrase/PhraseValues.h"
 
 #include <BaseSDK/ADateTime.h>
+#include <BaseSDK/ALong32.h>
+
+#include <optional>
 
 namespace NoxAgent {
 
@@ -29,6 +33,20 @@ long ReadTime(const std::string& option, const std::string& text) {
            "2030-12-31, \"2030-12-31 08:00\" or 2030-12-31T08:00:00, from 1970 to January 2038");
   }
   return seconds;
+}
+
+// A length of the language of schedules has no days: a day of the calendar need not have 24 hours.
+long ReadDuration(const std::string& option, const std::string& text) {
+  constexpr long DaySeconds = 86400;
+  const auto days = MatchPattern("([0-9]{1,4})d(.*)", text);
+  const std::string& rest = days.empty() ? text : days[2];
+  const long daySeconds = days.empty() ? 0 : std::stol(days[1]) * DaySeconds;
+  const std::optional<long> restSeconds = ReadLength(rest);
+  const bool isGood = restSeconds || (rest.empty() && daySeconds > 0);
+  if (!isGood) {
+    Refuse(option, text, "90s, 10m, 2h, 3d or 1d12h");
+  }
+  return BaseSDK::Add32(daySeconds, restSeconds.value_or(0));
 }
 
 SimulationRequest::Span ReadSpan(const std::string& option, const std::string& text) {

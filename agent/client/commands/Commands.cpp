@@ -9,6 +9,7 @@ void AddAllCommands(CommandLine& line, CommandContext& context) {
   AddImportCommand(line, context);
   AddAddCommand(line, context);
   AddListCommand(line, context);
+  AddEnableCommands(line, context);
   AddTaskCommands(line, context);
   AddFilesCommand(line, context);
   AddAgentCommands(line, context);

@@ -18,6 +18,7 @@ void AddCheckJobCommand(CommandLine& line, CommandContext& context);
 void AddCreateCommand(CommandLine& line, CommandContext& context);
 void AddDescribeCommand(CommandLine& line, CommandContext& context);
 void AddEditCommand(CommandLine& line, CommandContext& context);
+void AddEnableCommands(CommandLine& line, CommandContext& context);  ///< and disable
 void AddExplainCommand(CommandLine& line, CommandContext& context);
 void AddFilesCommand(CommandLine& line, CommandContext& context);
 void AddImportCommand(CommandLine& line, CommandContext& context);  ///< of crontabs
@@ -28,7 +29,7 @@ void AddRunCommand(CommandLine& line, CommandContext& context);
 void AddSimulateCommand(CommandLine& line, CommandContext& context);
 void AddStopCommand(CommandLine& line, CommandContext& context);
 void AddTaskCommands(CommandLine& line,
-                     CommandContext& context);  ///< show, delete, enable and so on
+                     CommandContext& context);  ///< show, delete and so on
 void AddWatchCommand(CommandLine& line, CommandContext& context);
 
 void AddAllCommands(CommandLine& line, CommandContext& context);

@@ -4,6 +4,8 @@
 #include "agent/client/TextTable.h"
 #include "agent/client/commands/Commands.h"
 
+#include <BaseSDK/ADateTime.h>
+
 #include <ctime>
 
 namespace NoxAgent {
@@ -15,6 +17,7 @@ std::vector<TaskSummary> Tasks(AgentApi& agent) {
   agent.ForEachTask([&](const AgentApi::ListedTask& task) {
     tasks.push_back(
         Summarize(task.m_Id, task.m_Document, task.m_Report, ReadHandlerRun(task.m_Run)));
+    tasks.back().m_Returns = task.m_Returns;
   });
   return tasks;
 }
@@ -51,6 +54,13 @@ const char* YesOrNo(bool value) {
   return value ? "yes" : "no";
 }
 
+std::string EnabledText(const TaskSummary& task) {
+  if (task.m_Returns <= 0) {
+    return YesOrNo(task.m_Enabled);
+  }
+  return BaseSDK::ADateTime(task.m_Returns).ToString("until %Y-%m-%d %H:%M").ToUtf8();
+}
+
 Json TimeOrNull(long seconds) {
   return seconds > 0 ? Json{{"seconds", seconds}, {"local", LocalTimeText(seconds)}} : Json();
 }
@@ -61,17 +71,22 @@ Json ToJson(const TaskSummary& task) {
     state = task.m_Recorded ? Json(task.m_LastRun->m_State) : Json();
     lastRun = TimeOrNull(task.m_LastRun->m_Seconds);
   }
-  return {
-      {"id", task.m_Id},     {"enabled", task.m_Enabled},   {"state", state},
-      {"lastRun", lastRun},  {"recorded", task.m_Recorded}, {"nextRun", TimeOrNull(task.m_NextRun)},
-      {"late", task.m_Late}, {"loaded", task.m_Loaded}};
+  return {{"id", task.m_Id},
+          {"enabled", task.m_Enabled},
+          {"state", state},
+          {"lastRun", lastRun},
+          {"recorded", task.m_Recorded},
+          {"nextRun", TimeOrNull(task.m_NextRun)},
+          {"late", task.m_Late},
+          {"loaded", task.m_Loaded},
+          {"returns", TimeOrNull(task.m_Returns)}};
 }
 
 void PrintTable(const std::vector<TaskSummary>& tasks, std::ostream& out) {
   const long now = std::time(nullptr);
   TextTable table({"ID", "ENABLED", "STATE", "LAST RUN", "NEXT RUN", "LATE"});
   for (const TaskSummary& task : tasks) {
-    table.AddRow({task.m_Id, YesOrNo(task.m_Enabled), StateText(task), LastRunText(task),
+    table.AddRow({task.m_Id, EnabledText(task), StateText(task), LastRunText(task),
                   NextRunText(task, now), YesOrNo(task.m_Late)});
   }
   table.Print(out);

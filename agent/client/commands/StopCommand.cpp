@@ -1,7 +1,7 @@
 #include "agent/client/Await.h"
-#include "agent/client/ForEachTask.h"
 #include "agent/client/HandlerRun.h"
 #include "agent/client/commands/Commands.h"
+#include "agent/client/commands/EachId.h"
 
 #include <map>
 #include <memory>
@@ -59,8 +59,10 @@ void AddStopCommand(CommandLine& line, CommandContext& context) {
     for (const std::string& id : *ids) {
       runs.Ask(id);
     }
-    ForEachTask(
-        *ids, "stopped", [&](const std::string& id) { runs.AwaitEnd(id); }, context);
+    ForEachId(
+        *ids, [&](const std::string& id) { runs.AwaitEnd(id); },
+        [&](const std::vector<std::string>& done) { PrintDone(done, "stopped", context); },
+        context);
   });
 }
 

@@ -1,8 +1,8 @@
 // Commands that take the IDs of stored tasks.
-#include "agent/client/ForEachTask.h"
 #include "agent/client/LocalTime.h"
 #include "agent/client/TextTable.h"
 #include "agent/client/commands/Commands.h"
+#include "agent/client/commands/EachId.h"
 
 #include <BaseSDK/AString.h>
 
@@ -17,12 +17,6 @@ using Report = std::map<std::string, std::string>;
 
 [[noreturn]] void FailUnknown(const std::string& id) {
   throw CommandError(ExitCode::Failed, "there is no task " + id + "; noxctl list shows the tasks");
-}
-
-[[noreturn]] void FailNotLoaded(const std::string& id) {
-  throw CommandError(ExitCode::Failed, "the scheduler does not hold a task " + id +
-                                           "; noxctl list shows the tasks, and one whose file was "
-                                           "put down by hand is read within the hour");
 }
 
 void Show(const std::string& id, const CommandContext& context) {
@@ -126,23 +120,6 @@ void Delete(AgentApi& agent, const std::string& id, bool keepsJob, const Command
   }
 }
 
-// The scheduler gives the same answer for "no such task" and "is in that state already".
-void Enable(AgentApi& agent, const std::string& id, bool enable) {
-  if (agent.EnableTask(id, enable)) {
-    return;
-  }
-  const auto report = agent.TaskAttributes(id);
-  if (!report) {
-    FailNotLoaded(id);
-  }
-  const auto enabled = report->find("t5");
-  if (enabled == report->end() || (enabled->second == "1") != enable) {
-    throw CommandError(ExitCode::Failed, "the task " + id +
-                                             " could not be changed; see that its file can be "
-                                             "written");
-  }
-}
-
 void SetState(const std::string& id, const std::string& state, const CommandContext& context) {
   if (!context.Agent().SetRunState(id, state)) {
     FailNotLoaded(id);
@@ -151,22 +128,6 @@ void SetState(const std::string& id, const std::string& state, const CommandCont
     return context.PrintJson({{"id", id}, {"state", state}});
   }
   context.m_Out << id << ' ' << state << '\n';
-}
-
-// `done` is the message for each task for which this went well.
-CommandLine& AddManyCommand(CommandLine& line, const char* name, const char* summary,
-                            const char* done,
-                            std::function<void(AgentApi&, const std::string&)> act,
-                            CommandContext& context) {
-  CommandLine& command = line.Command(name, summary);
-  const auto ids = std::make_shared<std::vector<std::string>>();
-  command.Argument("ID", *ids, "task IDs").Required();
-  command.OnUse([ids, done, act = std::move(act), &context] {
-    AgentApi agent = context.Agent();
-    ForEachTask(
-        *ids, done, [&](const std::string& id) { act(agent, id); }, context);
-  });
-  return command;
 }
 
 void AddOneCommand(CommandLine& line, const char* name, const char* summary,
@@ -182,20 +143,18 @@ void AddOneCommand(CommandLine& line, const char* name, const char* summary,
 void AddTaskCommands(CommandLine& line, CommandContext& context) {
   AddOneCommand(line, "show", "Print a task's document",
                 [&context](const std::string& id) { Show(id, context); });
+  CommandLine& deletion = line.Command("delete", "Delete tasks with their jobs");
+  const auto ids = std::make_shared<std::vector<std::string>>();
   const auto keepsJob = std::make_shared<bool>(false);
-  AddManyCommand(
-      line, "delete", "Delete tasks with their jobs", "deleted",
-      [keepsJob, &context](AgentApi& agent, const std::string& id) {
-        Delete(agent, id, *keepsJob, context);
-      },
-      context)
-      .Flag("--keep-job", *keepsJob, "leave the job files where they are");
-  AddManyCommand(
-      line, "enable", "Enable tasks", "enabled",
-      [](AgentApi& agent, const std::string& id) { Enable(agent, id, true); }, context);
-  AddManyCommand(
-      line, "disable", "Disable tasks", "disabled",
-      [](AgentApi& agent, const std::string& id) { Enable(agent, id, false); }, context);
+  deletion.Argument("ID", *ids, "task IDs").Required();
+  deletion.Flag("--keep-job", *keepsJob, "leave the job files where they are");
+  deletion.OnUse([ids, keepsJob, &context] {
+    AgentApi agent = context.Agent();
+    ForEachId(
+        *ids, [&](const std::string& id) { Delete(agent, id, *keepsJob, context); },
+        [&](const std::vector<std::string>& done) { PrintDone(done, "deleted", context); },
+        context);
+  });
   AddOneCommand(line, "attributes", "Print what the scheduler reports on a task",
                 [&context](const std::string& id) { Attributes(id, context); });
 

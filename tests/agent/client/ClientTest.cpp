@@ -31,7 +31,7 @@ TEST_F(Client, EnableTakesATaskThatIsEnabledAlready) {
   EXPECT_EQ(0, Run({"enable", "a"})) << Err();
   EXPECT_EQ("enabled a\n", Out());
   EXPECT_EQ(0, Run({"disable", "a", "--json"})) << Err();
-  EXPECT_EQ(Json({{"disabled", Json::List{"a"}}}), JsonOut());
+  EXPECT_EQ(Json({{"disabled", Json::List{"a"}}, {"until", Json()}}), JsonOut());
 }
 
 TEST_F(Client, AttributesNamesTheKeys) {

@@ -220,7 +220,7 @@ std::string FakeAgent::Answer(const FakeRequest& request) {
     return Response(m_FixedStatus, m_FixedBody);
   }
   const Json& body = request.m_Body;
-  if (body.IsObject() &&
+  if (body.IsObject() && request.m_Target != "/v1/tasks/disable" &&
       body.Text("taskId", body.Text("taskIds", "")).find(' ') != std::string::npos) {
     return Response(422, R"({"error":{"code":"bad-task-id","message":"a blank"}})");
   }
@@ -231,6 +231,9 @@ std::string FakeAgent::Answer(const FakeRequest& request) {
   }
   if (request.m_Target.rfind("/v1/tasks/add", 0) == 0) {
     return AddTasks(request.m_Body);
+  }
+  if (request.m_Target == "/v1/tasks/disable") {
+    return DisableTasks(request.m_Body);
   }
   if (request.m_Target == "/v1/tasks") {
     m_Reads += static_cast<unsigned>(m_Tasks.size());
@@ -366,6 +369,24 @@ Json FakeAgent::Operation(const std::string& name, const Json& in) {
   return Result(-1);
 }
 
+std::string FakeAgent::DisableTasks(const Json& in) {
+  Json outcomes = Json::List{};
+  for (const Json& id : in.At("taskIds").Items()) {
+    Json outcome = {{"taskId", id}};
+    const auto task = m_Tasks.find(id.Text());
+    if (id.Text() == m_NotWritten) {
+      outcome["error"] = {{"code", "not-written"}, {"message", "the disk is full"}};
+    } else if (task == m_Tasks.end() || !task->second.m_Loaded) {
+      outcome["error"] = {{"code", "unknown-task"}, {"message", "there is none"}};
+    } else {
+      task->second.m_Attributes["t5"] = "0";
+      task->second.m_Returns = in.At("until").Long();
+    }
+    outcomes.Append(outcome);
+  }
+  return Response(200, Json{{"tasks", outcomes}}.Dump());
+}
+
 std::string FakeAgent::AddTasks(const Json& in) {
   const Json::List& tasks = in.At("tasks").Items();
   for (std::size_t index = 0; index < tasks.size(); ++index) {
@@ -413,6 +434,9 @@ std::string FakeAgent::TaskLines() const {
     }
     if (!task.m_Run.empty()) {
       line["run"] = task.m_Run;
+    }
+    if (task.m_Returns > 0) {
+      line["returns"] = task.m_Returns;
     }
     lines += line.Dump() + "\n";
   }

@@ -29,6 +29,8 @@ struct FakeTask {
   std::map<std::string, std::string> m_Run = {};
   /// What its runs have put out, in parts: an answer has one of them.
   std::vector<std::string> m_Output = {};
+  /// When it comes back, since the epoch; 0: it does not.
+  long m_Returns = 0;
 };
 
 /// An agent of a few lines: answers HTTP on a Unix socket from tasks in memory and records what it
@@ -146,6 +148,7 @@ class FakeAgent {
   Json Output(const Json& in) const;
   Json Operation(const std::string& name, const Json& in);
   std::string JobAnswer(const std::string& operation, const Json& in);
+  std::string DisableTasks(const Json& in);
   std::string AddTasks(const Json& in);
   Json AddTask(const Json& task);
   void Stream(int connection);

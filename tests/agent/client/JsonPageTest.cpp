@@ -161,6 +161,8 @@ TEST_F(JsonPage, HasTheFormOfEveryAnswer) {
   Expect("explain", {"explain", "backup", "--at", "2026-06-16 08:00"});
   Expect("set-state", {"set-state", "backup", "Failed"});
   Expect("enable", {"enable", "backup"});
+  Expect("disable", {"disable", "backup", "--for", "2h"});
+  Expect("list", {"list"});
   Expect("disable", {"disable", "backup"});
   Expect("refresh", {"refresh"});
   m_Agent.SetFiles({{"refused", Json::List{Json{{"name", "backup.vsk"},

@@ -7,6 +7,7 @@
 #include <csignal>
 #include <filesystem>
 #include <memory>
+#include <thread>
 
 using NoxAgent::Json;
 
@@ -149,6 +150,48 @@ TEST_F(Client, DisablesAndEnablesTasks) {
   EXPECT_EQ(Ctl({"enable", "a"}).m_Status, 0);
   EXPECT_TRUE(WaitForState("a", "Ok"));
   EXPECT_EQ(CountLines("runs"), 1u);
+}
+
+TEST_F(Client, ATaskThatIsDisabledForAWhileComesBackByItself) {
+  StartAgent();
+  AddTask("a", Trigger(0, FromNow(3600)));
+  const auto isEnabled = [this](const std::string& id) {
+    return TaskFile(id).find("<Task Enabled=\"0\">") == std::string::npos;
+  };
+  // The moment may be over before it has come to the agent, who refuses it then.
+  while (Ctl({"disable", "a", "--for", "2s"}).m_Status != 0) {
+  }
+  while (!isEnabled("a")) {
+    std::this_thread::yield();
+  }
+  EXPECT_EQ(CtlJson({"list"}).At(0)["returns"], Json());
+  EXPECT_EQ(CtlJson({"list"}).At(0)["enabled"], true);
+}
+
+TEST_F(Client, ATaskComesBackThoughTheAgentWasKilledMeanwhile) {
+  StartAgent();
+  for (const char* const id : {"a", "b", "c"}) {
+    AddTask(id, Trigger(0, FromNow(3600)));
+  }
+  EXPECT_EQ(Ctl({"disable", "a", "b", "c", "--for", "1h"}).m_Status, 0);
+  EXPECT_EQ(Ctl({"disable", "c"}).m_Status, 0);
+  KillAgent();
+  EXPECT_EQ(TaskFile("a").find("<Task Enabled=\"0\">"), 0u);
+  // As if the hour of the first one were over.
+  std::string returns = m_Directory.Read("state/var/returns");
+  const std::size_t digits = returns.find(" a\n");
+  ASSERT_NE(digits, std::string::npos) << returns;
+  m_Directory.Write("state/var/returns", "1000000000" + returns.substr(digits));
+  StartAgent();
+  while (TaskFile("a").find("<Task Enabled=\"0\">") == 0) {
+    std::this_thread::yield();
+  }
+  const Json list = CtlJson({"list"});
+  EXPECT_EQ(list.At(0)["enabled"], true);
+  EXPECT_EQ(list.At(1)["enabled"], false);
+  EXPECT_TRUE(list.At(1)["returns"].IsObject());
+  EXPECT_EQ(list.At(2)["enabled"], false);
+  EXPECT_EQ(list.At(2)["returns"], Json());
 }
 
 TEST_F(Client, KeepsTheHistoryOfATaskThatIsReplaced) {
