@@ -44,6 +44,12 @@ bool TakeReturns(const std::string& text, ReturnsFile::Moments& moments) {
   return isWhole && at == text.size();
 }
 
+// A crash in the middle of Write leaves a file beside it, which does no harm when it stays.
+void RemoveLeftovers(const std::string& path) {
+  unsigned removed = 0;
+  (void)AFile::RemoveLeftovers(AString::FromUtf8(path.substr(0, path.rfind('/'))), removed);
+}
+
 const char* ReasonOf(unsigned long result) {
   return std::strerror(BaseSDK::ErrnoFromResult(result));
 }
@@ -51,6 +57,7 @@ const char* ReasonOf(unsigned long result) {
 }  // namespace
 
 ReturnsFile::Moments ReturnsFile::Read() const {
+  RemoveLeftovers(m_Path);
   Moments moments;
   AString text;
   const unsigned long result =

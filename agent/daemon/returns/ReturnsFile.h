@@ -18,10 +18,9 @@ class ReturnsFile {
 
   explicit ReturnsFile(std::string path) : m_Path(std::move(path)) {}
 
-  const std::string& Path() const { return m_Path; }
-
-  /// What the file holds; nothing when there is none. A damaged file is renamed to PATH.damaged,
-  /// which is logged, and what can be read of it counts. One that cannot be read is logged.
+  /// What the file holds; nothing when there is none. One that is damaged, or cannot be read, is
+  /// renamed to PATH.damaged, which is logged, and what can be read of it counts. What a crash has
+  /// left beside the file is removed.
   Moments Read() const;
   /// Replaces the file, also safe from a power cut. 0 or an errno; the old file stands then.
   int Write(const Moments& moments) const;

@@ -91,6 +91,12 @@ TEST_F(TaskReturnsTest, WhatIsNoFileIsPutAside) {
   EXPECT_TRUE(m_Dir.Has("returns.damaged"));
 }
 
+TEST_F(TaskReturnsTest, WhatACrashHasLeftIsRemoved) {
+  m_Dir.Write(".returns.Xy12Zw", "2000 a\n");
+  EXPECT_EQ(Reread(), ReturnsFile::Moments());
+  EXPECT_FALSE(m_Dir.Has(".returns.Xy12Zw"));
+}
+
 TEST_F(TaskReturnsTest, NoFileIsNoDamage) {
   EXPECT_EQ(Reread(), ReturnsFile::Moments());
   EXPECT_FALSE(m_Dir.Has("returns.damaged"));
