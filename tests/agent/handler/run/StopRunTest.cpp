@@ -145,6 +145,21 @@ TEST_F(StopRun, LeavesOutARunThatWaitsForOthersToEnd) {
   EXPECT_EQ(m_Scheduler.WaitForStates(3).back(), "c Ok");
 }
 
+TEST_F(StopRun, EndsAllRunsThatGoOnBesideEachOther) {
+  AddGatedJob("a", "overlap = allow");
+  StartSupervisor();
+  Dispatch("a", false);
+  const std::string first = Started();
+  Dispatch("a", false);
+  const std::string second = Started();
+  ASSERT_TRUE(WaitUntilTold("a", "pid", second));
+  EXPECT_TRUE(Stop("a"));
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Failed"});
+  EXPECT_FALSE(IsAlive(first));
+  EXPECT_FALSE(IsAlive(second));
+  EXPECT_EQ(LogCount("Task 'a' failed: ended by request after "), 2u);
+}
+
 TEST_F(StopRun, LeavesAStartAloneThatComesAfterIt) {
   AddGatedJob("a", "overlap = queue");
   StartSupervisor();
