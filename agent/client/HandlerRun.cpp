@@ -57,6 +57,7 @@ std::optional<HandlerRun> ReadHandlerRun(const std::optional<Texts>& answer) {
                         TextIn(*answer, "skipReason"),
                         !TextIn(*answer, "final").empty(),
                         NumberIn(*answer, "number").value_or(0),
+                        NumberIn(*answer, "runs").value_or(0),
                         NumberIn(*answer, "skips").value_or(0)};
     }
   }

@@ -25,7 +25,8 @@ struct HandlerRun {
   std::string m_SkipReason;
   bool m_IsFinal = false;  ///< it failed, and the scheduler was told "Ok" so that it lets go of it
   long m_Number = 0;  ///< which run of the task since the agent started, from 1; 0 when it is none
-  long m_Skips = 0;   ///< how many starts were left out since it began
+  long m_Runs = 0;    ///< how many have had such a number; more than that of an earlier one
+  long m_Skips = 0;   ///< how many starts of the task were left out since the agent started
 
   bool IsUnderWay() const { return m_Phase == Phase::Waiting || m_Phase == Phase::Running; }
   /// Why the task's last run was left with `state`, a state other than "Ok": for "Skipped" why the

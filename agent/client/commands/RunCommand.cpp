@@ -44,11 +44,13 @@ class HandRun {
     if (IsSkipped()) {
       return true;
     }
-    return m_Options.m_Wait ? IsNew() && !m_Run.IsUnderWay() : IsNew() || IsQueued();
+    return m_Options.m_Wait ? IsNew() && !m_Run.IsUnderWay() : IsNew() || IsBeside() || IsQueued();
   }
 
-  // Whether it is a later run than the one before, and so the one that was asked for.
-  bool IsNew() const { return m_Run.m_Number > m_Before.m_Number; }
+  // Whether it is a later run than those before, and so the one that was asked for.
+  bool IsNew() const { return m_Run.m_Number > m_Before.m_Runs; }
+  // Whether that one was beside this earlier run, which goes on.
+  bool IsBeside() const { return m_Run.m_Runs > m_Before.m_Runs && m_Run.IsUnderWay(); }
   bool IsQueued() const { return !IsNew() && m_Run.m_Queued && !m_Before.m_Queued; }
   // A start that was left out before, or during the run that was asked for, is not this one.
   bool IsSkipped() const { return !IsNew() && m_Run.m_Skips > m_Before.m_Skips; }

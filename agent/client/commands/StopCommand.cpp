@@ -17,35 +17,30 @@ class StoppedRuns {
 
   /// Nothing is waited for.
   void Ask(const std::string& id) {
-    const long number = NumberOf(m_Agent.LatestRun(id));
+    const auto latest = ReadHandlerRun(m_Agent.LatestRun(id));
     if (m_Agent.StopRun(id)) {
-      m_Numbers.emplace(id, number);
+      m_Runs.emplace(id, latest ? latest->m_Runs : 0);
     }
   }
 
   /// Fails when there was none to end.
   void AwaitEnd(const std::string& id) {
-    const auto asked = m_Numbers.find(id);
-    if (asked == m_Numbers.end()) {
+    const auto asked = m_Runs.find(id);
+    if (asked == m_Runs.end()) {
       throw CommandError(ExitCode::Failed, "no run of the task " + id + " is under way");
     }
     Await([&] { return IsOver(id, asked->second); });
   }
 
  private:
-  static long NumberOf(const std::optional<AgentApi::Attributes>& latest) {
-    const auto run = ReadHandlerRun(latest);
-    return run ? run->m_Number : 0;
-  }
-
-  // Another one may have begun since.
-  bool IsOver(const std::string& id, long number) {
+  // Whether none of so many first ones goes on: another one may have begun since.
+  bool IsOver(const std::string& id, long runs) {
     const auto run = ReadHandlerRun(m_Agent.LatestRun(id));
-    return !run || !run->IsUnderWay() || run->m_Number != number;
+    return !run || !run->IsUnderWay() || run->m_Number > runs;
   }
 
   AgentApi m_Agent;
-  std::map<std::string, long> m_Numbers;  ///< of the run that is to end, by task
+  std::map<std::string, long> m_Runs;  ///< how many there were when they were to end, by task
 };
 
 }  // namespace

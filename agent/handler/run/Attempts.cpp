@@ -59,9 +59,11 @@ const char* WhyNoneFollows(Run::EndReason reason) {
 
 }  // namespace
 
-Attempts::Attempts(const TaskBatch::Entry& entry, Job job, const HandlerSettings& settings,
-                   OutputFiles& outputs, RunRecords& records, const WaitClock& clock)
+Attempts::Attempts(const TaskBatch::Entry& entry, long number, Job job,
+                   const HandlerSettings& settings, OutputFiles& outputs, RunRecords& records,
+                   const WaitClock& clock)
     : m_Entry(entry),
+      m_Number(number),
       m_Job(std::move(job)),
       m_Settings(settings),
       m_Outputs(outputs),

@@ -33,7 +33,7 @@ class Attempts {
  public:
   /// Nothing begins yet. The first attempt is ready when the task's share of the job's splay has
   /// passed since it was handed over. The references to the last four are borrowed.
-  Attempts(const TaskBatch::Entry& entry, Job job, const HandlerSettings& settings,
+  Attempts(const TaskBatch::Entry& entry, long number, Job job, const HandlerSettings& settings,
            OutputFiles& outputs, RunRecords& records, const WaitClock& clock);
   Attempts(const Attempts&) = delete;
   Attempts& operator=(const Attempts&) = delete;
@@ -97,6 +97,8 @@ class Attempts {
 
   const TaskBatch::Entry& Entry() const { return m_Entry; }
   const Job& JobToRun() const { return m_Job; }
+  /// Which run of the task it is, as LatestRuns counts them.
+  long Number() const { return m_Number; }
   OverlapRule Overlap() const { return m_Job.m_Overlap; }
   /// Of what goes on. REQUIRES: IsRunning().
   pid_t Pid() const { return m_Run->Pid(); }
@@ -114,6 +116,7 @@ class Attempts {
   void NoteFailedStart(const BaseSDK::AString& reason);
 
   const TaskBatch::Entry m_Entry;
+  const long m_Number;
   const Job m_Job;
   const HandlerSettings& m_Settings;
   OutputFiles& m_Outputs;

@@ -3,6 +3,7 @@
 #include "agent/handler/Log.h"
 
 #include <algorithm>
+#include <utility>
 
 using BaseSDK::AMutexGuard;
 using BaseSDK::AString;
@@ -36,6 +37,12 @@ void Put(AStringMap& run, const char* key, std::optional<long> number) {
   }
 }
 
+void PutCount(AStringMap& run, const char* key, long count) {
+  if (count > 0) {
+    Put(run, key, count);
+  }
+}
+
 AString ReportLine(const AString& taskId, const LatestRuns::Facts& facts) {
   if (facts.m_Phase == LatestRuns::Phase::Waiting) {
     return AString("  task '%1', waiting: %2\n").Arg(taskId, facts.m_Reason);
@@ -47,25 +54,31 @@ AString ReportLine(const AString& taskId, const LatestRuns::Facts& facts) {
 
 }  // namespace
 
-void LatestRuns::NoteWaiting(const AString& taskId, const AString& reason) {
+long LatestRuns::NewNumber(const AString& taskId) {
   AMutexGuard guard(m_Lock);
-  Facts facts = OfRun(taskId);
+  const auto found = m_Runs.find(taskId);
+  return found == m_Runs.end() ? 1 : ++found->second.m_Facts.m_Runs;
+}
+
+void LatestRuns::NoteWaiting(const AString& taskId, long number, const AString& reason) {
+  AMutexGuard guard(m_Lock);
+  Facts facts = OfRun(taskId, number);
   facts.m_Reason = reason;
   (void)Renew(taskId, facts);
 }
 
-void LatestRuns::NoteStart(const AString& taskId, long start, long pid) {
+void LatestRuns::NoteStart(const AString& taskId, long number, long start, long pid) {
   AMutexGuard guard(m_Lock);
-  Facts facts = OfRun(taskId);
+  Facts facts = OfRun(taskId, number);
   facts.m_Phase = Phase::Running;
   facts.m_Start = start;
   facts.m_Pid = pid;
   (void)Renew(taskId, facts);
 }
 
-void LatestRuns::NotePause(const AString& taskId, long start, const AString& reason) {
+void LatestRuns::NotePause(const AString& taskId, long number, long start, const AString& reason) {
   AMutexGuard guard(m_Lock);
-  Facts facts = OfRun(taskId);
+  Facts facts = OfRun(taskId, number);
   facts.m_Start = start;
   facts.m_Reason = reason;
   (void)Renew(taskId, facts);
@@ -73,12 +86,15 @@ void LatestRuns::NotePause(const AString& taskId, long start, const AString& rea
 
 void LatestRuns::NoteEnd(const AString& taskId, const Ending& ending) {
   AMutexGuard guard(m_Lock);
-  End(taskId, OfRun(taskId), ending);
-}
-
-void LatestRuns::NoteFormerEnd(const AString& taskId, const Ending& ending) {
-  AMutexGuard guard(m_Lock);
-  End(taskId, Facts(), ending);
+  Facts facts = OfRun(taskId, ending.m_Number);
+  facts.m_Phase = Phase::Ended;
+  facts.m_Start = ending.m_Start;
+  facts.m_End = ending.m_End;
+  facts.m_Succeeded = ending.m_Succeeded;
+  facts.m_IsFinal = ending.m_IsFinal;
+  facts.m_Reason = ending.m_Reason;
+  facts.m_Queued.reset();
+  EnterEnded(taskId, Renew(taskId, facts));
 }
 
 void LatestRuns::NoteLeftOut(const AString& taskId, const std::optional<Facts>& before,
@@ -91,9 +107,10 @@ void LatestRuns::NoteLeftOut(const AString& taskId, const std::optional<Facts>& 
   }
   facts.m_Skipped = moment;
   facts.m_SkipReason = reason;
-  ++facts.m_Skips;
   AMutexGuard guard(m_Lock);
-  EnterEnded(taskId, Renew(taskId, facts));
+  Entry& entry = Renew(taskId, facts);
+  ++entry.m_Facts.m_Skips;
+  EnterEnded(taskId, entry);
 }
 
 void LatestRuns::NoteQueued(const AString& taskId, long moment) {
@@ -138,16 +155,15 @@ AStringMap LatestRuns::Describe(const AString& taskId) const {
     return run;
   }
   run.emplace("state", NameOf(facts->m_Phase));
-  if (facts->m_Number > 0) {
-    Put(run, "number", facts->m_Number);
-  }
+  PutCount(run, "number", facts->m_Number);
+  PutCount(run, "runs", facts->m_Runs);
+  PutCount(run, "skips", facts->m_Skips);
   Put(run, "start", facts->m_Start);
   Put(run, "end", facts->m_End);
   Put(run, "queued", facts->m_Queued);
   Put(run, "skipped", facts->m_Skipped);
   if (facts->m_Skipped) {
     run.emplace("skipReason", facts->m_SkipReason);
-    Put(run, "skips", facts->m_Skips);
   }
   if (facts->m_Phase == Phase::Running) {
     run.emplace("pid", DecimalText(facts->m_Pid));
@@ -181,39 +197,30 @@ AString LatestRuns::Report() const {
          lines;
 }
 
-// What stays known of the run that goes on or waits when it comes into another phase; the task's
-// next run when there is none.
-LatestRuns::Facts LatestRuns::OfRun(const AString& taskId) const {
+// What stays known when that run comes into another phase, or is told of again, for a later one
+// that went on beside it has ended.
+LatestRuns::Facts LatestRuns::OfRun(const AString& taskId, long number) const {
   Facts facts;
+  facts.m_Number = number;
   const auto found = m_Runs.find(taskId);
-  if (found == m_Runs.end() || !IsOfRunUnderWay(found->second.m_Facts)) {
-    facts.m_Number = found == m_Runs.end() ? 1 : found->second.m_LastNumber + 1;
+  if (found == m_Runs.end()) {
     return facts;
   }
   const Facts& before = found->second.m_Facts;
-  facts.m_Number = before.m_Number;
-  facts.m_Queued = before.m_Queued;
-  facts.m_Skipped = before.m_Skipped;
-  facts.m_SkipReason = before.m_SkipReason;
-  facts.m_Skips = before.m_Skips;
+  if (IsOfRunUnderWay(before) && number <= before.m_Number) {
+    facts.m_Queued = before.m_Queued;
+    facts.m_Skipped = before.m_Skipped;
+    facts.m_SkipReason = before.m_SkipReason;
+  }
   return facts;
 }
 
-void LatestRuns::End(const AString& taskId, Facts facts, const Ending& ending) {
-  facts.m_Phase = Phase::Ended;
-  facts.m_Start = ending.m_Start;
-  facts.m_End = ending.m_End;
-  facts.m_Succeeded = ending.m_Succeeded;
-  facts.m_IsFinal = ending.m_IsFinal;
-  facts.m_Reason = ending.m_Reason;
-  facts.m_Queued.reset();
-  EnterEnded(taskId, Renew(taskId, facts));
-}
-
-LatestRuns::Entry& LatestRuns::Renew(const AString& taskId, const Facts& facts) {
+LatestRuns::Entry& LatestRuns::Renew(const AString& taskId, Facts facts) {
   Entry& entry = m_Runs[taskId];
   m_Ended.erase(entry.m_EndedAs);
-  entry = {facts, 0, std::max(entry.m_LastNumber, facts.m_Number)};
+  facts.m_Runs = std::max(entry.m_Facts.m_Runs, facts.m_Number);
+  facts.m_Skips = entry.m_Facts.m_Skips;
+  entry = {std::move(facts), 0};
   return entry;
 }
 

@@ -33,7 +33,8 @@ class LatestRuns {
     std::optional<long> m_Queued;   ///< since when the next run waits for the end of this one
     std::optional<long> m_Skipped;  ///< the last start that was left out since this run
     BaseSDK::AString m_SkipReason;
-    long m_Skips = 0;  ///< how many were left out since this run
+    long m_Runs = 0;   ///< how many numbers the task's runs have had since the agent started
+    long m_Skips = 0;  ///< how many starts of the task were left out since then
   };
 
   /// How many ended runs are remembered unless told otherwise; they take some ten megabytes.
@@ -49,24 +50,26 @@ class LatestRuns {
     bool m_Succeeded = false;
     bool m_IsFinal = false;  ///< as in Facts
     BaseSDK::AString m_Reason;
+    long m_Number = 0;  ///< as in Facts
   };
 
-  // Each of the next five replaces what was known of the task. Of a run that goes on or waits they
-  // keep the number, the last start that was left out and the one that waits for the run's end;
-  // else it is the task's next run.
+  /// A number for the task's next run, which goes on to the following ones.
+  long NewNumber(const BaseSDK::AString& taskId) NOX_EXCLUDES(m_Lock);
+
+  // Each of the next five replaces what was known of the task. When an earlier run or the same one
+  // goes on or waits still, they keep the last start that was left out and the one that waits.
 
   /// The run cannot start yet; `reason` says what it waits for.
-  void NoteWaiting(const BaseSDK::AString& taskId, const BaseSDK::AString& reason)
+  void NoteWaiting(const BaseSDK::AString& taskId, long number, const BaseSDK::AString& reason)
       NOX_EXCLUDES(m_Lock);
   /// An attempt of the run that began at `start` goes on.
-  void NoteStart(const BaseSDK::AString& taskId, long start, long pid) NOX_EXCLUDES(m_Lock);
-  /// An attempt of that run has failed; `reason` says how, and when the next one begins.
-  void NotePause(const BaseSDK::AString& taskId, long start, const BaseSDK::AString& reason)
+  void NoteStart(const BaseSDK::AString& taskId, long number, long start, long pid)
       NOX_EXCLUDES(m_Lock);
+  /// An attempt of that run has failed; `reason` says how, and when the next one begins.
+  void NotePause(const BaseSDK::AString& taskId, long number, long start,
+                 const BaseSDK::AString& reason) NOX_EXCLUDES(m_Lock);
   /// No start waits for its end any more.
   void NoteEnd(const BaseSDK::AString& taskId, const Ending& ending) NOX_EXCLUDES(m_Lock);
-  /// As NoteEnd, of a run before the agent started.
-  void NoteFormerEnd(const BaseSDK::AString& taskId, const Ending& ending) NOX_EXCLUDES(m_Lock);
   /// A start was left out before anything ran, and does not come again: the scheduler is told that
   /// all is well. `before` is what was known of the task then; if that is no run that has ended, no
   /// run is known any more.
@@ -93,12 +96,10 @@ class LatestRuns {
   struct Entry {
     Facts m_Facts;
     std::uint64_t m_EndedAs = 0;  ///< its key in m_Ended, 0 when it has not ended
-    long m_LastNumber = 0;        ///< the highest that a run of the task has had
   };
 
-  Facts OfRun(const BaseSDK::AString& taskId) const NOX_REQUIRES(m_Lock);
-  void End(const BaseSDK::AString& taskId, Facts facts, const Ending& ending) NOX_REQUIRES(m_Lock);
-  Entry& Renew(const BaseSDK::AString& taskId, const Facts& facts) NOX_REQUIRES(m_Lock);
+  Facts OfRun(const BaseSDK::AString& taskId, long number) const NOX_REQUIRES(m_Lock);
+  Entry& Renew(const BaseSDK::AString& taskId, Facts facts) NOX_REQUIRES(m_Lock);
   void EnterEnded(const BaseSDK::AString& taskId, Entry& entry) NOX_REQUIRES(m_Lock);
 
   const std::size_t m_MostEnded;

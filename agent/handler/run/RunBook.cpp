@@ -40,8 +40,7 @@ void RunBook::RememberFailures() {
     if (access(m_Settings.JobFile(taskId).ToUtf8().c_str(), F_OK) != 0 && errno == ENOENT) {
       m_Failures.Forget(taskId);
     } else {
-      m_Latest.NoteFormerEnd(taskId,
-                             {failure.m_Start, failure.m_End, false, true, failure.m_Reason});
+      m_Latest.NoteEnd(taskId, {failure.m_Start, failure.m_End, false, true, failure.m_Reason});
     }
   }
 }
@@ -49,11 +48,11 @@ void RunBook::RememberFailures() {
 void RunBook::NoteProgress(const Attempts& attempts) {
   const AString& taskId = attempts.Entry().m_TaskId;
   if (!attempts.HasBegun()) {
-    m_Latest.NoteWaiting(taskId, attempts.WaitsFor());
+    m_Latest.NoteWaiting(taskId, attempts.Number(), attempts.WaitsFor());
   } else if (attempts.IsRunning()) {
-    m_Latest.NoteStart(taskId, attempts.StartTime(), attempts.Pid());
+    m_Latest.NoteStart(taskId, attempts.Number(), attempts.StartTime(), attempts.Pid());
   } else {
-    m_Latest.NotePause(taskId, attempts.StartTime(), attempts.WaitsFor());
+    m_Latest.NotePause(taskId, attempts.Number(), attempts.StartTime(), attempts.WaitsFor());
   }
 }
 
@@ -61,11 +60,12 @@ void RunBook::NoteInLine(const Attempts& attempts) {
   const AString& taskId = attempts.Entry().m_TaskId;
   LogDue(taskId, AString("%1: starts after one of them").Arg(TooManyGoOn));
   if (attempts.HasBegun()) {
-    m_Latest.NotePause(taskId, attempts.StartTime(),
+    m_Latest.NotePause(taskId, attempts.Number(), attempts.StartTime(),
                        AString("%1; %2, and the next one begins after one of them")
                            .Arg(attempts.Outcome(), TooManyGoOn));
   } else {
-    m_Latest.NoteWaiting(taskId, AString("%1; it starts after one of them").Arg(TooManyGoOn));
+    m_Latest.NoteWaiting(taskId, attempts.Number(),
+                         AString("%1; it starts after one of them").Arg(TooManyGoOn));
   }
 }
 
@@ -83,8 +83,12 @@ void RunBook::NoteEcho(const AString& taskId, const AString& why) const {
 }
 
 void RunBook::NoteSkip(const AString& taskId, const AString& why) {
-  LogDue(taskId, AString("%1: left out").Arg(why));
   m_Latest.NoteSkip(taskId, why, WallSeconds());
+  WriteSkip(taskId, why);
+}
+
+void RunBook::WriteSkip(const AString& taskId, const AString& why) {
+  LogDue(taskId, AString("%1: left out").Arg(why));
   m_Outputs.Of(taskId)->AppendNote(AString("left out: %1").Arg(why));
 }
 
@@ -94,11 +98,11 @@ void RunBook::NoteQueuedSkip(const AString& taskId, const AString& why) {
 }
 
 // Without its job nobody knows what is to become of a task that failed: the scheduler decides.
-void RunBook::NoteNoJob(const AString& taskId, const AString& reason) {
+void RunBook::NoteNoJob(const AString& taskId, long number, const AString& reason) {
   ALOG(HandlerLog(), ALogger::Error, HandlerSource,
        AString("Task '%1' failed: %2").Arg(taskId, reason));
   const long now = WallSeconds();
-  m_Latest.NoteEnd(taskId, {now, now, false, false, reason});
+  m_Latest.NoteEnd(taskId, {now, now, false, false, reason, number});
   m_Outputs.Of(taskId)->AppendNote(reason);
   m_Failures.Forget(taskId);
   Report({{taskId, "Failed"}});
@@ -111,8 +115,8 @@ const char* RunBook::NoteEnd(const Attempts& attempts,
 
 const char* RunBook::NoteRunEnd(const Attempts& attempts) {
   const AString& taskId = attempts.Entry().m_TaskId;
-  const LatestRuns::Ending ending{attempts.StartTime(), WallSeconds(), attempts.Succeeded(),
-                                  attempts.IsFinal(), attempts.Outcome()};
+  const LatestRuns::Ending ending{attempts.StartTime(), WallSeconds(),      attempts.Succeeded(),
+                                  attempts.IsFinal(),   attempts.Outcome(), attempts.Number()};
   m_Latest.NoteEnd(taskId, ending);
   if (ending.m_IsFinal) {
     m_Failures.Note(taskId, {ending.m_Start, ending.m_End, ending.m_Reason});
@@ -126,7 +130,7 @@ const char* RunBook::NoteRunEnd(const Attempts& attempts) {
 const char* RunBook::NoteLeftOut(const Attempts& attempts,
                                  const std::optional<LatestRuns::Facts>& before) {
   const AString& taskId = attempts.Entry().m_TaskId;
-  NoteSkip(taskId, attempts.Outcome());
+  WriteSkip(taskId, attempts.Outcome());
   m_Latest.NoteLeftOut(taskId, before, attempts.Outcome(), WallSeconds());
   if (const auto facts = m_Latest.Find(taskId); facts && facts->m_IsFinal) {
     m_Failures.Note(taskId, {*facts->m_Start, *facts->m_End, facts->m_Reason});

@@ -29,6 +29,8 @@ class RunBook {
   StateReporter& Scheduler() { return m_Scheduler; }
   const StateReporter& Scheduler() const { return m_Scheduler; }
 
+  /// As LatestRuns.
+  long NewNumber(const BaseSDK::AString& taskId) { return m_Latest.NewNumber(taskId); }
   /// How things stand with a run that is not over, whenever that has changed.
   void NoteProgress(const Attempts& attempts);
   /// It waits for one of too many others to end.
@@ -43,8 +45,8 @@ class RunBook {
   void NoteSkip(const BaseSDK::AString& taskId, const BaseSDK::AString& why);
   /// The start that waits for the end of the task's run is left out.
   void NoteQueuedSkip(const BaseSDK::AString& taskId, const BaseSDK::AString& why);
-  /// The task has no job that could be read.
-  void NoteNoJob(const BaseSDK::AString& taskId, const BaseSDK::AString& reason);
+  /// The task has no job that could be read, for the run of that number.
+  void NoteNoJob(const BaseSDK::AString& taskId, long number, const BaseSDK::AString& reason);
 
   /// The states that the scheduler is to know of tasks, each "Ok" or "Failed".
   using States = std::map<BaseSDK::AString, const char*>;
@@ -55,6 +57,7 @@ class RunBook {
   void Report(const States& states);
 
  private:
+  void WriteSkip(const BaseSDK::AString& taskId, const BaseSDK::AString& why);
   const char* NoteRunEnd(const Attempts& attempts);
   const char* NoteLeftOut(const Attempts& attempts, const std::optional<LatestRuns::Facts>& before);
   void RememberFailures();

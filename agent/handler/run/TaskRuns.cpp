@@ -109,13 +109,14 @@ void TaskRuns::StartBeside(const TaskBatch::Entry& entry) {
 
 void TaskRuns::Admit(const TaskBatch::Entry& entry) {
   const Key key(entry.m_TaskId, ++m_LastNumber);
+  const long number = m_Book.NewNumber(entry.m_TaskId);
   try {
     Job job = Job::Load(m_Settings.JobFile(entry.m_TaskId));
     if (const auto earlier = LatestOf(entry.m_TaskId); earlier != m_Slots.end()) {
       earlier->second.m_IsLatest = false;
     }
     Slot& slot = m_Slots[key];
-    slot.m_Attempts = std::make_unique<Attempts>(entry, std::move(job), m_Settings,
+    slot.m_Attempts = std::make_unique<Attempts>(entry, number, std::move(job), m_Settings,
                                                  m_Book.Outputs(), m_Records, m_Clock);
     slot.m_Before = m_Book.Latest().Find(entry.m_TaskId);
     if (slot.m_Attempts->IsReady()) {
@@ -124,18 +125,19 @@ void TaskRuns::Admit(const TaskBatch::Entry& entry) {
       NoteProgress(slot);
     }
   } catch (const std::bad_alloc&) {
-    Fail(key, "the agent has no memory left");
+    Fail(key, number, "the agent has no memory left");
   } catch (const std::exception& error) {
-    Fail(key, error.what());
+    Fail(key, number, error.what());
   }
 }
 
 // While earlier runs of the task go on, it is one of these that is the latest again.
-void TaskRuns::Fail(const Key& key, const AString& reason) {
+void TaskRuns::Fail(const Key& key, long number, const AString& reason) {
   m_Slots.erase(key);
-  m_Book.NoteNoJob(key.first, reason);
+  m_Book.NoteNoJob(key.first, number, reason);
   if (const auto earlier = LatestOf(key.first); earlier != m_Slots.end()) {
     earlier->second.m_IsLatest = true;
+    NoteProgress(earlier->second);
   }
 }
 

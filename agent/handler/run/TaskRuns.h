@@ -84,7 +84,7 @@ class TaskRuns {
   void LeaveOut(const TaskBatch::Entry& entry, const char* why);
   void Admit(const TaskBatch::Entry& entry);
   void StartBeside(const TaskBatch::Entry& entry);
-  void Fail(const Key& key, const BaseSDK::AString& reason);
+  void Fail(const Key& key, long number, const BaseSDK::AString& reason);
   void NoteProgress(const Slot& slot);
   void LineUp(const Key& key, Slot& slot);
   std::size_t FreePlaces() const;

@@ -180,8 +180,11 @@ TEST_F(JsonPage, HasTheFormOfEveryAnswer) {
                       "2026-06-16", "--gate-closed", "2026-06-15 03:00..2026-06-15 04:00",
                       "--clock-step", "2026-06-15 05:00=+60", "--run-time", "7200"});
   Expect("log", {"log", "backup"});
-  m_Agent.SetRunByHand(
-      {{"state", "running"}, {"number", "1"}, {"start", "1781524801"}, {"pid", "77"}});
+  m_Agent.SetRunByHand({{"state", "running"},
+                        {"number", "1"},
+                        {"runs", "1"},
+                        {"start", "1781524801"},
+                        {"pid", "77"}});
   Expect("run", {"run", "backup"});
   Expect("stop", {"stop", "backup"});
   Expect("delete", {"delete", "backup"});

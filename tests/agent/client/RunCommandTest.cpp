@@ -19,7 +19,8 @@ class RunCommand : public Client {
             {"end", "1781524802"},
             {"result", result},
             {"reason", "exit status 1 after 2.3 s"},
-            {"number", number}};
+            {"number", number},
+            {"runs", number}};
   }
 
   /// The exit status of `noxctl run backup` when that became of it.
@@ -32,21 +33,27 @@ class RunCommand : public Client {
 }  // namespace
 
 TEST_F(RunCommand, TellsThatARunHasStarted) {
-  EXPECT_EQ(0, Become({{"state", "running"}, {"number", "2"}, {"start", "1781524801"}})) << Err();
+  EXPECT_EQ(0,
+            Become({{"state", "running"}, {"number", "2"}, {"runs", "2"}, {"start", "1781524801"}}))
+      << Err();
   EXPECT_EQ("backup: started\n", Out());
 }
 
 TEST_F(RunCommand, TellsWhatARunWaitsFor) {
-  EXPECT_EQ(0, Become({{"state", "waiting"}, {"number", "2"}, {"reason", "200 runs go on"}}))
+  EXPECT_EQ(
+      0,
+      Become({{"state", "waiting"}, {"number", "2"}, {"runs", "2"}, {"reason", "200 runs go on"}}))
       << Err();
   EXPECT_EQ("backup: waits to be started: 200 runs go on\n", Out());
-  EXPECT_EQ(0, Become({{"state", "running"}, {"number", "1"}, {"queued", "1781524802"}}));
+  EXPECT_EQ(
+      0, Become({{"state", "running"}, {"number", "1"}, {"runs", "1"}, {"queued", "1781524802"}}));
   EXPECT_EQ("backup: waits for the end of the run that goes on\n", Out());
 }
 
 TEST_F(RunCommand, FailsWithARunThatWasLeftOut) {
   RunTexts run{{"state", "running"},
                {"number", "1"},
+               {"runs", "1"},
                {"skipped", "1781524802"},
                {"skipReason", "its previous run goes on"},
                {"skips", "1"}};
@@ -65,6 +72,11 @@ TEST_F(RunCommand, DoesNotTakeAStartThatWasLeftOutDuringTheRunForItsOwn) {
   m_Agent.SetRunByHand(run);
   EXPECT_EQ(0, Run({"run", "backup", "--wait"})) << Err();
   EXPECT_EQ("backup: Ok, exit status 1 after 2.3 s\n", Out());
+}
+
+TEST_F(RunCommand, TellsOfARunThatIsOverBesideOneThatGoesOn) {
+  EXPECT_EQ(0, Become({{"state", "running"}, {"number", "1"}, {"runs", "2"}})) << Err();
+  EXPECT_EQ("backup: started\n", Out());
 }
 
 TEST_F(RunCommand, TellsARunFromAnotherOfTheSameSecond) {

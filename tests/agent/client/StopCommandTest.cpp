@@ -17,7 +17,11 @@ class StopCommand : public Client {
   }
 
   static std::map<std::string, std::string> Running(const std::string& number) {
-    return {{"state", "running"}, {"number", number}, {"start", "1781524800"}, {"pid", "77"}};
+    return {{"state", "running"},
+            {"number", number},
+            {"runs", number},
+            {"start", "1781524800"},
+            {"pid", "77"}};
   }
 
   /// The operations of the handler that were asked for, in their order.

@@ -86,3 +86,13 @@ TEST_F(Create, EndsARunOnRequest) {
   EXPECT_EQ(0U, run.Output().rfind("long: Failed, ended by request after ", 0)) << run.Output();
   EXPECT_NE(std::string::npos, Ctl({"log", "long"}).m_Output.find(" ended by request after "));
 }
+
+TEST_F(Create, RunsByHandBesideARunThatGoesOnAndEndsBoth) {
+  Do({"create", "long", "daily at 02:30", "--overlap", "allow", "--",
+      "echo run >> " + Path("runs") + "; sleep 1000"});
+  EXPECT_EQ("long: started\n", Ctl({"run", "long"}).m_Output);
+  EXPECT_EQ("long: started\n", Ctl({"run", "long"}).m_Output);
+  EXPECT_TRUE(WaitUntil([&] { return CountLines("runs") == 2; }));
+  EXPECT_EQ("stopped long\n", Ctl({"stop", "long"}).m_Output);
+  EXPECT_EQ(1, Ctl({"stop", "long"}).m_Status);
+}

@@ -16,6 +16,7 @@ class INoxCommandHandler : public virtual INoxObject {
   ///                       only known that a start was left out
   ///   "number"            which run of the task it is since the agent started, from 1, with all
   ///                       its attempts; absent when it is an earlier one, or none
+  ///   "runs"              how many runs have had such a number; absent when it is none
   ///   "start", "end"      seconds since the epoch; absent when there is none or it is not known
   ///   "pid"               the command's process, while running
   ///   "result"            "Ok" or "Failed", when ended
@@ -26,7 +27,9 @@ class INoxCommandHandler : public virtual INoxObject {
   ///   "skipped"           the last start that was left out since the run, in seconds since the
   ///                       epoch; absent when there was none
   ///   "skipReason"        why it was left out, in words
-  ///   "skips"             how many were left out since the run; absent when there was none
+  ///   "skips"             how many starts of the task were left out since the agent started;
+  ///   absent
+  ///                       when there was none
   ///
   /// 1; -1 and an empty map when no run is known. The oldest ended runs are forgotten; a task of
   /// which nothing is known any more is counted anew.

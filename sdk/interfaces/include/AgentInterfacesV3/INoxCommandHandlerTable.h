@@ -9,12 +9,13 @@ inline constexpr AInterfaceTable::AOperation INoxCommandHandlerOperations[] = {
     {"GetRun",
      "Tells of a task's latest run since the agent started, or of an earlier one that failed for "
      "good. `run` holds \"state\" (\"running\", \"waiting\", \"ended\" or \"none\"), \"number\", "
-     "which run of the task it is since the agent started, \"start\" and \"end\" in seconds since "
-     "the epoch, as far as known; while running \"pid\"; when ended \"result\" (\"Ok\" or "
-     "\"Failed\") and \"reason\", in words, and \"final\" when it failed and is not tried again; "
-     "and, when a start was left out since the run, \"skipped\", the moment of the last one, "
-     "\"skipReason\" and \"skips\", how many there were. The result is 1, or -1 when no run is "
-     "known.",
+     "which run of the task it is since the agent started, \"runs\", how many there were, "
+     "\"start\" "
+     "and \"end\" in seconds since the epoch, as far as known; while running \"pid\"; when ended "
+     "\"result\" (\"Ok\" or \"Failed\") and \"reason\", in words, and \"final\" when it failed and "
+     "is not tried again; when a start was left out since the run, \"skipped\", the moment of the "
+     "last one, and \"skipReason\"; and \"skips\", how many were left out since the agent started. "
+     "The result is 1, or -1 when no run is known.",
      {{"taskId", AMsgType::String, AInterfaceTable::ADirection::In, false},
       {"run", AMsgType::StringMap, AInterfaceTable::ADirection::Out, false}}},
     {"CheckJob",

@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 using States = std::vector<std::string>;
 using testing::HasSubstr;
 
@@ -69,12 +71,15 @@ TEST_F(Beside, HaveTheStateOfTheOneThatBeganLastAlsoWhenItEndsFirst) {
   EndSecond(3);
   ASSERT_TRUE(WaitUntilTold("a", "pid", first));
   EXPECT_EQ(Told("a")["state"], "running");
+  EXPECT_EQ(Told("a")["number"], "1");
+  EXPECT_EQ(Told("a")["runs"], "2");
   EXPECT_TRUE(m_Scheduler.States().empty());
   Dispatch("a", true);  // an echo
   EndFirst(0);
   EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Ok"});
   EXPECT_EQ(Told("a")["result"], "Failed");
   EXPECT_EQ(Told("a")["final"], "1");
+  EXPECT_EQ(Told("a")["number"], "2");
   EXPECT_THAT(Told("a")["reason"], HasSubstr("exit status 3 after "));
   EXPECT_FALSE(m_Started.HasLine());
 }
@@ -106,6 +111,19 @@ TEST_F(Beside, AreLeftOutAloneWhenTheyAreTooLate) {
   EndFirst(7);
   EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Failed"});
   EXPECT_EQ(Told("a")["result"], "Failed");
+}
+
+TEST_F(Beside, AreToldOfWhenALaterOneHasNoJob) {
+  AddAllowedJob();
+  StartSupervisor();
+  Dispatch("a", false);
+  const std::string first = Started();
+  std::filesystem::remove(m_Directory / "jobs/a.job");
+  Dispatch("a", false);
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Failed"});
+  EXPECT_TRUE(WaitUntilTold("a", "pid", first));
+  EndFirst(0);
+  (void)m_Scheduler.WaitForStates(2);
 }
 
 TEST_F(Beside, EndWithTheHandler) {

@@ -106,9 +106,11 @@ TEST_F(Supervisor, TellsOfARunFromItsStartToItsEnd) {
   const long start = std::stol(run["start"]);
   EXPECT_GE(start, before);
   EXPECT_LE(start, WallSeconds());
-  EXPECT_EQ(
-      run,
-      (RunFacts{{"state", "running"}, {"number", "1"}, {"pid", pid}, {"start", run["start"]}}));
+  EXPECT_EQ(run, (RunFacts{{"state", "running"},
+                           {"number", "1"},
+                           {"runs", "1"},
+                           {"pid", pid},
+                           {"start", run["start"]}}));
   EXPECT_TRUE(m_Supervisor->IsBusy());
   OpenGate();
   EXPECT_EQ(m_Scheduler.WaitForStates(2).back(), "a Failed");
@@ -117,6 +119,7 @@ TEST_F(Supervisor, TellsOfARunFromItsStartToItsEnd) {
   EXPECT_GE(std::stol(run["end"]), start);
   EXPECT_EQ(run, (RunFacts{{"state", "ended"},
                            {"number", "1"},
+                           {"runs", "1"},
                            {"start", std::to_string(start)},
                            {"end", run["end"]},
                            {"result", "Failed"},
@@ -144,6 +147,7 @@ TEST_F(Supervisor, TellsOfARunThatCouldNotStart) {
   EXPECT_EQ(
       run, (RunFacts{{"state", "ended"},
                      {"number", "1"},
+                     {"runs", "1"},
                      {"start", run["start"]},
                      {"end", run["start"]},
                      {"result", "Failed"},
@@ -184,6 +188,7 @@ TEST_F(Supervisor, TellsOfRunsThatWait) {
   EXPECT_EQ(Told("b"),
             (RunFacts{{"state", "waiting"},
                       {"number", "1"},
+                      {"runs", "1"},
                       {"reason", "as many runs go on as may; it starts after one of them"}}));
   RunFacts run = Told("a");
   EXPECT_EQ(run["state"], "running");
