@@ -25,24 +25,6 @@ namespace {
 
 constexpr const char* ConditionKey = "condition";
 constexpr auto AskAgain = 30s;
-constexpr std::size_t MaxAnswerBytes = 200;
-
-// The first bytes of the text, at most MaxAnswerBytes, without a part of a character at the end.
-AString CutAnswer(const AString& text) {
-  std::string bytes = text.ToUtf8();
-  if (bytes.size() > MaxAnswerBytes) {
-    std::size_t size = MaxAnswerBytes;
-    while (size > 0 && (static_cast<unsigned char>(bytes[size]) & 0xC0) == 0x80) {
-      --size;
-    }
-    bytes.resize(size);
-  }
-  return AString::FromUtf8(bytes);
-}
-
-AString WithAnswer(const AString& words, const AString& lastLine) {
-  return lastLine.IsEmpty() ? words : AString("%1: %2").Arg(words, CutAnswer(lastLine));
-}
 
 const char* WhyNoneFollows(Run::EndReason reason) {
   switch (reason) {
@@ -114,11 +96,10 @@ void Attempts::Ask(const AString& taskXml) {
     const long latest = mayWait ? LatestStart(taskXml).value_or(now) : now;
     m_AskUntil = m_Clock.Now() + std::chrono::seconds(latest - now);
   }
-  Job question = m_Job.Beside(m_Job.m_Condition);
-  question.m_Success = {0, 1};
   try {
-    m_Run = std::make_unique<Run>(m_Entry, question, AttemptNumber{1, 1, ConditionKey},
-                                  std::nullopt, m_Settings, nullptr, m_Records);
+    m_Run = std::make_unique<Run>(m_Entry, ConditionAnswer::QuestionOf(m_Job),
+                                  AttemptNumber{1, 1, ConditionKey}, std::nullopt, m_Settings,
+                                  nullptr, m_Records);
   } catch (const std::bad_alloc&) {
     FailUnasked("the agent has no memory left");
   } catch (const std::exception& error) {
@@ -126,22 +107,23 @@ void Attempts::Ask(const AString& taskXml) {
   }
 }
 
-void Attempts::TakeAnswer(const Run& answer) {
-  if (m_EndedFor || !answer.Succeeded()) {
-    FailUnasked(WithAnswer(answer.Outcome(), answer.LastLine()));
-  } else if (answer.ExitStatus() == 0) {
-    m_IsAllowed = true;
-    m_Refusal = AString();
-  } else {
-    TakeRefusal(answer.LastLine());
+void Attempts::TakeAnswer(const ConditionAnswer& answer) {
+  m_IsAllowed = answer.m_Kind == ConditionAnswer::Kind::Yes;
+  m_Refusal = AString();
+  if (answer.m_Kind == ConditionAnswer::Kind::Unknown) {
+    FailUnasked(answer.m_Reason);
+  } else if (m_EndedFor) {
+    FailUnasked(WhyNoneFollows(*m_EndedFor));
+  } else if (!m_IsAllowed) {
+    TakeRefusal(answer.m_Reason);
   }
 }
 
-void Attempts::TakeRefusal(const AString& lastLine) {
-  m_Refusal = WithAnswer("its condition says no", lastLine);
+void Attempts::TakeRefusal(const AString& reason) {
+  m_Refusal = reason;
   m_NextAt = m_Clock.Now() + AskAgain;
   if (m_NextAt > *m_AskUntil) {
-    LeaveOut(m_Refusal);
+    LeaveOut(reason);
   }
 }
 
@@ -222,7 +204,7 @@ void Attempts::Advance() {
   if (m_Run->IsOver()) {
     const auto run = std::move(m_Run);
     if (!HasBegun()) {
-      TakeAnswer(*run);
+      TakeAnswer(ConditionAnswer::Of(*run));
       return;
     }
     if (run->Reason() == Run::EndReason::PeriodEnd) {

@@ -3,6 +3,7 @@
 #include "agent/handler/HandlerSettings.h"
 #include "agent/handler/job/Job.h"
 #include "agent/handler/run/AttemptNumber.h"
+#include "agent/handler/run/ConditionAnswer.h"
 #include "agent/handler/run/OutputFiles.h"
 #include "agent/handler/run/Run.h"
 #include "agent/handler/run/RunRecords.h"
@@ -107,8 +108,8 @@ class Attempts {
 
  private:
   std::optional<long> LatestStart(const BaseSDK::AString& taskXml) const;
-  void TakeAnswer(const Run& answer);
-  void TakeRefusal(const BaseSDK::AString& lastLine);
+  void TakeAnswer(const ConditionAnswer& answer);
+  void TakeRefusal(const BaseSDK::AString& reason);
   void FailUnasked(const BaseSDK::AString& reason);
   BaseSDK::AString NextStep() const;
   void Conclude(bool succeeded, const BaseSDK::AString& outcome);
