@@ -55,10 +55,11 @@ TEST_F(Condition, LeavesTheRunOutAndSaysWhy) {
   auto told = Told("a");
   EXPECT_FALSE(told["skipped"].empty());
   told.erase("skipped");
-  EXPECT_EQ(
-      told,
-      (std::map<std::string, std::string>{
-          {"state", "none"}, {"skipReason", "its condition says no: on battery"}, {"skips", "1"}}));
+  EXPECT_EQ(told,
+            (std::map<std::string, std::string>{{"state", "none"},
+                                                {"skipReason", "its condition says no: on battery"},
+                                                {"runs", "1"},
+                                                {"skips", "1"}}));
   EXPECT_THAT(Output("a"),
               MatchesRegex("-- [-0-9: ]+ left out: its condition says no: on battery\n"));
   EXPECT_EQ(LogCount("Task 'a' is due, but its condition says no: on battery: left out"), 1u);
