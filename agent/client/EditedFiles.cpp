@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -84,9 +85,14 @@ void EditedFiles::Edit() const {
   if (child == 0) {
     RunEditor(editor, files);
   }
+  // Ctrl-C is for the editor.
+  const auto interrupt = std::signal(SIGINT, SIG_IGN);
+  const auto quit = std::signal(SIGQUIT, SIG_IGN);
   int status = 0;
   while (child > 0 && ::waitpid(child, &status, 0) < 0 && errno == EINTR) {
   }
+  (void)std::signal(SIGINT, interrupt);
+  (void)std::signal(SIGQUIT, quit);
   if (child < 0 || !WIFEXITED(status) || WEXITSTATUS(status) != 0) {
     Fail("the editor " + editor + " failed", "nothing was changed; $EDITOR names another one");
   }

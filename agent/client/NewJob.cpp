@@ -33,10 +33,19 @@ std::vector<std::string> RunnableCommand(std::vector<std::string> words) {
   if (isShells) {
     return {"/bin/sh", "-c", first};
   }
+  if (words.size() > 1 && first.find('=') != std::string::npos) {
+    Refuse("\"" + first + "\" is no program; set a variable with --env " + first +
+           ", or write the whole line in quotes for the shell");
+  }
   if (first.find('/') != std::string::npos) {
     words.front() = std::filesystem::absolute(first).lexically_normal().string();
   }
   return words;
+}
+
+bool HasOuterBlanks(const std::string& text) {
+  constexpr const char* Blanks = " \t";
+  return text.find_first_of(Blanks) == 0 || text.find_last_of(Blanks) == text.size() - 1;
 }
 
 class JobText {
@@ -56,7 +65,11 @@ class JobText {
     if (equals == std::string::npos || equals == 0) {
       Refuse(option + " \"" + pair + "\" lacks a name or a value; write it like NAME=VALUE");
     }
-    Add(pair.substr(0, equals), pair.substr(equals + 1));
+    const std::string value = pair.substr(equals + 1);
+    if (value.empty() || HasOuterBlanks(value)) {
+      Refuse(option + " \"" + pair + "\": a job keeps no empty values and no blanks around them");
+    }
+    Add(pair.substr(0, equals), value);
   }
 
   void AddSection(const std::string& name) {

@@ -24,8 +24,8 @@ bool LosesRuns(const TriggerRule& rule, const LocalCalendar& calendar, long now)
 }  // namespace
 
 void RefuseLostRuns(const TriggerRule& trigger, const LocalCalendar& calendar, long now) {
-  if (!trigger.Repeats() || trigger.m_Type == TriggerRule::Once ||
-      !LosesRuns(trigger, calendar, now)) {
+  const bool hasPeriod = trigger.m_DurationSeconds > 0 && trigger.m_Type != TriggerRule::Once;
+  if (!hasPeriod || !LosesRuns(trigger, calendar, now)) {
     return;
   }
   TriggerRule shorter = trigger;
@@ -33,13 +33,14 @@ void RefuseLostRuns(const TriggerRule& trigger, const LocalCalendar& calendar, l
     shorter.m_DurationSeconds -=
         std::max(MinuteSeconds, trigger.m_IntervalSeconds / MinuteSeconds * MinuteSeconds);
   } while (shorter.m_DurationSeconds > 0 && LosesRuns(shorter, calendar, now));
-  throw PhraseError("the scheduler would lose repetitions of every " +
-                    LengthWords(trigger.m_IntervalSeconds) + " for " +
-                    LengthWords(trigger.m_DurationSeconds) +
-                    ", which reach too near to the next start, or into a day without one" +
-                    (shorter.m_DurationSeconds > 0
-                         ? "; it can do it for " + LengthWords(shorter.m_DurationSeconds)
-                         : ""));
+  throw PhraseError(
+      "the scheduler would lose or delay runs with " +
+      (trigger.Repeats() ? "every " + LengthWords(trigger.m_IntervalSeconds) + " " : "") + "for " +
+      LengthWords(trigger.m_DurationSeconds) +
+      ", which reaches too near to the next start, or into a day without one" +
+      (shorter.m_DurationSeconds > 0
+           ? "; it can do it for " + LengthWords(shorter.m_DurationSeconds)
+           : ""));
 }
 
 }  // namespace NoxAgent

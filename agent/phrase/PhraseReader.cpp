@@ -28,6 +28,18 @@ std::string Choices(const Grammar::Outcome& outcome) {
   return text;
 }
 
+// For what newcomers type: a crontab's fields without quotes, and a command without its mark.
+std::string HintAt(const PhraseWords& words, std::size_t at) {
+  const std::string& first = words.Plain().front();
+  const bool isCron = first == "cron" || first.starts_with('@') ||
+                      first.find_first_not_of("0123456789*/,-") == std::string::npos;
+  if (isCron) {
+    return "; a crontab's five fields are one word in quotes: cron '15 3 * * 1-5'";
+  }
+  const bool isCommand = words.Written(at).find('/') != std::string::npos;
+  return isCommand ? "; the command stands behind --" : "";
+}
+
 [[noreturn]] void Refuse(const PhraseWords& words, const Grammar::Outcome& outcome) {
   const std::size_t at = outcome.m_Understood;
   if (words.Plain().empty()) {
@@ -39,7 +51,7 @@ std::string Choices(const Grammar::Outcome& outcome) {
   }
   throw PhraseError("the schedule \"" + words.Marked(at) + "\" cannot be read at \"" +
                     words.Written(at) + "\"; there could stand " + Choices(outcome) +
-                    (outcome.m_CouldEnd ? ", or it could end there" : ""));
+                    (outcome.m_CouldEnd ? ", or it could end there" : "") + HintAt(words, at));
 }
 
 // Makes rules from what the grammar found, word by word.
@@ -189,6 +201,10 @@ class RuleBuilder {
 
   void TakeDelay(const std::string& word) {
     const long moment = m_Now + *ReadLength(word);
+    if (m_Calendar.IsShownAgain(moment)) {
+      Fail("the clocks show " + ClockWords(m_Calendar.ClockAt(moment)) +
+           " twice on that day, and a document means the first time; say another time");
+    }
     m_Begin = PhraseDate{m_Calendar.DayOf(moment), m_Calendar.ClockAt(moment)};
   }
 

@@ -142,10 +142,17 @@ class TriggerMaker {
     for (long day = m_Calendar.DayOf(m_Earliest - m_Time.m_Duration);
          day <= m_Calendar.DayOf(m_Earliest); ++day) {
       const long start = m_Calendar.MomentOf(day, m_Time.m_Clock);
-      if (choice.Selects(day) && start >= m_Rule.m_From && start < m_Earliest) {
+      if (choice.Selects(day) && IsOfSpan(start) && start < m_Earliest) {
         AddRest(start);
       }
     }
+  }
+
+  // A span that begins at a time of day takes part of a period; one that begins with a day does not
+  // reach back into the day before.
+  bool IsOfSpan(long start) const {
+    return m_Rule.m_From == NoTime || start >= m_Rule.m_From ||
+           m_Calendar.DayOf(start) == m_Calendar.DayOf(m_Rule.m_From);
   }
 
   // Periods are whole minutes, so some repetitions may have to stand by themselves.

@@ -15,6 +15,7 @@
 
 #include <BaseSDK/AString.h>
 
+#include <algorithm>
 #include <ctime>
 #include <memory>
 
@@ -50,19 +51,48 @@ void CheckId(const std::string& id) {
   }
 }
 
-Phrase ReadWhen(const CreateOptions& options, const LocalCalendar& calendar, long now) {
-  Phrase phrase = ReadPhrase(options.m_When, calendar, now);
+[[noreturn]] void RefuseSpan(const char* option) {
+  throw CommandError(ExitCode::Usage,
+                     std::string(option) +
+                         " is for rules that do not say so themselves, and is of no "
+                         "meaning to now and once");
+}
+
+// Gives the rules the span of the options. Each option has a rule to be for.
+void AddSpan(const CreateOptions& options, const LocalCalendar& calendar, Phrase& phrase) {
+  bool isFromUsed = options.m_From.empty(), isUntilUsed = options.m_Until.empty();
   for (PhraseRule& rule : phrase) {
-    const bool hasSpan =
-        rule.m_Days != PhraseRule::Days::Now && rule.m_Days != PhraseRule::Days::Once;
-    if (hasSpan && rule.m_From == NoTime && !options.m_From.empty()) {
-      rule.m_From = ReadPhraseMoment("--from", options.m_From, calendar, false);
+    if (rule.m_Days == PhraseRule::Days::Now || rule.m_Days == PhraseRule::Days::Once) {
+      continue;
     }
-    if (hasSpan && rule.m_Until == NoTime && !options.m_Until.empty()) {
+    if (rule.m_From == NoTime && !options.m_From.empty()) {
+      rule.m_From = ReadPhraseMoment("--from", options.m_From, calendar, false);
+      isFromUsed = true;
+    }
+    if (rule.m_Until == NoTime && !options.m_Until.empty()) {
       rule.m_Until = ReadPhraseMoment("--until", options.m_Until, calendar, true);
+      isUntilUsed = true;
     }
   }
+  if (!isFromUsed || !isUntilUsed) {
+    RefuseSpan(isFromUsed ? "--until" : "--from");
+  }
+}
+
+Phrase ReadWhen(const CreateOptions& options, const LocalCalendar& calendar, long now) {
+  Phrase phrase = ReadPhrase(options.m_When, calendar, now);
+  AddSpan(options, calendar, phrase);
   return phrase;
+}
+
+void CheckDescription(const std::string& text) {
+  const bool hasControls = std::any_of(text.begin(), text.end(), [](unsigned char character) {
+    return character < ' ' || character == 0x7F;
+  });
+  if (hasControls || BaseSDK::AString::FromUtf8(text).ToUtf8() != text) {
+    throw CommandError(ExitCode::Usage,
+                       "the description has control characters in it, or is no UTF-8");
+  }
 }
 
 // The document from the words; then the words again from the document, as the scheduler has it.
@@ -79,6 +109,7 @@ Creation Make(const CreateOptions& options, long now) {
   document.m_Description = options.m_Description.empty() && !options.m_Id.empty()
                                ? options.m_Name
                                : options.m_Description;
+  CheckDescription(document.m_Description);
   made.m_Task = {options.Id(), WriteTaskDocument(document), WriteJob(options.m_Job)};
   const TaskPhrase said = SayTask(made.m_Task.m_Document, {}, calendar, now);
   made.m_Words = said.m_Words;

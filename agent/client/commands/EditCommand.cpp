@@ -61,7 +61,7 @@ class Editing {
         m_Context.m_Out << "nothing was changed\n";
         return;
       }
-      const std::vector<std::string> problems = Apply(after);
+      const std::vector<std::string> problems = ApplyOrKeep(after, files);
       if (problems.empty()) {
         PrintWords();
         return;
@@ -81,6 +81,16 @@ class Editing {
                          "there is no task " + m_Id + "; noxctl list shows the tasks");
     }
     return {*document, m_Agent.JobText(m_Id).value_or("")};
+  }
+
+  // What was typed is not lost when the agent cannot take it.
+  std::vector<std::string> ApplyOrKeep(const Texts& after, EditedFiles& files) {
+    try {
+      return Apply(after);
+    } catch (const CommandError& error) {
+      throw CommandError(error.Code(), error.what() + std::string("; what was edited is in ") +
+                                           files.Keep().string());
+    }
   }
 
   // Why the texts cannot be the task's; empty when they are from now on.

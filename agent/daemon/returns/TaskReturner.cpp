@@ -15,6 +15,8 @@ namespace {
 constexpr const char* TaskReturnerSource = "TaskReturner";
 // Until what could not be enabled is tried again.
 constexpr unsigned long RetryMilliseconds = 1000;
+// Each is a write to the disk, and the thread has signals and the service manager to answer.
+constexpr std::size_t MostAtOnce = 50;
 
 }  // namespace
 
@@ -39,8 +41,15 @@ void TaskReturner::EnableDue(long now) {
 // Asked again under the lock: a client may have said something else of them since.
 void TaskReturner::EnableAllDue(long now, Plugin& scheduler) {
   AMutexGuard guard(m_Returns.ChangeLock());
+  TaskReturns::Ids due = m_Returns.Due(now);
+  if (due.size() > MostAtOnce) {
+    // The next ones at the next turn, so that none waits for others that cannot be enabled.
+    m_Turn = (m_Turn + MostAtOnce) % due.size();
+    (void)std::rotate(due.begin(), due.begin() + static_cast<std::ptrdiff_t>(m_Turn), due.end());
+    due.resize(MostAtOnce);
+  }
   TaskReturns::Ids done;
-  for (const std::string& id : m_Returns.Due(now)) {
+  for (const std::string& id : due) {
     if (Enable(scheduler, id)) {
       done.push_back(id);
     }

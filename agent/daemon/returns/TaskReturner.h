@@ -25,6 +25,7 @@ class TaskReturner {
   const Plugins& m_Plugins;
   const TaskStore& m_Store;
   TaskReturns& m_Returns;
+  std::size_t m_Turn = 0;  ///< where among those that are due it goes on
 };
 
 }  // namespace NoxAgent

@@ -110,7 +110,9 @@ void Attempts::Ask(const AString& taskXml) {
 void Attempts::TakeAnswer(const ConditionAnswer& answer) {
   m_IsAllowed = answer.m_Kind == ConditionAnswer::Kind::Yes;
   m_Refusal = AString();
-  if (answer.m_Kind == ConditionAnswer::Kind::Unknown) {
+  if (m_EndedFor == Run::EndReason::Request) {
+    LeaveOut(EndedByRequest);
+  } else if (answer.m_Kind == ConditionAnswer::Kind::Unknown) {
     FailUnasked(answer.m_Reason);
   } else if (m_EndedFor) {
     FailUnasked(WhyNoneFollows(*m_EndedFor));

@@ -10,6 +10,7 @@
 #include <iterator>
 #include <limits>
 #include <new>
+#include <string_view>
 #include <utility>
 
 using BaseSDK::ALogger;
@@ -37,7 +38,7 @@ void TaskRuns::EndLeftovers() {
 void TaskRuns::Dispatch(const TaskBatch::Entry& entry) {
   const auto slot = LatestOf(entry.m_TaskId);
   if (m_IsStopping) {
-    m_Book.NoteSkip(entry.m_TaskId, HandlerEnds);
+    GiveUpStart(entry.m_TaskId);
   } else if (slot != m_Slots.end()) {
     DispatchToPresent(slot->second, entry);
   } else if (entry.m_NeverRun && m_Book.Scheduler().HasKept(entry.m_TaskId)) {
@@ -218,7 +219,7 @@ void TaskRuns::EndByRequest(Slot& slot) {
     m_Book.NoteQueuedSkip(attempts.Entry().m_TaskId, EndedByRequest);
     slot.m_Next.reset();
   }
-  if (attempts.HasBegun()) {
+  if (attempts.HasBegun() || attempts.IsRunning()) {
     attempts.End(Run::EndReason::Request);
   } else {
     attempts.LeaveOut(EndedByRequest);
@@ -228,17 +229,30 @@ void TaskRuns::EndByRequest(Slot& slot) {
 void TaskRuns::BeginStop() {
   m_IsStopping = true;
   m_Line.clear();
+  std::vector<AString> givenUp;
   for (auto it = m_Slots.begin(); it != m_Slots.end();) {
     auto& [key, slot] = *it;
     const bool goesOn = slot.m_Attempts->HasBegun() || slot.m_Attempts->IsRunning();
     if (slot.m_Next || !goesOn) {
-      m_Book.NoteSkip(key.first, HandlerEnds);
+      givenUp.push_back(key.first);
       slot.m_Next.reset();
     }
     slot.m_Attempts->End(Run::EndReason::Shutdown);
     it = goesOn ? std::next(it) : m_Slots.erase(it);
   }
+  for (const AString& taskId : givenUp) {
+    GiveUpStart(taskId);
+  }
   m_Hooks.BeginStop();
+}
+
+// Its task says "Started", and is run after the next start of the agent; also when a run that goes
+// on would say that the task is finished.
+void TaskRuns::GiveUpStart(const AString& taskId) {
+  m_Book.NoteSkip(taskId, HandlerEnds);
+  if (const auto slot = LatestOf(taskId); slot != m_Slots.end()) {
+    slot->second.m_ComesAgain = true;
+  }
 }
 
 void TaskRuns::AddHandles(std::vector<pollfd>& handles) {
@@ -305,24 +319,47 @@ std::map<TaskRuns::Key, TaskRuns::Slot>::iterator TaskRuns::End(std::map<Key, Sl
     m_Hooks.NoteEnd(*slot.m_Attempts);
   }
   const auto other = LatestOf(taskId);
-  if (other != m_Slots.end() && !slot.m_Attempts->HasBegun()) {
-    m_Book.NoteSkip(taskId, slot.m_Attempts->Outcome());
-  }
-  if (other != m_Slots.end() && slot.m_IsLatest) {
-    HandDown(slot, other->second);
-  }
   if (other == m_Slots.end()) {
-    const Ended own{std::move(slot.m_Attempts), std::move(slot.m_Before)};
-    const Ended& last = slot.m_Later.m_Attempts ? slot.m_Later : own;
-    const char* const state = m_Book.NoteEnd(*last.m_Attempts, last.m_Before);
-    if (!slot.m_Next) {
+    const char* const state = NoteLastEnd(slot);
+    if (!slot.m_Next && !(slot.m_ComesAgain && std::string_view(state) == "Ok")) {
       states[taskId] = state;
     }
+  } else {
+    LeaveTo(other->second, slot);
   }
   if (slot.m_Next) {
     m_Next.push_back(*slot.m_Next);  // the state on record is already that of this run: "Started"
   }
   return after;
+}
+
+// Others of its task go on: what there is to tell of the run is told at the end of the last one.
+void TaskRuns::LeaveTo(Slot& other, Slot& ended) {
+  other.m_ComesAgain = other.m_ComesAgain || ended.m_ComesAgain;
+  const bool hasBegun = ended.m_Attempts->HasBegun();
+  if (!hasBegun) {
+    m_Book.NoteSkip(ended.m_Attempts->Entry().m_TaskId, ended.m_Attempts->Outcome());
+  }
+  if (ended.m_IsLatest) {
+    HandDown(ended, other);
+  } else if (hasBegun && !other.m_Attempts->HasBegun() && !other.m_Later.m_Attempts) {
+    // The later one may yet be left out.
+    other.m_Later = {std::move(ended.m_Attempts), std::move(ended.m_Before)};
+  }
+}
+
+// Tells of the run that began last; one that was left out is none.
+const char* TaskRuns::NoteLastEnd(Slot& slot) {
+  const Ended own{std::move(slot.m_Attempts), std::move(slot.m_Before)};
+  const Ended& other = slot.m_Later;
+  const bool hasBegun = own.m_Attempts->HasBegun();
+  if (!other.m_Attempts || (hasBegun && own.m_Attempts->Number() > other.m_Attempts->Number())) {
+    return m_Book.NoteEnd(*own.m_Attempts, own.m_Before);
+  }
+  if (!hasBegun) {
+    m_Book.NoteSkip(own.m_Attempts->Entry().m_TaskId, own.m_Attempts->Outcome());
+  }
+  return m_Book.NoteEnd(*other.m_Attempts, other.m_Before);
 }
 
 // What there is to tell of the end of the latest run is kept until the last one has ended. Of one

@@ -72,7 +72,10 @@ class TaskRuns {
     Ended m_Later;                              ///< the last one that began after it, if it is over
     bool m_IsInLine = false;                    ///< whether m_Line has the run
     std::optional<TaskBatch::Entry> m_Next;     ///< what waits for the run's end
-    std::size_t m_FirstHandle = 0;              ///< its part of the handles
+    /// A start of the task was given up for the handler's end: its task is to keep "Started", so
+    /// that it comes again.
+    bool m_ComesAgain = false;
+    std::size_t m_FirstHandle = 0;  ///< its part of the handles
     std::size_t m_HandleCount = 0;
   };
 
@@ -94,6 +97,9 @@ class TaskRuns {
   void AdvanceSlot(Slot& slot);
   std::map<Key, Slot>::iterator End(std::map<Key, Slot>::iterator it, RunBook::States& states);
   void HandDown(Slot& ended, Slot& earlier);
+  void LeaveTo(Slot& other, Slot& ended);
+  const char* NoteLastEnd(Slot& slot);
+  void GiveUpStart(const BaseSDK::AString& taskId);
   static bool NeedsAdvance(const Slot& slot, const std::vector<pollfd>& handles);
 
   const HandlerSettings& m_Settings;

@@ -184,4 +184,51 @@ TEST_F(StopRun, KnowsWhenNoneIsUnderWay) {
   EXPECT_FALSE(Stop("a"));
 }
 
+TEST_F(StopRun, EndsTheConditionOfARunAndFreesItsPlace) {
+  AddJob("a", "true",
+         "condition = /bin/sh -c 'echo $$ > \"$0\"; exec sleep 1000' " +
+             (m_Directory / "asked").string());
+  AddJob("b", "true");
+  StartSupervisor(LongGrace, 1);
+  Dispatch("a", false);
+  ASSERT_TRUE(WaitUntil([&] { return m_Directory.Has("asked"); }));
+  ASSERT_TRUE(WaitUntil([&] { return !m_Directory.Read("asked").empty(); }));
+  std::string pid = m_Directory.Read("asked");
+  pid.pop_back();
+  EXPECT_TRUE(Stop("a"));
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Ok"});
+  EXPECT_FALSE(IsAlive(pid));
+  EXPECT_EQ(Told("a")["skipReason"], "it was ended by request");
+  Dispatch("b", false);
+  EXPECT_EQ(m_Scheduler.WaitForStates(2).back(), "b Ok");
+}
+
+TEST_F(StopRun, KeepsTheEndOfARunBeforeAStartThatIsLeftOut) {
+  AddJob("a", "exit 7", "retry = 3 every 5m\noverlap = allow");
+  AddGatedJob("b");
+  StartSupervisor(LongGrace, 1);
+  Dispatch("a", false);
+  ASSERT_TRUE(WaitUntil([&] { return Told("a").contains("reason"); })) << "between two attempts";
+  Dispatch("b", false);
+  (void)Started();
+  Dispatch("a", false);
+  ASSERT_TRUE(WaitUntilTold("a", "number", "2")) << "waits for the end of b";
+  EXPECT_TRUE(Stop("a"));
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Ok"});
+  EXPECT_EQ(Told("a")["result"], "Failed");
+  EXPECT_EQ(Told("a")["final"], "1");
+  OpenGate();
+}
+
+TEST_F(StopRun, AtTheHandlersEndLosesNoStartThatWaits) {
+  AddGatedJob("a", "retry = never\noverlap = queue");
+  StartSupervisor();
+  Dispatch("a", false);
+  (void)Started();
+  Dispatch("a", false);
+  ASSERT_TRUE(WaitUntil([&] { return Told("a").contains("queued"); }));
+  StopSupervisor();
+  EXPECT_EQ(m_Scheduler.WaitForStates(0), States{}) << "it says Started, and comes again";
+}
+
 }  // namespace NoxHandlerTest
