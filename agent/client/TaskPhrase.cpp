@@ -1,13 +1,12 @@
 #include "agent/client/TaskPhrase.h"
 
+#include "agent/client/ClockNotes.h"
 #include "agent/client/RuleWords.h"
 #include "agent/client/TaskSummary.h"
 #include "agent/document/TaskGlance.h"
 #include "agent/document/TaskTriggers.h"
 #include "agent/phrase/PhraseSearch.h"
 #include "agent/phrase/PhraseText.h"
-#include "agent/phrase/PhraseValues.h"
-#include "agent/schedule/ScheduleComparison.h"
 #include "agent/schedule/SchedulerTrigger.h"
 
 #include <BaseSDK/AString.h>
@@ -18,7 +17,6 @@ namespace NoxAgent {
 
 namespace {
 
-using Kind = ScheduleDifference::Kind;
 using OptionalRules = std::vector<std::optional<TriggerRule>>;
 
 // Whether the scheduler takes the task for one that never ran.
@@ -97,17 +95,6 @@ void NoteSilent(const std::string& taskXml, const OptionalRules& read,
   }
 }
 
-std::string ClockNote(const ScheduleDifference& difference, long clock,
-                      const LocalCalendar& calendar) {
-  const std::string day = DateWords(difference.m_Day);
-  if (difference.m_Kind == Kind::SkippedTime) {
-    return "The clocks leave out " + ClockWords(clock) + " on " + day + ": it starts at " +
-           ClockWords(calendar.ClockAt(difference.m_Moment)) + " then.";
-  }
-  return "On " + day + ", a day of 23 hours, the scheduler passes over the start at " +
-         ClockWords(clock) + "; an earlier time of day helps.";
-}
-
 }  // namespace
 
 TaskPhrase SayTask(const std::string& taskXml, const std::optional<LiveTask>& live,
@@ -129,29 +116,6 @@ TaskPhrase SayTask(const std::string& taskXml, const std::optional<LiveTask>& li
     said.m_Notes.push_back(std::move(note));
   }
   return said;
-}
-
-std::vector<std::string> ClockChangeNotes(const std::vector<TriggerRule>& triggers,
-                                          const LocalCalendar& calendar, long now) {
-  std::vector<std::string> notes;
-  for (const Kind kind : {Kind::SkippedTime, Kind::PassedOver}) {
-    std::optional<std::pair<long, std::string>> first;
-    for (const TriggerRule& rule : triggers) {
-      if (rule.m_Type < TriggerRule::Daily) {
-        continue;
-      }
-      const SchedulerTrigger trigger(rule, calendar);
-      for (const ScheduleDifference& each : CompareSchedule(trigger, calendar, now)) {
-        if (each.m_Kind == kind && (!first || each.m_Day < first->first)) {
-          first = {each.m_Day, ClockNote(each, trigger.Clock(), calendar)};
-        }
-      }
-    }
-    if (first) {
-      notes.push_back(first->second);
-    }
-  }
-  return notes;
 }
 
 }  // namespace NoxAgent

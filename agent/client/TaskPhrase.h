@@ -2,7 +2,6 @@
 
 #include "agent/client/LiveTask.h"
 #include "agent/schedule/LocalCalendar.h"
-#include "agent/schedule/TriggerRule.h"
 
 #include <optional>
 #include <string>
@@ -20,10 +19,5 @@ struct TaskPhrase {
 /// epoch, local time is that of the calendar.
 TaskPhrase SayTask(const std::string& taskXml, const std::optional<LiveTask>& live,
                    const LocalCalendar& calendar, long now);
-
-/// When the clocks will move a start of these triggers or have it left out: of either the first
-/// within two years, a sentence each.
-std::vector<std::string> ClockChangeNotes(const std::vector<TriggerRule>& triggers,
-                                          const LocalCalendar& calendar, long now);
 
 }  // namespace NoxAgent

@@ -33,14 +33,14 @@ void RefuseLostRuns(const TriggerRule& trigger, const LocalCalendar& calendar, l
     shorter.m_DurationSeconds -=
         std::max(MinuteSeconds, trigger.m_IntervalSeconds / MinuteSeconds * MinuteSeconds);
   } while (shorter.m_DurationSeconds > 0 && LosesRuns(shorter, calendar, now));
-  throw PhraseError(
-      "the scheduler would lose or delay runs with " +
-      (trigger.Repeats() ? "every " + LengthWords(trigger.m_IntervalSeconds) + " " : "") + "for " +
-      LengthWords(trigger.m_DurationSeconds) +
-      ", which reaches too near to the next start, or into a day without one" +
-      (shorter.m_DurationSeconds > 0
-           ? "; it can do it for " + LengthWords(shorter.m_DurationSeconds)
-           : ""));
+  const std::string repeated =
+      trigger.Repeats() ? "every " + LengthWords(trigger.m_IntervalSeconds) + " " : "";
+  throw PhraseError(repeated + "for " + LengthWords(trigger.m_DurationSeconds) +
+                    " reaches too near to the next start, or into a day without one, and the "
+                    "scheduler would lose or delay runs" +
+                    (shorter.m_DurationSeconds > 0
+                         ? "; it can do it for " + LengthWords(shorter.m_DurationSeconds)
+                         : ""));
 }
 
 }  // namespace NoxAgent

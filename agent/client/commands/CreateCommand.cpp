@@ -6,6 +6,7 @@
 #include "agent/client/TaskPhrase.h"
 #include "agent/client/ZoneInForce.h"
 #include "agent/client/commands/Commands.h"
+#include "agent/document/AsciiDocument.h"
 #include "agent/document/TaskDocumentCheck.h"
 #include "agent/document/TaskId.h"
 #include "agent/document/TaskWriter.h"
@@ -89,7 +90,7 @@ void CheckDescription(const std::string& text) {
   const bool hasControls = std::any_of(text.begin(), text.end(), [](unsigned char character) {
     return character < ' ' || character == 0x7F;
   });
-  if (hasControls || BaseSDK::AString::FromUtf8(text).ToUtf8() != text) {
+  if (hasControls || AsciiDocument(BaseSDK::AString::FromUtf8(text)).Problem()) {
     throw CommandError(ExitCode::Usage,
                        "the description has control characters in it, or is no UTF-8");
   }

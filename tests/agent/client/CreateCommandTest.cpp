@@ -302,4 +302,51 @@ TEST_F(CreateCommand, DeleteTellsOfAJobThatItMayNotDelete) {
       << Err();
 }
 
+TEST_F(CreateCommand, TellsRunsThatTheTaskAsAWholeLosesWhenTheClocksChange) {
+  EXPECT_EQ(0, Run(Line({"a", "sat at 23:30 and sun at 08:00"}))) << Err();
+  EXPECT_NE(
+      std::string::npos,
+      Out().find("On 2027-03-28, about a change of the clocks, the scheduler passes over 08:00:"))
+      << Out();
+  EXPECT_EQ(0, Run(Line({"b", "weekends at 08:00,23:30"}))) << Err();
+  EXPECT_EQ(std::string::npos, Out().find("passes over")) << "a run of the day leads to the others";
+}
+
+TEST_F(CreateCommand, RefusesOptionsThatHaveNoRuleToBeFor) {
+  EXPECT_EQ(2, Run(Line({"backup", "now", "--from", "2027-01-01"})));
+  ExpectError("--from is for rules that do not say so themselves");
+  EXPECT_EQ(2, Run(Line({"backup", "daily at 08:00 until 2027-01-01", "--until", "2027-06-01"})));
+  ExpectError("--until is for rules that do not say so themselves");
+  ExpectNothingAdded();
+}
+
+TEST_F(CreateCommand, RefusesWhatADocumentOrAJobWouldNotKeep) {
+  EXPECT_EQ(2, Run(Line({"backup", "now", "--description",
+                         "a\x01"
+                         "b"})));
+  ExpectError("control characters");
+  EXPECT_EQ(2, Run(Line({"backup", "now", "--description", "\xFF"})));
+  ExpectError("no UTF-8");
+  EXPECT_EQ(2, Run(Line({"backup", "now", "--env", "A="})));
+  ExpectError("a job keeps no empty values");
+  EXPECT_EQ(2, Run(Line({"backup", "now", "--env", "A= b"})));
+  ExpectError("no blanks around them");
+  EXPECT_EQ(2, Run(Line({"backup", "now"}, {"A=1", "/bin/true"})));
+  ExpectError("set a variable with --env A=1");
+  ExpectNothingAdded();
+}
+
+TEST_F(CreateCommand, EditKeepsWhatWasTypedWhenTheAgentCannotTakeIt) {
+  m_Agent.SetTask("report", {TaskXml(DailyAtEight), true, {}});
+  m_Agent.FailToAdd("report");
+  const Editor editor("sed -i s/08:00/09:30/ \"$1\"");
+  EXPECT_EQ(1, Run({"edit", "report"}));
+  const std::string words = "; what was edited is in ";
+  const std::size_t at = Err().find(words);
+  ASSERT_NE(std::string::npos, at) << Err();
+  const std::string kept = Err().substr(at + words.size(), Err().find('\n') - at - words.size());
+  EXPECT_TRUE(std::filesystem::exists(kept + "/report.xml")) << kept;
+  (void)std::filesystem::remove_all(kept);
+}
+
 }  // namespace NoxAgentTest

@@ -125,4 +125,13 @@ TEST_F(PhraseReader, RefusesTimesThatAreNone) {
             ErrorOf({"mon at 08:00,12:00 every 10 min until 18:00"}).find("as in for 2 h"));
 }
 
+TEST_F(PhraseReader, KnowsWhatNewcomersTypeFirst) {
+  EXPECT_NE(std::string::npos, ErrorOf({"*/5", "*", "*", "*", "*"}).find("cron '15 3 * * 1-5'"));
+  EXPECT_NE(std::string::npos, ErrorOf({"@daily"}).find("cron '15 3 * * 1-5'"));
+  EXPECT_NE(std::string::npos,
+            ErrorOf({"cron", "0", "3", "*", "*", "*"}).find("one word in quotes"));
+  EXPECT_NE(std::string::npos,
+            ErrorOf({"daily", "at", "02:30", "/bin/ls"}).find("the command stands behind --"));
+}
+
 }  // namespace NoxAgentTest

@@ -155,4 +155,17 @@ TEST_F(PhraseTriggers, NameTheNearestThatADocumentCanSay) {
             ErrorOf("fri at 22:00 every 10 min for 4 h").find("it can do it for 2 h"));
 }
 
+TEST_F(PhraseTriggers, BeginASpanWithinAPeriod) {
+  EXPECT_EQ("2027-01-01 08:10\n2027-01-01 08:20\n",
+            Runs("every 10 min from 2027-01-01 08:05", 2, "2027-01-01 00:00:00"));
+  EXPECT_EQ("2026-11-23 12:10\n2026-11-23 12:20\n", Runs("every 10 min from 2026-11-23 09:00", 2));
+}
+
+TEST_F(PhraseTriggers, RefuseAPeriodForStoppingThatDelaysTheNextStart) {
+  EXPECT_EQ(
+      "for 24 h reaches too near to the next start, or into a day without one, and the scheduler "
+      "would lose or delay runs; it can do it for 23 h",
+      ErrorOf("daily at 08:00 for 24 h then stop"));
+}
+
 }  // namespace NoxAgentTest
