@@ -52,4 +52,8 @@ ZoneInForce::ZoneInForce(const std::string& option, const std::optional<LiveTask
     : m_Note(task ? NoteOn(option, *task) : ""),
       m_Zone(option.empty() && task ? ChosenZone::AsNamed(task->m_Zone) : ChosenZone(option)) {}
 
+std::string ClientsZoneName() {
+  return Plain(ClientsZone());
+}
+
 }  // namespace NoxAgent

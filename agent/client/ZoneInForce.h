@@ -21,4 +21,7 @@ class ZoneInForce {
   const ChosenZone m_Zone;
 };
 
+/// What the zone of this process is called: "Europe/Berlin", or a rule.
+std::string ClientsZoneName();
+
 }  // namespace NoxAgent

@@ -14,7 +14,7 @@ constexpr std::size_t LineWidth = 66;
 
 constexpr std::array<Grammar::Rule, 7> Rules{{
     {"WHEN", "RULE [and WHEN]"},
-    {"RULE", "now | ONCE | DAYS at CLOCKS [REPEAT] [SPAN] | EVERY [SPAN] | cron EXPRESSION"},
+    {"RULE", "now | ONCE | DAYS at CLOCKS [REPEAT] [SPAN] | EVERY [SPAN] | cron EXPRESSION [SPAN]"},
     {"ONCE",
      "once (DATE=moment [CLOCK=momentclock] | at CLOCK=nextclock | in DURATION=delay) [REPEAT]"},
     {"DAYS",

@@ -83,7 +83,7 @@ std::string RuleText(const PhraseRule& rule, const LocalCalendar& calendar) {
     case Days::Once:
       return "once " + MomentWords(rule.m_From, calendar) + RepetitionWords(rule);
     case Days::Cron:
-      return "cron '" + rule.m_Cron + "'";
+      return "cron '" + rule.m_Cron + "'" + SpanWords(rule, calendar);
     default:
       return (rule.m_IsAllDay || IsWindow(rule)
                   ? WindowWords(rule)

@@ -221,8 +221,11 @@ std::optional<long> ReadCount(const std::string& word) {
 
 std::optional<long> ReadWeekdayList(const std::string& word) {
   constexpr long MondayToFriday = 0x3E, Weekend = 0x41;
-  if (word == "weekdays" || word == "weekends") {
-    return word == "weekdays" ? MondayToFriday : Weekend;
+  if (word == "weekdays" || word == "weekday") {
+    return MondayToFriday;
+  }
+  if (word == "weekends" || word == "weekend") {
+    return Weekend;
   }
   return ReadMask(word, 7, true,
                   [](const std::string& name) { return ReadName(WeekdayNames(), name); });

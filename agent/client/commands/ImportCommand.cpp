@@ -48,7 +48,7 @@ class Import {
     const ZoneInForce zone("", live);
     const long now = std::time(nullptr);
     ImportPlan plan;
-    plan.m_Origin = OriginOf(m_Options, live ? live->m_ZoneName : "");
+    plan.m_Origin = OriginOf(m_Options, live ? live->m_ZoneName : ClientsZoneName());
     plan.m_Enable = m_Options.m_Enable;
     if (live) {
       const auto ids = m_Agent.TaskIds();

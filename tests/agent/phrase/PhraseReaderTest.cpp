@@ -52,6 +52,7 @@ TEST_F(PhraseReader, IsForgivingAboutHowWordsAreWritten) {
   EXPECT_EQ("every 10 min", Read({"every", "10m"}));
   EXPECT_EQ("every 90 min from 08:00 until 17:00", Read({"every 1h30min from 08:00 until 17:00"}));
   EXPECT_EQ("every 1 h on weekdays", Read({"every hour on mon-fri"}));
+  EXPECT_EQ("weekdays at 07:00", Read({"every weekday at 07:00"}));
   EXPECT_EQ("every 1 h", Read({"hourly"}));
   EXPECT_EQ("daily at 02:30", Read({"every day at 02:30"}));
   EXPECT_EQ("mon,fri at 02:30", Read({"every monday, friday at 02:30"}));
@@ -66,7 +67,7 @@ TEST_F(PhraseReader, ReadsEachForm) {
         "monthly on 1,15 in jan,jul at 06:00", "monthly on first mon at 07:00",
         "monthly on week 5 weekends in dec at 07:00", "daily at 22:00 for 6 h then stop",
         "mon at 08:00,12:00 every 10 min for 2 h then stop", "every 10 min from 08:00 until 18:00",
-        "cron '15 3 * * 1-5'", "mon at 07:00 and daily at 12:00",
+        "cron '15 3 * * 1-5'", "cron '@daily' from 2027-01-01", "mon at 07:00 and daily at 12:00",
         "daily at 08:00 from 2027-01-01 09:30 until 2027-06-30"}) {
     EXPECT_EQ(words, Read({words}));
   }
