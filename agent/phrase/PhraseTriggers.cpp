@@ -184,14 +184,12 @@ class TriggerMaker {
   void AddFrom(const TriggerRule& days, long from, long until) {
     StartRule rule{WithTime(days), m_Time.m_Clock};
     rule.m_Rule.m_End = until;
-    const auto trigger = BeginAtFirstStart(rule, m_Calendar, from);
-    const long begin = trigger ? trigger->m_Begin : until == NoTime ? from : until;
-    for (long day = m_Calendar.DayOf(from); day <= m_Calendar.DayOf(begin); ++day) {
-      if (SchedulerTrigger::MasksSelect(days, m_Calendar.DateOf(day))) {
-        AddMoved(day, from, begin);
-      }
+    for (const long start : MovedStartsBeforeBegin(rule, m_Calendar, from)) {
+      TriggerRule moved = WithTime({});
+      moved.m_Begin = start;
+      Add(moved);
     }
-    if (trigger) {
+    if (const auto trigger = BeginAtFirstStart(rule, m_Calendar, from)) {
       Add(*trigger);
     }
   }

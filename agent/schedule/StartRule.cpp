@@ -24,4 +24,21 @@ std::optional<TriggerRule> BeginAtFirstStart(const StartRule& rule, const LocalC
   return std::nullopt;
 }
 
+std::vector<long> MovedStartsBeforeBegin(const StartRule& rule, const LocalCalendar& calendar,
+                                         long from) {
+  const auto trigger = BeginAtFirstStart(rule, calendar, from);
+  const long end = rule.m_Rule.m_End == NoTime ? LocalCalendar::End() : rule.m_Rule.m_End;
+  const long begin = trigger ? trigger->m_Begin : end;
+  std::vector<long> starts;
+  for (long day = calendar.DayOf(from); day <= calendar.DayOf(begin); ++day) {
+    const long start = calendar.MomentOf(day, rule.m_Clock);
+    const bool isMoved = calendar.ClockAt(start) != rule.m_Clock || calendar.DayOf(start) != day;
+    if (isMoved && start >= from && start < begin &&
+        SchedulerTrigger::MasksSelect(rule.m_Rule, calendar.DateOf(day))) {
+      starts.push_back(start);
+    }
+  }
+  return starts;
+}
+
 }  // namespace NoxAgent

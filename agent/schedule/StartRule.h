@@ -4,6 +4,7 @@
 #include "agent/schedule/TriggerRule.h"
 
 #include <optional>
+#include <vector>
 
 namespace NoxAgent {
 
@@ -21,5 +22,10 @@ struct StartRule {
 /// within the calendar.
 std::optional<TriggerRule> BeginAtFirstStart(const StartRule& rule, const LocalCalendar& calendar,
                                              long from);
+
+/// The starts from `from` on that lie before that trigger's begin: those of days that lack the time
+/// of day, where they come at another one.
+std::vector<long> MovedStartsBeforeBegin(const StartRule& rule, const LocalCalendar& calendar,
+                                         long from);
 
 }  // namespace NoxAgent

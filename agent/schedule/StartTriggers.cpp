@@ -40,6 +40,14 @@ std::vector<TriggerRule> StartTriggers(const std::vector<StartRule>& rules,
     if (const auto rest = RestOfDay(rule, calendar, from)) {
       triggers.push_back(*rest);
     }
+    for (const long start : MovedStartsBeforeBegin(rule, calendar, from)) {
+      TriggerRule moved;
+      moved.m_Begin = start;
+      moved.m_End = rule.m_Rule.m_End;
+      moved.m_IntervalSeconds = rule.m_Rule.m_IntervalSeconds;
+      moved.m_DurationSeconds = rule.m_Rule.m_DurationSeconds;
+      triggers.push_back(moved);
+    }
     if (const auto trigger = BeginAtFirstStart(rule, calendar, from)) {
       triggers.push_back(*trigger);
     }

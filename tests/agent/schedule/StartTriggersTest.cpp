@@ -86,4 +86,14 @@ TEST(StartTriggers, EndWithTheirRule) {
   EXPECT_THAT(TriggersFrom(rule, "02 08:25:00"), IsEmpty());
 }
 
+TEST(StartTriggers, RunAlsoOnAFirstDayThatLacksTheTime) {
+  const VirtualTime::Zone zone(TestSupport::NewYork);
+  StartRule rule;
+  rule.m_Rule.m_Type = TriggerRule::MonthlyByDate;
+  rule.m_Rule.m_DaysOfMonth = 3L << 7;  // the 8th and the 9th
+  rule.m_Rule.m_MonthsOfYear = 0xFFF;
+  rule.m_Clock = 2 * Hour + 30 * Minute;
+  EXPECT_THAT(FirstRunsFrom(rule, "08 00:00:00"), ElementsAre("08 03:30", "09 02:30"));
+}
+
 }  // namespace NoxAgentTest
