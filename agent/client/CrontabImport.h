@@ -1,6 +1,6 @@
 #pragma once
 
-#include "agent/client/NewTask.h"
+#include "agent/client/TaskWithJob.h"
 #include "agent/crontab/CrontabFile.h"
 #include "agent/schedule/LocalCalendar.h"
 #include "agent/schedule/RunDifferences.h"
@@ -16,7 +16,7 @@ namespace NoxAgent {
 
 /// What a crontab line is made into, with the proof that it runs when the line says.
 struct ImportedTask {
-  NewTask m_Task;
+  TaskWithJob m_Task;
   std::string m_Words;           ///< the schedule, as `create` reads it
   RunDifferences m_Differences;  ///< of the runs of two years from those that the line names
   bool m_IsThere = false;        ///< the agent has it already; it is not to be added

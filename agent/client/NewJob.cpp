@@ -43,11 +43,6 @@ std::vector<std::string> RunnableCommand(std::vector<std::string> words) {
   return words;
 }
 
-bool HasOuterBlanks(const std::string& text) {
-  constexpr const char* Blanks = " \t";
-  return text.find_first_of(Blanks) == 0 || text.find_last_of(Blanks) == text.size() - 1;
-}
-
 class JobText {
  public:
   void Add(const std::string& key, const std::string& value) {
@@ -66,7 +61,7 @@ class JobText {
       Refuse(option + " \"" + pair + "\" lacks a name or a value; write it like NAME=VALUE");
     }
     const std::string value = pair.substr(equals + 1);
-    if (value.empty() || HasOuterBlanks(value)) {
+    if (value.empty() || NoxHandler::HasOuterBlanks(value)) {
       Refuse(option + " \"" + pair + "\": a job keeps no empty values and no blanks around them");
     }
     Add(pair.substr(0, equals), value);

@@ -129,10 +129,7 @@ RuleWords::RuleWords(const TriggerFields& trigger) : m_Trigger(trigger) {
 }
 
 bool RuleWords::CanFire() const {
-  if (m_Trigger.m_Disabled || m_Trigger.m_Type > Fields::MonthlyByWeekday) {
-    return false;
-  }
-  return m_Trigger.m_Type == Fields::AsSoonAsPossible || m_Trigger.m_Begin != -1;
+  return NoxAgent::CanFire(m_Trigger);
 }
 
 bool RuleWords::IsDated() const {

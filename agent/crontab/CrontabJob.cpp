@@ -69,18 +69,13 @@ std::string WrittenInput(const std::string& input) {
   return written;
 }
 
-bool HasOuterBlanks(std::string_view text) {
-  return !text.empty() && (CrontabBlanks.find(text.front()) != std::string_view::npos ||
-                           CrontabBlanks.find(text.back()) != std::string_view::npos);
-}
-
 bool IsProgram(std::string_view name) {
   return !name.empty() && (name[0] == '/' || name.find('/') == std::string_view::npos);
 }
 
 std::optional<CronRefusal> FaultOfSettings(const CrontabTask& task) {
   for (const auto& [name, value] : task.m_Environment) {
-    if (HasOuterBlanks(value)) {
+    if (NoxHandler::HasOuterBlanks(value)) {
       return CronRefusal{
           "the value of " + name + " begins or ends with blanks, which a job does not keep",
           "set it in the command itself"};

@@ -6,15 +6,6 @@
 
 namespace NoxAgent {
 
-namespace {
-
-bool CanFire(const TriggerFields& trigger) {
-  return !trigger.m_Disabled && trigger.m_Type <= TriggerFields::MonthlyByWeekday &&
-         (trigger.m_Type == TriggerFields::AsSoonAsPossible || trigger.m_Begin != NoTime);
-}
-
-}  // namespace
-
 std::vector<std::optional<TriggerRule>> ReadTriggerRules(const std::string& taskXml) {
   const DocumentSource source(taskXml);
   ProblemList ignored;  // `check` tells them

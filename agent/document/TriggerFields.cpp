@@ -208,6 +208,11 @@ TriggerFields ReadTriggerFields(const DocumentSource& source, const pugi::xml_no
   return fields;
 }
 
+bool CanFire(const TriggerFields& fields) {
+  return !fields.m_Disabled && fields.m_Type <= TriggerFields::MonthlyByWeekday &&
+         (fields.m_Type == TriggerFields::AsSoonAsPossible || fields.m_Begin != NoTime);
+}
+
 TriggerRule RuleOf(const TriggerFields& fields) {
   TriggerRule rule;
   rule.m_Type = fields.m_Type;

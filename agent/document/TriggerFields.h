@@ -45,6 +45,10 @@ struct TriggerFields {
   long m_Week = 1;
 };
 
+/// Whether the trigger can start a run at all: it is not disabled, of a known type, and has a
+/// readable begin date if it needs one.
+bool CanFire(const TriggerFields& fields);
+
 /// The numbers alone.
 TriggerRule RuleOf(const TriggerFields& fields);
 

@@ -2,8 +2,8 @@
 #include "agent/client/ComingRuns.h"
 #include "agent/client/LocalTime.h"
 #include "agent/client/NewJob.h"
-#include "agent/client/NewTask.h"
 #include "agent/client/TaskPhrase.h"
+#include "agent/client/TaskWithJob.h"
 #include "agent/client/ZoneInForce.h"
 #include "agent/client/commands/Commands.h"
 #include "agent/document/AsciiDocument.h"
@@ -37,7 +37,7 @@ struct CreateOptions {
 
 // A task that was made of words, and what is told of it.
 struct Creation {
-  NewTask m_Task;
+  TaskWithJob m_Task;
   std::string m_Words;
   std::string m_Command;
   std::vector<long> m_Runs;

@@ -1,7 +1,7 @@
 #include "agent/client/EditedFiles.h"
-#include "agent/client/NewTask.h"
 #include "agent/client/TaskPhrase.h"
 #include "agent/client/TaskSource.h"
+#include "agent/client/TaskWithJob.h"
 #include "agent/client/ZoneInForce.h"
 #include "agent/client/commands/Commands.h"
 #include "agent/document/AsciiDocument.h"

@@ -15,6 +15,8 @@ namespace NoxAgent {
 
 namespace {
 
+constexpr const char* NotAllowed = "not-allowed";
+
 struct ImportOptions {
   std::string m_Format, m_File, m_User;
   bool m_System = false, m_Enable = false, m_DryRun = false;
@@ -54,7 +56,7 @@ class Import {
       const auto ids = m_Agent.TaskIds();
       plan.m_Taken = {ids.begin(), ids.end()};
     }
-    plan.m_JobOf = [this](const std::string& id) { return m_Agent.JobText(id); };
+    plan.m_JobOf = [this](const std::string& id) { return JobOf(id); };
     m_Lines = ImportCrontab(text, plan, CalendarForCheck(now), now);
     if (!m_Options.m_DryRun) {
       AddTasks();
@@ -63,6 +65,17 @@ class Import {
   }
 
  private:
+  std::optional<std::string> JobOf(const std::string& id) {
+    try {
+      return m_Agent.JobText(id);
+    } catch (const CommandError& error) {
+      if (error.Name() == NotAllowed) {
+        return std::nullopt;
+      }
+      throw;
+    }
+  }
+
   void AddTasks() {
     for (ImportedLine& line : m_Lines) {
       const auto* const task = std::get_if<ImportedTask>(&line.m_Content);
@@ -74,7 +87,7 @@ class Import {
           m_Context.PrintWarning({{"id", task->m_Task.m_Id}, {"message", warning}});
         }
       } catch (const CommandError& error) {
-        if (error.Code() == ExitCode::Unreachable || error.Name() == "not-allowed") {
+        if (error.Code() == ExitCode::Unreachable || error.Name() == NotAllowed) {
           throw;
         }
         line.m_Content = CronRefusal{error.what(), ""};

@@ -72,8 +72,17 @@ ReturnsFile::Moments ReturnsFile::Read() const {
          AString("The file %1 is damaged: some disabled tasks may not come back")
              .Arg(AString::FromUtf8(m_Path)));
     PutAside();
+    KeepReadable(moments);
   }
   return moments;
+}
+
+void ReturnsFile::KeepReadable(const Moments& moments) const {
+  if (const int error = Write(moments); error != 0) {
+    ALOG(AgentLog(), ALogger::Error, ReturnsFileSource,
+         AString("What of it can be read cannot be written to %1: %2")
+             .Arg(AString::FromUtf8(m_Path), std::strerror(error)));
+  }
 }
 
 // The next writing would destroy what somebody may want to look at.

@@ -27,6 +27,7 @@ class ReturnsFile {
 
  private:
   void PutAside() const;
+  void KeepReadable(const Moments& moments) const;
 
   std::string m_Path;
 };

@@ -106,4 +106,10 @@ std::vector<BaseSDK::AString> BlankSeparated(const BaseSDK::AString& text) {
   return words;
 }
 
+bool HasOuterBlanks(std::string_view text) {
+  constexpr std::string_view Blanks = " \t";
+  return !text.empty() && (Blanks.find(text.front()) != std::string_view::npos ||
+                           Blanks.find(text.back()) != std::string_view::npos);
+}
+
 }  // namespace NoxHandler

@@ -20,4 +20,7 @@ std::string JoinWords(const std::vector<std::string>& words);
 /// The parts of the text between its blanks, with nothing special in it.
 std::vector<BaseSDK::AString> BlankSeparated(const BaseSDK::AString& text);
 
+/// Whether the text begins or ends with a blank, which a value of a job file does not keep.
+bool HasOuterBlanks(std::string_view text);
+
 }  // namespace NoxHandler

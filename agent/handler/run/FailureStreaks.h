@@ -1,11 +1,13 @@
 #pragma once
 
+#include "agent/handler/run/TaskNotes.h"
+
 #include <BaseSDK/AString.h>
 
 #include <cstddef>
+#include <istream>
 #include <map>
-#include <string>
-#include <string_view>
+#include <ostream>
 
 namespace NoxHandler {
 
@@ -20,34 +22,27 @@ class FailureStreaks {
     long m_End = 0;         ///< of the last run, in seconds since the epoch
 
     bool operator==(const Streak&) const = default;
+    void Write(std::ostream& out) const;
+    bool Read(std::istream& in);
   };
 
   /// How many tasks are remembered; those whose last run ended first are forgotten first.
-  static constexpr std::size_t Most = 1000;
+  static constexpr std::size_t Most = TaskNotes<Streak>::Most;
 
-  /// Reads the file. One that is not there is empty; lines that cannot be read are logged and left
-  /// out.
   explicit FailureStreaks(const BaseSDK::AString& directory);
 
   /// That of the task; one without failures when none is known.
   Streak Of(const BaseSDK::AString& taskId) const;
   /// In place of an earlier one of the task.
-  void Note(const BaseSDK::AString& taskId, const Streak& streak);
+  void Note(const BaseSDK::AString& taskId, const Streak& streak) { m_Streaks.Set(taskId, streak); }
   /// The task's last run succeeded, or the task is gone.
-  void Forget(const BaseSDK::AString& taskId);
-  /// Writes what has changed since the last call; the file is the old one or the new one at every
-  /// moment. That it cannot be written is logged; the next call tries again.
-  void Save();
+  void Forget(const BaseSDK::AString& taskId) { m_Streaks.Forget(taskId); }
+  void Save() { m_Streaks.Save(); }
 
-  const std::map<BaseSDK::AString, Streak>& All() const { return m_Streaks; }
+  const std::map<BaseSDK::AString, Streak>& All() const { return m_Streaks.All(); }
 
  private:
-  void ReadLine(std::string_view line);
-  std::string Encode() const;
-
-  const BaseSDK::AString m_FileName;
-  std::map<BaseSDK::AString, Streak> m_Streaks;  ///< by task
-  bool m_IsChanged = false;
+  TaskNotes<Streak> m_Streaks;
 };
 
 }  // namespace NoxHandler

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "agent/handler/run/TaskNotes.h"
+
 #include <BaseSDK/AString.h>
 
 #include <cstddef>
+#include <istream>
 #include <map>
-#include <string>
-#include <string_view>
+#include <ostream>
 
 namespace NoxHandler {
 
@@ -20,33 +22,26 @@ class FinalFailures {
     BaseSDK::AString m_Reason;  ///< in words; cut to MaxReason characters
 
     bool operator==(const Failure&) const = default;
+    void Write(std::ostream& out) const;
+    bool Read(std::istream& in);
   };
 
   /// How many are remembered; those that ended first are forgotten first.
-  static constexpr std::size_t Most = 1000;
+  static constexpr std::size_t Most = TaskNotes<Failure>::Most;
   static constexpr std::size_t MaxReason = 500;
 
-  /// Reads the file. One that is not there is empty; lines that cannot be read are logged and left
-  /// out.
   explicit FinalFailures(const BaseSDK::AString& directory);
 
   /// In place of an earlier one of the task.
   void Note(const BaseSDK::AString& taskId, Failure failure);
   /// The task has run since, or is gone.
-  void Forget(const BaseSDK::AString& taskId);
-  /// Writes what has changed since the last call; the file is the old one or the new one at every
-  /// moment. That it cannot be written is logged; the next call tries again.
-  void Save();
+  void Forget(const BaseSDK::AString& taskId) { m_Failures.Forget(taskId); }
+  void Save() { m_Failures.Save(); }
 
-  const std::map<BaseSDK::AString, Failure>& All() const { return m_Failures; }
+  const std::map<BaseSDK::AString, Failure>& All() const { return m_Failures.All(); }
 
  private:
-  void ReadLine(std::string_view line);
-  std::string Encode() const;
-
-  const BaseSDK::AString m_FileName;
-  std::map<BaseSDK::AString, Failure> m_Failures;  ///< by task
-  bool m_IsChanged = false;
+  TaskNotes<Failure> m_Failures;
 };
 
 }  // namespace NoxHandler

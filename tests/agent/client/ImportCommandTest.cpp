@@ -123,6 +123,13 @@ TEST_F(ImportCommand, IsForThoseWhoMayWriteJobs) {
   ExpectError("jobs are for root");
 }
 
+TEST_F(ImportCommand, ADryRunIsAlsoForThoseWhoMayNotReadJobs) {
+  m_Agent.SetTask("true", {"<Task/>", true, {}});
+  m_Agent.KeepJobs();
+  EXPECT_EQ(0, Import("@daily /bin/true\n", {"--dry-run"})) << Err();
+  ExpectOut("1     true-2  not added  daily at 00:00\n");
+}
+
 TEST_F(ImportCommand, RefusesOtherFormatsAndFilesThatAreNotThere) {
   EXPECT_EQ(2, Run({"import", "calendar", "-"}));
   ExpectError("\"calendar\" cannot be imported; crontab can");

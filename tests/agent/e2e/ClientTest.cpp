@@ -7,7 +7,6 @@
 #include <csignal>
 #include <filesystem>
 #include <memory>
-#include <thread>
 
 using NoxAgent::Json;
 
@@ -155,15 +154,12 @@ TEST_F(Client, DisablesAndEnablesTasks) {
 TEST_F(Client, ATaskThatIsDisabledForAWhileComesBackByItself) {
   StartAgent();
   AddTask("a", Trigger(0, FromNow(3600)));
-  const auto isEnabled = [this](const std::string& id) {
-    return TaskFile(id).find("<Task Enabled=\"0\">") == std::string::npos;
-  };
   // The moment may be over before it has come to the agent, who refuses it then.
-  while (Ctl({"disable", "a", "--for", "2s"}).m_Status != 0) {
-  }
-  while (!isEnabled("a")) {
-    std::this_thread::yield();
-  }
+  ASSERT_TRUE(WaitUntil([&] { return Ctl({"disable", "a", "--for", "2s"}).m_Status == 0; }));
+  ASSERT_TRUE(WaitUntil([&] {
+    return m_Agent->Output().find("The task a is enabled again: the time") != std::string::npos;
+  }));
+  EXPECT_NE(TaskFile("a").find("<Task Enabled=\"1\">"), std::string::npos);
   EXPECT_EQ(CtlJson({"list"}).At(0)["returns"], Json());
   EXPECT_EQ(CtlJson({"list"}).At(0)["enabled"], true);
 }
@@ -183,9 +179,7 @@ TEST_F(Client, ATaskComesBackThoughTheAgentWasKilledMeanwhile) {
   ASSERT_NE(digits, std::string::npos) << returns;
   m_Directory.Write("state/var/returns", "1000000000" + returns.substr(digits));
   StartAgent();
-  while (TaskFile("a").find("<Task Enabled=\"0\">") == 0) {
-    std::this_thread::yield();
-  }
+  ASSERT_TRUE(WaitUntil([&] { return TaskFile("a").find("<Task Enabled=\"1\">") == 0; }));
   const Json list = CtlJson({"list"});
   EXPECT_EQ(list.At(0)["enabled"], true);
   EXPECT_EQ(list.At(1)["enabled"], false);

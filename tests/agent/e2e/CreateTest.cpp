@@ -25,14 +25,17 @@ TEST_F(Create, HasACommandRun) {
 }
 
 TEST_F(Create, RunsNothingBeforeItsTime) {
-  Do({"create", "poll", "every 10 min", "--", "true"});
-  Do({"create", "backup", "daily at 02:30 and monthly on first mon at 05:00", "--", "true"});
+  // Hours from now, whatever the zone; the repetition of yesterday is over.
+  const std::string clock = FromNow(6 * 3600).substr(11, 5);
+  Do({"create", "poll", "daily at " + clock + " every 10 min for 30 min", "--", "true"});
+  Do({"create", "backup", "monthly on 1-30 at " + clock, "--", "true"});
   // A task that runs at once is behind them.
   Do({"create", "hello", "now", "--", "true"});
   ASSERT_TRUE(WaitForState("hello", "Ok"));
   EXPECT_EQ("", LastRun("poll"));
   EXPECT_EQ("", LastRun("backup"));
-  EXPECT_EQ("every 10 min\n", Ctl({"describe", "poll"}).m_Output.substr(0, 13));
+  EXPECT_EQ(0U,
+            Ctl({"describe", "backup"}).m_Output.rfind("monthly on 1-30 at " + clock + "\n", 0));
 }
 
 TEST_F(Create, RunsByHandAsOftenAsIsAsked) {

@@ -77,7 +77,8 @@ std::vector<TriggerRule> AsDocument(const std::vector<TriggerRule>& triggers) {
 }
 
 // From words to a document, later to words, and to a document again.
-void GoRound(std::uint64_t seed, const char* zoneRule) {
+// False when no document can say the words.
+bool GoRound(std::uint64_t seed, const char* zoneRule) {
   const VirtualTime::Zone zone(zoneRule);
   Random random(seed);
   const long made = Local("2026-01-01 00:00:00") + random.Between(0, 365 * Day);
@@ -89,13 +90,13 @@ void GoRound(std::uint64_t seed, const char* zoneRule) {
   const std::string words = PhraseText(phrase, calendar);
   SCOPED_TRACE("seed " + std::to_string(seed) + " in " + zoneRule + " at " + Show(made) + ": " +
                words);
-  ASSERT_TRUE(ReadPhrase({words}, calendar, made) == phrase)
+  EXPECT_TRUE(ReadPhrase({words}, calendar, made) == phrase)
       << PhraseText(ReadPhrase({words}, calendar, made), calendar);
   std::vector<TriggerRule> triggers;
   try {
     triggers = AsDocument(MakeTriggers(phrase, calendar, made));
   } catch (const PhraseError&) {
-    return;  // the words say something that no document can
+    return false;
   }
   const long asked =
       made + random.OneOf({0L, random.Between(0, Day), random.Between(0, 400 * Day)});
@@ -103,12 +104,13 @@ void GoRound(std::uint64_t seed, const char* zoneRule) {
   EXPECT_TRUE(finding.m_Unsaid.empty()) << PhraseText(finding.m_Phrase, calendar);
   const std::string again = PhraseText(finding.m_Phrase, calendar);
   const Phrase read = finding.m_Phrase.empty() ? Phrase() : ReadPhrase({again}, calendar, asked);
-  ASSERT_TRUE(read == finding.m_Phrase) << again;
+  EXPECT_TRUE(read == finding.m_Phrase) << again;
   const auto expected = RunsAfter(asked, triggers, made, calendar);
   const auto runs =
       RunsAfter(asked, AsDocument(MakeTriggers(read, calendar, asked)), asked, calendar);
   EXPECT_TRUE(expected == runs) << "asked at " << Show(asked) << ": " << again << "\n"
                                 << FirstDifference(expected, runs);
+  return true;
 }
 
 }  // namespace
@@ -118,12 +120,14 @@ TEST(PhraseSearch, WordsThatAreMadeIntoTriggersAndBackHaveTheSameRunsForTenYears
       static_cast<std::uint64_t>(TestSupport::EnvironmentNumber("NOX_PHRASE_SEED", 1));
   const auto count =
       static_cast<std::uint64_t>(TestSupport::EnvironmentNumber("NOX_PHRASE_RUNS", 60));
+  std::uint64_t whole = 0;
   for (std::uint64_t seed = first; seed < first + count; ++seed) {
-    GoRound(seed, Zones[seed % std::size(Zones)]);
+    whole += GoRound(seed, Zones[seed % std::size(Zones)]) ? 1U : 0U;
     if (HasFailure()) {
       return;
     }
   }
+  EXPECT_GE(whole, count / 2) << "most words can be said";
 }
 
 TEST(PhraseSearch, SaysTheSameWordsAtOnce) {

@@ -60,7 +60,7 @@ TEST_F(FailureStreaksTest, AreForgottenFirstWhenTheyEndedFirst) {
 }
 
 TEST_F(FailureStreaksTest, LeaveOutLinesThatCannotBeRead) {
-  m_Directory.Write("streaks", "1 0 5 a\n\n0 0 5 b\n1 2 5 c\n1 0 x d\n1 0 5 ..%2Fe\n3 1 5 f");
+  m_Directory.Write("streaks", "a 1 0 5\n\nb 0 0 5\nc 1 2 5\nd 1 0 x\n..%2Fe 1 0 5\nf 3 1 5");
   const auto streaks = Open();
   EXPECT_EQ(streaks.All().size(), 2u);
   EXPECT_EQ(streaks.Of("a"), (Streak{1, false, 5}));

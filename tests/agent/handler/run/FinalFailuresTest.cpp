@@ -72,7 +72,7 @@ TEST_F(FinalFailuresTest, ForgetThoseThatEndedFirstWhenThereAreTooMany) {
 }
 
 TEST_F(FinalFailuresTest, LeaveOutLinesThatCannotBeRead) {
-  m_Directory.Write("failures", "1 2 a x\n\nx 2 b x\n3 4 c\n5 6 ..%2Fd x\n7 8 e y");
+  m_Directory.Write("failures", "a 1 2 x\n\nb x 2 x\nc 3 4\n..%2Fd 5 6 x\ne 7 8 y");
   const auto failures = Open();
   EXPECT_EQ(failures.All().size(), 2u);
   EXPECT_TRUE(failures.All().contains("a") && failures.All().contains("e"));

@@ -1,4 +1,4 @@
-#include "agent/client/NewTask.h"
+#include "agent/client/TaskWithJob.h"
 
 namespace NoxAgent {
 
@@ -12,7 +12,7 @@ void PutBack(AgentApi& agent, const std::string& id, const std::optional<std::st
   }
 }
 
-[[noreturn]] void FailWithJobPutBack(AgentApi& agent, const NewTask& task,
+[[noreturn]] void FailWithJobPutBack(AgentApi& agent, const TaskWithJob& task,
                                      const std::optional<std::string>& before,
                                      const CommandError& error) {
   try {
@@ -27,7 +27,7 @@ void PutBack(AgentApi& agent, const std::string& id, const std::optional<std::st
 
 }  // namespace
 
-std::vector<std::string> AddWithJob(AgentApi& agent, const NewTask& task) {
+std::vector<std::string> AddWithJob(AgentApi& agent, const TaskWithJob& task) {
   const auto before = task.m_Job ? agent.JobText(task.m_Id) : std::nullopt;
   if (task.m_Job) {
     agent.PutJob(task.m_Id, *task.m_Job);
