@@ -13,6 +13,7 @@ struct HandlerSettings {
   BaseSDK::AString m_JobPath;     ///< job files, "<task ID>.job"
   BaseSDK::AString m_OutputPath;  ///< outputs, "<task ID>.log"
   BaseSDK::AString m_RecordPath;  ///< records of runs under way
+  BaseSDK::AString m_GroupPath;   ///< the control group that runs are put below; empty: none
   BaseSDK::AString m_SchedulerClassId;
   std::string m_MachineId;                      ///< names the machine among others; may be empty
   std::chrono::milliseconds m_KillGrace{5000};  ///< from TERM to KILL

@@ -47,6 +47,17 @@ AString ReadDirectory(const char* key, const AString& path) {
   return path;
 }
 
+AString ReadGroup(const char* key, const AString& path) {
+  std::error_code error;
+  if (!path.IsEmpty() && path[0] != L'/') {
+    Refuse(key, AString("\"%1\" is not an absolute path").Arg(path));
+  }
+  if (!path.IsEmpty() && !std::filesystem::is_directory(path.ToUtf8(), error)) {
+    Refuse(key, AString("there is no directory %1").Arg(path));
+  }
+  return path;
+}
+
 long Number(const char* key, long fallback, long least, long most) {
   const AString text = Value(key, AString().SetNum(fallback, 'd'));
   const long number = text.ToLong();
@@ -114,6 +125,7 @@ HandlerSettings ReadHandlerSettings() {
   const AString jobPath = Value("job_path");
   const AString outputPath = Value("output_path");
   const AString recordPath = Value("record_path");
+  const AString groupPath = Value("cgroup_path");
   const long grace = Number("kill_grace_seconds", KillGraceSeconds, 0, MaxGraceSeconds);
   const long maxRuns = ReadMaxRuns();
   HandlerSettings settings;
@@ -126,6 +138,7 @@ HandlerSettings ReadHandlerSettings() {
   settings.m_OutputPath = ReadDirectory("output_path", outputPath);
   settings.m_RecordPath = ReadDirectory(
       "record_path", recordPath.IsEmpty() ? settings.m_OutputPath + "/.running" : recordPath);
+  settings.m_GroupPath = ReadGroup("cgroup_path", groupPath);
   return settings;
 }
 

@@ -6,6 +6,10 @@
 
 #include <BaseSDK/ALong32.h>
 
+#include <algorithm>
+#include <iterator>
+#include <string>
+
 using BaseSDK::AString;
 
 namespace NoxHandler {
@@ -16,9 +20,11 @@ constexpr long LeastFiles = 8;  // the streams, and what it takes to load a prog
 constexpr long MostFiles = 1048576;
 constexpr long MostOomScore = 1000;
 constexpr long MostIoLevel = 7;
-constexpr std::uint64_t Mebi = 1024 * 1024;
+constexpr std::uint64_t Kibi = 1024;
+constexpr std::uint64_t Mebi = Kibi * Kibi;
+constexpr std::uint64_t Gibi = Kibi * Mebi;
 constexpr std::uint64_t LeastMemory = Mebi;
-constexpr std::uint64_t MostMemory = 1024 * 1024 * Mebi;
+constexpr std::uint64_t MostMemory = Kibi * Gibi;
 
 // The system's numbers for the classes, and where they stand in the value.
 constexpr int RealtimeClass = 1;
@@ -34,11 +40,11 @@ AString OutOfRange(long least, long most) {
 std::uint64_t FactorOf(wchar_t unit) {
   switch (unit) {
     case L'K':
-      return 1024;
+      return Kibi;
     case L'M':
       return Mebi;
     case L'G':
-      return 1024 * Mebi;
+      return Gibi;
     default:
       return 1;
   }
@@ -107,6 +113,24 @@ AString ProcessLimits::ReadOomScore(const AString& text) {
   }
   m_OomScore = text.ToUtf8();
   return AString();
+}
+
+ProcessLimits ProcessLimits::WithoutThoseOfGroup() const {
+  ProcessLimits others = *this;
+  others.m_MemoryBytes.reset();
+  others.m_CpuSeconds.reset();
+  return others;
+}
+
+AString ProcessLimits::MemoryText() const {
+  constexpr struct {
+    std::uint64_t m_Factor;
+    const char* m_Letter;
+  } Units[] = {{Gibi, "G"}, {Mebi, "M"}, {Kibi, "K"}, {1, ""}};
+  const auto* const unit = std::find_if(std::begin(Units), std::end(Units), [&](const auto& each) {
+    return *m_MemoryBytes % each.m_Factor == 0;
+  });
+  return (std::to_string(*m_MemoryBytes / unit->m_Factor) + unit->m_Letter).c_str();
 }
 
 }  // namespace NoxHandler

@@ -15,8 +15,8 @@ namespace NoxHandler {
 struct ProcessLimits {
   std::optional<int> m_Nice;                   ///< -20 to 19
   std::optional<int> m_IoPriority;             ///< class and level, as the system takes them
-  std::optional<std::uint64_t> m_MemoryBytes;  ///< of address space, for each process
-  std::optional<long> m_CpuSeconds;            ///< for each process
+  std::optional<std::uint64_t> m_MemoryBytes;  ///< for the whole run, or of address space for each
+  std::optional<long> m_CpuSeconds;            ///< for the whole run, or for each process
   std::optional<long> m_Files;                 ///< the lowest descriptor that none may have
   std::string m_OomScore;                      ///< -1000 to 1000 in decimal; empty: not set
 
@@ -28,6 +28,14 @@ struct ProcessLimits {
   BaseSDK::AString ReadCpuTime(const BaseSDK::AString& text);
   BaseSDK::AString ReadFiles(const BaseSDK::AString& text);
   BaseSDK::AString ReadOomScore(const BaseSDK::AString& text);
+
+  /// Whether there are limits that a control group keeps for all processes of a run together.
+  bool HasThoseOfGroup() const { return m_MemoryBytes || m_CpuSeconds; }
+  /// The others.
+  ProcessLimits WithoutThoseOfGroup() const;
+  /// m_MemoryBytes as a job has it, with the largest unit that divides it: "512M". REQUIRES: it is
+  /// set.
+  BaseSDK::AString MemoryText() const;
 };
 
 }  // namespace NoxHandler

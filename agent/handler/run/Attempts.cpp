@@ -43,13 +43,14 @@ const char* WhyNoneFollows(Run::EndReason reason) {
 
 Attempts::Attempts(const TaskBatch::Entry& entry, long number, Job job,
                    const HandlerSettings& settings, OutputFiles& outputs, RunRecords& records,
-                   const WaitClock& clock)
+                   RunGroups& groups, const WaitClock& clock)
     : m_Entry(entry),
       m_Number(number),
       m_Job(std::move(job)),
       m_Settings(settings),
       m_Outputs(outputs),
       m_Records(records),
+      m_Groups(groups),
       m_Clock(clock),
       m_Attempt{0, m_Job.m_Retry.m_Times + 1},
       m_IsAllowed(m_Job.m_Condition.empty()),
@@ -99,7 +100,7 @@ void Attempts::Ask(const AString& taskXml) {
   try {
     m_Run = std::make_unique<Run>(m_Entry, ConditionAnswer::QuestionOf(m_Job),
                                   AttemptNumber{1, 1, ConditionKey}, std::nullopt, m_Settings,
-                                  nullptr, m_Records);
+                                  nullptr, m_Records, m_Groups);
   } catch (const std::bad_alloc&) {
     FailUnasked("the agent has no memory left");
   } catch (const std::exception& error) {
@@ -148,7 +149,7 @@ void Attempts::Begin() {
   m_Start = m_Start.value_or(WallSeconds());
   try {
     m_Run = std::make_unique<Run>(m_Entry, m_Job, m_Attempt, m_PeriodEnd, m_Settings,
-                                  m_Outputs.Of(m_Entry.m_TaskId), m_Records);
+                                  m_Outputs.Of(m_Entry.m_TaskId), m_Records, m_Groups);
   } catch (const std::bad_alloc&) {
     NoteFailedStart("the agent has no memory left");
   } catch (const std::exception& error) {

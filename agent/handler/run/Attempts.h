@@ -6,6 +6,7 @@
 #include "agent/handler/run/ConditionAnswer.h"
 #include "agent/handler/run/OutputFiles.h"
 #include "agent/handler/run/Run.h"
+#include "agent/handler/run/RunGroups.h"
 #include "agent/handler/run/RunRecords.h"
 #include "agent/handler/system/WaitClock.h"
 #include "agent/handler/task/TaskBatch.h"
@@ -33,9 +34,9 @@ inline constexpr const char* EndedByRequest = "it was ended by request";
 class Attempts {
  public:
   /// Nothing begins yet. The first attempt is ready when the task's share of the job's splay has
-  /// passed since it was handed over. The references to the last four are borrowed.
+  /// passed since it was handed over. The references to the last five are borrowed.
   Attempts(const TaskBatch::Entry& entry, long number, Job job, const HandlerSettings& settings,
-           OutputFiles& outputs, RunRecords& records, const WaitClock& clock);
+           OutputFiles& outputs, RunRecords& records, RunGroups& groups, const WaitClock& clock);
   Attempts(const Attempts&) = delete;
   Attempts& operator=(const Attempts&) = delete;
 
@@ -122,6 +123,7 @@ class Attempts {
   const HandlerSettings& m_Settings;
   OutputFiles& m_Outputs;
   RunRecords& m_Records;
+  RunGroups& m_Groups;
   const WaitClock& m_Clock;
 
   AttemptNumber m_Attempt;  ///< the one that goes on, or the last one

@@ -17,10 +17,12 @@ using BaseSDK::AString;
 
 namespace NoxHandler {
 
-Hooks::Hooks(const HandlerSettings& settings, OutputFiles& outputs, RunRecords& records)
+Hooks::Hooks(const HandlerSettings& settings, OutputFiles& outputs, RunRecords& records,
+             RunGroups& groups)
     : m_Settings(settings),
       m_Outputs(outputs),
       m_Records(records),
+      m_Groups(groups),
       m_Streaks(settings.m_RecordPath) {
   ForgetTasksThatAreGone();
 }
@@ -108,7 +110,7 @@ void Hooks::BeginCall(const Call& call) {
   try {
     m_Running[taskId] =
         std::make_unique<Run>(call.m_Entry, call.m_Job, AttemptNumber{1, 1, call.m_Key},
-                              std::nullopt, m_Settings, m_Outputs.Of(taskId), m_Records);
+                              std::nullopt, m_Settings, m_Outputs.Of(taskId), m_Records, m_Groups);
   } catch (const std::bad_alloc&) {
     NoteNotRun(call, "the agent has no memory left");
   } catch (const std::exception& error) {

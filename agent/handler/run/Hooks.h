@@ -6,6 +6,7 @@
 #include "agent/handler/run/FailureStreaks.h"
 #include "agent/handler/run/OutputFiles.h"
 #include "agent/handler/run/Run.h"
+#include "agent/handler/run/RunGroups.h"
 #include "agent/handler/run/RunRecords.h"
 #include "agent/handler/task/TaskBatch.h"
 
@@ -28,7 +29,8 @@ namespace NoxHandler {
 class Hooks {
  public:
   /// Reads what an earlier agent has left of failures in a row. All references are borrowed.
-  Hooks(const HandlerSettings& settings, OutputFiles& outputs, RunRecords& records);
+  Hooks(const HandlerSettings& settings, OutputFiles& outputs, RunRecords& records,
+        RunGroups& groups);
 
   /// The run is over, with all its attempts. Counts it, and has the command that it calls for wait.
   /// REQUIRES: it has begun.
@@ -72,6 +74,7 @@ class Hooks {
   const HandlerSettings& m_Settings;
   OutputFiles& m_Outputs;
   RunRecords& m_Records;
+  RunGroups& m_Groups;
   FailureStreaks m_Streaks;
   std::deque<Call> m_Line;                                     ///< those that wait, in order
   std::map<BaseSDK::AString, std::unique_ptr<Run>> m_Running;  ///< by task

@@ -1,11 +1,13 @@
 #include "agent/handler/run/Run.h"
 
 #include "agent/handler/Log.h"
+#include "agent/handler/job/Duration.h"
 #include "agent/handler/process/Launch.h"
 #include "agent/handler/system/WallClock.h"
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -43,6 +45,24 @@ AString SecondsText(Run::Clock::duration duration) {
   return AString((std::to_string(milliseconds / 1000) + "." + fraction + " s").c_str());
 }
 
+std::optional<CpuBudget> BudgetOf(const std::shared_ptr<const ControlGroup>& group,
+                                  const ProcessLimits& limits) {
+  return group && limits.m_CpuSeconds
+             ? std::optional<CpuBudget>(std::in_place, group,
+                                        std::chrono::seconds(*limits.m_CpuSeconds))
+             : std::nullopt;
+}
+
+// What the run's group limits need not be limited once more for each process.
+Launch LaunchOf(const Job& job, const TaskBatch::Entry& entry, const std::string& token,
+                const AttemptNumber& attempt, bool hasGroup) {
+  Launch launch(job, entry, token, attempt.m_Number);
+  if (hasGroup) {
+    launch.m_Limits = launch.m_Limits.WithoutThoseOfGroup();
+  }
+  return launch;
+}
+
 AString CommandText(const Job& job) {
   std::string text = job.m_Command;
   for (const std::string& argument : job.m_Arguments) {
@@ -55,28 +75,38 @@ AString CommandText(const Job& job) {
 
 Run::Run(const TaskBatch::Entry& entry, const Job& job, const AttemptNumber& attempt,
          std::optional<long> periodEnd, const HandlerSettings& settings,
-         std::shared_ptr<OutputFile> output, RunRecords& records)
+         std::shared_ptr<OutputFile> output, RunRecords& records, RunGroups& groups)
     : m_TaskId(entry.m_TaskId),
       m_Token(MakeToken()),
       m_Attempt(attempt),
       m_Success(job.m_Success),
       m_TimeoutSeconds(job.m_TimeoutSeconds),
+      m_Limits(job.m_Limits),
       m_PeriodEnd(periodEnd),
       m_KillGrace(settings.m_KillGrace),
       m_Records(records),
-      m_Child(Launch(job, entry, m_Token, attempt.m_Number)),
+      m_Group(groups.Make(entry.m_TaskId, m_Token, m_Limits)),
+      m_CpuBudget(BudgetOf(m_Group, m_Limits)),
+      m_Child(LaunchOf(job, entry, m_Token, attempt, m_Group != nullptr)),
       m_FirstPid(m_Child.Pid()),
       m_Session(m_FirstPid),
       m_LogOutput(settings.m_LogOutput),
       m_Output(std::move(output)) {
+  if (m_Group) {
+    m_Group->Add(m_FirstPid);
+  }
+  Record();
+  NoteStart(job);
+  m_Child.Go();
+}
+
+void Run::Record() {
   const auto process = ProcessTable::Find(m_FirstPid);
   const RunRecord record{m_FirstPid, process ? process->m_StartTicks : 0, ProcessTable::BootId(),
                          m_Token};
   if (const int error = m_Records.Write({m_TaskId, record}); error != 0) {
     throw JobError(AString("cannot note the run on disk: %1").Arg(strerror(error)));
   }
-  NoteStart(job);
-  m_Child.Go();
 }
 
 void Run::NoteStart(const Job& job) const {
@@ -99,10 +129,19 @@ void Run::AddHandles(std::vector<pollfd>& handles) const {
 }
 
 std::optional<Run::Clock::time_point> Run::Deadline() const {
-  if (m_KillAt || m_TimeoutSeconds == 0) {
+  if (m_KillAt) {
     return m_KillAt;
   }
-  return m_Start + std::chrono::seconds(m_TimeoutSeconds);
+  const auto timeout = TimeoutAt();
+  if (!m_CpuBudget) {
+    return timeout;
+  }
+  return std::min(timeout.value_or(Clock::time_point::max()), m_CpuBudget->NextLook());
+}
+
+std::optional<Run::Clock::time_point> Run::TimeoutAt() const {
+  return m_TimeoutSeconds == 0 ? std::nullopt
+                               : std::optional(m_Start + std::chrono::seconds(m_TimeoutSeconds));
 }
 
 std::optional<long> Run::PeriodEnd() const {
@@ -123,9 +162,11 @@ void Run::Advance() {
   }
   if (m_KillAt) {
     KillWhenDue();
-  } else if (const auto deadline = Deadline(); deadline && *deadline <= Clock::now()) {
+  } else if (const auto timeout = TimeoutAt(); timeout && *timeout <= Clock::now()) {
     End(EndReason::Timeout);
-  } else if (IsDue()) {
+  } else if (m_CpuBudget && m_CpuBudget->IsSpent()) {
+    End(EndReason::CpuTime);
+  } else if (m_PeriodEnd && *m_PeriodEnd <= WallSeconds()) {
     End(EndReason::PeriodEnd);
   }
 }
@@ -237,6 +278,8 @@ AString Run::DescribeReason() const {
   switch (m_Reason) {
     case EndReason::Timeout:
       return AString("ended by its timeout of %1 s").Arg(DecimalText(m_TimeoutSeconds));
+    case EndReason::CpuTime:
+      return AString("ended by its cpu_time of %1").Arg(Duration::Text(*m_Limits.m_CpuSeconds));
     case EndReason::PeriodEnd:
       return "ended by the end of its active period";
     case EndReason::Replaced:
@@ -247,6 +290,9 @@ AString Run::DescribeReason() const {
       return "ended by the end of the command handler";
     case EndReason::None:
       break;
+  }
+  if (m_Group && m_Limits.m_MemoryBytes && !Succeeded() && m_Group->RanOutOfMemory()) {
+    return AString("killed for taking more than its memory of %1").Arg(m_Limits.MemoryText());
   }
   return m_End->m_Exited
              ? AString("exit status %1").Arg(DecimalText(m_End->m_Code))

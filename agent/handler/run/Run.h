@@ -3,10 +3,13 @@
 #include "agent/handler/HandlerSettings.h"
 #include "agent/handler/job/Job.h"
 #include "agent/handler/process/ChildProcess.h"
+#include "agent/handler/process/ControlGroup.h"
 #include "agent/handler/process/Session.h"
 #include "agent/handler/run/AttemptNumber.h"
+#include "agent/handler/run/CpuBudget.h"
 #include "agent/handler/run/LineSplitter.h"
 #include "agent/handler/run/OutputFile.h"
+#include "agent/handler/run/RunGroups.h"
 #include "agent/handler/run/RunRecords.h"
 #include "agent/handler/task/TaskBatch.h"
 
@@ -33,15 +36,15 @@ class Run {
   using Clock = std::chrono::steady_clock;
 
   /// Why a run that still goes on is to end.
-  enum class EndReason { None, Timeout, PeriodEnd, Replaced, Request, Shutdown };
+  enum class EndReason { None, Timeout, CpuTime, PeriodEnd, Replaced, Request, Shutdown };
 
   /// Starts the command; `attempt` says which one it is of the task's run. `periodEnd` is the
   /// wall-clock moment at which the run is to end, if any, and `output` the task's file; null when
   /// its output is for the log alone. Throws JobError when it cannot be started; nothing is left
-  /// running then. `records` is borrowed.
+  /// running then. `records` and `groups` are borrowed.
   Run(const TaskBatch::Entry& entry, const Job& job, const AttemptNumber& attempt,
       std::optional<long> periodEnd, const HandlerSettings& settings,
-      std::shared_ptr<OutputFile> output, RunRecords& records);
+      std::shared_ptr<OutputFile> output, RunRecords& records, RunGroups& groups);
   Run(const Run&) = delete;
   Run& operator=(const Run&) = delete;
 
@@ -77,7 +80,9 @@ class Run {
   pid_t Pid() const { return m_FirstPid; }
 
  private:
+  void Record();
   void NoteStart(const Job& job) const;
+  std::optional<Clock::time_point> TimeoutAt() const;
   bool TakeOutput();
   void CheckEnd();
   void Terminate();
@@ -92,11 +97,14 @@ class Run {
   const AttemptNumber m_Attempt;
   const ExitStatuses m_Success;
   const long m_TimeoutSeconds;
+  const ProcessLimits m_Limits;
   const std::optional<long> m_PeriodEnd;
   const std::chrono::milliseconds m_KillGrace;
   RunRecords& m_Records;
   const Clock::time_point m_Start = Clock::now();
 
+  const std::shared_ptr<const ControlGroup> m_Group;  ///< null when it has none of its own
+  std::optional<CpuBudget> m_CpuBudget;
   ChildProcess m_Child;
   const pid_t m_FirstPid;  ///< stays when the process is reaped
   Session m_Session;

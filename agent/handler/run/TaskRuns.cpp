@@ -29,7 +29,8 @@ TaskRuns::TaskRuns(const HandlerSettings& settings, const WaitClock& clock, RunB
       m_Clock(clock),
       m_Book(book),
       m_Records(settings.m_RecordPath, settings.m_MaxRuns),
-      m_Hooks(settings, book.Outputs(), m_Records) {}
+      m_Groups(settings.m_GroupPath),
+      m_Hooks(settings, book.Outputs(), m_Records, m_Groups) {}
 
 void TaskRuns::EndLeftovers() {
   Leftovers::End(m_Records, m_Settings.m_KillGrace);
@@ -118,7 +119,7 @@ void TaskRuns::Admit(const TaskBatch::Entry& entry) {
     }
     Slot& slot = m_Slots[key];
     slot.m_Attempts = std::make_unique<Attempts>(entry, number, std::move(job), m_Settings,
-                                                 m_Book.Outputs(), m_Records, m_Clock);
+                                                 m_Book.Outputs(), m_Records, m_Groups, m_Clock);
     slot.m_Before = m_Book.Latest().Find(entry.m_TaskId);
     if (slot.m_Attempts->IsReady()) {
       LineUp(key, slot);

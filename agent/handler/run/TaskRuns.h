@@ -5,6 +5,7 @@
 #include "agent/handler/run/Hooks.h"
 #include "agent/handler/run/LatestRuns.h"
 #include "agent/handler/run/RunBook.h"
+#include "agent/handler/run/RunGroups.h"
 #include "agent/handler/run/RunRecords.h"
 #include "agent/handler/system/WaitClock.h"
 #include "agent/handler/task/TaskBatch.h"
@@ -106,6 +107,7 @@ class TaskRuns {
   const WaitClock& m_Clock;
   RunBook& m_Book;
   RunRecords m_Records;
+  RunGroups m_Groups;
   Hooks m_Hooks;
   std::map<Key, Slot> m_Slots;
   std::uint64_t m_LastNumber = 0;

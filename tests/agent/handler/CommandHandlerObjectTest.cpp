@@ -338,6 +338,8 @@ TEST_F(CommandHandlerObject, SaysWhatIsWrongWithItsConfiguration) {
       {"job_path", "", "job_path: the configuration does not say which directory"},
       {"output_path", "var/output", "output_path: \"var/output\" is not an absolute path"},
       {"record_path", "/proc/x", "record_path: cannot make the directory /proc/x: "},
+      {"cgroup_path", "system.slice", "cgroup_path: \"system.slice\" is not an absolute path"},
+      {"cgroup_path", "/proc/x", "cgroup_path: there is no directory /proc/x"},
       {"kill_grace_seconds", "5s", "kill_grace_seconds: \"5s\" is not a number from 0 to 3600"},
       {"kill_grace_seconds", "-1", "kill_grace_seconds: \"-1\" is not a number from 0 to 3600"},
       {"kill_grace_seconds", "3601", "kill_grace_seconds: \"3601\" is not a number from 0 to 3600"},

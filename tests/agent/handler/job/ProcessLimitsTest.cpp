@@ -69,6 +69,16 @@ TEST(ProcessLimits, ReadAmountsOfMemory) {
                 "is to be a number of bytes from 1M to 1024G, such as 512M");
 }
 
+TEST(ProcessLimits, SayAmountsOfMemoryWithTheLargestUnit) {
+  const char* const texts[][2] = {{"1048577", "1048577"}, {"1025K", "1025K"}, {"2048K", "2M"},
+                                  {"512M", "512M"},       {"4096M", "4G"},    {"1024G", "1024G"}};
+  for (const auto& [text, said] : texts) {
+    ProcessLimits limits;
+    EXPECT_EQ(limits.ReadMemory(text).ToUtf8(), "");
+    EXPECT_EQ(limits.MemoryText().ToUtf8(), said);
+  }
+}
+
 TEST(ProcessLimits, ReadClassesOfInputAndOutput) {
   const struct {
     const char* m_Text;

@@ -68,6 +68,7 @@ void SupervisorFixture::StartSupervisor(std::chrono::milliseconds killGrace, std
   settings.m_KillGrace = killGrace;
   settings.m_MaxRuns = maxRuns;
   settings.m_LogOutput = m_LogOutput;
+  settings.m_GroupPath = AString::FromUtf8(m_GroupPath);
   m_Supervisor = std::make_unique<Supervisor>(settings, m_Clock);
   m_Supervisor->Start();
 }

@@ -79,7 +79,9 @@ class SupervisorFixture : public testing::Test {
   Fifo m_Started;
   Fifo m_Gate;
   MovedClock m_Clock;
-  bool m_LogOutput = true;  ///< for a supervisor that is yet to start
+  // For a supervisor that is yet to start.
+  bool m_LogOutput = true;
+  std::string m_GroupPath;
   std::unique_ptr<Supervisor> m_Supervisor;
 };
 
