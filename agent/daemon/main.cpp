@@ -1,7 +1,9 @@
 // noxagentd: reads the command line, runs the agent, tells how it went.
 #include "agent/daemon/Agent.h"
 #include "agent/daemon/AgentError.h"
+#include "agent/daemon/process/AgentLog.h"
 #include "agent/daemon/process/LogSetup.h"
+#include "agent/daemon/process/ServiceGroup.h"
 
 #include <BaseSDK/ADescriptorLimit.h>
 #include <BaseSDK/ASystemZone.h>
@@ -15,7 +17,10 @@
 
 namespace {
 
+using BaseSDK::ALogger;
+using BaseSDK::AString;
 using NoxAgent::AgentError;
+using NoxAgent::ServiceGroup;
 
 // Far more than sockets, files and runs can need.
 constexpr unsigned long MostDescriptors = 65536;
@@ -35,11 +40,26 @@ void PrepareProcess() {
   BaseSDK::ASystemZone::Hold();
 }
 
+void Log(const ServiceGroup& group) {
+  if (!group.m_Path.IsEmpty()) {
+    ALOG(NoxAgent::AgentLog(), ALogger::Information, "Agent",
+         AString("Runs can be limited as a whole, below %1").Arg(group.m_Path));
+  }
+  if (!group.m_Problem.IsEmpty()) {
+    ALOG(NoxAgent::AgentLog(), ALogger::Warning, "Agent",
+         AString("Runs cannot be limited as a whole, only each of their processes: %1")
+             .Arg(group.m_Problem));
+  }
+}
+
 void RunAgent(const NoxAgent::Options& options) {
   PrepareProcess();
+  const ServiceGroup group = ServiceGroup::Take(ServiceGroup::System::OfProcess());
   NoxAgent::Environment environment = NoxAgent::Environment::OfProcess();
+  environment.m_RunGroup = group.m_Path;
   NoxAgent::Settings settings = NoxAgent::Settings::Load(options, environment);
   NoxAgent::LogSetup::Open(settings);
+  Log(group);
   const auto agent =
       std::make_unique<NoxAgent::Agent>(options, std::move(environment), std::move(settings));
   if (!agent->Run()) {

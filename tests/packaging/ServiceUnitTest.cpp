@@ -57,6 +57,11 @@ TEST(ServiceUnit, LetsNoJobThatIsOutOfMemoryOrForksWithoutEndStopTheAgent) {
   EXPECT_THAT(Lines(Unit()), IsSupersetOf({"OOMPolicy=continue", "TasksMax=8192"}));
 }
 
+TEST(ServiceUnit, LetsTheAgentLimitRunsAndTouchNoOtherService) {
+  EXPECT_THAT(Lines(Unit()), IsSupersetOf({"Delegate=memory", "ProtectControlGroups=yes",
+                                           "ReadWritePaths=-/sys/fs/cgroup/system.slice/%n"}));
+}
+
 TEST(ServiceUnit, LetsTheAgentEndItsRunsItself) {
   EXPECT_THAT(Lines(Unit()), IsSupersetOf({"Type=notify", "KillMode=mixed", "TimeoutStopSec=60"}));
 }

@@ -24,6 +24,9 @@ void FillPlugins(Settings& settings, const Environment& environment) {
     if (settings.m_Log.m_JobOutput.has_value()) {
       plugin.m_Inherited["job_output"] = *settings.m_Log.m_JobOutput ? "yes" : "no";
     }
+    if (!environment.m_RunGroup.IsEmpty()) {
+      plugin.m_Inherited["cgroup_path"] = environment.m_RunGroup;
+    }
     const BuiltInPlugin* const builtIn = BuiltInPlugin::Find(plugin.m_Name);
     if (builtIn == nullptr) {
       continue;

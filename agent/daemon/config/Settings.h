@@ -18,7 +18,8 @@ struct PluginSettings {
   BaseSDK::AString m_Path;        ///< the shared object
   BaseSDK::AString m_ConfigFile;  ///< its INI file; empty: the built-in configuration
   BaseSDK::AString m_ClassId;     ///< by which its object can be opened; empty: by nobody
-  /// By key: what the agent's own settings say where the plug-in's configuration says nothing.
+  /// By key: what the agent's own settings and its process say where the plug-in's configuration
+  /// says nothing.
   std::map<BaseSDK::AString, BaseSDK::AString> m_Inherited{};
 
   bool operator==(const PluginSettings&) const = default;

@@ -15,6 +15,8 @@ struct Environment {
   /// The directory that the program file lies in.
   BaseSDK::AString m_ProgramDir;
   BaseSDK::AString m_WorkingDir;
+  /// The directory of the control group that runs can be put below; empty when there is none.
+  BaseSDK::AString m_RunGroup;
 
   /// The environment of this process.
   static Environment OfProcess();

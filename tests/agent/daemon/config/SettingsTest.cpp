@@ -151,6 +151,14 @@ TEST_F(SettingsTest, PluginsInheritJobOutputWhenItIsSet) {
   EXPECT_TRUE(unset.m_Plugins.at(1).m_Inherited.empty());
 }
 
+TEST_F(SettingsTest, PluginsInheritTheGroupThatRunsCanBePutBelow) {
+  m_Environment.m_RunGroup = "/sys/fs/cgroup/x.service";
+  const Settings settings = LoadText("[Agent]\nstate_dir=/s\n");
+  for (const PluginSettings& plugin : settings.m_Plugins) {
+    EXPECT_EQ(plugin.m_Inherited.at("cgroup_path"), m_Environment.m_RunGroup);
+  }
+}
+
 TEST_F(SettingsTest, AChangeOfJobOutputWaitsForTheNextStart) {
   const Settings before = LoadText("[Agent]\nstate_dir=/s\n");
   const Settings after = LoadText("[Agent]\nstate_dir=/s\n[Log]\njob_output=no\n");
