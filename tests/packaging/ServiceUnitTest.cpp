@@ -15,8 +15,8 @@ using testing::IsSupersetOf;
 
 namespace {
 
-std::string Read(const std::string& name) {
-  std::ifstream file(std::filesystem::path(NOX_PACKAGING) / name);
+std::string Read(const std::string& name, const std::string& directory = NOX_PACKAGING) {
+  std::ifstream file(std::filesystem::path(directory) / name);
   std::ostringstream text;
   text << file.rdbuf();
   return text.str();
@@ -42,6 +42,17 @@ std::set<std::string> WordsOf(const std::string& text, const std::string& key) {
     }
   }
   return words;
+}
+
+// What the page on operating the agent has the service manager enable.
+std::string UnitToEnable() {
+  const std::string command = "    systemctl enable --now ";
+  for (const std::string& line : Lines(Read("operation.md", NOX_DOCS))) {
+    if (line.starts_with(command)) {
+      return line.substr(command.size());
+    }
+  }
+  return {};
 }
 
 // The unit as it is installed, of a program that every machine has.
@@ -90,4 +101,24 @@ TEST(ServiceUnit, IsWhatTheServiceManagerUnderstands) {
   // Where that program is missing nothing is said of the unit.
   EXPECT_EQ(directory.Read("said").find("noxagentd.service"), std::string::npos)
       << directory.Read("said");
+}
+
+// The name alone is refused where such a link names the unit already.
+TEST(ServiceUnit, IsEnabledAsThePageSaysAlsoWhereALinkNamesIt) {
+  if (std::system("systemctl --version > /dev/null 2>&1") != 0) {
+    GTEST_SKIP() << "there is no systemctl";
+  }
+  const TestSupport::TempDir root;
+  const std::filesystem::path units = "usr/local/lib/systemd/system";
+  const std::filesystem::path configured = root / "etc/systemd/system";
+  std::filesystem::create_directories(root.Path() / units);
+  std::filesystem::create_directories(configured);
+  root.Write(units / "noxagentd.service", Unit());
+  std::filesystem::create_symlink("/" / units / "noxagentd.service",
+                                  configured / "noxagentd.service");
+  const std::string command = "systemctl --root=" + root.Path().string() + " enable " +
+                              UnitToEnable() + " > " + (root / "said").string() + " 2>&1";
+  EXPECT_EQ(std::system(command.c_str()), 0) << root.Read("said");
+  EXPECT_TRUE(std::filesystem::is_symlink(configured / "multi-user.target.wants/noxagentd.service"))
+      << root.Read("said");
 }
