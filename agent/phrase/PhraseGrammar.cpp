@@ -1,5 +1,6 @@
 #include "agent/phrase/PhraseGrammar.h"
 
+#include "agent/phrase/PhraseLists.h"
 #include "agent/phrase/PhraseValues.h"
 
 #include <algorithm>

@@ -2,6 +2,7 @@
 
 #include "agent/phrase/CronWords.h"
 #include "agent/phrase/PhraseGrammar.h"
+#include "agent/phrase/PhraseLists.h"
 #include "agent/phrase/PhraseValues.h"
 #include "agent/phrase/PhraseWords.h"
 

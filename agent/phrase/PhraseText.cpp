@@ -1,5 +1,6 @@
 #include "agent/phrase/PhraseText.h"
 
+#include "agent/phrase/PhraseLists.h"
 #include "agent/phrase/PhraseValues.h"
 
 namespace NoxAgent {

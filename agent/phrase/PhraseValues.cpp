@@ -1,12 +1,11 @@
 #include "agent/phrase/PhraseValues.h"
 
+#include "agent/phrase/PhraseParts.h"
 #include "agent/phrase/PhraseUnits.h"
 #include "agent/schedule/LocalCalendar.h"
-#include "agent/schedule/TriggerRule.h"
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <charconv>
 #include <chrono>
 
@@ -16,101 +15,6 @@ namespace {
 
 using Names = std::vector<std::string>;
 constexpr long LongestYears = 10;
-
-const Names& WeekdayNames() {
-  static const Names All{"sunday",   "monday", "tuesday", "wednesday",
-                         "thursday", "friday", "saturday"};
-  return All;
-}
-
-const Names& MonthNames() {
-  static const Names All{"january", "february", "march",     "april",   "may",      "june",
-                         "july",    "august",   "september", "october", "november", "december"};
-  return All;
-}
-
-const Names& OrdinalNames() {
-  static const Names All{"first", "second", "third", "fourth", "last"};
-  return All;
-}
-
-std::vector<std::string> Split(const std::string& text, char separator) {
-  std::vector<std::string> parts(1);
-  for (const char character : text) {
-    if (character == separator) {
-      parts.emplace_back();
-    } else {
-      parts.back() += character;
-    }
-  }
-  return parts;
-}
-
-// Digits alone, at most four of them.
-std::optional<long> ReadDigits(const std::string& text, std::size_t most = 4) {
-  const bool isDigits = !text.empty() && text.size() <= most &&
-                        std::all_of(text.begin(), text.end(), [](unsigned char character) {
-                          return std::isdigit(character) != 0;
-                        });
-  return isDigits ? std::optional(std::stol(text)) : std::nullopt;
-}
-
-// "mon" or "monday"; the index in the names.
-std::optional<long> ReadName(const Names& names, const std::string& word) {
-  constexpr std::size_t ShortLength = 3;
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    if (word == names[i] || word == names[i].substr(0, ShortLength)) {
-      return static_cast<long>(i);
-    }
-  }
-  return std::nullopt;
-}
-
-// A list of values and of spans of values, as a mask. A span may go over the end: "sat-mon".
-template <typename ReadOne>
-std::optional<long> ReadMask(const std::string& word, int count, bool mayWrap,
-                             const ReadOne& readOne) {
-  long mask = 0;
-  for (const std::string& part : Split(word, ',')) {
-    const std::vector<std::string> ends = Split(part, '-');
-    const std::optional<long> first = readOne(ends.front());
-    const std::optional<long> last = readOne(ends.back());
-    if (!first || !last || ends.size() > 2 || (*last < *first && !mayWrap)) {
-      return std::nullopt;
-    }
-    for (long bit = *first;; bit = (bit + 1) % count) {
-      mask |= 1L << bit;
-      if (bit == *last) {
-        break;
-      }
-    }
-  }
-  return mask;
-}
-
-// "1,3-5" of a mask; spans from three values on. `begin` is the bit that comes first.
-template <typename Name>
-std::string MaskWords(long mask, int count, int begin, const Name& name) {
-  std::string text;
-  for (int i = 0; i < count;) {
-    if (!HasBit(mask, (begin + i) % count)) {
-      ++i;
-      continue;
-    }
-    int end = i;
-    while (end + 1 < count && HasBit(mask, (begin + end + 1) % count)) {
-      ++end;
-    }
-    text += (text.empty() ? "" : ",") + name((begin + i) % count);
-    if (end - i >= 2) {
-      text += "-" + name((begin + end) % count);
-      i = end + 1;
-    } else {
-      ++i;
-    }
-  }
-  return text;
-}
 
 struct LengthUnit {
   long m_Seconds;
@@ -219,43 +123,6 @@ std::optional<long> ReadCount(const std::string& word) {
   return number && *number >= 2 ? number : std::nullopt;
 }
 
-std::optional<long> ReadWeekdayList(const std::string& word) {
-  constexpr long MondayToFriday = 0x3E, Weekend = 0x41;
-  if (word == "weekdays" || word == "weekday") {
-    return MondayToFriday;
-  }
-  if (word == "weekends" || word == "weekend") {
-    return Weekend;
-  }
-  return ReadMask(word, 7, true,
-                  [](const std::string& name) { return ReadName(WeekdayNames(), name); });
-}
-
-std::optional<long> ReadMonthDayList(const std::string& word) {
-  constexpr long Days = 31;
-  return ReadMask(word, Days, false, [](const std::string& text) -> std::optional<long> {
-    const auto day = ReadDigits(text, 2);
-    return day && *day >= 1 && *day <= Days ? std::optional(*day - 1) : std::nullopt;
-  });
-}
-
-std::optional<long> ReadMonthList(const std::string& word) {
-  return ReadMask(word, 12, true,
-                  [](const std::string& name) { return ReadName(MonthNames(), name); });
-}
-
-std::optional<long> ReadOrdinal(const std::string& word) {
-  const auto found = std::find(OrdinalNames().begin(), OrdinalNames().end(), word);
-  return found == OrdinalNames().end()
-             ? std::nullopt
-             : std::optional(static_cast<long>(found - OrdinalNames().begin()) + 1);
-}
-
-std::optional<long> ReadWeek(const std::string& word) {
-  const auto week = ReadDigits(word, 1);
-  return week && *week >= 1 && *week <= TriggerRule::LastWeek ? week : std::nullopt;
-}
-
 bool IsClock(const std::string& word) {
   return ReadClock(word).has_value();
 }
@@ -274,26 +141,6 @@ bool IsLength(const std::string& word) {
 
 bool IsCount(const std::string& word) {
   return ReadCount(word).has_value();
-}
-
-bool IsWeekdayList(const std::string& word) {
-  return ReadWeekdayList(word).has_value();
-}
-
-bool IsMonthDayList(const std::string& word) {
-  return ReadMonthDayList(word).has_value();
-}
-
-bool IsMonthList(const std::string& word) {
-  return ReadMonthList(word).has_value();
-}
-
-bool IsOrdinal(const std::string& word) {
-  return ReadOrdinal(word).has_value();
-}
-
-bool IsWeek(const std::string& word) {
-  return ReadWeek(word).has_value();
 }
 
 std::string ClockWords(long clock) {
@@ -324,29 +171,6 @@ std::string LengthWords(long seconds) {
     }
   }
   return {};
-}
-
-std::string WeekdayListWords(long mask) {
-  if (mask == ReadWeekdayList("weekdays") || mask == ReadWeekdayList("weekends")) {
-    return mask == ReadWeekdayList("weekdays") ? "weekdays" : "weekends";
-  }
-  return MaskWords(mask, 7, 1, [](int day) {
-    return WeekdayNames()[static_cast<std::size_t>(day)].substr(0, 3);
-  });
-}
-
-std::string MonthDayListWords(long mask) {
-  return MaskWords(mask, 31, 0, [](int bit) { return std::to_string(bit + 1); });
-}
-
-std::string MonthListWords(long mask) {
-  return MaskWords(mask, 12, 0, [](int month) {
-    return MonthNames()[static_cast<std::size_t>(month)].substr(0, 3);
-  });
-}
-
-std::string OrdinalWord(long week) {
-  return OrdinalNames()[static_cast<std::size_t>(week - 1)];
 }
 
 bool IsLengthUnit(const std::string& word) {

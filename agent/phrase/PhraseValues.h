@@ -1,5 +1,5 @@
-// The kinds of words in a schedule, in both directions. Words are lower-case, as PhraseWords makes
-// them.
+// Times of day, days, lengths and counts in a schedule, in both directions. Words are lower-case,
+// as PhraseWords makes them.
 #pragma once
 
 #include <optional>
@@ -19,33 +19,19 @@ struct PhraseDate {
 std::optional<long> ReadClock(const std::string& word);  ///< seconds since midnight
 std::optional<std::vector<long>> ReadClockList(const std::string& word);  ///< in order, each once
 std::optional<PhraseDate> ReadPhraseDate(const std::string& word);        ///< to January 2038
-std::optional<long> ReadLength(const std::string& word);        ///< in seconds, more than 0
-std::optional<long> ReadCount(const std::string& word);         ///< from 2 to 999
-std::optional<long> ReadWeekdayList(const std::string& word);   ///< mask, bit 0 is Sunday
-std::optional<long> ReadMonthDayList(const std::string& word);  ///< mask, bit 0 is the 1st
-std::optional<long> ReadMonthList(const std::string& word);     ///< mask, bit 0 is January
-std::optional<long> ReadOrdinal(const std::string& word);       ///< 1 to 4, TriggerRule::LastWeek
-std::optional<long> ReadWeek(const std::string& word);          ///< 1 to 5
+std::optional<long> ReadLength(const std::string& word);  ///< in seconds, more than 0
+std::optional<long> ReadCount(const std::string& word);   ///< from 2 to 999
 
 bool IsClock(const std::string& word);
 bool IsClockList(const std::string& word);
 bool IsDate(const std::string& word);
 bool IsLength(const std::string& word);
 bool IsCount(const std::string& word);
-bool IsWeekdayList(const std::string& word);
-bool IsMonthDayList(const std::string& word);
-bool IsMonthList(const std::string& word);
-bool IsOrdinal(const std::string& word);
-bool IsWeek(const std::string& word);
 
 std::string ClockWords(long clock);
 std::string ClockListWords(const std::vector<long>& clocks);
 std::string DateWords(long day);
 std::string LengthWords(long seconds);  ///< "10 min", in the largest unit that fits
-std::string WeekdayListWords(long mask);
-std::string MonthDayListWords(long mask);
-std::string MonthListWords(long mask);
-std::string OrdinalWord(long week);
 
 /// Whether a number may have the word behind it as a unit of time: "min", "hours".
 bool IsLengthUnit(const std::string& word);
