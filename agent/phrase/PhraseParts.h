@@ -8,6 +8,8 @@
 
 namespace NoxAgent {
 
+constexpr const char* DecimalDigits = "0123456789";
+
 /// The parts between the separators; one more than there are separators.
 std::vector<std::string> Split(const std::string& text, char separator);
 

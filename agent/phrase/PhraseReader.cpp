@@ -2,6 +2,7 @@
 
 #include "agent/phrase/CronWords.h"
 #include "agent/phrase/PhraseGrammar.h"
+#include "agent/phrase/PhraseHints.h"
 #include "agent/phrase/PhraseLists.h"
 #include "agent/phrase/PhraseValues.h"
 #include "agent/phrase/PhraseWords.h"
@@ -29,30 +30,20 @@ std::string Choices(const Grammar::Outcome& outcome) {
   return text;
 }
 
-// For what newcomers type: a crontab's fields without quotes, and a command without its mark.
-std::string HintAt(const PhraseWords& words, std::size_t at) {
-  const std::string& first = words.Plain().front();
-  const bool isCron = first == "cron" || first.starts_with('@') ||
-                      first.find_first_not_of("0123456789*/,-") == std::string::npos;
-  if (isCron) {
-    return "; a crontab's five fields are one word in quotes: cron '15 3 * * 1-5'";
-  }
-  const bool isCommand = words.Written(at).find('/') != std::string::npos;
-  return isCommand ? "; the command stands behind --" : "";
-}
-
 [[noreturn]] void Refuse(const PhraseWords& words, const Grammar::Outcome& outcome) {
   const std::size_t at = outcome.m_Understood;
   if (words.Plain().empty()) {
     throw PhraseError("it is not said when; there could stand " + Choices(outcome));
   }
+  const std::string hint = PhraseHint(words, outcome);
+  const std::string advice = hint.empty() ? "" : "; " + hint;
   if (at == words.Plain().size()) {
     throw PhraseError("the schedule \"" + words.Text() + "\" ends too early; there could follow " +
-                      Choices(outcome));
+                      Choices(outcome) + advice);
   }
   throw PhraseError("the schedule \"" + words.Marked(at) + "\" cannot be read at \"" +
                     words.Written(at) + "\"; there could stand " + Choices(outcome) +
-                    (outcome.m_CouldEnd ? ", or it could end there" : "") + HintAt(words, at));
+                    (outcome.m_CouldEnd ? ", or it could end there" : "") + advice);
 }
 
 // Makes rules from what the grammar found, word by word.
@@ -281,8 +272,10 @@ long ReadPhraseMoment(const std::string& option, const std::string& text,
   auto date = words.empty() || words.size() > 2 ? std::nullopt : ReadPhraseDate(words.front());
   const auto clock = words.size() == 2 ? ReadClock(words.back()) : std::nullopt;
   if (!date || (words.size() == 2 && (!clock || date->m_Clock))) {
-    throw PhraseError(option + " \"" + text +
-                      "\" cannot be read; write it like 2030-12-31 or \"2030-12-31 08:00\"");
+    const std::string fault = words.empty() ? "" : FaultOfDate(words.front());
+    throw PhraseError(option + " \"" + text + "\" cannot be read" +
+                      (fault.empty() ? "" : ": " + fault) +
+                      "; write it like 2030-12-31 or \"2030-12-31 08:00\"");
   }
   date->m_Clock = words.size() == 2 ? clock : date->m_Clock;
   return calendar.MomentOf(date->m_Day, date->m_Clock.value_or(isEnd ? LastSecondOfDay : 0));

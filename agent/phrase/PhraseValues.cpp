@@ -42,12 +42,30 @@ std::string TwoDigits(long number) {
   return (number < 10 ? "0" : "") + std::to_string(number);
 }
 
-}  // namespace
+constexpr std::chrono::year FirstYear{1970}, LastYear{2038};
 
-std::optional<long> ReadClock(const std::string& word) {
-  if (word == "midnight" || word == "noon") {
-    return word == "noon" ? DaySeconds / 2 : 0;
+// "2027-01-04" as it is written, which need not be a day; what is behind a "t" is not looked at.
+std::optional<std::chrono::year_month_day> ReadYearMonthDay(const std::string& word) {
+  const std::vector<std::string> parts = Split(word.substr(0, word.find('t')), '-');
+  if (parts.size() != 3 || parts[0].size() != 4) {
+    return std::nullopt;
   }
+  const auto year = ReadDigits(parts[0]), month = ReadDigits(parts[1], 2),
+             day = ReadDigits(parts[2], 2);
+  if (!year || !month || !day) {
+    return std::nullopt;
+  }
+  return std::chrono::year_month_day(std::chrono::year(static_cast<int>(*year)),
+                                     std::chrono::month(static_cast<unsigned>(*month)),
+                                     std::chrono::day(static_cast<unsigned>(*day)));
+}
+
+long DayNumber(const std::chrono::year_month_day& date) {
+  return static_cast<long>(std::chrono::sys_days(date).time_since_epoch().count());
+}
+
+// "02:30" or "02:30:15".
+std::optional<long> ReadWholeDayClock(const std::string& word) {
   const std::vector<std::string> parts = Split(word, ':');
   if (parts.size() < 2 || parts.size() > 3 || parts[1].size() != 2 || parts.back().size() != 2) {
     return std::nullopt;
@@ -58,6 +76,28 @@ std::optional<long> ReadClock(const std::string& word) {
     return std::nullopt;
   }
   return *hour * HourSeconds + *minute * MinuteSeconds + *second;
+}
+
+// "2:30pm" or "2pm"; the hours go from 12, which stands for 0, to 11.
+std::optional<long> ReadHalfDayClock(const std::string& word) {
+  constexpr std::size_t MarkLength = 2;
+  constexpr long HalfDay = DaySeconds / 2;
+  const std::string time = word.substr(0, word.size() - MarkLength);
+  const auto clock = ReadWholeDayClock(time.find(':') == std::string::npos ? time + ":00" : time);
+  if (!clock || *clock < HourSeconds || *clock >= HalfDay + HourSeconds) {
+    return std::nullopt;
+  }
+  return *clock % HalfDay + (word.ends_with("pm") ? HalfDay : 0);
+}
+
+}  // namespace
+
+std::optional<long> ReadClock(const std::string& word) {
+  if (word == "midnight" || word == "noon") {
+    return word == "noon" ? DaySeconds / 2 : 0;
+  }
+  return word.ends_with("am") || word.ends_with("pm") ? ReadHalfDayClock(word)
+                                                      : ReadWholeDayClock(word);
 }
 
 std::optional<std::vector<long>> ReadClockList(const std::string& word) {
@@ -75,29 +115,32 @@ std::optional<std::vector<long>> ReadClockList(const std::string& word) {
 }
 
 std::optional<PhraseDate> ReadPhraseDate(const std::string& word) {
-  constexpr long FirstYear = 1970, LastYear = 2038;
+  const auto date = ReadYearMonthDay(word);
+  if (!date || !FaultOfDate(word).empty()) {
+    return std::nullopt;
+  }
+  PhraseDate read{DayNumber(*date), std::nullopt};
   const std::size_t t = word.find('t');
-  const std::vector<std::string> parts = Split(word.substr(0, t), '-');
-  if (parts.size() != 3 || parts[0].size() != 4) {
-    return std::nullopt;
-  }
-  const auto year = ReadDigits(parts[0]), month = ReadDigits(parts[1], 2),
-             day = ReadDigits(parts[2], 2);
-  if (!year || !month || !day || *year < FirstYear || *year > LastYear) {
-    return std::nullopt;
-  }
-  const std::chrono::year_month_day date(std::chrono::year(static_cast<int>(*year)),
-                                         std::chrono::month(static_cast<unsigned>(*month)),
-                                         std::chrono::day(static_cast<unsigned>(*day)));
-  PhraseDate read;
   if (t != std::string::npos) {
     read.m_Clock = ReadClock(word.substr(t + 1));
   }
-  if (!date.ok() || (t != std::string::npos && !read.m_Clock)) {
-    return std::nullopt;
+  return t == std::string::npos || read.m_Clock ? std::optional(read) : std::nullopt;
+}
+
+std::string FaultOfDate(const std::string& word) {
+  constexpr long LastDay = LocalCalendar::End() / DaySeconds;
+  const auto date = ReadYearMonthDay(word);
+  if (!date) {
+    return {};
   }
-  read.m_Day = static_cast<long>(std::chrono::sys_days(date).time_since_epoch().count());
-  return read.m_Day <= LocalCalendar::End() / DaySeconds ? std::optional(read) : std::nullopt;
+  if (date->year() < FirstYear) {
+    return "days go from 1970-01-01 on";
+  }
+  if (date->year() > LastYear || (date->ok() && DayNumber(*date) > LastDay)) {
+    return "days go to " + DateWords(LastDay) +
+           ", as scheduling ends where seconds since 1970 outgrow 32 bits";
+  }
+  return date->ok() ? "" : "there is no such day";
 }
 
 std::optional<long> ReadLength(const std::string& word) {

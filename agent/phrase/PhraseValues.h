@@ -22,6 +22,9 @@ std::optional<PhraseDate> ReadPhraseDate(const std::string& word);        ///< t
 std::optional<long> ReadLength(const std::string& word);  ///< in seconds, more than 0
 std::optional<long> ReadCount(const std::string& word);   ///< from 2 to 999
 
+/// Why what is written like a day is none that a schedule can have; empty for all else.
+std::string FaultOfDate(const std::string& word);
+
 bool IsClock(const std::string& word);
 bool IsClockList(const std::string& word);
 bool IsDate(const std::string& word);

@@ -1,5 +1,6 @@
 #include "agent/phrase/PhraseWords.h"
 
+#include "agent/phrase/PhraseParts.h"
 #include "agent/phrase/PhraseValues.h"
 
 #include <algorithm>
@@ -45,7 +46,21 @@ std::vector<std::string> SplitAtBlanks(const std::string& text) {
 }
 
 bool IsNumber(const std::string& word) {
-  return !word.empty() && word.find_first_not_of("0123456789") == std::string::npos;
+  return !word.empty() && word.find_first_not_of(DecimalDigits) == std::string::npos;
+}
+
+// Whether the words are one value: "10 min", "1 h 30 min" up to its "1 h 30", "2:30 pm".
+bool IsContinued(const std::string& value, const std::string& word) {
+  const std::string length = value.substr(0, value.find_last_not_of(DecimalDigits) + 1);
+  const bool endsInNumber = length.size() < value.size();
+  if (IsLengthUnit(word)) {
+    return endsInNumber && (length.empty() || IsLength(length));
+  }
+  if (word == "am" || word == "pm") {
+    return IsNumber(value) || IsClock(value);
+  }
+  const bool beginsWithNumber = word.find_first_of(DecimalDigits) == 0;
+  return IsLength(value) && beginsWithNumber && (IsNumber(word) || IsLength(word));
 }
 
 }  // namespace
@@ -77,7 +92,8 @@ bool PhraseWords::BelongsToLast(const std::string& plain) const {
     return false;
   }
   const std::string& last = m_Plain.back();
-  return (IsNumber(last) && IsLengthUnit(plain)) || last.ends_with(',') || plain.starts_with(',');
+  return last.ends_with(',') || plain.starts_with(',') ||
+         IsContinued(last.substr(last.rfind(',') + 1), plain.substr(0, plain.find(',')));
 }
 
 void PhraseWords::Add(const std::string& word) {

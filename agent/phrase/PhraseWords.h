@@ -7,7 +7,7 @@ namespace NoxAgent {
 
 /// The words of a schedule, from the arguments of a command line or from one text. Blanks separate
 /// words, quotes keep them together, the argument behind "cron" is one word, a number has its unit
-/// with it ("10 min"), and a list its next part ("mon, wed").
+/// with it ("10 min", "1 h 30 min", "2 pm"), and a list its next part ("mon, wed").
 class PhraseWords {
  public:
   explicit PhraseWords(const std::vector<std::string>& arguments);

@@ -59,6 +59,29 @@ TEST_F(PhraseReader, IsForgivingAboutHowWordsAreWritten) {
   EXPECT_EQ("weekends at 00:00", Read({"sat-sun at midnight"}));
 }
 
+TEST_F(PhraseReader, ReadsALengthOfSeveralPartsWhereverALengthStands) {
+  for (const char* const length : {"1h30m", "1h30min", "1h 30min", "1 h 30 min", "1 hour 30 min"}) {
+    SCOPED_TRACE(length);
+    const std::string words = length;
+    EXPECT_EQ("every 90 min", Read({"every " + words}));
+    EXPECT_EQ("once 2026-11-23 13:33", Read({"once in " + words}));
+    EXPECT_EQ("every 90 min from 08:00 until 09:30",
+              Read({"daily at 08:00 every " + words + " for " + words}));
+  }
+  EXPECT_EQ("every 5430 s", Read({"every", "1", "h", "30", "min", "30", "s"}));
+  EXPECT_NE(std::string::npos, ErrorOf({"every 1 h 30"}).find("cannot be read at \"1 h 30\""));
+}
+
+TEST_F(PhraseReader, ReadsTheClockOfTwelveHours) {
+  EXPECT_EQ("daily at 02:00,14:00,14:30", Read({"daily at 2am, 2 pm, 2:30pm"}));
+  EXPECT_EQ("daily at 14:30", Read({"daily", "at", "2:30", "PM"}));
+  EXPECT_EQ("daily at 00:15,12:00", Read({"daily at 12:15 am,12 pm"}));
+  EXPECT_EQ("every 10 min from 09:00 until 17:00", Read({"every 10 min from 9am until 5 pm"}));
+  for (const char* const none : {"0pm", "13pm", "14:30pm", "pm", "2:3pm", "2p"}) {
+    EXPECT_NE(std::string::npos, ErrorOf({std::string("daily at ") + none}).find("CLOCKS")) << none;
+  }
+}
+
 TEST_F(PhraseReader, ReadsEachForm) {
   for (const char* const words :
        {"now", "once 2027-01-04 09:00", "once 2027-01-04 09:00 every 30 min for 2 h",
@@ -90,7 +113,7 @@ TEST_F(PhraseReader, PointsAtTheWordThatCannotStandThere) {
       ErrorOf({"daily at 25:00"}));
   EXPECT_EQ(
       "the schedule \"every 2 [moons] at 08:00\" cannot be read at \"moons\"; there could stand "
-      "days or weeks",
+      "days or weeks; a length of time is a whole number with its unit, s, min or h, as in 30 min",
       ErrorOf({"every 2 moons at 08:00"}));
 }
 
@@ -133,6 +156,34 @@ TEST_F(PhraseReader, KnowsWhatNewcomersTypeFirst) {
             ErrorOf({"cron", "0", "3", "*", "*", "*"}).find("one word in quotes"));
   EXPECT_NE(std::string::npos,
             ErrorOf({"daily", "at", "02:30", "/bin/ls"}).find("the command stands behind --"));
+}
+
+TEST_F(PhraseReader, SaysWhatALengthOfTimeIsWhereItsUnitIsMissing) {
+  const std::string hint =
+      "; a length of time is a whole number with its unit, s, min or h, as in 30 min";
+  for (const char* const words : {"every 10", "every 10 mn", "every 10mn", "once in 10",
+                                  "daily at 08:00 every 10 min for 2"}) {
+    EXPECT_TRUE(ErrorOf({words}).ends_with(hint)) << ErrorOf({words});
+  }
+  EXPECT_EQ(std::string::npos, ErrorOf({"every moon"}).find(hint)) << "that is no number";
+}
+
+TEST_F(PhraseReader, SaysWhyADayIsNone) {
+  const std::string end =
+      "; days go to 2038-01-12, as scheduling ends where seconds since 1970 outgrow 32 bits";
+  EXPECT_TRUE(ErrorOf({"once 2040-01-01 09:00"}).ends_with(end));
+  EXPECT_TRUE(ErrorOf({"daily at 08:00 until 2038-01-13"}).ends_with(end));
+  EXPECT_EQ("daily at 08:00 until 2038-01-12", Read({"daily at 08:00 until 2038-01-12"}));
+  EXPECT_TRUE(ErrorOf({"once 1969-12-31"}).ends_with("; days go from 1970-01-01 on"));
+  EXPECT_TRUE(ErrorOf({"once 2027-02-29 09:00"}).ends_with("; there is no such day"));
+  EXPECT_TRUE(ErrorOf({"once 2040-99-99"}).ends_with(end));
+}
+
+TEST_F(PhraseReader, SaysWhereTheEndOfADayBelongs) {
+  const std::string hint = "; 24:00 is 00:00 of the next day";
+  EXPECT_TRUE(ErrorOf({"daily at 24:00"}).ends_with(hint));
+  EXPECT_TRUE(ErrorOf({"daily at 12:00,24:00"}).ends_with(hint));
+  EXPECT_TRUE(ErrorOf({"every 10 min from 22:00 until 24:00"}).ends_with(hint));
 }
 
 }  // namespace NoxAgentTest
