@@ -1,8 +1,11 @@
 #include "agent/client/NewJob.h"
 
 #include "agent/client/ExitCode.h"
+#include "agent/handler/job/Duration.h"
 #include "agent/handler/job/Job.h"
 #include "agent/handler/job/Words.h"
+#include "agent/phrase/PhraseValues.h"
+#include "agent/phrase/PhraseWords.h"
 
 #include <BaseSDK/AString.h>
 
@@ -41,6 +44,14 @@ std::vector<std::string> RunnableCommand(std::vector<std::string> words) {
     words.front() = std::filesystem::absolute(first).lexically_normal().string();
   }
   return words;
+}
+
+// A job's lengths have one unit; as words of a schedule they may have several.
+std::string JobDuration(const std::string& text) {
+  const std::vector<std::string> words = PhraseWords({text}).Plain();
+  const auto seconds = words.size() == 1 ? ReadLength(words.front()) : std::nullopt;
+  const bool isWords = !NoxHandler::Duration::Parse(AString::FromUtf8(text)) && seconds;
+  return isWords ? NoxHandler::Duration::Text(*seconds).ToUtf8() : text;
 }
 
 class JobText {
@@ -95,7 +106,7 @@ std::string WriteJob(const NewJob& job) {
   text.Add("arguments", NoxHandler::JoinWords({command.begin() + 1, command.end()}));
   text.Add("user", job.m_User);
   text.Add("directory", job.m_Directory);
-  text.Add("timeout", job.m_Timeout);
+  text.Add("timeout", JobDuration(job.m_Timeout));
   text.Add("overlap", job.m_Overlap);
   text.Add("retry", job.m_Retry);
   for (const std::string& key : job.m_Keys) {

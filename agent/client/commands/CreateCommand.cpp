@@ -194,7 +194,7 @@ void Create(const CreateOptions& options, const CommandContext& context) {
 void AddJobOptions(CommandLine& command, NewJob& job) {
   command.Option("--user", job.m_User, "the user to run as (default: the agent's)").Takes("USER");
   command.Option("--directory", job.m_Directory, "the working directory").Takes("DIR");
-  command.Option("--timeout", job.m_Timeout, "end a run after this time: 30s, 5m, 2h")
+  command.Option("--timeout", job.m_Timeout, "end a run after this time: 30s, 5m, 1h30m")
       .Takes("TIME");
   command
       .Option("--overlap", job.m_Overlap,

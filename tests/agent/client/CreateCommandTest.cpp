@@ -195,6 +195,18 @@ TEST_F(CreateCommand, WritesKeysAndVariablesOfTheJob) {
   ExpectError("a job's values are one line");
 }
 
+TEST_F(CreateCommand, TakesATimeoutInTheWordsOfASchedule) {
+  for (const char* const timeout : {"1h30m", "1 h 30 min", "90 min", "5400"}) {
+    const std::string job = JobOf({"/bin/true"}, {"--timeout", timeout});
+    EXPECT_NE(std::string::npos,
+              job.find(timeout == std::string("5400") ? "timeout = 5400\n" : "timeout = 90m\n"))
+        << timeout << ":\n"
+        << job;
+  }
+  EXPECT_EQ(2, Run(Line({"backup", "now", "--timeout", "1h30"})));
+  ExpectError("timeout: is to be a number of seconds");
+}
+
 TEST_F(CreateCommand, DescribeSaysADocumentInWords) {
   const std::string file = FileWith(TaskXml(DailyAtEight, "2026-06-15 08:00:00 Ok"));
   EXPECT_EQ(0, Run({"describe", file})) << Err();
