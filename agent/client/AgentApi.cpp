@@ -1,118 +1,21 @@
 #include "agent/client/AgentApi.h"
 
+#include "agent/client/AddRequest.h"
+#include "agent/client/AgentMessage.h"
+
 #include <BaseSDK/AString.h>
 
-#include <algorithm>
 #include <span>
 
 namespace NoxAgent {
 
 namespace {
 
-constexpr unsigned HttpOk = 200;
-constexpr unsigned HttpUnprocessable = 422;
-constexpr const char* BadTaskId = "bad-task-id";
 constexpr const char* UnknownTask = "unknown-task";
 constexpr const char* Scheduler = "/v1/scheduler/INoxTaskScheduler/";
 constexpr const char* AddTarget = "/v1/tasks/add";
 constexpr const char* DisableTarget = "/v1/tasks/disable";
-// In bytes; the agent takes half as much again.
-constexpr std::size_t MaxAddBody = 1024 * 1024;
-// So that the answer comes within the time that an answer may take, on a slow disk as well.
-constexpr std::size_t MaxAddedAtOnce = 200;
 constexpr const char* JobHandler = "/v1/command/INoxCommandHandler/";
-constexpr long NoJob = -1;
-
-// "message (line 3, column 7)"
-std::string DescribeError(const Json& error) {
-  std::string text = error.Text("message", "the agent gives no reason");
-  if (error.Has("line")) {
-    text += " (line " + error.At("line").Dump() + ", column " + error.At("column").Dump() + ")";
-  }
-  return text;
-}
-
-std::optional<CommandError::Place> PlaceOf(const Json& error) {
-  return error.Has("line") ? std::optional(CommandError::Place{error.At("line").Long(),
-                                                               error.At("column").Long()})
-                           : std::nullopt;
-}
-
-// The agent's error to a request.
-CommandError Refusal(unsigned status, const Json& error) {
-  return {status == HttpUnprocessable ? ExitCode::Usage : ExitCode::Failed,
-          "the agent refuses: " + DescribeError(error), error.Text("code", ""), PlaceOf(error)};
-}
-
-// An object that the text holds; nothing when it holds none.
-std::optional<Json> ObjectIn(const std::string& text) {
-  try {
-    Json value = Json::Parse(text);
-    return value.IsObject() ? std::optional<Json>(std::move(value)) : std::nullopt;
-  } catch (const JsonError&) {
-    return std::nullopt;
-  }
-}
-
-// What an answer that is none says; nothing when it says nothing.
-std::optional<Json> ErrorIn(const HttpResponse& response) {
-  const auto body = ObjectIn(response.m_Body);
-  const Json* const error = body ? body->Find("error") : nullptr;
-  return error != nullptr && error->IsObject() ? std::optional<Json>(*error) : std::nullopt;
-}
-
-Json Answer(const HttpResponse& response) {
-  if (response.m_Status == HttpOk) {
-    return response.m_Body.empty() ? Json::Object{} : Json::Parse(response.m_Body);
-  }
-  if (const auto error = ErrorIn(response)) {
-    throw Refusal(response.m_Status, *error);
-  }
-  throw CommandError(ExitCode::Failed, "the agent answers with HTTP status " +
-                                           std::to_string(response.m_Status) +
-                                           "; see its log for the reason");
-}
-
-long ResultOf(const Json& answer) {
-  return answer.At("result").Long();
-}
-
-std::string OutText(const Json& answer, const char* name) {
-  return answer.At("out").At(name).Text();
-}
-
-// Texts of the system need not be UTF-8; what is not is shown to the agent as such.
-std::string BodyOf(const Json& arguments) {
-  return arguments.Dump(0, Json::Charset::Ascii);
-}
-
-// Nothing when the ID cannot be a task's.
-std::optional<Json> AnswerAbout(const HttpResponse& response) {
-  try {
-    return Answer(response);
-  } catch (const CommandError& refusal) {
-    if (refusal.Name() == BadTaskId) {
-      return std::nullopt;
-    }
-    throw;
-  }
-}
-
-// Nothing when there is no such task.
-std::optional<Json> AnswerForTask(const HttpResponse& response) {
-  std::optional<Json> answer = AnswerAbout(response);
-  return answer && ResultOf(*answer) >= 1 ? std::move(answer) : std::nullopt;
-}
-
-// Nothing when the task has no job.
-std::optional<Json> AnswerForJob(const HttpResponse& response) {
-  std::optional<Json> answer = AnswerAbout(response);
-  const long result = answer ? ResultOf(*answer) : NoJob;
-  if (result < NoJob) {
-    throw CommandError(ExitCode::Failed, OutText(*answer, "problem"));
-  }
-  return result >= 1 ? std::move(answer) : std::nullopt;
-}
 
 AgentApi::Attributes TextsIn(const Json& object) {
   AgentApi::Attributes texts;
@@ -149,58 +52,6 @@ std::optional<AgentApi::Attributes> RunIn(const HttpResponse& response) {
     return std::nullopt;
   }
   return TextsIn(answer->At("out").At("run"));
-}
-
-// Those about the document have a place in it.
-std::vector<std::string> JobWarningsIn(const Json& answer) {
-  std::vector<std::string> texts;
-  for (const Json& warning : answer.Items("warnings")) {
-    if (!warning.Has("line")) {
-      texts.push_back(warning.Text("message", "") + "; " + warning.Text("effect", "") + "; " +
-                      warning.Text("mend", ""));
-    }
-  }
-  return texts;
-}
-
-struct AddBody {
-  std::string m_Text;
-  std::size_t m_Tasks = 0;
-};
-
-// For the first of the tasks: as many as it has room for, but for one at least.
-AddBody BodyToAdd(std::span<const AgentApi::NewTask> tasks) {
-  AddBody body{"{\"tasks\":["};
-  for (const AgentApi::NewTask& task : tasks.first(std::min(tasks.size(), MaxAddedAtOnce))) {
-    const std::string text = BodyOf({{"taskId", task.m_Id}, {"taskXml", task.m_Xml}});
-    if (body.m_Tasks > 0 && body.m_Text.size() + text.size() + 3 >= MaxAddBody) {
-      break;
-    }
-    body.m_Text += (body.m_Tasks > 0 ? "," : "") + text;
-    ++body.m_Tasks;
-  }
-  body.m_Text += "]}";
-  return body;
-}
-
-// `first` is the first task of the request, which has so many.
-void ThrowIfTaskRefused(const HttpResponse& response, std::size_t first, std::size_t tasks) {
-  const auto error = response.m_Status == HttpOk ? std::nullopt : ErrorIn(response);
-  const long index = error ? error->Long("index", -1) : -1;
-  if (index >= 0 && static_cast<std::size_t>(index) < tasks) {
-    throw TaskRefusal(Refusal(response.m_Status, *error), first + static_cast<std::size_t>(index));
-  }
-}
-
-AgentApi::AddedTask AddedTaskIn(const Json& outcome) {
-  AgentApi::AddedTask task;
-  if (const Json* const error = outcome.Find("error")) {
-    task.m_Error = Refusal(HttpOk, *error);
-  } else {
-    task.m_Id = outcome.At("taskId").Text();
-    task.m_JobWarnings = JobWarningsIn(outcome);
-  }
-  return task;
 }
 
 }  // namespace
