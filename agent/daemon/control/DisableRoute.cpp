@@ -6,8 +6,8 @@
 #include "agent/daemon/control/TaskIdCheck.h"
 #include "agent/daemon/returns/SchedulerTasks.h"
 
-#include <algorithm>
 #include <ctime>
+#include <vector>
 
 using BaseSDK::AMutexGuard;
 using BaseSDK::AString;
@@ -58,16 +58,17 @@ Json DisableRoute::Answer(const std::string& body) {
 // none stays disabled for good.
 Json DisableRoute::DisableKnown(Plugin& scheduler, const TaskReturns::Ids& taskIds, long until) {
   TaskReturns::Ids known;
+  std::vector<bool> isKnown;
   for (const std::string& id : taskIds) {
-    if (HoldsTask(scheduler, AString::FromUtf8(id))) {
+    isKnown.push_back(HoldsTask(scheduler, AString::FromUtf8(id)));
+    if (isKnown.back()) {
       known.push_back(id);
     }
   }
   m_Returns.Put(known, until);
   Json::List outcomes;
-  for (const std::string& id : taskIds) {
-    const bool isKnown = std::find(known.begin(), known.end(), id) != known.end();
-    outcomes.push_back(Disable(scheduler, id, isKnown));
+  for (std::size_t i = 0; i < taskIds.size(); ++i) {
+    outcomes.push_back(Disable(scheduler, taskIds[i], isKnown[i]));
   }
   return {{"tasks", std::move(outcomes)}};
 }

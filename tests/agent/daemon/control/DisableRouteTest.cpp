@@ -96,6 +96,18 @@ TEST_F(DisableRouteTest, AnUnknownTaskDoesNotKeepTheOthersBack) {
   EXPECT_EQ(ReturnOf("none"), std::nullopt);
 }
 
+TEST_F(DisableRouteTest, TellsOfEachIdInItsPlaceAlsoOfOneThatComesTwice) {
+  const Json tasks = DisableUntil({"b", "none", "a", "none", "b"}, m_Until)["tasks"];
+  ASSERT_EQ(tasks.Items().size(), 5U);
+  for (const unsigned known : {0U, 2U, 4U}) {
+    EXPECT_FALSE(tasks.At(known).Has("error")) << tasks;
+  }
+  for (const unsigned unknown : {1U, 3U}) {
+    EXPECT_EQ(tasks.At(unknown)["error"]["code"], "unknown-task") << tasks;
+  }
+  EXPECT_EQ(tasks.At(4)["taskId"], "b");
+}
+
 TEST_F(DisableRouteTest, RefusesBadRequestsAndDisablesNothing) {
   const long now = static_cast<long>(std::time(nullptr));
   EXPECT_EQ(ErrorOf({{"taskIds", Json::List{"a"}}, {"until", now}}), "bad-moment");
