@@ -79,10 +79,11 @@ class Proposals {
     const PhraseRule plain = Plain();
     if (plain.m_Days == Days::MonthWeek) {
       AddOrdinals(plain, all);
+      // Before an end that is near, "mon in aug" would else be the first, the second and so on.
       PhraseRule eachWeek = plain;
       eachWeek.m_Days = Days::EveryWeeks;
       eachWeek.m_Week = 1;
-      all.push_back(eachWeek);
+      all.insert(all.begin(), eachWeek);
     }
     if (plain.m_Days == Days::MonthDays && plain.m_MonthDays == PhraseRule::AllMonthDays) {
       PhraseRule daily = plain;
