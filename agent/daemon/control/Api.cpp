@@ -8,6 +8,8 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
+#include <vector>
 
 using BaseSDK::AString;
 namespace NoxAgent {
@@ -23,12 +25,26 @@ RequestError UnknownPath(const std::string& path) {
 constexpr const char* WithTasks = "tasks=1";
 constexpr const char* WithAttributes = "attributes=1";
 constexpr const char* WithForce = "force=1";
+constexpr std::string_view OfTask = "id=";
 
-RequestError BadQuery(const char* known) {
+using Queries = std::vector<std::string_view>;
+
+// One that ends with an equals sign is followed by a value.
+bool IsAmong(const Queries& known, std::string_view query) {
+  return std::any_of(known.begin(), known.end(), [&](std::string_view one) {
+    return one.ends_with('=') ? query.starts_with(one) : query == one;
+  });
+}
+
+RequestError BadQuery(const Queries& known) {
+  std::string list;
+  for (const std::string_view one : known) {
+    list += (list.empty() ? "" : " and ") + std::string(one) + (one.ends_with('=') ? "..." : "");
+  }
   return RequestError(HttpStatus::BadRequest, "bad-query",
-                      known != nullptr
-                          ? AString("this path knows the query %1; there are no others").Arg(known)
-                          : AString("this path takes no query"));
+                      list.empty() ? AString("this path takes no query")
+                                   : AString("this path knows the query %1; there are no others")
+                                         .Arg(AString::FromUtf8(list)));
 }
 
 // What the agent itself tells plug-ins; they would take any other number for something else.
@@ -122,31 +138,40 @@ ApiResponse Api::Fixed(const ApiRequest& request, const Target& target) {
   struct Entry {
     const char* m_Path;
     const char* m_Method;
-    const char* m_Query;  ///< the only one that it knows, null for none
+    Queries m_Queries;  ///< those that it knows
     std::function<ApiResponse()> m_Answer;
   };
   const Entry entries[] = {
-      {"/v1/status", "GET", WithTasks,
+      {"/v1/status",
+       "GET",
+       {WithTasks},
        [&] { return Ok(m_Actions.m_Status(target.m_Query == WithTasks)); }},
-      {"/v1/notifications", "GET", nullptr,
+      {"/v1/notifications",
+       "GET",
+       {},
        [] {
          return ApiResponse{HttpStatus::Ok, {}, {}, true};
        }},
-      {"/v1/tasks", "GET", WithAttributes,
+      {"/v1/tasks",
+       "GET",
+       {WithAttributes, OfTask},
        [&] {
-         BodyParts parts = m_Tasks.List(target.m_Query == WithAttributes);
+         BodyParts parts = target.m_Query.starts_with(OfTask)
+                               ? m_Tasks.One(target.m_Query.substr(OfTask.size()))
+                               : m_Tasks.List(target.m_Query == WithAttributes);
          return ApiResponse{
              HttpStatus::Ok, {}, {}, false, EndingWithErrors(std::move(parts), request.m_Target)};
        }},
-      {"/v1/tasks/add", "POST", WithForce,
+      {"/v1/tasks/add",
+       "POST",
+       {WithForce},
        [&] { return Ok(m_Tasks.Add(request.m_Body, target.m_Query == WithForce)); }},
-      {"/v1/tasks/disable", "POST", nullptr, [&] { return Ok(m_Disable.Answer(request.m_Body)); }},
-      {"/v1/refresh", "POST", nullptr, [&] { return Refresh(); }},
-      {"/v1/notify", "POST", nullptr, [&] { return Notify(request.m_Body); }},
-      {"/v1/files", "GET", nullptr, [&] { return Ok(m_Files.List()); }},
-      {"/v1/files/take-back", "POST", nullptr,
-       [&] { return Ok(m_Files.TakeBack(request.m_Body)); }},
-      {"/v1/files/remove", "POST", nullptr, [&] { return Ok(m_Files.Remove(request.m_Body)); }},
+      {"/v1/tasks/disable", "POST", {}, [&] { return Ok(m_Disable.Answer(request.m_Body)); }},
+      {"/v1/refresh", "POST", {}, [&] { return Refresh(); }},
+      {"/v1/notify", "POST", {}, [&] { return Notify(request.m_Body); }},
+      {"/v1/files", "GET", {}, [&] { return Ok(m_Files.List()); }},
+      {"/v1/files/take-back", "POST", {}, [&] { return Ok(m_Files.TakeBack(request.m_Body)); }},
+      {"/v1/files/remove", "POST", {}, [&] { return Ok(m_Files.Remove(request.m_Body)); }},
   };
   for (const Entry& entry : entries) {
     if (target.m_Path != entry.m_Path) {
@@ -155,8 +180,8 @@ ApiResponse Api::Fixed(const ApiRequest& request, const Target& target) {
     if (request.m_Method != entry.m_Method) {
       return WrongMethod(entry.m_Method);
     }
-    if (!target.m_Query.empty() && (entry.m_Query == nullptr || target.m_Query != entry.m_Query)) {
-      throw BadQuery(entry.m_Query);
+    if (!target.m_Query.empty() && !IsAmong(entry.m_Queries, target.m_Query)) {
+      throw BadQuery(entry.m_Queries);
     }
     return entry.m_Answer();
   }

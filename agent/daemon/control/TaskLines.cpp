@@ -113,6 +113,9 @@ TaskLines::TaskLines(Parts parts, bool withAttributes)
   m_Parts.m_Glances.ForgetAllBut(m_Ids);
 }
 
+TaskLines::TaskLines(Parts parts, const AString& taskId)
+    : m_Parts(std::move(parts)), m_WithAttributes(false), m_Ids{taskId} {}
+
 std::string TaskLines::Next() {
   std::string lines;
   while (m_Next < m_Ids.size() && lines.size() < PartBytes) {

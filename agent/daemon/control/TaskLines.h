@@ -16,9 +16,9 @@
 
 namespace NoxAgent {
 
-/// Tells of the tasks of a scheduler one after the other, a line of JSON for each: what its
-/// document says, what the scheduler has in memory, and what its handler knows of the latest run.
-/// One thread at a time.
+/// Tells of the tasks of a scheduler, of all one after the other or of a single one, a line of JSON
+/// for each: what its document says, what the scheduler has in memory, and what its handler knows
+/// of the latest run. One thread at a time.
 class TaskLines {
  public:
   /// What it works with. All but the scheduler are borrowed and outlive it.
@@ -33,6 +33,8 @@ class TaskLines {
   /// Asks the scheduler which tasks there are. With attributes, each line has all that the
   /// scheduler reports. Throws RequestError.
   TaskLines(Parts parts, bool withAttributes);
+  /// Of this task alone, if there is one.
+  TaskLines(Parts parts, const BaseSDK::AString& taskId);
 
   /// The lines of the next tasks, some ten thousand bytes together; empty at the end. A task that
   /// is gone by now is left out. Throws RequestError.

@@ -3,7 +3,7 @@
 #include "agent/daemon/control/ErrorAnswer.h"
 #include "agent/daemon/control/RequestBody.h"
 #include "agent/daemon/control/RequestError.h"
-#include "agent/daemon/control/TaskLines.h"
+#include "agent/daemon/control/TaskIdCheck.h"
 #include "agent/daemon/control/WrittenCheck.h"
 
 #include <AgentInterfacesV3/AMsgGroup.h>
@@ -133,11 +133,21 @@ std::shared_ptr<Plugin> TasksRoute::Scheduler() const {
   return scheduler;
 }
 
+TaskLines::Parts TasksRoute::Parts() {
+  return {m_Plugins, Scheduler(), *m_Store.Files(), m_Glances, m_Returns};
+}
+
 BodyParts TasksRoute::List(bool withAttributes) {
-  const auto lines = std::make_shared<TaskLines>(
-      TaskLines::Parts{m_Plugins, Scheduler(), *m_Store.Files(), m_Glances, m_Returns},
-      withAttributes);
+  const auto lines = std::make_shared<TaskLines>(Parts(), withAttributes);
   return [lines] { return lines->Next(); };
+}
+
+BodyParts TasksRoute::One(const std::string& taskId) {
+  const TaskLines::Parts parts = Parts();
+  const AString id = AString::FromUtf8(taskId);
+  CheckTaskId(id, AString::FromUtf8(m_Store.Files()->Directory().Extension()));
+  const auto line = std::make_shared<TaskLines>(parts, id);
+  return [line] { return line->Next(); };
 }
 
 Json TasksRoute::Add(const std::string& body, bool force) {

@@ -2,6 +2,7 @@
 
 #include "agent/daemon/control/BodyParts.h"
 #include "agent/daemon/control/OperationRoute.h"
+#include "agent/daemon/control/TaskLines.h"
 #include "agent/daemon/plugins/Plugins.h"
 #include "agent/daemon/returns/TaskReturns.h"
 #include "agent/daemon/store/TaskGlances.h"
@@ -13,8 +14,8 @@
 
 namespace NoxAgent {
 
-/// The routes GET /v1/tasks, all tasks in one answer, and POST /v1/tasks/add, many new ones in one
-/// request. docs/http.md describes them.
+/// The routes GET /v1/tasks, all tasks in one answer or a single one, and POST /v1/tasks/add, many
+/// new ones in one request. docs/http.md describes them.
 ///
 /// Any number of threads may ask at once.
 class TasksRoute {
@@ -25,6 +26,9 @@ class TasksRoute {
   /// A line of JSON for each task of the scheduler, in the order of the IDs; with the scheduler's
   /// attributes when asked. Throws RequestError, and so do the parts.
   BodyParts List(bool withAttributes);
+  /// The line of this task alone; nothing when there is no such task. Throws RequestError, also
+  /// when the ID can be no task's, and so do the parts.
+  BodyParts One(const std::string& taskId);
 
   /// Adds the tasks of {"tasks": [{"taskId", "taskXml"}, ...]}, in their order, after all of them
   /// have passed the border. {"tasks": [...]} with what became of each. Throws RequestError, OfTask
@@ -34,6 +38,8 @@ class TasksRoute {
  private:
   /// Throws RequestError when there is none.
   std::shared_ptr<Plugin> Scheduler() const;
+  /// What lines are made with. Throws as Scheduler does.
+  TaskLines::Parts Parts();
 
   const Plugins& m_Plugins;
   const TaskStore& m_Store;

@@ -186,6 +186,7 @@ TEST_F(DisableRouteTest, TheListTellsWhenADisabledTaskComesBack) {
   const std::string lines = answer.m_Parts();
   EXPECT_EQ(Json::Parse(lines.substr(0, lines.find('\n')))["returns"], m_Until);
   EXPECT_FALSE(Json::Parse(lines.substr(lines.find('\n') + 1)).Has("returns"));
+  EXPECT_EQ(Json::Parse(m_Agent.Ask("GET", "/v1/tasks?id=a").m_Parts())["returns"], m_Until);
   PassTo(m_Until);
   EXPECT_EQ(ReturnOf("b"), std::nullopt);
 }

@@ -92,6 +92,19 @@ TEST_F(TasksRouteTest, GivesTheSchedulersAttributesWhenAsked) {
             m_Agent.Call("GetTaskAttributes", {{"taskId", "a"}}, "scheduler")["out"]["attributes"]);
 }
 
+TEST_F(TasksRouteTest, TellsOfASingleTaskAsTheListDoes) {
+  PutTask("a.vsk", TestAgent::DailyTask);
+  PutTask("b.vsk", TestAgent::DailyTask);
+  m_Agent.Load();
+  EXPECT_EQ(ReadAll(m_Agent.Ask("GET", "/v1/tasks?id=b")), Json::List{List().at(1)});
+  EXPECT_EQ(ReadAll(m_Agent.Ask("GET", "/v1/tasks?id=none")), Json::List{});
+  for (const char* const id : {"", "a%20b", "../tasks/a", "a.vsk", "a&attributes=1"}) {
+    const ApiResponse answer = m_Agent.Ask("GET", std::string("/v1/tasks?id=") + id);
+    EXPECT_EQ(answer.m_Status, 422U) << id;
+    EXPECT_EQ(Json::Parse(answer.m_Body)["error"]["code"], "bad-task-id") << id;
+  }
+}
+
 TEST_F(TasksRouteTest, GoesByTheOrderOfTheIds) {
   for (const char* const id : {"b", "a.1", "a", "Z", "a-1"}) {
     PutTask(id + std::string(".vsk"), TestAgent::DailyTask);
