@@ -41,6 +41,8 @@ TriggerRule TriggerOf(const PhraseRule& rule) {
       return hasMonths ? MonthWeekTrigger(rule) : trigger;
     case Days::MonthDays:
       return MonthDaysTrigger(rule.m_MonthDays, rule.m_Months);
+    case Days::LastDay:
+      return MonthDaysTrigger(1L << 30, rule.m_Months);
     default:
       return MonthWeekTrigger(rule);
   }
@@ -56,6 +58,9 @@ bool DayChoice::Selects(long day) const {
     return WordedRule(m_Trigger, m_FirstDay, m_Calendar).Selects(day);
   }
   const LocalCalendar::Date date = m_Calendar.DateOf(day);
+  if (m_Rule.m_Days == Days::LastDay) {
+    return date.m_Day == date.m_DaysInMonth && HasBit(m_Rule.m_Months, date.m_Month);
+  }
   if (IsOfEachWeek()) {
     return HasBit(m_Rule.m_Weekdays, date.m_Weekday) && HasBit(m_Rule.m_Months, date.m_Month);
   }

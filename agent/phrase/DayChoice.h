@@ -20,7 +20,7 @@ class DayChoice {
   bool IsCounted() const { return m_Rule.m_Count > 1; }
   /// A trigger for these days without begin, end and repetition; of an Ordinal that of its week,
   /// which has some of the days and may have others; of weekdays in some months that of the first
-  /// week.
+  /// week; of a LastDay that of months of 31 days.
   const TriggerRule& Trigger() const { return m_Trigger; }
   /// Weekdays in some months, which take a trigger for each week of the month.
   bool IsOfEachWeek() const;

@@ -21,11 +21,13 @@ constexpr std::array<Grammar::Rule, 7> Rules{{
     {"DAYS",
      "(daily | every day | [every] WEEKDAYS) [in MONTHS] | every COUNT days | every COUNT weeks on "
      "WEEKDAYS | "
-     "monthly on (MONTHDAYS | ORDINAL WEEKDAYS | week WEEK WEEKDAYS) [in MONTHS]"},
+     "monthly on (MONTHDAYS | last day=lastday | ORDINAL WEEKDAYS | week WEEK WEEKDAYS) [in "
+     "MONTHS]"},
     {"REPEAT",
      "every DURATION=step (for DURATION | until CLOCK) [then stop] | "
      "for DURATION then stop"},
-    {"EVERY", "(hourly | every DURATION=allday) [from CLOCK=first until CLOCK=last] [on WEEKDAYS]"},
+    {"EVERY",
+     "(hourly | every DURATION=allday) [from CLOCK=first until CLOCK=lastclock] [on WEEKDAYS]"},
     {"SPAN", "[from DATE=begin [CLOCK=beginclock]] [until DATE=end [CLOCK=endclock]]"},
 }};
 

@@ -91,8 +91,41 @@ class Proposals {
       daily.m_MonthDays = 0;
       all.push_back(daily);
     }
+    if (plain.m_Days == Days::MonthDays && IsLastDay(m_First)) {
+      AddLastDay(plain, all);
+    }
     all.push_back(plain);
     return all;
+  }
+
+  // One trigger for each length of a month, and several for February. One date alone is said as it
+  // is.
+  void AddLastDay(PhraseRule rule, RuleList& all) const {
+    bool hasOtherDates = false;
+    for (const TriggerRule& trigger : m_Triggers) {
+      if (IsLastDay(trigger) && HasTimeOfFirst(trigger)) {
+        hasOtherDates = hasOtherDates || trigger.m_DaysOfMonth != m_First.m_DaysOfMonth;
+        rule.m_Months |= trigger.m_MonthsOfYear;
+      }
+    }
+    if (hasOtherDates) {
+      rule.m_Days = Days::LastDay;
+      rule.m_MonthDays = 0;
+      all.push_back(rule);
+    }
+  }
+
+  // Whether its dates are such as end months.
+  static bool IsLastDay(const TriggerRule& trigger) {
+    constexpr long From28To31 = 0xFL << 27;
+    return trigger.m_Type == TriggerRule::MonthlyByDate &&
+           (trigger.m_DaysOfMonth & ~From28To31) == 0;
+  }
+
+  bool HasTimeOfFirst(const TriggerRule& trigger) const {
+    return trigger.m_IntervalSeconds == m_First.m_IntervalSeconds &&
+           trigger.m_DurationSeconds == m_First.m_DurationSeconds &&
+           m_Calendar.ClockAt(trigger.m_Begin) == m_Calendar.ClockAt(m_First.m_Begin);
   }
 
   // One trigger for each of several weeks and years: the first Monday is in week 1 or 2.

@@ -82,15 +82,16 @@ class RuleBuilder {
         {"MONTHS", &RuleBuilder::TakeMonths},
         {"ORDINAL", &RuleBuilder::TakeOrdinal},
         {"WEEK", &RuleBuilder::TakeWeek},
+        {"lastday", &RuleBuilder::TakeLastDay},
         {"EXPRESSION", &RuleBuilder::TakeExpression},
         {"CLOCKS", &RuleBuilder::TakeClocks},
         {"allday", &RuleBuilder::TakeAllDay},
         {"hourly", &RuleBuilder::TakeHourly},
         {"first", &RuleBuilder::TakeClocks},
-        {"last", &RuleBuilder::TakeLast},
+        {"lastclock", &RuleBuilder::TakeLastClock},
         {"step", &RuleBuilder::TakeStep},
         {"DURATION", &RuleBuilder::TakeDuration},
-        {"CLOCK", &RuleBuilder::TakeLast},
+        {"CLOCK", &RuleBuilder::TakeLastClock},
         {"stop", &RuleBuilder::TakeStop},
         {"moment", &RuleBuilder::TakeBegin},
         {"momentclock", &RuleBuilder::TakeBeginClock},
@@ -144,6 +145,8 @@ class RuleBuilder {
     m_Rule.m_Week = *ReadOrdinal(word);
   }
 
+  void TakeLastDay(const std::string& /*word*/) { m_Rule.m_Days = Days::LastDay; }
+
   void TakeWeek(const std::string& word) {
     m_Rule.m_Days = Days::MonthWeek;
     m_Rule.m_Week = *ReadWeek(word);
@@ -168,7 +171,7 @@ class RuleBuilder {
 
   void TakeStep(const std::string& word) { m_Rule.m_Interval = *ReadLength(word); }
   void TakeDuration(const std::string& word) { m_Rule.m_Duration = *ReadLength(word); }
-  void TakeLast(const std::string& word) { m_LastClock = *ReadClock(word); }
+  void TakeLastClock(const std::string& word) { m_LastClock = *ReadClock(word); }
   void TakeStop(const std::string& /*word*/) { m_Rule.m_Stops = true; }
   void TakeBegin(const std::string& word) { m_Begin = ReadPhraseDate(word); }
   void TakeEnd(const std::string& word) { m_End = ReadPhraseDate(word); }

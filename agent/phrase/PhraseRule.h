@@ -18,6 +18,7 @@ struct PhraseRule {
     EveryDays,   ///< every m_Count-th day
     EveryWeeks,  ///< on m_Weekdays of every m_Count-th week, Sunday to Saturday
     MonthDays,   ///< on m_MonthDays of m_Months
+    LastDay,     ///< on the last day of m_Months
     MonthWeek,   ///< on m_Weekdays of m_Week as the scheduler counts weeks, days 1 to 6 and so on
     Ordinal,     ///< on the m_Week-th of each of m_Weekdays in a month; LastWeek is the last
     Cron,        ///< what m_Cron says

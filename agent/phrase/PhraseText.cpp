@@ -24,6 +24,8 @@ std::string DayWords(const PhraseRule& rule) {
                                : "every " + count + " weeks on " + weekdays;
     case Days::MonthDays:
       return "monthly on " + MonthDayListWords(rule.m_MonthDays) + InMonths(rule);
+    case Days::LastDay:
+      return "monthly on last day" + InMonths(rule);
     case Days::MonthWeek:
       return "monthly on week " + std::to_string(rule.m_Week) + " " + weekdays + InMonths(rule);
     case Days::Ordinal:

@@ -4,17 +4,17 @@
 #include "agent/crontab/HourCuts.h"
 #include "agent/phrase/CronWords.h"
 #include "agent/phrase/DayChoice.h"
+#include "agent/phrase/DaySpans.h"
 #include "agent/phrase/LostRuns.h"
 #include "agent/phrase/PhraseTimes.h"
 #include "agent/phrase/PhraseUnits.h"
 #include "agent/phrase/PhraseValues.h"
+#include "agent/schedule/RestOfPeriod.h"
 #include "agent/schedule/SchedulerTrigger.h"
 #include "agent/schedule/StartRule.h"
 #include "agent/schedule/StartTriggers.h"
 
 #include <algorithm>
-#include <chrono>
-#include <map>
 #include <optional>
 
 namespace NoxAgent {
@@ -75,29 +75,17 @@ class TriggerMaker {
     for (StartRule& rule : rules) {
       rule.m_Rule.m_End = m_Rule.m_Until;
     }
-    for (const TriggerRule& trigger : StartTriggers(rules, m_Calendar, m_Earliest)) {
-      Add(trigger);
-    }
+    Add(StartTriggers(rules, m_Calendar, m_Earliest));
   }
 
   void AddDays() {
     const DayChoice choice(m_Rule, FirstDay(), m_Calendar);
     AddRestUnderWay(choice);
-    if (m_Rule.m_Days == Days::Ordinal) {
-      for (int day = 0; day < 7; ++day) {
-        if (HasBit(m_Rule.m_Weekdays, day)) {
-          AddOrdinal(day);
-        }
-      }
-    } else if (choice.IsCounted()) {
-      AddCounted(choice);
-    } else if (choice.IsOfEachWeek()) {
-      TriggerRule trigger = choice.Trigger();
-      for (trigger.m_Week = 1; trigger.m_Week <= TriggerRule::LastWeek; ++trigger.m_Week) {
-        AddFrom(trigger, m_Earliest, m_Rule.m_Until);
-      }
-    } else {
-      AddFrom(choice.Trigger(), m_Earliest, m_Rule.m_Until);
+    if (choice.IsCounted()) {
+      return AddCounted(choice);
+    }
+    for (const DaySpan& span : DaySpans(m_Rule, m_Calendar, m_Earliest)) {
+      AddFrom(span.m_Trigger, span.m_From, span.m_Until);
     }
   }
 
@@ -139,11 +127,13 @@ class TriggerMaker {
     if (m_Time.m_Interval == 0) {
       return;
     }
+    TriggerRule period = WithTime({});
+    period.m_End = m_Rule.m_Until;
     for (long day = m_Calendar.DayOf(m_Earliest - m_Time.m_Duration);
          day <= m_Calendar.DayOf(m_Earliest); ++day) {
       const long start = m_Calendar.MomentOf(day, m_Time.m_Clock);
       if (choice.Selects(day) && IsOfSpan(start) && start < m_Earliest) {
-        AddRest(start);
+        Add(RestOfPeriod(period, start, m_Earliest));
       }
     }
   }
@@ -153,32 +143,6 @@ class TriggerMaker {
   bool IsOfSpan(long start) const {
     return m_Rule.m_From == NoTime || start >= m_Rule.m_From ||
            m_Calendar.DayOf(start) == m_Calendar.DayOf(m_Rule.m_From);
-  }
-
-  // Periods are whole minutes, so some repetitions may have to stand by themselves.
-  void AddRest(long start) {
-    const long interval = m_Time.m_Interval;
-    const long end = start + m_Time.m_Duration;
-    const long steps = (m_Earliest - start + interval - 1) / interval;
-    for (long next = start + steps * interval; next <= end; next += interval) {
-      TriggerRule rest;
-      rest.m_Begin = next;
-      rest.m_End = m_Rule.m_Until;
-      rest.m_KillAtEnd = m_Rule.m_Stops;
-      const bool isRest = (end - next) % MinuteSeconds == 0;
-      if (isRest && end - next >= interval) {
-        rest.m_IntervalSeconds = interval;
-      }
-      if (rest.m_IntervalSeconds != 0 || m_Rule.m_Stops) {
-        rest.m_DurationSeconds = (end - next) / MinuteSeconds * MinuteSeconds;
-      }
-      if (m_Rule.m_Until == NoTime || next <= m_Rule.m_Until) {
-        Add(rest);
-      }
-      if (isRest) {
-        return;
-      }
-    }
   }
 
   void AddFrom(const TriggerRule& days, long from, long until) {
@@ -242,48 +206,10 @@ class TriggerMaker {
     return day;
   }
 
-  // "The first Monday" may be one of two weeks of the scheduler's, which begin on the 7th, 14th,
-  // 21st and 28th. So each year has a trigger for the months in which it is that of the later week.
-  void AddOrdinal(int weekday) {
-    using YearAndWeek = std::pair<long, long>;
-    std::map<YearAndWeek, long> months;
-    const long last = m_Calendar.DayOf(LocalCalendar::End());
-    PhraseRule rule = m_Rule;
-    rule.m_Weekdays = 1L << weekday;
-    const DayChoice choice(rule, 0, m_Calendar);
-    for (long day = m_Calendar.DayOf(m_Earliest); day <= last; ++day) {
-      const LocalCalendar::Date date = m_Calendar.DateOf(day);
-      if (date.m_Weekday == weekday && choice.Selects(day)) {
-        months[{date.m_Year, date.m_Day / 7 + 1}] |= 1L << date.m_Month;
-      }
+  void Add(const std::vector<TriggerRule>& triggers) {
+    for (const TriggerRule& trigger : triggers) {
+      Add(trigger);
     }
-    // In the first and in the last week there is no other such day.
-    TriggerRule trigger = choice.Trigger();
-    const bool isEveryYear = rule.m_Week == 1 || rule.m_Week == TriggerRule::LastWeek;
-    if (isEveryYear) {
-      AddFrom(trigger, m_Earliest, m_Rule.m_Until);
-    }
-    for (const auto& [key, mask] : months) {
-      trigger.m_Week = key.second;
-      trigger.m_MonthsOfYear = mask;
-      if (!isEveryYear || trigger.m_Week != rule.m_Week) {
-        AddInYear(trigger, key.first);
-      }
-    }
-  }
-
-  void AddInYear(const TriggerRule& trigger, long year) {
-    const long end = std::min(BeginOfYear(year + 1) - 1, LocalCalendar::End());
-    AddFrom(trigger, std::max(m_Earliest, BeginOfYear(year)),
-            m_Rule.m_Until == NoTime ? end : std::min(end, m_Rule.m_Until));
-  }
-
-  long BeginOfYear(long year) const {
-    const std::chrono::sys_days day =
-        std::chrono::year(static_cast<int>(year)) / std::chrono::January / 1;
-    const long number = static_cast<long>(day.time_since_epoch().count());
-    const bool isHeld = number <= m_Calendar.DayOf(LocalCalendar::End());
-    return isHeld ? m_Calendar.MomentOf(number, 0) : LocalCalendar::End();
   }
 
   void Add(const TriggerRule& trigger) {

@@ -83,15 +83,27 @@ TEST_F(PhraseReader, ReadsTheClockOfTwelveHours) {
 }
 
 TEST_F(PhraseReader, ReadsEachForm) {
-  for (const char* const words :
-       {"now", "once 2027-01-04 09:00", "once 2027-01-04 09:00 every 30 min for 2 h",
-        "daily at 02:30:15", "weekdays at 02:30", "mon,wed in jan,jul at 02:30",
-        "daily in dec at 02:30", "every 3 days at 08:00", "every 2 weeks on mon,fri at 08:00",
-        "monthly on 1,15 in jan,jul at 06:00", "monthly on first mon at 07:00",
-        "monthly on week 5 weekends in dec at 07:00", "daily at 22:00 for 6 h then stop",
-        "mon at 08:00,12:00 every 10 min for 2 h then stop", "every 10 min from 08:00 until 18:00",
-        "cron '15 3 * * 1-5'", "cron '@daily' from 2027-01-01", "mon at 07:00 and daily at 12:00",
-        "daily at 08:00 from 2027-01-01 09:30 until 2027-06-30"}) {
+  for (const char* const words : {"now",
+                                  "once 2027-01-04 09:00",
+                                  "once 2027-01-04 09:00 every 30 min for 2 h",
+                                  "daily at 02:30:15",
+                                  "weekdays at 02:30",
+                                  "mon,wed in jan,jul at 02:30",
+                                  "daily in dec at 02:30",
+                                  "every 3 days at 08:00",
+                                  "every 2 weeks on mon,fri at 08:00",
+                                  "monthly on 1,15 in jan,jul at 06:00",
+                                  "monthly on last day in feb at 23:30",
+                                  "monthly on last mon at 07:00",
+                                  "monthly on first mon at 07:00",
+                                  "monthly on week 5 weekends in dec at 07:00",
+                                  "daily at 22:00 for 6 h then stop",
+                                  "mon at 08:00,12:00 every 10 min for 2 h then stop",
+                                  "every 10 min from 08:00 until 18:00",
+                                  "cron '15 3 * * 1-5'",
+                                  "cron '@daily' from 2027-01-01",
+                                  "mon at 07:00 and daily at 12:00",
+                                  "daily at 08:00 from 2027-01-01 09:30 until 2027-06-30"}) {
     EXPECT_EQ(words, Read({words}));
   }
 }
@@ -118,6 +130,7 @@ TEST_F(PhraseReader, PointsAtTheWordThatCannotStandThere) {
 }
 
 TEST_F(PhraseReader, TellsWhatCouldFollow) {
+  EXPECT_EQ((Words{"day", "WEEKDAYS"}), ExpectedBehind({"monthly", "on", "last"}));
   EXPECT_EQ("the schedule \"daily\" ends too early; there could follow in or at",
             ErrorOf({"daily"}));
   EXPECT_EQ(0U, ErrorOf({}).rfind("it is not said when; there could stand now, once, daily, ", 0));

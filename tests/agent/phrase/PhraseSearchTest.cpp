@@ -132,16 +132,29 @@ TEST(PhraseSearch, WordsThatAreMadeIntoTriggersAndBackHaveTheSameRunsForTenYears
 
 TEST(PhraseSearch, SaysTheSameWordsAtOnce) {
   const VirtualTime::Zone zone(TestSupport::NewYork);
-  for (const char* const words :
-       {"daily at 02:30", "every 10 min from 08:00 until 18:00 on weekdays",
-        "mon at 07:00 and monthly on 1,15 at 06:00", "once 2027-01-04 09:00", "every 10 min",
-        "every 6 h", "every 2 h on weekends", "monthly on first mon at 09:00",
-        "monthly on last fri in jan-mar at 23:30", "monthly on week 1 mon at 09:00",
-        "mon,wed at 08:00,20:00", "mon in jan,jul at 05:00", "mon in aug at 08:00 until 2027-12-31",
-        "mon,tue in jan,aug at 08:00 until 2028-08-20", "daily in dec at 05:00",
-        "daily at 22:00 for 6 h then stop", "every 2 days at 08:00 from 2026-11-25",
-        "every 2 weeks on mon,sun at 08:00 from 2026-12-06",
-        "daily at 08:00 from 2027-01-01 until 2027-06-30"}) {
+  for (const char* const words : {"daily at 02:30",
+                                  "every 10 min from 08:00 until 18:00 on weekdays",
+                                  "mon at 07:00 and monthly on 1,15 at 06:00",
+                                  "once 2027-01-04 09:00",
+                                  "every 10 min",
+                                  "every 6 h",
+                                  "every 2 h on weekends",
+                                  "monthly on first mon at 09:00",
+                                  "monthly on last fri in jan-mar at 23:30",
+                                  "monthly on week 1 mon at 09:00",
+                                  "monthly on last day at 18:00",
+                                  "monthly on last day in feb at 08:00,20:00",
+                                  "monthly on last day in jan,apr at 18:00 until 2030-06-30",
+                                  "monthly on 31 at 08:00",
+                                  "mon in aug at 08:00 until 2027-12-31",
+                                  "mon,tue in jan,aug at 08:00 until 2028-08-20",
+                                  "mon,wed at 08:00,20:00",
+                                  "mon in jan,jul at 05:00",
+                                  "daily in dec at 05:00",
+                                  "daily at 22:00 for 6 h then stop",
+                                  "every 2 days at 08:00 from 2026-11-25",
+                                  "every 2 weeks on mon,sun at 08:00 from 2026-12-06",
+                                  "daily at 08:00 from 2027-01-01 until 2027-06-30"}) {
     EXPECT_EQ(words, SaidAtOnce(words));
   }
 }

@@ -1,6 +1,7 @@
 #include "agent/phrase/PhraseTriggers.h"
 
 #include "agent/phrase/PhraseReader.h"
+#include "agent/phrase/PhraseValues.h"
 #include "tests/agent/phrase/RandomPhrase.h"
 #include "tests/agent/simulation/TaskText.h"
 #include "tests/support/LocalTimes.h"
@@ -42,7 +43,7 @@ class PhraseTriggers : public testing::Test {
   /// The first runs after a moment.
   std::string Runs(const std::string& words, std::size_t count,
                    const std::string& from = Monday) const {
-    const auto runs = RunsBetween(words, Local(from), Local(from) + 800 * Day);
+    const auto runs = RunsBetween(words, Local(from), Local(from) + 1600 * Day);
     std::string text;
     for (std::size_t i = 0; i < std::min(count, runs.size()); ++i) {
       text += Show(runs[i]).substr(0, 16) + "\n";
@@ -128,6 +129,29 @@ TEST_F(PhraseTriggers, KnowTheFirstMondayAlsoWhenItIsThe7th) {
   EXPECT_EQ("2027-01-04 09:00\n2027-02-01 09:00\n", Runs("monthly on week 1 mon at 09:00", 2));
   EXPECT_EQ("2026-11-27 09:00\n2026-12-25 09:00\n2027-01-29 09:00\n2027-02-26 09:00\n",
             Runs("monthly on last fri at 09:00", 4));
+}
+
+TEST_F(PhraseTriggers, KnowTheLastDayOfEachMonthUntil2038) {
+  const long end = LocalCalendar::End();
+  for (const char* const clock : {"18:00", "00:00", "23:30"}) {
+    SCOPED_TRACE(clock);
+    std::vector<std::string> expected, runs;
+    for (long day = m_Calendar.DayOf(Local(Monday)); day <= m_Calendar.DayOf(end); ++day) {
+      const LocalCalendar::Date date = m_Calendar.DateOf(day);
+      if (date.m_Day == date.m_DaysInMonth) {
+        expected.push_back(NoxAgent::DateWords(day) + " " + clock);
+      }
+    }
+    for (const long run :
+         RunsBetween(std::string("monthly on last day at ") + clock, Local(Monday), end)) {
+      runs.push_back(Show(run).substr(0, 16));
+    }
+    EXPECT_EQ(134U, expected.size());
+    EXPECT_EQ(expected, runs);
+  }
+  EXPECT_EQ("2027-02-28 18:00\n2028-02-29 18:00\n2029-02-28 18:00\n2030-02-28 18:00\n",
+            Runs("monthly on last day in feb at 18:00", 4));
+  EXPECT_LE(Make("monthly on last day at 18:00").size(), 7U);
 }
 
 TEST_F(PhraseTriggers, RefuseWhatHasPassed) {

@@ -30,10 +30,11 @@ long RandomClock(Random& random) {
 
 void ChooseDays(Random& random, PhraseRule& rule) {
   rule.m_Days = random.OneOf({Days::EveryDays, Days::EveryDays, Days::EveryWeeks, Days::EveryWeeks,
-                              Days::MonthDays, Days::MonthWeek, Days::Ordinal});
+                              Days::MonthDays, Days::LastDay, Days::MonthWeek, Days::Ordinal});
   const bool isCounted = rule.m_Days == Days::EveryDays || rule.m_Days == Days::EveryWeeks;
   rule.m_Count = isCounted && random.Percent(40) ? random.Between(2, 5) : 1;
-  rule.m_Weekdays = rule.m_Days == Days::EveryDays || rule.m_Days == Days::MonthDays
+  const bool hasDates = rule.m_Days == Days::MonthDays || rule.m_Days == Days::LastDay;
+  rule.m_Weekdays = rule.m_Days == Days::EveryDays || hasDates
                         ? PhraseRule::AllWeekdays
                         : random.OneOf({62L, 65L, 2L, 1L, 34L, random.Between(1, 127)});
   if (rule.m_Days == Days::Ordinal) {
