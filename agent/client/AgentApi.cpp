@@ -2,6 +2,7 @@
 
 #include "agent/client/AddRequest.h"
 #include "agent/client/AgentMessage.h"
+#include "agent/document/TaskId.h"
 
 #include <BaseSDK/AString.h>
 
@@ -107,6 +108,18 @@ void AgentApi::ForEachTask(const std::function<void(const ListedTask&)>& take) {
   if (end.m_Status != HttpOk) {
     (void)Answer(end);
   }
+}
+
+long AgentApi::ReturnOf(const std::string& id) {
+  // Nothing else may stand in a request's first line.
+  if (!FaultOfTaskId(BaseSDK::AString::FromUtf8(id), BaseSDK::AString()).IsEmpty()) {
+    return 0;
+  }
+  long moment = 0;
+  (void)Connection().GetLines("/v1/tasks?id=" + id, [&](const std::string& line) {
+    moment = TaskIn(Json::Parse(line)).m_Returns;
+  });
+  return moment;
 }
 
 bool AgentApi::DeleteTask(const std::string& id) {

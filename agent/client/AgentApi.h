@@ -78,6 +78,9 @@ class AgentApi {
   /// Hands over each task, in alphabetical order of the IDs, as the agent's answer comes in.
   void ForEachTask(const std::function<void(const ListedTask&)>& take);
 
+  /// When the agent enables the task again, since the epoch; 0 when it does not, or does not tell.
+  long ReturnOf(const std::string& id);
+
   /// The next three are false when there is no such task; EnableTask also when nothing changed.
   bool DeleteTask(const std::string& id);
   bool EnableTask(const std::string& id, bool enable);

@@ -77,6 +77,7 @@ Json Explanation::ToJson() const {
           {"time", LocalTimeText(m_Facts.m_At)},
           {"gate", NameOf(m_Gate)},
           {"enabled", m_Facts.m_Enabled},
+          {"returns", ReturnJson(m_Live)},
           {"lastRun", m_LastRun ? Json(m_LastRun->m_Start) : Json()},
           {"state", m_LastRun ? Json(TrueState(*m_LastRun, LatestRun())) : Json()},
           {"triggers", triggers},
@@ -98,7 +99,7 @@ std::vector<std::string> Explanation::Lines() const {
                     m_Live->ReadingText() + ", and this is what it makes of it then.");
   }
   if (!m_Facts.m_GoneSince) {
-    lines.emplace_back(m_Facts.m_Enabled ? "The task is enabled." : "The task is disabled.");
+    lines.push_back(EnabledLine());
   }
   for (const std::string& line : LastRunLines()) {
     lines.push_back(line);
@@ -128,6 +129,22 @@ std::string Explanation::GateLine() const {
     default:
       return "The gate is assumed to be open: only a running agent can tell.";
   }
+}
+
+// " until ..." when the task comes back by itself.
+std::string Explanation::UntilReturn() const {
+  const auto moment = m_Live ? m_Live->Return() : std::nullopt;
+  return moment ? " until " + LocalTimeText(*moment) : std::string();
+}
+
+std::string Explanation::EnabledLine() const {
+  const std::string until = UntilReturn();
+  if (!m_Facts.m_Enabled) {
+    return "The task is disabled" + until + ".";
+  }
+  return until.empty()
+             ? "The task is enabled."
+             : "The task is disabled" + until + "; at the moment asked about it is enabled.";
 }
 
 // Whether the facts come from what the scheduler has in memory. For a moment that has passed they
@@ -277,7 +294,7 @@ std::string Explanation::Verdict() const {
            LocalTimeText(*m_Facts.m_GoneSince) + ", for no trigger will fire again.";
   }
   if (!m_Facts.m_Enabled) {
-    return "The task does not run: it is disabled.";
+    return "The task does not run: it is disabled" + UntilReturn() + ".";
   }
   const std::string deleted =
       m_Facts.m_Deleted ? " The scheduler then deletes it, for no trigger will fire again." : "";

@@ -36,6 +36,8 @@ class Explanation {
  private:
   std::optional<HandlerRun> LatestRun() const;
   std::string GateLine() const;
+  std::string UntilReturn() const;
+  std::string EnabledLine() const;
   std::vector<std::string> LastRunLines() const;
   std::string LastRunLine() const;
   std::string UnfinishedLine(const std::string& run) const;

@@ -11,6 +11,10 @@ std::string LocalTimeText(long seconds) {
   return BaseSDK::ADateTime(seconds).ToString("%Y-%m-%d %H:%M:%S %z").ToUtf8();
 }
 
+Json MomentOrNull(long seconds) {
+  return seconds > 0 ? Json{{"seconds", seconds}, {"local", LocalTimeText(seconds)}} : Json();
+}
+
 const char* MonthName(int month) {
   constexpr std::array<const char*, 12> Names = {"January",   "February", "March",    "April",
                                                  "May",       "June",     "July",     "August",

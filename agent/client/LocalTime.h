@@ -1,6 +1,8 @@
 // Moments as people read them.
 #pragma once
 
+#include "agent/library/Json.h"
+
 #include <chrono>
 #include <string>
 
@@ -8,6 +10,8 @@ namespace NoxAgent {
 
 /// "2026-11-21 08:00:00 +0100": local time (TZ) with its distance from UTC.
 std::string LocalTimeText(long seconds);
+/// {"seconds": ..., "local": ...}; null unless it is after the epoch.
+Json MomentOrNull(long seconds);
 
 /// "January" for 0, as struct tm counts months.
 const char* MonthName(int month);

@@ -110,7 +110,7 @@ TaskPhrase SayTask(const std::string& taskXml, const std::optional<LiveTask>& li
     said.m_Notes.push_back("No run is to come: " + WhyNever(ReadTriggers(taskXml), now) + ".");
   }
   if (!IsEnabledNow(taskXml, live)) {
-    said.m_Notes.emplace_back("The task is disabled: until it is enabled nothing runs.");
+    said.m_Notes.push_back(live.value_or(LiveTask()).DisabledText());
   }
   for (std::string& note : ClockChangeNotes(rules, calendar, now)) {
     said.m_Notes.push_back(std::move(note));

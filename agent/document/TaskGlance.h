@@ -15,4 +15,8 @@ struct TaskGlance {
 /// A text that cannot be read as a document says nothing: the defaults.
 TaskGlance GlanceAt(const BaseSDK::AString& document);
 
+/// The document as the scheduler writes it anew when it enables the task. What it would drop is
+/// missing here too (docs/task-document.md).
+BaseSDK::AString EnabledDocument(const BaseSDK::AString& document);
+
 }  // namespace NoxAgent

@@ -24,7 +24,8 @@ void Describe(const DescribeOptions& options, const CommandContext& context) {
     said.m_Notes.push_back(zone.Note());
   }
   if (context.m_Json) {
-    return context.PrintJson({{"words", said.m_Words}, {"notes", said.m_Notes}});
+    return context.PrintJson(
+        {{"words", said.m_Words}, {"notes", said.m_Notes}, {"returns", ReturnJson(source.m_Live)}});
   }
   if (!said.m_Words.empty()) {
     context.m_Out << said.m_Words << '\n';

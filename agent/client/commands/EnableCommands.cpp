@@ -73,11 +73,10 @@ void DisableOne(AgentApi& agent, const std::string& id, std::optional<long> unti
 
 void PrintDisabled(const std::vector<std::string>& ids, std::optional<long> until,
                    const CommandContext& context) {
-  const std::string local = until ? LocalTimeText(*until) : std::string();
   if (context.m_Json) {
-    const Json moment = until ? Json{{"seconds", *until}, {"local", local}} : Json();
-    return context.PrintJson({{"disabled", ids}, {"until", moment}});
+    return context.PrintJson({{"disabled", ids}, {"until", MomentOrNull(until.value_or(0))}});
   }
+  const std::string local = until ? LocalTimeText(*until) : std::string();
   for (const std::string& id : ids) {
     context.m_Out << "disabled " << id << (until ? " until " + local : "") << '\n';
   }

@@ -22,7 +22,10 @@ SimulationRequest RequestFor(const ExplainOptions& options, const TaskSource& so
   request.m_Documents.push_back(source.m_Document);
   const long now = source.m_Live ? source.m_Live->m_AskedAt : std::time(nullptr);
   request.m_From = options.m_At.empty() ? now : ReadTime("--at", options.m_At);
-  if (source.m_Live) {
+  const auto comesBack = source.m_Live ? source.m_Live->Return() : std::nullopt;
+  if (comesBack && request.m_From >= *comesBack) {
+    BeginAtReturn(*source.m_Live, request.m_From, request);
+  } else if (source.m_Live) {
     BeginAsAgent(*source.m_Live, request.m_From, request);
   }
   return request;

@@ -61,25 +61,21 @@ std::string EnabledText(const TaskSummary& task) {
   return BaseSDK::ADateTime(task.m_Returns).ToString("until %Y-%m-%d %H:%M").ToUtf8();
 }
 
-Json TimeOrNull(long seconds) {
-  return seconds > 0 ? Json{{"seconds", seconds}, {"local", LocalTimeText(seconds)}} : Json();
-}
-
 Json ToJson(const TaskSummary& task) {
   Json state, lastRun;
   if (task.m_LastRun) {
     state = task.m_Recorded ? Json(task.m_LastRun->m_State) : Json();
-    lastRun = TimeOrNull(task.m_LastRun->m_Seconds);
+    lastRun = MomentOrNull(task.m_LastRun->m_Seconds);
   }
   return {{"id", task.m_Id},
           {"enabled", task.m_Enabled},
           {"state", state},
           {"lastRun", lastRun},
           {"recorded", task.m_Recorded},
-          {"nextRun", TimeOrNull(task.m_NextRun)},
+          {"nextRun", MomentOrNull(task.m_NextRun)},
           {"late", task.m_Late},
           {"loaded", task.m_Loaded},
-          {"returns", TimeOrNull(task.m_Returns)}};
+          {"returns", MomentOrNull(task.m_Returns)}};
 }
 
 void PrintTable(const std::vector<TaskSummary>& tasks, std::ostream& out) {

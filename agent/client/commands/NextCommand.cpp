@@ -53,10 +53,13 @@ SimulationRequest RequestFor(const NextOptions& options, const TaskSource& sourc
   request.m_Documents.push_back(source.m_Document);
   const long from = options.m_From.empty() ? now : ReadTime("--from", options.m_From);
   request.m_From = from;
-  if (source.m_Live) {
+  if (source.m_Live && source.m_Live->Return()) {
+    BeginAtReturn(*source.m_Live, from, request);
+  } else if (source.m_Live) {
     BeginAsAgent(*source.m_Live, from, request);
   }
-  request.m_To = from > LastMoment - SearchSeconds ? LastMoment : from + SearchSeconds;
+  const long begin = std::max(from, request.m_From);
+  request.m_To = begin > LastMoment - SearchSeconds ? LastMoment : begin + SearchSeconds;
   request.m_Count = options.m_Count;
   return request;
 }
@@ -95,6 +98,9 @@ void AddNotes(const TaskSource& source, Forecast& forecast) {
     forecast.m_Notes.push_back("The scheduler has not read the task's file yet; it does " +
                                live.ReadingText() + ".");
   }
+  if (live.Return()) {
+    forecast.m_Notes.push_back(live.DisabledText());
+  }
   if (live.m_Gate == LiveTask::Gate::Closed) {
     forecast.m_Notes.emplace_back("The gate is closed: until it opens the agent lets no task run.");
   }
@@ -109,8 +115,11 @@ void AddNotes(const TaskSource& source, Forecast& forecast) {
   }
 }
 
-// Whether the document, or what the scheduler has of it, is of an enabled task.
+// Whether the document, or what the scheduler has of it, is of a task that is enabled or will be.
 bool IsEnabled(const TaskSource& source) {
+  if (source.m_Live && source.m_Live->Return()) {
+    return true;
+  }
   return source.m_Live && source.m_Live->m_Memory
              ? source.m_Live->m_Memory->m_Enabled
              : GlanceAt(BaseSDK::AString::FromUtf8(source.m_Document.m_Xml)).m_Enabled;
@@ -183,6 +192,7 @@ Json ToJson(const Forecast& forecast, const TaskSource& source) {
           {"searchedUntil", forecast.m_SearchedUntil},
           {"never", forecast.m_Never.empty() ? Json() : Json(forecast.m_Never)},
           {"notes", forecast.m_Notes},
+          {"returns", ReturnJson(source.m_Live)},
           {"latestRun", ToJson(source.m_Live ? source.m_Live->m_Run : std::nullopt)}};
 }
 

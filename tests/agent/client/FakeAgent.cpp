@@ -240,6 +240,11 @@ std::string FakeAgent::Answer(const FakeRequest& request) {
     m_Read.notify_all();
     return Response(200, TaskLines());
   }
+  constexpr const char* OneTask = "/v1/tasks?id=";
+  if (request.m_Target.rfind(OneTask, 0) == 0) {
+    const auto task = m_Tasks.find(request.m_Target.substr(std::strlen(OneTask)));
+    return Response(200, task == m_Tasks.end() ? "" : TaskLine(task->first, task->second));
+  }
   if (request.m_Target == "/v1/status") {
     return Response(200, Status().Dump());
   }
@@ -419,26 +424,29 @@ Json FakeAgent::AddTask(const Json& task) {
   return {{"taskId", newId}, {"warnings", Json::List{}}};
 }
 
+std::string FakeAgent::TaskLine(const std::string& id, const FakeTask& task) {
+  const NoxAgent::TaskGlance document = NoxAgent::GlanceAt(BaseSDK::AString::FromUtf8(task.m_Xml));
+  Json line = {
+      {"id", id}, {"enabled", document.m_Enabled}, {"runTime", document.m_RunTime.ToUtf8()}};
+  line["loaded"] = task.m_Loaded;
+  if (task.m_Loaded) {
+    line["lastRun"] = NumberIn(task.m_Attributes, "t3");
+    line["nextRun"] = NumberIn(task.m_Attributes, "t6");
+    line["late"] = NumberIn(task.m_Attributes, "t2") != 0;
+  }
+  if (!task.m_Run.empty()) {
+    line["run"] = task.m_Run;
+  }
+  if (task.m_Returns > 0) {
+    line["returns"] = task.m_Returns;
+  }
+  return line.Dump() + "\n";
+}
+
 std::string FakeAgent::TaskLines() const {
   std::string lines;
   for (const auto& [id, task] : m_Tasks) {
-    const NoxAgent::TaskGlance document =
-        NoxAgent::GlanceAt(BaseSDK::AString::FromUtf8(task.m_Xml));
-    Json line = {
-        {"id", id}, {"enabled", document.m_Enabled}, {"runTime", document.m_RunTime.ToUtf8()}};
-    line["loaded"] = task.m_Loaded;
-    if (task.m_Loaded) {
-      line["lastRun"] = NumberIn(task.m_Attributes, "t3");
-      line["nextRun"] = NumberIn(task.m_Attributes, "t6");
-      line["late"] = NumberIn(task.m_Attributes, "t2") != 0;
-    }
-    if (!task.m_Run.empty()) {
-      line["run"] = task.m_Run;
-    }
-    if (task.m_Returns > 0) {
-      line["returns"] = task.m_Returns;
-    }
-    lines += line.Dump() + "\n";
+    lines += TaskLine(id, task);
   }
   return m_LastLine.empty() ? lines : lines + m_LastLine + "\n";
 }

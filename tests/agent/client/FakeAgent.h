@@ -142,6 +142,7 @@ class FakeAgent {
   bool HasEnded() const;
   std::string Answer(const FakeRequest& request);
   Json Status() const;
+  static std::string TaskLine(const std::string& id, const FakeTask& task);
   std::string TaskLines() const;
   Json LatestRun(const std::string& id);
   Json StopRun(const std::string& id);

@@ -163,6 +163,7 @@ TEST_F(JsonPage, HasTheFormOfEveryAnswer) {
   Expect("enable", {"enable", "backup"});
   Expect("disable", {"disable", "backup", "--for", "2h"});
   Expect("list", {"list"});
+  Expect("describe", {"describe", "backup"});
   Expect("disable", {"disable", "backup"});
   Expect("refresh", {"refresh"});
   m_Agent.SetFiles({{"refused", Json::List{Json{{"name", "backup.vsk"},

@@ -135,6 +135,87 @@ TEST_F(TaskQuestions, NextSaysNeverAndWhy) {
   ExpectOut("nothing is due, and nothing will be: trigger 1 names no weekday.");
 }
 
+// In the examples the task comes back in half an hour, in four days or at once.
+class DisabledForAWhile : public TaskQuestions {
+ protected:
+  void SetBackup(long until, const std::string& state = "Ok") {
+    m_Agent.SetTask("backup", {TaskXml(Daily, "2026-06-15 08:00:02 " + state, "0"),
+                               true,
+                               {{"t3", "1781503202"}, {"t5", "0"}},
+                               {},
+                               {},
+                               until});
+  }
+  static constexpr const char* Note =
+      "The task is disabled until 2026-06-19 14:00:00 +0200: until then nothing runs.\n";
+  static constexpr long FourDays = Now + 4 * 86400;
+};
+
+TEST_F(DisabledForAWhile, NextTellsTheRunsFromItsReturnOn) {
+  SetBackup(FourDays);
+  ASSERT_EQ(0, Run({"next", "backup", "-n", "2"})) << Err();
+  EXPECT_EQ(Note + std::string("NEXT RUN                   FROM NOW     DETAILS\n"
+                               "2026-06-19 14:00:00 +0200  in 4 d       late\n"
+                               "2026-06-20 08:00:00 +0200  in 4 d 18 h\n"),
+            Out())
+      << "the start of that morning is made up for";
+  ASSERT_EQ(0, Run({"next", "backup", "-n", "1", "--from", "2026-06-20 12:00"})) << Err();
+  ExpectOut("2026-06-21 08:00:00 +0200");
+  SetBackup(Now + 1800);
+  ASSERT_EQ(0, Run({"next", "backup", "-n", "1"})) << Err();
+  ExpectOut("2026-06-16 08:00:00 +0200  in 18 h");
+  SetBackup(Now - 5);
+  ASSERT_EQ(0, Run({"next", "backup", "-n", "1"})) << Err();
+  ExpectOut("2026-06-16 08:00:00 +0200  in 18 h");
+}
+
+TEST_F(DisabledForAWhile, NextKnowsWhatBecomesOfARunThatFailedBefore) {
+  SetBackup(Now + 600, "Failed");
+  ASSERT_EQ(0, Run({"next", "backup", "-n", "1"})) << Err();
+  ExpectOut("2026-06-15 14:20:00 +0200  in 20 min  retry, late, never run");
+  SetBackup(Now + 1800, "Failed");
+  ASSERT_EQ(0, Run({"next", "backup", "-n", "2"})) << Err();
+  ExpectOut("2026-06-15 14:30:00 +0200  in 30 min  late, never run");
+  ExpectOut("2026-06-16 08:00:00 +0200  in 18 h\n");
+}
+
+TEST_F(DisabledForAWhile, ATaskThatIsNotReadYetComesBackWhenItIs) {
+  m_Agent.SetTask("new", {TaskXml(Daily, "", "0"), false, {}, {}, {}, Now + 600});
+  ASSERT_EQ(0, Run({"next", "new", "-n", "1"})) << Err();
+  ExpectOut("The task is disabled until 2026-06-15 14:20:00 +0200");
+  ExpectOut("2026-06-15 14:20:00 +0200  in 20 min  late, never run");
+}
+
+TEST_F(DisabledForAWhile, ExplainTellsUntilWhen) {
+  SetBackup(FourDays);
+  ASSERT_EQ(0, Run({"explain", "backup"})) << Err();
+  ExpectOut("\nThe task is disabled until 2026-06-19 14:00:00 +0200.\n");
+  ExpectOut("The task does not run: it is disabled until 2026-06-19 14:00:00 +0200.");
+  ASSERT_EQ(0, Run({"explain", "backup", "--at", "2026-06-20 08:00"})) << Err();
+  ExpectOut(
+      "The task is disabled until 2026-06-19 14:00:00 +0200; at the moment asked about it is "
+      "enabled.");
+  ExpectOut("The task runs");
+}
+
+TEST_F(DisabledForAWhile, DescribeTellsUntilWhen) {
+  SetBackup(FourDays);
+  ASSERT_EQ(0, Run({"describe", "backup"})) << Err();
+  EXPECT_EQ(std::string("daily at 08:00\n") + Note, Out());
+}
+
+TEST_F(DisabledForAWhile, TheMomentIsInTheJsonOfEachOfThem) {
+  const Json moment = {{"seconds", FourDays}, {"local", "2026-06-19 14:00:00 +0200"}};
+  for (const char* const command : {"next", "explain", "describe"}) {
+    SetBackup(FourDays);
+    ASSERT_EQ(0, Run({command, "backup", "--json"})) << Err();
+    EXPECT_EQ(moment, JsonOut().At("returns")) << command;
+    TaskQuestions::SetBackup("Ok");
+    ASSERT_EQ(0, Run({command, "backup", "--json"})) << Err();
+    EXPECT_EQ(Json(), JsonOut().At("returns")) << command;
+  }
+}
+
 TEST_F(TaskQuestions, TimesAreThoseOfTheAgentsZone) {
   m_Agent.SetStatus({{"zone", "EST5EDT,M3.2.0,M11.1.0"}, {"zoneName", "Boston"}});
   const std::string xml = TaskXml(Daily, "2026-06-15 08:00:02 Ok");
