@@ -7,6 +7,7 @@
 #include "agent/schedule/SchedulerRuns.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <iterator>
 #include <optional>
 
@@ -22,6 +23,12 @@ constexpr long Around = 2 * Day;
 bool IsRegular(const TriggerRule& rule) {
   return rule.m_Type != TriggerRule::AsSoonAsPossible && rule.m_IntervalSeconds >= 0 &&
          rule.m_DurationSeconds >= 0;
+}
+
+std::vector<TriggerRule> RegularOnes(const std::vector<TriggerRule>& triggers) {
+  std::vector<TriggerRule> regular;
+  std::copy_if(triggers.begin(), triggers.end(), std::back_inserter(regular), IsRegular);
+  return regular;
 }
 
 std::optional<std::string> MovedStartNote(const std::vector<TriggerRule>& triggers,
@@ -68,6 +75,75 @@ std::vector<long> NamedRuns(const std::vector<TriggerRule>& triggers, const Loca
   return moments;
 }
 
+// How far the clocks are set on during the repetitions of the run, in seconds; less than 0 when
+// they are set back.
+long ClockChangeWithin(const TriggerRun& run, const LocalCalendar& calendar) {
+  return calendar.OffsetAt(run.m_Last) - calendar.OffsetAt(run.m_First);
+}
+
+// Whether other triggers make up for it: they have the runs that come too late or not at all.
+bool IsMadeUpFor(const TriggerRun& run, long change, const std::vector<TriggerRule>& others,
+                 const LocalCalendar& calendar) {
+  if (std::abs(change) < run.m_Step) {
+    return false;  // all that comes behind the change does so at other times of day
+  }
+  const long shownEnd = run.m_Last - change;
+  const long from = std::min(run.m_Last, shownEnd), until = std::max(run.m_Last, shownEnd);
+  const std::vector<long> named = NamedRuns(others, calendar, from, until);
+  long moment = run.m_Last + (change < 0 ? run.m_Step : 0);
+  const long step = change < 0 ? run.m_Step : -run.m_Step;
+  for (; moment > from && moment <= until; moment += step) {
+    if (!std::binary_search(named.begin(), named.end(), moment)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// The first run of the trigger before `until` whose repetitions end at another time of day than
+// they do otherwise.
+std::optional<TriggerRun> MovedEnd(std::size_t trigger, const std::vector<TriggerRule>& triggers,
+                                   const LocalCalendar& calendar, long now, long until) {
+  const TriggerRule& rule = triggers[trigger];
+  if (!rule.Repeats()) {
+    return std::nullopt;
+  }
+  std::vector<TriggerRule> others = triggers;
+  others.erase(others.begin() + static_cast<std::ptrdiff_t>(trigger));
+  for (const TriggerRun& run : TriggerRunsAfter(now, rule, calendar)) {
+    if (run.m_First >= until) {
+      break;
+    }
+    const long change = ClockChangeWithin(run, calendar);
+    const bool isCutOff = rule.m_End != NoTime && run.m_Last + run.m_Step > rule.m_End;
+    if (change != 0 && !isCutOff && !IsMadeUpFor(run, change, others, calendar)) {
+      return run;
+    }
+  }
+  return std::nullopt;
+}
+
+std::optional<std::string> MovedEndNote(const std::vector<TriggerRule>& triggers,
+                                        const LocalCalendar& calendar, long now) {
+  const std::vector<TriggerRule> regular = RegularOnes(triggers);
+  std::optional<TriggerRun> first;
+  for (std::size_t i = 0; i < regular.size(); ++i) {
+    const auto moved = MovedEnd(i, regular, calendar, now, first ? first->m_First : now + TwoYears);
+    first = moved ? moved : first;
+  }
+  if (!first) {
+    return std::nullopt;
+  }
+  const long change = ClockChangeWithin(*first, calendar);
+  const long usualEnd = (calendar.ClockAt(first->m_Last) - change + Day) % Day;
+  return "On " + DateWords(calendar.DayOf(first->m_Last)) + " the clocks are set " +
+         (change > 0 ? "on" : "back") + " while it repeats from " +
+         ClockWords(calendar.ClockAt(first->m_First)) + ": it " +
+         (change > 0 ? "goes on until " : "ends at ") +
+         ClockWords(calendar.ClockAt(first->m_Last)) + " then, not " + ClockWords(usualEnd) +
+         ", as repetitions count real time.";
+}
+
 // The first runs around the change that are named and do not come.
 std::optional<RunDifference> LostRuns(const std::vector<TriggerRule>& triggers,
                                       const LocalCalendar& calendar, long now, long change) {
@@ -96,8 +172,7 @@ std::optional<RunDifference> LostRuns(const std::vector<TriggerRule>& triggers,
 
 std::optional<std::string> LostRunsNote(const std::vector<TriggerRule>& triggers,
                                         const LocalCalendar& calendar, long now) {
-  std::vector<TriggerRule> regular;
-  std::copy_if(triggers.begin(), triggers.end(), std::back_inserter(regular), IsRegular);
+  const std::vector<TriggerRule> regular = RegularOnes(triggers);
   const LocalCalendar::Change* change = calendar.ChangeAfter(now);
   for (; change != nullptr && change->m_Moment < now + TwoYears;
        change = calendar.ChangeAfter(change->m_Moment)) {
@@ -123,7 +198,8 @@ std::vector<std::string> ClockChangeNotes(const std::vector<TriggerRule>& trigge
                                           const LocalCalendar& calendar, long now) {
   std::vector<std::string> notes;
   for (const auto& note :
-       {MovedStartNote(triggers, calendar, now), LostRunsNote(triggers, calendar, now)}) {
+       {MovedStartNote(triggers, calendar, now), MovedEndNote(triggers, calendar, now),
+        LostRunsNote(triggers, calendar, now)}) {
     if (note) {
       notes.push_back(*note);
     }

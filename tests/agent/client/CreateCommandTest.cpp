@@ -324,6 +324,26 @@ TEST_F(CreateCommand, TellsRunsThatTheTaskAsAWholeLosesWhenTheClocksChange) {
   EXPECT_EQ(std::string::npos, Out().find("passes over")) << "a run of the day leads to the others";
 }
 
+TEST_F(CreateCommand, TellsARepetitionThatEndsAtAnotherTimeWhenTheClocksChange) {
+  EXPECT_EQ(0, Run(Line({"a", "every 10 min from 22:00 until 06:00"}))) << Err();
+  EXPECT_NE(std::string::npos,
+            Out().find("On 2026-10-25 the clocks are set back while it repeats from 22:00: it ends "
+                       "at 05:00 then, not 06:00, as repetitions count real time.\n"))
+      << Out();
+  EXPECT_EQ(0, Run(Line({"b", "every 10 min from 22:00 until 06:00 from 2026-11-01"}))) << Err();
+  EXPECT_NE(std::string::npos,
+            Out().find("On 2027-03-28 the clocks are set on while it repeats from 22:00: it goes "
+                       "on until 07:00 then, not 06:00, as repetitions count real time.\n"))
+      << Out();
+  EXPECT_EQ(0, Run(Line({"d", "every 2 h from 22:00 until 06:00"}))) << Err();
+  EXPECT_NE(std::string::npos, Out().find("it ends at 05:00 then, not 06:00")) << Out();
+  for (const char* const words :
+       {"every 10 min", "every 10 min from 03:00 until 23:00", "cron '*/10 22-23,0-5 * * *'"}) {
+    EXPECT_EQ(0, Run(Line({"c", words, "--replace"}))) << Err();
+    EXPECT_EQ(std::string::npos, Out().find("while it repeats")) << Out();
+  }
+}
+
 TEST_F(CreateCommand, RefusesOptionsThatHaveNoRuleToBeFor) {
   EXPECT_EQ(2, Run(Line({"backup", "now", "--from", "2027-01-01"})));
   ExpectError("--from is for rules that do not say so themselves");
