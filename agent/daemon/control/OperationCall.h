@@ -7,8 +7,10 @@
 #include <AgentInterfacesV3/AInterfaceTable.h>
 #include <AgentInterfacesV3/AMsgIn.h>
 #include <AgentInterfacesV3/AMsgReply.h>
+#include <BaseSDK/AString.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,6 +34,9 @@ struct OperationCall {
   /// The enumeration that the client names; empty when it names none.
   std::string m_Token;
   Caller m_Caller;
+  /// Of AddTask: the task is replaced only as long as its document says this. Then that is an edit
+  /// of the task, which goes on as it was otherwise.
+  std::optional<BaseSDK::AString> m_Replaces;
   /// What the border found odd.
   std::vector<TaskDocumentProblem> m_Problems;
   Corvane::AgentInterfacesV3::AMsgReply m_Reply;

@@ -6,6 +6,8 @@
 #include "agent/daemon/control/ReplyValue.h"
 #include "agent/daemon/control/WrittenCheck.h"
 #include "agent/daemon/returns/CancelledReturns.h"
+#include "agent/daemon/returns/SchedulerTasks.h"
+#include "agent/document/SameTask.h"
 #include "agent/library/Json.h"
 
 #include <array>
@@ -41,6 +43,22 @@ std::optional<std::array<std::string, 3>> Split(const std::string& path) {
 const JsonMessage::Argument* HandleOf(const OperationCall& call) {
   const JsonMessage::Argument* const handle = call.m_Operation.Find("handle");
   return handle != nullptr && JsonMessage::IsHandle(*handle) ? handle : nullptr;
+}
+
+// Another client may still change the task between this and what is sent.
+void ThrowIfChanged(OperationCall& call) {
+  if (!call.m_Replaces.has_value()) {
+    return;
+  }
+  const AString& id = std::get<AString>(*call.m_Request.Find("taskId"));
+  const std::optional<AString> document = DocumentOnDisk(*call.m_Plugin, id);
+  if (!document.has_value() || !IsSameTask(*document, *call.m_Replaces)) {
+    throw RequestError(HttpStatus::Conflict, "task-changed",
+                       AString(document.has_value() ? "the task %1 has changed since it was read; "
+                                                      "nothing was replaced"
+                                                    : "the task %1 is gone; nothing was added")
+                           .Arg(id));
+  }
 }
 
 Json Describe(const std::vector<TaskDocumentProblem>& problems, const AString& jobProblem) {
@@ -179,13 +197,15 @@ Json OperationRoute::UseEnumeration(OperationCall& call) {
   return Send(call);
 }
 
-// The lock is for the few requests that are about a task with a return; all others go side by side.
+// The lock is for the few requests that are about a task with a return or under a condition; all
+// others go side by side.
 Json OperationRoute::Send(OperationCall& call) {
   CancelledReturns cancelled(call, m_Returns, m_Store.Scheduler());
-  if (cancelled.IsEmpty()) {
+  if (cancelled.IsEmpty() && !call.m_Replaces.has_value()) {
     return SendAlone(call);
   }
   BaseSDK::AMutexGuard guard(m_Returns.ChangeLock());
+  ThrowIfChanged(call);
   Json answer = SendAlone(call);
   cancelled.Cancel();
   return answer;

@@ -9,6 +9,7 @@
 #include <AgentInterfacesV3/AMsgGroup.h>
 
 #include <map>
+#include <optional>
 #include <vector>
 
 using BaseSDK::AString;
@@ -17,17 +18,38 @@ using Corvane::AgentInterfacesV3::AMsgGroup;
 namespace NoxAgent {
 namespace {
 
+constexpr const char* Replaces = "replaces";
+
 // The arguments of AddTask for an item of the list. The operation needs an ID, if an empty one.
 Json ArgumentsIn(const Json& item) {
   if (!item.IsObject()) {
     throw RequestError(HttpStatus::BadRequest, "mistyped-argument",
                        "\"tasks\" is to be a list of objects");
   }
-  Json arguments = item;
-  if (!item.Has("taskId")) {
-    arguments["taskId"] = "";
+  Json arguments = {{"taskId", ""}};
+  for (const auto& [name, value] : item.Members()) {
+    if (name != Replaces) {
+      arguments[name] = value;
+    }
   }
   return arguments;
+}
+
+// The document that the item is to take the place of; nothing when it does not say.
+std::optional<AString> ReplacedIn(const Json& item) {
+  const Json* const document = item.Find(Replaces);
+  if (document == nullptr) {
+    return std::nullopt;
+  }
+  if (!document->IsText()) {
+    throw RequestError(HttpStatus::BadRequest, "mistyped-argument",
+                       "\"replaces\" is to be a string");
+  }
+  if (!item.Has("taskId")) {
+    throw RequestError(HttpStatus::BadRequest, "missing-argument",
+                       "\"replaces\" is about a task: \"taskId\" is missing");
+  }
+  return AString::FromUtf8(document->Text());
 }
 
 // As far as it is one, and cut: it comes from outside.
@@ -48,6 +70,7 @@ class TaskAddition {
     const RequestError::Task task{m_Tasks.size(), IdIn(item)};
     try {
       m_Tasks.push_back({task.m_Id, m_Operations.PrepareAddTask(ArgumentsIn(item), m_Force)});
+      m_Tasks.back().m_Call->m_Replaces = ReplacedIn(item);
       RefuseSecond(task);
     } catch (const RequestError& error) {
       throw error.OfTask(task);

@@ -30,9 +30,10 @@ class TasksRoute {
   /// when the ID can be no task's, and so do the parts.
   BodyParts One(const std::string& taskId);
 
-  /// Adds the tasks of {"tasks": [{"taskId", "taskXml"}, ...]}, in their order, after all of them
-  /// have passed the border. {"tasks": [...]} with what became of each. Throws RequestError, OfTask
-  /// where one task is to blame; nothing was added then.
+  /// Adds the tasks of {"tasks": [{"taskId", "taskXml", "replaces"}, ...]}, in their order, after
+  /// all of them have passed the border; one that "replaces" a document, only while that is the
+  /// task's. {"tasks": [...]} with what became of each. Throws RequestError, OfTask where one task
+  /// is to blame; nothing was added then.
   Json Add(const std::string& body, bool force);
 
  private:

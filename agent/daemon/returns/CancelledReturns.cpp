@@ -1,6 +1,7 @@
 #include "agent/daemon/returns/CancelledReturns.h"
 
 #include "agent/daemon/returns/SchedulerTasks.h"
+#include "agent/document/TaskGlance.h"
 
 #include <BaseSDK/AText.h>
 
@@ -12,6 +13,11 @@ namespace NoxAgent {
 namespace {
 
 constexpr const char* EnableOperation = "EnableTask";
+
+bool IsEditOfADisabledTask(const OperationCall& call) {
+  return call.m_Replaces.has_value() && !GlanceAt(*call.m_Replaces).m_Enabled &&
+         !GlanceAt(std::get<AString>(*call.m_Request.Find("taskXml"))).m_Enabled;
+}
 
 std::vector<AString> IdsIn(const OperationCall& call) {
   const std::string_view operation = call.m_Operation.m_Name;
@@ -31,7 +37,7 @@ std::vector<AString> IdsIn(const OperationCall& call) {
 CancelledReturns::CancelledReturns(OperationCall& call, TaskReturns& returns,
                                    const AString& scheduler)
     : m_Call(call), m_Returns(returns) {
-  if (call.m_Plugin->Name() != scheduler) {
+  if (call.m_Plugin->Name() != scheduler || IsEditOfADisabledTask(call)) {
     return;
   }
   for (const AString& id : IdsIn(call)) {

@@ -9,6 +9,7 @@ namespace NoxAgent {
 
 /// The tasks that a request of a client enables, disables for good, replaces or deletes, and that
 /// would have come back by themselves: they do not any more, once the request has done its work.
+/// An edit that leaves a task disabled leaves its return as well.
 /// One thread at a time.
 class CancelledReturns {
  public:

@@ -32,11 +32,16 @@ bool HoldsTask(Plugin& scheduler, const AString& taskId) {
   return AskAbout(scheduler, "GetTaskAttributes", taskId, reply);
 }
 
-std::optional<bool> IsEnabledOnDisk(Plugin& scheduler, const AString& taskId) {
+std::optional<AString> DocumentOnDisk(Plugin& scheduler, const AString& taskId) {
   AMsgReply reply;
   return AskAbout(scheduler, "GetTaskXML", taskId, reply)
-             ? std::optional(GlanceAt(Out<AString>(reply, "taskXml")).m_Enabled)
+             ? std::optional(Out<AString>(reply, "taskXml"))
              : std::nullopt;
+}
+
+std::optional<bool> IsEnabledOnDisk(Plugin& scheduler, const AString& taskId) {
+  const std::optional<AString> document = DocumentOnDisk(scheduler, taskId);
+  return document.has_value() ? std::optional(GlanceAt(*document).m_Enabled) : std::nullopt;
 }
 
 void SwitchTask(Plugin& scheduler, const StoreFileSystem& files, const AString& taskId,

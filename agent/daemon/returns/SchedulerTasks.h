@@ -1,4 +1,4 @@
-// What the agent itself asks the scheduler about tasks that are disabled for a while.
+// What the agent itself asks the scheduler about tasks that are disabled for a while or replaced.
 #pragma once
 
 #include "agent/daemon/plugins/Plugin.h"
@@ -14,7 +14,9 @@ namespace NoxAgent {
 
 /// Whether the scheduler has the task in memory.
 bool HoldsTask(Plugin& scheduler, const BaseSDK::AString& taskId);
-/// Whether the task's document says that it is enabled; nothing when there is no such task.
+/// The task's document as it lies on the disk; nothing when there is no such task.
+std::optional<BaseSDK::AString> DocumentOnDisk(Plugin& scheduler, const BaseSDK::AString& taskId);
+/// Whether that says that it is enabled.
 std::optional<bool> IsEnabledOnDisk(Plugin& scheduler, const BaseSDK::AString& taskId);
 /// Enables or disables the task, if it is not so already; one that the scheduler does not hold
 /// stays as it is. Throws RequestError also when the task's file cannot be written.

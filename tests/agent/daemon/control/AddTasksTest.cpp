@@ -62,6 +62,43 @@ TEST_F(AddTasks, AddsEachInTheOrderOfTheRequest) {
       << "the scheduler holds it";
 }
 
+TEST_F(AddTasks, ReplacesATaskOnlyWhileItSaysWhatWasRead) {
+  const auto replace = [this](const std::string& document, const std::string& read) {
+    Json task = Task("a", document);
+    task["replaces"] = read;
+    const Json outcome = Add({task}).At(0);
+    const Json* const error = outcome.Find("error");
+    return error == nullptr ? "replaced" : error->At("code").Text();
+  };
+  const std::string first = TestAgent::DailyTask;
+  const std::string second =
+      first.substr(0, first.find("08:00")) + "09:00" + first.substr(first.find("08:00") + 5);
+  EXPECT_EQ(replace(second, first), "task-changed") << "there is none";
+  EXPECT_EQ(Count(), 0);
+  (void)Add({Task("a", first)});
+  EXPECT_EQ(replace(second, first), "replaced");
+  EXPECT_EQ(FileOf("a"), second);
+  EXPECT_EQ(replace(first, first), "task-changed");
+  EXPECT_EQ(FileOf("a"), second);
+  const std::string afterARun =
+      "<TaskHistory><RunTime>2026-06-15 08:00:00 Ok</RunTime></TaskHistory>";
+  m_Agent.m_Dir.Write("state/tasks/a.vsk",
+                      second.substr(0, second.find("</Task>")) + afterARun + "</Task>");
+  EXPECT_EQ(replace(first, second), "replaced") << "a run is no change";
+  EXPECT_NE(FileOf("a").find(afterARun), std::string::npos);
+  EXPECT_EQ(
+      m_Agent.Call("EnableTask", {{"taskIds", "a"}, {"enable", false}}, "scheduler")["result"], 1);
+  EXPECT_EQ(replace(second, first), "task-changed") << "whether it is enabled is one";
+}
+
+TEST_F(AddTasks, RefusesAConditionThatIsNone) {
+  Json task = Task("a");
+  task["replaces"] = 1;
+  EXPECT_EQ(Refused(Json{{"tasks", Json::List{task}}}.Dump(), 400)["code"], "mistyped-argument");
+  task = {{"taskXml", TestAgent::DailyTask}, {"replaces", ""}};
+  EXPECT_EQ(Refused(Json{{"tasks", Json::List{task}}}.Dump(), 400)["code"], "missing-argument");
+}
+
 TEST_F(AddTasks, InventsAnIdForEachTaskWithoutOne) {
   const Json outcomes = Add({Task(""), {{"taskXml", TestAgent::DailyTask}}, Task("")});
   ASSERT_EQ(outcomes.Items().size(), 3U);

@@ -146,6 +146,27 @@ TEST_F(DisableRouteTest, WhatAClientSaysNextTakesThePlaceOfTheReturn) {
   }
 }
 
+TEST_F(DisableRouteTest, AnEditLeavesTheReturnOfATaskThatStaysDisabled) {
+  const auto edit = [this](const std::string& attributes) {
+    const Json document = Call("GetTaskXML", {{"taskId", "a"}}).At("out").At("taskXml");
+    const std::string text = "<Task " + attributes + ">" + TestAgent::DailyTask.substr(6);
+    const Json task = {{"taskId", "a"}, {"taskXml", text}, {"replaces", document}};
+    const ApiResponse answer =
+        m_Agent.Ask("POST", "/v1/tasks/add", Json{{"tasks", Json::List{task}}}.Dump());
+    EXPECT_FALSE(Json::Parse(answer.m_Body).At("tasks").At(0).Has("error")) << answer.m_Body;
+  };
+  (void)DisableUntil({"a"}, m_Until);
+  edit("Enabled=\"0\" Note=\"mine\"");
+  EXPECT_EQ(ReturnOf("a"), m_Until);
+  PassTo(m_Until);
+  EXPECT_TRUE(IsEnabled("a"));
+
+  (void)DisableUntil({"a"}, m_Until);
+  edit("Enabled=\"1\"");
+  EXPECT_TRUE(IsEnabled("a"));
+  EXPECT_EQ(ReturnOf("a"), std::nullopt);
+}
+
 TEST_F(DisableRouteTest, AnotherOperationLeavesTheReturn) {
   (void)DisableUntil({"a"}, m_Until);
   (void)Call("GetTaskXML", {{"taskId", "a"}});
