@@ -25,12 +25,20 @@ std::vector<std::string> JobWarningsIn(const Json& answer) {
   return texts;
 }
 
+Json ItemOf(const AgentApi::NewTask& task) {
+  Json item = {{"taskId", task.m_Id}, {"taskXml", task.m_Xml}};
+  if (task.m_Replaces) {
+    item["replaces"] = *task.m_Replaces;
+  }
+  return item;
+}
+
 }  // namespace
 
 AddBody BodyToAdd(std::span<const AgentApi::NewTask> tasks) {
   AddBody body{"{\"tasks\":["};
   for (const AgentApi::NewTask& task : tasks.first(std::min(tasks.size(), MaxAddedAtOnce))) {
-    const std::string text = BodyOf({{"taskId", task.m_Id}, {"taskXml", task.m_Xml}});
+    const std::string text = BodyOf(ItemOf(task));
     if (body.m_Tasks > 0 && body.m_Text.size() + text.size() + 3 >= MaxAddBody) {
       break;
     }

@@ -43,6 +43,8 @@ class AgentApi {
   struct NewTask {
     std::string m_Id;   ///< empty: the agent invents one
     std::string m_Xml;  ///< in ASCII
+    /// What TaskXml gave before the task was edited: it is replaced only while it says that still.
+    std::optional<std::string> m_Replaces = {};
   };
   /// What became of it.
   struct AddedTask {

@@ -35,7 +35,7 @@ std::vector<std::string> AddWithJob(AgentApi& agent, const TaskWithJob& task) {
   std::vector<std::string> warnings;
   std::optional<CommandError> failure;
   try {
-    agent.AddTasks({{task.m_Id, task.m_Document}}, false,
+    agent.AddTasks({{task.m_Id, task.m_Document, task.m_Replaces}}, false,
                    [&](std::size_t, const AgentApi::AddedTask& added) {
                      warnings = added.m_JobWarnings;
                      failure = added.m_Error;

@@ -11,8 +11,9 @@ namespace NoxAgent {
 /// A task with its job, on the way to the agent.
 struct TaskWithJob {
   std::string m_Id;
-  std::string m_Document;            ///< in ASCII
-  std::optional<std::string> m_Job;  ///< nothing: the job is left as it is
+  std::string m_Document;                      ///< in ASCII
+  std::optional<std::string> m_Job;            ///< nothing: the job is left as it is
+  std::optional<std::string> m_Replaces = {};  ///< as of AgentApi::NewTask
 };
 
 /// Writes the job, then the task, and takes the job back when the task is refused: afterwards the

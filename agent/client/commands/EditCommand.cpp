@@ -88,8 +88,10 @@ class Editing {
     try {
       return Apply(after);
     } catch (const CommandError& error) {
-      throw CommandError(error.Code(), error.what() + std::string("; what was edited is in ") +
-                                           files.Keep().string());
+      throw CommandError(
+          error.Code(),
+          error.what() + std::string("; what was edited is in ") + files.Keep().string(),
+          error.Name());
     }
   }
 
@@ -117,15 +119,28 @@ class Editing {
   }
 
   void Send(const Texts& after) {
+    const auto job = after.m_Job == m_Before.m_Job ? std::nullopt : std::optional(after.m_Job);
+    if (job) {
+      ThrowIfJobChanged();
+    }
     if (after.m_Document == m_Before.m_Document) {
       m_Agent.PutJob(m_Id, after.m_Job);
       return;
     }
     const AsciiDocument ascii(AString::FromUtf8(after.m_Document));
     const std::string document = ascii.Text().ToUtf8();
-    const auto job = after.m_Job == m_Before.m_Job ? std::nullopt : std::optional(after.m_Job);
-    for (const std::string& warning : AddWithJob(m_Agent, {m_Id, document, job})) {
+    for (const std::string& warning :
+         AddWithJob(m_Agent, {m_Id, document, job, m_Before.m_Document})) {
       m_Context.PrintWarning({{"id", m_Id}, {"message", warning}});
+    }
+  }
+
+  // Another client may still change it between this and what is sent.
+  void ThrowIfJobChanged() {
+    if (m_Agent.JobText(m_Id).value_or("") != m_Before.m_Job) {
+      throw CommandError(ExitCode::Failed, "the job of " + m_Id +
+                                               " has changed since it was read; nothing was "
+                                               "replaced");
     }
   }
 

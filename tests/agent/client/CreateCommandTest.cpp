@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <filesystem>
 
 namespace NoxAgentTest {
 
@@ -25,6 +26,17 @@ class CreateCommand : public Client {
       EXPECT_EQ(std::string::npos, request.m_Target.find("add")) << request.m_Target;
     }
     EXPECT_FALSE(m_Agent.Job("backup"));
+  }
+
+  // An edit that failed has told where the files are; they are removed here.
+  void ExpectKept(const std::string& file) const {
+    const std::string words = "what was edited is in ";
+    const std::size_t at = Err().find(words);
+    ASSERT_NE(std::string::npos, at) << Err();
+    const std::size_t begin = at + words.size();
+    const std::string kept = Err().substr(begin, Err().find_first_of("\n\"", begin) - begin);
+    EXPECT_TRUE(std::filesystem::exists(kept + "/" + file)) << kept;
+    (void)std::filesystem::remove_all(kept);
   }
 
   std::string JobOf(const std::vector<std::string>& command,
@@ -270,13 +282,8 @@ TEST_F(CreateCommand, EditChangesNothingWhenItIsGivenUp) {
   m_Agent.SetJob("backup", "[Job]\ncommand = ls\n");
   const Editor editor("sed -i s/command/comand/ \"$2\"; sed -i s/08:00/09:30/ \"$1\"");
   EXPECT_EQ(2, Run({"edit", "backup"}, "n\n"));
-  const std::string words = "nothing was changed; what was edited is in ";
-  const std::size_t at = Err().find(words);
-  ASSERT_NE(std::string::npos, at) << Err();
-  const std::string kept =
-      Err().substr(at + words.size(), Err().find('\n', at) - at - words.size());
-  EXPECT_TRUE(std::filesystem::exists(kept + "/backup.job")) << kept;
-  (void)std::filesystem::remove_all(kept);
+  EXPECT_NE(std::string::npos, Err().find("nothing was changed")) << Err();
+  ExpectKept("backup.job");
   EXPECT_EQ("[Job]\ncommand = ls\n", m_Agent.Job("backup"));
   EXPECT_EQ(TaskXml(DailyAtEight), m_Agent.Document("backup"));
 }
@@ -373,12 +380,43 @@ TEST_F(CreateCommand, EditKeepsWhatWasTypedWhenTheAgentCannotTakeIt) {
   m_Agent.FailToAdd("report");
   const Editor editor("sed -i s/08:00/09:30/ \"$1\"");
   EXPECT_EQ(1, Run({"edit", "report"}));
-  const std::string words = "; what was edited is in ";
-  const std::size_t at = Err().find(words);
-  ASSERT_NE(std::string::npos, at) << Err();
-  const std::string kept = Err().substr(at + words.size(), Err().find('\n') - at - words.size());
-  EXPECT_TRUE(std::filesystem::exists(kept + "/report.xml")) << kept;
-  (void)std::filesystem::remove_all(kept);
+  ExpectKept("report.xml");
+}
+
+TEST_F(CreateCommand, EditOverwritesNoDocumentThatSomebodyElseChangedMeanwhile) {
+  const std::string theirs = TaskXml(DailyAtEight, "", "0");
+  m_Agent.SetTask("report", {TaskXml(DailyAtEight), true, {}});
+  m_Agent.SetJob("report", "[Job]\ncommand = ls\n");
+  m_Agent.SetAfterJobRead([&](FakeAgent& agent) { agent.SetTask("report", {theirs, true, {}}); });
+  const Editor editor("sed -i s/08:00/09:30/ \"$1\"; sed -i s/ls/df/ \"$2\"");
+  EXPECT_EQ(1, Run({"edit", "report", "--json"}));
+  EXPECT_EQ("task-changed", Json::Parse(Err()).At("error").At("code"));
+  ExpectKept("report.xml");
+  EXPECT_EQ(theirs, m_Agent.Document("report"));
+  EXPECT_EQ("[Job]\ncommand = ls\n", m_Agent.Job("report")) << "nothing is edited by half";
+}
+
+TEST_F(CreateCommand, EditOverwritesNoJobThatSomebodyElseChangedMeanwhile) {
+  m_Agent.SetTask("report", {TaskXml(DailyAtEight), true, {{"t3", "-1"}, {"t5", "1"}}});
+  m_Agent.SetJob("report", "[Job]\ncommand = ls\n");
+  const std::string theirs = "[Job]\ncommand = pwd\n";
+  const auto change = [&](FakeAgent& agent) { agent.SetJob("report", theirs); };
+  for (const char* const script :
+       {"sed -i s/ls/df/ \"$2\"", "sed -i s/ls/df/ \"$2\"; sed -i s/08:00/09:30/ \"$1\""}) {
+    m_Agent.SetJob("report", "[Job]\ncommand = ls\n");
+    m_Agent.SetAfterJobRead(change);
+    const Editor editor(script);
+    EXPECT_EQ(1, Run({"edit", "report"})) << script;
+    EXPECT_NE(std::string::npos, Err().find("the job of report has changed")) << Err();
+    ExpectKept("report.job");
+    EXPECT_EQ(theirs, m_Agent.Job("report")) << script;
+    EXPECT_EQ(TaskXml(DailyAtEight), m_Agent.Document("report")) << script;
+  }
+  m_Agent.SetJob("report", "[Job]\ncommand = ls\n");
+  m_Agent.SetAfterJobRead(change);
+  const Editor editor("sed -i s/08:00/09:30/ \"$1\"");
+  EXPECT_EQ(0, Run({"edit", "report"})) << Err();
+  EXPECT_EQ(theirs, m_Agent.Job("report")) << "who does not edit the job leaves it alone";
 }
 
 }  // namespace NoxAgentTest

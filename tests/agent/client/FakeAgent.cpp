@@ -200,11 +200,23 @@ bool FakeAgent::ServeRequest(int connection, bool isLast, std::string& input) {
     return false;
   }
   std::string answer = Answer(request);
+  ChangeAfter(request);
   if (isLast) {
     answer.insert(answer.find("\r\n") + 2, "Connection: close\r\n");
   }
   SendAll(connection, answer);
   return true;
+}
+
+void FakeAgent::ChangeAfter(const FakeRequest& request) {
+  std::function<void(FakeAgent&)> change;
+  if (request.m_Target == "/v1/command/INoxCommandHandler/GetJob") {
+    const std::lock_guard guard(m_Lock);
+    change = std::exchange(m_AfterJobRead, nullptr);
+  }
+  if (change) {
+    change(*this);
+  }
 }
 
 bool FakeAgent::HasEnded() const {
@@ -420,6 +432,10 @@ Json FakeAgent::AddTask(const Json& task) {
     return {{"taskId", id}, {"error", {{"code", "not-written"}, {"message", "the disk is full"}}}};
   }
   const std::string newId = id.empty() ? "corvane_task_" + std::to_string(m_Tasks.size() + 1) : id;
+  const Json* const replaced = task.Find("replaces");
+  if (replaced != nullptr && !(*replaced == Json(m_Tasks[newId].m_Xml))) {
+    return {{"taskId", id}, {"error", {{"code", "task-changed"}, {"message", "it has changed"}}}};
+  }
   m_Tasks[newId].m_Xml = task.At("taskXml").Text();
   return {{"taskId", newId}, {"warnings", Json::List{}}};
 }

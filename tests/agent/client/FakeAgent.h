@@ -95,6 +95,11 @@ class FakeAgent {
   /// The job of a task; nothing when it has none.
   std::optional<std::string> Job(const std::string& id) const;
   void SetJob(const std::string& id, const std::string& text);
+  /// What somebody else does as soon as a job has been read; once.
+  void SetAfterJobRead(std::function<void(FakeAgent&)> change) {
+    const std::lock_guard guard(m_Lock);
+    m_AfterJobRead = std::move(change);
+  }
   /// What becomes of a task that is run by hand.
   void SetRunByHand(const std::map<std::string, std::string>& run) {
     const std::lock_guard guard(m_Lock);
@@ -149,6 +154,7 @@ class FakeAgent {
   Json Output(const Json& in) const;
   Json Operation(const std::string& name, const Json& in);
   std::string JobAnswer(const std::string& operation, const Json& in);
+  void ChangeAfter(const FakeRequest& request);
   std::string DisableTasks(const Json& in);
   std::string AddTasks(const Json& in);
   Json AddTask(const Json& task);
@@ -176,6 +182,7 @@ class FakeAgent {
   unsigned m_Reads = 0;
   std::map<std::string, FakeTask> m_Tasks;
   std::map<std::string, std::string> m_Jobs;
+  std::function<void(FakeAgent&)> m_AfterJobRead;
   bool m_KeepsJobs = false;
   std::map<std::string, std::string> m_RunByHand;
   std::map<std::string, unsigned> m_Stopped;  ///< tasks whose run is being ended, and for how long
