@@ -10,25 +10,35 @@
 #include "agent/daemon/store/TaskStore.h"
 #include "agent/library/Json.h"
 #include "tests/fuzz/FuzzTarget.h"
+#include "tests/support/TempDir.h"
 
 #include <boost/asio/buffer.hpp>
 #include <boost/beast/http/field.hpp>
 #include <boost/beast/http/parser.hpp>
 #include <boost/beast/http/string_body.hpp>
 
+#include <filesystem>
 #include <memory>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <string_view>
 
 using namespace NoxAgent;
+using BaseSDK::AString;
 namespace http = boost::beast::http;
 using Fuzz::Require;
 namespace {
 
-/// The agent without its socket; its one plug-in answers everything.
+/// The agent without its socket; its one plug-in answers everything, and is the scheduler of a
+/// directory without task files.
 struct World {
   World() : m_Plugin(std::make_shared<Plugin>(Settings(), 1)) {
+    const auto path = [this](const char* name) {
+      return AString::FromUtf8((m_Dir / name).string());
+    };
+    std::filesystem::create_directory(m_Dir / "tasks");
+    m_Store.Guard({Settings().m_Name, path("tasks"), ".vsk", path("refused"), path("journal")});
     m_Plugin->Load(PatienceMilliseconds);
     m_Plugins.Add(m_Plugin);
   }
@@ -45,8 +55,9 @@ struct World {
     return {"p", NOX_ANSWERING_PLUGIN, {}, "{11111111-2222-3333-4444-555555555555}"};
   }
 
+  TestSupport::TempDir m_Dir;
   TaskReturns m_Returns;
-  TaskStore m_Store;  // of no scheduler: there are no files to list
+  TaskStore m_Store;
   std::shared_ptr<Plugin> m_Plugin;
   Plugins m_Plugins;
   AgentThread m_Thread;
@@ -91,11 +102,24 @@ std::optional<ApiRequest> Parse(std::string_view bytes) {
                     std::move(message.body()), Caller{0, true}};
 }
 
+void RequireLines(const BodyParts& parts) {
+  for (std::string part = parts(); !part.empty(); part = parts()) {
+    std::istringstream lines(part);
+    for (std::string line; std::getline(lines, line);) {
+      Require(Json::Parse(line).IsObject(), "each line of a list is a JSON object");
+    }
+  }
+}
+
 void RequireAnswer(const ApiResponse& answer) {
   Require((answer.m_Status >= 200 && answer.m_Status < HttpStatus::Internal) ||
               answer.m_Status == HttpStatus::Unavailable,
           "a request gets a result or is told what is wrong with it");
   if (answer.m_IsStream) {
+    return;
+  }
+  if (answer.m_Parts) {
+    RequireLines(answer.m_Parts);
     return;
   }
   const Json body = Json::Parse(answer.m_Body);
