@@ -1,6 +1,7 @@
 #include "agent/client/NewJob.h"
 
 #include "agent/client/ExitCode.h"
+#include "agent/client/ShellWords.h"
 #include "agent/handler/job/Duration.h"
 #include "agent/handler/job/Job.h"
 #include "agent/handler/job/Words.h"
@@ -35,6 +36,9 @@ std::vector<std::string> RunnableCommand(std::vector<std::string> words) {
                         first.find_first_of(" \t|&;<>()$`*?[]~#'\"\\") != std::string::npos;
   if (isShells) {
     return {"/bin/sh", "-c", first};
+  }
+  if (const std::string fault = FaultOfShellWords(words); !fault.empty()) {
+    Refuse(fault);
   }
   if (words.size() > 1 && first.find('=') != std::string::npos) {
     Refuse("\"" + first + "\" is no program; set a variable with --env " + first +

@@ -188,6 +188,34 @@ TEST_F(CreateCommand, HandsALineOfShellToTheShell) {
             JobOf({"cd / && ls > out"}));
 }
 
+TEST_F(CreateCommand, RefusesWordsThatNeedAShellAndHaveNone) {
+  EXPECT_EQ(2, Run(Line({"backup", "now"}, {"cd", "/srv", "&&", "ls", "-l"})));
+  ExpectError(
+      "\"&&\" is for a shell, and the words behind -- are run without one; write the whole line in "
+      "quotes for a shell: -- 'cd /srv && ls -l'");
+  for (const char* const word : {"&&", "||", ">", ">>", "2>", "2>&1", "&"}) {
+    EXPECT_EQ(2, Run(Line({"backup", "now"}, {"/bin/echo", word, "out"}))) << word;
+    ExpectError(std::string("\"") + word + "\" is for a shell");
+  }
+  EXPECT_EQ(2, Run(Line({"backup", "now"}, {"echo", "it's", "&&", "ls"})));
+  ExpectError("write the whole line in quotes for a shell\n");
+  EXPECT_EQ(2, Run(Line({"backup", "now"}, {"cd", "/srv"})));
+  ExpectError(
+      "\"cd\" is a word of the shell's and no program; the directory in which a command "
+      "runs is said with --directory");
+  EXPECT_EQ(2, Run(Line({"backup", "now"}, {"ulimit", "-n", "64"})));
+  ExpectError("write the whole line in quotes for a shell: -- 'ulimit -n 64'");
+  ExpectNothingAdded();
+}
+
+TEST_F(CreateCommand, LeavesAProgramTheArgumentsThatAreItsOwn) {
+  EXPECT_NE(std::string::npos,
+            JobOf({"find", "/tmp", "-exec", "rm", "{}", ";"}).find("command = find\n"));
+  EXPECT_NE(std::string::npos, JobOf({"grep", "|", "/tmp/table"}).find("command = grep\n"));
+  EXPECT_NE(std::string::npos, JobOf({"test", "a", "<", "b"}).find("command = test\n"));
+  EXPECT_NE(std::string::npos, JobOf({"echo", "a && b", "R&D"}).find("command = echo\n"));
+}
+
 TEST_F(CreateCommand, MakesAPathAbsolute) {
   const std::string here = std::filesystem::current_path().string();
   EXPECT_EQ("[Job]\ncommand = " + here + "/backup.sh\nretry = never\n", JobOf({"./backup.sh"}));
