@@ -34,9 +34,9 @@ constexpr std::array<Grammar::Rule, 7> Rules{{
 const std::array<PhraseTerminal, 11>& Terminals() {
   static const std::array<PhraseTerminal, 11> All{{
       {"CLOCKS", "times of day: 02:30, or 08:00,20:00", IsClockList, {}},
-      {"CLOCK", "a time of day: 02:30, or 02:30:15", IsClock, {}},
+      {"CLOCK", "a time of day: 02:30, 02:30:15 or 2:30pm", IsClock, {}},
       {"DATE", "a day: 2027-01-04; with its time also 2027-01-04T09:00", IsDate, {}},
-      {"DURATION", "a length of time: 30 s, 10 min, 2 h", IsLength, {}},
+      {"DURATION", "a length of time: 30 s, 10 min, 1 h 30 min", IsLength, {}},
       {"COUNT", "a number from 2 on", IsCount, {}},
       {"WEEKDAYS",
        "mon,wed or mon-fri or weekdays or weekends",
