@@ -21,6 +21,8 @@ namespace NoxHandler {
 namespace {
 
 constexpr const char* HandlerEnds = "the command handler ends";
+constexpr const char* HasJustRun = "it has just run, and its state is yet to be recorded";
+constexpr const char* NextWaits = "its next run is waiting to start already";
 
 }  // namespace
 
@@ -43,7 +45,7 @@ void TaskRuns::Dispatch(const TaskBatch::Entry& entry) {
   } else if (slot != m_Slots.end()) {
     DispatchToPresent(slot->second, entry);
   } else if (entry.m_NeverRun && m_Book.Scheduler().HasKept(entry.m_TaskId)) {
-    LeaveOut(entry, "it has just run, and its state is yet to be recorded");
+    LeaveOut(entry, HasJustRun);
   } else {
     m_Book.Scheduler().Cancel(entry.m_TaskId);
     Admit(entry);
@@ -58,6 +60,10 @@ std::map<TaskRuns::Key, TaskRuns::Slot>::iterator TaskRuns::LatestOf(const AStri
 }
 
 void TaskRuns::DispatchToPresent(Slot& slot, const TaskBatch::Entry& entry) {
+  if (slot.m_Attempts->IsOver()) {
+    DispatchAfter(slot, entry);
+    return;
+  }
   if (!slot.m_Attempts->HasBegun()) {
     LeaveOut(entry, "it is waiting to start already");
     return;
@@ -78,9 +84,18 @@ void TaskRuns::DispatchToPresent(Slot& slot, const TaskBatch::Entry& entry) {
   }
 }
 
+// It is no overlap: the run is over, but its end is yet to be noted.
+void TaskRuns::DispatchAfter(Slot& slot, const TaskBatch::Entry& entry) {
+  if (entry.m_NeverRun || slot.m_Next) {
+    LeaveOut(entry, entry.m_NeverRun ? HasJustRun : NextWaits);
+  } else {
+    slot.m_Next = entry;
+  }
+}
+
 void TaskRuns::Queue(Slot& slot, const TaskBatch::Entry& entry) {
   if (slot.m_Next) {
-    LeaveOut(entry, "its next run is waiting to start already");
+    LeaveOut(entry, NextWaits);
     return;
   }
   m_Book.NoteQueued(entry.m_TaskId, "starts after it");
@@ -219,6 +234,9 @@ void TaskRuns::EndByRequest(Slot& slot) {
   if (slot.m_Next) {
     m_Book.NoteQueuedSkip(attempts.Entry().m_TaskId, EndedByRequest);
     slot.m_Next.reset();
+  }
+  if (attempts.IsOver()) {
+    return;
   }
   if (attempts.HasBegun() || attempts.IsRunning()) {
     attempts.End(Run::EndReason::Request);

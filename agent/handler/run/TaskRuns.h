@@ -72,7 +72,7 @@ class TaskRuns {
     bool m_IsLatest = true;                     ///< of the runs of its task that go on
     Ended m_Later;                              ///< the last one that began after it, if it is over
     bool m_IsInLine = false;                    ///< whether m_Line has the run
-    std::optional<TaskBatch::Entry> m_Next;     ///< what waits for the run's end
+    std::optional<TaskBatch::Entry> m_Next;     ///< begins when the run has ended
     /// A start of the task was given up for the handler's end: its task is to keep "Started", so
     /// that it comes again.
     bool m_ComesAgain = false;
@@ -83,6 +83,7 @@ class TaskRuns {
   std::map<Key, Slot>::iterator LatestOf(const BaseSDK::AString& taskId);
   void EndByRequest(Slot& slot);
   void DispatchToPresent(Slot& slot, const TaskBatch::Entry& entry);
+  void DispatchAfter(Slot& slot, const TaskBatch::Entry& entry);
   void Queue(Slot& slot, const TaskBatch::Entry& entry);
   void Replace(Slot& slot, const TaskBatch::Entry& entry);
   void LeaveOut(const TaskBatch::Entry& entry, const char* why);

@@ -78,6 +78,17 @@ TEST_F(StartTime, IsLeftOutWhenItIsLater) {
   EXPECT_TRUE(WaitUntil([&] { return !m_Supervisor->IsBusy(); }));
 }
 
+TEST_F(StartTime, ThatIsLeftOutLeavesAStartAloneThatComesWithIt) {
+  AddJob("a", "echo begun > $STARTED", "max_late = 1h");
+  StartSupervisor();
+  // In one hand-over: the first is late, and nobody can tell how much.
+  m_Supervisor->Post({{"a", true, false, false}, {"a", false, false, false}});
+  EXPECT_EQ(Started(), "begun");
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Ok"});
+  EXPECT_EQ(Told("a")["result"], "Ok");
+  EXPECT_EQ(Told("a")["skips"], "1");
+}
+
 TEST_F(StartTime, IsLeftOutWhenItIsLateAndNobodyCanTellHowMuch) {
   AddJob("a", "exit 0", "max_late = 1h");
   StartSupervisor();

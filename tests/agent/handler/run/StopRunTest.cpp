@@ -4,7 +4,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <utility>
+
 using States = std::vector<std::string>;
+using testing::Contains;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::MatchesRegex;
@@ -19,9 +22,24 @@ class StopRun : public SupervisorFixture {
   bool Stop(const std::string& name) {
     return m_Supervisor->StopRun(BaseSDK::AString(name.c_str()));
   }
+  // The supervisor takes this up in one turn: it is asked while it tells of another run.
+  void AskInOneTurn(const std::function<void()>& ask) {
+    AddJob("other", "true");
+    m_Scheduler.OnState([&] {
+      if (!std::exchange(m_HasAsked, true)) {
+        ask();
+      }
+    });
+    Dispatch("other", false);
+    EXPECT_THAT(m_Scheduler.WaitForStates(1), Contains("other Ok"));
+    m_Scheduler.OnState(nullptr);
+  }
   bool WaitUntilNothingGoesOn() {
     return WaitUntil([&] { return !m_Supervisor->IsBusy(); });
   }
+
+ private:
+  bool m_HasAsked = false;
 };
 
 }  // namespace
@@ -172,6 +190,57 @@ TEST_F(StopRun, LeavesAStartAloneThatComesAfterIt) {
   OpenGate();
   EXPECT_TRUE(WaitUntilTold("a", "result", "Ok"));
   EXPECT_EQ(Told("a")["number"], "2");
+}
+
+TEST_F(StopRun, LeavesAStartAloneThatComesWithItOfARunThatHasNotBegun) {
+  AddJob("a", "echo begun > $STARTED", "splay = 1h");
+  StartSupervisor();
+  Dispatch("a", false);
+  ASSERT_TRUE(WaitUntilTold("a", "state", "waiting"));
+  AskInOneTurn([&] {
+    EXPECT_TRUE(Stop("a"));
+    Dispatch("a", true);  // an echo
+    Dispatch("a", false);
+    Dispatch("a", false);
+  });
+  ASSERT_TRUE(WaitUntilTold("a", "number", "2"));
+  EXPECT_EQ(Told("a")["state"], "waiting");
+  EXPECT_EQ(Told("a")["skips"], "2") << "the run that was ended, and one of two starts";
+  EXPECT_EQ(m_Scheduler.States(), States{"other Ok"}) << "the next run is to come";
+  PassTime(1h);
+  EXPECT_EQ(Started(), "begun");
+  EXPECT_EQ(m_Scheduler.WaitForStates(2).back(), "a Ok");
+}
+
+TEST_F(StopRun, LeavesAStartAloneThatComesWithItBetweenTwoAttempts) {
+  AddJob("a", "echo begun > $STARTED; exit 7", "retry = 3 every 5m");
+  StartSupervisor();
+  Dispatch("a", false);
+  EXPECT_EQ(Started(), "begun");
+  ASSERT_TRUE(WaitUntil([&] { return Told("a").contains("reason"); }));
+  AskInOneTurn([&] {
+    EXPECT_TRUE(Stop("a"));
+    Dispatch("a", false);
+  });
+  EXPECT_EQ(Started(), "begun");
+  ASSERT_TRUE(WaitUntilTold("a", "number", "2"));
+  EXPECT_FALSE(Told("a").contains("skips"));
+}
+
+TEST_F(StopRun, EndsAlsoAStartThatCameWithTheStopBefore) {
+  AddJob("a", "echo begun > $STARTED", "splay = 1h");
+  StartSupervisor();
+  Dispatch("a", false);
+  ASSERT_TRUE(WaitUntilTold("a", "state", "waiting"));
+  AskInOneTurn([&] {
+    EXPECT_TRUE(Stop("a"));
+    Dispatch("a", false);
+    EXPECT_TRUE(Stop("a"));
+  });
+  EXPECT_EQ(m_Scheduler.WaitForStates(2).back(), "a Ok");
+  EXPECT_EQ(Told("a")["state"], "none");
+  EXPECT_EQ(Told("a")["skips"], "2");
+  EXPECT_TRUE(WaitUntilNothingGoesOn());
 }
 
 TEST_F(StopRun, KnowsWhenNoneIsUnderWay) {
