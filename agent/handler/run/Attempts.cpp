@@ -87,7 +87,7 @@ AString Attempts::WhyTooLate(const AString& taskXml) const {
 // What kept it from beginning is the answer, not that it has become late meanwhile.
 void Attempts::LeaveOut(const AString& why) {
   m_Outcome = m_Refusal.IsEmpty() ? why : m_Refusal;
-  m_IsOver = true;
+  m_End = WallSeconds();
 }
 
 void Attempts::Ask(const AString& taskXml) {
@@ -134,14 +134,14 @@ void Attempts::TakeRefusal(const AString& reason) {
 void Attempts::FailUnasked(const AString& reason) {
   m_Start = WallSeconds();
   m_Outcome = AString("its condition: %1").Arg(reason);
-  m_IsOver = true;
+  m_End = WallSeconds();
   ALOG(HandlerLog(), ALogger::Error, HandlerSource,
        AString("Task '%1' failed: %2").Arg(m_Entry.m_TaskId, m_Outcome));
   AppendNote(m_Outcome);
 }
 
 bool Attempts::IsReady() const {
-  return !m_Run && !m_IsOver && m_NextAt <= m_Clock.Now();
+  return !m_Run && !IsOver() && m_NextAt <= m_Clock.Now();
 }
 
 void Attempts::Begin() {
@@ -173,7 +173,7 @@ void Attempts::AddHandles(std::vector<pollfd>& handles) const {
 
 std::optional<WaitClock::Moment::duration> Attempts::Rest() const {
   using Length = WaitClock::Moment::duration;
-  if (m_IsOver) {
+  if (IsOver()) {
     return Length::zero();
   }
   if (m_Run) {
@@ -185,7 +185,7 @@ std::optional<WaitClock::Moment::duration> Attempts::Rest() const {
 }
 
 std::optional<long> Attempts::PeriodEnd() const {
-  return m_Run ? m_Run->PeriodEnd() : m_IsOver ? std::nullopt : m_PeriodEnd;
+  return m_Run ? m_Run->PeriodEnd() : IsOver() ? std::nullopt : m_PeriodEnd;
 }
 
 bool Attempts::IsDue() const {
@@ -220,8 +220,10 @@ void Attempts::Advance() {
 void Attempts::Conclude(bool succeeded, const AString& outcome) {
   m_Succeeded = succeeded;
   m_Outcome = outcome;
-  m_IsOver = succeeded || m_Attempt.IsLast() || m_EndedFor;
   m_NextAt = m_Clock.Now() + std::chrono::seconds(m_Job.m_Retry.m_EverySeconds);
+  if (succeeded || m_Attempt.IsLast() || m_EndedFor) {
+    m_End = WallSeconds();
+  }
 }
 
 AString Attempts::NextStep() const {
@@ -245,7 +247,7 @@ AString Attempts::WaitsFor() const {
 }
 
 void Attempts::End(Run::EndReason reason) {
-  if (m_IsOver || m_EndedFor) {
+  if (IsOver() || m_EndedFor) {
     return;
   }
   m_EndedFor = reason;
@@ -253,7 +255,7 @@ void Attempts::End(Run::EndReason reason) {
     m_Run->End(reason);
     return;
   }
-  m_IsOver = true;
+  m_End = WallSeconds();
   if (HasBegun()) {
     const AString words = AString("not tried again: %1").Arg(WhyNoneFollows(reason));
     m_Outcome += "; " + words;

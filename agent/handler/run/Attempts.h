@@ -67,7 +67,7 @@ class Attempts {
   /// Whether an attempt goes on, with processes, or the condition is being asked.
   bool IsRunning() const { return m_Run != nullptr; }
   /// Whether none goes on and none follows.
-  bool IsOver() const { return m_IsOver; }
+  bool IsOver() const { return m_End.has_value(); }
 
   /// Adds the descriptors whose readiness calls for Advance.
   void AddHandles(std::vector<pollfd>& handles) const;
@@ -106,6 +106,8 @@ class Attempts {
   pid_t Pid() const { return m_Run->Pid(); }
   /// When the first attempt began, in seconds since the epoch. REQUIRES: HasBegun().
   long StartTime() const { return *m_Start; }
+  /// Since when it is over, in seconds since the epoch. REQUIRES: IsOver().
+  long EndTime() const { return *m_End; }
 
  private:
   std::optional<long> LatestStart(const BaseSDK::AString& taskXml) const;
@@ -138,7 +140,7 @@ class Attempts {
   std::optional<Run::EndReason> m_EndedFor;     ///< once it is to end before its time
   BaseSDK::AString m_Outcome;
   bool m_Succeeded = false;
-  bool m_IsOver = false;
+  std::optional<long> m_End;  ///< once it is over, in seconds since the epoch
 };
 
 }  // namespace NoxHandler

@@ -1,7 +1,6 @@
 #include "agent/handler/run/Hooks.h"
 
 #include "agent/handler/Log.h"
-#include "agent/handler/system/WallClock.h"
 
 #include <unistd.h>
 
@@ -56,7 +55,7 @@ void Hooks::NoteFailure(const Attempts& attempts) {
   const AString& taskId = attempts.Entry().m_TaskId;
   FailureStreaks::Streak streak = m_Streaks.Of(taskId);
   ++streak.m_Failures;
-  streak.m_End = WallSeconds();
+  streak.m_End = attempts.EndTime();
   if (!streak.m_IsTold && streak.m_Failures >= job.m_After) {
     streak.m_IsTold = true;
     LineUp("on_failure", job.m_OnFailure, attempts, streak.m_Failures);
@@ -81,7 +80,7 @@ void Hooks::LineUp(const char* key, const std::vector<std::string>& words, const
   variables["NOX_RUN_RESULT"] = attempts.Succeeded() ? "Ok" : "Failed";
   variables["NOX_RUN_REASON"] = attempts.Outcome().ToUtf8();
   variables["NOX_RUN_START"] = std::to_string(attempts.StartTime());
-  variables["NOX_RUN_END"] = std::to_string(WallSeconds());
+  variables["NOX_RUN_END"] = std::to_string(attempts.EndTime());
   variables["NOX_FAILURES"] = std::to_string(failures);
   m_Line.push_back(std::move(call));
 }

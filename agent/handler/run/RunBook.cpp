@@ -98,25 +98,15 @@ void RunBook::NoteQueuedSkip(const AString& taskId, const AString& why) {
 }
 
 // Without its job nobody knows what is to become of a task that failed: the scheduler decides.
-void RunBook::NoteNoJob(const AString& taskId, long number, const AString& reason) {
+LatestRuns::Ending RunBook::NoteNoJob(const AString& taskId, long number, const AString& reason) {
   ALOG(HandlerLog(), ALogger::Error, HandlerSource,
        AString("Task '%1' failed: %2").Arg(taskId, reason));
-  const long now = WallSeconds();
-  m_Latest.NoteEnd(taskId, {now, now, false, false, reason, number});
   m_Outputs.Of(taskId)->AppendNote(reason);
-  m_Failures.Forget(taskId);
-  Report({{taskId, "Failed"}});
+  const long now = WallSeconds();
+  return {now, now, false, false, reason, number};
 }
 
-const char* RunBook::NoteEnd(const Attempts& attempts,
-                             const std::optional<LatestRuns::Facts>& before) {
-  return attempts.HasBegun() ? NoteRunEnd(attempts) : NoteLeftOut(attempts, before);
-}
-
-const char* RunBook::NoteRunEnd(const Attempts& attempts) {
-  const AString& taskId = attempts.Entry().m_TaskId;
-  const LatestRuns::Ending ending{attempts.StartTime(), WallSeconds(),      attempts.Succeeded(),
-                                  attempts.IsFinal(),   attempts.Outcome(), attempts.Number()};
+const char* RunBook::NoteEnd(const AString& taskId, const LatestRuns::Ending& ending) {
   m_Latest.NoteEnd(taskId, ending);
   if (ending.m_IsFinal) {
     m_Failures.Note(taskId, {ending.m_Start, ending.m_End, ending.m_Reason});
@@ -131,7 +121,7 @@ const char* RunBook::NoteLeftOut(const Attempts& attempts,
                                  const std::optional<LatestRuns::Facts>& before) {
   const AString& taskId = attempts.Entry().m_TaskId;
   WriteSkip(taskId, attempts.Outcome());
-  m_Latest.NoteLeftOut(taskId, before, attempts.Outcome(), WallSeconds());
+  m_Latest.NoteLeftOut(taskId, before, attempts.Outcome(), attempts.EndTime());
   if (const auto facts = m_Latest.Find(taskId); facts && facts->m_IsFinal) {
     m_Failures.Note(taskId, {*facts->m_Start, *facts->m_End, facts->m_Reason});
   }

@@ -45,21 +45,22 @@ class RunBook {
   void NoteSkip(const BaseSDK::AString& taskId, const BaseSDK::AString& why);
   /// The start that waits for the end of the task's run is left out.
   void NoteQueuedSkip(const BaseSDK::AString& taskId, const BaseSDK::AString& why);
-  /// The task has no job that could be read, for the run of that number.
-  void NoteNoJob(const BaseSDK::AString& taskId, long number, const BaseSDK::AString& reason);
+  /// The task has no job that could be read, for the run of that number: returns how that ended.
+  LatestRuns::Ending NoteNoJob(const BaseSDK::AString& taskId, long number,
+                               const BaseSDK::AString& reason);
 
   /// The states that the scheduler is to know of tasks, each "Ok" or "Failed".
   using States = std::map<BaseSDK::AString, const char*>;
-  /// A run is over, or was left out before it began: returns the state. `before` is what was known
-  /// of the task before the run was handed over.
-  const char* NoteEnd(const Attempts& attempts, const std::optional<LatestRuns::Facts>& before);
+  /// All runs of the task are over, and the one that began last ended so: returns the state.
+  const char* NoteEnd(const BaseSDK::AString& taskId, const LatestRuns::Ending& ending);
+  /// The task's only run was left out before it began: returns the state. `before` is what was
+  /// known of the task before the run was handed over.
+  const char* NoteLeftOut(const Attempts& attempts, const std::optional<LatestRuns::Facts>& before);
   /// Tells the scheduler.
   void Report(const States& states);
 
  private:
   void WriteSkip(const BaseSDK::AString& taskId, const BaseSDK::AString& why);
-  const char* NoteRunEnd(const Attempts& attempts);
-  const char* NoteLeftOut(const Attempts& attempts, const std::optional<LatestRuns::Facts>& before);
   void RememberFailures();
 
   const HandlerSettings& m_Settings;

@@ -24,6 +24,18 @@ constexpr const char* HandlerEnds = "the command handler ends";
 constexpr const char* HasJustRun = "it has just run, and its state is yet to be recorded";
 constexpr const char* NextWaits = "its next run is waiting to start already";
 
+LatestRuns::Ending EndingOf(const Attempts& attempts) {
+  return {attempts.StartTime(), attempts.EndTime(), attempts.Succeeded(),
+          attempts.IsFinal(),   attempts.Outcome(), attempts.Number()};
+}
+
+// Keeps that of the two runs that began last.
+void KeepLater(std::optional<LatestRuns::Ending>& kept, const LatestRuns::Ending& other) {
+  if (!kept || kept->m_Number < other.m_Number) {
+    kept = other;
+  }
+}
+
 }  // namespace
 
 TaskRuns::TaskRuns(const HandlerSettings& settings, const WaitClock& clock, RunBook& book)
@@ -57,6 +69,10 @@ std::map<TaskRuns::Key, TaskRuns::Slot>::iterator TaskRuns::LatestOf(const AStri
   const auto next = m_Slots.upper_bound({taskId, std::numeric_limits<std::uint64_t>::max()});
   const bool isThere = next != m_Slots.begin() && std::prev(next)->first.first == taskId;
   return isThere ? std::prev(next) : m_Slots.end();
+}
+
+bool TaskRuns::IsLatest(const Slot& slot) {
+  return &LatestOf(slot.m_Attempts->Entry().m_TaskId)->second == &slot;
 }
 
 void TaskRuns::DispatchToPresent(Slot& slot, const TaskBatch::Entry& entry) {
@@ -129,9 +145,6 @@ void TaskRuns::Admit(const TaskBatch::Entry& entry) {
   const long number = m_Book.NewNumber(entry.m_TaskId);
   try {
     Job job = Job::Load(m_Settings.JobFile(entry.m_TaskId));
-    if (const auto earlier = LatestOf(entry.m_TaskId); earlier != m_Slots.end()) {
-      earlier->second.m_IsLatest = false;
-    }
     Slot& slot = m_Slots[key];
     slot.m_Attempts = std::make_unique<Attempts>(entry, number, std::move(job), m_Settings,
                                                  m_Book.Outputs(), m_Records, m_Groups, m_Clock);
@@ -148,18 +161,18 @@ void TaskRuns::Admit(const TaskBatch::Entry& entry) {
   }
 }
 
-// While earlier runs of the task go on, it is one of these that is the latest again.
 void TaskRuns::Fail(const Key& key, long number, const AString& reason) {
   m_Slots.erase(key);
-  m_Book.NoteNoJob(key.first, number, reason);
+  const LatestRuns::Ending ending = m_Book.NoteNoJob(key.first, number, reason);
   if (const auto earlier = LatestOf(key.first); earlier != m_Slots.end()) {
-    earlier->second.m_IsLatest = true;
-    NoteProgress(earlier->second);
+    KeepLater(earlier->second.m_Ended, ending);
+  } else {
+    m_Book.Report({{key.first, m_Book.NoteEnd(key.first, ending)}});
   }
 }
 
 void TaskRuns::NoteProgress(const Slot& slot) {
-  if (slot.m_IsLatest && !slot.m_Attempts->IsOver()) {
+  if (IsLatest(slot) && !slot.m_Attempts->IsOver()) {
     m_Book.NoteProgress(*slot.m_Attempts);
   }
 }
@@ -172,7 +185,7 @@ void TaskRuns::LineUp(const Key& key, Slot& slot) {
   slot.m_IsInLine = true;
   m_Line.push_back(key);
   BeginThoseInLine();
-  if (slot.m_IsInLine && slot.m_IsLatest) {
+  if (slot.m_IsInLine && IsLatest(slot)) {
     m_Book.NoteInLine(*slot.m_Attempts);
   }
 }
@@ -331,20 +344,24 @@ void TaskRuns::Advance(const std::vector<pollfd>& handles) {
 // its task go on, the state on record stays "Started".
 std::map<TaskRuns::Key, TaskRuns::Slot>::iterator TaskRuns::End(std::map<Key, Slot>::iterator it,
                                                                 RunBook::States& states) {
-  const AString taskId = it->first.first;
+  const Key key = it->first;
   Slot slot = std::move(it->second);
   const auto after = m_Slots.erase(it);
   if (slot.m_Attempts->HasBegun()) {
     m_Hooks.NoteEnd(*slot.m_Attempts);
+    KeepLater(slot.m_Ended, EndingOf(*slot.m_Attempts));
   }
-  const auto other = LatestOf(taskId);
+  const auto other = LatestOf(key.first);
   if (other == m_Slots.end()) {
     const char* const state = NoteLastEnd(slot);
     if (!slot.m_Next && !(slot.m_ComesAgain && std::string_view(state) == "Ok")) {
-      states[taskId] = state;
+      states[key.first] = state;
     }
   } else {
     LeaveTo(other->second, slot);
+    if (other->first < key) {
+      NoteProgress(other->second);  // it is the latest again
+    }
   }
   if (slot.m_Next) {
     m_Next.push_back(*slot.m_Next);  // the state on record is already that of this run: "Started"
@@ -353,44 +370,26 @@ std::map<TaskRuns::Key, TaskRuns::Slot>::iterator TaskRuns::End(std::map<Key, Sl
 }
 
 // Others of its task go on: what there is to tell of the run is told at the end of the last one.
-void TaskRuns::LeaveTo(Slot& other, Slot& ended) {
+void TaskRuns::LeaveTo(Slot& other, const Slot& ended) {
   other.m_ComesAgain = other.m_ComesAgain || ended.m_ComesAgain;
-  const bool hasBegun = ended.m_Attempts->HasBegun();
-  if (!hasBegun) {
+  if (!ended.m_Attempts->HasBegun()) {
     m_Book.NoteSkip(ended.m_Attempts->Entry().m_TaskId, ended.m_Attempts->Outcome());
   }
-  if (ended.m_IsLatest) {
-    HandDown(ended, other);
-  } else if (hasBegun && !other.m_Attempts->HasBegun() && !other.m_Later.m_Attempts) {
-    // The later one may yet be left out.
-    other.m_Later = {std::move(ended.m_Attempts), std::move(ended.m_Before)};
+  if (ended.m_Ended) {
+    KeepLater(other.m_Ended, *ended.m_Ended);
   }
 }
 
 // Tells of the run that began last; one that was left out is none.
-const char* TaskRuns::NoteLastEnd(Slot& slot) {
-  const Ended own{std::move(slot.m_Attempts), std::move(slot.m_Before)};
-  const Ended& other = slot.m_Later;
-  const bool hasBegun = own.m_Attempts->HasBegun();
-  if (!other.m_Attempts || (hasBegun && own.m_Attempts->Number() > other.m_Attempts->Number())) {
-    return m_Book.NoteEnd(*own.m_Attempts, own.m_Before);
+const char* TaskRuns::NoteLastEnd(const Slot& slot) {
+  const Attempts& attempts = *slot.m_Attempts;
+  if (!slot.m_Ended) {
+    return m_Book.NoteLeftOut(attempts, slot.m_Before);
   }
-  if (!hasBegun) {
-    m_Book.NoteSkip(own.m_Attempts->Entry().m_TaskId, own.m_Attempts->Outcome());
+  if (!attempts.HasBegun()) {
+    m_Book.NoteSkip(attempts.Entry().m_TaskId, attempts.Outcome());
   }
-  return m_Book.NoteEnd(*other.m_Attempts, other.m_Before);
-}
-
-// What there is to tell of the end of the latest run is kept until the last one has ended. Of one
-// that was left out there is nothing more to tell.
-void TaskRuns::HandDown(Slot& ended, Slot& earlier) {
-  earlier.m_IsLatest = true;
-  if (ended.m_Later.m_Attempts) {
-    earlier.m_Later = std::move(ended.m_Later);
-  } else if (ended.m_Attempts->HasBegun()) {
-    earlier.m_Later = {std::move(ended.m_Attempts), std::move(ended.m_Before)};
-  }
-  NoteProgress(earlier);
+  return m_Book.NoteEnd(attempts.Entry().m_TaskId, *slot.m_Ended);
 }
 
 void TaskRuns::AdvanceSlot(Slot& slot) {

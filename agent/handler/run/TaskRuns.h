@@ -61,16 +61,11 @@ class TaskRuns {
  private:
   /// A task, and a number that grows from one of its runs to the next.
   using Key = std::pair<BaseSDK::AString, std::uint64_t>;
-  /// A run that is over, while an earlier one of its task goes on.
-  struct Ended {
-    std::unique_ptr<Attempts> m_Attempts;
-    std::optional<LatestRuns::Facts> m_Before;
-  };
   struct Slot {
     std::unique_ptr<Attempts> m_Attempts;       ///< never null between two steps of the loop
     std::optional<LatestRuns::Facts> m_Before;  ///< what was known of the task
-    bool m_IsLatest = true;                     ///< of the runs of its task that go on
-    Ended m_Later;                              ///< the last one that began after it, if it is over
+    /// Of the runs that were over beside it, how the one ended that began last.
+    std::optional<LatestRuns::Ending> m_Ended;
     bool m_IsInLine = false;                    ///< whether m_Line has the run
     std::optional<TaskBatch::Entry> m_Next;     ///< begins when the run has ended
     /// A start of the task was given up for the handler's end: its task is to keep "Started", so
@@ -81,6 +76,7 @@ class TaskRuns {
   };
 
   std::map<Key, Slot>::iterator LatestOf(const BaseSDK::AString& taskId);
+  bool IsLatest(const Slot& slot);
   void EndByRequest(Slot& slot);
   void DispatchToPresent(Slot& slot, const TaskBatch::Entry& entry);
   void DispatchAfter(Slot& slot, const TaskBatch::Entry& entry);
@@ -98,9 +94,8 @@ class TaskRuns {
   void BeginFirst(Attempts& attempts);
   void AdvanceSlot(Slot& slot);
   std::map<Key, Slot>::iterator End(std::map<Key, Slot>::iterator it, RunBook::States& states);
-  void HandDown(Slot& ended, Slot& earlier);
-  void LeaveTo(Slot& other, Slot& ended);
-  const char* NoteLastEnd(Slot& slot);
+  void LeaveTo(Slot& other, const Slot& ended);
+  const char* NoteLastEnd(const Slot& slot);
   void GiveUpStart(const BaseSDK::AString& taskId);
   static bool NeedsAdvance(const Slot& slot, const std::vector<pollfd>& handles);
 

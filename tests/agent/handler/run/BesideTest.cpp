@@ -113,17 +113,58 @@ TEST_F(Beside, AreLeftOutAloneWhenTheyAreTooLate) {
   EXPECT_EQ(Told("a")["result"], "Failed");
 }
 
-TEST_F(Beside, AreToldOfWhenALaterOneHasNoJob) {
+TEST_F(Beside, GoOnWhenALaterOneHasNoJobWhichCountsInTheEnd) {
   AddAllowedJob();
   StartSupervisor();
   Dispatch("a", false);
   const std::string first = Started();
   std::filesystem::remove(m_Directory / "jobs/a.job");
   Dispatch("a", false);
-  EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Failed"});
-  EXPECT_TRUE(WaitUntilTold("a", "pid", first));
+  ASSERT_TRUE(WaitUntil([&] { return LogCount("Task 'a' failed: there is no job file") == 1; }));
+  EXPECT_THAT(Output("a"), HasSubstr(" there is no job file "));
+  EXPECT_EQ(Told("a")["pid"], first);
+  EXPECT_TRUE(m_Scheduler.States().empty());
   EndFirst(0);
-  (void)m_Scheduler.WaitForStates(2);
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Failed"});
+  EXPECT_EQ(Told("a")["result"], "Failed");
+  EXPECT_EQ(Told("a")["number"], "2");
+  EXPECT_THAT(Told("a")["reason"], HasSubstr("there is no job file "));
+}
+
+TEST_F(Beside, HaveTheStateOfALaterOneThanThatWithoutAJob) {
+  AddAllowedJob();
+  StartSupervisor();
+  Dispatch("a", false);
+  (void)Started();
+  std::filesystem::rename(m_Directory / "jobs/a.job", m_Directory / "kept.job");
+  Dispatch("a", false);
+  ASSERT_TRUE(WaitUntil([&] { return LogCount("Task 'a' failed: there is no job file") == 1; }));
+  std::filesystem::rename(m_Directory / "kept.job", m_Directory / "jobs/a.job");
+  (void)StartSecond();
+  EndSecond(0);
+  EndFirst(7);
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Ok"});
+  EXPECT_EQ(Told("a")["number"], "3");
+}
+
+TEST_F(Beside, HaveTheStateOfTheOneThatBeganLastWhenALaterOneIsLeftOut) {
+  AddAllowedJob("retry = never");
+  StartSupervisor();
+  Dispatch("a", false);
+  (void)Started();
+  (void)StartSecond();
+  EndSecond(3);
+  ASSERT_TRUE(WaitUntil([&] { return LogCount("Task 'a' failed: exit status 3 after ") == 1; }));
+  AddAllowedJob("splay = 1h");
+  Dispatch("a", false);
+  ASSERT_TRUE(WaitUntilTold("a", "number", "3"));
+  EndFirst(0);
+  ASSERT_TRUE(WaitUntil([&] { return LogCount("Task 'a' succeeded: exit status 0 after ") == 1; }));
+  EXPECT_TRUE(m_Supervisor->StopRun("a"));
+  EXPECT_EQ(m_Scheduler.WaitForStates(1), States{"a Ok"});
+  EXPECT_EQ(Told("a")["number"], "2");
+  EXPECT_THAT(Told("a")["reason"], HasSubstr("exit status 3 after "));
+  EXPECT_EQ(Told("a")["skipReason"], "it was ended by request");
 }
 
 TEST_F(Beside, EndWithTheHandler) {
