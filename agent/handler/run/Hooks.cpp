@@ -9,6 +9,7 @@
 #include <exception>
 #include <new>
 #include <string>
+#include <string_view>
 #include <utility>
 
 using BaseSDK::ALogger;
@@ -82,7 +83,20 @@ void Hooks::LineUp(const char* key, const std::vector<std::string>& words, const
   variables["NOX_RUN_START"] = std::to_string(attempts.StartTime());
   variables["NOX_RUN_END"] = std::to_string(attempts.EndTime());
   variables["NOX_FAILURES"] = std::to_string(failures);
-  m_Line.push_back(std::move(call));
+  ReplaceCall(call);
+}
+
+// At the end of the line: the one of the task that is run last tells how things stand.
+void Hooks::ReplaceCall(const Call& call) {
+  const auto earlier = std::find_if(m_Line.begin(), m_Line.end(), [&](const Call& other) {
+    return std::string_view(other.m_Key) == call.m_Key &&
+           other.m_Entry.m_TaskId == call.m_Entry.m_TaskId;
+  });
+  if (earlier != m_Line.end()) {
+    NoteNotRun(*earlier, "a later one takes its place");
+    m_Line.erase(earlier);
+  }
+  m_Line.push_back(call);
 }
 
 void Hooks::Save() {

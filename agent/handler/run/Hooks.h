@@ -24,8 +24,9 @@
 namespace NoxHandler {
 
 /// The commands that jobs have run when runs have failed (on_failure) and when one succeeds again
-/// (on_recovery). They take places of runs; those of one task go on one after the other. What
-/// becomes of them is logged, and nothing more. [supervisor thread]
+/// (on_recovery). They take places of runs; those of one task go on one after the other. One that
+/// still waits when it is called for again is not run. What becomes of them is logged, and nothing
+/// more. [supervisor thread]
 class Hooks {
  public:
   /// Reads what an earlier agent has left of failures in a row. All references are borrowed.
@@ -67,6 +68,7 @@ class Hooks {
   void NoteSuccess(const Attempts& attempts);
   void LineUp(const char* key, const std::vector<std::string>& words, const Attempts& attempts,
               long failures);
+  void ReplaceCall(const Call& call);
   void BeginCall(const Call& call);
   void NoteNotRun(const Call& call, const BaseSDK::AString& why);
   void ForgetTasksThatAreGone();
@@ -76,7 +78,7 @@ class Hooks {
   RunRecords& m_Records;
   RunGroups& m_Groups;
   FailureStreaks m_Streaks;
-  std::deque<Call> m_Line;                                     ///< those that wait, in order
+  std::deque<Call> m_Line;  ///< those that wait, in order; of each task and key one at most
   std::map<BaseSDK::AString, std::unique_ptr<Run>> m_Running;  ///< by task
   bool m_HasCounted = false;                                   ///< since the last Save
   bool m_IsStopping = false;

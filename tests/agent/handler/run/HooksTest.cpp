@@ -192,6 +192,30 @@ TEST_F(Hooks, DoNotKeepTheTaskFromItsNextRun) {
   EXPECT_THAT(Output("a"), HasSubstr("told\n-- "));
 }
 
+TEST_F(Hooks, TakeThePlaceOfAnEarlierOneThatWaits) {
+  AddHookedJob("echo hook > $STARTED; read line < $GATE", "echo recovered");
+  StartSupervisor();
+  RunOnce(1);
+  EXPECT_EQ(Started(), "hook");
+  const std::string commands =
+      "retry = never\non_failure = /bin/echo failed again\non_recovery = /bin/echo recovered";
+  std::size_t ended = 1;
+  for (const char* const script : {"exit 0", "exit 2", "exit 0", "exit 3"}) {
+    AddJob("a", script, commands);
+    Dispatch("a", false);
+    EXPECT_EQ(m_Scheduler.WaitForStates(++ended).size(), ended);
+  }
+  const std::string words = " failed: a later one takes its place";
+  EXPECT_EQ(LogCount("Task 'a': on_failure" + words), 1u);
+  EXPECT_EQ(LogCount("Task 'a': on_recovery" + words), 1u);
+  OpenGate();
+  ASSERT_TRUE(WaitUntil([&] { return !m_Supervisor->IsBusy(); }));
+  EXPECT_EQ(Calls("on_failure"), 2u);
+  EXPECT_EQ(Calls("on_recovery"), 1u);
+  EXPECT_THAT(Output("a"), MatchesRegex("(.*\n)*recovered\n-- .*\nfailed again\n-- .*\n"))
+      << "the last one tells how things stand";
+}
+
 TEST_F(Hooks, TakeAPlaceOfARun) {
   AddHookedJob("echo hook > $STARTED; read line < $GATE");
   AddJob("b", "exit 0");
