@@ -162,6 +162,7 @@ void TaskRuns::Admit(const TaskBatch::Entry& entry) {
 }
 
 void TaskRuns::Fail(const Key& key, long number, const AString& reason) {
+  LeaveLine(key);
   m_Slots.erase(key);
   const LatestRuns::Ending ending = m_Book.NoteNoJob(key.first, number, reason);
   if (const auto earlier = LatestOf(key.first); earlier != m_Slots.end()) {
@@ -190,6 +191,10 @@ void TaskRuns::LineUp(const Key& key, Slot& slot) {
   }
 }
 
+void TaskRuns::LeaveLine(const Key& key) {
+  (void)std::erase(m_Line, key);
+}
+
 std::size_t TaskRuns::FreePlaces() const {
   const std::size_t taken = m_Running + m_Hooks.Running();
   return m_Settings.m_MaxRuns - std::min(taken, m_Settings.m_MaxRuns);
@@ -197,11 +202,11 @@ std::size_t TaskRuns::FreePlaces() const {
 
 void TaskRuns::BeginThoseInLine() {
   while (!m_Line.empty() && FreePlaces() > 0) {
-    const auto slot = m_Slots.find(m_Line.front());
+    Slot& slot = m_Slots.at(m_Line.front());
     m_Line.pop_front();
-    if (slot != m_Slots.end() && slot->second.m_Attempts->IsReady()) {
-      slot->second.m_IsInLine = false;
-      BeginAttempt(slot->second);
+    slot.m_IsInLine = false;
+    if (slot.m_Attempts->IsReady()) {
+      BeginAttempt(slot);
     }
   }
 }
@@ -345,6 +350,9 @@ void TaskRuns::Advance(const std::vector<pollfd>& handles) {
 std::map<TaskRuns::Key, TaskRuns::Slot>::iterator TaskRuns::End(std::map<Key, Slot>::iterator it,
                                                                 RunBook::States& states) {
   const Key key = it->first;
+  if (it->second.m_IsInLine) {
+    LeaveLine(key);
+  }
   Slot slot = std::move(it->second);
   const auto after = m_Slots.erase(it);
   if (slot.m_Attempts->HasBegun()) {

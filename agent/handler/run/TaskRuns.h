@@ -66,8 +66,8 @@ class TaskRuns {
     std::optional<LatestRuns::Facts> m_Before;  ///< what was known of the task
     /// Of the runs that were over beside it, how the one ended that began last.
     std::optional<LatestRuns::Ending> m_Ended;
-    bool m_IsInLine = false;                    ///< whether m_Line has the run
-    std::optional<TaskBatch::Entry> m_Next;     ///< begins when the run has ended
+    bool m_IsInLine = false;                 ///< whether m_Line has the run
+    std::optional<TaskBatch::Entry> m_Next;  ///< begins when the run has ended
     /// A start of the task was given up for the handler's end: its task is to keep "Started", so
     /// that it comes again.
     bool m_ComesAgain = false;
@@ -85,6 +85,7 @@ class TaskRuns {
   void LeaveOut(const TaskBatch::Entry& entry, const char* why);
   void Admit(const TaskBatch::Entry& entry);
   void StartBeside(const TaskBatch::Entry& entry);
+  void LeaveLine(const Key& key);
   void Fail(const Key& key, long number, const BaseSDK::AString& reason);
   void NoteProgress(const Slot& slot);
   void LineUp(const Key& key, Slot& slot);
@@ -108,8 +109,8 @@ class TaskRuns {
   std::map<Key, Slot> m_Slots;
   std::uint64_t m_LastNumber = 0;
   std::size_t m_Running = 0;  ///< slots with a process
-  /// The runs with an attempt to begin when another one has ended, because too many go on. One that
-  /// has no slot any more is passed over.
+  /// The runs with an attempt to begin when another one has ended, because too many go on. Each has
+  /// a slot.
   std::deque<Key> m_Line;
   std::vector<TaskBatch::Entry> m_Next;  ///< to be handed over next, for their runs have ended
   bool m_IsStopping = false;
