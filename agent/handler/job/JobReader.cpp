@@ -213,11 +213,12 @@ std::vector<AString> JobReader::Missing() const {
   return problems;
 }
 
+// What is no name may be the torn rest of another variable's value, and is not quoted.
 AString JobReader::TakeVariable(const AIniText::Entry& entry) {
   m_Job.m_Environment[entry.m_Key.ToUtf8()] = entry.m_Value.ToUtf8();
   return IsVariableName(entry.m_Key.ToUtf8())
              ? AString()
-             : AString("\"%1\" is no name for a variable").Arg(entry.m_Key);
+             : AString("what stands before the \"=\" is no name for a variable");
 }
 
 }  // namespace NoxHandler

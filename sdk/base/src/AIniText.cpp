@@ -84,7 +84,7 @@ void AIniText::ReadSection(const AString& line, unsigned number) {
 void AIniText::ReadEntry(const AString& line, unsigned number) {
   const std::size_t equals = line.Find("=");
   if (equals == AString::npos) {
-    throw ErrorAt(number, "neither [Section] nor key = value: " + Quoted(line));
+    throw ErrorAt(number, "neither [Section] nor key = value");
   }
   const AString key = Trim(line.Left(equals));
   if (key.IsEmpty()) {

@@ -8,7 +8,8 @@
 namespace BaseSDK {
 
 /// An error in an INI text: a line that cannot be read, or a value that its reader finds bad.
-/// what() is "FILE:LINE: message".
+/// what() is "FILE:LINE: message". The class itself quotes names of sections and keys, never a
+/// value nor a line that has none: others may be told of an error than those who may read the file.
 class AIniError : public std::runtime_error {
  public:
   explicit AIniError(const AString& message) : std::runtime_error(message.ToUtf8()) {}

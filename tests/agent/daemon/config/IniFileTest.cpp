@@ -47,7 +47,7 @@ TEST(IniFile, NamesFileAndLineOfWhatItCannotRead) {
     const char* m_Text;
     const char* m_Error;
   } rows[] = {
-      {"[A]\nnonsense", "agent.ini:2: neither [Section] nor key = value: \"nonsense\""},
+      {"[A]\nnonsense", "agent.ini:2: neither [Section] nor key = value"},
       {"[A\n", "agent.ini:1: a section is written [Name]; the closing bracket is missing"},
       {"[]\n", "agent.ini:1: a section without a name"},
       {"[", "agent.ini:1: a section is written [Name]; the closing bracket is missing"},

@@ -176,7 +176,7 @@ TEST(Job, NamesFileLineAndKeyOfWhatIsWrong) {
   } rows[] = {
       {"", "/jobs/a.job: the section \"Job\" has no \"command\""},
       {"command = x", "/jobs/a.job:1: the key \"command\" stands before the first [Section]"},
-      {"[Job]\ncommand\n", "/jobs/a.job:2: neither [Section] nor key = value: \"command\""},
+      {"[Job]\ncommand\n", "/jobs/a.job:2: neither [Section] nor key = value"},
       {"[Job\n", "/jobs/a.job:1: a section is written [Name]; the closing bracket is missing"},
       {"[Job]\ncommand=x\ncommand=y", "/jobs/a.job:3: the key \"command\" is there twice"},
       {"[Job]\n\nComand=x",
@@ -250,7 +250,8 @@ TEST(Job, NamesFileLineAndKeyOfWhatIsWrong) {
        "/jobs/a.job:3: timeout: is to be at most 87600h"},
       {"[Job]\ncommand=x\noverlap=Skip",
        "/jobs/a.job:3: overlap: is to be skip, queue, kill or allow"},
-      {"[Environment]\nA-B=1", "/jobs/a.job:2: \"A-B\" is no name for a variable"},
+      {"[Environment]\nA-B=1",
+       "/jobs/a.job:2: what stands before the \"=\" is no name for a variable"},
       {"[Job]\ncommand=\xFF",
        "/jobs/a.job:2: a character that is not text (the file is to be "
        "UTF-8)"},
@@ -288,7 +289,8 @@ TEST(Job, TellsOfAllThatIsWrongAtOnce) {
       problems,
       (std::vector<AString>{
           "a.job:2: timeout: is to be a number of seconds, or a number with s, m or h after it",
-          "a.job:3: user: a user's name is missing", "a.job:5: \"A-B\" is no name for a variable",
+          "a.job:3: user: a user's name is missing",
+          "a.job:5: what stands before the \"=\" is no name for a variable",
           "a.job:7: unknown section \"Jobs\" (known: Job, Environment)",
           "a.job: the section \"Job\" has no \"command\""}));
 }
